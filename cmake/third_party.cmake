@@ -1,0 +1,58 @@
+# giflib, libwebp and lodepng as static libraries in whichever toolchain is in use, from Debian's sources
+# (cmake/fetch-third-party, which is silent and immediate when they are there).
+set(KFX_THIRD_PARTY_DIR ${CMAKE_SOURCE_DIR}/.work/third-party CACHE PATH "Sources of giflib, libwebp and lodepng")
+
+execute_process(
+    COMMAND ${CMAKE_SOURCE_DIR}/cmake/fetch-third-party ${KFX_THIRD_PARTY_DIR}
+    RESULT_VARIABLE fetch_result)
+if(NOT fetch_result EQUAL 0)
+    message(FATAL_ERROR "The image libraries' sources are missing from ${KFX_THIRD_PARTY_DIR}, see above.")
+endif()
+
+# Not our code: no warnings, always optimised, and AddressSanitizer only (their arithmetic relies on the usual
+# wrap-around and shift idioms).
+function(kfx_add_third_party name)
+    add_library(${name} STATIC ${ARGN})
+    if(MSVC)
+        target_compile_options(${name} PRIVATE /w)
+    else()
+        target_compile_options(${name} PRIVATE -w -O2 -fno-sanitize=undefined)
+    endif()
+endfunction()
+
+# The library proper: the other C files beside these are its command-line tools.
+set(giflib ${KFX_THIRD_PARTY_DIR}/giflib)
+kfx_add_third_party(kfx_giflib
+    ${giflib}/dgif_lib.c
+    ${giflib}/egif_lib.c
+    ${giflib}/gif_err.c
+    ${giflib}/gif_hash.c
+    ${giflib}/gifalloc.c
+    ${giflib}/openbsd-reallocarray.c)
+target_include_directories(kfx_giflib SYSTEM PUBLIC ${giflib})
+
+set(libwebp ${KFX_THIRD_PARTY_DIR}/libwebp)
+file(GLOB libwebp_sources CONFIGURE_DEPENDS
+    ${libwebp}/src/dec/*.c
+    ${libwebp}/src/demux/*.c
+    ${libwebp}/src/dsp/*.c
+    ${libwebp}/src/enc/*.c
+    ${libwebp}/src/mux/*.c
+    ${libwebp}/src/utils/*.c
+    ${libwebp}/sharpyuv/*.c)
+kfx_add_third_party(kfx_libwebp ${libwebp_sources})
+target_include_directories(kfx_libwebp SYSTEM PUBLIC ${libwebp}/src PRIVATE ${libwebp})
+# Files for later processors are compiled for them, one by one; the library asks the processor before it calls
+# them. Files for other architectures compile to nothing.
+if(NOT MSVC AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+    target_compile_definitions(kfx_libwebp PRIVATE WEBP_HAVE_SSE2 WEBP_HAVE_SSE41)
+    set(sse41_sources ${libwebp_sources})
+    list(FILTER sse41_sources INCLUDE REGEX "_sse41\\.c$")
+    set_source_files_properties(${sse41_sources} PROPERTIES COMPILE_OPTIONS -msse4.1)
+endif()
+
+# Pixels only: file access and the chunks of text and colour profiles are left out.
+set(lodepng ${KFX_THIRD_PARTY_DIR}/lodepng)
+kfx_add_third_party(kfx_lodepng ${lodepng}/lodepng.cpp)
+target_include_directories(kfx_lodepng SYSTEM PUBLIC ${lodepng})
+target_compile_definitions(kfx_lodepng PUBLIC LODEPNG_NO_COMPILE_DISK LODEPNG_NO_COMPILE_ANCILLARY_CHUNKS)

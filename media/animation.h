@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// Animations in memory, and reading them from GIF, WebP, PNG and BMP files.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kfx {
+
+struct RgbColor {
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
+};
+
+inline bool operator==(RgbColor a, RgbColor b) {
+    return a.red == b.red && a.green == b.green && a.blue == b.blue;
+}
+
+// How a viewer treats the canvas after a frame's time is over; the values are those of the GIF format.
+enum Disposal {
+    kDisposalUnspecified = 0,
+    kDisposalKeep = 1,
+    kDisposalBackground = 2,
+    kDisposalPrevious = 3,
+};
+
+// One moment of an animation, composited to the full canvas as a viewer shows it.
+struct Frame {
+    // Red, green, blue, alpha (straight, not premultiplied), top row first: 4 * width * height bytes.
+    std::vector<std::uint8_t> pixels;
+    // When `indexed`: width * height indices into the animation's global palette, else empty. Set exactly
+    // when the composited frame is opaque and each of its pixels is a global palette entry.
+    std::vector<std::uint8_t> indices;
+    bool indexed = false;
+    // At least one pixel has an alpha below 255.
+    bool transparent = false;
+    // What the file says about the frame: its place on the canvas, what happens after it, its time.
+    int left = 0;
+    int top = 0;
+    int disposal = kDisposalUnspecified;
+    int delay = 0;  // hundredths of a second
+};
+
+constexpr int kLoopForever = 0;
+constexpr int kLoopNone = -1;
+
+struct Animation {
+    int width = 0;
+    int height = 0;
+    // How often the animation is repeated after it was shown once: kLoopForever, kLoopNone or a count.
+    int loopCount = kLoopNone;
+    bool hasGlobalPalette = false;
+    std::vector<RgbColor> globalPalette;  // 1 to 256 entries when there is one
+    bool hasBackground = false;
+    RgbColor background;
+    std::string comment;  // the file's bytes; several comments are joined by a line feed
+    std::vector<Frame> frames;
+    // Not empty when the file is damaged and only its complete frames were read: one sentence for the user.
+    std::string warning;
+};
+
+// What a file may ask for; checked against its headers before anything of that size is allocated.
+struct ReadLimits {
+    int maxSide = 16384;                            // pixels, width and height
+    std::uint64_t maxPixels = std::uint64_t{512} << 20;  // summed over all frames
+};
+
+// Reads the file at `path` (UTF-8); the content, not the name, decides the format. Returns false with one
+// sentence in *error, path first, when the file cannot be read, is none of the formats, is damaged before
+// its first complete frame or goes beyond the limits; *animation is then empty.
+bool ReadAnimation(const std::string& path, Animation* animation, std::string* error,
+                   const ReadLimits& limits = ReadLimits());
+
+// The same from a whole file in memory; the error has no path.
+bool ReadAnimationFromMemory(const std::uint8_t* data, std::size_t size, Animation* animation,
+                             std::string* error, const ReadLimits& limits = ReadLimits());
+
+}  // namespace kfx

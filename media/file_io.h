@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+// Whole files in and out by UTF-8 path.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kfx {
+
+// Reads a whole file. On failure returns false with one sentence in *error, path first.
+bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, std::string* error);
+
+// Writes a file so that `path` holds either its old content or all of the new one: the bytes go to a
+// temporary name in the same folder, which is renamed at the end and removed on failure.
+bool WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& content, std::string* error);
+
+// Several files that appear together: all are written under temporary names before the first is renamed,
+// and when a rename fails, the files already in place are removed. `contents(i)` is asked for one file at a
+// time, so that only one has to be in memory; it returns false with a sentence in *error to give up.
+using FileContent = bool (*)(const void* context, std::size_t index, std::vector<std::uint8_t>* content,
+                             std::string* error);
+bool WriteWholeFiles(const std::vector<std::string>& paths, FileContent contents, const void* context,
+                     std::string* error);
+
+}  // namespace kfx
