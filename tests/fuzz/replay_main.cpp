@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Runs a fuzz target without libFuzzer: every file of the named folders as it is, cut at many lengths and with
-// single bytes changed. The damage is the same on every run, so a failure can be repeated.
+// Runs a fuzz target without libFuzzer: every file of the named folders as it is, cut at many lengths and
+// with single bytes changed. The damage is the same on every run, so a failure can be repeated.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>

@@ -1,0 +1,81 @@
+# SPDX-License-Identifier: MIT
+# Sourced by ./run and ./test: where things are, building, and a Wine session with a display of its own.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+work=$root/.work
+display_pid=
+session_started=
+
+say() { echo "== $*"; }
+
+fail() {
+    echo "$(basename "$0"): $*" >&2
+    exit 1
+}
+
+# build PRESET [TARGET...]: configures and builds; quiet unless it fails.
+build() {
+    local preset=$1 log=$work/logs/build-$1.log
+    shift
+    local targets=()
+    [ $# -eq 0 ] || targets=(--target "$@")
+    mkdir -p "$work/logs"
+    say "Building $preset (log: ${log#"$root"/})"
+    if ! (cd "$root" && cmake --preset "$preset" && cmake --build --preset "$preset" "${targets[@]}") >"$log" 2>&1; then
+        grep -E -A 12 'error|Error|FAILED' "$log" | head -n 80 >&2 || tail -n 40 "$log" >&2
+        fail "the $preset build failed; the whole log is in ${log#"$root"/}."
+    fi
+}
+
+# Starts an Xvfb on a display number of its own choice and makes the Wine prefix on first use.
+start_wine() {
+    [ -z "$session_started" ] || return 0
+    export WINEPREFIX=$work/wine WINEARCH=win64 WINEDEBUG=-all
+    mkdir -p "$work/logs"
+    local number_file=$work/logs/display.$$
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" >"$work/logs/xvfb.log" 2>&1 &
+    display_pid=$!
+    local waited
+    for ((waited = 0; waited < 100; ++waited)); do
+        [ ! -s "$number_file" ] || break
+        kill -0 "$display_pid" 2>/dev/null || break
+        sleep 0.1
+    done
+    [ -s "$number_file" ] || fail "Xvfb did not start; see ${work#"$root"/}/logs/xvfb.log."
+    export DISPLAY=:$(<"$number_file")
+    rm -f "$number_file"
+    session_started=yes
+
+    if [ ! -f "$WINEPREFIX/.complete" ]; then
+        say "Making the Wine prefix (once)"
+        rm -rf "$WINEPREFIX"
+        if ! timeout 300 "$root/cmake/wine" wineboot --init >"$work/logs/wineboot.log" 2>&1; then
+            fail "Wine could not make its prefix; see ${work#"$root"/}/logs/wineboot.log."
+        fi
+        wine_server -w
+        touch "$WINEPREFIX/.complete"
+    fi
+}
+
+# The wineserver of our own prefix only.
+wine_server() {
+    local server
+    for server in /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver wineserver; do
+        if command -v "$server" >/dev/null 2>&1; then
+            WINEPREFIX=$work/wine timeout 60 "$server" "$@" 2>/dev/null || true
+            return 0
+        fi
+    done
+}
+
+# Programs that show windows end with their display; whoever may leave hung ones behind calls `wine_server -k` first.
+end_session() {
+    if [ -n "$display_pid" ]; then
+        kill "$display_pid" 2>/dev/null || true
+        wait "$display_pid" 2>/dev/null || true
+    fi
+    session_started= display_pid=
+}
+trap end_session EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// What every source file has in common.
+#include <gtest/gtest.h>
+
+#include "tests/structure/source_tree.h"
+
+namespace kfx {
+namespace {
+
+// Past this a file holds more than one thing.
+constexpr std::size_t kLongestFile = 600;
+
+bool EndsWith(const std::string& text, const std::string& end) {
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+TEST(Sources, BeginWithTheLicenceLine) {
+    for (const auto& [path, source] : ReadSourceTree()) {
+        ASSERT_FALSE(source.lines.empty()) << path;
+        EXPECT_EQ(source.lines.front(), "// SPDX-License-Identifier: MIT") << path;
+    }
+}
+
+TEST(Sources, StayShortEnoughToRead) {
+    for (const auto& [path, source] : ReadSourceTree()) {
+        EXPECT_LE(source.lines.size(), kLongestFile) << path;
+    }
+}
+
+TEST(Sources, HeadersAreGuardedByPragmaOnce) {
+    for (const auto& [path, source] : ReadSourceTree()) {
+        if (!EndsWith(path, ".h")) continue;
+        std::size_t guards = 0;
+        for (const auto& line : source.lines) guards += line == "#pragma once";
+        EXPECT_EQ(guards, 1u) << path;
+    }
+}
+
+TEST(Sources, HoldNoTabsAndNoTrailingSpaces) {
+    for (const auto& [path, source] : ReadSourceTree()) {
+        for (std::size_t i = 0; i < source.lines.size(); ++i) {
+            const std::string& line = source.lines[i];
+            EXPECT_EQ(line.find('\t'), std::string::npos) << path << ":" << i + 1;
+            EXPECT_FALSE(EndsWith(line, " ")) << path << ":" << i + 1;
+            EXPECT_FALSE(EndsWith(line, "\r")) << path << ":" << i + 1;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kfx
