@@ -64,7 +64,7 @@ struct Animation {
 
 // What a file may ask for; checked against its headers before anything of that size is allocated.
 struct ReadLimits {
-    int maxSide = 16384;                            // pixels, width and height
+    int maxSide = 16384;                                 // pixels, width and height
     std::uint64_t maxPixels = std::uint64_t{512} << 20;  // summed over all frames
 };
 
