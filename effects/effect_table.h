@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// The effects in the order of the effect list; a row's number is what the configuration stores.
+#pragma once
+
+#include <cstddef>
+
+#include "framework/effect_operations.h"
+
+namespace kfx {
+
+// The record of row `index`; null outside the table.
+const EffectRecord* EffectAt(size_t index);
+
+// The table row of the same number, with its operations; null outside the table.
+const EffectDescriptor* DescriptorAt(size_t index);
+
+size_t EffectCount();
+
+}  // namespace kfx

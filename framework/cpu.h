@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// Fast variants of kernels: marked for the compiler, and chosen once at run time. Every one gives the bytes of the
+// plain path; FMA is never used, since a fused multiply-add rounds once where the results are defined to round twice.
+#pragma once
+
+#if defined(__GNUC__) && defined(__x86_64__)
+#define KFX_HAS_AVX2 1
+#define KFX_AVX2 __attribute__((target("avx2")))
+#else
+#define KFX_HAS_AVX2 0
+#define KFX_AVX2
+#endif
+
+namespace kfx {
+
+// Whether the AVX2 variants may run: the processor and the system support them and nobody has switched them off.
+bool UseAvx2();
+
+// Switches the AVX2 variants off (or on again where supported), so that tests and benchmarks can compare both paths.
+void AllowAvx2(bool allowed);
+
+}  // namespace kfx

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// The effect table's protocol, and its operations made from an effect's record.
+#pragma once
+
+#include <cstdint>
+
+#include "framework/effect_record.h"
+#include "framework/frame_list.h"
+#include "host/host_records.h"
+
+namespace kfx {
+
+struct EffectInitContext {
+    void* window;
+    uint64_t zero[3];
+};
+
+constexpr uint32_t kRunFirstFrameOnly = 2;
+
+struct EffectRunContext {
+    void* window;
+    ImageHandle image;  // out: the rendered picture, the caller's to free
+    int32_t width;      // of the preview area, pixels
+    int32_t height;
+    uint32_t flags;     // kRun...
+};
+
+struct EffectBuildContext {
+    void* window;
+    FrameList* frames;
+    uint64_t unused;
+    const HostContext* host;
+};
+
+// One row of the effect table as window and build driver use it.
+struct EffectDescriptor {
+    const char* name;
+    int32_t (*init)(EffectInitContext*);
+    int32_t (*preview)(EffectRunContext*);
+    int32_t (*build)(EffectBuildContext*);
+    int32_t (*query)(void* record, int32_t question);
+    int32_t (*notify)(void* window, uint32_t code);
+    const uint32_t* controls;  // zero-terminated
+    void* reserved;            // null
+};
+
+// Renders the first source frame into context->image, which stays null without a source. Always 1.
+int32_t PreviewEffect(const EffectRecord& effect, EffectRunContext* context);
+
+// Decodes the source into context->frames and transforms every frame, reporting progress. Always 1.
+int32_t BuildEffect(const EffectRecord& effect, EffectBuildContext* context);
+
+// Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept when the
+// kernel has none. For preview, build and command lines alike.
+ImageHandle ApplyKernel(const EffectRecord& effect, ImageHandle image, const KernelInput& input);
+
+}  // namespace kfx

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// Scope guards over movable memory.
+#pragma once
+
+#include <cstddef>
+
+#include "framework/movable_memory.h"
+
+namespace kfx {
+
+// Holds a block locked for its scope. `address` is null when the lock failed.
+struct MemoryLock {
+    explicit MemoryLock(MemoryHandle block) : memory(block), address(LockMemory(block)) {}
+    ~MemoryLock() {
+        if (address) UnlockMemory(memory);
+    }
+    MemoryLock(const MemoryLock&) = delete;
+    MemoryLock& operator=(const MemoryLock&) = delete;
+
+    const MemoryHandle memory;
+    void* const address;
+};
+
+// Owns a block for its scope, unless it is released to the caller.
+struct MemoryOwner {
+    explicit MemoryOwner(MemoryHandle block = nullptr) : memory(block) {}
+    ~MemoryOwner() { FreeMemory(memory); }
+    MemoryOwner(const MemoryOwner&) = delete;
+    MemoryOwner& operator=(const MemoryOwner&) = delete;
+
+    MemoryHandle Release() {
+        MemoryHandle released = memory;
+        memory = nullptr;
+        return released;
+    }
+
+    MemoryHandle memory;
+};
+
+// A zeroed working table of `count` elements of a plain type, freed at the end of the scope. Test `address` before
+// use: null when memory ran out or the size would overflow.
+template <typename T>
+struct Scratch {
+    explicit Scratch(size_t count)
+        : memory(count <= static_cast<size_t>(-1) / 2 / sizeof(T) ? AllocateMemory(count * sizeof(T)) : nullptr),
+          address(static_cast<T*>(LockMemory(memory))) {}
+    ~Scratch() {
+        if (address) UnlockMemory(memory);
+        FreeMemory(memory);
+    }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    const MemoryHandle memory;
+    T* const address;
+};
+
+}  // namespace kfx

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// Movable memory: the one seam through which the plug-in allocates. In the product it is the system's movable global
+// memory, whose handles pass between plug-in and host; natively it is a counting allocator that tests can make fail.
+#pragma once
+
+#include <cstddef>
+
+namespace kfx {
+
+using MemoryHandle = void*;
+
+// A zeroed block of `bytes` bytes (at least one). Null: out of memory.
+MemoryHandle AllocateMemory(size_t bytes);
+
+// The block's address, valid until the matching UnlockMemory. Null: not a block. Locks nest.
+void* LockMemory(MemoryHandle memory);
+void UnlockMemory(MemoryHandle memory);
+
+// The block with a new size, new bytes zeroed; the old handle is dead. Null: out of memory, the old block stays.
+MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes);
+
+// Frees the block; null is allowed.
+void FreeMemory(MemoryHandle memory);
+
+// The block's real size in bytes; 0 when it is not a block.
+size_t MemorySize(MemoryHandle memory);
+
+}  // namespace kfx

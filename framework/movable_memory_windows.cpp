@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#include "framework/movable_memory.h"
+
+#include <windows.h>
+
+namespace kfx {
+
+MemoryHandle AllocateMemory(size_t bytes) { return GlobalAlloc(GHND, bytes ? bytes : 1); }
+
+void* LockMemory(MemoryHandle memory) { return memory ? GlobalLock(memory) : nullptr; }
+
+void UnlockMemory(MemoryHandle memory) { GlobalUnlock(memory); }
+
+MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes) {
+    return GlobalReAlloc(memory, bytes ? bytes : 1, GMEM_MOVEABLE | GMEM_ZEROINIT);
+}
+
+void FreeMemory(MemoryHandle memory) {
+    if (memory) GlobalFree(memory);
+}
+
+size_t MemorySize(MemoryHandle memory) { return memory ? GlobalSize(memory) : 0; }
+
+}  // namespace kfx

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "framework/settings.h"
+
+namespace kfx {
+
+Settings settings;
+
+}  // namespace kfx

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include "framework/source_animation.h"
+
+#include <cstring>
+
+#include "framework/memory_guards.h"
+#include "framework/panel.h"
+#include "host/animation_block.h"
+
+namespace kfx {
+
+MemoryHandle sourceAnimation = nullptr;
+
+namespace {
+
+constexpr uint32_t kMidGrey = 0x7F7F7F;
+
+// One frame of the block as a new 24-bit image. Null: memory ran out.
+ImageHandle DecodeFrame(const AnimationFrame& frame) {
+    uint8_t palette[kPaletteBytes] = {};
+    if (frame.colorTable) {
+        const uint8_t* entry = frame.colorTable;
+        for (int i = 0; i < 1 << frame.bitCount; ++i, entry += 4) {
+            palette[3 * i] = entry[2];
+            palette[3 * i + 1] = entry[1];
+            palette[3 * i + 2] = entry[0];
+        }
+    }
+    // A depth request of 32 bits is 0 in CreateDib's terms as well as anything above 24.
+    MemoryOwner image(CreateDib(frame.width, frame.height, palette, frame.bitCount));
+    {
+        const ImageLock lock(image.memory);
+        if (!lock.image) return nullptr;
+        std::memcpy(PixelsOf(lock.image), frame.rows, frame.rowBytes);
+    }
+    // The common case needs no second copy of the picture.
+    return frame.bitCount == 24 ? image.Release() : ConvertTo24Bits(image.memory);
+}
+
+}  // namespace
+
+ImageHandle FetchFirstFrame() {
+    const MemoryLock lock(sourceAnimation);
+    AnimationHeader header;
+    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header)) return nullptr;
+    size_t offset = header.firstBlock;
+    AnimationFrame frame;
+    if (ReadAnimationFrame(header, &offset, &frame) != FrameStep::Frame) return nullptr;
+    return DecodeFrame(frame);
+}
+
+bool DecodeAllFrames(FrameList* list) {
+    const MemoryLock lock(sourceAnimation);
+    AnimationHeader header;
+    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header)) return false;
+    size_t offset = header.firstBlock;
+    for (uint32_t i = 0; i < header.frameCount; ++i) {
+        AnimationFrame frame;
+        const FrameStep step = ReadAnimationFrame(header, &offset, &frame);
+        if (step != FrameStep::Frame) return step == FrameStep::End;
+        MemoryOwner image(DecodeFrame(frame));
+        if (!image.memory) return false;
+        FrameEntry entry = {};
+        entry.image = image.memory;
+        entry.transparentIndex = -1;
+        entry.field1 = frame.fields[0];
+        entry.field2 = frame.fields[1];
+        entry.field3 = frame.fields[2];
+        entry.field4 = frame.fields[3];
+        if (!AppendFrame(list, entry)) return false;
+        image.Release();
+    }
+    return true;
+}
+
+uint32_t BackgroundColor() {
+    uint32_t color;
+    if (LocalBackgroundChosen(&color)) return color;
+    const MemoryLock lock(sourceAnimation);
+    AnimationHeader header;
+    if (lock.address && ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header) &&
+        header.hasBackground)
+        return header.background;
+    return kMidGrey;
+}
+
+}  // namespace kfx
