@@ -6,7 +6,8 @@ work=$root/.work
 display_pid=
 session_started=
 
-say() { echo "== $*"; }
+# Progress goes to the error stream: standard output belongs to what is run.
+say() { echo "== $*" >&2; }
 
 fail() {
     echo "$(basename "$0"): $*" >&2
@@ -25,6 +26,16 @@ build() {
         grep -E -A 12 'error|Error|FAILED' "$log" | head -n 80 >&2 || tail -n 40 "$log" >&2
         fail "the $preset build failed; the whole log is in ${log#"$root"/}."
     fi
+}
+
+# The same, but silent and immediate when nothing has changed since the last build.
+build_if_needed() {
+    local tree=$work/build/$1
+    if [ -f "$tree/build.ninja" ] && [ ! "$root/CMakePresets.json" -nt "$tree/build.ninja" ] &&
+        ninja -C "$tree" -n "${@:2}" 2>/dev/null | grep -q 'no work to do'; then
+        return 0
+    fi
+    build "$@"
 }
 
 # Starts an Xvfb on a display number of its own choice and makes the Wine prefix on first use.
