@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+// The build: source frames through the effect, onto a palette and into a new animation of the host.
+#pragma once
+
+#include <cstdint>
+
+#include "framework/effect_operations.h"
+#include "host/host_records.h"
+
+namespace kfx {
+
+// What the user has chosen when the build starts.
+struct BuildOptions {
+    bool trueColor;
+    bool customPalette;
+    bool dither;
+    bool supercompress;     // ignored with true colour and for a single frame
+    bool localBackground;   // ignored with supercompression and for an effect without a background colour
+    int32_t paletteChoice;  // a fixed palette (see fixed_palettes.h), or kSourcePalette
+    bool addComment;
+    bool fastRemap;
+    int32_t ditherBrightness;
+    int32_t ditherContrast;
+    bool test;  // into a test task of the host
+};
+
+// The palette choice that stands for the source animation's own global palette.
+constexpr int32_t kSourcePalette = 9;
+
+// How a build is started.
+enum class BuildMode {
+    Build,
+    Test,   // into a test task
+    Plain,  // dither, true colour and supercompression off, whatever the window says
+};
+
+// The options as set in the window, changed to what `mode` makes of them.
+BuildOptions OptionsForMode(BuildOptions asSet, BuildMode mode);
+
+// What the user may be told; the texts are the window's.
+enum class BuildMessage {
+    MemoryError,     // the effect failed, no frames, no memory
+    NewTaskRefused,  // the host opens no task
+    ImageRefused,    // the host takes a frame no longer
+};
+
+struct BuildEnvironment {
+    void* window;
+    const HostContext* host;
+    const EffectDescriptor* effect;  // null: the frames stay as they are, and there are none
+    void (*showMessage)(void* window, BuildMessage message);  // called at most once
+};
+
+// Builds the source animation (framework/source_animation.h). The wait cursor is the caller's. 1: every frame
+// was added and the task closed; 0: a message has been shown. Frees every image that it made, whatever
+// happens.
+int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& options);
+
+}  // namespace kfx
