@@ -20,12 +20,15 @@ int32_t AnswerNothing(void*, int32_t) { return -1; }
 
 int32_t IgnoreNotification(void*, uint32_t) { return 1; }
 
-// The protocol's operations do not say for which row they are called, so each row gets its own instance of them.
+// The protocol's operations do not say for which row they are called, so each row gets its own instance of
+// them.
 template <size_t kRow>
 EffectDescriptor MakeDescriptor() {
     EffectDescriptor row = {};
     row.name = kRecords[kRow]->name;
-    row.init = [](EffectInitContext* context) { return int32_t{InitializePanel(*kRecords[kRow], context->window)}; };
+    row.init = [](EffectInitContext* context) {
+        return int32_t{InitializePanel(*kRecords[kRow], context->window)};
+    };
     row.preview = [](EffectRunContext* context) { return PreviewEffect(*kRecords[kRow], context); };
     row.build = [](EffectBuildContext* context) { return BuildEffect(*kRecords[kRow], context); };
     row.query = AnswerNothing;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Emboss: a Gaussian bell whose quadrant to the right of and above the pixel is positive and the rest negative, with a
-// zeroed anti-diagonal, turns edges into relief. The weights nearly cancel and their tiny sum divides the result: the
-// harsh look is intended.
+// Emboss: a Gaussian bell whose quadrant to the right of and above the pixel is positive and the rest
+// negative, with a zeroed anti-diagonal, turns edges into relief. The weights nearly cancel and their tiny
+// sum divides the result: the harsh look is intended.
 #include "effects/emboss.h"
 
 #include <cmath>
@@ -14,7 +14,8 @@
 namespace kfx {
 
 ImageHandle ApplyEmboss(ImageHandle source, int32_t radius, int32_t depth) {
-    // Deeper than any picture is wide, the matrix could not be used; refusing early keeps its size from overflowing.
+    // Deeper than any picture is wide, the matrix could not be used; refusing early keeps its size from
+    // overflowing.
     constexpr int32_t kDeepest = 16383;
     if (depth < 0 || depth > kDeepest) return nullptr;
     const int32_t n = depth % 2 == 0 ? depth + 1 : depth;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Fast variants of kernels: marked for the compiler, and chosen once at run time. Every one gives the bytes of the
-// plain path; FMA is never used, since a fused multiply-add rounds once where the results are defined to round twice.
+// Fast variants of kernels: marked for the compiler, and chosen once at run time. Every one gives the bytes
+// of the plain path; FMA is never used, since a fused multiply-add rounds once where the results are defined
+// to round twice.
 #pragma once
 
 #if defined(__GNUC__) && defined(__x86_64__)
@@ -13,10 +14,12 @@
 
 namespace kfx {
 
-// Whether the AVX2 variants may run: the processor and the system support them and nobody has switched them off.
+// Whether the AVX2 variants may run: the processor and the system support them and nobody has switched them
+// off.
 bool UseAvx2();
 
-// Switches the AVX2 variants off (or on again where supported), so that tests and benchmarks can compare both paths.
+// Switches the AVX2 variants off (or on again where supported), so that tests and benchmarks can compare both
+// paths.
 void AllowAvx2(bool allowed);
 
 }  // namespace kfx

@@ -10,7 +10,8 @@ namespace {
 
 KernelInput ReadInput(const EffectRecord& effect, void* window, KernelCache* cache) {
     KernelInput input = {};
-    for (size_t i = 0; i < effect.controlCount; ++i) input.values[i] = ReadControl(effect.controls[i], window);
+    for (size_t i = 0; i < effect.controlCount; ++i)
+        input.values[i] = ReadControl(effect.controls[i], window);
     input.background = BackgroundColor();
     input.cache = cache;
     return input;

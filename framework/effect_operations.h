@@ -22,7 +22,7 @@ struct EffectRunContext {
     ImageHandle image;  // out: the rendered picture, the caller's to free
     int32_t width;      // of the preview area, pixels
     int32_t height;
-    uint32_t flags;     // kRun...
+    uint32_t flags;  // kRun...
 };
 
 struct EffectBuildContext {
@@ -50,8 +50,8 @@ int32_t PreviewEffect(const EffectRecord& effect, EffectRunContext* context);
 // Decodes the source into context->frames and transforms every frame, reporting progress. Always 1.
 int32_t BuildEffect(const EffectRecord& effect, EffectBuildContext* context);
 
-// Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept when the
-// kernel has none. For preview, build and command lines alike.
+// Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept
+// when the kernel has none. For preview, build and command lines alike.
 ImageHandle ApplyKernel(const EffectRecord& effect, ImageHandle image, const KernelInput& input);
 
 }  // namespace kfx

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What an effect is: one constant record. All that effects do alike (panel, preview, build) is made from it by the
-// framework; an effect's own file holds its kernel, its controls and this record.
+// What an effect is: one constant record. All that effects do alike (panel, preview, build) is made from it
+// by the framework; an effect's own file holds its kernel, its controls and this record.
 #pragma once
 
 #include <cstddef>
@@ -12,10 +12,11 @@
 namespace kfx {
 
 enum class ControlKind {
-    Slider,     // text: "min,max,default", as it stands in the panel
+    Slider,  // text: "min,max,default", as it stands in the panel
     CheckBox,
     List,       // text: the items, separated by ";"
-    SliderBox,  // a check box bound like a slider: its check state is read, its variable never follows the click
+    SliderBox,  // a check box bound like a slider: its check state is read, its variable never follows the
+                // click
 };
 
 struct EffectControl {
@@ -37,7 +38,8 @@ struct KernelInput {
 // A new image, or null for "leave the picture as it is". The source is neither changed nor freed.
 using EffectKernel = ImageHandle (*)(ImageHandle source, const KernelInput& input);
 
-// A build in two passes over all frames: gather into one 16-byte record, then apply. Only when `wanted` says so.
+// A build in two passes over all frames: gather into one 16-byte record, then apply. Only when `wanted` says
+// so.
 struct GatheringPasses {
     bool (*wanted)(const KernelInput& input);
     void (*gather)(ImageHandle source, uint64_t record[2]);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// FrameList: the decoded source animation, a count and a growable block of 56-byte entries. The build owns it and
-// every image and mask in it.
+// FrameList: the decoded source animation, a count and a growable block of 56-byte entries. The build owns it
+// and every image and mask in it.
 #pragma once
 
 #include <cstddef>
@@ -37,8 +37,8 @@ static_assert(offsetof(FrameEntry, field4) == 32, "FrameEntry.field4");
 static_assert(offsetof(FrameEntry, zero36) == 36, "FrameEntry.zero36");
 static_assert(offsetof(FrameList, count) == 8, "FrameList.count");
 
-// Adds a copy of the entry at the end. False: memory ran out, the list is as before and the entry's image still the
-// caller's.
+// Adds a copy of the entry at the end. False: memory ran out, the list is as before and the entry's image
+// still the caller's.
 bool AppendFrame(FrameList* list, const FrameEntry& entry);
 
 // Copies entry `index` out of, or back into, the list. False: no such entry, or the list could not be locked.

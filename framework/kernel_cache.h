@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What a kernel keeps from one frame to the next: tables that depend on picture size and settings only. A cache lives
-// as long as one preview or one build.
+// What a kernel keeps from one frame to the next: tables that depend on picture size and settings only. A
+// cache lives as long as one preview or one build.
 #pragma once
 
 #include <cstddef>
@@ -24,9 +24,9 @@ struct KernelCache {
     size_t keyBytes = 0;
 };
 
-// The cache's table of `bytes` bytes for this key (size and settings as plain bytes, at most kMostCacheKeyBytes). When
-// the key is another than last time the table is made anew, zeroed, and `*fresh` set: the caller fills it. Null: memory
-// ran out; the cache is then empty.
+// The cache's table of `bytes` bytes for this key (size and settings as plain bytes, at most
+// kMostCacheKeyBytes). When the key is another than last time the table is made anew, zeroed, and `*fresh`
+// set: the caller fills it. Null: memory ran out; the cache is then empty.
 void* CachedTable(KernelCache* cache, const void* key, size_t keyBytes, size_t bytes, bool* fresh);
 
 }  // namespace kfx

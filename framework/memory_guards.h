@@ -37,12 +37,13 @@ struct MemoryOwner {
     MemoryHandle memory;
 };
 
-// A zeroed working table of `count` elements of a plain type, freed at the end of the scope. Test `address` before
-// use: null when memory ran out or the size would overflow.
+// A zeroed working table of `count` elements of a plain type, freed at the end of the scope. Test `address`
+// before use: null when memory ran out or the size would overflow.
 template <typename T>
 struct Scratch {
     explicit Scratch(size_t count)
-        : memory(count <= static_cast<size_t>(-1) / 2 / sizeof(T) ? AllocateMemory(count * sizeof(T)) : nullptr),
+        : memory(count <= static_cast<size_t>(-1) / 2 / sizeof(T) ? AllocateMemory(count * sizeof(T))
+                                                                  : nullptr),
           address(static_cast<T*>(LockMemory(memory))) {}
     ~Scratch() {
         if (address) UnlockMemory(memory);

@@ -16,13 +16,14 @@ struct Block {
     size_t locks;
 };
 
-MemoryCounts counts;        // written by every function below
-size_t refusedNumber;       // written by the two functions that tests call
+MemoryCounts counts;   // written by every function below
+size_t refusedNumber;  // written by the two functions that tests call
 size_t refusedFromNumber;
 
 bool Refused() {
     ++counts.allocations;
-    return counts.allocations == refusedNumber || (refusedFromNumber && counts.allocations >= refusedFromNumber);
+    return counts.allocations == refusedNumber ||
+           (refusedFromNumber && counts.allocations >= refusedFromNumber);
 }
 
 void Grow(size_t bytes) {

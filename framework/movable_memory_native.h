@@ -9,8 +9,8 @@ namespace kfx {
 struct MemoryCounts {
     size_t liveBlocks;
     size_t liveBytes;
-    size_t lockedBlocks;   // blocks that somebody forgot to unlock, when looked at between calls
-    size_t allocations;    // attempts since the last reset, refused ones included
+    size_t lockedBlocks;  // blocks that somebody forgot to unlock, when looked at between calls
+    size_t allocations;   // attempts since the last reset, refused ones included
     size_t peakBytes;
 };
 

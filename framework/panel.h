@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The seam between the portable middle and whatever holds the effects' controls: the plug-in window in the product
-// (framework/panel_windows.cpp), the variables themselves where there is no window (framework/panel_native.cpp).
+// The seam between the portable middle and whatever holds the effects' controls: the plug-in window in the
+// product (framework/panel_windows.cpp), the variables themselves where there is no window
+// (framework/panel_native.cpp).
 #pragma once
 
 #include <cstdint>
@@ -9,10 +10,12 @@
 
 namespace kfx {
 
-// Clones the effect's panel template into the window and binds its controls. False: the panel could not be made.
+// Clones the effect's panel template into the window and binds its controls. False: the panel could not be
+// made.
 bool InitializePanel(const EffectRecord& effect, void* window);
 
-// A control's current value: a slider's position clamped into its range, 1 or 0 for a check box, a list's index.
+// A control's current value: a slider's position clamped into its range, 1 or 0 for a check box, a list's
+// index.
 int32_t ReadControl(const EffectControl& control, void* window);
 
 // Whether the user has switched the local background on; `*color` (0x00BBGGRR) is then set.

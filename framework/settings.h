@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Everything that outlives a window: the user's choices and every effect's parameters. The configuration file writes
-// them when the window opens; the window's controls and settings documents while it is open; a command line in place
-// of a window. Kernels never read them: they get numbers.
+// Everything that outlives a window: the user's choices and every effect's parameters. The configuration file
+// writes them when the window opens; the window's controls and settings documents while it is open; a command
+// line in place of a window. Kernels never read them: they get numbers.
 #pragma once
 
 #include <cstdint>

@@ -42,7 +42,8 @@ ImageHandle DecodeFrame(const AnimationFrame& frame) {
 ImageHandle FetchFirstFrame() {
     const MemoryLock lock(sourceAnimation);
     AnimationHeader header;
-    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header)) return nullptr;
+    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
+        return nullptr;
     size_t offset = header.firstBlock;
     AnimationFrame frame;
     if (ReadAnimationFrame(header, &offset, &frame) != FrameStep::Frame) return nullptr;
@@ -52,7 +53,8 @@ ImageHandle FetchFirstFrame() {
 bool DecodeAllFrames(FrameList* list) {
     const MemoryLock lock(sourceAnimation);
     AnimationHeader header;
-    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header)) return false;
+    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
+        return false;
     size_t offset = header.firstBlock;
     for (uint32_t i = 0; i < header.frameCount; ++i) {
         AnimationFrame frame;

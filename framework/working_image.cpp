@@ -8,7 +8,8 @@
 namespace kfx {
 namespace {
 
-constexpr uint64_t kLargestImage = 0x7FFFFFFF;  // the header's size field and every row offset stay signed 32-bit
+constexpr uint64_t kLargestImage =
+    0x7FFFFFFF;  // the header's size field and every row offset stay signed 32-bit
 
 int32_t BitCountOf(int32_t depthRequest) {
     if (depthRequest == 1) return 1;
@@ -117,7 +118,8 @@ void SetDibPixel(WorkingImage* image, int32_t x, int32_t y, uint32_t value) {
         }
         case 4: {
             uint8_t* pair = row + (x >> 1);
-            *pair = static_cast<uint8_t>(x & 1 ? (*pair & 0xF0) | (value & 15) : (*pair & 0x0F) | (value & 15) << 4);
+            *pair = static_cast<uint8_t>(x & 1 ? (*pair & 0xF0) | (value & 15)
+                                               : (*pair & 0x0F) | (value & 15) << 4);
             break;
         }
         case 8:

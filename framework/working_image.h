@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// WorkingImage: the one kind of image that effects and builder work on, a packed device-independent bitmap in one
-// movable block: 40-byte header, full colour table for 1, 4 and 8 bits, then rows bottom-up, padded to 4 bytes.
-// Pixel values are COLORREFs (red in the low byte) above 8 bits and colour-table indices otherwise.
+// WorkingImage: the one kind of image that effects and builder work on, a packed device-independent bitmap in
+// one movable block: 40-byte header, full colour table for 1, 4 and 8 bits, then rows bottom-up, padded to 4
+// bytes. Pixel values are COLORREFs (red in the low byte) above 8 bits and colour-table indices otherwise.
 #pragma once
 
 #include <cstddef>
@@ -51,13 +51,13 @@ constexpr size_t RowStride(int32_t width, int32_t bitCount) {
     return (static_cast<size_t>(width) * static_cast<size_t>(bitCount) + 31) / 32 * 4;
 }
 
-// A new zero-filled image. The depth request 1 gives 1 bit, 2..4 give 4, 5..8 give 8, 9..24 give 24, anything else
-// 32 bits per pixel. `palette` is red-green-blue triples, one for every colour-table entry, or null. The caller owns
-// the handle. Null: a side below 1, a picture of 2 GiB or more, or memory ran out.
+// A new zero-filled image. The depth request 1 gives 1 bit, 2..4 give 4, 5..8 give 8, 9..24 give 24, anything
+// else 32 bits per pixel. `palette` is red-green-blue triples, one for every colour-table entry, or null. The
+// caller owns the handle. Null: a side below 1, a picture of 2 GiB or more, or memory ran out.
 ImageHandle CreateDib(int32_t width, int32_t height, const uint8_t* palette, int32_t depthRequest);
 
-// The pixel at column x and row y (0 is the top row) of a locked image; kNoPixel outside it or at a depth other than
-// 1, 4, 8, 24 or 32. For edges and tests: inner loops walk rows.
+// The pixel at column x and row y (0 is the top row) of a locked image; kNoPixel outside it or at a depth
+// other than 1, 4, 8, 24 or 32. For edges and tests: inner loops walk rows.
 uint32_t GetDibPixel(const WorkingImage* image, int32_t x, int32_t y);
 
 // Writes a pixel; nothing happens outside the image.
@@ -69,12 +69,16 @@ inline size_t ColorTableBytes(const WorkingImage* image) {
 }
 inline size_t StrideOf(const WorkingImage* image) { return RowStride(image->width, image->bitCount); }
 
-inline uint8_t* ColorTableOf(WorkingImage* image) { return reinterpret_cast<uint8_t*>(image) + sizeof *image; }
+inline uint8_t* ColorTableOf(WorkingImage* image) {
+    return reinterpret_cast<uint8_t*>(image) + sizeof *image;
+}
 inline const uint8_t* ColorTableOf(const WorkingImage* image) {
     return reinterpret_cast<const uint8_t*>(image) + sizeof *image;
 }
 inline uint8_t* PixelsOf(WorkingImage* image) { return ColorTableOf(image) + ColorTableBytes(image); }
-inline const uint8_t* PixelsOf(const WorkingImage* image) { return ColorTableOf(image) + ColorTableBytes(image); }
+inline const uint8_t* PixelsOf(const WorkingImage* image) {
+    return ColorTableOf(image) + ColorTableBytes(image);
+}
 
 // The row stored at position r: r = 0 is the bottom row of the picture.
 inline uint8_t* StoredRow(WorkingImage* image, int32_t r) {
@@ -89,8 +93,8 @@ inline const uint8_t* PictureRow(const WorkingImage* image, int32_t y) {
     return StoredRow(image, image->height - 1 - y);
 }
 
-// The colour table of an image of 8 bits or fewer as red-green-blue triples, the rest of the 768 bytes zero; all
-// zero for deeper images.
+// The colour table of an image of 8 bits or fewer as red-green-blue triples, the rest of the 768 bytes zero;
+// all zero for deeper images.
 void ReadColorTable(const WorkingImage* image, uint8_t palette[kPaletteBytes]);
 
 // A new image of the same size, depth and colour table with all pixels zero. Null: memory ran out.
@@ -99,13 +103,14 @@ ImageHandle CreateLike(const WorkingImage* image);
 // A new image with the same header, colour table and rows. Null: memory ran out.
 ImageHandle DuplicateImage(const WorkingImage* image);
 
-// A new 24-bit image of the same size; the source stays. 1-bit pictures become black and white whatever their colour
-// table says. Null: the source cannot be locked, or memory ran out.
+// A new 24-bit image of the same size; the source stays. 1-bit pictures become black and white whatever their
+// colour table says. Null: the source cannot be locked, or memory ran out.
 ImageHandle ConvertTo24Bits(ImageHandle source);
 
 // Holds an image locked for its scope; `image` is null when the lock failed.
 struct ImageLock {
-    explicit ImageLock(ImageHandle handle) : memory(handle), image(static_cast<WorkingImage*>(LockMemory(handle))) {}
+    explicit ImageLock(ImageHandle handle)
+        : memory(handle), image(static_cast<WorkingImage*>(LockMemory(handle))) {}
     ~ImageLock() {
         if (image) UnlockMemory(memory);
     }

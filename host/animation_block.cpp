@@ -6,8 +6,8 @@
 namespace kfx {
 namespace {
 
-constexpr size_t kHeaderBytes = 38;       // up to the global palette
-constexpr size_t kImageBlockBytes = 40;   // up to the last frame field
+constexpr size_t kHeaderBytes = 38;      // up to the global palette
+constexpr size_t kImageBlockBytes = 40;  // up to the last frame field
 constexpr size_t kBitmapHeaderBytes = 40;
 constexpr uint8_t kFlagGlobalPalette = 4;
 constexpr uint8_t kFlagBackground = 16;
@@ -70,7 +70,8 @@ bool ReadAnimationHeader(const void* block, size_t size, AnimationHeader* header
     read.hasBackground = (bytes[12] & kFlagBackground) != 0;
     read.background = Word32(bytes + 20);
     if (read.firstBlock < kHeaderBytes || read.firstBlock > size) return false;
-    // The window shows the size as signed numbers and the scaler multiplies by 100: no real picture is larger.
+    // The window shows the size as signed numbers and the scaler multiplies by 100: no real picture is
+    // larger.
     if (read.width > INT32_MAX || read.height > INT32_MAX) return false;
     if (bytes[12] & kFlagGlobalPalette) {
         const uint32_t count = Word16(bytes + 36);
@@ -90,7 +91,8 @@ FrameStep ReadAnimationFrame(const AnimationHeader& header, size_t* offset, Anim
     const size_t bitmapOffset = Word32(block + 4);
     const size_t bitmapBytes = Word32(block + 16);
     const size_t rest = header.size - *offset;
-    if (bitmapOffset < kImageBlockBytes || !Fits(rest, bitmapOffset, bitmapBytes)) return FrameStep::Malformed;
+    if (bitmapOffset < kImageBlockBytes || !Fits(rest, bitmapOffset, bitmapBytes))
+        return FrameStep::Malformed;
     AnimationFrame read = {};
     if (!ReadBitmap(block + bitmapOffset, bitmapBytes, &read)) return FrameStep::Malformed;
     for (size_t i = 0; i < 4; ++i) read.fields[i] = static_cast<int32_t>(Word32(block + 24 + 4 * i));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The records exchanged with the host editor. All are byte-packed and little-endian; the host reads and writes
-// them by offset, so every offset is proven here.
+// The records exchanged with the host editor. All are byte-packed and little-endian; the host reads and
+// writes them by offset, so every offset is proven here.
 #pragma once
 
 #include <cstddef>

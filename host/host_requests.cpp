@@ -8,7 +8,8 @@ namespace {
 
 uint64_t AddressOf(const void* pointer) { return reinterpret_cast<uintptr_t>(pointer); }
 
-uint64_t Send(const HostContext* host, const void* target, HostRequest request, uint64_t word, uint64_t pointer) {
+uint64_t Send(const HostContext* host, const void* target, HostRequest request, uint64_t word,
+              uint64_t pointer) {
     if (!host || !host->callback) return 0;
     return host->callback(AddressOf(target), static_cast<uint32_t>(request), word, pointer);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The effects' panels: template numbers, control ids, slider ranges ("min,max,default") and captions, for the resource
-// compiler and the effects alike. A slider n has its value label at n + 1 and its caption at n + 2.
+// The effects' panels: template numbers, control ids, slider ranges ("min,max,default") and captions, for the
+// resource compiler and the effects alike. A slider n has its value label at n + 1 and its caption at n + 2.
 #pragma once
 
 // The three ids of a slider, for an effect's list of controls.

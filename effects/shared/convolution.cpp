@@ -17,10 +17,10 @@ uint8_t ToByte(double value) {
     return static_cast<uint8_t>(value + 0.5);
 }
 
-// One result row. `rows` are the n source rows under the matrix, `columns` the byte offset of each source column from
-// -n/2 to width + n/2, both already wrapped around.
-void ConvolveRow(const uint8_t* const* rows, const size_t* columns, int32_t n, const double* matrix, double divisor,
-                 int32_t width, uint8_t* out) {
+// One result row. `rows` are the n source rows under the matrix, `columns` the byte offset of each source
+// column from -n/2 to width + n/2, both already wrapped around.
+void ConvolveRow(const uint8_t* const* rows, const size_t* columns, int32_t n, const double* matrix,
+                 double divisor, int32_t width, uint8_t* out) {
     for (int32_t x = 0; x < width; ++x, out += 3) {
         double blue = 0, green = 0, red = 0;
         const double* weight = matrix;

@@ -112,7 +112,8 @@ TEST(AnimationBlock, any_byte_of_its_headers_may_be_damaged_without_a_step_outsi
 
 TEST(AnimationBlock, absurd_sizes_are_rejected) {
     const std::vector<uint8_t> block = TwoFrames();
-    for (const size_t field : {size_t{808 + 4}, size_t{808 + 16}, size_t{848 + 4}, size_t{848 + 8}, size_t{4}}) {
+    for (const size_t field :
+         {size_t{808 + 4}, size_t{808 + 16}, size_t{848 + 4}, size_t{848 + 8}, size_t{4}}) {
         for (const uint32_t value : {0xFFFFFFFFu, 0x80000000u, 0x7FFFFFFFu, 0x40000000u}) {
             std::vector<uint8_t> damaged = block;
             for (size_t b = 0; b < 4; ++b) damaged[field + b] = static_cast<uint8_t>(value >> 8 * b);

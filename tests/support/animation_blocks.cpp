@@ -24,7 +24,8 @@ std::vector<uint8_t> MakeAnimationBlock(const std::vector<BlockFrame>& frames, c
     std::vector<uint8_t> block(kHeader);
     std::memcpy(block.data(), "oMNA", 4);
     Put32(&block, 4, kHeader);
-    block[12] = static_cast<uint8_t>((options.globalPalette.empty() ? 0 : 4) | (options.hasBackground ? 16 : 0));
+    block[12] =
+        static_cast<uint8_t>((options.globalPalette.empty() ? 0 : 4) | (options.hasBackground ? 16 : 0));
     Put32(&block, 16, frames.size());
     Put32(&block, 20, options.background);
     uint32_t width = options.width;
@@ -66,7 +67,8 @@ std::vector<uint8_t> ReadTestFile(const char* path) {
     if (!file) return bytes;
     uint8_t buffer[65536];
     size_t count;
-    while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) bytes.insert(bytes.end(), buffer, buffer + count);
+    while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0)
+        bytes.insert(bytes.end(), buffer, buffer + count);
     std::fclose(file);
     return bytes;
 }

@@ -22,12 +22,14 @@ struct BlockOptions {
     std::vector<uint8_t> globalPalette;  // red-green-blue triples; empty: none
 };
 
-std::vector<uint8_t> MakeAnimationBlock(const std::vector<BlockFrame>& frames, const BlockOptions& options = {});
+std::vector<uint8_t> MakeAnimationBlock(const std::vector<BlockFrame>& frames,
+                                        const BlockOptions& options = {});
 
 // A copy of the bytes in movable memory, as the host would hand them over.
 MemoryHandle MakeMemory(const std::vector<uint8_t>& bytes);
 
-// The bytes of a test data file, named from the root of the sources ("tests/data/..."); fails the test when missing.
+// The bytes of a test data file, named from the root of the sources ("tests/data/..."); fails the test when
+// missing.
 std::vector<uint8_t> ReadTestFile(const char* path);
 
 }  // namespace kfx::test

@@ -74,8 +74,8 @@ std::vector<uint8_t> BytesOf(ImageHandle image) {
     const ImageLock b(actual);
     if (std::memcmp(a.image, b.image, sizeof(WorkingImage)) != 0)
         return ::testing::AssertionFailure()
-               << "headers differ: " << a.image->width << "x" << a.image->height << "x" << a.image->bitCount << " and "
-               << b.image->width << "x" << b.image->height << "x" << b.image->bitCount;
+               << "headers differ: " << a.image->width << "x" << a.image->height << "x" << a.image->bitCount
+               << " and " << b.image->width << "x" << b.image->height << "x" << b.image->bitCount;
     if (std::memcmp(ColorTableOf(a.image), ColorTableOf(b.image), ColorTableBytes(a.image)) != 0)
         return ::testing::AssertionFailure() << "colour tables differ";
     int64_t differing = 0;
@@ -85,8 +85,8 @@ std::vector<uint8_t> BytesOf(ImageHandle image) {
             const uint32_t left = GetDibPixel(a.image, x, y);
             const uint32_t right = GetDibPixel(b.image, x, y);
             if (left != right && differing++ == 0)
-                first << "first difference at (" << x << ", " << y << "): expected 0x" << std::hex << left << ", got 0x"
-                      << right << std::dec;
+                first << "first difference at (" << x << ", " << y << "): expected 0x" << std::hex << left
+                      << ", got 0x" << right << std::dec;
         }
     }
     if (differing == 0) return ::testing::AssertionSuccess();
@@ -94,8 +94,9 @@ std::vector<uint8_t> BytesOf(ImageHandle image) {
 }
 
 const std::vector<Size>& TrickySizes() {
-    static const std::vector<Size> sizes = {{1, 1},  {2, 1},  {1, 2},   {1, 9},  {3, 3},  {4, 5},   {5, 4},
-                                            {17, 1}, {1, 64}, {17, 23}, {64, 5}, {5, 64}, {64, 48}, {199, 31}};
+    static const std::vector<Size> sizes = {{1, 1},  {2, 1},  {1, 2},   {1, 9},   {3, 3},
+                                            {4, 5},  {5, 4},  {17, 1},  {1, 64},  {17, 23},
+                                            {64, 5}, {5, 64}, {64, 48}, {199, 31}};
     return sizes;
 }
 

@@ -38,8 +38,8 @@ uint32_t PixelOf(ImageHandle image, int32_t x, int32_t y);
 // The whole block's bytes: header, colour table, rows.
 std::vector<uint8_t> BytesOf(ImageHandle image);
 
-// Equal headers, colour tables and pixels; otherwise names the first differing pixel with both values. Two null
-// handles are equal.
+// Equal headers, colour tables and pixels; otherwise names the first differing pixel with both values. Two
+// null handles are equal.
 ::testing::AssertionResult SamePicture(ImageHandle expected, ImageHandle actual);
 
 // Sizes that find edge faults: tiny, odd, tall, flat.
