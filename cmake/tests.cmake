@@ -30,8 +30,12 @@ endfunction()
 
 # What every ctest entry carries; also for tests that are not GoogleTest programs.
 function(kfx_set_test_properties name timeout window)
+    set(reports ${KFX_TEST_REPORTS})
+    if(CMAKE_HOST_UNIX AND WIN32)
+        set(reports Z:${KFX_TEST_REPORTS})  # the host's root as Wine shows it
+    endif()
     set(environment
-        "GTEST_OUTPUT=xml:${KFX_TEST_REPORTS}/${name}.xml"
+        "GTEST_OUTPUT=xml:${reports}/${name}.xml"
         "GTEST_COLOR=no"
         "ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:allocator_may_return_null=1"
         "UBSAN_OPTIONS=print_stacktrace=1")
