@@ -58,7 +58,7 @@ struct Animation {
     RgbColor background;
     std::string comment;  // the file's bytes; several comments are joined by a line feed
     std::vector<Frame> frames;
-    // Not empty when the file is damaged and only its complete frames were read: one sentence for the user.
+    // Not empty when the file is damaged and only its complete frames were read: one clause for the user.
     std::string warning;
 };
 
@@ -74,7 +74,7 @@ struct ReadLimits {
 bool ReadAnimation(const std::string& path, Animation* animation, std::string* error,
                    const ReadLimits& limits = ReadLimits());
 
-// The same from a whole file in memory; the error has no path.
+// The same from a whole file in memory; the error is then a clause without path and full stop.
 bool ReadAnimationFromMemory(const std::uint8_t* data, std::size_t size, Animation* animation,
                              std::string* error, const ReadLimits& limits = ReadLimits());
 

@@ -2,7 +2,9 @@
 // Whole files in and out by UTF-8 path.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,11 +18,11 @@ bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, 
 bool WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& content, std::string* error);
 
 // Several files that appear together: all are written under temporary names before the first is renamed,
-// and when a rename fails, the files already in place are removed. `contents(i)` is asked for one file at a
+// and when a rename fails, the files already in place are removed. `makeContent` is asked for one file at a
 // time, so that only one has to be in memory; it returns false with a sentence in *error to give up.
-using FileContent = bool (*)(const void* context, std::size_t index, std::vector<std::uint8_t>* content,
-                             std::string* error);
-bool WriteWholeFiles(const std::vector<std::string>& paths, FileContent contents, const void* context,
+using MakeContent =
+    std::function<bool(std::size_t index, std::vector<std::uint8_t>* content, std::string* error)>;
+bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& makeContent,
                      std::string* error);
 
 }  // namespace kfx

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include "media/file_io.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace kfx {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Far beyond any animation, and a stop for devices that never end.
+constexpr std::size_t kMaxFileSize = std::size_t{1} << 30;
+constexpr std::size_t kReadStep = std::size_t{1} << 16;
+
+// std::filesystem opens by the wide name where the system has one, so any name works on Windows too.
+bool PathFromUtf8(const std::string& path, fs::path* result, std::string* error) {
+    try {
+        *result = fs::u8path(path);
+        if (!result->empty() && path.find('\0') == std::string::npos) return true;
+    } catch (const std::exception&) {
+        // Windows cannot convert what is not UTF-8.
+    }
+    *error = path + ": this is not a file name.";
+    return false;
+}
+
+std::string Failure(const std::string& path, const char* what, const std::string& reason) {
+    return path + ": " + what + (reason.empty() ? "" : " (" + reason + ")") + ".";
+}
+
+// What the C library left behind, if it said anything.
+std::string LastReason() { return errno != 0 ? std::generic_category().message(errno) : ""; }
+
+// Removes temporary files unless they were renamed before.
+struct TemporaryFiles {
+    std::vector<fs::path> paths;
+    ~TemporaryFiles() {
+        std::error_code ignored;
+        for (const fs::path& path : paths) {
+            if (!path.empty()) fs::remove(path, ignored);
+        }
+    }
+};
+
+fs::path UnusedNameBeside(const fs::path& target) {
+    for (int number = 0;; ++number) {
+        fs::path name = target;
+        name += ".part" + (number > 0 ? std::to_string(number) : std::string());
+        std::error_code ignored;
+        if (!fs::exists(fs::symlink_status(name, ignored))) return name;
+    }
+}
+
+bool WriteBytes(const fs::path& path, const std::vector<std::uint8_t>& content) {
+    errno = 0;
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
+    file.close();  // a full disk may show only here
+    return !file.fail();
+}
+
+}  // namespace
+
+bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, std::string* error) {
+    content->clear();
+    fs::path name;
+    if (!PathFromUtf8(path, &name, error)) return false;
+    std::error_code ignored;
+    if (fs::is_directory(name, ignored)) {
+        *error = Failure(path, "this is a folder, not a file", "");
+        return false;
+    }
+    errno = 0;
+    std::ifstream file(name, std::ios::binary);
+    if (!file) {
+        *error = Failure(path, "the file cannot be opened", LastReason());
+        return false;
+    }
+    std::size_t size = 0;
+    while (file) {
+        if (size > kMaxFileSize) {
+            *error = Failure(path, "the file is larger than 1 GiB", "");
+            return false;
+        }
+        // resize() doubles the capacity, so the copies stay few without trusting a size told beforehand.
+        content->resize(size + kReadStep);
+        file.read(reinterpret_cast<char*>(content->data() + size), kReadStep);
+        size += static_cast<std::size_t>(file.gcount());
+    }
+    content->resize(size);
+    if (file.bad()) {
+        *error = Failure(path, "the file cannot be read", LastReason());
+        return false;
+    }
+    return true;
+}
+
+bool WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& content, std::string* error) {
+    const auto copyContent = [&content](std::size_t, std::vector<std::uint8_t>* copy, std::string*) {
+        *copy = content;
+        return true;
+    };
+    return WriteWholeFiles({path}, copyContent, error);
+}
+
+bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& makeContent,
+                     std::string* error) {
+    std::vector<fs::path> targets(paths.size());
+    TemporaryFiles temporary;
+    std::vector<std::uint8_t> content;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (!PathFromUtf8(paths[i], &targets[i], error)) return false;
+        if (!makeContent(i, &content, error)) {
+            *error = paths[i] + ": " + *error + ".";
+            return false;
+        }
+        temporary.paths.push_back(UnusedNameBeside(targets[i]));
+        if (!WriteBytes(temporary.paths.back(), content)) {
+            *error = Failure(paths[i], "the file cannot be written", LastReason());
+            return false;
+        }
+    }
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        std::error_code failure;
+        fs::rename(temporary.paths[i], targets[i], failure);
+        if (failure) {
+            *error = Failure(paths[i], "the file cannot be written", failure.message());
+            // Half a series would pass for a whole one.
+            std::error_code ignored;
+            for (std::size_t done = 0; done < i; ++done) fs::remove(targets[done], ignored);
+            return false;
+        }
+        temporary.paths[i].clear();
+    }
+    return true;
+}
+
+}  // namespace kfx

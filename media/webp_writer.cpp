@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include <webp/encode.h>
+#include <webp/mux.h>
+
+#include "media/animation_writer.h"
+#include "media/file_io.h"
+
+namespace kfx {
+namespace {
+
+constexpr int kMaxLoopCount = 65535;
+// Of 0 (fast) to 9 (small): beyond 6 the time doubles for files a few per cent smaller.
+constexpr int kLosslessLevel = 6;
+constexpr const char* kOutOfMemory = "there is not enough memory to write the WebP file";
+
+struct EncoderDeleter {
+    void operator()(WebPAnimEncoder* encoder) const { WebPAnimEncoderDelete(encoder); }
+};
+using Encoder = std::unique_ptr<WebPAnimEncoder, EncoderDeleter>;
+
+struct WebpPicture {
+    WebPPicture picture;
+    bool usable;
+    WebpPicture() : usable(WebPPictureInit(&picture) != 0) {}
+    ~WebpPicture() { WebPPictureFree(&picture); }
+    WebpPicture(const WebpPicture&) = delete;
+    WebpPicture& operator=(const WebpPicture&) = delete;
+};
+
+struct AssembledFile {
+    WebPData data;
+    AssembledFile() { WebPDataInit(&data); }
+    ~AssembledFile() { WebPDataClear(&data); }
+    AssembledFile(const AssembledFile&) = delete;
+    AssembledFile& operator=(const AssembledFile&) = delete;
+};
+
+// WebP counts how often an animation is shown, Animation how often it is repeated after that.
+int TimesShown(int loopCount) {
+    if (loopCount == kLoopForever) return 0;
+    return loopCount < 0 ? 1 : std::min(loopCount, kMaxLoopCount - 1) + 1;
+}
+
+const char* FaultOf(const Animation& animation) {
+    if (animation.width < 1 || animation.height < 1 || animation.width > WEBP_MAX_DIMENSION ||
+        animation.height > WEBP_MAX_DIMENSION) {
+        return "a WebP animation may have 1 to 16383 pixels a side";
+    }
+    if (animation.frames.empty()) return "a WebP animation needs at least one frame";
+    const std::size_t bytes =
+        4 * static_cast<std::size_t>(animation.width) * static_cast<std::size_t>(animation.height);
+    for (const Frame& frame : animation.frames) {
+        if (frame.pixels.size() != bytes) return "a WebP frame must cover the whole animation";
+    }
+    return nullptr;
+}
+
+bool AddFrame(WebPAnimEncoder* encoder, const WebPConfig& config, const Animation& animation, const Frame& frame,
+              int startTime) {
+    WebpPicture holder;
+    if (!holder.usable) return false;
+    holder.picture.use_argb = 1;
+    holder.picture.width = animation.width;
+    holder.picture.height = animation.height;
+    return WebPPictureImportRGBA(&holder.picture, frame.pixels.data(), 4 * animation.width) &&
+           WebPAnimEncoderAdd(encoder, &holder.picture, startTime, &config);
+}
+
+bool EncodeChecked(const Animation& animation, std::vector<std::uint8_t>* file) {
+    WebPAnimEncoderOptions options;
+    WebPConfig config;
+    if (!WebPAnimEncoderOptionsInit(&options) || !WebPConfigInit(&config) ||
+        !WebPConfigLosslessPreset(&config, kLosslessLevel)) {
+        return false;
+    }
+    options.anim_params.loop_count = TimesShown(animation.loopCount);
+    const Encoder encoder(WebPAnimEncoderNew(animation.width, animation.height, &options));
+    if (encoder == nullptr) return false;
+    // The encoder wants the moments at which frames begin, and at last the one at which the last one ends.
+    int time = 0;
+    for (const Frame& frame : animation.frames) {
+        if (!AddFrame(encoder.get(), config, animation, frame, time)) return false;
+        // Frames without time would get an earlier start than the frame before them has.
+        time += 10 * std::max(frame.delay, 0);
+    }
+    AssembledFile assembled;
+    if (!WebPAnimEncoderAdd(encoder.get(), nullptr, time, nullptr) ||
+        !WebPAnimEncoderAssemble(encoder.get(), &assembled.data)) {
+        return false;
+    }
+    file->assign(assembled.data.bytes, assembled.data.bytes + assembled.data.size);
+    return true;
+}
+
+}  // namespace
+
+bool EncodeWebp(const Animation& animation, std::vector<std::uint8_t>* file, std::string* error) {
+    file->clear();
+    if (const char* fault = FaultOf(animation)) {
+        *error = fault;
+        return false;
+    }
+    try {
+        if (EncodeChecked(animation, file)) return true;
+    } catch (const std::bad_alloc&) {
+    }
+    *error = kOutOfMemory;
+    file->clear();
+    return false;
+}
+
+bool WriteWebp(const std::string& path, const Animation& animation, std::string* error) {
+    const auto encode = [&animation](std::size_t, std::vector<std::uint8_t>* file, std::string* clause) {
+        return EncodeWebp(animation, file, clause);
+    };
+    return WriteWholeFiles({path}, encode, error);
+}
+
+}  // namespace kfx
