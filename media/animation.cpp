@@ -69,8 +69,8 @@ bool SpendPixels(PixelBudget* budget, std::uint64_t width, std::uint64_t height,
     }
     const std::uint64_t area = width * height;
     if (area > budget->limits.maxPixels - budget->spent) {
-        *error = "the frames together have more than " + std::to_string(budget->limits.maxPixels >> 20) +
-                 " million pixels, which is too much to hold";
+        *error = "the frames together have more than " + std::to_string(budget->limits.maxPixels) +
+                 " pixels, which is too much to hold";
         return false;
     }
     budget->spent += area;

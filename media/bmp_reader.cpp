@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Windows bitmap files: 1, 4, 8, 16, 24 and 32 bits a pixel, either row order, with plain, run-length (8 and 4
-// bits) or bit-field storage. None of the libraries in use reads them.
+// Windows bitmap files: 1, 4, 8, 16, 24 and 32 bits a pixel, either row order, with plain, run-length (8 and
+// 4 bits) or bit-field storage. None of the libraries in use reads them.
 #include <algorithm>
 
 #include "media/readers.h"
@@ -33,7 +33,9 @@ struct BmpHeader {
     std::vector<RgbColor> palette;
 };
 
-std::uint32_t ReadU16(const std::uint8_t* bytes) { return static_cast<std::uint32_t>(bytes[0] | bytes[1] << 8); }
+std::uint32_t ReadU16(const std::uint8_t* bytes) {
+    return static_cast<std::uint32_t>(bytes[0] | bytes[1] << 8);
+}
 
 std::uint32_t ReadU32(const std::uint8_t* bytes) { return ReadU16(bytes) | ReadU16(bytes + 2) << 16; }
 
@@ -142,7 +144,8 @@ std::uint8_t LevelOf(const Channel& channel, std::uint32_t value, std::uint8_t a
     return static_cast<std::uint8_t>((level * 255 + channel.range / 2) / channel.range);
 }
 
-std::uint8_t* RowOf(const BmpHeader& header, std::vector<std::uint8_t>* pixels, std::size_t bytes, int storedRow) {
+std::uint8_t* RowOf(const BmpHeader& header, std::vector<std::uint8_t>* pixels, std::size_t bytes,
+                    int storedRow) {
     const int row = header.topDown ? storedRow : header.height - 1 - storedRow;
     return pixels->data() + bytes * static_cast<std::size_t>(row) * static_cast<std::size_t>(header.width);
 }
@@ -192,7 +195,8 @@ bool DecodePlainIndices(const BmpHeader& header, const std::uint8_t* data, std::
 
 // Run-length storage: pairs of count and value; a count of 0 announces the end of a row (0), the end of the
 // picture (1), a jump (2, followed by its x and y) or that many single values, padded to 16 bits. Values are
-// bytes, or two pixels each with 4 bits. Pixels that are jumped over keep index 0; a missing end is no damage.
+// bytes, or two pixels each with 4 bits. Pixels that are jumped over keep index 0; a missing end is no
+// damage.
 void DecodeRunLength(const BmpHeader& header, const std::uint8_t* data, std::size_t size,
                      std::vector<std::uint8_t>* indices) {
     int x = 0;
@@ -259,8 +263,8 @@ bool ReadBmp(const std::uint8_t* data, std::size_t size, PixelBudget* budget, An
         *error = "the BMP file is damaged or of an unknown kind";
         return false;
     }
-    if (!SpendPixels(budget, static_cast<std::uint64_t>(header.width), static_cast<std::uint64_t>(header.height),
-                     error)) {
+    if (!SpendPixels(budget, static_cast<std::uint64_t>(header.width),
+                     static_cast<std::uint64_t>(header.height), error)) {
         return false;
     }
     animation->width = header.width;

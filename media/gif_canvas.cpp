@@ -31,8 +31,8 @@ FrameColors MakeFrameColors(const std::vector<RgbColor>& palette, const std::vec
     for (std::size_t i = 0; i < 256; ++i) {
         const bool stored = i < palette.size();
         result.colors[i] = stored ? palette[i] : RgbColor();
-        result.globalIndices[i] = isGlobal && stored ? static_cast<std::int16_t>(i)
-                                                     : FindColor(globalPalette, result.colors[i]);
+        result.globalIndices[i] =
+            isGlobal && stored ? static_cast<std::int16_t>(i) : FindColor(globalPalette, result.colors[i]);
     }
     return result;
 }

@@ -29,15 +29,15 @@ constexpr std::int16_t kOffPalette = -1;
 struct GifCanvas {
     int width = 0;
     int height = 0;
-    std::vector<std::uint8_t> pixels;          // RGBA, top row first
+    std::vector<std::uint8_t> pixels;         // RGBA, top row first
     std::vector<std::int16_t> globalIndices;  // of each pixel, kOffPalette where transparent
 };
 
 // A fully transparent canvas: viewers show what is behind the picture, not the file's background colour.
 GifCanvas MakeGifCanvas(int width, int height);
 
-// The colours of a frame with `palette`, whose pixels are looked up in `globalPalette` (may be empty). When the
-// two are the same object, each entry is its own global index, also where colours stand twice.
+// The colours of a frame with `palette`, whose pixels are looked up in `globalPalette` (may be empty). When
+// the two are the same object, each entry is its own global index, also where colours stand twice.
 FrameColors MakeFrameColors(const std::vector<RgbColor>& palette, const std::vector<RgbColor>& globalPalette,
                             int transparentIndex);
 

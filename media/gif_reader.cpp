@@ -21,8 +21,8 @@ struct MemoryInput {
 
 int ReadFromMemory(GifFileType* gif, GifByteType* target, int length) {
     auto* input = static_cast<MemoryInput*>(gif->UserData);
-    const std::size_t count = std::min(static_cast<std::size_t>(std::max(length, 0)),
-                                       input->size - input->position);
+    const std::size_t count =
+        std::min(static_cast<std::size_t>(std::max(length, 0)), input->size - input->position);
     std::memcpy(target, input->data + input->position, count);
     input->position += count;
     return static_cast<int>(count);
@@ -168,8 +168,9 @@ ImageResult ReadImage(GifReader* reader, std::string* error) {
     reader->control = kNoControl;
     const std::vector<RgbColor> localPalette =
         image.ColorMap != nullptr ? ColorsOf(image.ColorMap) : std::vector<RgbColor>();
-    const FrameColors colors = MakeFrameColors(image.ColorMap != nullptr ? localPalette : animation->globalPalette,
-                                               animation->globalPalette, control.TransparentColor);
+    const FrameColors colors =
+        MakeFrameColors(image.ColorMap != nullptr ? localPalette : animation->globalPalette,
+                        animation->globalPalette, control.TransparentColor);
     GifCanvas before;
     if (RestoresCanvas(control.DisposalMode)) before = reader->canvas;
     if (!DrawImage(reader, place, colors)) return ImageResult::kDamaged;
@@ -217,7 +218,8 @@ bool ReadGif(const std::uint8_t* data, std::size_t size, PixelBudget* budget, An
     const bool whole = ReadRecords(&reader, error);
     if (!error->empty()) return false;
     if (animation->frames.empty()) {
-        *error = whole ? "the GIF file has no frames" : "the GIF file is damaged before the end of its first frame";
+        *error = whole ? "the GIF file has no frames"
+                       : "the GIF file is damaged before the end of its first frame";
         return false;
     }
     if (!whole) animation->warning = DamageWarning(animation->frames.size());

@@ -15,7 +15,6 @@ namespace {
 constexpr int kMaxGifSide = 65535;
 constexpr int kMaxGifNumber = 65535;  // delays and loop counts are stored in 16 bits
 constexpr std::size_t kMaxBlockSize = 255;
-constexpr const char* kOutOfMemory = "there is not enough memory to write the GIF file";
 
 int AppendToVector(GifFileType* gif, const GifByteType* bytes, int length) {
     auto* file = static_cast<std::vector<std::uint8_t>*>(gif->UserData);
@@ -107,7 +106,8 @@ Rectangle StoredPart(const GifCanvas& before, const GifCanvas& after, int dispos
 bool PutLoopCount(GifFileType* gif, int loopCount) {
     if (loopCount < 0) return true;
     const int count = std::min(loopCount, kMaxGifNumber);
-    const GifByteType block[] = {1, static_cast<GifByteType>(count & 255), static_cast<GifByteType>(count >> 8)};
+    const GifByteType block[] = {1, static_cast<GifByteType>(count & 255),
+                                 static_cast<GifByteType>(count >> 8)};
     return EGifPutExtensionLeader(gif, APPLICATION_EXT_FUNC_CODE) != GIF_ERROR &&
            EGifPutExtensionBlock(gif, 11, "NETSCAPE2.0") != GIF_ERROR &&
            EGifPutExtensionBlock(gif, sizeof(block), block) != GIF_ERROR &&
@@ -119,15 +119,17 @@ bool PutComment(GifFileType* gif, const std::string& comment) {
     if (EGifPutExtensionLeader(gif, COMMENT_EXT_FUNC_CODE) == GIF_ERROR) return false;
     for (std::size_t at = 0; at < comment.size(); at += kMaxBlockSize) {
         const std::size_t length = std::min(kMaxBlockSize, comment.size() - at);
-        if (EGifPutExtensionBlock(gif, static_cast<int>(length), comment.data() + at) == GIF_ERROR) return false;
+        if (EGifPutExtensionBlock(gif, static_cast<int>(length), comment.data() + at) == GIF_ERROR)
+            return false;
     }
     return EGifPutExtensionTrailer(gif) != GIF_ERROR;
 }
 
 bool PutFrame(GifFileType* gif, const GifFrame& frame, std::vector<RgbColor> palette, bool isLocal,
               const Rectangle& part) {
-    GraphicsControlBlock control = {frame.disposal, false, std::clamp(frame.delay, 0, kMaxGifNumber),
-                                    frame.transparentIndex >= 0 ? frame.transparentIndex : NO_TRANSPARENT_COLOR};
+    GraphicsControlBlock control = {
+        frame.disposal, false, std::clamp(frame.delay, 0, kMaxGifNumber),
+        frame.transparentIndex >= 0 ? frame.transparentIndex : NO_TRANSPARENT_COLOR};
     GifByteType bytes[4];
     const auto length = EGifGCBToExtension(&control, bytes);
     // A transparent index behind the palette's end gets an entry that is never seen.
@@ -144,8 +146,8 @@ bool PutFrame(GifFileType* gif, const GifFrame& frame, std::vector<RgbColor> pal
     }
     std::vector<GifPixelType> row(static_cast<std::size_t>(part.width));
     for (int y = 0; y < part.height; ++y) {
-        const auto start = frame.indices.begin() +
-                           static_cast<std::ptrdiff_t>(part.top + y) * gif->SWidth + part.left;
+        const auto start =
+            frame.indices.begin() + static_cast<std::ptrdiff_t>(part.top + y) * gif->SWidth + part.left;
         std::copy_n(start, part.width, row.begin());  // the library masks the row it is given in place
         if (EGifPutLine(gif, row.data(), part.width) == GIF_ERROR) return false;
     }
@@ -182,7 +184,8 @@ bool EncodeChecked(const GifAnimation& gif, std::vector<std::uint8_t>* file) {
     if (handle == nullptr || !MakeColorMap(gif.globalPalette, &globalMap)) return false;
     EGifSetGifVersion(handle.get(), true);
     constexpr int kColorResolution = 8;
-    if (EGifPutScreenDesc(handle.get(), gif.width, gif.height, kColorResolution, 0, globalMap.get()) == GIF_ERROR ||
+    if (EGifPutScreenDesc(handle.get(), gif.width, gif.height, kColorResolution, 0, globalMap.get()) ==
+            GIF_ERROR ||
         !PutLoopCount(handle.get(), gif.loopCount) || !PutComment(handle.get(), gif.comment) ||
         !PutFrames(handle.get(), gif)) {
         return false;
@@ -203,8 +206,9 @@ bool EncodeGif(const GifAnimation& gif, std::vector<std::uint8_t>* file, std::st
         if (EncodeChecked(gif, file)) return true;
     } catch (const std::bad_alloc&) {
     }
-    // Everything that can be wrong with the frames was checked before, and memory takes any bytes it has room for.
-    *error = kOutOfMemory;
+    // Everything that can be wrong with the frames was checked before, and memory takes any bytes it has room
+    // for.
+    *error = "there is not enough memory to write the GIF file";
     file->clear();
     return false;
 }

@@ -64,8 +64,8 @@ bool ReadPng(const std::uint8_t* data, std::size_t size, PixelBudget* budget, An
     if (code == 0 && !SpendPixels(budget, width, height, error)) return false;
     unsigned char* decoded = nullptr;
     if (code == 0) {
-        // Eight bytes a pixel at most, a filter byte a row; interlacing about doubles the rows. What unpacks to
-        // more than that is not this picture.
+        // Eight bytes a pixel at most, a filter byte a row; interlacing about doubles the rows. What unpacks
+        // to more than that is not this picture.
         state.png.decoder.zlibsettings.max_output_size =
             std::size_t{8} * width * height + std::size_t{4} * height + 64;
         code = lodepng_decode(&decoded, &width, &height, &state.png, data, size);

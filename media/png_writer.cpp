@@ -41,8 +41,8 @@ bool EncodePng(int width, int height, const std::uint8_t* rgba, std::vector<std:
     }
     unsigned char* encoded = nullptr;
     std::size_t size = 0;
-    const unsigned code = lodepng_encode32(&encoded, &size, rgba, static_cast<unsigned>(width),
-                                           static_cast<unsigned>(height));
+    const unsigned code =
+        lodepng_encode32(&encoded, &size, rgba, static_cast<unsigned>(width), static_cast<unsigned>(height));
     const std::unique_ptr<unsigned char, FreeDeleter> owner(encoded);
     if (code != 0) {
         *error = std::string("the PNG picture cannot be made (") + lodepng_error_text(code) + ")";

@@ -9,9 +9,9 @@
 namespace kfx {
 namespace {
 
-constexpr std::size_t kRiffHeaderSize = 12;   // "RIFF", size, "WEBP"
-constexpr std::size_t kChunkHeaderSize = 8;   // name, size
-constexpr std::size_t kChunkPadding = 2;      // chunks begin at even offsets
+constexpr std::size_t kRiffHeaderSize = 12;  // "RIFF", size, "WEBP"
+constexpr std::size_t kChunkHeaderSize = 8;  // name, size
+constexpr std::size_t kChunkPadding = 2;     // chunks begin at even offsets
 
 struct DemuxerDeleter {
     void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
@@ -85,7 +85,8 @@ void ReadCanvas(const WebPDemuxer* demuxer, Animation* animation) {
     const std::uint32_t background = WebPDemuxGetI(demuxer, WEBP_FF_BACKGROUND_COLOR);  // 0xAARRGGBB
     animation->hasBackground = true;
     animation->background = {static_cast<std::uint8_t>(background >> 16),
-                             static_cast<std::uint8_t>(background >> 8), static_cast<std::uint8_t>(background)};
+                             static_cast<std::uint8_t>(background >> 8),
+                             static_cast<std::uint8_t>(background)};
 }
 
 // Decodes frames until the end or the first damaged one, which is told by returning false.

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <memory>
 #include <new>
 
@@ -15,7 +17,6 @@ namespace {
 constexpr int kMaxLoopCount = 65535;
 // Of 0 (fast) to 9 (small): beyond 6 the time doubles for files a few per cent smaller.
 constexpr int kLosslessLevel = 6;
-constexpr const char* kOutOfMemory = "there is not enough memory to write the WebP file";
 
 struct EncoderDeleter {
     void operator()(WebPAnimEncoder* encoder) const { WebPAnimEncoderDelete(encoder); }
@@ -59,8 +60,8 @@ const char* FaultOf(const Animation& animation) {
     return nullptr;
 }
 
-bool AddFrame(WebPAnimEncoder* encoder, const WebPConfig& config, const Animation& animation, const Frame& frame,
-              int startTime) {
+bool AddFrame(WebPAnimEncoder* encoder, const WebPConfig& config, const Animation& animation,
+              const Frame& frame, int startTime) {
     WebpPicture holder;
     if (!holder.usable) return false;
     holder.picture.use_argb = 1;
@@ -81,14 +82,14 @@ bool EncodeChecked(const Animation& animation, std::vector<std::uint8_t>* file) 
     const Encoder encoder(WebPAnimEncoderNew(animation.width, animation.height, &options));
     if (encoder == nullptr) return false;
     // The encoder wants the moments at which frames begin, and at last the one at which the last one ends.
-    int time = 0;
+    std::int64_t time = 0;
+    const auto startOf = [&time] { return static_cast<int>(std::min<std::int64_t>(time, INT_MAX)); };
     for (const Frame& frame : animation.frames) {
-        if (!AddFrame(encoder.get(), config, animation, frame, time)) return false;
-        // Frames without time would get an earlier start than the frame before them has.
-        time += 10 * std::max(frame.delay, 0);
+        if (!AddFrame(encoder.get(), config, animation, frame, startOf())) return false;
+        time += std::int64_t{10} * std::max(frame.delay, 0);
     }
     AssembledFile assembled;
-    if (!WebPAnimEncoderAdd(encoder.get(), nullptr, time, nullptr) ||
+    if (!WebPAnimEncoderAdd(encoder.get(), nullptr, startOf(), nullptr) ||
         !WebPAnimEncoderAssemble(encoder.get(), &assembled.data)) {
         return false;
     }
@@ -108,7 +109,7 @@ bool EncodeWebp(const Animation& animation, std::vector<std::uint8_t>* file, std
         if (EncodeChecked(animation, file)) return true;
     } catch (const std::bad_alloc&) {
     }
-    *error = kOutOfMemory;
+    *error = "there is not enough memory to write the WebP file";
     file->clear();
     return false;
 }

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include "media/animation.h"
+#include "tests/media/gif_builder.h"
+
+namespace kfx {
+namespace {
+
+using test::BuildGif;
+using test::Bytes;
+using test::ShowFrame;
+using test::TestGif;
+using test::TestImage;
+
+Animation ReadOrFail(const Bytes& file) {
+    Animation animation;
+    std::string error;
+    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
+    return animation;
+}
+
+std::string ErrorOf(const Bytes& file, const ReadLimits& limits = ReadLimits()) {
+    Animation animation;
+    std::string error;
+    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits));
+    EXPECT_TRUE(animation.frames.empty());
+    EXPECT_EQ(animation.width, 0);
+    return error;
+}
+
+TestImage Part(const std::string& picture, int left, int top, int disposal) {
+    TestImage image;
+    image.picture = picture;
+    image.left = left;
+    image.top = top;
+    image.disposal = disposal;
+    return image;
+}
+
+TestGif Gif(int width, int height, const std::vector<TestImage>& images) {
+    TestGif gif;
+    gif.width = width;
+    gif.height = height;
+    gif.images = images;
+    return gif;
+}
+
+TEST(GifReader, AFrameKeptOrUnspecifiedStaysUnderTheNextOne) {
+    for (const int disposal : {0, 1, 5, 6, 7}) {
+        const Animation animation =
+            ReadOrFail(BuildGif(Gif(3, 2, {Part("RRR/RRR", 0, 0, disposal), Part("GG", 1, 1, 0)})));
+        ASSERT_EQ(animation.frames.size(), 2u);
+        EXPECT_EQ(ShowFrame(animation, 0), "RRR/RRR");
+        EXPECT_EQ(ShowFrame(animation, 1), "RRR/RGG") << disposal;
+        EXPECT_EQ(animation.frames[0].disposal, disposal);
+    }
+}
+
+TEST(GifReader, DisposalToBackgroundClearsTheFramesRectangleToTransparent) {
+    const Animation animation = ReadOrFail(
+        BuildGif(Gif(3, 3, {Part("RRR/RRR/RRR", 0, 0, 1), Part("GG/GG", 1, 1, 2), Part("B", 0, 0, 1)})));
+    EXPECT_EQ(ShowFrame(animation, 1), "RRR/RGG/RGG");
+    EXPECT_EQ(ShowFrame(animation, 2), "BRR/R../R..");
+}
+
+TEST(GifReader, DisposalToPreviousRestoresWhatStoodBeforeTheFrame) {
+    for (const int disposal : {3, 4}) {
+        const Animation animation =
+            ReadOrFail(BuildGif(Gif(3, 2,
+                                    {Part("RRR/RRR", 0, 0, 1), Part("GG", 0, 0, disposal),
+                                     Part("B", 2, 1, disposal), Part("Y", 1, 1, 0)})));
+        EXPECT_EQ(ShowFrame(animation, 1), "GGR/RRR");
+        EXPECT_EQ(ShowFrame(animation, 2), "RRR/RRB") << disposal;
+        EXPECT_EQ(ShowFrame(animation, 3), "RRR/RYR") << disposal;
+    }
+}
+
+TEST(GifReader, DisposalToPreviousOfTheFirstFrameRestoresAnEmptyCanvas) {
+    const Animation animation = ReadOrFail(BuildGif(Gif(2, 1, {Part("RR", 0, 0, 3), Part("G", 1, 0, 0)})));
+    EXPECT_EQ(ShowFrame(animation, 1), ".G");
+}
+
+TEST(GifReader, TransparentPixelsLeaveTheCanvasAsItIs) {
+    const Animation animation =
+        ReadOrFail(BuildGif(Gif(3, 1, {Part("R.B", 0, 0, 1), Part(".G.", 0, 0, 1), Part("..Y", 0, 0, 1)})));
+    EXPECT_EQ(ShowFrame(animation, 0), "R.B");
+    EXPECT_EQ(ShowFrame(animation, 1), "RGB");
+    EXPECT_EQ(ShowFrame(animation, 2), "RGY");
+    EXPECT_TRUE(animation.frames[0].transparent);
+    EXPECT_FALSE(animation.frames[1].transparent);
+}
+
+TEST(GifReader, TheCanvasAroundASmallFirstFrameIsTransparentNotTheBackgroundColour) {
+    TestGif gif = Gif(3, 2, {Part("R", 1, 0, 0)});
+    gif.backgroundIndex = 2;
+    const Animation animation = ReadOrFail(BuildGif(gif));
+    EXPECT_EQ(ShowFrame(animation, 0), ".R./...");
+    EXPECT_TRUE(animation.hasBackground);
+    EXPECT_EQ(animation.background, (RgbColor{0, 255, 0}));
+}
+
+TEST(GifReader, ImagesBeyondTheCanvasAreCut) {
+    const Animation animation = ReadOrFail(BuildGif(
+        Gif(2, 2,
+            {Part("RR/RR", 0, 0, 0), Part("GGG/GGG/GGG", 1, 1, 2), Part("B", 5, 5, 2), Part("Y", 0, 0, 0)})));
+    EXPECT_EQ(ShowFrame(animation, 1), "RR/RG");
+    EXPECT_EQ(ShowFrame(animation, 2), "RR/R.");
+    EXPECT_EQ(ShowFrame(animation, 3), "YR/R.");
+}
+
+TEST(GifReader, InterlacedRowsComeOutInOrder) {
+    for (const int height : {1, 2, 3, 4, 5, 7, 8, 9, 17}) {
+        std::string picture;
+        for (int y = 0; y < height; ++y) {
+            if (y > 0) picture += '/';
+            picture += "KRGBYMCW"[y % 8];
+            picture += "KRGBYMCW"[(y / 8 + 3) % 8];
+        }
+        TestImage image = Part(picture, 0, 0, 0);
+        image.interlaced = true;
+        const Animation animation = ReadOrFail(BuildGif(Gif(2, height, {image})));
+        EXPECT_EQ(ShowFrame(animation, 0), picture) << height;
+    }
+}
+
+TEST(GifReader, AnImageUsesItsLocalPaletteForItsPixels) {
+    TestImage local = Part("YR", 0, 0, 0);
+    local.localPalette = "YRB";
+    TestGif gif = Gif(3, 1, {Part("GGG", 0, 0, 0), local});
+    const Animation animation = ReadOrFail(BuildGif(gif));
+    EXPECT_EQ(ShowFrame(animation, 1), "YRG");
+    gif.hasGlobalPalette = false;
+    gif.images = {local};
+    const Animation withoutGlobal = ReadOrFail(BuildGif(gif));
+    EXPECT_EQ(ShowFrame(withoutGlobal, 0), "YR.");
+    EXPECT_FALSE(withoutGlobal.hasGlobalPalette);
+    EXPECT_FALSE(withoutGlobal.frames[0].indexed);
+}
+
+TEST(GifReader, AnImageWithoutAnyPaletteIsDamage) {
+    TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
+    gif.hasGlobalPalette = false;
+    EXPECT_EQ(ErrorOf(BuildGif(gif)), "the GIF file is damaged before the end of its first frame");
+}
+
+TEST(GifReader, AnOpaqueFrameOnTheGlobalPaletteKeepsItsIndices) {
+    const Animation animation = ReadOrFail(BuildGif(Gif(4, 1, {Part("KRGB", 0, 0, 0), Part("W", 1, 0, 0)})));
+    ASSERT_TRUE(animation.frames[0].indexed);
+    EXPECT_EQ(animation.frames[0].indices, (Bytes{0, 1, 2, 3}));
+    ASSERT_TRUE(animation.frames[1].indexed);
+    EXPECT_EQ(animation.frames[1].indices, (Bytes{0, 7, 2, 3}));
+    EXPECT_EQ(animation.globalPalette, test::TextPalette());
+}
+
+TEST(GifReader, LocalColoursThatTheGlobalPaletteHasGetItsIndices) {
+    TestImage local = Part("BY", 0, 0, 0);
+    local.localPalette = "YB";
+    const Animation animation = ReadOrFail(BuildGif(Gif(3, 1, {Part("RRR", 0, 0, 0), local})));
+    ASSERT_TRUE(animation.frames[1].indexed);
+    EXPECT_EQ(animation.frames[1].indices, (Bytes{3, 4, 1}));
+}
+
+TEST(GifReader, AFrameWithTransparentPixelsIsNotIndexed) {
+    const Animation animation = ReadOrFail(BuildGif(Gif(2, 1, {Part("R.", 0, 0, 0), Part(".G", 0, 0, 0)})));
+    EXPECT_FALSE(animation.frames[0].indexed);
+    EXPECT_TRUE(animation.frames[0].indices.empty());
+    EXPECT_TRUE(animation.frames[1].indexed);
+}
+
+TEST(GifReader, DelaysAndPlacesAreThoseOfTheFile) {
+    TestImage first = Part("RR", 0, 0, 0);
+    first.delay = 7;
+    TestImage second = Part("G", 1, 0, 0);
+    second.delay = 65535;
+    const Animation animation = ReadOrFail(BuildGif(Gif(2, 1, {first, second})));
+    EXPECT_EQ(animation.frames[0].delay, 7);
+    EXPECT_EQ(animation.frames[1].delay, 65535);
+    EXPECT_EQ(animation.frames[1].left, 1);
+    EXPECT_EQ(animation.frames[1].top, 0);
+}
+
+TEST(GifReader, TheLoopExtensionGivesTheRepeats) {
+    TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
+    EXPECT_EQ(ReadOrFail(BuildGif(gif)).loopCount, kLoopNone);
+    gif.loopCount = 0;
+    EXPECT_EQ(ReadOrFail(BuildGif(gif)).loopCount, kLoopForever);
+    gif.loopCount = 300;
+    EXPECT_EQ(ReadOrFail(BuildGif(gif)).loopCount, 300);
+}
+
+TEST(GifReader, CommentsAreJoinedByLineFeeds) {
+    TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
+    gif.comments = {"drawn by hand", "twice"};
+    EXPECT_EQ(ReadOrFail(BuildGif(gif)).comment, "drawn by hand\ntwice");
+}
+
+TEST(GifReader, ACutFileGivesItsCompleteFramesAndAWarning) {
+    const Bytes file = BuildGif(Gif(3, 1, {Part("RGB", 0, 0, 0), Part("YYY", 0, 0, 0)}));
+    for (std::size_t length = 0; length < file.size(); ++length) {
+        const Bytes cut(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length));
+        Animation animation;
+        std::string error;
+        if (ReadAnimationFromMemory(cut.data(), cut.size(), &animation, &error)) {
+            ASSERT_GE(animation.frames.size(), 1u) << length;
+            EXPECT_EQ(ShowFrame(animation, 0), "RGB");
+            EXPECT_NE(animation.warning, "") << length;
+        } else {
+            EXPECT_NE(error, "") << length;
+            EXPECT_TRUE(animation.frames.empty());
+        }
+    }
+    const Bytes withoutTrailer(file.begin(), file.end() - 1);
+    const Animation animation = ReadOrFail(withoutTrailer);
+    EXPECT_EQ(animation.frames.size(), 2u);
+    EXPECT_EQ(animation.warning,
+              "the file is damaged or cut after frame 2; only the frames up to there are used");
+    EXPECT_EQ(ReadOrFail(file).warning, "");
+}
+
+TEST(GifReader, AFileWithoutFramesIsAnError) {
+    EXPECT_EQ(ErrorOf(BuildGif(Gif(5, 5, {}))), "the GIF file has no frames");
+}
+
+TEST(GifReader, AScreenWithoutSizeTakesTheFirstImages) {
+    const Animation animation = ReadOrFail(BuildGif(Gif(0, 0, {Part("RG/BY", 0, 0, 0)})));
+    EXPECT_EQ(animation.width, 2);
+    EXPECT_EQ(animation.height, 2);
+    EXPECT_EQ(ShowFrame(animation, 0), "RG/BY");
+}
+
+TEST(GifReader, AbsurdSizesAreRefusedBeforeAnythingIsAllocated) {
+    // 65535 x 65535 pixels would be 16 GiB: reading them at all would take far longer than a test may.
+    EXPECT_EQ(ErrorOf(BuildGif(Gif(65535, 65535, {Part("R", 0, 0, 0)}))),
+              "the picture of 65535 x 65535 pixels is too large: a side may have 16384");
+    ReadLimits limits;
+    limits.maxSide = 100000;
+    EXPECT_EQ(ErrorOf(BuildGif(Gif(65535, 65535, {Part("R", 0, 0, 0)})), limits),
+              "the frames together have more than 536870912 pixels, which is too much to hold");
+}
+
+TEST(GifReader, TheBudgetCountsAllFramesTogether) {
+    const Bytes file =
+        BuildGif(Gif(1000, 1000, {Part("R", 0, 0, 0), Part("R", 0, 0, 0), Part("R", 0, 0, 0)}));
+    ReadLimits limits;
+    limits.maxPixels = 3000000;
+    Animation animation;
+    std::string error;
+    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits)) << error;
+    limits.maxPixels = 2999999;
+    EXPECT_EQ(ErrorOf(file, limits),
+              "the frames together have more than 2999999 pixels, which is too much to hold");
+}
+
+TEST(GifReader, AnImageFarLargerThanItsCanvasCountsInTheBudget) {
+    Bytes file = BuildGif(Gif(2, 2, {Part("RR/RR", 0, 0, 0)}));
+    const std::size_t descriptor = 13 + 24 + 8;  // screen, palette, graphics control
+    ASSERT_EQ(file[descriptor], 0x2C);
+    for (const std::size_t offset : {5u, 6u, 7u, 8u}) file[descriptor + offset] = 0x3F;  // 16191 x 16191
+    ReadLimits limits;
+    limits.maxPixels = 1000000;
+    EXPECT_EQ(ErrorOf(file, limits),
+              "the frames together have more than 1000000 pixels, which is too much to hold");
+}
+
+}  // namespace
+}  // namespace kfx
