@@ -39,6 +39,9 @@ function(kfx_set_test_properties name timeout window)
         "GTEST_COLOR=no"
         "ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:allocator_may_return_null=1"
         "UBSAN_OPTIONS=print_stacktrace=1")
+    if(CMAKE_CROSSCOMPILING_EMULATOR MATCHES "valgrind")
+        math(EXPR timeout "${timeout} * 10")
+    endif()
     set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} ENVIRONMENT "${environment}")
     if(window)
         set_tests_properties(${name} PROPERTIES RESOURCE_LOCK display)

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// The host's animation block, from the validating walk to decoded frames.
+#include <cstdlib>
+#include <cstring>
+
+#include "framework/frame_list.h"
+#include "framework/movable_memory.h"
+#include "framework/source_animation.h"
+#include "host/animation_block.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace kfx;
+    const bool sound = IsAnimation(data, size);
+    if (size == 0) return 0;
+
+    // Frames are decoded from blocks that the walk refuses as well: the decoder must hold by itself.
+    sourceAnimation = AllocateMemory(size);
+    std::memcpy(LockMemory(sourceAnimation), data, size);
+    UnlockMemory(sourceAnimation);
+    FreeMemory(FetchFirstFrame());
+    BackgroundColor();
+    FrameList frames = {};
+    if (sound && !DecodeAllFrames(&frames)) std::abort();
+    if (!sound) DecodeAllFrames(&frames);
+    FreeFrames(&frames);
+    FreeMemory(sourceAnimation);
+    sourceAnimation = nullptr;
+    return 0;
+}
