@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// Settings documents as text: header, one line per control (six-letter kind word, identifier, "=", value),
+// end. Free of Windows.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+namespace kfx {
+
+constexpr size_t kDocumentLineBytes = 8192;   // a longer line is read in pieces
+constexpr size_t kDocumentValueBytes = 1024;  // of a text value, at most 1023 characters
+
+void WriteDocumentStart(std::FILE* file);
+void WriteDocumentEnd(std::FILE* file);
+
+// A control's line, with the value as signed or unsigned number or as text.
+void WriteNumberLine(std::FILE* file, const char* kindWord, int id, int32_t value);
+void WriteUnsignedLine(std::FILE* file, const char* kindWord, int id, uint32_t value);
+void WriteTextLine(std::FILE* file, const char* kindWord, int id, const char* value);
+
+// Reads the first line. False: the file begins with something else than a document's header. An empty file
+// passes.
+bool ReadDocumentStart(std::FILE* file);
+
+// Reads on to the next line that names a control, without its line end, and answers the control's identifier
+// (above 0). Comments, lines below seven characters and lines without an identifier are passed over. 0: the
+// file has ended.
+int ReadDocumentLine(std::FILE* file, char line[kDocumentLineBytes]);
+
+// The value of a line of this kind, behind "=" and any further "=" and spaces. Null: another kind, or no "=".
+const char* FindLineValue(const char* line, const char* kindWord);
+
+}  // namespace kfx
