@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// Small services that every dialog of the plug-in uses: its own message boxes, texts, lists, centring, help.
+#pragma once
+
+#include <windows.h>
+
+namespace kfx {
+
+constexpr int kTextBuffer = 1024;  // LoadText's
+
+// Shows a message in the plug-in's own box, modal to `owner`, and repaints the owner afterwards. The answer is the
+// button's id: IDOK from ShowMessage; IDYES, IDNO or IDCANCEL from the others.
+int ShowMessage(HWND owner, const char* text);
+int AskYesNo(HWND owner, const char* text);
+int AskYesNoCancel(HWND owner, const char* text);
+
+// The string-table entry, in a shared buffer that the next call overwrites. A missing entry gives a text that says so.
+const char* LoadText(UINT id);
+
+// Replaces the texts "~!!~n" of the dialog's statics and buttons by string-table entry n.
+void ReplacePlaceholders(HWND dialog);
+
+// Fills a drop-down list with the pieces of a text separated by ";". Empty pieces add nothing.
+void FillList(HWND list, const char* items);
+
+// Centres the window on the primary screen; its size stays.
+void CenterOnScreen(HWND window);
+
+// Redraws the window and everything in it at once; null is allowed.
+void Repaint(HWND window);
+
+// Asks the host to show the help document at `topic` (null: at its start); says so when it cannot.
+void ShowHelp(HWND owner, const char* topic);
+
+}  // namespace kfx
