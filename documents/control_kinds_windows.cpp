@@ -1,0 +1,299 @@
+// SPDX-License-Identifier: MIT
+#include <windows.h>
+#include <commctrl.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "documents/control_kinds.h"
+#include "documents/document_text.h"
+#include "framework/number_text.h"
+#include "framework/settings.h"
+
+namespace kfx {
+namespace {
+
+constexpr int kCompanionOffset = 10000;
+constexpr char kPreviousProcedure[] = "KestrelFxPreviousProcedure";
+
+// What a kind does. Entries may be null: such a kind takes no part in that.
+struct KindRow {
+    BoundKind kind;
+    const char* word;  // six letters, as documents name the kind
+    WNDPROC procedure;
+    void (*write)(HWND control, const char* word, std::FILE* file);
+    void (*set)(HWND control, const char* value);   // puts a line's value into the control
+    void (*refresh)(HWND control, void* variable);  // after a line has been applied
+    void (*store)(HWND control, void* variable);    // after the user has changed the control
+    bool swallowsScroll;                            // the window scrolls sliders, not they themselves
+};
+
+template <BoundKind kKind>
+LRESULT CALLBACK KindProcedure(HWND control, UINT message, WPARAM word, LPARAM pointer);
+
+void StoreNumber(void* variable, int32_t value) { std::memcpy(variable, &value, sizeof value); }
+
+int32_t ParseSigned(const char* text) { return static_cast<int32_t>(ParseDecimal(text)); }
+
+// Number fields: the range stands in the companion control's text.
+
+ControlRange FieldRange(HWND field) {
+    char text[kTextBytes] = "";
+    GetDlgItemTextA(GetParent(field), GetDlgCtrlID(field) + kCompanionOffset, text, sizeof text);
+    ControlRange range;
+    ParseControlRange(text, &range);
+    return range;
+}
+
+int32_t ReadField(HWND field) {
+    const ControlRange range = FieldRange(field);
+    const BOOL isSigned = range.least < 0;
+    const UINT number = GetDlgItemInt(GetParent(field), GetDlgCtrlID(field), nullptr, isSigned);
+    // Beyond what a range can hold, an unsigned number is simply too large, not negative.
+    if (!isSigned && number > static_cast<UINT>(INT32_MAX)) return range.most;
+    return ClampToRange(range, static_cast<int32_t>(number));
+}
+
+void WriteField(HWND field, const char* word, std::FILE* file) {
+    WriteNumberLine(file, word, GetDlgCtrlID(field), ReadField(field));
+}
+
+void SetField(HWND field, const char* value) {
+    SetDlgItemInt(GetParent(field), GetDlgCtrlID(field), ParseDecimal(value), FALSE);
+}
+
+void SetSignedField(HWND field, const char* value) {
+    SetDlgItemInt(GetParent(field), GetDlgCtrlID(field), ParseDecimal(value), TRUE);
+}
+
+void StoreField(HWND field, void* variable) { StoreNumber(variable, ReadField(field)); }
+
+void StoreFieldAsText(HWND field, void* variable) {
+    std::snprintf(static_cast<char*>(variable), kTextBytes, "%d", ReadField(field));
+}
+
+// The variable is not the field's own: the control whose companion this field is holds it.
+void StoreCompanion(HWND field, void*) {
+    const HWND owner = GetDlgItem(GetParent(field), GetDlgCtrlID(field) - kCompanionOffset);
+    void* variable = owner ? VariableOf(owner) : nullptr;
+    if (variable) StoreField(field, variable);
+}
+
+// Check boxes.
+
+int32_t IsChecked(HWND box) { return SendMessageA(box, BM_GETCHECK, 0, 0) == BST_CHECKED; }
+
+void WriteCheckBox(HWND box, const char* word, std::FILE* file) {
+    WriteNumberLine(file, word, GetDlgCtrlID(box), IsChecked(box));
+}
+
+void SetCheckBox(HWND box, const char* value) { SendMessageA(box, BM_SETCHECK, ParseDecimal(value), 0); }
+
+void RefreshCheckBox(HWND box, void* variable) {
+    StoreNumber(variable, SendMessageA(box, BM_GETCHECK, 0, 0) != BST_UNCHECKED);
+}
+
+void StoreCheckBox(HWND box, void* variable) { StoreNumber(variable, IsChecked(box)); }
+
+// Texts.
+
+void WriteText(HWND control, const char* word, std::FILE* file) {
+    char text[kDocumentValueBytes] = "";
+    GetWindowTextA(control, text, sizeof text);
+    WriteTextLine(file, word, GetDlgCtrlID(control), text);
+}
+
+void SetText(HWND control, const char* value) { SetWindowTextA(control, value); }
+
+void StoreText(HWND control, void* variable) {
+    GetWindowTextA(control, static_cast<char*>(variable), kTextBytes);
+}
+
+// Font boxes are saved but not restored: the wanted name is never filled from the line, so the list finds
+// nothing.
+void SetFontBox(HWND control, const char*) {
+    const char wanted[kTextBytes] = "";
+    SendMessageA(control, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(wanted));
+}
+
+// Colour buttons: the text is the colour.
+
+uint32_t ReadColorText(HWND button) {
+    char text[kTextBytes] = "";
+    GetWindowTextA(button, text, sizeof text);
+    return ParseDecimal(text);
+}
+
+void SetColorText(HWND button, uint32_t color) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%u", color);
+    SetWindowTextA(button, text);
+}
+
+void WriteColor(HWND button, const char* word, std::FILE* file) {
+    WriteUnsignedLine(file, word, GetDlgCtrlID(button), ReadColorText(button));
+}
+
+void SetColor(HWND button, const char* value) { SetColorText(button, ParseDecimal(value)); }
+
+void RefreshColor(HWND button, void* variable) {
+    StoreNumber(variable, static_cast<int32_t>(ReadColorText(button)));
+}
+
+// Drop-down lists and list boxes: -1 when nothing is selected.
+
+template <UINT kGetSelection>
+int32_t Selection(HWND list) {
+    return static_cast<int32_t>(SendMessageA(list, kGetSelection, 0, 0));
+}
+
+template <UINT kGetSelection>
+void WriteSelection(HWND list, const char* word, std::FILE* file) {
+    WriteNumberLine(file, word, GetDlgCtrlID(list), Selection<kGetSelection>(list));
+}
+
+template <UINT kSetSelection>
+void SetSelection(HWND list, const char* value) {
+    SendMessageA(list, kSetSelection, static_cast<WPARAM>(static_cast<INT_PTR>(ParseSigned(value))), 0);
+}
+
+template <UINT kGetSelection>
+void StoreSelection(HWND list, void* variable) {
+    StoreNumber(variable, Selection<kGetSelection>(list));
+}
+
+// Sliders (scroll bars) and track bars.
+
+void WriteSlider(HWND slider, const char* word, std::FILE* file) {
+    WriteNumberLine(file, word, GetDlgCtrlID(slider), GetScrollPos(slider, SB_CTL));
+}
+
+// The label shows the number of the line even where the slider's range stops short of it.
+void SetSlider(HWND slider, const char* value) {
+    SetScrollPos(slider, SB_CTL, ParseSigned(value), TRUE);
+    ShowSliderPosition(slider, ParseSigned(value));
+}
+
+void StoreSlider(HWND slider, void* variable) { StoreNumber(variable, GetScrollPos(slider, SB_CTL)); }
+
+int32_t TrackBarPosition(HWND bar) { return static_cast<int32_t>(SendMessageA(bar, TBM_GETPOS, 0, 0)); }
+
+void WriteTrackBar(HWND bar, const char* word, std::FILE* file) {
+    WriteNumberLine(file, word, GetDlgCtrlID(bar), TrackBarPosition(bar));
+}
+
+void SetTrackBar(HWND bar, const char* value) { SendMessageA(bar, TBM_SETPOS, TRUE, ParseSigned(value)); }
+
+void StoreTrackBar(HWND bar, void* variable) { StoreNumber(variable, TrackBarPosition(bar)); }
+
+const KindRow kKinds[] = {
+    {BoundKind::ColorButton, "CLRBTN", KindProcedure<BoundKind::ColorButton>, WriteColor, SetColor,
+     RefreshColor, nullptr, false},
+    {BoundKind::Number, "SPNBTN", KindProcedure<BoundKind::Number>, WriteField, SetField, StoreField,
+     StoreField, false},
+    {BoundKind::NumberText, "SPNSGN", KindProcedure<BoundKind::NumberText>, WriteField, SetSignedField,
+     StoreFieldAsText, StoreFieldAsText, false},
+    {BoundKind::CompanionNumber, nullptr, KindProcedure<BoundKind::CompanionNumber>, nullptr, nullptr,
+     nullptr, StoreCompanion, false},
+    {BoundKind::CheckBox, "CHKBOX", KindProcedure<BoundKind::CheckBox>, WriteCheckBox, SetCheckBox,
+     RefreshCheckBox, StoreCheckBox, false},
+    {BoundKind::TextField, "TXTFLD", KindProcedure<BoundKind::TextField>, WriteText, SetText, StoreText,
+     StoreText, false},
+    {BoundKind::List, "CMBBOX", KindProcedure<BoundKind::List>, WriteSelection<CB_GETCURSEL>,
+     SetSelection<CB_SETCURSEL>, StoreSelection<CB_GETCURSEL>, StoreSelection<CB_GETCURSEL>, false},
+    {BoundKind::ListBox, "LSTBOX", KindProcedure<BoundKind::ListBox>, WriteSelection<LB_GETCURSEL>,
+     SetSelection<LB_SETCURSEL>, StoreSelection<LB_GETCURSEL>, StoreSelection<LB_GETCURSEL>, false},
+    {BoundKind::Slider, "SCROLL", KindProcedure<BoundKind::Slider>, WriteSlider, SetSlider, StoreSlider,
+     StoreSlider, true},
+    {BoundKind::TrackBar, "TRACKB", KindProcedure<BoundKind::TrackBar>, WriteTrackBar, SetTrackBar,
+     StoreTrackBar, StoreTrackBar, true},
+    {BoundKind::FontBox, "FNTBOX", KindProcedure<BoundKind::FontBox>, WriteText, SetFontBox, StoreText,
+     StoreText, false},
+};
+
+const KindRow* RowOf(BoundKind kind) {
+    for (const KindRow& row : kKinds)
+        if (row.kind == kind) return &row;
+    return nullptr;
+}
+
+LRESULT ApplyLine(const KindRow& row, HWND control, const char* line) {
+    const char* value = row.word ? FindLineValue(line, row.word) : nullptr;
+    if (!value) return 0;
+    row.set(control, value);
+    if (void* variable = VariableOf(control)) row.refresh(control, variable);
+    return 1;
+}
+
+WNDPROC PreviousProcedure(HWND control) {
+    const HANDLE previous = GetPropA(control, kPreviousProcedure);
+    return previous ? reinterpret_cast<WNDPROC>(previous) : DefWindowProcA;
+}
+
+LRESULT HandleMessage(const KindRow& row, HWND control, UINT message, WPARAM word, LPARAM pointer) {
+    if (message == kMessageWriteLine && row.write) {
+        row.write(control, row.word, reinterpret_cast<std::FILE*>(pointer));
+        return 0;
+    }
+    if (message == kMessageApplyLine && row.word)
+        return ApplyLine(row, control, reinterpret_cast<const char*>(pointer));
+    if (message == WM_HSCROLL && row.swallowsScroll) return 0;
+    const WNDPROC previous = PreviousProcedure(control);
+    if (message == WM_NCDESTROY) RemovePropA(control, kPreviousProcedure);
+    return CallWindowProcA(previous, control, message, word, pointer);
+}
+
+template <BoundKind kKind>
+LRESULT CALLBACK KindProcedure(HWND control, UINT message, WPARAM word, LPARAM pointer) {
+    return HandleMessage(*RowOf(kKind), control, message, word, pointer);
+}
+
+}  // namespace
+
+void BindControl(void* control, BoundKind kind, void* variable) {
+    const HWND window = static_cast<HWND>(control);
+    const KindRow* row = RowOf(kind);
+    if (!window || !row) return;
+    const bool boundBefore = KindOf(window) != BoundKind::None;
+    SetWindowLongPtrA(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(variable));
+    const LONG_PTR previous =
+        SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(row->procedure));
+    // Binding again only changes kind and variable; the control's own procedure is known already.
+    if (!boundBefore) SetPropA(window, kPreviousProcedure, reinterpret_cast<HANDLE>(previous));
+    if (kind == BoundKind::ColorButton && variable) {
+        uint32_t color;
+        std::memcpy(&color, variable, sizeof color);
+        SetColorText(window, color);
+    }
+}
+
+BoundKind KindOf(void* control) {
+    const LONG_PTR procedure = GetWindowLongPtrA(static_cast<HWND>(control), GWLP_WNDPROC);
+    for (const KindRow& row : kKinds)
+        if (reinterpret_cast<LONG_PTR>(row.procedure) == procedure) return row.kind;
+    return BoundKind::None;
+}
+
+void* VariableOf(void* control) {
+    return reinterpret_cast<void*>(GetWindowLongPtrA(static_cast<HWND>(control), GWLP_USERDATA));
+}
+
+void StoreControl(void* control) {
+    const KindRow* row = RowOf(KindOf(control));
+    if (!row || !row->store) return;
+    void* variable = VariableOf(control);
+    if (variable || row->kind == BoundKind::CompanionNumber) row->store(static_cast<HWND>(control), variable);
+}
+
+void SetColorButton(void* control, uint32_t color) {
+    SetColorText(static_cast<HWND>(control), color);
+    if (void* variable = VariableOf(control)) StoreNumber(variable, static_cast<int32_t>(color));
+}
+
+void ShowSliderPosition(void* slider, int32_t position) {
+    const HWND window = static_cast<HWND>(slider);
+    const int label = GetDlgCtrlID(window) + 1;
+    SetDlgItemInt(GetParent(window), label, static_cast<UINT>(ShownPosition(label, position)), TRUE);
+}
+
+}  // namespace kfx

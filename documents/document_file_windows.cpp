@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include <windows.h>
+
+#include <cstdio>
+
+#include "documents/control_kinds.h"
+#include "documents/document_file.h"
+#include "documents/document_text.h"
+
+namespace kfx {
+namespace {
+
+constexpr UINT kMessageWindow = 1224;  // to the plug-in window
+constexpr WPARAM kShowCurrentPanel = 1;
+
+BOOL CALLBACK WriteControl(HWND control, LPARAM file) {
+    SendMessageA(control, kMessageWriteLine, 0, file);
+    return TRUE;
+}
+
+// Applies the lines up to the end of the file. A line for a control that is not there is passed over.
+void ApplyLines(HWND window, std::FILE* file) {
+    char line[kDocumentLineBytes];
+    while (const int id = ReadDocumentLine(file, line)) {
+        const HWND control = GetDlgItem(window, id);
+        if (control) SendMessageA(control, kMessageApplyLine, 0, reinterpret_cast<LPARAM>(line));
+    }
+}
+
+}  // namespace
+
+bool WriteDocument(void* window, const char* path, ShowMessageFunction showMessage) {
+    std::FILE* file = std::fopen(path, "w");
+    bool written = file != nullptr;
+    if (file) {
+        WriteDocumentStart(file);
+        EnumChildWindows(static_cast<HWND>(window), WriteControl, reinterpret_cast<LPARAM>(file));
+        WriteDocumentEnd(file);
+        written = std::ferror(file) == 0;
+        // A full disk may show only when the last bytes are flushed.
+        written = std::fclose(file) == 0 && written;
+    }
+    if (!written) showMessage(window, "There has been an error creating the requested file.");
+    return written;
+}
+
+bool ReadDocument(void* window, const char* path, ShowMessageFunction showMessage) {
+    std::FILE* file = std::fopen(path, "r");
+    if (!file) {
+        showMessage(window, "There has been an error opening the requested file.");
+        return false;
+    }
+    const bool sound = ReadDocumentStart(file);
+    if (sound) ApplyLines(static_cast<HWND>(window), file);
+    std::fclose(file);
+    if (!sound) {
+        showMessage(window, "This file has been damaged.");
+        return false;
+    }
+    SendMessageA(static_cast<HWND>(window), kMessageWindow, kShowCurrentPanel, 0);
+    return true;
+}
+
+}  // namespace kfx
