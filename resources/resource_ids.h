@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Names of every dialog, control, string and data resource, for the resource compiler and the C++ compiler alike.
-// The effects' panels have theirs in panel_controls.h.
+// Names of every dialog, control, string and data resource, for the resource compiler and the C++ compiler
+// alike. The effects' panels have theirs in panel_controls.h.
 #pragma once
 
 #include "resources/panel_controls.h"

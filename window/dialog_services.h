@@ -8,13 +8,14 @@ namespace kfx {
 
 constexpr int kTextBuffer = 1024;  // LoadText's
 
-// Shows a message in the plug-in's own box, modal to `owner`, and repaints the owner afterwards. The answer is the
-// button's id: IDOK from ShowMessage; IDYES, IDNO or IDCANCEL from the others.
+// Shows a message in the plug-in's own box, modal to `owner`, and repaints the owner afterwards. The answer
+// is the button's id: IDOK from ShowMessage; IDYES, IDNO or IDCANCEL from the others.
 int ShowMessage(HWND owner, const char* text);
 int AskYesNo(HWND owner, const char* text);
 int AskYesNoCancel(HWND owner, const char* text);
 
-// The string-table entry, in a shared buffer that the next call overwrites. A missing entry gives a text that says so.
+// The string-table entry, in a shared buffer that the next call overwrites. A missing entry gives a text that
+// says so.
 const char* LoadText(UINT id);
 
 // Replaces the texts "~!!~n" of the dialog's statics and buttons by string-table entry n.

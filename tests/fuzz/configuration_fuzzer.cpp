@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// The configuration file's reader: holding Shift changes nothing, and whatever was understood can be written.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "framework/settings.h"
+#include "tests/fuzz/input_file.h"
+#include "window/configuration_text.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+const kfx::Settings kCompiledIn = kfx::settings;
+
+void Read(std::FILE* file, bool shiftHeld) {
+    std::rewind(file);
+    kfx::settings = kCompiledIn;
+    kfx::ReadConfigurationText(file, shiftHeld);
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::FILE* file = kfx::test::OpenInput(data, size);
+    Read(file, true);
+    if (std::memcmp(&kfx::settings, &kCompiledIn, sizeof kCompiledIn) != 0) std::abort();
+    Read(file, false);
+    std::fclose(file);
+
+    std::FILE* written = std::tmpfile();
+    if (!written) std::abort();
+    kfx::WriteConfigurationText(written, 0);
+    std::fclose(written);
+    return 0;
+}
