@@ -10,8 +10,10 @@ namespace kfx {
 
 // Fills the frame's indices, palette and transparent index from a picture of width * height RGBA pixels.
 // The palette has at most `maxColors` (2 to 256) entries; pixels with an alpha below 128 share one of them,
-// the transparent index. Pictures with few enough colours keep them exactly, others get a median cut palette
-// (Heckbert, "Color image quantization for frame buffer display", 1982), without dithering.
+// the transparent index. Pictures with few enough colours keep them exactly. For others the colour space is
+// divided at the mean of the channel with the largest squared error, again and again (Wan, Wong and
+// Prusinkiewicz, "An algorithm for multidimensional data clustering", ACM TOMS 14, 1988), and each colour
+// goes to its nearest entry, without dithering.
 void QuantizeFrame(const std::uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame);
 
 }  // namespace kfx

@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: MIT
+#include "media/contact_sheet.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "media/bitmap_font.h"
+
+namespace kfx {
+namespace {
+
+constexpr int kMargin = 16;  // around the sheet
+constexpr int kGap = 10;     // between thumbnails
+constexpr int kTitleScale = 2;
+constexpr int kTitleHeight = kGlyphHeight * kTitleScale + 12;
+constexpr int kRowTitleHeight = kGlyphHeight + 7;
+constexpr int kLabelHeight = kGlyphHeight + 5;
+constexpr int kRowGap = 12;
+constexpr int kCheckerSide = 8;
+
+constexpr RgbColor kPaper = {244, 244, 241};
+constexpr RgbColor kMat = {226, 226, 222};  // behind thumbnails
+constexpr RgbColor kInk = {34, 38, 46};
+constexpr RgbColor kFaintInk = {104, 108, 116};
+constexpr RgbColor kRule = {184, 184, 178};
+constexpr int kCheckerLevels[2] = {255, 208};
+
+struct Place {
+    int left;
+    int top;
+    int width;
+    int height;
+};
+
+Picture MakeSheet(int width, int height) {
+    Picture sheet;
+    sheet.width = width;
+    sheet.height = height;
+    sheet.pixels.resize(4 * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    return sheet;
+}
+
+std::uint8_t* PixelAt(Picture* picture, int x, int y) {
+    return picture->pixels.data() +
+           4 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(picture->width) +
+                static_cast<std::size_t>(x));
+}
+
+void FillPlace(Picture* sheet, const Place& place, RgbColor color) {
+    for (int y = place.top; y < place.top + place.height; ++y) {
+        for (int x = place.left; x < place.left + place.width; ++x) {
+            std::uint8_t* pixel = PixelAt(sheet, x, y);
+            pixel[0] = color.red;
+            pixel[1] = color.green;
+            pixel[2] = color.blue;
+            pixel[3] = 255;
+        }
+    }
+}
+
+// The largest size within the bounds that keeps the picture's shape; never larger than the picture.
+Place FitInto(const SheetPicture& picture, int maxWidth, int maxHeight) {
+    std::int64_t width = picture.width;
+    std::int64_t height = picture.height;
+    if (width > maxWidth) {
+        height = std::max<std::int64_t>(1, height * maxWidth / width);
+        width = maxWidth;
+    }
+    if (height > maxHeight) {
+        width = std::max<std::int64_t>(1, width * maxHeight / height);
+        height = maxHeight;
+    }
+    return {0, 0, static_cast<int>(width), static_cast<int>(height)};
+}
+
+// One reduced pixel: the mean of the source pixels under it, each laid over the chequered ground first.
+void AverageArea(const SheetPicture& picture, const Place& area, int ground, std::uint8_t* target) {
+    std::uint64_t sums[3] = {};
+    for (int y = area.top; y < area.top + area.height; ++y) {
+        const std::uint8_t* source =
+            picture.pixels + 4 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(picture.width) +
+                                  static_cast<std::size_t>(area.left));
+        for (int x = 0; x < area.width; ++x, source += 4) {
+            const int alpha = source[3];
+            for (int channel = 0; channel < 3; ++channel) {
+                const int level = source[channel] * alpha + ground * (255 - alpha);
+                sums[channel] += static_cast<std::uint64_t>(level);
+            }
+        }
+    }
+    const std::uint64_t weight =
+        std::uint64_t{255} * static_cast<std::uint64_t>(area.width) * static_cast<std::uint64_t>(area.height);
+    for (int channel = 0; channel < 3; ++channel) {
+        target[channel] = static_cast<std::uint8_t>((sums[channel] + weight / 2) / weight);
+    }
+    target[3] = 255;
+}
+
+void DrawThumbnail(Picture* sheet, const SheetPicture& picture, const Place& place) {
+    const auto sourceEdge = [](int position, int shown, int stored) {
+        return static_cast<int>(static_cast<std::int64_t>(position) * stored / shown);
+    };
+    for (int y = 0; y < place.height; ++y) {
+        const int top = sourceEdge(y, place.height, picture.height);
+        const int bottom = std::max(top + 1, sourceEdge(y + 1, place.height, picture.height));
+        for (int x = 0; x < place.width; ++x) {
+            const int left = sourceEdge(x, place.width, picture.width);
+            const int right = std::max(left + 1, sourceEdge(x + 1, place.width, picture.width));
+            const int ground = kCheckerLevels[(x / kCheckerSide + y / kCheckerSide) % 2];
+            AverageArea(picture, {left, top, right - left, bottom - top}, ground,
+                        PixelAt(sheet, place.left + x, place.top + y));
+        }
+    }
+}
+
+// The text as far as it fits, with two points where it was cut.
+std::string CutText(const std::string& text, int width, int scale) {
+    const int fitting = (width / scale + kGlyphAdvance - kGlyphWidth) / kGlyphAdvance;
+    if (static_cast<int>(text.size()) <= fitting) return text;
+    if (fitting < 3) return text.substr(0, static_cast<std::size_t>(std::max(fitting, 0)));
+    return text.substr(0, static_cast<std::size_t>(fitting - 2)) + "..";
+}
+
+void DrawCell(Picture* sheet, const SheetPicture& picture, const Place& cell) {
+    FillPlace(sheet, {cell.left - 1, cell.top - 1, cell.width + 2, cell.height + 2}, kRule);
+    FillPlace(sheet, cell, kMat);
+    Place shown = FitInto(picture, cell.width, cell.height);
+    shown.left = cell.left + (cell.width - shown.width) / 2;
+    shown.top = cell.top + (cell.height - shown.height) / 2;
+    DrawThumbnail(sheet, picture, shown);
+    const std::string label = CutText(picture.label, cell.width, 1);
+    DrawBitmapText(sheet, cell.left + (cell.width - TextWidth(label, 1)) / 2, cell.top + cell.height + 5,
+                   label, 1, kFaintInk);
+}
+
+int RowHeight(const SheetRow& row, int cellHeight) {
+    return (row.title.empty() ? 0 : kRowTitleHeight) + cellHeight + kLabelHeight + kRowGap;
+}
+
+bool IsShowable(const SheetPicture& picture) {
+    return picture.width > 0 && picture.height > 0 && picture.pixels != nullptr;
+}
+
+SheetPicture PictureOf(const Animation& animation, std::size_t frame) {
+    SheetPicture picture;
+    picture.width = animation.width;
+    picture.height = animation.height;
+    picture.pixels = animation.frames[frame].pixels.data();
+    picture.label = "frame " + std::to_string(frame + 1);
+    return picture;
+}
+
+}  // namespace
+
+Picture DrawContactSheet(const std::string& title, const std::vector<SheetRow>& rows, int thumbnailWidth,
+                         int thumbnailHeight) {
+    if (thumbnailWidth < 1 || thumbnailHeight < 1) return {};
+    int columns = 0;
+    int cellWidth = 0;
+    int cellHeight = 0;
+    for (const SheetRow& row : rows) {
+        columns = std::max(columns, static_cast<int>(row.pictures.size()));
+        for (const SheetPicture& picture : row.pictures) {
+            if (!IsShowable(picture)) return {};
+            const Place fitted = FitInto(picture, thumbnailWidth, thumbnailHeight);
+            cellWidth = std::max(cellWidth, fitted.width);
+            cellHeight = std::max(cellHeight, fitted.height);
+        }
+    }
+    if (columns == 0) return {};
+
+    int height = 2 * kMargin + (title.empty() ? 0 : kTitleHeight) - kRowGap;
+    for (const SheetRow& row : rows) height += RowHeight(row, cellHeight);
+    const int width = 2 * kMargin + columns * cellWidth + (columns - 1) * kGap;
+    Picture sheet = MakeSheet(width, height);
+    FillPlace(&sheet, {0, 0, width, height}, kPaper);
+    int top = kMargin;
+    if (!title.empty()) {
+        DrawBitmapText(&sheet, kMargin, top, CutText(title, width - 2 * kMargin, kTitleScale), kTitleScale,
+                       kInk);
+        top += kTitleHeight;
+    }
+    for (const SheetRow& row : rows) {
+        int cellTop = top;
+        if (!row.title.empty()) {
+            DrawBitmapText(&sheet, kMargin, top, CutText(row.title, width - 2 * kMargin, 1), 1, kInk);
+            cellTop += kRowTitleHeight;
+        }
+        int left = kMargin;
+        for (const SheetPicture& picture : row.pictures) {
+            DrawCell(&sheet, picture, {left, cellTop, cellWidth, cellHeight});
+            left += cellWidth + kGap;
+        }
+        top += RowHeight(row, cellHeight);
+    }
+    return sheet;
+}
+
+Picture DrawGallery(const std::string& title, const std::vector<SheetPicture>& pictures, int columns,
+                    int thumbnailWidth, int thumbnailHeight) {
+    std::vector<SheetRow> rows;
+    const auto perRow = static_cast<std::size_t>(std::max(columns, 1));
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        if (i % perRow == 0) rows.emplace_back();
+        rows.back().pictures.push_back(pictures[i]);
+    }
+    return DrawContactSheet(title, rows, thumbnailWidth, thumbnailHeight);
+}
+
+Picture DrawComparison(const std::string& title, const Animation& source, const Animation& result,
+                       int columns, int thumbnailWidth, int thumbnailHeight) {
+    const std::size_t frames = std::min(source.frames.size(), result.frames.size());
+    const std::size_t shown = std::min(frames, static_cast<std::size_t>(std::max(columns, 1)));
+    std::vector<SheetRow> rows(2);
+    rows[0].title = "Source";
+    rows[1].title = "Result";
+    for (std::size_t i = 0; i < shown; ++i) {
+        const std::size_t frame = i * frames / shown;
+        rows[0].pictures.push_back(PictureOf(source, frame));
+        rows[1].pictures.push_back(PictureOf(result, frame));
+    }
+    return DrawContactSheet(title, rows, thumbnailWidth, thumbnailHeight);
+}
+
+}  // namespace kfx
