@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: MIT
+#include "framework/scaler.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "framework/memory_guards.h"
+#include "framework/resampling_filters.h"
+
+namespace kfx {
+namespace {
+
+constexpr double kSmallestScale = 0.0001;
+
+struct Contribution {
+    double weight;
+    int64_t position;
+};
+static_assert(sizeof(Contribution) == 16, "the working table counts in 16 bytes");
+
+// One direction of the scaling.
+struct Direction {
+    int32_t from;  // source and result side
+    int32_t to;
+    double scale;   // to / from, but not below kSmallestScale
+    double spread;  // how far the filter is drawn out: above 1 when shrinking
+};
+
+// For each result position the source positions under the filter and their weights, which add up to 1.
+struct PassTable {
+    PassTable(int32_t positions, size_t mostWeights)
+        : stride(mostWeights),
+          spans(static_cast<size_t>(positions)),
+          weights(static_cast<size_t>(positions) * mostWeights) {}
+
+    struct Span {
+        int32_t start;
+        int32_t count;
+        int32_t heaviest;  // the source position of the largest weight
+    };
+    const size_t stride;
+    Scratch<Span> spans;
+    Scratch<float> weights;
+};
+
+Direction MakeDirection(int32_t from, int32_t to, double blur) {
+    const double scale = std::max(static_cast<double>(to) / from, kSmallestScale);
+    return {from, to, scale, std::max(1 / scale, 1.0) * blur};
+}
+
+// Gathers what lies under the filter around result position `x`, clamped at the picture's edges and
+// normalised.
+int32_t GatherContributions(const Direction& direction, const ResamplingFilter& filter, int32_t x,
+                            Contribution* found) {
+    // A filter narrower than a pixel would miss every one: it becomes the nearest pixel.
+    const bool narrow = direction.spread * filter.support <= 0.5;
+    const double spread = narrow ? 1 : direction.spread;
+    const double reach = narrow ? 0.5 : spread * filter.support;
+    const double center = (x + 0.5) / direction.scale;
+    const int32_t last = direction.from - 1;
+    const int32_t start = std::min(static_cast<int32_t>(std::max(center - reach + 0.5, 0.0)), last);
+    const int32_t end =
+        static_cast<int32_t>(std::min(center + reach + 0.5, static_cast<double>(direction.from)));
+    double sum = 0;
+    int32_t count = 0;
+    for (int32_t position = start; position < end; ++position, ++count) {
+        const double weight = filter.weight((position - center + 0.5) / spread, filter.support);
+        found[count] = {weight, position};
+        sum += weight;
+    }
+    if (count == 0 || sum == 0) {
+        found[0] = {1, std::min(static_cast<int32_t>(center), last)};
+        return 1;
+    }
+    for (int32_t i = 0; i < count; ++i) found[i].weight /= sum;
+    return count;
+}
+
+// Fills the table of a whole pass at once, so that no pixel asks for a filter weight.
+void FillTable(const Direction& direction, const ResamplingFilter& filter, Contribution* work,
+               PassTable* table) {
+    for (int32_t x = 0; x < direction.to; ++x) {
+        const int32_t count = GatherContributions(direction, filter, x, work);
+        PassTable::Span* span = table->spans.address + x;
+        span->start = static_cast<int32_t>(work[0].position);
+        span->count = count;
+        int32_t heaviest = 0;
+        float* weights = table->weights.address + static_cast<size_t>(x) * table->stride;
+        for (int32_t i = 0; i < count; ++i) {
+            weights[i] = static_cast<float>(work[i].weight);
+            if (work[i].weight > work[heaviest].weight) heaviest = i;
+        }
+        span->heaviest = span->start + heaviest;
+    }
+}
+
+uint8_t ToByte(float value) {
+    const float rounded = value + 0.5f;
+    return static_cast<uint8_t>(static_cast<int32_t>(std::min(std::max(rounded, 0.0f), 255.0f)));
+}
+
+void StoreSums(const float* sums, size_t count, uint8_t* out) {
+    for (size_t i = 0; i < count; ++i) out[i] = ToByte(sums[i]);
+}
+
+// Rows are summed in pieces that stay in the first-level cache together with their sums.
+constexpr size_t kPieceBytes = 1024;
+
+void VerticalPass(const WorkingImage* from, WorkingImage* to, const PassTable& table) {
+    const size_t rowBytes = StrideOf(from);
+    float sums[kPieceBytes];
+    for (int32_t r = 0; r < to->height; ++r) {
+        const PassTable::Span& span = table.spans.address[r];
+        const float* weights = table.weights.address + static_cast<size_t>(r) * table.stride;
+        for (size_t first = 0; first < rowBytes; first += kPieceBytes) {
+            const size_t count = std::min(kPieceBytes, rowBytes - first);
+            std::memset(sums, 0, sizeof sums);
+            for (int32_t i = 0; i < span.count; ++i) {
+                const uint8_t* row = StoredRow(from, span.start + i) + first;
+                const float weight = weights[i];
+                for (size_t b = 0; b < count; ++b) sums[b] += weight * row[b];
+            }
+            StoreSums(sums, count, StoredRow(to, r) + first);
+        }
+    }
+}
+
+// Several rows at a time, interleaved pixel by pixel, so that one weight serves a whole run of neighbouring
+// numbers.
+constexpr int32_t kRowsAtOnce = 8;
+
+void Interleave(const WorkingImage* from, int32_t firstRow, int32_t rows, size_t pixelBytes, float* lanes) {
+    const size_t laneCount = kRowsAtOnce * pixelBytes;
+    for (int32_t r = 0; r < rows; ++r) {
+        const uint8_t* pixel = StoredRow(from, firstRow + r);
+        float* out = lanes + static_cast<size_t>(r) * pixelBytes;
+        for (int32_t x = 0; x < from->width; ++x, pixel += pixelBytes, out += laneCount)
+            for (size_t c = 0; c < pixelBytes; ++c) out[c] = pixel[c];
+    }
+}
+
+// `kPixelBytes` is known at compile time so that the sums stay in registers.
+template <size_t kPixelBytes>
+void HorizontalPass(const WorkingImage* from, WorkingImage* to, const PassTable& table, float* lanes) {
+    constexpr size_t kLanes = kRowsAtOnce * kPixelBytes;
+    for (int32_t firstRow = 0; firstRow < to->height; firstRow += kRowsAtOnce) {
+        const int32_t rows = std::min(kRowsAtOnce, to->height - firstRow);
+        Interleave(from, firstRow, rows, kPixelBytes, lanes);
+        for (int32_t x = 0; x < to->width; ++x) {
+            const PassTable::Span& span = table.spans.address[x];
+            const float* weights = table.weights.address + static_cast<size_t>(x) * table.stride;
+            const float* source = lanes + static_cast<size_t>(span.start) * kLanes;
+            float sums[kLanes] = {};
+            for (int32_t i = 0; i < span.count; ++i, source += kLanes)
+                for (size_t lane = 0; lane < kLanes; ++lane) sums[lane] += weights[i] * source[lane];
+            for (int32_t r = 0; r < rows; ++r)
+                StoreSums(sums + static_cast<size_t>(r) * kPixelBytes, kPixelBytes,
+                          StoredRow(to, firstRow + r) + static_cast<size_t>(x) * kPixelBytes);
+        }
+    }
+}
+
+bool RunHorizontalPass(const WorkingImage* from, WorkingImage* to, const PassTable& table) {
+    const size_t pixelBytes = from->bitCount / 8u;
+    const Scratch<float> lanes(static_cast<size_t>(from->width) * kRowsAtOnce * pixelBytes);
+    if (!lanes.address) return false;
+    if (pixelBytes == 3)
+        HorizontalPass<3>(from, to, table, lanes.address);
+    else
+        HorizontalPass<4>(from, to, table, lanes.address);
+    return true;
+}
+
+// Palette indices cannot be blended and a palette must not change: each pixel is the one that weighs most.
+void PickPixels(const WorkingImage* from, WorkingImage* to, const PassTable& across, const PassTable& down) {
+    for (int32_t y = 0; y < to->height; ++y) {
+        // Tables run over stored rows, bottom up; the accessors count from the top.
+        const int32_t sourceY = from->height - 1 - down.spans.address[to->height - 1 - y].heaviest;
+        for (int32_t x = 0; x < to->width; ++x)
+            SetDibPixel(to, x, y, GetDibPixel(from, across.spans.address[x].heaviest, sourceY));
+    }
+}
+
+// The two passes, the cheaper order first. The intermediate picture holds whole bytes.
+bool RunPasses(const WorkingImage* from, WorkingImage* to, const PassTable& across, const PassTable& down) {
+    const int64_t w = from->width, h = from->height, W = to->width, H = to->height;
+    const bool verticalFirst = (h + H) * W <= (w + W) * H;
+    const MemoryOwner owner(verticalFirst ? CreateDib(from->width, to->height, nullptr, from->bitCount)
+                                          : CreateDib(to->width, from->height, nullptr, from->bitCount));
+    const ImageLock between(owner.memory);
+    if (!between.image) return false;
+    if (!verticalFirst) {
+        if (!RunHorizontalPass(from, between.image, across)) return false;
+        VerticalPass(between.image, to, down);
+        return true;
+    }
+    VerticalPass(from, between.image, down);
+    return RunHorizontalPass(between.image, to, across);
+}
+
+}  // namespace
+
+ImageHandle Resample(ImageHandle source, int32_t width, int32_t height, double blur) {
+    const ImageLock from(source);
+    if (!from.image) return nullptr;
+    if (width == from.image->width && height == from.image->height && blur == 1.0)
+        return DuplicateImage(from.image);
+    uint8_t palette[kPaletteBytes];
+    ReadColorTable(from.image, palette);
+    MemoryOwner owner(CreateDib(width, height, palette, from.image->bitCount));
+    const ImageLock to(owner.memory);
+    if (!to.image) return nullptr;
+
+    const Direction across = MakeDirection(from.image->width, width, blur);
+    const Direction down = MakeDirection(from.image->height, height, blur);
+    const ResamplingFilter& filter =
+        FilterAt(across.scale * down.scale > 1.0 ? kMitchellFilter : kLanczosFilter);
+    const double widest =
+        std::max({across.spread * filter.support, down.spread * filter.support, filter.support, 0.5});
+    const auto mostWeights = static_cast<size_t>(2 * widest + 3);
+    const Scratch<Contribution> work(mostWeights);
+    PassTable acrossTable(width, mostWeights);
+    PassTable downTable(height, mostWeights);
+    if (!work.address || !acrossTable.spans.address || !acrossTable.weights.address ||
+        !downTable.spans.address || !downTable.weights.address)
+        return nullptr;
+    FillTable(across, filter, work.address, &acrossTable);
+    FillTable(down, filter, work.address, &downTable);
+
+    if (from.image->bitCount <= 8)
+        PickPixels(from.image, to.image, acrossTable, downTable);
+    else if (!RunPasses(from.image, to.image, acrossTable, downTable))
+        return nullptr;
+    return owner.Release();
+}
+
+ImageHandle ScaleByPercentage(ImageHandle source, int32_t horizontalPercentage, int32_t verticalPercentage) {
+    double width, height;
+    {
+        const ImageLock lock(source);
+        if (!lock.image || horizontalPercentage < 0 || verticalPercentage < 0) return nullptr;
+        width = static_cast<double>(lock.image->width) * horizontalPercentage / 100 + 0.5;
+        height = static_cast<double>(lock.image->height) * verticalPercentage / 100 + 0.5;
+    }
+    if (width > INT32_MAX || height > INT32_MAX) return nullptr;
+    return Resample(source, std::max(static_cast<int32_t>(width), 1),
+                    std::max(static_cast<int32_t>(height), 1), 1.0);
+}
+
+}  // namespace kfx
