@@ -4,14 +4,24 @@
 #include <array>
 #include <utility>
 
+#include "effects/bump.h"
 #include "effects/emboss.h"
+#include "effects/gaussian_blur.h"
+#include "effects/glass_block.h"
+#include "effects/motion_blur.h"
+#include "effects/neon.h"
+#include "effects/obscure.h"
+#include "effects/oil_painting.h"
+#include "effects/radial_blur.h"
+#include "effects/zoom_blur.h"
 #include "framework/panel.h"
 
 namespace kfx {
 namespace {
 
 constexpr const EffectRecord* kRecords[] = {
-    &kEmbossEffect,
+    &kBumpEffect, &kEmbossEffect,  &kGaussianBlurEffect, &kGlassBlockEffect, &kMotionBlurEffect,
+    &kNeonEffect, &kObscureEffect, &kOilPaintingEffect,  &kRadialBlurEffect, &kZoomBlurEffect,
 };
 constexpr size_t kCount = std::size(kRecords);
 

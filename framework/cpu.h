@@ -12,6 +12,14 @@
 #define KFX_AVX2
 #endif
 
+// For a loop that is written once and compiled twice: it takes on the instruction set of the function that
+// calls it.
+#if defined(__GNUC__)
+#define KFX_INLINE inline __attribute__((always_inline))
+#else
+#define KFX_INLINE inline
+#endif
+
 namespace kfx {
 
 // Whether the AVX2 variants may run: the processor and the system support them and nobody has switched them

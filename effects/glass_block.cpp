@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+// Glass Block: square cells, each showing the surroundings of its centre at half size by taking every second
+// pixel. Where a cell leaves the picture, rows repeat the last row but columns show their own column: the two
+// rules differ on purpose.
+#include "effects/glass_block.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "framework/memory_guards.h"
+#include "framework/settings.h"
+#include "resources/panel_controls.h"
+
+namespace kfx {
+namespace {
+
+// Where coordinate t looks, before the picture's edge is considered. Cells are centred on multiples of 2 *
+// size, so the first one is cut in half.
+int32_t Magnified(int32_t t, int32_t size) {
+    const int32_t base = t < size ? 0 : ((t - size) / (2 * size) + 1) * 2 * size;
+    return base + 2 * (t - base);
+}
+
+void FillRow(const uint8_t* from, const int32_t* columns, int32_t width, uint8_t* to) {
+    for (int32_t x = 0; x < width; ++x, to += 3) {
+        const uint8_t* pixel = from + 3 * static_cast<size_t>(columns[x]);
+        to[0] = pixel[0];
+        to[1] = pixel[1];
+        to[2] = pixel[2];
+    }
+}
+
+}  // namespace
+
+ImageHandle ApplyGlassBlock(ImageHandle source, int32_t size) {
+    const ImageLock from(source);
+    if (!from.image || size < 1) return nullptr;
+    const int32_t width = from.image->width;
+    const int32_t height = from.image->height;
+    // A cell larger than the picture changes nothing more and must not overflow.
+    size = std::min(size, std::max(width, height));
+    MemoryOwner owner(CreateLike(from.image));
+    const ImageLock to(owner.memory);
+    const Scratch<int32_t> columns(static_cast<size_t>(width));
+    if (!to.image || !columns.address) return nullptr;
+
+    for (int32_t x = 0; x < width; ++x) {
+        const int32_t column = Magnified(x, size);
+        columns.address[x] = column < width ? column : x;
+    }
+    const auto rowAt = [&](int32_t y) { return std::min(Magnified(y, size), height - 1); };
+    const size_t stride = StrideOf(to.image);
+    for (int32_t y = 0; y < height; ++y) {
+        const int32_t row = rowAt(y);
+        // A cell's upper half shows what the lower half of the cell above showed; clamped rows repeat the row
+        // before.
+        const int32_t twin = y >= size && rowAt(y - size) == row ? y - size : y - 1;
+        if (twin >= 0 && rowAt(twin) == row)
+            std::memcpy(PictureRow(to.image, y), PictureRow(to.image, twin), stride);
+        else if (from.image->bitCount == 24)
+            FillRow(PictureRow(from.image, row), columns.address, width, PictureRow(to.image, y));
+        else
+            for (int32_t x = 0; x < width; ++x)
+                SetDibPixel(to.image, x, y, GetDibPixel(from.image, columns.address[x], row));
+    }
+    return owner.Release();
+}
+
+namespace {
+
+ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
+    return ApplyGlassBlock(source, input.values[0]);
+}
+
+constexpr EffectControl kControls[] = {
+    {ControlKind::Slider, IDC_GLASS_BLOCK_SIZE, &settings.style002Size, GLASS_BLOCK_SIZE_RANGE},
+};
+constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_GLASS_BLOCK_SIZE), 0};
+
+}  // namespace
+
+const EffectRecord kGlassBlockEffect = {
+    "Glass Block", IDD_PANEL_GLASS_BLOCK, kControlIds, kControls, 1, Kernel, nullptr};
+
+}  // namespace kfx

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+// Copies between pictures of different sizes, coordinates as the picture is seen: (0, 0) is the top left
+// pixel.
+#pragma once
+
+#include "framework/working_image.h"
+
+namespace kfx {
+
+// A rectangle of pixels; right and bottom are outside it.
+struct PixelRect {
+    int32_t left;
+    int32_t top;
+    int32_t right;
+    int32_t bottom;
+};
+
+// Copies the pixels (x, y) with x < width and y < height that lie inside both locked images, as pixel values:
+// between different depths the caller knows what they mean.
+void CopyPixels(WorkingImage* destination, const WorkingImage* source, int32_t width, int32_t height);
+
+// A new picture of the given size filled with the pixel value `fill`, the source standing in it at (left,
+// top). What falls outside is cut off. Null: memory ran out or the size is none.
+ImageHandle FrameImage(ImageHandle source, int32_t newWidth, int32_t newHeight, int32_t left, int32_t top,
+                       uint32_t fill);
+
+// The part of the source inside `rect` as a new picture; where the rectangle leaves the source, pixels stay
+// zero. Null: memory ran out or the rectangle is empty.
+ImageHandle CropImage(ImageHandle source, const PixelRect& rect);
+
+// Sets every pixel of the image to one value.
+void FillImage(WorkingImage* image, uint32_t value);
+
+}  // namespace kfx
