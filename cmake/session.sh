@@ -38,23 +38,12 @@ build_if_needed() {
     build "$@"
 }
 
-# Starts an Xvfb on a display number of its own choice and makes the Wine prefix on first use.
+# start_wine [DISPLAY]: makes the Wine prefix on first use; without a display, starts an Xvfb for the session.
 start_wine() {
     [ -z "$session_started" ] || return 0
     export WINEPREFIX=$work/wine WINEARCH=win64 WINEDEBUG=-all
     mkdir -p "$work/logs"
-    local number_file=$work/logs/display.$$
-    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" >"$work/logs/xvfb.log" 2>&1 &
-    display_pid=$!
-    local waited
-    for ((waited = 0; waited < 100; ++waited)); do
-        [ ! -s "$number_file" ] || break
-        kill -0 "$display_pid" 2>/dev/null || break
-        sleep 0.1
-    done
-    [ -s "$number_file" ] || fail "Xvfb did not start; see ${work#"$root"/}/logs/xvfb.log."
-    export DISPLAY=:$(<"$number_file")
-    rm -f "$number_file"
+    [ -n "${1:-}" ] || start_display
     session_started=yes
 
     if [ ! -f "$WINEPREFIX/.complete" ]; then
@@ -66,6 +55,22 @@ start_wine() {
         wine_server -w
         touch "$WINEPREFIX/.complete"
     fi
+}
+
+# An Xvfb on a display number of its own choice.
+start_display() {
+    local number_file=$work/logs/display.$$ waited
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" >"$work/logs/xvfb.log" 2>&1 &
+    display_pid=$!
+    for ((waited = 0; waited < 100; ++waited)); do
+        [ ! -s "$number_file" ] || break
+        kill -0 "$display_pid" 2>/dev/null || break
+        sleep 0.1
+    done
+    [ -s "$number_file" ] || fail "Xvfb did not start; see ${work#"$root"/}/logs/xvfb.log."
+    DISPLAY=:$(<"$number_file")
+    export DISPLAY
+    rm -f "$number_file"
 }
 
 # The wineserver of our own prefix only.
