@@ -6,13 +6,23 @@
 
 #include "effects/bump.h"
 #include "effects/emboss.h"
+#include "effects/explode.h"
 #include "effects/gaussian_blur.h"
 #include "effects/glass_block.h"
+#include "effects/hsb_channels.h"
+#include "effects/implode.h"
+#include "effects/lens_flare.h"
 #include "effects/motion_blur.h"
 #include "effects/neon.h"
+#include "effects/normalize.h"
 #include "effects/obscure.h"
 #include "effects/oil_painting.h"
 #include "effects/radial_blur.h"
+#include "effects/raster.h"
+#include "effects/ripple.h"
+#include "effects/solarize.h"
+#include "effects/swirl.h"
+#include "effects/water_drops.h"
 #include "effects/zoom_blur.h"
 #include "framework/panel.h"
 
@@ -20,8 +30,10 @@ namespace kfx {
 namespace {
 
 constexpr const EffectRecord* kRecords[] = {
-    &kBumpEffect, &kEmbossEffect,  &kGaussianBlurEffect, &kGlassBlockEffect, &kMotionBlurEffect,
-    &kNeonEffect, &kObscureEffect, &kOilPaintingEffect,  &kRadialBlurEffect, &kZoomBlurEffect,
+    &kBumpEffect,        &kEmbossEffect,   &kExplodeEffect,     &kGaussianBlurEffect, &kGlassBlockEffect,
+    &kHsbChannelsEffect, &kImplodeEffect,  &kLensFlareEffect,   &kMotionBlurEffect,   &kNeonEffect,
+    &kNormalizeEffect,   &kObscureEffect,  &kOilPaintingEffect, &kRadialBlurEffect,   &kRasterEffect,
+    &kRippleEffect,      &kSolarizeEffect, &kSwirlEffect,       &kWaterDropsEffect,   &kZoomBlurEffect,
 };
 constexpr size_t kCount = std::size(kRecords);
 

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+// HSB and Channels: inverts the channels, rearranges them by one of seven patterns, and shifts hue and scales
+// saturation and brightness; each stage by choice, in this order. A shifted hue is not wrapped back into the
+// circle: beyond either end it takes the last sector's colours. The "Invert colors" box is bound like a
+// slider. Both are intended.
+#include "effects/hsb_channels.h"
+
+#include <cstring>
+
+#include "effects/shared/hsb.h"
+#include "framework/memory_guards.h"
+#include "framework/settings.h"
+#include "resources/panel_controls.h"
+
+namespace kfx {
+namespace {
+
+// For each pattern the source bytes of blue, green and red, where byte 0 is blue, 1 green and 2 red.
+constexpr uint8_t kPatterns[][3] = {{2, 1, 0}, {0, 2, 1}, {1, 0, 2}, {2, 2, 1},
+                                    {1, 1, 2}, {1, 0, 0}, {0, 1, 1}};
+constexpr int32_t kPatternCount = 7;
+
+void InvertRow(uint8_t* row, int32_t width) {
+    for (int32_t i = 0; i < 3 * width; ++i) row[i] = static_cast<uint8_t>(~row[i]);
+}
+
+void RearrangeRow(uint8_t* row, int32_t width, const uint8_t pattern[3]) {
+    for (int32_t x = 0; x < width; ++x, row += 3) {
+        const uint8_t pixel[3] = {row[0], row[1], row[2]};
+        row[0] = pixel[pattern[0]];
+        row[1] = pixel[pattern[1]];
+        row[2] = pixel[pattern[2]];
+    }
+}
+
+}  // namespace
+
+ImageHandle AdjustColors(ImageHandle source, const ColorAdjustment& adjustment) {
+    const ImageLock from(source);
+    if (!from.image || from.image->bitCount != 24) return nullptr;
+    MemoryOwner owner(CreateLike(from.image));
+    const ImageLock to(owner.memory);
+    if (!to.image) return nullptr;
+
+    const int32_t width = from.image->width;
+    const bool listed = adjustment.pattern >= 0 && adjustment.pattern < kPatternCount;
+    const uint8_t* pattern = kPatterns[listed ? adjustment.pattern : 0];
+    const HsbShift shift = MakeHsbShift(adjustment.hue, adjustment.saturation, adjustment.brightness);
+    for (int32_t r = 0; r < from.image->height; ++r) {
+        uint8_t* row = StoredRow(to.image, r);
+        std::memcpy(row, StoredRow(from.image, r), 3 * static_cast<size_t>(width));
+        if (adjustment.invert) InvertRow(row, width);
+        if (adjustment.rearrange) RearrangeRow(row, width, pattern);
+        if (adjustment.shift) ShiftHsbRow(row, width, shift);
+    }
+    return owner.Release();
+}
+
+namespace {
+
+ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
+    ColorAdjustment adjustment = {};
+    adjustment.hue = input.values[0];
+    adjustment.saturation = input.values[1];
+    adjustment.brightness = input.values[2];
+    adjustment.shift = input.values[3] != 0;
+    adjustment.pattern = input.values[4] >= kPatternCount - 1 ? kPatternCount - 1 : input.values[4];
+    adjustment.rearrange = input.values[5] != 0;
+    adjustment.invert = input.values[6] != 0;
+    return AdjustColors(source, adjustment);
+}
+
+constexpr EffectControl kControls[] = {
+    {ControlKind::Slider, IDC_HSB_HUE, &settings.style010Hue, HSB_HUE_RANGE},
+    {ControlKind::Slider, IDC_HSB_SATURATION, &settings.style010Sat, HSB_SATURATION_RANGE},
+    {ControlKind::Slider, IDC_HSB_BRIGHTNESS, &settings.style010Bri, HSB_BRIGHTNESS_RANGE},
+    {ControlKind::CheckBox, IDC_HSB_ENABLE, &settings.style010HSBEnable, HSB_ENABLE_TEXT},
+    {ControlKind::List, IDC_HSB_CHANNELS, &settings.style010ChannelsOption, HSB_CHANNELS_ITEMS},
+    {ControlKind::CheckBox, IDC_HSB_CHANNELS_ENABLE, &settings.style010ChannelsEnable,
+     HSB_CHANNELS_ENABLE_TEXT},
+    {ControlKind::SliderBox, IDC_HSB_INVERT, &settings.style010InvertColors, HSB_INVERT_TEXT},
+};
+constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_HSB_HUE),
+                                    SLIDER_IDS(IDC_HSB_SATURATION),
+                                    SLIDER_IDS(IDC_HSB_BRIGHTNESS),
+                                    IDC_HSB_ENABLE,
+                                    IDC_HSB_CHANNELS,
+                                    IDC_HSB_CHANNELS_CAPTION,
+                                    IDC_HSB_CHANNELS_ENABLE,
+                                    IDC_HSB_INVERT,
+                                    0};
+
+}  // namespace
+
+const EffectRecord kHsbChannelsEffect = {
+    "HSB and Channels", IDD_PANEL_HSB, kControlIds, kControls, 7, Kernel, nullptr};
+
+}  // namespace kfx

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "effects/shared/implode_kernel.h"
+
+#include <cmath>
+
+#include "effects/shared/region_distortion.h"
+
+namespace kfx {
+namespace {
+
+constexpr double kHalfPi = 1.5707963267948966;
+
+struct Pull {
+    double radius;  // pixels
+    double exponent;
+};
+
+// How many times as far from the centre each distance is sampled.
+void ComputeFactors(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
+                    double* values) {
+    const Pull& pull = *static_cast<const Pull*>(settings);
+    for (int32_t k = 0; k < count; ++k) {
+        const double square = columnSquares[k] + rowSquare;
+        if (square >= pull.radius * pull.radius) continue;
+        values[k] =
+            square > 0 ? std::pow(std::sin(std::sqrt(square) * kHalfPi / pull.radius), pull.exponent) : 1;
+    }
+}
+
+void LocatePulled(const SampleRun& run) {
+    const double* dx = run.columns->offset.address + run.first;
+    const int32_t* distance = run.columns->distance.address + run.first;
+    for (int32_t i = 0; i < run.count; ++i) {
+        const double factor = run.values[distance[i]];
+        run.x[i] = factor * dx[i] / run.scaleX + run.centerX;
+        run.y[i] = factor * run.rowOffset / run.scaleY + run.centerY;
+    }
+}
+
+}  // namespace
+
+ImageHandle ImplodePicture(ImageHandle source, double strength, int32_t centerX, int32_t centerY,
+                           uint32_t background, KernelCache* cache) {
+    const ImageLock from(source);
+    if (!from.image) return nullptr;
+    const int32_t width = from.image->width;
+    const int32_t height = from.image->height;
+    const double x = centerX / 100.0 * width;
+    const double y = centerY / 100.0 * height;
+    const Pull pull = {width >= height ? x : y, -strength};
+    struct {
+        int32_t numbers[4];
+        double strength;
+    } const key = {{width, height, centerX, centerY}, strength};
+    const RegionDistortion distortion = {x,    y,         pull.radius, ComputeFactors, 1, &pull, LocatePulled,
+                                         &key, sizeof key};
+    return DistortRegion(from.image, distortion, background, cache);
+}
+
+}  // namespace kfx

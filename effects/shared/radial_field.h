@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// What a distortion computes from a pixel's distance from a centre (a sine, a power) is the same in all four
+// quarters round that centre and in every frame of one size: here it is computed once for each pair of
+// distinct distances.
+#pragma once
+
+#include <cstdint>
+
+#include "framework/kernel_cache.h"
+#include "framework/memory_guards.h"
+
+namespace kfx {
+
+// One axis of a picture as seen from a centre. Test Ready() before use: false when memory ran out.
+struct RadialAxis {
+    RadialAxis(int32_t pixels, double center, double scale);
+    bool Ready() const { return offset.address && square.address && distance.address; }
+
+    const int32_t size;
+    int32_t distinct;                 // how many distances differ
+    const Scratch<double> offset;     // of each pixel: (pixel - center) * scale
+    const Scratch<int32_t> distance;  // of each pixel: the number of its distance
+    const Scratch<double> square;     // of each distinct distance: the offset's square
+};
+
+// Computes one row of a field: `valuesPerPixel` planes of `count` values from the squared offsets of the
+// columns and of the row. `settings` is what the distortion wants to know besides.
+using RadialRow = void (*)(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
+                           double* values);
+
+struct RadialField {
+    const RadialAxis* columns;
+    const RadialAxis* rows;
+    RadialRow compute;
+    const void* settings;
+    size_t valuesPerPixel;
+    const double* table;  // null: computed row by row
+    double* row;          // then here
+};
+
+// Doubles in one row of a field.
+inline size_t RadialRowSize(const RadialField& field) {
+    return field.valuesPerPixel * static_cast<size_t>(field.columns->distinct);
+}
+
+// Sets the field's table to the cache's, filling it where it is new. Without a cache, without memory, or for
+// a table beyond 64 MB the table stays null.
+void KeepRadialField(RadialField* field, KernelCache* cache, const void* key, size_t keyBytes);
+
+// The values of picture row y, plane after plane, `columns->distinct` each.
+const double* RadialRowAt(const RadialField& field, int32_t y);
+
+}  // namespace kfx

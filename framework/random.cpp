@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "framework/random.h"
+
+#include <cstdlib>
+#include <ctime>
+
+namespace kfx {
+namespace {
+
+// The linear congruential generator of the Windows C runtime: the upper half of the state, without its sign
+// bit.
+constexpr uint32_t kMultiplier = 214013;
+constexpr uint32_t kIncrement = 2531011;
+
+uint32_t Step(uint32_t state) { return state * kMultiplier + kIncrement; }
+uint16_t NumberOf(uint32_t state) { return static_cast<uint16_t>(state >> 16 & 0x7FFF); }
+
+bool clockHeld;        // written by HoldClock and ReleaseClock only
+uint32_t heldSeconds;  // written by HoldClock only
+
+#ifdef _WIN32
+// Calling rand() costs more than everything else Water Drops does, so its numbers are computed here, as long
+// as this comparison says that they are the numbers of the runtime in use.
+bool RuntimeGeneratorIsKnown() {
+    constexpr uint32_t kSeeds[] = {0, 1, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF, 1700000000};
+    for (const uint32_t seed : kSeeds) {
+        std::srand(seed);
+        uint32_t state = seed;
+        for (int i = 0; i < 5000; ++i) {
+            state = Step(state);
+            if (std::rand() != NumberOf(state)) return false;
+        }
+    }
+    return true;
+}
+#else
+bool RuntimeGeneratorIsKnown() { return true; }
+#endif
+
+}  // namespace
+
+RandomSequence SeedRandom(uint32_t seed) {
+    static const bool known = RuntimeGeneratorIsKnown();
+    std::srand(seed);
+    return RandomSequence{seed, known};
+}
+
+void NextRandoms(RandomSequence* sequence, uint16_t* numbers, size_t count) {
+    if (!sequence->computed) {
+        for (size_t i = 0; i < count; ++i) numbers[i] = static_cast<uint16_t>(std::rand());
+        return;
+    }
+    uint32_t state = sequence->state;
+    for (size_t i = 0; i < count; ++i) {
+        state = Step(state);
+        numbers[i] = NumberOf(state);
+    }
+    sequence->state = state;
+}
+
+uint32_t ClockSeconds() { return clockHeld ? heldSeconds : static_cast<uint32_t>(std::time(nullptr)); }
+
+void HoldClock(uint32_t seconds) {
+    heldSeconds = seconds;
+    clockHeld = true;
+}
+
+void ReleaseClock() { clockHeld = false; }
+
+}  // namespace kfx
