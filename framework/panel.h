@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The seam between the portable middle and whatever holds the effects' controls: the plug-in window in the
-// product (framework/panel_windows.cpp), the variables themselves where there is no window
+// product (window/effect_panel.cpp), the variables themselves where there is no window
 // (framework/panel_native.cpp).
 #pragma once
 

@@ -74,6 +74,10 @@
 #define IDS_HOST_TOO_OLD 9
 #define IDS_NO_SOURCE_PROMPT 10
 #define IDS_ABOUT_TEXT 11
+#define IDS_GROUP_SOURCE 20
+#define IDS_GROUP_OUTPUT 21
+#define IDS_GROUP_EFFECT 22
+#define IDS_MESSAGE_TITLE 23
 #define IDS_PALETTE_FIRST 1600  // one for each fixed palette, in the palette list's order
 #define IDS_PALETTE_LAST 1608
 

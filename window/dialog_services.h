@@ -21,6 +21,9 @@ const char* LoadText(UINT id);
 // Replaces the texts "~!!~n" of the dialog's statics and buttons by string-table entry n.
 void ReplacePlaceholders(HWND dialog);
 
+// Gives every control of the dialog the plug-in's text font, when there is one.
+void SetDialogFonts(HWND dialog);
+
 // Fills a drop-down list with the pieces of a text separated by ";". Empty pieces add nothing.
 void FillList(HWND list, const char* items);
 

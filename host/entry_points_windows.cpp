@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "host/entry_points_windows.h"
+
+#include <shlobj.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "resources/resource_ids.h"
+#include "window/dialog_services.h"
+#include "window/guards.h"
+#include "window/plugin_state.h"
+#include "window/plugin_window.h"
+#include "window/shell_folder.h"
+
+namespace kfx {
+namespace {
+
+constexpr char kPluginName[] = "Kestrel FX #1";
+constexpr char kNotice[] = "Kestrel FX #1 Plugin \xA9 2026 Quorvane Labs";
+
+// Writes a text into a record of `size` bytes, as far as it reaches.
+void PutText(void* record, size_t size, size_t offset, const char* text) {
+    if (size <= offset) return;
+    const size_t length = std::min(std::strlen(text), size - offset - 1);
+    std::memcpy(static_cast<char*>(record) + offset, text, length);
+}
+
+HFONT MakeFont(const char* face, int height) {
+    return CreateFontA(height, 0, 0, 0, FW_DONTCARE, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                       CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | FF_DONTCARE, face);
+}
+
+void FindPluginFolder() {
+    char path[MAX_PATH] = "";
+    GetModuleFileNameA(plugin.module, path, sizeof path);
+    path[sizeof path - 1] = 0;
+    const char* slash = std::strrchr(path, '\\');
+    const int length = slash ? static_cast<int>(slash + 1 - path) : 0;
+    std::snprintf(plugin.pluginFolder, sizeof plugin.pluginFolder, "%.*s", length, path);
+}
+
+void FindDocumentsFolder() {
+    FindShellFolder(CSIDL_PERSONAL, plugin.documentsFolder, sizeof plugin.documentsFolder);
+    if (!settings.openPath[0])
+        std::memcpy(settings.openPath, plugin.documentsFolder, sizeof settings.openPath);
+}
+
+bool IsTooOld(const HostContext& host) { return (host.version >> 8 & 255) < kOldestHostMajorVersion; }
+
+void RunWithFonts(HWND parent, const HostContext* host) {
+    const GdiObject<HFONT> textFont(MakeFont("Arial", 14));
+    const GdiObject<HFONT> buttonFont(MakeFont("MS Sans Serif", 14));
+    const GdiObject<HFONT> smallFont(MakeFont("Arial", 12));
+    plugin.textFont = textFont.handle;
+    plugin.buttonFont = buttonFont.handle;
+    plugin.smallFont = smallFont.handle;
+    FindPluginFolder();
+    FindDocumentsFolder();
+    RunPluginWindow(parent, host);
+    Repaint(parent);
+    plugin.textFont = plugin.buttonFont = plugin.smallFont = nullptr;
+}
+
+}  // namespace
+}  // namespace kfx
+
+BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+    if (reason == DLL_PROCESS_ATTACH) kfx::plugin.module = module;
+    return TRUE;
+}
+
+uint64_t WINAPI PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
+    const uint32_t size = info->size;
+    // A record too small for its own head is left alone: clearing it would write beyond it.
+    if (size < offsetof(kfx::PluginInfo, name)) return 1;
+    std::memset(info, 0, size);
+    info->size = size;
+    info->version = kfx::kPluginInterfaceVersion;
+    kfx::PutText(info, std::min<size_t>(size, offsetof(kfx::PluginInfo, notice)),
+                 offsetof(kfx::PluginInfo, name), kfx::kPluginName);
+    kfx::PutText(info, size, offsetof(kfx::PluginInfo, notice), kfx::kNotice);
+    return 1;
+}
+
+uint64_t WINAPI PLUGIN16DoBuild(HWND parent, const kfx::HostContext* host) {
+    if (kfx::IsTooOld(*host)) {
+        kfx::ShowMessage(parent, kfx::LoadText(IDS_HOST_TOO_OLD));
+        return 0;
+    }
+    kfx::RunWithFonts(parent, host);
+    return 1;
+}

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include "window/build_command.h"
+
+#include "effects/effect_table.h"
+#include "framework/settings.h"
+#include "resources/resource_ids.h"
+#include "window/dialog_services.h"
+#include "window/guards.h"
+
+namespace kfx {
+namespace {
+
+bool IsChecked(HWND window, int id) { return IsDlgButtonChecked(window, id) == BST_CHECKED; }
+
+BuildOptions ReadOptions(HWND window) {
+    BuildOptions options = {};
+    options.trueColor = IsChecked(window, IDC_TRUE_COLOR);
+    options.customPalette = IsChecked(window, IDC_CUSTOM_PALETTE);
+    options.dither = IsChecked(window, IDC_DITHER);
+    options.supercompress = IsChecked(window, IDC_SUPERCOMPRESS);
+    // No control has this id, so a build never takes the local background from the window: a host's own
+    // template might.
+    options.localBackground = IsChecked(window, IDC_BUILD_LOCAL_BACKGROUND);
+    options.paletteChoice = static_cast<int32_t>(settings.mainPalette);
+    options.addComment = settings.addDescriptiveCommentBlock != 0;
+    options.fastRemap = settings.fastRemap != 0;
+    options.ditherBrightness = static_cast<int32_t>(settings.ditherBrightness);
+    options.ditherContrast = static_cast<int32_t>(settings.ditherContrast);
+    return options;
+}
+
+void ShowBuildMessage(void* window, BuildMessage message) {
+    UINT text = IDS_MEMORY_ERROR;
+    switch (message) {
+        case BuildMessage::MemoryError:
+            text = IDS_MEMORY_ERROR;
+            break;
+        case BuildMessage::NewTaskRefused:
+            text = IDS_NEW_TASK_REFUSED;
+            break;
+        case BuildMessage::ImageRefused:
+            text = IDS_IMAGE_REFUSED;
+            break;
+    }
+    ShowMessage(static_cast<HWND>(window), LoadText(text));
+}
+
+}  // namespace
+
+int32_t Build(HWND window, const HostContext* host, BuildMode mode) {
+    const WaitCursor wait;
+    const LRESULT row = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
+    BuildEnvironment environment = {};
+    environment.window = window;
+    environment.host = host;
+    environment.effect = row < 0 ? nullptr : DescriptorAt(static_cast<size_t>(row));
+    environment.showMessage = ShowBuildMessage;
+    return RunBuild(environment, OptionsForMode(ReadOptions(window), mode));
+}
+
+}  // namespace kfx

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "window/commands.h"
+
+#include <cstring>
+
+#include "documents/document_file.h"
+#include "resources/resource_ids.h"
+#include "window/about.h"
+#include "window/build_command.h"
+#include "window/control_binding.h"
+#include "window/dialog_services.h"
+#include "window/effect_list.h"
+#include "window/file_dialogs.h"
+#include "window/output_options.h"
+#include "window/plugin_state.h"
+#include "window/source_opening.h"
+
+namespace kfx {
+namespace {
+
+constexpr char kUntitled[] = "untitled.kx1";
+
+void BuildAndClose(HWND window) {
+    Build(window, plugin.host, BuildMode::Build);
+    EndDialog(window, 1);
+}
+
+void BuildTest(HWND window) { Build(window, plugin.host, BuildMode::Test); }
+
+void BuildPlain(HWND window) { Build(window, plugin.host, BuildMode::Plain); }
+
+void Cancel(HWND window) { EndDialog(window, 0); }
+
+void ShowFirstHelpTopic(HWND window) { ShowHelp(window, "PREFACE"); }
+
+void SelectSource(HWND window) {
+    settings.fileNamePath[0] = 0;
+    OpenSourceAnimation(window, false);
+}
+
+void ReopenSource(HWND window) { OpenSourceAnimation(window, true); }
+
+void ShowDocumentMenu(HWND window) {
+    const HMENU menu = CreatePopupMenu();
+    AppendMenuA(menu, MF_STRING, IDM_DOCUMENT_OPEN, "Open");
+    AppendMenuA(menu, MF_STRING, IDM_DOCUMENT_SAVE, "Save");
+    AppendMenuA(menu, MF_STRING, IDM_DOCUMENT_SAVE_AS, "Save as...");
+    POINT cursor;
+    GetCursorPos(&cursor);
+    TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_RIGHTBUTTON, cursor.x, cursor.y, 0, window, nullptr);
+    DestroyMenu(menu);
+}
+
+void ShowDocumentMessage(void* window, const char* text) { ShowMessage(static_cast<HWND>(window), text); }
+
+void OpenDocument(HWND window) {
+    char path[kTextBytes];
+    std::memcpy(path, settings.currentFileName, sizeof path);
+    if (!AskDocumentToOpen(window, path) || !ReadDocument(window, path, ShowDocumentMessage)) return;
+    std::memcpy(settings.currentFileName, path, sizeof path);
+    // The document's check boxes bring what depends on them, within what this host accepts.
+    ApplyHostLimits(window);
+    TakeCustomPalette(window);
+    EnableDependentControls(window);
+}
+
+void SaveDocumentAs(HWND window) {
+    char path[kTextBytes];
+    std::memcpy(path, settings.currentFileName, sizeof path);
+    if (!AskDocumentToSave(window, path) || !WriteDocument(window, path, ShowDocumentMessage)) return;
+    std::memcpy(settings.currentFileName, path, sizeof path);
+}
+
+void SaveDocument(HWND window) {
+    if (lstrcmpiA(FileNameIn(settings.currentFileName), kUntitled) == 0)
+        SaveDocumentAs(window);
+    else
+        WriteDocument(window, settings.currentFileName, ShowDocumentMessage);
+}
+
+constexpr int kAnyNotification = -1;
+
+struct CommandRow {
+    int id;
+    int notification;
+    void (*run)(HWND window);
+};
+
+constexpr CommandRow kCommands[] = {
+    {IDC_BUILD, kAnyNotification, BuildAndClose},
+    {IDC_CANCEL, kAnyNotification, Cancel},
+    {IDC_HELP_BUTTON, kAnyNotification, ShowFirstHelpTopic},
+    {IDC_PALETTE, CBN_CLOSEUP, TakePaletteChoice},
+    {IDC_CUSTOM_PALETTE, kAnyNotification, TakeCustomPalette},
+    {IDC_ABOUT, kAnyNotification, ShowAbout},
+    {IDC_TEST, kAnyNotification, BuildTest},
+    {IDC_OPEN_SAVE, kAnyNotification, ShowDocumentMenu},
+    {IDM_DOCUMENT_OPEN, kAnyNotification, OpenDocument},
+    {IDM_DOCUMENT_SAVE, kAnyNotification, SaveDocument},
+    {IDM_DOCUMENT_SAVE_AS, kAnyNotification, SaveDocumentAs},
+    {IDM_BUILD_PLAIN, kAnyNotification, BuildPlain},
+    {IDC_EFFECT, CBN_CLOSEUP, TakeEffectChoice},
+    {IDC_SELECT, kAnyNotification, SelectSource},
+    {IDM_REOPEN_SOURCE, kAnyNotification, ReopenSource},
+};
+
+}  // namespace
+
+void TakeCommand(HWND window, int id, int notification, HWND control) {
+    for (const CommandRow& row : kCommands) {
+        if (row.id != id) continue;
+        if (row.notification == kAnyNotification || row.notification == notification) row.run(window);
+        return;
+    }
+    TakeControlChange(window, control, id, notification);
+    if (id == IDC_LOCAL_BACKGROUND) EnableDependentControls(window);
+}
+
+}  // namespace kfx

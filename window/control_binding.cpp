@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+#include "window/control_binding.h"
+
+#include <algorithm>
+
+#include "documents/control_kinds.h"
+#include "framework/working_image.h"
+#include "host/host_requests.h"
+#include "resources/resource_ids.h"
+#include "window/effect_list.h"
+#include "window/plugin_state.h"
+#include "window/preview.h"
+
+namespace kfx {
+namespace {
+
+// The colours offered for a colour button: eight levels of red, eight of green, four of blue.
+struct OfferedPalette {
+    uint8_t bytes[kPaletteBytes];
+};
+
+OfferedPalette MakeOfferedPalette() {
+    constexpr uint8_t kEight[] = {0, 36, 72, 108, 144, 180, 216, 255};
+    constexpr uint8_t kFour[] = {0, 85, 170, 255};
+    OfferedPalette palette;
+    uint8_t* byte = palette.bytes;
+    for (const uint8_t red : kEight) {
+        for (const uint8_t green : kEight) {
+            for (const uint8_t blue : kFour) {
+                *byte++ = red;
+                *byte++ = green;
+                *byte++ = blue;
+            }
+        }
+    }
+    return palette;
+}
+
+void ChooseColor(HWND control) {
+    const auto* variable = static_cast<const uint32_t*>(VariableOf(control));
+    if (!variable) return;
+    const OfferedPalette palette = MakeOfferedPalette();
+    uint32_t color = *variable;
+    if (!RequestChooseColor(plugin.host, plugin.window, palette.bytes, &color)) return;
+    SetColorButton(control, color);
+    InvalidateRect(control, nullptr, FALSE);
+}
+
+void StoreSlider(HWND slider) {
+    StoreControl(slider);
+    ShowSliderPosition(slider, GetScrollPos(slider, SB_CTL));
+}
+
+void StoreTrackBar(HWND trackBar) {
+    StoreControl(trackBar);
+    SetDlgItemInt(GetParent(trackBar), GetDlgCtrlID(trackBar) + 1,
+                  static_cast<UINT>(SendMessageA(trackBar, WM_USER, 0, 0)), FALSE);
+}
+
+enum class Follow {
+    Timer,    // the preview waits until the user pauses
+    Preview,  // the preview is repainted at once
+};
+
+constexpr int kAnyNotification = -1;
+constexpr int kClosedUp = CBN_CLOSEUP;  // of lists; text fields are bound to the same number
+
+struct BindingRow {
+    BoundKind kind;
+    int notification;
+    void (*store)(HWND control);
+    Follow follow;
+};
+
+void Store(HWND control) { StoreControl(control); }
+
+constexpr BindingRow kBindings[] = {
+    {BoundKind::Number, kAnyNotification, Store, Follow::Timer},
+    {BoundKind::NumberText, kAnyNotification, Store, Follow::Timer},
+    {BoundKind::CompanionNumber, kAnyNotification, Store, Follow::Timer},
+    {BoundKind::CheckBox, kAnyNotification, Store, Follow::Timer},
+    {BoundKind::List, kClosedUp, Store, Follow::Preview},
+    {BoundKind::TextField, kClosedUp, Store, Follow::Preview},
+    {BoundKind::ListBox, kAnyNotification, Store, Follow::Preview},
+    {BoundKind::ColorButton, kAnyNotification, ChooseColor, Follow::Preview},
+    {BoundKind::Slider, kAnyNotification, StoreSlider, Follow::Preview},
+    {BoundKind::TrackBar, kAnyNotification, StoreTrackBar, Follow::Preview},
+};
+
+void RestartUpdateTimer(HWND window) {
+    KillTimer(window, kUpdateTimer);
+    SetTimer(window, kUpdateTimer, settings.updateDelay, nullptr);
+}
+
+}  // namespace
+
+void TakeControlChange(HWND window, HWND control, int id, int notification) {
+    if (!control || !IsWindowVisible(window)) return;
+    const BoundKind kind = KindOf(control);
+    for (const BindingRow& row : kBindings) {
+        if (row.kind != kind) continue;
+        if (row.notification != kAnyNotification && row.notification != notification) return;
+        row.store(control);
+        if (id < FIRST_PREVIEWED_CONTROL) return;
+        if (row.follow == Follow::Timer)
+            RestartUpdateTimer(window);
+        else
+            RepaintPreview(window);
+        return;
+    }
+}
+
+void TakeScroll(HWND window, HWND slider, int code, int trackedPosition) {
+    int least = 0, most = 0;
+    GetScrollRange(slider, SB_CTL, &least, &most);
+    const int position = GetScrollPos(slider, SB_CTL);
+    const int page = most / 8;  // of the maximum, not of the range
+    int moved = position;
+    switch (code) {
+        case SB_LINELEFT:
+            moved = position - 1;
+            break;
+        case SB_LINERIGHT:
+            moved = position + 1;
+            break;
+        case SB_PAGELEFT:
+            moved = position - page;
+            break;
+        case SB_PAGERIGHT:
+            moved = position + page;
+            break;
+        case SB_THUMBPOSITION:
+            moved = trackedPosition;
+            break;
+        case SB_THUMBTRACK:
+            ShowSliderPosition(slider, trackedPosition);
+            return;
+    }
+    // Down to 0 whatever the range's minimum; the scroll bar itself keeps to its range.
+    moved = std::max(0, std::min(moved, most));
+    if (moved == position) return;
+    SetScrollPos(slider, SB_CTL, moved, TRUE);
+    PostMessageA(window, WM_COMMAND, static_cast<WPARAM>(GetDlgCtrlID(slider)),
+                 reinterpret_cast<LPARAM>(slider));
+}
+
+void TakeUpdateTimer(HWND window) {
+    KillTimer(window, kUpdateTimer);
+    RepaintPreview(window);
+    NotifyCurrentEffect(window, EffectEvent::Changed);
+}
+
+}  // namespace kfx

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "window/dialog_services.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "host/host_requests.h"
+#include "resources/resource_ids.h"
+#include "window/plugin_state.h"
+#include "window/push_buttons.h"
+
+namespace kfx {
+namespace {
+
+// The buttons of all three templates; each has some of them.
+constexpr int kMessageButtons[] = {IDC_MESSAGE_OK, IDC_MESSAGE_CANCEL, IDC_MESSAGE_YES, IDC_MESSAGE_NO};
+
+void OpenMessageBox(HWND box, const char* text) {
+    SetDialogFonts(box);
+    ReplacePlaceholders(box);
+    SetDlgItemTextA(box, IDC_MESSAGE_TEXT, text);
+    for (const int button : kMessageButtons) GiveButtonLook(box, button);
+    SetFocus(GetDlgItem(box, IDC_MESSAGE_OK));
+    SetFocus(GetDlgItem(box, IDC_MESSAGE_YES));
+    CenterOnScreen(box);
+}
+
+INT_PTR CALLBACK MessageBoxProcedure(HWND box, UINT message, WPARAM word, LPARAM data) {
+    switch (message) {
+        case WM_INITDIALOG:
+            OpenMessageBox(box, reinterpret_cast<const char*>(data));
+            return FALSE;
+        case WM_DRAWITEM:
+            return DrawPushButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(data));
+        case WM_COMMAND:
+            for (const int button : kMessageButtons) {
+                if (LOWORD(word) == button) EndDialog(box, button);
+            }
+            return TRUE;
+    }
+    return FALSE;
+}
+
+int RunMessageBox(HWND owner, const char* boxTemplate, const char* text) {
+    const INT_PTR answer = DialogBoxParamA(plugin.module, boxTemplate, owner, MessageBoxProcedure,
+                                           reinterpret_cast<LPARAM>(text));
+    Repaint(owner);
+    return static_cast<int>(answer);
+}
+
+BOOL CALLBACK ReplacePlaceholder(HWND control, LPARAM) {
+    constexpr char kMarker[] = "~!!~";
+    char className[16] = "";
+    GetClassNameA(control, className, sizeof className);
+    if (lstrcmpiA(className, "static") != 0 && lstrcmpiA(className, "button") != 0) return TRUE;
+    char text[kTextBuffer] = "";
+    GetWindowTextA(control, text, sizeof text);
+    const char* marker = std::strstr(text, kMarker);
+    const int id = marker ? std::atoi(marker + sizeof kMarker - 1) : 0;
+    char entry[8192];
+    if (id >= 1 && LoadStringA(plugin.module, static_cast<UINT>(id), entry, sizeof entry) >= 2) {
+        SetWindowTextA(control, entry);
+    }
+    return TRUE;
+}
+
+BOOL CALLBACK SetTextFont(HWND control, LPARAM) {
+    SendMessageA(control, WM_SETFONT, reinterpret_cast<WPARAM>(plugin.textFont), FALSE);
+    return TRUE;
+}
+
+}  // namespace
+
+int ShowMessage(HWND owner, const char* text) { return RunMessageBox(owner, "MessageBox", text); }
+
+int AskYesNo(HWND owner, const char* text) { return RunMessageBox(owner, "YESNOBOX", text); }
+
+int AskYesNoCancel(HWND owner, const char* text) { return RunMessageBox(owner, "YESNOCANCELBOX", text); }
+
+const char* LoadText(UINT id) {
+    static char buffer[kTextBuffer];
+    if (LoadStringA(plugin.module, id, buffer, sizeof buffer) == 0) {
+        std::strcpy(buffer, "String table error - this application may be damaged");
+    }
+    return buffer;
+}
+
+void ReplacePlaceholders(HWND dialog) { EnumChildWindows(dialog, ReplacePlaceholder, 0); }
+
+void SetDialogFonts(HWND dialog) {
+    if (plugin.textFont) EnumChildWindows(dialog, SetTextFont, 0);
+}
+
+void FillList(HWND list, const char* items) {
+    SendMessageA(list, CB_RESETCONTENT, 0, 0);
+    while (*items) {
+        const size_t length = std::strcspn(items, ";");
+        char item[kTextBytes];
+        std::snprintf(item, sizeof item, "%.*s", static_cast<int>(length), items);
+        if (length > 0) SendMessageA(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(item));
+        items += length + (items[length] == ';');
+    }
+    SendMessageA(list, CB_SHOWDROPDOWN, FALSE, 0);
+}
+
+void CenterOnScreen(HWND window) {
+    RECT place;
+    GetWindowRect(window, &place);
+    const int x = (GetSystemMetrics(SM_CXSCREEN) - (place.right - place.left)) / 2;
+    const int y = (GetSystemMetrics(SM_CYSCREEN) - (place.bottom - place.top)) / 2;
+    SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void Repaint(HWND window) {
+    if (window)
+        RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+}
+
+void ShowHelp(HWND owner, const char* topic) {
+    char reference[kTextBytes];
+    std::snprintf(reference, sizeof reference, topic ? "KFXPLUG1.HTML#%s" : "KFXPLUG1.HTML", topic);
+    if (!RequestShowHelp(plugin.host, reference)) ShowMessage(owner, LoadText(IDS_HELP_NOT_SHOWN));
+}
+
+}  // namespace kfx

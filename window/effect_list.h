@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// The list of effects and the panel of the current one.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+
+namespace kfx {
+
+enum class EffectEvent : uint32_t {
+    Leaving = 1,  // another effect becomes current, or the window goes
+    Entered = 2,  // the effect has just become current
+    Changed = 3,  // a parameter or the source has changed
+};
+
+// Fills the list from the effect table, makes every effect's panel, selects MainEffect. False: a panel could
+// not be made.
+bool FillEffectList(HWND window);
+
+// Shows the selected effect's panel and the preview.
+void ShowCurrentPanel(HWND window);
+
+// The user has chosen in the list: switches panel, MainEffect and preview when the effect is another one.
+void TakeEffectChoice(HWND window);
+
+// Tells the effect numbered MainEffect.
+void NotifyCurrentEffect(HWND window, EffectEvent event);
+
+}  // namespace kfx

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#include "window/logo.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "resources/resource_ids.h"
+#include "window/guards.h"
+#include "window/plugin_state.h"
+
+namespace kfx {
+namespace {
+
+constexpr UINT kLogoPeriod = 60;  // milliseconds
+
+// What resources/make_logo.py writes: this header, `colors` blue-green-red-zero entries, then the frames one
+// after another, each `height` rows of one byte a pixel, bottom-up, padded to 4 bytes.
+struct LogoHeader {
+    uint16_t width;
+    uint16_t height;
+    uint16_t frames;
+    uint16_t colors;
+};
+
+struct LogoFrames {
+    const LogoHeader* header;
+    const RGBQUAD* colors;
+    const uint8_t* pixels;
+    size_t frameBytes;
+};
+
+// False when the resource is missing or cut short: the logo is then left out.
+bool FindFrames(LogoFrames* frames) {
+    const HRSRC place = FindResourceA(plugin.module, MAKEINTRESOURCEA(IDR_LOGO_FRAMES), MAKEINTRESOURCEA(10));
+    const HGLOBAL data = place ? LoadResource(plugin.module, place) : nullptr;
+    const auto* bytes = static_cast<const uint8_t*>(data ? LockResource(data) : nullptr);
+    const size_t size = place ? SizeofResource(plugin.module, place) : 0;
+    if (!bytes || size < sizeof(LogoHeader)) return false;
+    frames->header = reinterpret_cast<const LogoHeader*>(bytes);
+    const LogoHeader& header = *frames->header;
+    const size_t head = sizeof header + size_t{header.colors} * sizeof(RGBQUAD);
+    frames->frameBytes = (size_t{header.width} + 3) / 4 * 4 * header.height;
+    frames->colors = reinterpret_cast<const RGBQUAD*>(bytes + sizeof header);
+    frames->pixels = bytes + head;
+    return header.colors <= 256 && header.frames > 0 && head + header.frames * frames->frameBytes <= size;
+}
+
+}  // namespace
+
+void StartLogo(Logo* logo, HWND dialog, int controlId) {
+    *logo = {};
+    LogoFrames frames;
+    const HWND control = GetDlgItem(dialog, controlId);
+    if (control && FindFrames(&frames) && SetTimer(dialog, kLogoTimer, kLogoPeriod, nullptr))
+        logo->control = control;
+}
+
+void StopLogo(Logo* logo) {
+    if (logo->control) KillTimer(GetParent(logo->control), kLogoTimer);
+    *logo = {};
+}
+
+bool TakeLogoTick(const Logo& logo, WPARAM word) {
+    if (!logo.control || word != kLogoTimer) return false;
+    InvalidateRect(logo.control, nullptr, FALSE);
+    return true;
+}
+
+void DrawLogo(Logo* logo, const DRAWITEMSTRUCT& item) {
+    const SavedContext saved(item.hDC);
+    RECT area = item.rcItem;
+    FrameRect(item.hDC, &area, GetSysColorBrush(COLOR_BTNSHADOW));
+    InflateRect(&area, -1, -1);
+    LogoFrames frames;
+    if (!logo->control || !FindFrames(&frames)) {
+        FillRect(item.hDC, &area, GetSysColorBrush(COLOR_BTNFACE));
+        return;
+    }
+    const LogoHeader& header = *frames.header;
+    struct {
+        BITMAPINFOHEADER header;
+        RGBQUAD colors[256];
+    } info = {};
+    info.header.biSize = sizeof info.header;
+    info.header.biWidth = header.width;
+    info.header.biHeight = header.height;
+    info.header.biPlanes = 1;
+    info.header.biBitCount = 8;
+    info.header.biClrUsed = header.colors;
+    std::memcpy(info.colors, frames.colors, header.colors * sizeof(RGBQUAD));
+    // Dialog units follow the system's font size, so the control may be larger than the frames.
+    SetStretchBltMode(item.hDC, HALFTONE);
+    SetBrushOrgEx(item.hDC, 0, 0, nullptr);
+    const auto frame = static_cast<size_t>(logo->frame);
+    StretchDIBits(item.hDC, area.left, area.top, area.right - area.left, area.bottom - area.top, 0, 0,
+                  header.width, header.height, frames.pixels + frame * frames.frameBytes,
+                  reinterpret_cast<const BITMAPINFO*>(&info), DIB_RGB_COLORS, SRCCOPY);
+    logo->frame = (logo->frame + 1) % header.frames;
+}
+
+}  // namespace kfx

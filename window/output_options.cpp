@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#include "window/output_options.h"
+
+#include "documents/control_kinds.h"
+#include "framework/memory_guards.h"
+#include "framework/source_animation.h"
+#include "host/animation_block.h"
+#include "resources/resource_ids.h"
+#include "window/dialog_services.h"
+#include "window/plugin_state.h"
+
+#define PALETTE_NAMES                                                                                     \
+    "Black and white;Sixteen-color Windows;32-color orthogonal;64-color orthogonal;128-color orthogonal;" \
+    "216-color safe;256-color orthogonal;256-color with gray;256 gray levels"
+
+namespace kfx {
+namespace {
+
+constexpr char kPaletteNames[] = PALETTE_NAMES;
+constexpr char kPaletteNamesWithSource[] = PALETTE_NAMES ";Match original";
+
+struct CheckBoxRow {
+    int id;
+    uint32_t* variable;
+};
+
+constexpr CheckBoxRow kCheckBoxes[] = {
+    {IDC_TRUE_COLOR, &settings.truecolour},
+    {IDC_DITHER, &settings.mainDither},
+    {IDC_CUSTOM_PALETTE, &settings.customPalette},
+    {IDC_SUPERCOMPRESS, &settings.mainSupercompress},
+    {IDC_ADD_COMMENT, &settings.addDescriptiveCommentBlock},
+    {IDC_LOCAL_BACKGROUND, &settings.localBackgroundUse},
+};
+
+bool SourceHasPalette() {
+    const MemoryLock lock(sourceAnimation);
+    AnimationHeader header;
+    return lock.address && ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header) &&
+           header.globalColors > 0;
+}
+
+void RefuseOption(HWND window, int checkBox) {
+    CheckDlgButton(window, checkBox, BST_UNCHECKED);
+    EnableWindow(GetDlgItem(window, checkBox), FALSE);
+}
+
+// Disabling the control with the focus would leave the keyboard without one.
+void Enable(HWND window, int id, bool enabled) {
+    const HWND control = GetDlgItem(window, id);
+    if (!enabled && GetFocus() == control) SetFocus(GetDlgItem(window, IDC_SELECT));
+    EnableWindow(control, enabled);
+}
+
+}  // namespace
+
+void BindOutputOptions(HWND window) {
+    for (const CheckBoxRow& row : kCheckBoxes) {
+        CheckDlgButton(window, row.id, *row.variable ? BST_CHECKED : BST_UNCHECKED);
+        BindControl(GetDlgItem(window, row.id), BoundKind::CheckBox, row.variable);
+    }
+    FillPaletteList(window);
+    BindControl(GetDlgItem(window, IDC_PALETTE), BoundKind::List, &settings.mainPalette);
+    BindControl(GetDlgItem(window, IDC_BACKGROUND_COLOR), BoundKind::ColorButton,
+                &settings.localBackgroundColor);
+}
+
+void ApplyHostLimits(HWND window) {
+    if (!(plugin.host->capabilities & kHostTakesTrueColor)) {
+        settings.truecolour = 0;
+        RefuseOption(window, IDC_TRUE_COLOR);
+    }
+    // The wish for supercompression stays stored: another host may take it.
+    if (!(plugin.host->capabilities & kHostTakesSupercompressed)) RefuseOption(window, IDC_SUPERCOMPRESS);
+}
+
+void FillPaletteList(HWND window) {
+    const HWND list = GetDlgItem(window, IDC_PALETTE);
+    FillList(list, SourceHasPalette() ? kPaletteNamesWithSource : kPaletteNames);
+    SendMessageA(list, CB_SETCURSEL, settings.mainPalette, 0);
+}
+
+void TakePaletteChoice(HWND window) {
+    const LRESULT selection = SendDlgItemMessageA(window, IDC_PALETTE, CB_GETCURSEL, 0, 0);
+    settings.mainPalette = selection < 0 ? 0 : static_cast<uint32_t>(selection);
+}
+
+void TakeCustomPalette(HWND window) {
+    settings.customPalette = IsDlgButtonChecked(window, IDC_CUSTOM_PALETTE) == BST_CHECKED;
+    Enable(window, IDC_PALETTE, settings.customPalette != 0);
+}
+
+void EnableDependentControls(HWND window) {
+    Enable(window, IDC_BUILD, sourceAnimation != nullptr);
+    Enable(window, IDC_TEST, sourceAnimation != nullptr);
+    Enable(window, IDC_BACKGROUND_COLOR, IsDlgButtonChecked(window, IDC_LOCAL_BACKGROUND) == BST_CHECKED);
+}
+
+}  // namespace kfx

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "window/plugin_state.h"
+
+namespace kfx {
+
+PluginState plugin = {};
+
+}  // namespace kfx

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// What the window's functions share. The source animation's handle is framework/source_animation.h's;
+// everything that outlives the window is framework/settings.h's.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+
+#include "framework/settings.h"
+#include "host/host_records.h"
+
+namespace kfx {
+
+struct PluginState {
+    // Set when the library is loaded: dialogs, texts and data come from this module.
+    HINSTANCE module;
+
+    // Set for each run of the window, before it opens.
+    char pluginFolder[kTextBytes];     // of the library itself, with a trailing backslash
+    char documentsFolder[kTextBytes];  // the user's documents, with a trailing backslash; empty when unknown
+    HFONT textFont;
+    HFONT buttonFont;
+    HFONT smallFont;
+
+    // Set when the window opens, cleared when it is destroyed.
+    HWND window;
+    const HostContext* host;
+    uint32_t buttonStyle;
+
+    // Outer size of the file dialogs: the host's at first, then as the user left the last one.
+    int32_t fileDialogWidth;
+    int32_t fileDialogHeight;
+};
+
+extern PluginState plugin;
+
+}  // namespace kfx

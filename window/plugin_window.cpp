@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+#include "window/plugin_window.h"
+
+#include <cstdio>
+
+#include "documents/control_kinds.h"
+#include "host/host_requests.h"
+#include "resources/resource_ids.h"
+#include "window/commands.h"
+#include "window/configuration.h"
+#include "window/control_binding.h"
+#include "window/dialog_services.h"
+#include "window/effect_list.h"
+#include "window/file_dialogs.h"
+#include "window/logo.h"
+#include "window/output_options.h"
+#include "window/owner_drawn.h"
+#include "window/plugin_state.h"
+#include "window/preview.h"
+#include "window/push_buttons.h"
+#include "window/source_opening.h"
+
+namespace kfx {
+namespace {
+
+Logo windowLogo = {};  // runs while the window is open
+
+constexpr int kPushButtons[] = {IDC_BUILD,     IDC_CANCEL, IDC_HELP_BUTTON, IDC_ABOUT,
+                                IDC_OPEN_SAVE, IDC_SELECT, IDC_TEST};
+
+constexpr int kSmallTexts[] = {IDC_SOURCE_PATH, IDC_SOURCE_SIZE};
+
+// Ends the window by itself. The message's first coming is by post, the second by the dialog's real end.
+void CloseByItself(HWND window, UINT reason) {
+    ShowMessage(window, LoadText(reason));
+    PostMessageA(window, WM_DESTROY, 0, 0);
+}
+
+void StartFromUntitledDocument() {
+    std::snprintf(settings.currentFileName, kTextBytes, "%suntitled.kx1", plugin.documentsFolder);
+    std::snprintf(settings.openPath, kTextBytes, "%s", plugin.documentsFolder);
+}
+
+void DressControls(HWND window) {
+    SetDialogFonts(window);
+    ReplacePlaceholders(window);
+    for (const int button : kPushButtons) GiveButtonLook(window, button);
+    for (const int box : kSmallTexts) {
+        SendDlgItemMessageA(window, box, WM_SETFONT, reinterpret_cast<WPARAM>(plugin.smallFont), FALSE);
+    }
+}
+
+void BindControls(HWND window) {
+    const HWND path = GetDlgItem(window, IDC_SOURCE_PATH);
+    SendMessageA(path, EM_LIMITTEXT, kTextBytes - 1, 0);
+    SetWindowTextA(path, settings.fileNamePath);
+    BindControl(path, BoundKind::TextField, settings.fileNamePath);
+    BindOutputOptions(window);
+}
+
+void OpenWindow(HWND window, const HostContext* host) {
+    plugin.buttonStyle = host->buttonStyle;
+    plugin.host = host;
+    plugin.window = window;
+    DressControls(window);
+    const bool shiftHeld = IsShiftHeld();
+    ReadConfiguration(shiftHeld);
+    ApplyHostLimits(window);
+    if (!host->callback) {
+        CloseByItself(window, IDS_INTERNAL_ERROR);
+        return;
+    }
+    if (shiftHeld) StartFromUntitledDocument();
+    BindControls(window);
+    ApplyHostLimits(window);
+    SetFocus(GetDlgItem(window, IDC_BUILD));
+    PostMessageA(window, WM_COMMAND, IDC_CUSTOM_PALETTE, 0);
+    uint32_t width, height;
+    RequestWindowSize(host, &width, &height);
+    RememberFileDialogSize(width, height);
+    StartLogo(&windowLogo, window, IDC_LOGO);
+    SetWindowTextA(window, "Kestrel FX #1");
+    EnableDependentControls(window);
+    CenterOnScreen(window);
+    PostMessageA(window, kWindowMessage, kFillEffectList, 0);
+    PostMessageA(window, kWindowMessage, kShowCurrentPanel, 0);
+}
+
+void TakeWindowMessage(HWND window, WPARAM what) {
+    if (what == kShowCurrentPanel) {
+        ShowCurrentPanel(window);
+    } else if (what == kFillEffectList) {
+        if (!FillEffectList(window))
+            CloseByItself(window, IDS_EFFECT_NOT_INITIALIZED);
+        else if (settings.reloadPreviousSession == 1 && RememberedSourceExists())
+            PostMessageA(window, WM_COMMAND, IDM_REOPEN_SOURCE, 0);
+    }
+}
+
+void DrawItem(HWND window, const DRAWITEMSTRUCT& item) {
+    switch (item.CtlID) {
+        case IDC_PREVIEW:
+            DrawPreview(window, item);
+            break;
+        case IDC_LOGO:
+            DrawLogo(&windowLogo, item);
+            break;
+        case IDC_SOURCE_PATH:
+            DrawFlatBox(item, true);
+            break;
+        case IDC_SOURCE_SIZE:
+            DrawFlatBox(item, false);
+            break;
+        case IDC_BACKGROUND_COLOR:
+            DrawColorButton(item);
+            break;
+        default:
+            DrawPushButton(item);
+            break;
+    }
+}
+
+void TakeScrollMessage(HWND window, WPARAM word, LPARAM data) {
+    // The window has no scroll bars of its own.
+    if (data) TakeScroll(window, reinterpret_cast<HWND>(data), LOWORD(word), HIWORD(word));
+}
+
+void LeaveWindow(HWND window) {
+    if (!plugin.window) return;
+    NotifyCurrentEffect(window, EffectEvent::Leaving);
+    FreeSourceAnimation();
+    StopLogo(&windowLogo);
+    WriteConfiguration();
+    KillTimer(window, kUpdateTimer);
+    plugin.window = nullptr;
+    plugin.host = nullptr;
+    EndDialog(window, 0);
+}
+
+INT_PTR AnswerWindowFont(HWND window) {
+    SetWindowLongPtrA(window, DWLP_MSGRESULT, reinterpret_cast<LONG_PTR>(plugin.textFont));
+    return TRUE;
+}
+
+INT_PTR CALLBACK PluginWindowProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
+    if (TakeLogoTick(windowLogo, word)) return TRUE;
+    switch (message) {
+        case WM_INITDIALOG:
+            OpenWindow(window, reinterpret_cast<const HostContext*>(data));
+            return FALSE;
+        case WM_GETFONT:
+            return AnswerWindowFont(window);
+        case kWindowMessage:
+            TakeWindowMessage(window, word);
+            return TRUE;
+        case WM_COMMAND:
+            TakeCommand(window, LOWORD(word), HIWORD(word), reinterpret_cast<HWND>(data));
+            return TRUE;
+        case WM_HSCROLL:
+        case WM_VSCROLL:
+            TakeScrollMessage(window, word, data);
+            return TRUE;
+        case WM_TIMER:
+            if (word == kUpdateTimer) TakeUpdateTimer(window);
+            return TRUE;
+        case WM_DRAWITEM:
+            DrawItem(window, *reinterpret_cast<const DRAWITEMSTRUCT*>(data));
+            return TRUE;
+        case WM_DESTROY:
+            LeaveWindow(window);
+            return TRUE;
+    }
+    return FALSE;
+}
+
+}  // namespace
+
+INT_PTR RunPluginWindow(HWND parent, const HostContext* host) {
+    return DialogBoxParamA(plugin.module, MAKEINTRESOURCEA(IDD_PLUGIN_WINDOW), parent, PluginWindowProcedure,
+                           reinterpret_cast<LPARAM>(host));
+}
+
+}  // namespace kfx

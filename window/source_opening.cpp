@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "window/source_opening.h"
+
+#include <cstdio>
+
+#include "framework/memory_guards.h"
+#include "framework/source_animation.h"
+#include "host/animation_block.h"
+#include "host/host_requests.h"
+#include "resources/resource_ids.h"
+#include "window/dialog_services.h"
+#include "window/effect_list.h"
+#include "window/output_options.h"
+#include "window/plugin_state.h"
+#include "window/preview.h"
+
+namespace kfx {
+namespace {
+
+bool IsSoundAnimation(MemoryHandle block) {
+    const MemoryLock lock(block);
+    return lock.address && IsAnimation(lock.address, MemorySize(block));
+}
+
+// The header of the current source; false without one.
+bool ReadSourceHeader(AnimationHeader* header) {
+    const MemoryLock lock(sourceAnimation);
+    return lock.address && ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), header);
+}
+
+void ShowSource(HWND window) {
+    SetDlgItemTextA(window, IDC_SOURCE_PATH, settings.fileNamePath);
+    AnimationHeader header;
+    if (!ReadSourceHeader(&header)) return;
+    char size[32];
+    std::snprintf(size, sizeof size, "%d x %d", static_cast<int>(header.width),
+                  static_cast<int>(header.height));
+    SetDlgItemTextA(window, IDC_SOURCE_SIZE, size);
+}
+
+}  // namespace
+
+void OpenSourceAnimation(HWND window, bool reopen) {
+    const bool named = reopen && RememberedSourceExists();
+    OpenAnimationRequest request = MakeOpenAnimationRequest(window, named ? settings.fileNamePath : "");
+    const auto opened = reinterpret_cast<MemoryHandle>(RequestOpenAnimation(plugin.host, &request));
+    if (!opened || !IsSoundAnimation(opened)) {
+        FreeMemory(opened);
+        EnableDependentControls(window);
+        if (opened) ShowMessage(window, LoadText(IDS_SOURCE_NOT_OPENED));
+        return;
+    }
+    FreeSourceAnimation();
+    sourceAnimation = opened;
+    std::snprintf(settings.fileNamePath, sizeof settings.fileNamePath, "%.*s",
+                  static_cast<int>(sizeof request.path), request.path);
+    ShowSource(window);
+    FillPaletteList(window);
+    EnableDependentControls(window);
+    RepaintPreview(window);
+    NotifyCurrentEffect(window, EffectEvent::Changed);
+}
+
+void FreeSourceAnimation() {
+    FreeMemory(sourceAnimation);
+    sourceAnimation = nullptr;
+}
+
+bool RememberedSourceExists() {
+    const DWORD attributes = GetFileAttributesA(settings.fileNamePath);
+    return settings.fileNamePath[0] && attributes != INVALID_FILE_ATTRIBUTES &&
+           !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+}  // namespace kfx
