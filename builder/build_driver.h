@@ -47,7 +47,7 @@ enum class BuildMessage {
 struct BuildEnvironment {
     void* window;
     const HostContext* host;
-    const EffectDescriptor* effect;  // null: the frames stay as they are, and there are none
+    const EffectDescriptor* effect;  // null, or without a build operation: frames stay unchanged
     void (*showMessage)(void* window, BuildMessage message);  // called at most once
 };
 

@@ -1,0 +1,317 @@
+// SPDX-License-Identifier: MIT
+#include "builder/build_driver.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "builder/fixed_palettes.h"
+#include "builder/palette_order.h"
+#include "builder/quantizer.h"
+#include "builder/remap.h"
+#include "builder/supercompression.h"
+#include "framework/memory_guards.h"
+#include "framework/source_animation.h"
+#include "host/animation_block.h"
+#include "host/host_requests.h"
+
+namespace kfx {
+namespace {
+
+constexpr int32_t kMostColors = 256;
+constexpr uint32_t kColorMask = 0xFFFFFF;
+constexpr uint32_t kNoBackground = 0xFFFFFFFF;  // as a colour it is white, and is used so
+
+constexpr char kComment[] =
+    "CREATED BY...\r\n\r\nThis graphic was created by Quorvane Labs' Marrowgate Studio or Marrowgate Motion "
+    "and the "
+    "Kestrel FX #1 plugin.\r\n\r\nSee\r\n\r\n    https://kestrel-fx.example/\r\n\r\nfor more information.";
+
+// A build's state. What it owns goes with it, however the build ends.
+struct Build {
+    explicit Build(const BuildEnvironment& given, const BuildOptions& chosen)
+        : environment(given), options(chosen) {}
+    ~Build() { FreeFrames(&frames); }
+    Build(const Build&) = delete;
+    Build& operator=(const Build&) = delete;
+
+    const BuildEnvironment& environment;
+    BuildOptions options;  // as they hold at this point of the build
+    FrameList frames = {};
+    uint32_t background = kNoBackground;  // 0x00BBGGRR
+    uint8_t palette[kPaletteBytes] = {};
+    int32_t bitsPerPixel = 8;
+    int32_t colorCount = kMostColors;
+    int32_t reservedIndex = -1;  // the palette entry for transparent or background pixels; -1: none
+    int32_t width = 0;           // of the largest frames
+    int32_t height = 0;
+    FileObjectRecord task = {};
+};
+
+const HostContext* HostOf(const Build& build) { return build.environment.host; }
+
+bool ReservesEntry(const Build& build) {
+    return build.options.supercompress || build.options.localBackground;
+}
+
+void PutBackground(Build* build, int32_t index) {
+    uint8_t* entry = build->palette + 3 * index;
+    entry[0] = static_cast<uint8_t>(RedOf(build->background));
+    entry[1] = static_cast<uint8_t>(GreenOf(build->background));
+    entry[2] = static_cast<uint8_t>(BlueOf(build->background));
+}
+
+void SettleOptions(Build* build) {
+    BuildOptions& options = build->options;
+    if (options.trueColor) options.supercompress = false;
+    if (options.supercompress) options.localBackground = false;
+}
+
+void AskBackgroundColor(Build* build) {
+    const EffectDescriptor* effect = build->environment.effect;
+    if (effect && effect->query)
+        build->background = static_cast<uint32_t>(effect->query(build->environment.window, 0));
+    if (build->background == kNoBackground) build->options.localBackground = false;
+}
+
+// The source animation's own palette. False: it has none.
+bool CopySourcePalette(Build* build) {
+    const MemoryLock lock(sourceAnimation);
+    AnimationHeader header;
+    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
+        return false;
+    if (header.globalColors == 0) return false;
+    std::memcpy(build->palette, header.globalPalette, size_t{3} * header.globalColors);
+    build->bitsPerPixel = BitsForColors(static_cast<int32_t>(header.globalColors));
+    return true;
+}
+
+void ChoosePalette(Build* build) {
+    // All 256 entries are searched later whatever the palette's size: the black ones beyond it compete.
+    if (build->options.paletteChoice != kSourcePalette)
+        BuildFixedPalette(build->palette, build->options.paletteChoice, &build->bitsPerPixel);
+    else if (!CopySourcePalette(build))
+        build->options.customPalette = true;
+}
+
+bool RunEffect(Build* build) {
+    const HostContext* host = HostOf(*build);
+    RequestProgress(host, 0, 0);
+    RequestSetStatusText(host, "Building");
+    const EffectDescriptor* effect = build->environment.effect;
+    if (effect && effect->build) {
+        RequestSetStatusText(host, "Building");
+        EffectBuildContext context = {build->environment.window, &build->frames, 0, host};
+        if (!effect->build(&context)) return false;
+    } else {
+        // No effect to decode the frames: they are built unchanged.
+        DecodeAllFrames(&build->frames);
+    }
+    RequestProgress(host, 0, 0);
+    if (build->frames.count == 1) build->options.supercompress = false;
+    return build->frames.count >= 1;
+}
+
+bool QuantizePalette(Build* build) {
+    if (build->options.trueColor || !build->options.customPalette) return true;
+    RequestSetStatusText(HostOf(*build), "Quantizing");
+    uint32_t found = ReservesEntry(*build) ? kMostColors - 1 : kMostColors;
+    if (!Quantize(&found, build->palette, build->frames)) return false;
+
+    auto n = static_cast<int32_t>(found);
+    if (!build->options.localBackground) {
+        const uint32_t color = build->background;
+        if (n < 254)
+            PutBackground(build, n++);
+        else
+            PutBackground(build, NearestEntry(build->palette, n, static_cast<int32_t>(RedOf(color)),
+                                              static_cast<int32_t>(GreenOf(color)),
+                                              static_cast<int32_t>(BlueOf(color))));
+    }
+    SortByLuminance(build->palette, n);
+    build->bitsPerPixel = BitsForColors(ReservesEntry(*build) ? n + 1 : n);
+    build->reservedIndex = n;
+    build->colorCount = n;
+    if (ReservesEntry(*build)) PutBackground(build, n);
+    return true;
+}
+
+// A copy of the first frame: the picture as it stands on the viewer's screen.
+ImageHandle CopyFirstFrame(const Build& build) {
+    FrameEntry entry;
+    if (!GetFrame(build.frames, 0, &entry)) return nullptr;
+    const ImageLock lock(entry.image);
+    return lock.image ? DuplicateImage(lock.image) : nullptr;
+}
+
+bool SupercompressFrames(Build* build) {
+    if (!build->options.supercompress) return true;
+    RequestSetStatusText(HostOf(*build), "Supercompressing");
+    MemoryOwner composite;
+    for (int32_t i = 0; i < build->frames.count; ++i) {
+        RequestProgress(HostOf(*build), i, build->frames.count);
+        if (i == 0) {
+            composite.memory = CopyFirstFrame(*build);
+            if (!composite.memory) return false;
+            continue;
+        }
+        FrameEntry entry;
+        if (!GetFrame(build->frames, i, &entry)) return false;
+        MemoryOwner mask(UpdateComposite(composite.memory, entry.image));
+        entry.changeMask = mask.memory;
+        if (!mask.memory || !PutFrame(build->frames, i, entry)) return false;
+        mask.Release();
+    }
+    return true;
+}
+
+// Gives every pixel of the converted image whose full colour is the background colour the reserved index.
+void MarkBackground(const Build& build, ImageHandle full, ImageHandle converted) {
+    const ImageLock from(full);
+    const ImageLock to(converted);
+    if (!from.image || !to.image) return;
+    const uint32_t background = build.background & kColorMask;
+    for (int32_t y = 0; y < from.image->height; ++y)
+        for (int32_t x = 0; x < from.image->width; ++x)
+            if ((GetDibPixel(from.image, x, y) & kColorMask) == background)
+                SetDibPixel(to.image, x, y, static_cast<uint32_t>(build.reservedIndex));
+}
+
+// Gives every pixel that the mask calls unchanged the reserved index; a picture may reach beyond its mask.
+bool MarkUnchanged(const Build& build, ImageHandle mask, ImageHandle converted) {
+    const ImageLock unchanged(mask);
+    const ImageLock to(converted);
+    if (!unchanged.image || !to.image) return false;
+    const int32_t width = std::min(unchanged.image->width, to.image->width);
+    const int32_t height = std::min(unchanged.image->height, to.image->height);
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x)
+            if (GetDibPixel(unchanged.image, x, y) == 1)
+                SetDibPixel(to.image, x, y, static_cast<uint32_t>(build.reservedIndex));
+    return true;
+}
+
+// Puts the reserved index where it belongs. The colour table has the background colour there already: it is
+// the palette's.
+bool MarkReserved(const Build& build, int32_t index, ImageHandle converted, FrameEntry* entry) {
+    if (build.reservedIndex < 0) return true;
+    if (build.options.supercompress) {
+        if (index == 0) MarkBackground(build, entry->image, converted);
+        if (entry->changeMask) {
+            if (!MarkUnchanged(build, entry->changeMask, converted)) return false;
+            entry->transparentIndex = build.reservedIndex;
+        }
+    }
+    if (build.options.localBackground) {
+        MarkBackground(build, entry->image, converted);
+        entry->transparentIndex = build.reservedIndex;
+    }
+    return true;
+}
+
+bool RemapFrame(const Build& build, int32_t index, RemapTarget* target) {
+    FrameEntry entry;
+    if (!GetFrame(build.frames, index, &entry)) return false;
+    MemoryOwner converted(build.options.dither ? DitherRemap(entry.image, target)
+                                               : PlainRemap(entry.image, target));
+    if (!converted.memory || !MarkReserved(build, index, converted.memory, &entry)) return false;
+    std::swap(entry.image, converted.memory);
+    if (PutFrame(build.frames, index, entry)) return true;
+    std::swap(entry.image, converted.memory);
+    return false;
+}
+
+bool NoteSize(Build* build, int32_t index) {
+    FrameEntry entry;
+    if (!GetFrame(build->frames, index, &entry)) return false;
+    const ImageLock lock(entry.image);
+    if (!lock.image) return false;
+    build->width = std::max(build->width, lock.image->width);
+    build->height = std::max(build->height, lock.image->height);
+    return true;
+}
+
+bool RemapFrames(Build* build) {
+    RequestSetStatusText(HostOf(*build), "Remapping");
+    RemapTarget target;
+    std::memcpy(target.palette, build->palette, kPaletteBytes);
+    target.bitsPerPixel = build->bitsPerPixel;
+    target.colorCount = build->colorCount;
+    target.fastRemap = build->options.fastRemap;
+    target.ditherBrightness = build->options.ditherBrightness;
+    target.ditherContrast = build->options.ditherContrast;
+    for (int32_t i = 0; i < build->frames.count; ++i) {
+        RequestProgress(HostOf(*build), i, build->frames.count);
+        if (!build->options.trueColor && !RemapFrame(*build, i, &target)) return false;
+        if (!NoteSize(build, i)) return false;
+    }
+    return true;
+}
+
+bool OpenTask(Build* build) {
+    RequestProgress(HostOf(*build), 0, 0);
+    FileObjectRecord& task = build->task;
+    task.size = sizeof task;
+    task.version = kPluginInterfaceVersion;
+    task.window = reinterpret_cast<uintptr_t>(build->environment.window);
+    task.bitsPerPixel = static_cast<uint32_t>(build->bitsPerPixel);
+    task.width = static_cast<uint32_t>(build->width);
+    task.height = static_cast<uint32_t>(build->height);
+    std::memcpy(task.palette, build->palette, kPaletteBytes);
+    task.frameCount = static_cast<uint32_t>(build->frames.count);
+    if (build->options.localBackground) task.reservedIndex = static_cast<uint32_t>(build->reservedIndex);
+    return RequestNewTask(HostOf(*build), build->options.test, task) != 0;
+}
+
+bool AddFrame(const Build& build, int32_t index) {
+    FrameEntry entry;
+    if (!GetFrame(build.frames, index, &entry)) return false;
+    AddImageRecord record = {};
+    record.size = sizeof record;
+    record.version = kPluginInterfaceVersion;
+    record.image = reinterpret_cast<uintptr_t>(entry.image);
+    record.localBackground = build.options.localBackground;
+    record.frameValue = entry.field3;
+    record.index = static_cast<uint32_t>(index);
+    record.transparentIndex = entry.transparentIndex;
+    return RequestAddImage(HostOf(build), build.task, record) != 0;
+}
+
+bool AddFrames(const Build& build) {
+    for (int32_t i = 0; i < build.frames.count; ++i)
+        if (!AddFrame(build, i)) return false;
+    return true;
+}
+
+int32_t Fail(const Build& build, BuildMessage message) {
+    build.environment.showMessage(build.environment.window, message);
+    return 0;
+}
+
+}  // namespace
+
+BuildOptions OptionsForMode(BuildOptions asSet, BuildMode mode) {
+    asSet.test = mode == BuildMode::Test;
+    if (mode == BuildMode::Plain) asSet.dither = asSet.trueColor = asSet.supercompress = false;
+    return asSet;
+}
+
+int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& options) {
+    Build build(environment, options);
+    SettleOptions(&build);
+    AskBackgroundColor(&build);
+    ChoosePalette(&build);
+    if (!RunEffect(&build) || !QuantizePalette(&build) || !SupercompressFrames(&build) ||
+        !RemapFrames(&build))
+        return Fail(build, BuildMessage::MemoryError);
+    if (!OpenTask(&build)) return Fail(build, BuildMessage::NewTaskRefused);
+    if (!AddFrames(build)) {
+        Fail(build, BuildMessage::ImageRefused);
+        RequestCloseTask(environment.host, build.task, false);
+        return 0;
+    }
+    if (build.options.addComment) RequestAddComment(environment.host, build.task, kComment);
+    RequestCloseTask(environment.host, build.task, true);
+    return 1;
+}
+
+}  // namespace kfx
