@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "window/logo.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -43,6 +44,19 @@ bool FindFrames(LogoFrames* frames) {
     frames->colors = reinterpret_cast<const RGBQUAD*>(bytes + sizeof header);
     frames->pixels = bytes + head;
     return header.colors <= 256 && header.frames > 0 && head + header.frames * frames->frameBytes <= size;
+}
+
+// The middle part of a frame that fills an area of this size. Dialog units follow the system's font, so the
+// control may be of another shape than the frames: a frame is cut, never distorted, and enlarged only where
+// it is too small.
+RECT VisiblePart(const LogoHeader& header, int width, int height) {
+    int seenWidth = std::min<int>(width, header.width), seenHeight = std::min<int>(height, header.height);
+    if (seenWidth < width || seenHeight < height) {
+        seenWidth = std::min<int>(header.width, header.height * width / height);
+        seenHeight = std::min<int>(header.height, header.width * height / width);
+    }
+    const int left = (header.width - seenWidth) / 2, bottom = (header.height - seenHeight) / 2;
+    return {left, bottom, left + seenWidth, bottom + seenHeight};
 }
 
 }  // namespace
@@ -88,13 +102,14 @@ void DrawLogo(Logo* logo, const DRAWITEMSTRUCT& item) {
     info.header.biBitCount = 8;
     info.header.biClrUsed = header.colors;
     std::memcpy(info.colors, frames.colors, header.colors * sizeof(RGBQUAD));
-    // Dialog units follow the system's font size, so the control may be larger than the frames.
+    const RECT seen = VisiblePart(header, area.right - area.left, area.bottom - area.top);
     SetStretchBltMode(item.hDC, HALFTONE);
     SetBrushOrgEx(item.hDC, 0, 0, nullptr);
     const auto frame = static_cast<size_t>(logo->frame);
-    StretchDIBits(item.hDC, area.left, area.top, area.right - area.left, area.bottom - area.top, 0, 0,
-                  header.width, header.height, frames.pixels + frame * frames.frameBytes,
-                  reinterpret_cast<const BITMAPINFO*>(&info), DIB_RGB_COLORS, SRCCOPY);
+    StretchDIBits(item.hDC, area.left, area.top, area.right - area.left, area.bottom - area.top, seen.left,
+                  seen.top, seen.right - seen.left, seen.bottom - seen.top,
+                  frames.pixels + frame * frames.frameBytes, reinterpret_cast<const BITMAPINFO*>(&info),
+                  DIB_RGB_COLORS, SRCCOPY);
     logo->frame = (logo->frame + 1) % header.frames;
 }
 
