@@ -12,13 +12,21 @@
 #include "resources/panel_controls.h"
 
 namespace kfx {
+namespace {
+
+constexpr int32_t kDeepest = 16383;
+
+bool HoldsMatrix(ImageHandle source, int32_t n) {
+    const ImageLock lock(source);
+    return lock.image && lock.image->width >= n && lock.image->height >= n;
+}
+
+}  // namespace
 
 ImageHandle ApplyEmboss(ImageHandle source, int32_t radius, int32_t depth) {
-    // Deeper than any picture is wide, the matrix could not be used; refusing early keeps its size from
-    // overflowing.
-    constexpr int32_t kDeepest = 16383;
-    if (depth < 0 || depth > kDeepest) return nullptr;
-    const int32_t n = depth % 2 == 0 ? depth + 1 : depth;
+    // A matrix that no picture can hold is not worth making, and its size must not overflow.
+    if (depth < 0 || depth > kDeepest || !HoldsMatrix(source, depth | 1)) return nullptr;
+    const int32_t n = depth | 1;  // the next odd number
     const int32_t half = n / 2;
     const double sigma = radius / 10.0;
     const Scratch<double> matrix(static_cast<size_t>(n) * static_cast<size_t>(n));

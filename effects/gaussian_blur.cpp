@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "effects/box_blur.h"
+#include "effects/separable_blur.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -53,57 +54,64 @@ namespace {
 
 int32_t TapsOf(int32_t depth) { return static_cast<int32_t>(std::ceil(depth / 10.0) * 2 + 1); }
 
-struct Weights {
+struct Lines {
     const float* weights;
-    int32_t count;
+    int32_t count;  // of weights
+    uint8_t* line;
+    uint8_t* blurred;
 };
 
-// Rows and columns of samples as numbers: of colours above 8 bits, of colour-table indices below.
-void BlurRows(const WorkingImage* from, WorkingImage* to, const Weights& taps) {
-    const bool indexed = from->bitCount <= 8;
-    const auto bytes = static_cast<int32_t>((static_cast<int64_t>(from->width) * from->bitCount + 7) / 8);
-    for (int32_t r = 0; r < from->height; ++r)
-        BlurLine(taps.weights, taps.count, StoredRow(from, r), StoredRow(to, r),
-                 indexed ? bytes : from->width, indexed ? 1 : from->bitCount / 8);
+// Blurs the row or column of `length` pixels that begins at (x, y), of any depth: colours channel by channel,
+// a fourth byte staying as it is; colour-table indices as numbers.
+void BlurPixels(WorkingImage* image, int32_t x, int32_t y, bool isRow, int32_t length, const Lines& lines) {
+    const int32_t channels = image->bitCount <= 8 ? 1 : 3;
+    for (int32_t i = 0; i < length; ++i) {
+        const uint32_t value = GetDibPixel(image, isRow ? i : x, isRow ? y : i);
+        for (int32_t c = 0; c < channels; ++c)
+            lines.line[static_cast<ptrdiff_t>(i) * channels + c] = static_cast<uint8_t>(value >> 8 * c);
+    }
+    const size_t bytes = static_cast<size_t>(length) * static_cast<size_t>(channels);
+    std::memcpy(lines.blurred, lines.line, bytes);
+    BlurLine(lines.weights, lines.count, lines.line, lines.blurred, length, channels);
+    for (int32_t i = 0; i < length; ++i) {
+        const int32_t column = isRow ? i : x;
+        const int32_t row = isRow ? y : i;
+        uint32_t value = GetDibPixel(image, column, row) & 0xFF000000;
+        for (int32_t c = 0; c < channels; ++c)
+            value |= uint32_t{lines.blurred[static_cast<ptrdiff_t>(i) * channels + c]} << 8 * c;
+        SetDibPixel(image, column, row, value);
+    }
 }
 
-void BlurColumns(WorkingImage* image, const Weights& taps, uint8_t* line, uint8_t* blurred) {
-    const int32_t height = image->height;
-    const int32_t channels = image->bitCount <= 8 ? 1 : 3;
-    for (int32_t x = 0; x < image->width; ++x) {
-        for (int32_t y = 0; y < height; ++y) {
-            const uint32_t value = GetDibPixel(image, x, y);
-            for (int32_t c = 0; c < channels; ++c)
-                line[static_cast<ptrdiff_t>(y) * channels + c] = static_cast<uint8_t>(value >> 8 * c);
-        }
-        std::memcpy(blurred, line, static_cast<size_t>(height) * static_cast<size_t>(channels));
-        BlurLine(taps.weights, taps.count, line, blurred, height, channels);
-        for (int32_t y = 0; y < height; ++y) {
-            uint32_t value = 0;
-            for (int32_t c = 0; c < channels; ++c)
-                value |= static_cast<uint32_t>(blurred[static_cast<ptrdiff_t>(y) * channels + c]) << 8 * c;
-            SetDibPixel(image, x, y, value);
-        }
-    }
+bool BlurAnyDepth(const WorkingImage* from, WorkingImage* to, const float* weights, int32_t n) {
+    const size_t longest = 3 * static_cast<size_t>(std::max(from->width, from->height));
+    const Scratch<uint8_t> line(longest);
+    const Scratch<uint8_t> blurred(longest);
+    if (!line.address || !blurred.address) return false;
+    std::memcpy(PixelsOf(to), PixelsOf(from), StrideOf(from) * static_cast<size_t>(from->height));
+    const Lines lines = {weights, n, line.address, blurred.address};
+    for (int32_t y = 0; y < to->height; ++y) BlurPixels(to, 0, y, true, to->width, lines);
+    for (int32_t x = 0; x < to->width; ++x) BlurPixels(to, x, 0, false, to->height, lines);
+    return true;
 }
 
 ImageHandle SeparableBlur(ImageHandle source, int32_t depth, int32_t radius) {
     const ImageLock from(source);
     if (!from.image) return nullptr;
-    const int32_t height = from.image->height;
-    int32_t n = std::min({from.image->width, height, TapsOf(depth)});
+    const int32_t lesserSide = std::min(from.image->width, from.image->height);
+    int32_t n = std::min(lesserSide, TapsOf(depth));
     if (n < 1) n = 3;
-    MemoryOwner owner(DuplicateImage(from.image));
+    MemoryOwner owner(CreateLike(from.image));
     const ImageLock to(owner.memory);
-    const Scratch<uint8_t> line(3 * static_cast<size_t>(height));
-    const Scratch<uint8_t> blurred(3 * static_cast<size_t>(height));
     const Scratch<float> weights(static_cast<size_t>(n));
-    if (!to.image || !line.address || !blurred.address || !weights.address) return nullptr;
+    if (!to.image || !weights.address) return nullptr;
     BuildBlurWeights(n, static_cast<float>(radius / 10.0), weights.address);
-    const Weights taps = {weights.address, n};
-    BlurRows(from.image, to.image, taps);
-    BlurColumns(to.image, taps, line.address, blurred.address);
-    return owner.Release();
+    // More weights than a side has pixels, which the least number of three allows, leave that side's lines
+    // untouched.
+    const bool done = from.image->bitCount == 24 && n <= lesserSide
+                          ? BlurRowsAndColumns(from.image, to.image, weights.address, n)
+                          : BlurAnyDepth(from.image, to.image, weights.address, n);
+    return done ? owner.Release() : nullptr;
 }
 
 }  // namespace

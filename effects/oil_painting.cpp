@@ -5,6 +5,7 @@
 // that came first to the greatest count wins.
 #include "effects/oil_painting.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -16,10 +17,13 @@
 namespace kfx {
 namespace {
 
+constexpr int32_t kFarthestReach =
+    99;  // the panel asks for 9 at most; keeps the canvas near the picture's size
+
 // How far the diamond reaches from its centre, in pixels.
 int32_t ReachOf(int32_t radius) {
     const double x = radius / 100.0;
-    if (x > 0) return static_cast<int32_t>(2 * std::ceil(x) + 1);
+    if (x > 0) return std::min(static_cast<int32_t>(2 * std::ceil(x) + 1), kFarthestReach);
     // Without a radius: the largest odd size whose outermost weight under a narrow bell still counts.
     for (int32_t n = 5;; n += 2) {
         const int32_t half = n / 2;
@@ -71,9 +75,7 @@ ImageHandle ApplyOilPainting(ImageHandle source, int32_t radius, uint32_t backgr
         width = from.image->width;
         height = from.image->height;
     }
-    constexpr int32_t kWidest = 1 << 24;  // wider canvases cannot be made, and sizes must not overflow
     const int32_t n = ReachOf(radius);
-    if (n > kWidest || width > kWidest || height > kWidest) return nullptr;
     const MemoryOwner framed(FrameImage(source, width + 2 * n, height + 2 * n, n, n, background));
     const ImageLock canvas(framed.memory);
     if (!canvas.image) return nullptr;

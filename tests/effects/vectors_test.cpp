@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -165,6 +166,14 @@ std::string TestName(const ::testing::TestParamInfo<size_t>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Effects, EffectVectors, ::testing::Range(size_t{0}, EffectCount()), TestName);
+
+TEST(EffectVectorTable, NamesEveryEffectOfTheTableAndNoOther) {
+    std::set<std::string> named, inTable;
+    for (const Case& current : ReadCases()) named.insert(current.effect);
+    for (size_t i = 0; i < EffectCount(); ++i) inTable.insert(EffectAt(i)->name);
+    EXPECT_EQ(named, inTable);
+    EXPECT_EQ(inTable.size(), 20u);
+}
 
 }  // namespace
 }  // namespace kfx::test

@@ -11,7 +11,7 @@ namespace {
 
 int32_t SizeOf(int32_t radius) {
     const double x = radius / 100.0;
-    if (x > 0) return static_cast<int32_t>(2 * std::ceil(x) + 1);
+    if (x > 0) return static_cast<int32_t>(std::min(2 * std::ceil(x) + 1, 99.0));  // the product's limit
     int32_t n = 5;
     for (;; n += 2) {
         double s = 0;

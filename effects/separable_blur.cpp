@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+// Both passes in one sweep over the picture: each row is blurred horizontally into a ring of n rows, held as
+// floats, from which the vertical pass takes its sums. Every sum adds its products in the order of the
+// weights, so results do not depend on how many samples are summed side by side.
+#include "effects/separable_blur.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "framework/cpu.h"
+#include "framework/memory_guards.h"
+
+namespace kfx {
+namespace {
+
+// A sum rounded half up. Adding 0.5 in single precision could round up what lies just below the half.
+KFX_INLINE int32_t Rounded(float sum) {
+    const auto whole = static_cast<int32_t>(sum);
+    return whole + (sum - static_cast<float>(whole) >= 0.5f ? 1 : 0);
+}
+
+// out[s] for `count` samples: the sum of weights[j] * rows[j][s]. With a number of taps known to the compiler
+// the sum stays in a register.
+template <int kTaps, typename Store>
+KFX_INLINE void SumTaps(const float* const* rows, const float* weights, int32_t n, size_t count,
+                        const Store& store) {
+    const int32_t taps = kTaps ? kTaps : n;
+    for (size_t s = 0; s < count; ++s) {
+        float sum = 0;
+        for (int32_t j = 0; j < taps; ++j) sum += weights[j] * rows[j][s];
+        store(s, sum);
+    }
+}
+
+template <int kTaps>
+KFX_INLINE void SumToFloats(const float* const* rows, const float* weights, int32_t n, size_t count,
+                            float* out) {
+    SumTaps<kTaps>(rows, weights, n, count,
+                   [out](size_t s, float sum) { out[s] = static_cast<float>(Rounded(sum)); });
+}
+
+template <int kTaps>
+KFX_INLINE void SumToBytes(const float* const* rows, const float* weights, int32_t n, size_t count,
+                           uint8_t* out) {
+    SumTaps<kTaps>(rows, weights, n, count,
+                   [out](size_t s, float sum) { out[s] = static_cast<uint8_t>(Rounded(sum)); });
+}
+
+struct BlurFunctions {
+    int32_t taps;  // 0: any number
+    void (*toFloats)(const float* const* rows, const float* weights, int32_t n, size_t count, float* out);
+    void (*toBytes)(const float* const* rows, const float* weights, int32_t n, size_t count, uint8_t* out);
+};
+
+template <int kTaps>
+void PlainToFloats(const float* const* rows, const float* weights, int32_t n, size_t count, float* out) {
+    SumToFloats<kTaps>(rows, weights, n, count, out);
+}
+template <int kTaps>
+void PlainToBytes(const float* const* rows, const float* weights, int32_t n, size_t count, uint8_t* out) {
+    SumToBytes<kTaps>(rows, weights, n, count, out);
+}
+template <int kTaps>
+KFX_AVX2 void Avx2ToFloats(const float* const* rows, const float* weights, int32_t n, size_t count,
+                           float* out) {
+    SumToFloats<kTaps>(rows, weights, n, count, out);
+}
+template <int kTaps>
+KFX_AVX2 void Avx2ToBytes(const float* const* rows, const float* weights, int32_t n, size_t count,
+                          uint8_t* out) {
+    SumToBytes<kTaps>(rows, weights, n, count, out);
+}
+
+// The panel's depths make 5 to 11 taps; the row for any number comes last.
+constexpr BlurFunctions kPlain[] = {{5, PlainToFloats<5>, PlainToBytes<5>},
+                                    {7, PlainToFloats<7>, PlainToBytes<7>},
+                                    {9, PlainToFloats<9>, PlainToBytes<9>},
+                                    {11, PlainToFloats<11>, PlainToBytes<11>},
+                                    {0, PlainToFloats<0>, PlainToBytes<0>}};
+constexpr BlurFunctions kAvx2[] = {{5, Avx2ToFloats<5>, Avx2ToBytes<5>},
+                                   {7, Avx2ToFloats<7>, Avx2ToBytes<7>},
+                                   {9, Avx2ToFloats<9>, Avx2ToBytes<9>},
+                                   {11, Avx2ToFloats<11>, Avx2ToBytes<11>},
+                                   {0, Avx2ToFloats<0>, Avx2ToBytes<0>}};
+
+const BlurFunctions& ChooseFunctions(int32_t n) {
+    const BlurFunctions* row = UseAvx2() ? kAvx2 : kPlain;
+    while (row->taps && row->taps != n) ++row;
+    return *row;
+}
+
+// Near the ends of a line the weights are cut off: this is the value there, from the sum of the samples
+// inside.
+uint8_t CutValue(float sum, const float* weights, int32_t n, int32_t position, int32_t length) {
+    const int32_t first = position - n / 2;
+    float weightSum = 0;
+    for (int32_t j = std::max(0, -first); j < std::min(n, length - first); ++j) weightSum += weights[j];
+    return static_cast<uint8_t>(static_cast<int32_t>((sum + 0.5) / weightSum));
+}
+
+struct Blur {
+    const BlurFunctions* functions;
+    const float* weights;
+    int32_t n;
+    const float** rows;  // n pointers, working space
+};
+
+// `padded` is a row of `width` pixels as floats with n pixels of zeros to either side: products of zeros
+// leave a sum as it is, so cut sums need no loop of their own.
+void BlurRow(const Blur& blur, const float* padded, int32_t width, float* out) {
+    const int32_t half = blur.n / 2;
+    for (int32_t j = 0; j < blur.n; ++j)
+        blur.rows[j] = padded + 3 * static_cast<ptrdiff_t>(blur.n - half + j);
+    blur.functions->toFloats(blur.rows, blur.weights, blur.n, 3 * static_cast<size_t>(width), out);
+    for (int32_t x = 0; x < width; ++x) {
+        if (x == half) x = std::max(x, width - half);
+        if (x >= width) break;
+        for (ptrdiff_t s = 3 * static_cast<ptrdiff_t>(x); s < 3 * static_cast<ptrdiff_t>(x) + 3; ++s) {
+            float sum = 0;
+            for (int32_t j = 0; j < blur.n; ++j) sum += blur.weights[j] * blur.rows[j][s];
+            out[s] = CutValue(sum, blur.weights, blur.n, x, width);
+        }
+    }
+}
+
+// Result row y, picture rows counted from the top, out of the ring, in which row y stands at place y % n.
+void BlurColumns(const Blur& blur, const float* ring, size_t samples, int32_t y, int32_t height,
+                 uint8_t* out) {
+    const int32_t half = blur.n / 2;
+    const int32_t first = y - half;
+    const int32_t begin = std::max(0, -first);
+    const int32_t end = std::min(blur.n, height - first);
+    for (int32_t j = begin; j < end; ++j)
+        blur.rows[j] = ring + static_cast<size_t>((first + j) % blur.n) * samples;
+    if (y >= half && y < height - half) {
+        blur.functions->toBytes(blur.rows, blur.weights, blur.n, samples, out);
+        return;
+    }
+    for (size_t s = 0; s < samples; ++s) {
+        float sum = 0;
+        for (int32_t j = begin; j < end; ++j) sum += blur.weights[j] * blur.rows[j][s];
+        out[s] = CutValue(sum, blur.weights, blur.n, y, height);
+    }
+}
+
+}  // namespace
+
+bool BlurRowsAndColumns(const WorkingImage* from, WorkingImage* to, const float* weights, int32_t n) {
+    const int32_t width = from->width;
+    const int32_t height = from->height;
+    const size_t samples = 3 * static_cast<size_t>(width);
+    const size_t margin = 3 * static_cast<size_t>(n);
+    const Scratch<float> padded(samples + 2 * margin);
+    const Scratch<float> ring(samples * static_cast<size_t>(n));
+    const Scratch<const float*> rows(static_cast<size_t>(n));
+    if (!padded.address || !ring.address || !rows.address) return false;
+
+    const Blur blur = {&ChooseFunctions(n), weights, n, rows.address};
+    int32_t blurred = 0;  // rows that have been through the horizontal pass
+    for (int32_t y = 0; y < height; ++y) {
+        for (; blurred < std::min(height, y - n / 2 + n); ++blurred) {
+            const uint8_t* row = PictureRow(from, blurred);
+            for (size_t s = 0; s < samples; ++s) padded.address[margin + s] = row[s];
+            BlurRow(blur, padded.address, width, ring.address + static_cast<size_t>(blurred % n) * samples);
+        }
+        BlurColumns(blur, ring.address, samples, y, height, PictureRow(to, y));
+    }
+    return true;
+}
+
+}  // namespace kfx

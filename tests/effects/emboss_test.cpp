@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "effects/emboss.h"
+
+#include <vector>
+
+#include "effects/shared/convolution.h"
+#include "framework/effect_operations.h"
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+TEST(Emboss, EqualsItsReferenceOnPicturesOfAllSizes) {
+    for (const Values& values : {Values{5, 15}, Values{4, 15}, Values{20, 16}, Values{10, 3}, Values{45, 5}})
+        ExpectReferenceOnTrickyPictures(kEmbossEffect, values);
+}
+
+TEST(Emboss, EqualsItsReferenceUnderEveryRadiusOfThePanel) {
+    const Picture random = RandomPicture(47, 31, 6);
+    const Picture shaded = ShadedPicture(47, 31, 6);
+    for (int32_t radius = 4; radius <= 45; ++radius) {
+        EXPECT_TRUE(SameAsReference(kEmbossEffect, random.handle, {radius, 15}));
+        EXPECT_TRUE(SameAsReference(kEmbossEffect, shaded.handle, {radius, 24}));
+    }
+}
+
+TEST(Emboss, EqualsItsReferenceAtItsHeaviest) {
+    EXPECT_TRUE(SameAsReference(kEmbossEffect, RandomPicture(73, 59, 6).handle, {45, 50}));
+    EXPECT_TRUE(SameAsReference(kEmbossEffect, ShadedPicture(51, 51, 6).handle, {45, 50}));
+    EXPECT_TRUE(SameAsReference(kEmbossEffect, FlatPicture(60, 60, 0x808080).handle, {45, 50}));
+}
+
+TEST(Emboss, EqualsItsReferenceBeyondThePanelsRange) {
+    const Picture source = RandomPicture(23, 21, 3);
+    for (const int32_t radius : {0, 1, 2, 3, -5, 1000, INT32_MAX, INT32_MIN})
+        for (const int32_t depth : {0, 1, 2, 9, 21, 22, -1, -15, 100000, INT32_MAX, INT32_MIN})
+            EXPECT_TRUE(SameAsReference(kEmbossEffect, source.handle, {radius, depth}));
+}
+
+TEST(Emboss, PicturesSmallerThanTheMatrixStayAsTheyAre) {
+    for (const Size size : {Size{14, 40}, Size{40, 14}, Size{1, 1}}) {
+        const Picture source = RandomPicture(size.width, size.height, 2);
+        KernelCache cache;
+        EXPECT_EQ(ApplyEmboss(source.handle, 5, 15), nullptr);
+        EXPECT_EQ(ApplyKernel(kEmbossEffect, source.handle, MakeInput({5, 15}, 0, &cache)), source.handle);
+    }
+    EXPECT_NE(Picture(ApplyEmboss(RandomPicture(15, 15, 2).handle, 5, 15)).handle, nullptr);
+}
+
+TEST(Emboss, AnEvenDepthMakesTheNextOddMatrix) {
+    EXPECT_EQ(ApplyEmboss(RandomPicture(16, 16, 2).handle, 20, 16), nullptr);
+    const Picture source = RandomPicture(17, 17, 2);
+    EXPECT_TRUE(SamePicture(Picture(ApplyEmboss(source.handle, 20, 17)).handle,
+                            Picture(ApplyEmboss(source.handle, 20, 16)).handle));
+}
+
+TEST(Emboss, TheBorderWrapsAround) {
+    const Picture plain = FlatPicture(40, 40, 0x404040);
+    Picture edges = FlatPicture(40, 40, 0x404040);
+    {
+        const ImageLock lock(edges.handle);
+        for (int32_t i = 0; i < 40; ++i) {
+            SetDibPixel(lock.image, 0, i, 0xFFFFFF);
+            SetDibPixel(lock.image, i, 39, 0xFFFFFF);
+        }
+    }
+    const Picture without(ApplyEmboss(plain.handle, 20, 15));
+    const Picture with(ApplyEmboss(edges.handle, 20, 15));
+    EXPECT_NE(PixelOf(without.handle, 39, 20), PixelOf(with.handle, 39, 20)) << "left edge on the right one";
+    EXPECT_NE(PixelOf(without.handle, 20, 0), PixelOf(with.handle, 20, 0)) << "bottom edge on the top one";
+    EXPECT_EQ(PixelOf(without.handle, 20, 20), PixelOf(with.handle, 20, 20));
+}
+
+TEST(Emboss, ThePositiveQuadrantLiesToTheRightAndAboveAsThePictureIsSeen) {
+    // Wide bell: a bright square there against one to the lower left. The weights' sum is negative, so the
+    // side with positive weights turns the centre dark and the other one turns it bright.
+    const auto centre = [](int32_t dx, int32_t dy) {
+        Picture source = FlatPicture(41, 41, 0);
+        {
+            const ImageLock lock(source.handle);
+            for (int32_t i = 0; i < 3; ++i)
+                for (int32_t j = 0; j < 3; ++j)
+                    SetDibPixel(lock.image, 20 + dx * (2 + i), 20 + dy * (2 + j), 0xFFFFFF);
+        }
+        return PixelOf(Picture(ApplyEmboss(source.handle, 20, 15)).handle, 20, 20);
+    };
+    EXPECT_EQ(centre(+1, -1), 0u);
+    EXPECT_NE(centre(-1, +1), 0u);
+    EXPECT_NE(centre(-1, -1), 0u);
+}
+
+TEST(Emboss, AnySettingAndRefusedMemoryAreSurvived) {
+    ExpectAnyValueIsSurvived(kEmbossEffect, {5, 5});
+    ExpectRefusedMemoryIsSurvived(kEmbossEffect, RandomPicture(20, 18, 1).handle, {5, 15});
+    ExpectRefusedMemoryIsSurvived(kEmbossEffect, RandomPicture(60, 55, 1).handle, {45, 50});
+}
+
+TEST(ConvolveImage, MatrixRowsRunUpwardsAsThePictureIsSeen) {
+    const Picture source = RandomPicture(9, 8, 1);
+    double matrix[9] = {};
+    matrix[7] = 1;  // the last row's middle
+    const Picture result(ConvolveImage(source.handle, 3, matrix));
+    for (int32_t y = 0; y < 8; ++y)
+        for (int32_t x = 0; x < 9; ++x)
+            EXPECT_EQ(PixelOf(result.handle, x, y), PixelOf(source.handle, x, (y + 7) % 8));
+}
+
+TEST(ConvolveImage, DividesBySumsOtherThanZeroAndOne) {
+    const Picture source = FlatPicture(5, 5, 0x0A141E);
+    const std::vector<double> threes(9, 3.0);
+    EXPECT_TRUE(SamePicture(source.handle, Picture(ConvolveImage(source.handle, 3, threes.data())).handle));
+    const double cancelling[9] = {4, 0, 0, 0, 0, 0, 0, 0, -4};
+    EXPECT_TRUE(SamePicture(FlatPicture(5, 5, 0).handle,
+                            Picture(ConvolveImage(source.handle, 3, cancelling)).handle));
+}
+
+TEST(ConvolveImage, RefusesEvenMatricesAndPicturesSmallerThanThem) {
+    const std::vector<double> matrix(25, 1.0);
+    EXPECT_EQ(ConvolveImage(RandomPicture(9, 9, 1).handle, 4, matrix.data()), nullptr);
+    EXPECT_EQ(ConvolveImage(RandomPicture(4, 9, 1).handle, 5, matrix.data()), nullptr);
+    EXPECT_EQ(ConvolveImage(RandomPicture(9, 4, 1).handle, 5, matrix.data()), nullptr);
+    EXPECT_EQ(ConvolveImage(nullptr, 5, matrix.data()), nullptr);
+}
+
+}  // namespace
+}  // namespace kfx::test

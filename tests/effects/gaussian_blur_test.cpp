@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "effects/gaussian_blur.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+#include "effects/box_blur.h"
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+TEST(GaussianBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
+    for (const Values& values : {Values{5, 15}, Values{5, 25}, Values{4, 16}, Values{45, 50}, Values{20, 40}})
+        ExpectReferenceOnTrickyPictures(kGaussianBlurEffect, values);
+}
+
+TEST(GaussianBlur, EqualsItsReferenceWithEveryNumberOfTaps) {
+    for (int32_t depth = -10; depth <= 60; ++depth)
+        EXPECT_TRUE(SameAsReference(kGaussianBlurEffect, RandomPicture(71, 18, 4).handle, {13, depth}));
+    // An even number of taps: the lower side is even and smaller than the taps.
+    for (const int32_t height : {2, 4, 6, 8, 10})
+        EXPECT_TRUE(SameAsReference(kGaussianBlurEffect, RandomPicture(30, height, 4).handle, {45, 50}));
+}
+
+TEST(GaussianBlur, EqualsItsReferenceBeyondThePanelsRange) {
+    const Picture source = RandomPicture(41, 33, 3);
+    for (const int32_t radius : {0, 1, -5, 1000, INT32_MAX, INT32_MIN})
+        for (const int32_t depth : {0, -1, -15, -1000, 150, 195, 300, 100000, INT32_MAX, INT32_MIN})
+            EXPECT_TRUE(SameAsReference(kGaussianBlurEffect, source.handle, {radius, depth}));
+}
+
+TEST(GaussianBlur, EqualsItsReferenceOnColourIndicesAndThirtyTwoBits) {
+    for (const int32_t bits : {8, 32})
+        for (const Size size : {Size{31, 19}, Size{3, 19}, Size{19, 3}, Size{1, 1}})
+            EXPECT_TRUE(SameAsReference(kGaussianBlurEffect,
+                                        RandomPicture(size.width, size.height, 5, bits).handle, {45, 50}));
+}
+
+TEST(GaussianBlur, PicturesAsWideAsTheTapsAreGaussianAndNarrowerOnesABox) {
+    // Depth 15 makes 5 taps and a box of 2 pixels to each side, depth 50 makes 11 taps and 8 pixels.
+    const struct { int32_t depth, taps; } kCases[] = {{15, 5}, {50, 11}};
+    for (const auto& [depth, taps] : kCases) {
+        const Picture narrow = RandomPicture(taps - 1, 30, 3);
+        EXPECT_TRUE(SamePicture(Picture(BoxBlur(narrow.handle, depth)).handle,
+                                Picture(ApplyGaussianBlur(narrow.handle, 5, depth)).handle));
+        const Picture wide = RandomPicture(taps, 30, 3);
+        EXPECT_FALSE(SamePicture(Picture(BoxBlur(wide.handle, depth)).handle,
+                                 Picture(ApplyGaussianBlur(wide.handle, 5, depth)).handle));
+    }
+    // A white pixel spreads as far as the taps reach.
+    Picture dot = FlatPicture(31, 31, 0);
+    {
+        const ImageLock lock(dot.handle);
+        SetDibPixel(lock.image, 15, 15, 0xFFFFFF);
+    }
+    for (const auto& [depth, taps] : kCases) {
+        const Picture blurred(ApplyGaussianBlur(dot.handle, 45, depth));
+        for (int32_t x = 0; x < 31; ++x)
+            EXPECT_EQ(PixelOf(blurred.handle, x, 15) != 0, std::abs(x - 15) <= taps / 2) << x;
+    }
+}
+
+TEST(GaussianBlur, ALowPictureUsesAsManyTapsAsItIsHigh) {
+    for (int32_t height = 1; height < 11; ++height)
+        EXPECT_TRUE(SameAsReference(kGaussianBlurEffect, ShadedPicture(40, height, 4).handle, {30, 50}));
+}
+
+TEST(GaussianBlur, AFlatPictureComesBackFlatWithinTheRounding) {
+    for (const uint32_t grey : {0u, 1u, 100u, 254u, 255u}) {
+        const Picture result(ApplyGaussianBlur(FlatPicture(40, 30, grey * 0x010101).handle, 45, 50));
+        for (int32_t y = 0; y < 30; ++y)
+            for (int32_t x = 0; x < 40; ++x) {
+                const uint32_t pixel = PixelOf(result.handle, x, y);
+                EXPECT_NEAR(RedOf(pixel), grey, 1) << x << ", " << y;
+                if (x >= 5 && x < 35 && y >= 5 && y < 25) {
+                    EXPECT_EQ(pixel, grey * 0x010101) << x << ", " << y;
+                }
+            }
+    }
+}
+
+TEST(GaussianBlur, ALineShorterThanTheWeightsIsLeftUntouched) {
+    float weights[5];
+    BuildBlurWeights(5, 0.5f, weights);
+    const uint8_t line[4] = {1, 2, 3, 4};
+    uint8_t out[4] = {9, 9, 9, 9};
+    BlurLine(weights, 5, line, out, 4, 1);
+    EXPECT_THAT(out, ::testing::ElementsAre(9, 9, 9, 9));
+}
+
+TEST(GaussianBlur, TheEndsOfALineAddTheHalfBeforeTheyDivide) {
+    float weights[3];
+    BuildBlurWeights(3, 1.0f, weights);
+    const uint8_t line[5] = {100, 100, 100, 100, 100};
+    uint8_t out[5] = {};
+    BlurLine(weights, 3, line, out, 5, 1);
+    // (100 * s + 0.5) / s with s about 0.7 is 100.7; a narrower end would come out lighter.
+    EXPECT_THAT(out, ::testing::ElementsAre(100, 100, 100, 100, 100));
+    const double partial = static_cast<double>(weights[1]) + weights[2];
+    EXPECT_GT((100 * partial + 0.5) / partial, 100.5);
+}
+
+TEST(BoxBlur, NeedsADepthOfSixAndColours) {
+    EXPECT_EQ(BoxBlur(RandomPicture(3, 9, 1).handle, 5), nullptr);
+    EXPECT_EQ(BoxBlur(RandomPicture(3, 9, 1, 8).handle, 50), nullptr);
+    EXPECT_NE(Picture(BoxBlur(RandomPicture(3, 9, 1).handle, 6)).handle, nullptr);
+}
+
+TEST(GaussianBlur, AnySettingAndRefusedMemoryAreSurvived) {
+    ExpectAnyValueIsSurvived(kGaussianBlurEffect, {5, 15});
+    ExpectRefusedMemoryIsSurvived(kGaussianBlurEffect, RandomPicture(40, 30, 1).handle, {5, 15});
+    ExpectRefusedMemoryIsSurvived(kGaussianBlurEffect, RandomPicture(40, 30, 1, 8).handle, {5, 15});
+    ExpectRefusedMemoryIsSurvived(kGaussianBlurEffect, RandomPicture(4, 30, 1).handle, {5, 15});
+}
+
+}  // namespace
+}  // namespace kfx::test

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "effects/glass_block.h"
+
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+// A picture that says where each pixel came from: red is the column, green the row.
+Picture CoordinatePicture(int32_t width, int32_t height) {
+    Picture picture(CreateDib(width, height, nullptr, 24));
+    const ImageLock lock(picture.handle);
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x)
+            SetDibPixel(lock.image, x, y, Rgb(static_cast<uint32_t>(x), static_cast<uint32_t>(y), 7));
+    return picture;
+}
+
+TEST(GlassBlock, EqualsItsReferenceOnPicturesOfAllSizes) {
+    for (const int32_t size : {1, 2, 4, 20, 64, 1000})
+        ExpectReferenceOnTrickyPictures(kGlassBlockEffect, {size});
+}
+
+TEST(GlassBlock, EqualsItsReferenceAtEveryDepth) {
+    for (const int32_t bits : {1, 4, 8, 32})
+        EXPECT_TRUE(SameAsReference(kGlassBlockEffect, RandomPicture(45, 33, 5, bits).handle, {4}));
+}
+
+TEST(GlassBlock, CellsShowEverySecondRowAroundTheirCentre) {
+    const Picture result(ApplyGlassBlock(CoordinatePicture(100, 120).handle, 20));
+    for (int32_t y = 0; y < 20; ++y)
+        EXPECT_EQ(GreenOf(PixelOf(result.handle, 0, y)), static_cast<uint32_t>(2 * y));
+    for (int32_t y = 20; y < 60; ++y)
+        EXPECT_EQ(GreenOf(PixelOf(result.handle, 0, y)), static_cast<uint32_t>(2 * (y - 20)));
+}
+
+TEST(GlassBlock, RowsPastThePictureRepeatTheLastRowAndColumnsShowTheirOwn) {
+    const Picture result(ApplyGlassBlock(CoordinatePicture(30, 30).handle, 20));
+    EXPECT_EQ(PixelOf(result.handle, 3, 14), Rgb(6, 28, 7));
+    EXPECT_EQ(PixelOf(result.handle, 3, 15), Rgb(6, 29, 7));
+    EXPECT_EQ(PixelOf(result.handle, 3, 19), Rgb(6, 29, 7));
+    EXPECT_EQ(PixelOf(result.handle, 14, 3), Rgb(28, 6, 7));
+    EXPECT_EQ(PixelOf(result.handle, 15, 3), Rgb(15, 6, 7));
+    EXPECT_EQ(PixelOf(result.handle, 19, 3), Rgb(19, 6, 7));
+}
+
+TEST(GlassBlock, APictureNarrowerThanHalfACellDoublesItsColumnsWhileTheyAreInside) {
+    const Picture result(ApplyGlassBlock(CoordinatePicture(9, 3).handle, 64));
+    const uint32_t columns[] = {0, 2, 4, 6, 8, 5, 6, 7, 8};
+    for (int32_t x = 0; x < 9; ++x) EXPECT_EQ(RedOf(PixelOf(result.handle, x, 0)), columns[x]) << x;
+}
+
+TEST(GlassBlock, ASizeBelowOneLeavesThePictureAlone) {
+    const Picture source = RandomPicture(9, 9, 1);
+    for (const int32_t size : {0, -1, -64}) EXPECT_EQ(ApplyGlassBlock(source.handle, size), nullptr);
+}
+
+TEST(GlassBlock, AnySettingAndRefusedMemoryAreSurvived) {
+    ExpectAnyValueIsSurvived(kGlassBlockEffect, {20});
+    ExpectRefusedMemoryIsSurvived(kGlassBlockEffect, RandomPicture(50, 50, 1).handle, {20});
+}
+
+}  // namespace
+}  // namespace kfx::test

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#include "effects/motion_blur.h"
+
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+// White at (x, y) on black.
+Picture Dot(int32_t width, int32_t height, int32_t x, int32_t y) {
+    Picture picture = FlatPicture(width, height, 0);
+    const ImageLock lock(picture.handle);
+    SetDibPixel(lock.image, x, y, 0xFFFFFF);
+    return picture;
+}
+
+bool Lit(const Picture& picture, int32_t x, int32_t y) { return RedOf(PixelOf(picture.handle, x, y)) > 0; }
+
+TEST(MotionBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
+    for (const Values& values :
+         {Values{25, 5, 45}, Values{5, 20, 0}, Values{50, 40, 200}, Values{25, 9, 301}})
+        ExpectReferenceOnTrickyPictures(kMotionBlurEffect, values);
+}
+
+TEST(MotionBlur, EqualsItsReferenceInEveryDirection) {
+    const Picture source = RandomPicture(67, 45, 8);
+    for (int32_t angle = 0; angle < 360; angle += 15)
+        EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {20, 12, angle}));
+    EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {50, 300, 45}));
+    EXPECT_TRUE(SameAsReference(kMotionBlurEffect, FlatPicture(67, 45, 0xC86432).handle, {50, 300, 45}));
+}
+
+TEST(MotionBlur, EqualsItsReferenceBeyondThePanelsRange) {
+    const Picture source = RandomPicture(31, 22, 8);
+    for (const int32_t depth : {1, -1, -25, 1000, INT32_MAX})
+        for (const int32_t radius : {-5, 0, 1, 5, 700})
+            for (const int32_t angle : {-45, 400, INT32_MIN})
+                EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {depth, radius, angle}));
+}
+
+TEST(MotionBlur, RadiusFiveSmearsOverElevenTaps) {
+    const Picture result(ApplyMotionBlur(Dot(40, 9, 20, 4).handle, 50, 5, 90, 0));
+    for (int32_t x = 0; x < 40; ++x) EXPECT_EQ(Lit(result, x, 4), x >= 10 && x <= 20) << x;
+}
+
+TEST(MotionBlur, FarTapsOfALongSmearCarryAlmostNoWeightAtASmallDepth) {
+    double weights[601];
+    BuildMotionWeights(601, 5, weights);
+    EXPECT_LT(weights[600], 1e-100);
+    const Picture result(ApplyMotionBlur(Dot(400, 3, 399, 1).handle, 5, 300, 90, 0));
+    EXPECT_TRUE(Lit(result, 395, 1));
+    EXPECT_FALSE(Lit(result, 300, 1));
+}
+
+TEST(MotionBlur, AngleZeroSmearsDownTheColumnAndHalfATurnSmearsUp) {
+    const Picture zero(ApplyMotionBlur(Dot(9, 40, 4, 20).handle, 50, 5, 0, 0));
+    const Picture half(ApplyMotionBlur(Dot(9, 40, 4, 20).handle, 50, 5, 180, 0));
+    // The taps lie above the pixel at angle 0, so the dot shows in the pixels below it.
+    for (int32_t y = 0; y < 40; ++y) {
+        EXPECT_EQ(Lit(zero, 4, y), y >= 20 && y <= 30) << y;
+        EXPECT_EQ(Lit(half, 4, y), y >= 10 && y <= 20) << y;
+        EXPECT_FALSE(Lit(zero, 3, y));
+        EXPECT_FALSE(Lit(half, 5, y));
+    }
+}
+
+TEST(MotionBlur, BordersTakeOnTheBackgroundByTheWeightsOutside) {
+    double weights[11];
+    BuildMotionWeights(11, 25, weights);
+    const Picture result(ApplyMotionBlur(FlatPicture(30, 5, 0xFFFFFF).handle, 25, 5, 90, 0));
+    double inside = 0;
+    for (int32_t x = 29; x > 19; --x) {
+        inside += weights[29 - x] * 255;
+        EXPECT_EQ(RedOf(PixelOf(result.handle, x, 2)), static_cast<uint32_t>(inside)) << x;
+    }
+}
+
+TEST(MotionBlur, WithoutARadiusTheTapsGrowUntilTheLastWeightRoundsToNothing) {
+    const Picture source = RandomPicture(60, 50, 2);
+    for (const int32_t depth : {1, 5, 25, 50, 500}) {
+        double weights[300];
+        int32_t taps = 3;
+        for (int32_t n = 3; n < 300; n += 2) {
+            BuildMotionWeights(n, depth, weights);
+            if (static_cast<int32_t>(255 * weights[n - 1]) == 0) break;
+            taps = n;
+        }
+        const Picture automatic(ApplyMotionBlur(source.handle, depth, 0, 30, 0x7F7F7F));
+        const Picture chosen(ApplyMotionBlur(source.handle, depth, (taps - 1) / 2, 30, 0x7F7F7F));
+        EXPECT_TRUE(SamePicture(chosen.handle, automatic.handle)) << depth << ": " << taps << " taps";
+    }
+}
+
+TEST(MotionBlur, WeightsSumToOneAndFall) {
+    double weights[31];
+    BuildMotionWeights(31, 7, weights);
+    double sum = 0;
+    for (int i = 0; i < 31; ++i) {
+        sum += weights[i];
+        if (i) {
+            EXPECT_LT(weights[i], weights[i - 1]);
+        }
+    }
+    EXPECT_NEAR(sum, 1, 1e-12);
+}
+
+TEST(MotionBlur, ADepthOfNothingOrAnEndlessRadiusLeavesThePictureAlone) {
+    const Picture source = RandomPicture(9, 9, 1);
+    EXPECT_EQ(ApplyMotionBlur(source.handle, 0, 5, 45, 0), nullptr);
+    EXPECT_EQ(ApplyMotionBlur(source.handle, 25, INT32_MAX, 45, 0), nullptr);
+    EXPECT_EQ(ApplyMotionBlur(RandomPicture(9, 9, 1, 8).handle, 25, 5, 45, 0), nullptr);
+}
+
+TEST(MotionBlur, AnySettingAndRefusedMemoryAreSurvived) {
+    ExpectAnyValueIsSurvived(kMotionBlurEffect, {25, 5, 45});
+    ExpectRefusedMemoryIsSurvived(kMotionBlurEffect, RandomPicture(30, 20, 1).handle, {25, 5, 45});
+    ExpectRefusedMemoryIsSurvived(kMotionBlurEffect, RandomPicture(30, 20, 1).handle, {25, 0, 45});
+}
+
+}  // namespace
+}  // namespace kfx::test
