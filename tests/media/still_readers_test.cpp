@@ -51,7 +51,7 @@ Bytes MakePng(unsigned width, unsigned height, LodePNGColorType type, unsigned d
     unsigned char* encoded = nullptr;
     std::size_t size = 0;
     EXPECT_EQ(lodepng_encode(&encoded, &size, raw.data(), width, height, &state), 0u);
-    const Bytes file(encoded, encoded + size);
+    Bytes file(encoded, encoded + size);
     std::free(encoded);
     lodepng_state_cleanup(&state);
     return file;
