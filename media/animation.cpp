@@ -106,12 +106,7 @@ bool ReadAnimation(const std::string& path, Animation* animation, std::string* e
                    const ReadLimits& limits) {
     *animation = Animation();
     std::vector<std::uint8_t> file;
-    try {
-        if (!ReadWholeFile(path, &file, error)) return false;
-    } catch (const std::bad_alloc&) {
-        *error = path + ": there is not enough memory for the file.";
-        return false;
-    }
+    if (!ReadWholeFile(path, &file, error)) return false;
     if (ReadAnimationFromMemory(file.data(), file.size(), animation, error, limits)) return true;
     *error = path + ": " + *error + ".";
     return false;

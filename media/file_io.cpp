@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <system_error>
 
 namespace kfx {
@@ -62,9 +63,7 @@ bool WriteBytes(const fs::path& path, const std::vector<std::uint8_t>& content) 
     return !file.fail();
 }
 
-}  // namespace
-
-bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, std::string* error) {
+bool ReadBytes(const std::string& path, std::vector<std::uint8_t>* content, std::string* error) {
     content->clear();
     fs::path name;
     if (!PathFromUtf8(path, &name, error)) return false;
@@ -98,10 +97,26 @@ bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, 
     return true;
 }
 
+}  // namespace
+
+bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, std::string* error) {
+    try {
+        return ReadBytes(path, content, error);
+    } catch (const std::bad_alloc&) {
+        *error = Failure(path, "there is not enough memory for the file", "");
+        return false;
+    }
+}
+
 bool WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& content, std::string* error) {
-    const auto copyContent = [&content](std::size_t, std::vector<std::uint8_t>* copy, std::string*) {
-        *copy = content;
-        return true;
+    const auto copyContent = [&content](std::size_t, std::vector<std::uint8_t>* copy, std::string* clause) {
+        try {
+            *copy = content;
+            return true;
+        } catch (const std::bad_alloc&) {
+            *clause = "there is not enough memory to write the file";
+            return false;
+        }
     };
     return WriteWholeFiles({path}, copyContent, error);
 }

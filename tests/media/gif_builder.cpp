@@ -63,14 +63,17 @@ void PutPixels(Bytes* file, const Bytes& indices) {
     file->push_back(0);
 }
 
-void PutImage(Bytes* file, const TestImage& image) {
-    const std::vector<std::string> rows = RowsOf(image.picture);
+void PutControl(Bytes* file, const TestImage& image) {
     const bool transparent = image.picture.find('.') != std::string::npos;
     file->insert(file->end(),
                  {0x21, 0xF9, 4, static_cast<std::uint8_t>(image.disposal << 2 | (transparent ? 1 : 0))});
     PutU16(file, image.delay);
     file->insert(file->end(), {kTransparentIndex, 0});
+}
 
+void PutImage(Bytes* file, const TestImage& image) {
+    const std::vector<std::string> rows = RowsOf(image.picture);
+    if (image.hasControl) PutControl(file, image);
     file->push_back(0x2C);
     PutU16(file, image.left);
     PutU16(file, image.top);

@@ -26,6 +26,7 @@ struct TestImage {
     int disposal = 0;
     int delay = 0;
     bool interlaced = false;
+    bool hasControl = true;    // the extension with delay, disposal and transparent index
     std::string localPalette;  // letters; empty: none
 };
 

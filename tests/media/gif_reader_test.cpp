@@ -180,6 +180,18 @@ TEST(GifReader, DelaysAndPlacesAreThoseOfTheFile) {
     EXPECT_EQ(animation.frames[1].top, 0);
 }
 
+TEST(GifReader, TheControlExtensionHoldsForOneImageOnly) {
+    TestImage first = Part("R.", 0, 0, 2);
+    first.delay = 7;
+    TestImage second = Part("WW", 0, 0, 0);  // white has the index that was transparent before
+    second.hasControl = false;
+    const Animation animation = ReadOrFail(BuildGif(Gif(2, 1, {first, second, second})));
+    EXPECT_EQ(ShowFrame(animation, 1), "WW");
+    EXPECT_EQ(ShowFrame(animation, 2), "WW");
+    EXPECT_EQ(animation.frames[1].delay, 0);
+    EXPECT_EQ(animation.frames[1].disposal, 0);
+}
+
 TEST(GifReader, TheLoopExtensionGivesTheRepeats) {
     TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
     EXPECT_EQ(ReadOrFail(BuildGif(gif)).loopCount, kLoopNone);

@@ -200,6 +200,14 @@ TEST(GifWriter, LocalPalettesOfAnySizeColourTheirFrames) {
     }
 }
 
+TEST(GifWriter, ColoursThatStandTwiceInThePaletteKeepTheirIndices) {
+    GifAnimation gif = TextGif(4, 1, {TextFrame("KRGB")});
+    gif.globalPalette = {{9, 9, 9}, {1, 2, 3}, {9, 9, 9}, {1, 2, 3}};
+    const Animation animation = RoundTrip(gif);
+    ASSERT_TRUE(animation.frames[0].indexed);
+    EXPECT_EQ(animation.frames[0].indices, (Bytes{0, 1, 2, 3}));
+}
+
 TEST(GifWriter, LargeFramesOfNoiseSurvive) {
     GifAnimation gif;
     gif.width = 199;
