@@ -150,6 +150,22 @@ SheetPicture PictureOf(const Animation& animation, std::size_t frame) {
     return picture;
 }
 
+int TimeBefore(const Animation& animation, std::size_t frame) {
+    int time = 0;
+    for (std::size_t i = 0; i < frame; ++i) time += animation.frames[i].delay;
+    return time;
+}
+
+// The frame of the result that belongs to a frame of the source: the same number, or where equal frames were
+// stored as one, the frame that is shown at the same moment.
+std::size_t FrameBeside(const Animation& source, std::size_t frame, const Animation& result) {
+    if (source.frames.size() == result.frames.size()) return frame;
+    const int moment = TimeBefore(source, frame);
+    std::size_t shown = 0;
+    while (shown + 1 < result.frames.size() && TimeBefore(result, shown + 1) <= moment) ++shown;
+    return shown;
+}
+
 }  // namespace
 
 Picture DrawContactSheet(const std::string& title, const std::vector<SheetRow>& rows, int thumbnailWidth,
@@ -209,7 +225,8 @@ Picture DrawGallery(const std::string& title, const std::vector<SheetPicture>& p
 
 Picture DrawComparison(const std::string& title, const Animation& source, const Animation& result,
                        int columns, int thumbnailWidth, int thumbnailHeight) {
-    const std::size_t frames = std::min(source.frames.size(), result.frames.size());
+    if (source.frames.empty() || result.frames.empty()) return {};
+    const std::size_t frames = source.frames.size();
     const std::size_t shown = std::min(frames, static_cast<std::size_t>(std::max(columns, 1)));
     std::vector<SheetRow> rows(2);
     rows[0].title = "Source";
@@ -217,7 +234,7 @@ Picture DrawComparison(const std::string& title, const Animation& source, const 
     for (std::size_t i = 0; i < shown; ++i) {
         const std::size_t frame = i * frames / shown;
         rows[0].pictures.push_back(PictureOf(source, frame));
-        rows[1].pictures.push_back(PictureOf(result, frame));
+        rows[1].pictures.push_back(PictureOf(result, FrameBeside(source, frame, result)));
     }
     return DrawContactSheet(title, rows, thumbnailWidth, thumbnailHeight);
 }

@@ -34,8 +34,8 @@ Picture DrawContactSheet(const std::string& title, const std::vector<SheetRow>& 
 Picture DrawGallery(const std::string& title, const std::vector<SheetPicture>& pictures, int columns,
                     int thumbnailWidth, int thumbnailHeight);
 
-// Up to `columns` evenly spread frames of the source, with the frames of the same index of the result below
-// them, labelled with their numbers.
+// Up to `columns` evenly spread frames of the source, with the result's frames below them, labelled with
+// their numbers: those of the same number, or of the same moment when the counts differ.
 Picture DrawComparison(const std::string& title, const Animation& source, const Animation& result,
                        int columns, int thumbnailWidth, int thumbnailHeight);
 

@@ -126,6 +126,24 @@ TEST(ContactSheet, AComparisonShowsTheSameFramesOfBoth) {
     EXPECT_EQ(CountPixels(sheet, {101, 0, 0}), 0u);
 }
 
+TEST(ContactSheet, AComparisonGoesByTimeWhenEqualFramesWereJoined) {
+    Animation source;
+    source.width = 8;
+    source.height = 8;
+    Animation result = source;
+    for (const int level : {10, 10, 30}) {
+        source.frames.emplace_back();
+        source.frames.back().pixels = FlatPicture(8, 8, {static_cast<std::uint8_t>(level), 0, 0}).pixels;
+        source.frames.back().delay = 5;
+    }
+    result.frames = {source.frames[0], source.frames[2]};
+    result.frames[0].delay = 10;
+    const Picture sheet = DrawComparison("", source, result, 3, 50, 50);
+    EXPECT_EQ(CountPixels(sheet, {10, 0, 0}), 4u * 64u);
+    EXPECT_EQ(CountPixels(sheet, {30, 0, 0}), 2u * 64u);
+    EXPECT_EQ(DrawComparison("", source, Animation(), 3, 50, 50).width, 0);
+}
+
 TEST(Quantize, FewColoursAreKeptExactly) {
     const Animation noise = test::RandomAnimation(16, 16, 1, 41, false);
     GifFrame frame;
