@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+#include "stage/host_services.h"
+
+#include <cstring>
+#include <exception>
+#include <utility>
+
+#include <windows.h>
+
+#include "stage/text_windows.h"
+
+namespace kfx::stage {
+namespace {
+
+// Set by BeginSession before the plug-in runs and cleared after it returned.
+HostSession* current = nullptr;
+
+template <typename Record>
+Record* RecordAt(uint64_t pointer) {
+    auto* record = reinterpret_cast<Record*>(static_cast<uintptr_t>(pointer));
+    return record && record->size >= sizeof(Record) ? record : nullptr;
+}
+
+const char* TextAt(uint64_t pointer) {
+    return reinterpret_cast<const char*>(static_cast<uintptr_t>(pointer));
+}
+
+void* WindowOf(uint64_t handle) { return reinterpret_cast<void*>(static_cast<uintptr_t>(handle)); }
+
+// A movable block with the animation; 0 when memory ran out.
+uint64_t MakeBlock(const Animation& animation) {
+    const size_t bytes = AnimationBlockBytes(animation);
+    if (bytes == 0) return 0;
+    const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, bytes);
+    if (!memory) return 0;
+    auto* block = static_cast<uint8_t*>(GlobalLock(memory));
+    if (!block) {
+        GlobalFree(memory);
+        return 0;
+    }
+    WriteAnimationBlock(animation, block);
+    GlobalUnlock(memory);
+    return reinterpret_cast<uintptr_t>(memory);
+}
+
+void PutPath(const std::string& path, OpenAnimationRequest* request) {
+    const std::string text = ToPluginText(path);
+    std::memset(request->path, 0, sizeof request->path);
+    std::memcpy(request->path, text.data(),
+                text.size() < sizeof request->path ? text.size() : sizeof request->path - 1);
+}
+
+// Reads what the plug-in names, or else what the user chooses, into the session.
+bool LoadRequested(const OpenAnimationRequest& request, void* owner) {
+    const HostActions& actions = current->actions;
+    std::string path = FromPluginText(request.path);
+    if (path.empty() && !(actions.chooseAnimation && actions.chooseAnimation(current, owner, &path)))
+        return false;
+    std::string error;
+    if (ReadAnimation(path, &current->source, &error)) {
+        current->sourcePath = path;
+        return true;
+    }
+    if (actions.reportError) actions.reportError(current, owner, error);
+    return false;
+}
+
+uint64_t OpenAnimation(OpenAnimationRequest* request) {
+    if (!request || std::memcmp(request->magic, "pMNA", 4) != 0) return 0;
+    request->path[sizeof request->path - 1] = '\0';
+    if (!current->offerSource && !LoadRequested(*request, WindowOf(request->owner))) return 0;
+    current->offerSource = current->offerAgain;
+    const uint64_t block = MakeBlock(current->source);
+    if (!block) return 0;
+    current->record = MakeSourceRecord(current->source);
+    if (!current->keepSource) current->source = {};
+    PutPath(current->sourcePath, request);
+    ++current->animationsOpened;
+    return block;
+}
+
+uint64_t NewTask(const FileObjectRecord* task) { return task && BeginTask(*task, &current->built) ? 1 : 0; }
+
+uint64_t AddImage(const AddImageRecord* frame) {
+    if (!frame) return 0;
+    auto* const memory = static_cast<HGLOBAL>(WindowOf(frame->image));
+    const size_t bytes = GlobalSize(memory);
+    const auto* bitmap = static_cast<const uint8_t*>(GlobalLock(memory));
+    if (!bitmap) return 0;
+    const bool added = AddBuiltFrame(*frame, bitmap, bytes, &current->built);
+    GlobalUnlock(memory);
+    return added ? 1 : 0;
+}
+
+uint64_t AddComment(const char* text) {
+    if (!text || !current->built.open) return 0;
+    current->built.comment = FromPluginText(text);
+    return 1;
+}
+
+uint64_t CloseTask(bool success) {
+    if (!current->built.open) return 0;
+    current->built.open = false;
+    current->built.complete = success;
+    if (!success) current->built.frames.clear();
+    ++current->tasksClosed;
+    return 1;
+}
+
+void SetStatus(const char* text) {
+    {
+        const std::lock_guard<std::mutex> lock(current->statusLock);
+        current->status = text ? text : "";
+    }
+    if (current->actions.showProgress) current->actions.showProgress(current);
+}
+
+void SetProgress(uint64_t item, uint64_t total) {
+    current->progressCurrent = static_cast<int>(static_cast<int64_t>(item));
+    current->progressTotal = static_cast<int>(static_cast<int64_t>(total));
+    if (current->actions.showProgress) current->actions.showProgress(current);
+}
+
+uint64_t ChooseColor(ChooseColorRequest* request) {
+    if (!request || !request->palette || !current->actions.chooseColor) return 0;
+    uint32_t color = request->color;
+    if (!current->actions.chooseColor(current, WindowOf(request->owner), request->palette, &color)) return 0;
+    request->color = color;
+    return 1;
+}
+
+uint64_t ShowHelp(const char* reference) {
+    if (!reference || !current->actions.showHelp) return 0;
+    return current->actions.showHelp(current, FromPluginText(reference)) ? 1 : 0;
+}
+
+uint64_t WindowSize(uint64_t pointer) {
+    auto* size = reinterpret_cast<uint32_t*>(static_cast<uintptr_t>(pointer));
+    if (!size) return 0;
+    size[0] = current->windowWidth;
+    size[1] = current->windowHeight;
+    return 1;
+}
+
+uint64_t Answer(HostRequest request, uint64_t word, uint64_t pointer) {
+    switch (request) {
+        case HostRequest::NewTask:
+        case HostRequest::NewTestTask:
+            return NewTask(RecordAt<FileObjectRecord>(pointer));
+        case HostRequest::AddImage:
+            return AddImage(RecordAt<AddImageRecord>(pointer));
+        case HostRequest::AddComment:
+            return AddComment(TextAt(pointer));
+        case HostRequest::CloseTask:
+            return CloseTask(word != 0);
+        case HostRequest::ShowHelp:
+            return ShowHelp(TextAt(pointer));
+        case HostRequest::SetStatusText:
+            SetStatus(TextAt(pointer));
+            return 1;
+        case HostRequest::ChooseColor:
+            return ChooseColor(RecordAt<ChooseColorRequest>(pointer));
+        case HostRequest::Progress:
+            SetProgress(word, pointer);
+            return 1;
+        case HostRequest::OpenAnimation:
+            // Its size stands behind its magic.
+            return OpenAnimation(reinterpret_cast<OpenAnimationRequest*>(static_cast<uintptr_t>(pointer)));
+        case HostRequest::GetWindowSize:
+            return WindowSize(pointer);
+    }
+    return 0;
+}
+
+uint64_t Callback(uint64_t, uint32_t request, uint64_t word, uint64_t pointer) {
+    if (!current) return 0;
+    ++current->signsOfLife;
+    try {
+        return Answer(static_cast<HostRequest>(request), word, pointer);
+    } catch (const std::exception&) {
+        return 0;  // out of memory: nothing may fly through the plug-in's frames
+    }
+}
+
+}  // namespace
+
+void BeginSession(HostSession* session, std::uint8_t capabilities) {
+    session->context.size = sizeof session->context;
+    session->context.version = kPluginInterfaceVersion;
+    session->context.buttonStyle = 1;
+    session->context.callback = Callback;
+    session->context.capabilities = capabilities;
+    current = session;
+}
+
+void EndSession() { current = nullptr; }
+
+}  // namespace kfx::stage

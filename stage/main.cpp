@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#include <string>
+#include <vector>
+
+#include <windows.h>
+#include <shellapi.h>
+
+#include "stage/commands.h"
+#include "stage/text_windows.h"
+
+using namespace kfx::stage;
+
+namespace {
+
+std::vector<std::string> Arguments() {
+    std::vector<std::string> arguments;
+    int count = 0;
+    wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    for (int i = 1; wide && i < count; ++i) arguments.push_back(Narrow(wide[i]));
+    LocalFree(wide);
+    return arguments;
+}
+
+BOOL WINAPI HandleInterrupt(DWORD) {
+    RestoreSettingsNow();
+    TerminateProcess(GetCurrentProcess(), kExitInterrupted);
+    return TRUE;
+}
+
+Report RunCommand(const CommandLine& line) {
+    try {
+        switch (line.command) {
+            case Command::Apply:
+                return RunApply(line);
+            case Command::Effects:
+                return RunEffects(line);
+            case Command::Gallery:
+                return RunGallery(line);
+            case Command::Sample:
+                return RunSample(line);
+            case Command::Sheet:
+                return RunSheet(line);
+            case Command::Window:
+                break;
+        }
+    } catch (const std::bad_alloc&) {
+        return FailedReport(kExitBadInput, "there is not enough memory for this animation.");
+    }
+    return {};
+}
+
+// Ends at once: a plug-in that hangs must not keep the process alive.
+[[noreturn]] void Leave(int exitCode) {
+    RestoreSettingsNow();
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
+    std::abort();
+}
+
+bool HasJsonOption(const std::vector<std::string>& arguments) {
+    for (const std::string& argument : arguments) {
+        if (argument == "--json") return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+int main() {
+    SetConsoleOutputCP(CP_UTF8);
+    const auto arguments = Arguments();
+    CommandLine line;
+    std::string text;
+    switch (ParseCommandLine(arguments, &line, &text)) {
+        case ParseOutcome::ShowText:
+            WriteStandardOutput(text);
+            return kExitDone;
+        case ParseOutcome::Error:
+            PrintReport(FailedReport(kExitBadCommand, text), HasJsonOption(arguments), false);
+            return kExitBadCommand;
+        case ParseOutcome::Run:
+            break;
+    }
+    if (line.command == Command::Window) {
+        ParseCommandLine({"--help"}, &line, &text);
+        WriteStandardOutput(text);
+        return kExitDone;
+    }
+    SetConsoleCtrlHandler(HandleInterrupt, TRUE);
+    const Report report = RunCommand(line);
+    PrintReport(report, line.json, line.quiet);
+    Leave(report.exitCode);
+}

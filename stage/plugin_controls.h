@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// The controls of the plug-in's window, found by what the window shows. Everything here works from another
+// thread than the window's: a window that does not answer within a few seconds reads as empty.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+namespace kfx::stage {
+
+// The controls that each plug-in window of this interface has.
+enum PluginControl {
+    kBuildButton = 1,
+    kCancelButton = 2,
+    kPaletteList = 13,
+    kTestButton = 24,
+    kPreviewArea = 25,
+    kEffectList = 50,
+    kSelectButton = 51,
+    kBackgroundButton = 54,
+};
+
+struct Parameter {
+    enum Kind { Slider, CheckBox, List };
+    Kind kind;
+    std::string name;  // as shown, without colon and mnemonic
+    HWND window;
+    int minimum;  // as the panel shows numbers; 0 and 1 for a check box, row numbers for a list
+    int maximum;
+    int value;
+    int shownOffset;                 // what a slider's label adds to its position
+    std::vector<std::string> items;  // of a list
+};
+
+// Sends a message and waits for its answer; 0 when none comes.
+LRESULT Send(HWND window, UINT message, WPARAM word = 0, LPARAM pointer = 0);
+
+// A control's notification, as the control itself would send it to its window.
+void Notify(HWND window, HWND control, WORD code);
+
+std::string ControlText(HWND control);
+std::string ControlClass(HWND control);
+
+// The rows of a drop-down list.
+std::vector<std::string> ListRows(HWND list);
+
+// The first visible check box outside the effects' panels with this name; null: there is none.
+HWND FindOption(HWND window, const std::string& name);
+
+// The parameters on the panel that the window shows, in the panel's order.
+std::vector<Parameter> ReadParameters(HWND window);
+
+// Reads "9", "on" or "Left 1" for the parameter. False: `*error` says what it takes.
+bool ParseValue(const Parameter& parameter, const std::string& text, int* value, std::string* error);
+
+// "4 to 45", "on or off", "Red - Blue, Red - Green or Left 1".
+std::string RangeText(const Parameter& parameter);
+
+// A value as ParseValue takes it.
+std::string ValueText(const Parameter& parameter, int value);
+
+// Moves the control as a user would. False: the plug-in did not take the value.
+bool SetParameterValue(HWND window, const Parameter& parameter, int value);
+
+}  // namespace kfx::stage

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// The plug-in as a file: loading it and finding its entry points.
+#pragma once
+
+#include <string>
+
+#include <windows.h>
+
+#include "host/host_records.h"
+
+namespace kfx::stage {
+
+struct PluginLibrary {
+    PluginLibrary() = default;
+    ~PluginLibrary();
+    PluginLibrary(const PluginLibrary&) = delete;
+    PluginLibrary& operator=(const PluginLibrary&) = delete;
+
+    HMODULE module = nullptr;
+    std::string path;
+    std::string name;  // as the plug-in calls itself
+    int(WINAPI* doBuild)(HWND parent, HostContext* host) = nullptr;
+};
+
+// The DLL beside this program.
+std::string DefaultPluginPath();
+
+// Loads the DLL and asks it for its name. False: `*error` is one sentence.
+bool LoadPlugin(const std::string& path, PluginLibrary* library, std::string* error);
+
+}  // namespace kfx::stage

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// One opening of the plug-in's window, driven from outside: the plug-in runs on a thread of its own while the
+// caller moves its controls, answers its message boxes and watches for signs of life.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+#include "stage/exit_codes.h"
+#include "stage/host_services.h"
+#include "stage/plugin_controls.h"
+#include "stage/plugin_library.h"
+
+namespace kfx::stage {
+
+struct PluginRun {
+    PluginLibrary* library = nullptr;
+    HostSession* session = nullptr;
+    bool showWindow = false;
+    int timeoutSeconds = 600;
+    void (*onWait)(const HostSession& session) =
+        nullptr;  // called while waiting, for a progress display; may be null
+
+    HANDLE thread = nullptr;
+    DWORD threadId = 0;
+    HWND window = nullptr;
+    std::vector<std::string> messages;  // what the plug-in's message boxes said
+
+    // Why a call returned false.
+    ExitCode exitCode = kExitDone;
+    std::string error;  // one sentence
+};
+
+// Opens the window and waits until it is ready to be used. Every function below returns false with a sentence
+// in run->error when the plug-in does not do what was asked, shows a message or stops answering.
+bool OpenPluginWindow(PluginRun* run);
+
+bool ChooseEffect(PluginRun* run, const std::string& name);
+bool ChooseRow(PluginRun* run, int control, int row);
+bool SetOption(PluginRun* run, const std::string& name, bool on);
+
+// Presses "Select..." and waits for the session's source to be accepted.
+bool SelectSource(PluginRun* run);
+
+// Presses "&Test": the animation is in session->built and the window stays open.
+bool RunTestBuild(PluginRun* run);
+
+// Presses "Build": the animation is in session->built and the window is closed.
+bool RunBuild(PluginRun* run);
+
+// Cancels the window if it is still open and waits for the plug-in to return. False: it hangs, and only the
+// end of the process ends it.
+bool ClosePluginWindow(PluginRun* run);
+
+}  // namespace kfx::stage
