@@ -1,0 +1,258 @@
+// SPDX-License-Identifier: MIT
+#include "builder/remap.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+
+#include "builder/fixed_palettes.h"
+#include "builder/palette_order.h"
+#include "framework/cpu.h"
+#include "tests/reference/remap_reference.h"
+#include "tests/support/pictures.h"
+
+namespace kfx::test {
+namespace {
+
+// A palette with entries of its own and some that occur twice or lie side by side.
+void FillRandomPalette(uint8_t palette[kPaletteBytes], int32_t colors, uint32_t seed) {
+    std::mt19937 random(seed);
+    std::memset(palette, 0, kPaletteBytes);
+    for (int32_t i = 0; i < 3 * colors; ++i) {
+        const bool repeat = i >= 30 && i / 3 % 5 == 0;
+        palette[i] = repeat ? palette[i - 15] : static_cast<uint8_t>(random());
+    }
+}
+
+struct Case {
+    int32_t bitsPerPixel;
+    int32_t colorCount;
+    bool fast;
+};
+
+// Both the product's target and the reference's for the same case.
+struct Targets {
+    Targets(const uint8_t palette[kPaletteBytes], const Case& given, int32_t brightness = 20,
+            int32_t contrast = 20) {
+        std::memcpy(product.palette, palette, kPaletteBytes);
+        product.bitsPerPixel = given.bitsPerPixel;
+        product.colorCount = given.colorCount;
+        product.fastRemap = given.fast;
+        product.ditherBrightness = brightness;
+        product.ditherContrast = contrast;
+        reference = {product.palette, given.bitsPerPixel, given.colorCount, given.fast, brightness, contrast};
+    }
+
+    RemapTarget product;
+    ReferenceTarget reference;
+};
+
+std::string Describe(const WorkingImage* image, const Case& given) {
+    return std::to_string(image->width) + "x" + std::to_string(image->height) + "x" +
+           std::to_string(image->bitCount) + " to " + std::to_string(given.bitsPerPixel) + " bits, " +
+           std::to_string(given.colorCount) + " colours" + (given.fast ? ", fast" : "");
+}
+
+void ExpectReference(ImageHandle source, Targets* targets, const Case& given) {
+    const ImageLock lock(source);
+    const std::string name = Describe(lock.image, given);
+    const std::vector<uint8_t> before = BytesOf(source);
+    const Picture expected(ReferencePlainRemap(source, targets->reference));
+    const Picture actual(PlainRemap(source, &targets->product));
+    ASSERT_TRUE(SamePicture(expected.handle, actual.handle)) << "plain, " << name;
+    const Picture expectedDithered(ReferenceDitherRemap(source, targets->reference));
+    const Picture dithered(DitherRemap(source, &targets->product));
+    ASSERT_TRUE(SamePicture(expectedDithered.handle, dithered.handle)) << "dithered, " << name;
+    ASSERT_EQ(BytesOf(source), before) << "the source stays as it was, " << name;
+}
+
+class RemapPaths : public ::testing::TestWithParam<bool> {
+protected:
+    void SetUp() override { AllowAvx2(GetParam()); }
+    void TearDown() override { AllowAvx2(true); }
+};
+
+TEST_P(RemapPaths, every_source_depth_and_output_depth_gives_the_reference) {
+    const Case cases[] = {{1, 2, false},  {1, 256, true}, {2, 3, false},  {3, 8, true},   {4, 11, false},
+                          {4, 256, true}, {5, 20, false}, {8, 200, true}, {8, 256, false}};
+    uint32_t seed = 1;
+    for (const Case& given : cases) {
+        for (const int32_t depth : {1, 4, 8, 24, 32}) {
+            for (const Size size : {Size{1, 1}, Size{2, 3}, Size{5, 4}, Size{17, 6}, Size{8, 5}}) {
+                uint8_t palette[kPaletteBytes];
+                FillRandomPalette(palette, std::min(given.colorCount, 1 << given.bitsPerPixel), ++seed);
+                Targets targets(palette, given);
+                const Picture source = RandomPicture(size.width, size.height, ++seed, depth);
+                ExpectReference(source.handle, &targets, given);
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+TEST_P(RemapPaths, full_colour_pictures_of_tricky_sizes_give_the_reference) {
+    uint32_t seed = 1000;
+    for (const Size size : TrickySizes()) {
+        for (const Case& given :
+             {Case{8, 256, false}, Case{8, 77, true}, Case{4, 16, false}, Case{1, 2, false}}) {
+            uint8_t palette[kPaletteBytes];
+            FillRandomPalette(palette, given.colorCount, ++seed);
+            Targets targets(palette, given);
+            const Picture noise = RandomPicture(size.width, size.height, ++seed);
+            const Picture shades = ShadedPicture(size.width, size.height, ++seed);
+            ExpectReference(noise.handle, &targets, given);
+            ExpectReference(shades.handle, &targets, given);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST_P(RemapPaths, every_fixed_palette_gives_the_reference) {
+    for (int32_t choice = 0; choice <= 9; ++choice) {
+        for (const bool fast : {false, true}) {
+            Case given = {0, 256, fast};
+            uint8_t palette[kPaletteBytes];
+            BuildFixedPalette(palette, choice, &given.bitsPerPixel);
+            Targets targets(palette, given);
+            const Picture shades = ShadedPicture(61, 40, static_cast<uint32_t>(choice));
+            ExpectReference(shades.handle, &targets, given);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST_P(RemapPaths, every_colour_count_from_none_to_256_gives_the_reference) {
+    const Picture shades = ShadedPicture(40, 12, 5);
+    for (int32_t colors = 0; colors <= 256; colors += colors < 20 ? 1 : 17) {
+        const Case given = {8, colors, false};
+        uint8_t palette[kPaletteBytes];
+        FillRandomPalette(palette, colors, static_cast<uint32_t>(colors));
+        Targets targets(palette, given);
+        ExpectReference(shades.handle, &targets, given);
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST_P(RemapPaths, answers_stay_right_when_more_cubes_are_asked_for_than_are_kept) {
+    constexpr int32_t kColors = 24;
+    uint8_t palette[kPaletteBytes];
+    FillRandomPalette(palette, kColors, 77);
+    ColorIndex index;
+    ASSERT_TRUE(PrepareColorIndex(&index, palette, kColors, false));
+    std::mt19937 random(7);
+    for (uint32_t cube = 0; cube < kColorCubes; cube += 3) {
+        const auto low = static_cast<uint32_t>(random());
+        const uint32_t red = (cube >> 12) * 4 + (low & 3);
+        const uint32_t green = (cube >> 6 & 63) * 4 + (low >> 2 & 3);
+        const uint32_t blue = (cube & 63) * 4 + (low >> 4 & 3);
+        const int32_t answer = LookUpColor(&index, blue | green << 8 | red << 16);
+        ASSERT_EQ(answer, ReferenceNearest(palette, kColors, static_cast<int32_t>(red),
+                                           static_cast<int32_t>(green), static_cast<int32_t>(blue)))
+            << red << ", " << green << ", " << blue;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Processors, RemapPaths, ::testing::Bool(),
+                         [](const auto& parameter) { return parameter.param ? "Avx2" : "Plain"; });
+
+TEST(Remap, one_target_serves_frames_of_different_sizes) {
+    uint8_t palette[kPaletteBytes];
+    FillRandomPalette(palette, 256, 3);
+    const Case given = {8, 256, false};
+    Targets targets(palette, given);
+    for (uint32_t seed = 0; seed < 6; ++seed) {
+        const auto side = static_cast<int32_t>(seed);
+        const Picture frame = ShadedPicture(10 + 7 * side, 40 - 5 * side, seed);
+        ExpectReference(frame.handle, &targets, given);
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST(Remap, a_changed_palette_is_noticed) {
+    uint8_t palette[kPaletteBytes];
+    const Picture shades = ShadedPicture(30, 20, 1);
+    FillRandomPalette(palette, 256, 1);
+    Targets targets(palette, {8, 256, false});
+    for (uint32_t seed = 2; seed < 5; ++seed) {
+        FillRandomPalette(targets.product.palette, 256, seed);
+        ExpectReference(shades.handle, &targets, {8, 256, false});
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST(Remap, nearest_prefers_an_exact_match_then_the_lowest_index_of_the_least_distance) {
+    const uint8_t palette[] = {10, 0, 0, 0, 0, 0, 10, 0, 0, 20, 0, 0};
+    EXPECT_EQ(NearestEntry(palette, 4, 10, 0, 0), 0);
+    EXPECT_EQ(NearestEntry(palette, 4, 15, 0, 0), 0);
+    EXPECT_EQ(NearestEntry(palette, 4, 16, 0, 0), 3);
+    EXPECT_EQ(NearestEntry(palette, 4, 4, 0, 0), 1);
+    EXPECT_EQ(NearestEntry(palette, 0, 4, 0, 0), 0);
+    std::mt19937 random(1);
+    uint8_t many[kPaletteBytes];
+    FillRandomPalette(many, 256, 1);
+    for (int i = 0; i < 2000; ++i) {
+        const auto red = static_cast<int32_t>(random() & 255);
+        const auto green = static_cast<int32_t>(random() & 255);
+        const auto blue = static_cast<int32_t>(random() & 255);
+        const auto count = static_cast<int32_t>(random() % 257);
+        ASSERT_EQ(NearestEntry(many, count, red, green, blue),
+                  ReferenceNearest(many, count, red, green, blue));
+    }
+}
+
+TEST(Remap, with_fast_remap_a_palette_colour_maps_to_its_first_exact_entry) {
+    // 15-bit rounding alone would send (255, 255, 255) to the gray entry.
+    uint8_t palette[kPaletteBytes] = {248, 248, 248, 255, 255, 255, 255, 255, 255};
+    Targets targets(palette, {8, 3, true});
+    const Picture white = FlatPicture(3, 1, 0xFFFFFF);
+    const Picture nearly = FlatPicture(3, 1, 0xFEFEFE);
+    const Picture exact(PlainRemap(white.handle, &targets.product));
+    const Picture rounded(PlainRemap(nearly.handle, &targets.product));
+    EXPECT_EQ(PixelOf(exact.handle, 0, 0), 1u);
+    EXPECT_EQ(PixelOf(rounded.handle, 0, 0), 0u);
+}
+
+TEST(Remap, a_four_bit_picture_is_searched_among_sixteen_entries_so_that_indices_fit) {
+    uint8_t palette[kPaletteBytes];
+    BuildFixedPalette(palette, 6, nullptr);  // white stands far behind entry 15
+    Targets targets(palette, {4, 256, false});
+    const Picture white = FlatPicture(5, 1, 0xFFFFFF);
+    const Picture mapped(PlainRemap(white.handle, &targets.product));
+    EXPECT_EQ(PixelOf(mapped.handle, 4, 0),
+              static_cast<uint32_t>(ReferenceNearest(palette, 16, 255, 255, 255)));
+}
+
+TEST(Remap, two_colour_output_turns_white_from_luminance_129_on) {
+    uint8_t palette[kPaletteBytes];
+    BuildFixedPalette(palette, 0, nullptr);
+    Targets targets(palette, {1, 256, false});
+    for (uint32_t gray = 0; gray < 256; ++gray) {
+        const auto level = static_cast<int32_t>(gray);
+        const Picture flat = FlatPicture(2, 1, Rgb(gray, gray, gray));
+        const Picture mapped(PlainRemap(flat.handle, &targets.product));
+        EXPECT_EQ(PixelOf(mapped.handle, 1, 0), LuminanceOf(level, level, level) < 129 ? 0u : 1u) << gray;
+    }
+}
+
+TEST(Remap, sorting_orders_by_luminance_and_keeps_equals_in_order) {
+    for (int32_t colors : {0, 1, 2, 3, 17, 100, 255, 256}) {
+        uint8_t expected[kPaletteBytes], actual[kPaletteBytes];
+        FillRandomPalette(expected, 256, static_cast<uint32_t>(colors));
+        for (int i = 0; i < 768; i += 9) expected[i] = expected[(i + 30) % 768];  // more equals
+        std::memcpy(actual, expected, sizeof actual);
+        ReferenceSort(expected, colors);
+        SortByLuminance(actual, colors);
+        EXPECT_EQ(std::memcmp(expected, actual, sizeof actual), 0) << colors;
+    }
+}
+
+TEST(Remap, bits_grow_with_each_power_of_two_and_are_24_above_256_colours) {
+    const int32_t steps[][2] = {{0, 1},  {2, 1},   {3, 2},   {4, 2},   {5, 3},   {8, 3},
+                                {9, 4},  {16, 4},  {17, 5},  {32, 5},  {33, 6},  {64, 6},
+                                {65, 7}, {128, 7}, {129, 8}, {256, 8}, {257, 24}};
+    for (const auto& step : steps) EXPECT_EQ(BitsForColors(step[0]), step[1]) << step[0];
+}
+
+}  // namespace
+}  // namespace kfx::test
