@@ -35,7 +35,7 @@ std::string Failure(const std::string& path, const char* what, const std::string
 // What the C library left behind, if it said anything.
 std::string LastReason() { return errno != 0 ? std::generic_category().message(errno) : ""; }
 
-// Removes temporary files unless they were renamed before.
+// Removes temporary files, except those without a name: never made, or renamed since.
 struct TemporaryFiles {
     std::vector<fs::path> paths;
     ~TemporaryFiles() {
@@ -53,6 +53,19 @@ fs::path UnusedNameBeside(const fs::path& target) {
         std::error_code ignored;
         if (!fs::exists(fs::symlink_status(name, ignored))) return name;
     }
+}
+
+// A link stays a link: what it leads to is replaced.
+fs::path BehindLinks(const fs::path& path) {
+    std::error_code failure;
+    const fs::path target = fs::canonical(path, failure);
+    return failure ? path : target;
+}
+
+// Devices and pipes take bytes as they come; renaming a file over them would remove them.
+bool IsDevice(const fs::path& path) {
+    std::error_code failure;
+    return fs::is_other(path, failure) && !failure;
 }
 
 bool WriteBytes(const fs::path& path, const std::vector<std::uint8_t>& content) {
@@ -132,20 +145,24 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
             *error = paths[i] + ": " + *error + ".";
             return false;
         }
-        temporary.paths.push_back(UnusedNameBeside(targets[i]));
-        if (!WriteBytes(temporary.paths.back(), content)) {
+        targets[i] = BehindLinks(targets[i]);
+        temporary.paths.push_back(IsDevice(targets[i]) ? fs::path() : UnusedNameBeside(targets[i]));
+        if (!WriteBytes(temporary.paths[i].empty() ? targets[i] : temporary.paths[i], content)) {
             *error = Failure(paths[i], "the file cannot be written", LastReason());
             return false;
         }
     }
     for (std::size_t i = 0; i < paths.size(); ++i) {
+        if (temporary.paths[i].empty()) continue;
         std::error_code failure;
         fs::rename(temporary.paths[i], targets[i], failure);
         if (failure) {
             *error = Failure(paths[i], "the file cannot be written", failure.message());
             // Half a series would pass for a whole one.
             std::error_code ignored;
-            for (std::size_t done = 0; done < i; ++done) fs::remove(targets[done], ignored);
+            for (std::size_t done = 0; done < i; ++done) {
+                if (!IsDevice(targets[done])) fs::remove(targets[done], ignored);
+            }
             return false;
         }
         temporary.paths[i].clear();

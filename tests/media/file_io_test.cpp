@@ -11,7 +11,10 @@
 #include "tests/media/gif_builder.h"
 
 #ifndef _WIN32
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #endif
@@ -210,6 +213,32 @@ TEST(FileIo, WhenTheBytesDoNotFitThePartialFileIsRemoved) {
     }
     EXPECT_EQ(error, folder.File("x.gif") + ": the file cannot be written (File too large).");
     EXPECT_EQ(ContentOf(folder.File("x.gif")), Bytes{9});
+    EXPECT_EQ(folder.Count(), 1u);
+}
+
+TEST(FileIo, ALinkStaysALinkAndItsTargetIsReplaced) {
+    const Folder folder;
+    std::string error;
+    ASSERT_TRUE(WriteWholeFile(folder.File("real"), {1}, &error));
+    fs::create_symlink("real", folder.path / "link");
+    ASSERT_TRUE(WriteWholeFile(folder.File("link"), {2}, &error)) << error;
+    EXPECT_TRUE(fs::is_symlink(folder.path / "link"));
+    EXPECT_EQ(ContentOf(folder.File("real")), Bytes{2});
+    EXPECT_EQ(folder.Count(), 2u);
+}
+
+TEST(FileIo, APipeGetsTheBytesAndIsNotReplaced) {
+    const Folder folder;
+    std::string error;
+    ASSERT_EQ(mkfifo(folder.File("pipe").c_str(), 0600), 0);
+    const int reader = open(folder.File("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    EXPECT_TRUE(WriteWholeFile(folder.File("pipe"), {7, 8, 9}, &error)) << error;
+    std::uint8_t bytes[4] = {};
+    EXPECT_EQ(read(reader, bytes, sizeof(bytes)), 3);
+    EXPECT_EQ(bytes[2], 9);
+    close(reader);
+    EXPECT_TRUE(fs::is_fifo(folder.path / "pipe"));
     EXPECT_EQ(folder.Count(), 1u);
 }
 #endif
