@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#include "tests/windows/support/import_patch.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace kfx::test {
+namespace {
+
+void WriteSlot(void** slot, void* address) {
+    DWORD before = 0;
+    VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &before);
+    *slot = address;
+    VirtualProtect(slot, sizeof *slot, before, &before);
+}
+
+template <typename T>
+T* At(HMODULE module, size_t offset) {
+    return reinterpret_cast<T*>(reinterpret_cast<uint8_t*>(module) + offset);
+}
+
+}  // namespace
+
+ImportPatch::ImportPatch(HMODULE module, const char* function, void* replacement) {
+    const auto* dos = At<IMAGE_DOS_HEADER>(module, 0);
+    const auto* headers = At<IMAGE_NT_HEADERS64>(module, static_cast<size_t>(dos->e_lfanew));
+    const DWORD imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    for (auto* library = At<IMAGE_IMPORT_DESCRIPTOR>(module, imports); library->Name; ++library) {
+        const auto* names = At<IMAGE_THUNK_DATA64>(module, library->OriginalFirstThunk);
+        auto* addresses = At<IMAGE_THUNK_DATA64>(module, library->FirstThunk);
+        for (; names->u1.AddressOfData; ++names, ++addresses) {
+            if (IMAGE_SNAP_BY_ORDINAL64(names->u1.Ordinal)) continue;
+            const auto* name = At<IMAGE_IMPORT_BY_NAME>(module, static_cast<size_t>(names->u1.AddressOfData));
+            if (std::strcmp(reinterpret_cast<const char*>(name->Name), function) != 0) continue;
+            auto** slot = reinterpret_cast<void**>(&addresses->u1.Function);
+            original = *slot;
+            WriteSlot(slot, replacement);
+            slots.push_back(slot);
+        }
+    }
+}
+
+ImportPatch::~ImportPatch() {
+    for (void** slot : slots) WriteSlot(slot, original);
+}
+
+}  // namespace kfx::test

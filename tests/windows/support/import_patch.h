@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// Puts a test's own function in place of one that a loaded module imports, so that the module can be watched
+// and answered: the clock, folders, dialogs, memory.
+#pragma once
+
+#include <windows.h>
+
+#include <vector>
+
+namespace kfx::test {
+
+// Replaces every import slot of `module` for the function of this name; puts the old addresses back at the
+// end of its life unless the module is gone by then. A function that the module does not import leaves
+// nothing to do.
+struct ImportPatch {
+    ImportPatch(HMODULE module, const char* function, void* replacement);
+    ~ImportPatch();
+    ImportPatch(const ImportPatch&) = delete;
+    ImportPatch& operator=(const ImportPatch&) = delete;
+
+    std::vector<void**> slots;
+    void* original = nullptr;
+};
+
+template <typename Function>
+void* AddressOfFunction(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
+}  // namespace kfx::test

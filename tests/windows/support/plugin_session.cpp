@@ -1,0 +1,421 @@
+// SPDX-License-Identifier: MIT
+#include "tests/windows/support/plugin_session.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <thread>
+
+#include "tests/windows/support/memory_ledger.h"
+#include "tests/windows/support/system_stand_ins.h"
+
+namespace kfx::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kLongestSession = 120s;
+constexpr auto kLookInterval = 3ms;
+constexpr UINT kMarker = WM_APP + 77;  // posted to learn when everything before it has been handled
+constexpr int kMessageText = 101;
+constexpr int kFirstButtons[] = {IDOK, IDYES};
+
+std::string FolderOfProgram() {
+    char path[MAX_PATH] = "";
+    GetModuleFileNameA(nullptr, path, sizeof path);
+    return std::filesystem::path(path).parent_path().string();
+}
+
+// A folder that no other session of this or another program uses.
+std::string MakeSessionFolder() {
+    static int number = 0;
+    const std::string folder = FolderOfProgram() + "\\..\\sessions\\" +
+                               std::to_string(GetCurrentProcessId()) + "." + std::to_string(++number);
+    std::filesystem::create_directories(folder + "\\AppData");
+    std::filesystem::create_directories(folder + "\\Documents");
+    return folder;
+}
+
+PluginSession::State* current = nullptr;  // hooks and window procedures have no argument for it
+
+std::string OneLine(const std::string& text) {
+    std::string line;
+    for (const char c : text) line += c == '\n' ? "\\n" : std::string(1, c);
+    return line;
+}
+
+}  // namespace
+
+struct PluginSession::State {
+    State(FakeHost& fakeHost, const SessionOptions& sessionOptions)
+        : host(fakeHost),
+          options(sessionOptions),
+          folder(MakeSessionFolder()),
+          library(LoadLibraryA(PluginPath().c_str())) {
+        if (!library) {
+            std::fprintf(stderr, "%s cannot be loaded\n", PluginPath().c_str());
+            std::exit(2);
+        }
+        ledger = std::make_unique<MemoryLedger>(library);
+        standIns = std::make_unique<SystemStandIns>(library, folder, options);
+        current = this;
+    }
+    ~State() {
+        current = nullptr;
+        standIns.reset();
+        ledger.reset();
+        FreeLibrary(library);
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+
+    FakeHost& host;
+    const SessionOptions options;
+    const std::string folder;
+    const HMODULE library;
+    std::unique_ptr<MemoryLedger> ledger;
+    std::unique_ptr<SystemStandIns> standIns;
+
+    std::mutex mutex;  // guards what follows
+    std::condition_variable changed;
+    HWND window = nullptr;    // known from its first idle moment on
+    bool markerSeen = false;  // since then no idle moment
+    bool idle = false;
+    bool closed = false;
+    uint64_t result = 0;
+    std::vector<std::string> messages;
+
+    std::atomic<bool> ending{false};
+    DWORD windowThread = 0;
+    std::thread runner;
+    std::thread watcher;
+};
+
+namespace {
+
+// Called on the window's thread for every message taken from its queue.
+LRESULT CALLBACK SeeTakenMessage(int code, WPARAM word, LPARAM data) {
+    const auto* message = reinterpret_cast<const MSG*>(data);
+    if (code == HC_ACTION && word == PM_REMOVE && message->message == kMarker && current) {
+        const std::lock_guard<std::mutex> lock(current->mutex);
+        current->markerSeen = true;
+    }
+    return CallNextHookEx(nullptr, code, word, data);
+}
+
+// Called on the window's thread for every message sent to a window.
+LRESULT CALLBACK SeeSentMessage(int code, WPARAM word, LPARAM data) {
+    const auto* message = reinterpret_cast<const CWPSTRUCT*>(data);
+    if (code == HC_ACTION && message->message == WM_DRAWITEM && message->wParam == 25 && current) {
+        const std::lock_guard<std::mutex> lock(current->standIns->mutex);
+        current->standIns->events.push_back("preview");
+    }
+    return CallNextHookEx(nullptr, code, word, data);
+}
+
+// The host's window. The modal window tells it whenever its queue is empty.
+LRESULT CALLBACK ParentProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
+    if (message == WM_ENTERIDLE && word == MSGF_DIALOGBOX && current) {
+        const std::lock_guard<std::mutex> lock(current->mutex);
+        current->window = reinterpret_cast<HWND>(data);
+        if (current->markerSeen) {
+            current->markerSeen = false;
+            current->idle = true;
+        }
+        current->changed.notify_all();
+    }
+    return DefWindowProcA(window, message, word, data);
+}
+
+HWND MakeParent() {
+    WNDCLASSA windowClass = {};
+    windowClass.lpfnWndProc = ParentProcedure;
+    windowClass.lpszClassName = "FakeHostEditor";
+    RegisterClassA(&windowClass);
+    return CreateWindowExA(0, windowClass.lpszClassName, "Host", WS_POPUP | WS_VISIBLE, 0, 0, 40, 40, nullptr,
+                           nullptr, nullptr, nullptr);
+}
+
+void HoldShift() {
+    BYTE keys[256] = {};
+    keys[VK_SHIFT] = 0x80;
+    SetKeyboardState(keys);
+}
+
+using DoBuild = uint64_t(WINAPI*)(HWND, const HostContext*);
+
+// The window's thread.
+void RunWindow(PluginSession::State* state) {
+    const HWND parent = MakeParent();
+    const HHOOK taken = SetWindowsHookExA(WH_GETMESSAGE, SeeTakenMessage, nullptr, GetCurrentThreadId());
+    const HHOOK sent = SetWindowsHookExA(WH_CALLWNDPROC, SeeSentMessage, nullptr, GetCurrentThreadId());
+    if (state->options.shiftHeld) HoldShift();
+    state->windowThread = GetCurrentThreadId();
+    const auto doBuild =
+        reinterpret_cast<DoBuild>(reinterpret_cast<void*>(GetProcAddress(state->library, "PLUGIN16DoBuild")));
+    const uint64_t result = doBuild(parent, &state->host.context);
+    UnhookWindowsHookEx(taken);
+    UnhookWindowsHookEx(sent);
+    {
+        const std::lock_guard<std::mutex> lock(state->mutex);
+        state->result = result;
+        state->closed = true;
+        state->window = nullptr;
+        state->changed.notify_all();
+    }
+    DestroyWindow(parent);
+}
+
+// A message box of the plug-in's that waits for an answer on the window's thread; null: none.
+HWND FindMessageBox(DWORD thread) {
+    HWND found = nullptr;
+    EnumThreadWindows(
+        thread,
+        [](HWND window, LPARAM result) -> BOOL {
+            char caption[20] = "";
+            GetWindowTextA(window, caption, sizeof caption);
+            if (!IsWindowVisible(window) || std::string(caption) != "Message") return TRUE;
+            *reinterpret_cast<HWND*>(result) = window;
+            return FALSE;
+        },
+        reinterpret_cast<LPARAM>(&found));
+    return found;
+}
+
+void AnswerMessageBox(PluginSession::State* state, HWND box) {
+    char text[2048] = "";
+    GetDlgItemTextA(box, kMessageText, text, sizeof text);
+    {
+        const std::lock_guard<std::mutex> lock(state->mutex);
+        state->messages.push_back(text);
+    }
+    state->host.AddLine("MSG \"" + OneLine(text) + "\"");
+    for (const int button : kFirstButtons)
+        if (GetDlgItem(box, button)) PostMessageA(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
+    while (IsWindow(box) && !state->ending) std::this_thread::sleep_for(kLookInterval);
+}
+
+// Answers message boxes, and ends a test program that hangs.
+void Watch(PluginSession::State* state) {
+    const auto start = std::chrono::steady_clock::now();
+    while (!state->ending) {
+        if (const HWND box = state->windowThread ? FindMessageBox(state->windowThread) : nullptr)
+            AnswerMessageBox(state, box);
+        if (std::chrono::steady_clock::now() - start > kLongestSession) {
+            std::fprintf(stderr, "The plug-in's window hangs. What the host saw:\n");
+            for (const std::string& line : state->host.Transcript())
+                std::fprintf(stderr, "  %s\n", line.c_str());
+            std::fflush(stderr);
+            TerminateProcess(GetCurrentProcess(), 3);
+        }
+        std::this_thread::sleep_for(kLookInterval);
+    }
+}
+
+}  // namespace
+
+PluginSession::PluginSession(FakeHost& host, const SessionOptions& options)
+    : state_(std::make_unique<State>(host, options)) {
+    if (options.configurationFolder)
+        std::filesystem::create_directories(state_->folder + "\\AppData\\Quorvane Labs");
+    if (!options.configuration.empty()) WriteTextFile(ConfigurationPath(), options.configuration);
+    state_->watcher = std::thread(Watch, state_.get());
+    state_->runner = std::thread(RunWindow, state_.get());
+    {
+        std::unique_lock<std::mutex> lock(state_->mutex);
+        state_->changed.wait(lock, [this] { return state_->window || state_->closed; });
+    }
+    Settle();
+}
+
+PluginSession::~PluginSession() {
+    Close();
+    state_->ending = true;
+    state_->watcher.join();
+}
+
+HWND PluginSession::Window() const {
+    const std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->window;
+}
+
+bool PluginSession::Settle() {
+    {
+        const std::lock_guard<std::mutex> lock(state_->mutex);
+        state_->idle = false;
+    }
+    const HWND window = Window();
+    if (!window) return false;
+    PostMessageA(window, kMarker, 0, 0);
+    std::unique_lock<std::mutex> lock(state_->mutex);
+    state_->changed.wait(lock, [this] { return state_->idle || state_->closed; });
+    return !state_->closed;
+}
+
+void PluginSession::Click(int id) {
+    const HWND control = Control(id);
+    ASSERT_TRUE(control) << id;
+    if (IsWindowEnabled(control)) SendMessageA(control, BM_CLICK, 0, 0);
+    Settle();
+}
+
+void PluginSession::Choose(int list, int index) {
+    SendMessageA(Control(list), CB_SETCURSEL, static_cast<WPARAM>(index), 0);
+    Command(list, CBN_CLOSEUP);
+}
+
+void PluginSession::Scroll(int slider, int code, int position) {
+    SendMessageA(Window(), WM_HSCROLL, MAKEWPARAM(code, position), reinterpret_cast<LPARAM>(Control(slider)));
+    Settle();
+}
+
+void PluginSession::Command(int id, int notification) {
+    SendMessageA(Window(), WM_COMMAND, MAKEWPARAM(id, notification), reinterpret_cast<LPARAM>(Control(id)));
+    Settle();
+}
+
+std::string PluginSession::TextOf(int id) const {
+    char text[2048] = "";
+    GetDlgItemTextA(Window(), id, text, sizeof text);
+    return text;
+}
+
+bool PluginSession::IsChecked(int id) const {
+    return SendMessageA(Control(id), BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
+bool PluginSession::IsEnabled(int id) const { return IsWindowEnabled(Control(id)); }
+
+bool PluginSession::IsShown(int id) const { return IsWindowVisible(Control(id)); }
+
+int PluginSession::SelectionOf(int list) const {
+    return static_cast<int>(SendMessageA(Control(list), CB_GETCURSEL, 0, 0));
+}
+
+std::vector<std::string> PluginSession::ItemsOf(int list) const {
+    std::vector<std::string> items;
+    const LRESULT count = SendMessageA(Control(list), CB_GETCOUNT, 0, 0);
+    for (LRESULT i = 0; i < count; ++i) {
+        char text[300] = "";
+        SendMessageA(Control(list), CB_GETLBTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(text));
+        items.push_back(text);
+    }
+    return items;
+}
+
+int PluginSession::PositionOf(int slider) const { return GetScrollPos(Control(slider), SB_CTL); }
+
+bool PluginSession::ApplyLine(int id, const std::string& line) {
+    return SendMessageA(Control(id), 1335, 0, reinterpret_cast<LPARAM>(line.c_str())) == 1;
+}
+
+uint64_t PluginSession::Close() {
+    if (const HWND window = Window()) SendMessageA(window, WM_COMMAND, IDCANCEL, 0);
+    return WaitUntilClosed();
+}
+
+uint64_t PluginSession::WaitUntilClosed() {
+    if (state_->runner.joinable()) state_->runner.join();
+    return state_->result;
+}
+
+std::vector<std::string> PluginSession::Messages() const {
+    const std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->messages;
+}
+
+void PluginSession::AnswerMenu(UINT command) {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    state_->standIns->menuAnswer = command;
+}
+
+void PluginSession::AnswerFileDialog(const std::string& path) {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    state_->standIns->fileDialogAnswer = path;
+}
+
+void PluginSession::AnswerBrowser(INT_PTR result) {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    state_->standIns->browserAnswer = result;
+}
+
+std::vector<OpenedMenu> PluginSession::Menus() const {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    return state_->standIns->menus;
+}
+
+std::vector<AskedPath> PluginSession::AskedPaths() const {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    return state_->standIns->askedPaths;
+}
+
+std::vector<std::string> PluginSession::OpenedPages() const {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    return state_->standIns->openedPages;
+}
+
+std::vector<std::string> PluginSession::Events() const {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    return state_->standIns->events;
+}
+
+void PluginSession::ClearEvents() {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    state_->standIns->events.clear();
+}
+
+std::vector<COLORREF> PluginSession::DrawPreview(int width, int height) {
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const HDC dc = CreateCompatibleDC(nullptr);
+    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ before = SelectObject(dc, bitmap);
+    DRAWITEMSTRUCT item = {};
+    item.CtlType = ODT_BUTTON;
+    item.CtlID = 25;
+    item.itemAction = ODA_DRAWENTIRE;
+    item.hwndItem = Control(25);
+    item.hDC = dc;
+    item.rcItem = {0, 0, width, height};
+    SendMessageA(Window(), WM_DRAWITEM, 25, reinterpret_cast<LPARAM>(&item));
+    GdiFlush();
+    std::vector<COLORREF> pixels(
+        static_cast<const COLORREF*>(bits),
+        static_cast<const COLORREF*>(bits) + static_cast<size_t>(width) * static_cast<size_t>(height));
+    // The bitmap stores blue in its low byte.
+    for (COLORREF& pixel : pixels) pixel = RGB(pixel >> 16 & 255, pixel >> 8 & 255, pixel & 255);
+    SelectObject(dc, before);
+    DeleteObject(bitmap);
+    DeleteDC(dc);
+    return pixels;
+}
+
+std::string PluginSession::ConfigurationPath() const {
+    return state_->folder + "\\AppData\\Quorvane Labs\\kfxplug1.ini";
+}
+
+std::string PluginSession::ConfigurationText() const { return ReadTextFile(ConfigurationPath()); }
+
+std::string PluginSession::DocumentsFolder() const { return state_->folder + "\\Documents\\"; }
+
+std::string PluginPath() { return FolderOfProgram() + "\\kfxplug1.dll"; }
+
+std::string ReadTextFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+void WriteTextFile(const std::string& path, const std::string& text) {
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+}
+
+}  // namespace kfx::test

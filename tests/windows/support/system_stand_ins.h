@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// What the DLL gets in place of the system's folders, clock, dialogs and timers while a session runs.
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "tests/windows/support/plugin_session.h"
+
+namespace kfx::test {
+
+struct SystemStandIns {
+    // Takes the module's imports; `folder` (without a trailing backslash) is the root of the user's folders.
+    SystemStandIns(HMODULE module, const std::string& folder, const SessionOptions& options);
+    ~SystemStandIns();
+    SystemStandIns(const SystemStandIns&) = delete;
+    SystemStandIns& operator=(const SystemStandIns&) = delete;
+
+    std::mutex mutex;  // guards everything below
+    std::string root;
+    bool folderLookupFails;
+    long long clock;
+    UINT menuAnswer = 0;
+    std::string fileDialogAnswer;
+    INT_PTR browserAnswer = 42;
+    std::vector<OpenedMenu> menus;
+    std::vector<AskedPath> askedPaths;
+    std::vector<std::string> openedPages;
+    std::vector<std::string> events;
+
+    struct Patches;
+    std::unique_ptr<Patches> patches;
+};
+
+}  // namespace kfx::test
