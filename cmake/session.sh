@@ -55,6 +55,16 @@ start_wine() {
         wine_server -w
         touch "$WINEPREFIX/.complete"
     fi
+    if [ -n "${1:-}" ]; then manage_windows Y; else manage_windows N; fi
+}
+
+# manage_windows Y|N: whether a window manager frames Wine's windows. An Xvfb has none, and Wine would wait seconds for
+# it whenever a window closes.
+manage_windows() {
+    local state=$WINEPREFIX/.managed
+    [ ! -f "$state" ] || [ "$(<"$state")" != "$1" ] || return 0
+    "$root/cmake/wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d "$1" /f >/dev/null 2>&1
+    echo "$1" >"$state"
 }
 
 # An Xvfb on a display number of its own choice.
