@@ -55,6 +55,8 @@ start_wine() {
         wine_server -w
         touch "$WINEPREFIX/.complete"
     fi
+    # Debian's Wine does not find its own fonts: without them, the buttons of title bars are letters.
+    ln -sf /usr/share/wine/fonts/* "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null || true
     if [ -n "${1:-}" ]; then manage_windows Y; else manage_windows N; fi
 }
 

@@ -75,7 +75,7 @@ void DrawPicture(HDC dc, const RECT& inner, const WorkingImage* image) {
 void DrawPrompt(HDC dc, RECT area) {
     const GdiObject<HFONT> font(CreateFontA(24, 0, 0, 0, FW_BOLD, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
                                             OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
-                                            DEFAULT_PITCH | FF_DONTCARE, "Times New Roman"));
+                                            DEFAULT_PITCH | FF_ROMAN, "Times New Roman"));
     const SavedContext saved(dc);
     FillRect(dc, &area, GetSysColorBrush(COLOR_BTNFACE));
     FrameRect(dc, &area, GetSysColorBrush(COLOR_3DDKSHADOW));
