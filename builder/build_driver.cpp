@@ -262,23 +262,23 @@ bool OpenTask(Build* build) {
     return RequestNewTask(HostOf(*build), build->options.test, task) != 0;
 }
 
-bool AddFrame(const Build& build, int32_t index) {
-    FrameEntry entry;
-    if (!GetFrame(build.frames, index, &entry)) return false;
-    AddImageRecord record = {};
-    record.size = sizeof record;
-    record.version = kPluginInterfaceVersion;
-    record.image = reinterpret_cast<uintptr_t>(entry.image);
-    record.localBackground = build.options.localBackground;
-    record.frameValue = entry.field3;
-    record.index = static_cast<uint32_t>(index);
-    record.transparentIndex = entry.transparentIndex;
-    return RequestAddImage(HostOf(build), build.task, record) != 0;
-}
-
-bool AddFrames(const Build& build) {
-    for (int32_t i = 0; i < build.frames.count; ++i)
-        if (!AddFrame(build, i)) return false;
+// Hands every frame to the host, in order. False: `*failure` says why.
+bool AddFrames(const Build& build, BuildMessage* failure) {
+    for (int32_t i = 0; i < build.frames.count; ++i) {
+        FrameEntry entry;
+        *failure = BuildMessage::MemoryError;
+        if (!GetFrame(build.frames, i, &entry)) return false;
+        AddImageRecord record = {};
+        record.size = sizeof record;
+        record.version = kPluginInterfaceVersion;
+        record.image = reinterpret_cast<uintptr_t>(entry.image);
+        record.localBackground = build.options.localBackground;
+        record.frameValue = entry.field3;
+        record.index = static_cast<uint32_t>(i);
+        record.transparentIndex = entry.transparentIndex;
+        *failure = BuildMessage::ImageRefused;
+        if (!RequestAddImage(HostOf(build), build.task, record)) return false;
+    }
     return true;
 }
 
@@ -304,8 +304,9 @@ int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& option
         !RemapFrames(&build))
         return Fail(build, BuildMessage::MemoryError);
     if (!OpenTask(&build)) return Fail(build, BuildMessage::NewTaskRefused);
-    if (!AddFrames(build)) {
-        Fail(build, BuildMessage::ImageRefused);
+    BuildMessage failure;
+    if (!AddFrames(build, &failure)) {
+        Fail(build, failure);
         RequestCloseTask(environment.host, build.task, false);
         return 0;
     }

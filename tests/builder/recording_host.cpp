@@ -14,7 +14,7 @@
 namespace kfx::test {
 namespace {
 
-RecordingHost* current = nullptr;   // the callback has no place for a pointer of ours; set while a host lives
+RecordingHost* current = nullptr;   // the callback has no place for a pointer of ours; set during a build
 const void* currentTask = nullptr;  // the record that opened the task
 
 template <typename T>
@@ -73,11 +73,7 @@ RecordingHost::RecordingHost() {
     context.size = sizeof context;
     context.version = kPluginInterfaceVersion;
     context.callback = Answer;
-    current = this;
-    currentTask = nullptr;
 }
-
-RecordingHost::~RecordingHost() { current = nullptr; }
 
 int32_t BuildWith(RecordingHost* host, const std::vector<uint8_t>& block, const BuildOptions& options,
                   const EffectDescriptor* effect) {
@@ -89,7 +85,10 @@ int32_t BuildWith(RecordingHost* host, const std::vector<uint8_t>& block, const 
     sourceAnimation = source.memory;
     int window = 0;
     const BuildEnvironment environment = {&window, &host->context, effect ? effect : &unchanged, NoteMessage};
+    current = host;
+    currentTask = nullptr;
     const int32_t result = RunBuild(environment, options);
+    current = nullptr;
     sourceAnimation = nullptr;
     host->lines.push_back("RET " + std::to_string(result));
     return result;

@@ -19,7 +19,6 @@ struct ReceivedFrame {
 
 struct RecordingHost {
     RecordingHost();
-    ~RecordingHost();
     RecordingHost(const RecordingHost&) = delete;
     RecordingHost& operator=(const RecordingHost&) = delete;
 

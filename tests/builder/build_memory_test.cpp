@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+// A build that runs out of memory says so, leaves nothing behind, and holds no more than it must.
+#include <gtest/gtest.h>
+
+#include "builder/build_driver.h"
+#include "framework/movable_memory_native.h"
+#include "framework/source_animation.h"
+#include "tests/builder/recording_host.h"
+#include "tests/support/animation_blocks.h"
+#include "tests/support/pictures.h"
+
+namespace kfx::test {
+namespace {
+
+std::vector<uint8_t> ShadedBlock(int32_t frames, int32_t width, int32_t height) {
+    std::vector<BlockFrame> bitmaps;
+    for (int32_t i = 0; i < frames; ++i) {
+        const Picture picture = ShadedPicture(width, height, static_cast<uint32_t>(i));
+        bitmaps.push_back({BytesOf(picture.handle)});
+    }
+    return MakeAnimationBlock(bitmaps);
+}
+
+struct NamedOptions {
+    const char* name;
+    BuildOptions options;
+};
+
+std::vector<NamedOptions> OptionSets() {
+    BuildOptions plain = BuiltInOptions();
+    BuildOptions gray = plain;
+    gray.dither = true;
+    gray.paletteChoice = 0;
+    BuildOptions custom = plain;
+    custom.customPalette = custom.dither = true;
+    BuildOptions small = plain;
+    small.customPalette = small.supercompress = small.fastRemap = true;
+    BuildOptions trueColor = plain;
+    trueColor.trueColor = true;
+    return {{"plain", plain},
+            {"gray dither", gray},
+            {"custom, dither", custom},
+            {"custom, supercompress, fast", small},
+            {"true colour", trueColor}};
+}
+
+size_t CountLocks() { return CountMemory().lockedBlocks; }
+
+// Allocations that decoding makes: a refusal there shortens the animation, as effects are expected to do.
+size_t DecodingAllocations(const std::vector<uint8_t>& block) {
+    sourceAnimation = MakeMemory(block);
+    ResetMemoryCounts();
+    FrameList frames = {};
+    DecodeAllFrames(&frames);
+    const size_t allocations = CountMemory().allocations;
+    FreeFrames(&frames);
+    FreeMemory(sourceAnimation);
+    sourceAnimation = nullptr;
+    return allocations;
+}
+
+void ExpectNothingLeft(const MemoryCounts& before, const std::string& name) {
+    EXPECT_EQ(CountMemory().liveBlocks, before.liveBlocks) << name;
+    EXPECT_EQ(CountMemory().liveBytes, before.liveBytes) << name;
+    EXPECT_EQ(CountMemory().lockedBlocks, before.lockedBlocks) << name;
+}
+
+// Runs the build with the seam refusing as told; the block itself is allocated first (number 1).
+int32_t BuildRefusing(RecordingHost* host, const std::vector<uint8_t>& block, const BuildOptions& options,
+                      size_t number, bool andAllAfter) {
+    if (andAllAfter)
+        RefuseAllocationsFrom(number + 1);
+    else
+        RefuseAllocation(number + 1);
+    const int32_t result = BuildWith(host, block, options);
+    ResetMemoryCounts();
+    return result;
+}
+
+TEST(BuildMemory, each_refused_allocation_gives_the_message_and_leaves_nothing) {
+    const std::vector<uint8_t> block = ShadedBlock(3, 21, 14);
+    const size_t decoding = DecodingAllocations(block);
+    for (const NamedOptions& named : OptionSets()) {
+        RecordingHost good;
+        ResetMemoryCounts();
+        ASSERT_EQ(BuildWith(&good, block, named.options), 1);
+        const size_t allocations = CountMemory().allocations - 1;
+        ASSERT_GE(allocations, decoding);
+        for (size_t number = 1; number <= allocations; ++number) {
+            for (const bool andAllAfter : {false, true}) {
+                const std::string name = std::string(named.name) + ", allocation " + std::to_string(number) +
+                                         " of " + std::to_string(allocations) +
+                                         (andAllAfter ? " and all after" : "");
+                const MemoryCounts before = CountMemory();
+                RecordingHost host;
+                const int32_t result = BuildRefusing(&host, block, named.options, number, andAllAfter);
+                ExpectNothingLeft(before, name);
+                if (number > decoding) {
+                    EXPECT_EQ(result, 0) << name;
+                    EXPECT_TRUE(host.frames.empty()) << name;
+                }
+                const size_t messages = result ? 0 : 1;
+                ASSERT_EQ(host.messages.size(), messages) << name;
+                if (messages) {
+                    EXPECT_EQ(host.messages[0], BuildMessage::MemoryError) << name;
+                }
+            }
+        }
+    }
+}
+
+TEST(BuildMemory, a_build_leaves_nothing_whatever_the_host_refuses) {
+    const std::vector<uint8_t> block = ShadedBlock(3, 21, 14);
+    for (const NamedOptions& named : OptionSets()) {
+        for (const uint32_t request : {0u, 1u, 2u}) {
+            const MemoryCounts before = CountMemory();
+            RecordingHost host;
+            host.refusedRequest = request;
+            host.refusedOccurrence = request == 2 ? 3 : 1;
+            BuildWith(&host, block, named.options);
+            ExpectNothingLeft(before, named.name);
+        }
+    }
+}
+
+TEST(BuildMemory, nothing_but_the_source_stays_locked_across_a_request) {
+    for (const NamedOptions& named : OptionSets()) {
+        RecordingHost host;
+        host.countLocks = CountLocks;
+        EXPECT_EQ(BuildWith(&host, ShadedBlock(3, 21, 14), named.options), 1);
+        // The tables that answer for colours live, locked, through the remapping stage.
+        EXPECT_LE(host.mostLocks, 1u) << named.name;
+    }
+}
+
+TEST(BuildMemory, a_build_holds_the_source_the_frames_one_working_copy_and_its_tables) {
+    constexpr int32_t kFrames = 12;
+    constexpr size_t kTables = 5 << 20;
+    // Large frames with as many colours as make the quantizer build its tree, in a corner.
+    Picture picture = FlatPicture(320, 240, 0x305070);
+    {
+        const ImageLock lock(picture.handle);
+        for (int32_t i = 0; i < 600; ++i)
+            SetDibPixel(lock.image, i % 30, i / 30, static_cast<uint32_t>(i) * 0x10305 & 0xFFFFFF);
+    }
+    const std::vector<uint8_t> block =
+        MakeAnimationBlock(std::vector<BlockFrame>(kFrames, BlockFrame{BytesOf(picture.handle)}));
+    const size_t frame = 320 * 240 * 3 + 40;
+    for (const NamedOptions& named : OptionSets()) {
+        const size_t composite = named.options.supercompress ? frame + kFrames * (320 / 8 * 240 + 48) : 0;
+        RecordingHost host;
+        ResetMemoryCounts();
+        const size_t before = CountMemory().liveBytes;
+        EXPECT_EQ(BuildWith(&host, block, named.options), 1);
+        const size_t held = CountMemory().peakBytes - before;
+        EXPECT_LE(held, block.size() + kFrames * (frame + 56) + frame + composite + kTables) << named.name;
+    }
+}
+
+}  // namespace
+}  // namespace kfx::test
