@@ -45,6 +45,8 @@ start_wine() {
     mkdir -p "$work/logs"
     [ -n "${1:-}" ] || start_display
     session_started=yes
+    mkdir -p "$work/sessions"
+    touch "$work/sessions/$$"
 
     if [ ! -f "$WINEPREFIX/.complete" ]; then
         say "Making the Wine prefix (once)"
@@ -96,8 +98,17 @@ wine_server() {
     done
 }
 
-# Programs that show windows end with their display; whoever may leave hung ones behind calls `wine_server -k` first.
+# Ends what the session started, programs that hang included; another session in the same prefix goes on undisturbed.
 end_session() {
+    local other
+    if [ -n "$session_started" ]; then
+        rm -f "$work/sessions/$$"
+        for other in "$work"/sessions/*; do
+            [ -e "$other" ] || break
+            kill -0 "$(basename "$other")" 2>/dev/null || rm -f "$other"
+        done
+        rmdir "$work/sessions" 2>/dev/null && wine_server -k
+    fi
     if [ -n "$display_pid" ]; then
         kill "$display_pid" 2>/dev/null || true
         wait "$display_pid" 2>/dev/null || true

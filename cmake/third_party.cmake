@@ -32,7 +32,7 @@ kfx_add_third_party(kfx_giflib
 target_include_directories(kfx_giflib SYSTEM PUBLIC ${giflib})
 
 set(libwebp ${KFX_THIRD_PARTY_DIR}/libwebp)
-file(GLOB libwebp_sources CONFIGURE_DEPENDS
+file(GLOB libwebp_sources
     ${libwebp}/src/dec/*.c
     ${libwebp}/src/demux/*.c
     ${libwebp}/src/dsp/*.c
