@@ -25,7 +25,8 @@ std::string TextOf(HWND window) {
 std::string ClassOf(HWND window) {
     char name[64] = "";
     GetClassNameA(window, name, sizeof name);
-    std::transform(name, name + sizeof name, name, [](unsigned char c) { return static_cast<char>(toupper(c)); });
+    std::transform(name, name + sizeof name, name,
+                   [](unsigned char c) { return static_cast<char>(toupper(c)); });
     return name;
 }
 
@@ -72,7 +73,8 @@ TEST_P(Panels, are_the_size_of_the_window_and_carry_their_caption) {
     EXPECT_EQ(TextOf(panel.window), "Kestrel #1");
     RECT client;
     GetClientRect(panel.window, &client);
-    EXPECT_EQ((std::vector<LONG>{client.left, client.top, client.right, client.bottom}), panel.Pixels(0, 0, 480, 328));
+    EXPECT_EQ((std::vector<LONG>{client.left, client.top, client.right, client.bottom}),
+              panel.Pixels(0, 0, 480, 328));
 }
 
 TEST_P(Panels, hold_exactly_the_controls_that_the_effect_lists) {
@@ -101,7 +103,8 @@ TEST_P(Panels, have_a_slider_in_each_row_with_its_range_label_and_caption) {
         EXPECT_EQ(panel.PlaceOf(slider), panel.Pixels(80, y, 168, 9));
         EXPECT_EQ(ClassOf(label), "STATIC");
         EXPECT_EQ(TextOf(label), "");
-        EXPECT_NE(GetWindowLongA(label, GWL_STYLE) & WS_BORDER, 0);
+        // The dialog manager turns a template's border into a sunken edge.
+        EXPECT_NE(GetWindowLongA(label, GWL_EXSTYLE) & WS_EX_CLIENTEDGE, 0);
         EXPECT_EQ(panel.PlaceOf(label), panel.Pixels(252, y, 32, 10));
         EXPECT_EQ(ClassOf(caption), "STATIC");
         EXPECT_EQ(TextOf(caption).back(), ':');
@@ -127,11 +130,12 @@ TEST_P(Panels, keep_their_controls_from_touching_each_other) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Effects, Panels, testing::Range(size_t{0}, EffectCount()), [](const auto& parameter) {
-    std::string name = EffectAt(parameter.param)->name;
-    name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(Effects, Panels, testing::Range(size_t{0}, EffectCount()),
+                         [](const auto& parameter) {
+                             std::string name = EffectAt(parameter.param)->name;
+                             name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
+                             return name;
+                         });
 
 }  // namespace
 }  // namespace kfx
