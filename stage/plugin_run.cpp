@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "stage/plugin_run.h"
 
+#include <algorithm>
+
 #include "stage/text_match.h"
 #include "stage/text_windows.h"
 
@@ -154,7 +156,8 @@ bool OpenPluginWindow(PluginRun* run) {
     run->thread = CreateThread(nullptr, 0, RunPlugin, run, 0, &run->threadId);
     if (!run->thread)
         return Fail(run, kExitPlugin, "no thread could be started: " + SystemErrorText(GetLastError()));
-    if (!WaitUntil(run, kOpeningSeconds, [run] { return Ready(*run); })) {
+    const int seconds = std::min(kOpeningSeconds, run->timeoutSeconds);
+    if (!WaitUntil(run, seconds, [run] { return Ready(*run); })) {
         if (!run->error.empty() || !NoMessage(run)) return false;
         return Fail(run, kExitPlugin, "the plug-in's window has closed itself.");
     }
@@ -229,7 +232,8 @@ bool ClosePluginWindow(PluginRun* run) {
     const std::string error = run->error;
     const ExitCode exitCode = run->exitCode;
     if (!ThreadEnded(*run) && run->window) Press(run, kCancelButton);
-    const bool ended = WaitUntil(run, kClosingSeconds, [run] { return ThreadEnded(*run); });
+    const int seconds = std::min(kClosingSeconds, run->timeoutSeconds);
+    const bool ended = WaitUntil(run, seconds, [run] { return ThreadEnded(*run); });
     if (!error.empty()) {
         run->error = error;
         run->exitCode = exitCode;

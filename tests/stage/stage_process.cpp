@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#include "tests/stage/stage_process.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include <windows.h>
+#include <psapi.h>
+
+#include "media/file_io.h"
+#include "stage/settings_guard.h"
+#include "stage/text_windows.h"
+
+namespace kfx::test {
+namespace {
+
+using stage::Narrow;
+using stage::Widen;
+
+constexpr DWORD kLongestRun = 120000;
+
+// As the system's own splitting of command lines undoes it.
+std::wstring Quoted(const std::string& argument) {
+    std::wstring quoted = L"\"";
+    size_t backslashes = 0;
+    for (const wchar_t c : Widen(argument)) {
+        if (c == L'"') quoted.append(backslashes + 1, L'\\');
+        backslashes = c == L'\\' ? backslashes + 1 : 0;
+        quoted += c;
+    }
+    quoted.append(backslashes, L'\\');
+    return quoted + L"\"";
+}
+
+HANDLE InheritableFile(const std::string& path) {
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    return CreateFileW(Widen(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+// Watches the process's memory until it ends.
+uint64_t WaitForEnd(HANDLE process) {
+    uint64_t peak = 0;
+    const ULONGLONG start = GetTickCount64();
+    while (WaitForSingleObject(process, 10) == WAIT_TIMEOUT) {
+        PROCESS_MEMORY_COUNTERS memory = {};
+        if (GetProcessMemoryInfo(process, &memory, sizeof memory)) {
+            peak = std::max<uint64_t>(peak, memory.PeakWorkingSetSize);
+        }
+        if (GetTickCount64() - start > kLongestRun) {
+            ADD_FAILURE() << "kestrel-stage hangs";
+            TerminateProcess(process, 99);
+        }
+    }
+    return peak;
+}
+
+}  // namespace
+
+std::string FileBesideTest(const std::string& name) {
+    wchar_t program[32768];
+    GetModuleFileNameW(nullptr, program, 32768);
+    return stage::FolderOf(Narrow(program)) + name;
+}
+
+StageResult RunStage(const std::vector<std::string>& arguments) {
+    const TemporaryFolder folder;
+    const std::string outPath = folder.path + "out.txt", errPath = folder.path + "err.txt";
+    std::wstring commandLine = Quoted(FileBesideTest("kestrel-stage.exe"));
+    for (const std::string& argument : arguments) commandLine += L" " + Quoted(argument);
+
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = InheritableFile(outPath);
+    startup.hStdError = InheritableFile(errPath);
+    PROCESS_INFORMATION process = {};
+    StageResult result;
+    const BOOL started = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                        nullptr, &startup, &process);
+    CloseHandle(startup.hStdOutput);
+    CloseHandle(startup.hStdError);
+    if (!started) {
+        ADD_FAILURE() << "kestrel-stage.exe does not start";
+        return result;
+    }
+    result.peakBytes = WaitForEnd(process.hProcess);
+    DWORD exitCode = 0;
+    GetExitCodeProcess(process.hProcess, &exitCode);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    result.exitCode = static_cast<int>(exitCode);
+    result.out = ReadText(outPath);
+    result.err = ReadText(errPath);
+    return result;
+}
+
+nlohmann::json RunStageForJson(std::vector<std::string> arguments) {
+    arguments.emplace_back("--json");
+    const StageResult result = RunStage(arguments);
+    EXPECT_EQ(result.err, "");
+    auto object = nlohmann::json::parse(result.out, nullptr, false);
+    EXPECT_TRUE(object.is_object()) << result.out;
+    if (!object.is_object()) return nlohmann::json::object();
+    EXPECT_EQ(object["exitCode"], result.exitCode);
+    EXPECT_EQ(object["ok"], result.exitCode == 0);
+    return object;
+}
+
+TemporaryFolder::TemporaryFolder() {
+    static int count = 0;
+    wchar_t temporary[MAX_PATH];
+    GetTempPathW(MAX_PATH, temporary);
+    path = Narrow(temporary) + "kestrel-stage-test-" + std::to_string(GetCurrentProcessId()) + "-" +
+           std::to_string(++count) + "\\";
+    CreateDirectoryW(Widen(path).c_str(), nullptr);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    for (const std::string& name : FilesIn(path)) DeleteFileAt(path + name);
+    RemoveDirectoryW(Widen(path).c_str());
+}
+
+std::vector<std::string> FilesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(Widen(folder + "*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return names;
+    do {
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) names.push_back(Narrow(found.cFileName));
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+UserSettings::UserSettings() : folder(stage::SettingsFolder()), path(folder + "kfxplug1.ini") {
+    std::string error;
+    existed = FileExists(path) && ReadWholeFile(path, &found, &error);
+}
+
+UserSettings::~UserSettings() {
+    std::string error;
+    DeleteFileAt(path);
+    if (existed) WriteWholeFile(path, found, &error);
+}
+
+bool FileExists(const std::string& path) {
+    return GetFileAttributesW(Widen(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+void DeleteFileAt(const std::string& path) { DeleteFileW(Widen(path).c_str()); }
+
+std::string ReadText(const std::string& path) {
+    std::vector<uint8_t> bytes;
+    std::string error;
+    EXPECT_TRUE(ReadWholeFile(path, &bytes, &error)) << error;
+    return {bytes.begin(), bytes.end()};
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+    std::string error;
+    EXPECT_TRUE(WriteWholeFile(path, std::vector<uint8_t>(text.begin(), text.end()), &error)) << error;
+}
+
+}  // namespace kfx::test

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+// Runs kestrel-stage as a user does: as a program, on files.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace kfx::test {
+
+struct StageResult {
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+    std::uint64_t peakBytes = 0;  // of memory in use
+};
+
+// Runs kestrel-stage.exe, which stands beside this test, with the arguments (UTF-8) and waits for its end.
+StageResult RunStage(const std::vector<std::string>& arguments);
+
+// The same with --json; fails the test when the output is not one JSON object.
+nlohmann::json RunStageForJson(std::vector<std::string> arguments);
+
+// The path of a file beside this test.
+std::string FileBesideTest(const std::string& name);
+
+// A folder of the test's own, with its backslash; removed with everything in it at the end of the scope.
+struct TemporaryFolder {
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    std::string path;
+};
+
+// The names of the files in a folder (with its backslash), sorted.
+std::vector<std::string> FilesIn(const std::string& folder);
+
+// The plug-in's configuration file: kept as it is found and put back at the end of the scope.
+struct UserSettings {
+    UserSettings();
+    ~UserSettings();
+    UserSettings(const UserSettings&) = delete;
+    UserSettings& operator=(const UserSettings&) = delete;
+
+    std::string folder;
+    std::string path;
+
+private:
+    bool existed = false;
+    std::vector<std::uint8_t> found;
+};
+
+bool FileExists(const std::string& path);
+void DeleteFileAt(const std::string& path);
+std::string ReadText(const std::string& path);
+void WriteText(const std::string& path, const std::string& text);
+
+}  // namespace kfx::test
