@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "effects/oil_painter.h"
 #include "effects/shared/region_copy.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
@@ -33,36 +34,49 @@ int32_t ReachOf(int32_t radius) {
     }
 }
 
-uint8_t BrightnessOf(const uint8_t* pixel) {
-    return static_cast<uint8_t>((pixel[0] * 3735 + pixel[1] * 19235 + pixel[2] * 9798) >> 15);
+constexpr size_t kReadAhead = 32;  // bytes that the painter may read beyond a row
+
+void ComputeLevels(const WorkingImage* canvas, uint8_t* levels, size_t stride) {
+    for (int32_t r = 0; r < canvas->height; ++r, levels += stride) {
+        const uint8_t* pixel = StoredRow(canvas, r);
+        for (int32_t x = 0; x < canvas->width; ++x, pixel += 3)
+            levels[x] = static_cast<uint8_t>((pixel[0] * 3735 + pixel[1] * 19235 + pixel[2] * 9798) >> 15);
+    }
 }
 
-struct Vote {
-    uint32_t* counters;  // 256
-    uint32_t best;
-    const uint8_t* winner;
-};
+// The order of the visit: rows from far to near, each above before its mirror below, the middle row last.
+void ListSpans(int32_t reach, DiamondSpan* spans) {
+    for (int32_t k = 0; k < reach; ++k) {
+        *spans++ = {-(reach - k), 1 - k, 1 + k};
+        *spans++ = {reach - k, 1 - k, 1 + k};
+    }
+    *spans = {0, -reach, reach};
+}
 
-void CastVotes(const uint8_t* row, int32_t firstX, int32_t lastX, Vote* vote) {
-    for (int32_t x = firstX; x <= lastX; ++x) {
-        const uint8_t* pixel = row + 3 * static_cast<size_t>(x);
-        const uint32_t votes = ++vote->counters[BrightnessOf(pixel)];
-        if (votes > vote->best) {
-            vote->best = votes;
-            vote->winner = pixel;
+// Paints all but the canvas's border of n pixels, its rightmost picture column and its last stored picture
+// row. False: memory ran out, `out` is as it was.
+bool Paint(const WorkingImage* canvas, int32_t n, uint16_t* counters, WorkingImage* out) {
+    const int32_t count = canvas->width - 2 * n - 1;
+    const size_t stride = static_cast<size_t>(canvas->width) + kReadAhead;
+    const Scratch<uint8_t> levels(stride * static_cast<size_t>(canvas->height) + kReadAhead);
+    const Scratch<DiamondSpan> spans(2 * static_cast<size_t>(n) + 1);
+    const Scratch<size_t> winners(static_cast<size_t>(canvas->width));
+    if (!levels.address || !spans.address || !winners.address) return false;
+    ComputeLevels(canvas, levels.address, stride);
+    ListSpans(n, spans.address);
+    const Diamond diamond = {n, spans.address};
+    const LevelPlane plane = {levels.address, stride};
+    for (int32_t r = n; r < canvas->height - n - 1; ++r) {
+        PaintRow(diamond, plane, r, n, count, counters, winners.address);
+        uint8_t* to = StoredRow(out, r) + 3 * static_cast<size_t>(n);
+        for (int32_t i = 0; i < count; ++i, to += 3) {
+            const size_t row = winners.address[i] / stride;
+            std::memcpy(
+                to, StoredRow(canvas, static_cast<int32_t>(row)) + 3 * (winners.address[i] - row * stride),
+                3);
         }
     }
-}
-
-const uint8_t* MostFrequent(const WorkingImage* canvas, int32_t x, int32_t r, int32_t n, uint32_t* counters) {
-    std::memset(counters, 0, 256 * sizeof *counters);
-    Vote vote = {counters, 0, nullptr};
-    for (int32_t k = 0; k < n; ++k) {
-        CastVotes(StoredRow(canvas, r - (n - k)), x + 1 - k, x + 1 + k, &vote);
-        CastVotes(StoredRow(canvas, r + (n - k)), x + 1 - k, x + 1 + k, &vote);
-    }
-    CastVotes(StoredRow(canvas, r), x - n, x + n, &vote);
-    return vote.winner;
+    return true;
 }
 
 }  // namespace
@@ -84,13 +98,8 @@ ImageHandle ApplyOilPainting(ImageHandle source, int32_t radius, uint32_t backgr
     if (!out.image) return nullptr;
     FillImage(out.image, background);
     // Without memory for the count the picture is all background.
-    const Scratch<uint32_t> counters(256);
-    if (counters.address) {
-        for (int32_t r = n; r < canvas.image->height - n - 1; ++r)
-            for (int32_t x = n; x < canvas.image->width - n - 1; ++x)
-                std::memcpy(StoredRow(out.image, r) + 3 * static_cast<size_t>(x),
-                            MostFrequent(canvas.image, x, r, n, counters.address), 3);
-    }
+    const Scratch<uint16_t> counters(CounterCount(n));
+    if (counters.address && !Paint(canvas.image, n, counters.address, out.image)) return nullptr;
     return CropImage(painted.memory, {n, n, width + n, height + n});
 }
 

@@ -19,31 +19,39 @@ KFX_INLINE int32_t Rounded(float sum) {
     return whole + (sum - static_cast<float>(whole) >= 0.5f ? 1 : 0);
 }
 
-// out[s] for `count` samples: the sum of weights[j] * rows[j][s]. With a number of taps known to the compiler
-// the sum stays in a register.
-template <int kTaps, typename Store>
-KFX_INLINE void SumTaps(const float* const* rows, const float* weights, int32_t n, size_t count,
-                        const Store& store) {
-    const int32_t taps = kTaps ? kTaps : n;
-    for (size_t s = 0; s < count; ++s) {
-        float sum = 0;
-        for (int32_t j = 0; j < taps; ++j) sum += weights[j] * rows[j][s];
-        store(s, sum);
+constexpr size_t kBlock = 256;  // samples summed side by side; what they are summed into aliases nothing
+
+// sums[s] for `count` samples up to kBlock: the sum of weights[j] * rows[j][first + s]. With a number of taps
+// known to the compiler the loop over them disappears.
+template <int kTaps>
+KFX_INLINE void SumTaps(const float* const* rows, const float* weights, int32_t n, size_t first, size_t count,
+                        float* sums) {
+    if constexpr (kTaps > 0) {
+        for (size_t s = 0; s < count; ++s) {
+            float sum = 0;
+            for (int j = 0; j < kTaps; ++j) sum += weights[j] * rows[j][first + s];
+            sums[s] = sum;
+        }
+    } else {
+        for (size_t s = 0; s < count; ++s) sums[s] = 0;
+        for (int32_t j = 0; j < n; ++j)
+            for (size_t s = 0; s < count; ++s) sums[s] += weights[j] * rows[j][first + s];
     }
 }
 
-template <int kTaps>
-KFX_INLINE void SumToFloats(const float* const* rows, const float* weights, int32_t n, size_t count,
-                            float* out) {
-    SumTaps<kTaps>(rows, weights, n, count,
-                   [out](size_t s, float sum) { out[s] = static_cast<float>(Rounded(sum)); });
-}
-
-template <int kTaps>
-KFX_INLINE void SumToBytes(const float* const* rows, const float* weights, int32_t n, size_t count,
-                           uint8_t* out) {
-    SumTaps<kTaps>(rows, weights, n, count,
-                   [out](size_t s, float sum) { out[s] = static_cast<uint8_t>(Rounded(sum)); });
+template <int kTaps, typename Sample>
+KFX_INLINE void BlurSamples(const float* const* rows, const float* weights, int32_t n, size_t count,
+                            Sample* __restrict out) {
+    const float* row[kTaps ? kTaps : 1];
+    float weight[kTaps ? kTaps : 1];
+    std::copy_n(rows, kTaps, row);
+    std::copy_n(weights, kTaps, weight);
+    for (size_t first = 0; first < count; first += kBlock) {
+        float sums[kBlock];
+        const size_t samples = std::min(kBlock, count - first);
+        SumTaps<kTaps>(kTaps ? row : rows, kTaps ? weight : weights, n, first, samples, sums);
+        for (size_t s = 0; s < samples; ++s) out[first + s] = static_cast<Sample>(Rounded(sums[s]));
+    }
 }
 
 struct BlurFunctions {
@@ -54,21 +62,21 @@ struct BlurFunctions {
 
 template <int kTaps>
 void PlainToFloats(const float* const* rows, const float* weights, int32_t n, size_t count, float* out) {
-    SumToFloats<kTaps>(rows, weights, n, count, out);
+    BlurSamples<kTaps>(rows, weights, n, count, out);
 }
 template <int kTaps>
 void PlainToBytes(const float* const* rows, const float* weights, int32_t n, size_t count, uint8_t* out) {
-    SumToBytes<kTaps>(rows, weights, n, count, out);
+    BlurSamples<kTaps>(rows, weights, n, count, out);
 }
 template <int kTaps>
 KFX_AVX2 void Avx2ToFloats(const float* const* rows, const float* weights, int32_t n, size_t count,
                            float* out) {
-    SumToFloats<kTaps>(rows, weights, n, count, out);
+    BlurSamples<kTaps>(rows, weights, n, count, out);
 }
 template <int kTaps>
 KFX_AVX2 void Avx2ToBytes(const float* const* rows, const float* weights, int32_t n, size_t count,
                           uint8_t* out) {
-    SumToBytes<kTaps>(rows, weights, n, count, out);
+    BlurSamples<kTaps>(rows, weights, n, count, out);
 }
 
 // The panel's depths make 5 to 11 taps; the row for any number comes last.
@@ -89,12 +97,15 @@ const BlurFunctions& ChooseFunctions(int32_t n) {
     return *row;
 }
 
-// Near the ends of a line the weights are cut off: this is the value there, from the sum of the samples
-// inside.
-uint8_t CutValue(float sum, const float* weights, int32_t n, int32_t position, int32_t length) {
+// Near the ends of a line the weights are cut off: this is the sum of those left at a position.
+float CutWeightSum(const float* weights, int32_t n, int32_t position, int32_t length) {
     const int32_t first = position - n / 2;
-    float weightSum = 0;
-    for (int32_t j = std::max(0, -first); j < std::min(n, length - first); ++j) weightSum += weights[j];
+    float sum = 0;
+    for (int32_t j = std::max(0, -first); j < std::min(n, length - first); ++j) sum += weights[j];
+    return sum;
+}
+
+uint8_t CutValue(float sum, float weightSum) {
     return static_cast<uint8_t>(static_cast<int32_t>((sum + 0.5) / weightSum));
 }
 
@@ -115,10 +126,11 @@ void BlurRow(const Blur& blur, const float* padded, int32_t width, float* out) {
     for (int32_t x = 0; x < width; ++x) {
         if (x == half) x = std::max(x, width - half);
         if (x >= width) break;
+        const float weightSum = CutWeightSum(blur.weights, blur.n, x, width);
         for (ptrdiff_t s = 3 * static_cast<ptrdiff_t>(x); s < 3 * static_cast<ptrdiff_t>(x) + 3; ++s) {
             float sum = 0;
             for (int32_t j = 0; j < blur.n; ++j) sum += blur.weights[j] * blur.rows[j][s];
-            out[s] = CutValue(sum, blur.weights, blur.n, x, width);
+            out[s] = CutValue(sum, weightSum);
         }
     }
 }
@@ -127,19 +139,21 @@ void BlurRow(const Blur& blur, const float* padded, int32_t width, float* out) {
 void BlurColumns(const Blur& blur, const float* ring, size_t samples, int32_t y, int32_t height,
                  uint8_t* out) {
     const int32_t half = blur.n / 2;
-    const int32_t first = y - half;
-    const int32_t begin = std::max(0, -first);
-    const int32_t end = std::min(blur.n, height - first);
+    const int32_t firstRow = y - half;
+    const int32_t begin = std::max(0, -firstRow);
+    const int32_t end = std::min(blur.n, height - firstRow);
     for (int32_t j = begin; j < end; ++j)
-        blur.rows[j] = ring + static_cast<size_t>((first + j) % blur.n) * samples;
+        blur.rows[j] = ring + static_cast<size_t>((firstRow + j) % blur.n) * samples;
     if (y >= half && y < height - half) {
         blur.functions->toBytes(blur.rows, blur.weights, blur.n, samples, out);
         return;
     }
-    for (size_t s = 0; s < samples; ++s) {
-        float sum = 0;
-        for (int32_t j = begin; j < end; ++j) sum += blur.weights[j] * blur.rows[j][s];
-        out[s] = CutValue(sum, blur.weights, blur.n, y, height);
+    const float weightSum = CutWeightSum(blur.weights, blur.n, y, height);
+    for (size_t first = 0; first < samples; first += kBlock) {
+        float sums[kBlock];
+        const size_t count = std::min(kBlock, samples - first);
+        SumTaps<0>(blur.rows + begin, blur.weights + begin, end - begin, first, count, sums);
+        for (size_t s = 0; s < count; ++s) out[first + s] = CutValue(sums[s], weightSum);
     }
 }
 
