@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "effects/emboss_fast.h"
 #include "effects/shared/convolution.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
@@ -38,7 +39,8 @@ ImageHandle ApplyEmboss(ImageHandle source, int32_t radius, int32_t depth) {
             *weight = kx == -ky ? 0.0 : bell * (kx >= 0 && ky >= 0 ? 8.0 : -8.0);
         }
     }
-    return ConvolveImage(source, n, matrix.address);
+    const ImageHandle fast = EmbossWithinBound(source, n, matrix.address, sigma);
+    return fast ? fast : ConvolveImage(source, n, matrix.address);
 }
 
 namespace {
