@@ -20,6 +20,9 @@ if(MINGW)
     # The Windows stack is aligned to 16 bytes only, and this compiler does not realign it for 32-byte spills:
     # let the assembler write unaligned moves, which cost the same on aligned addresses.
     target_compile_options(kfx_flags INTERFACE $<$<COMPILE_LANGUAGE:C,CXX>:-Wa,-muse-unaligned-vector-move>)
+    # This compiler notes which registers an inline or template function leaves alone, and relies on it although the
+    # linker may keep another file's copy of that function, compiled at another level. Everything linked must agree.
+    add_compile_options(-fno-ipa-ra)
 endif()
 
 set(KFX_SANITIZE "" CACHE STRING "Sanitizers for every target, as in -fsanitize=")

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+#include "effects/hsb_channels.h"
+
+#include "effects/shared/hsb.h"
+#include "framework/cpu.h"
+#include "framework/memory_guards.h"
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+// Hue, saturation, brightness, HSB on, channel pattern, channels on, invert.
+const Values kBuiltIn = {180, 100, 100, 1, 0, 0, 0};
+
+uint32_t Adjusted(uint32_t color, const Values& values) {
+    return PixelOf(Apply(kHsbChannelsEffect, FlatPicture(1, 1, color).handle, values).handle, 0, 0);
+}
+
+TEST(HsbChannels, EqualsItsReferenceOnPicturesOfAllSizes) {
+    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, kBuiltIn);
+    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, {200, 140, 120, 1, 3, 1, 1});
+    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, {360, 100, 100, 1, 0, 0, 0});
+    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, {0, 200, 200, 1, 0, 0, 1});
+    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, {77, 0, 33, 1, 6, 1, 0});
+}
+
+TEST(HsbChannels, EqualsItsReferenceForEveryHueSaturationAndBrightness) {
+    const Picture source = RandomPicture(211, 5, 2);
+    for (int32_t i = 0; i <= 360; i += 7)
+        ASSERT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle, {i, 200 - i / 2, 130, 1, 0, 0, 0}));
+    for (int32_t i = 0; i <= 200; i += 3)
+        ASSERT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle, {180, 100, i, 1, 0, 0, 0}));
+    for (int32_t i = 0; i <= 200; i += 3)
+        ASSERT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle, {180, i, 100, 1, 0, 0, 0}));
+}
+
+TEST(HsbChannels, EqualsItsReferenceOnGreysAndPureColours) {
+    // Equal channels, and hues right on the borders of sectors.
+    Picture source = FlatPicture(256, 12, 0);
+    {
+        const ImageLock lock(source.handle);
+        for (int32_t x = 0; x < 256; ++x)
+            for (int32_t y = 0; y < 12; ++y) {
+                const auto c = static_cast<uint32_t>(x);
+                const uint32_t r = y & 1 ? c : y & 8 ? 255 : 0;
+                const uint32_t g = y & 2 ? c : y & 8 ? 255 : 0;
+                const uint32_t b = y & 4 ? c : y & 8 ? 255 : 0;
+                SetDibPixel(lock.image, x, y, Rgb(r, g, b));
+            }
+    }
+    for (const int32_t hue : {0, 60, 120, 179, 180, 181, 240, 300, 360})
+        for (const int32_t saturation : {0, 1, 100, 200})
+            for (const int32_t brightness : {0, 99, 200})
+                ASSERT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle,
+                                            {hue, saturation, brightness, 1, 0, 0, 0}));
+}
+
+TEST(HsbChannels, EqualsItsReferenceOutsideTheSliders) {
+    const Picture source = RandomPicture(37, 9, 3);
+    for (size_t i = 0; i < kBuiltIn.size(); ++i)
+        for (const int32_t odd : {0, -1, -300, 7, 256, 1000, INT32_MAX, INT32_MIN}) {
+            Values values = {181, 101, 102, 1, 1, 1, 1};
+            values[i] = odd;
+            EXPECT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle, values)) << i;
+        }
+}
+
+TEST(HsbChannels, TheMiddlePositionsChangeNoneOfAllColours) {
+    // What the kernel's copying instead of computing rests on. Every colour goes through the computation
+    // itself.
+    const HsbShift middle = MakeHsbShift(180, 100, 100);
+    const Scratch<uint8_t> row(3 * 65536);
+    ASSERT_NE(row.address, nullptr);
+    for (uint32_t red = 0; red < 256; ++red) {
+        for (uint32_t i = 0; i < 65536; ++i) {
+            row.address[3 * i] = static_cast<uint8_t>(i);
+            row.address[3 * i + 1] = static_cast<uint8_t>(i >> 8);
+            row.address[3 * i + 2] = static_cast<uint8_t>(red);
+        }
+        ShiftHsbRow(row.address, 65536, middle);
+        uint32_t changed = 0;
+        for (uint32_t i = 0; i < 65536; ++i)
+            changed += row.address[3 * i] != (i & 255) || row.address[3 * i + 1] != i >> 8 ||
+                       row.address[3 * i + 2] != red;
+        ASSERT_EQ(changed, 0u) << red;
+    }
+}
+
+TEST(HsbChannels, AllStagesOffGiveAnUnchangedCopy) {
+    const Picture source = RandomPicture(13, 9, 4);
+    const Picture result = Apply(kHsbChannelsEffect, source.handle, {20, 170, 130, 0, 3, 0, 0});
+    EXPECT_TRUE(SamePicture(source.handle, result.handle));
+    EXPECT_NE(source.handle, result.handle);
+}
+
+TEST(HsbChannels, InvertComesBeforeTheChannels) {
+    EXPECT_EQ(Adjusted(Rgb(10, 20, 30), {180, 100, 100, 0, 0, 1, 1}), Rgb(225, 235, 245));
+}
+
+TEST(HsbChannels, TheSevenPatternsRearrangeAsTheyAreNamed) {
+    const uint32_t expected[] = {Rgb(3, 2, 1), Rgb(2, 1, 3), Rgb(1, 3, 2), Rgb(2, 1, 1),
+                                 Rgb(1, 2, 2), Rgb(3, 3, 2), Rgb(2, 2, 3)};
+    for (int32_t pattern = 0; pattern < 7; ++pattern)
+        EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, pattern, 1, 0}), expected[pattern]) << pattern;
+}
+
+TEST(HsbChannels, AnIndexBeyondTheListIsItsLastItemAndNoSelectionIsItsFirst) {
+    EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, 7, 1, 0}), Rgb(2, 2, 3));
+    EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, INT32_MAX, 1, 0}), Rgb(2, 2, 3));
+    EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, -1, 1, 0}), Rgb(3, 2, 1));
+    EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, INT32_MIN, 1, 0}), Rgb(3, 2, 1));
+}
+
+TEST(HsbChannels, HalfATurnMakesPureRedCyan) {
+    EXPECT_EQ(Adjusted(Rgb(255, 0, 0), {360, 100, 100, 1, 0, 0, 0}), Rgb(0, 255, 255));
+}
+
+TEST(HsbChannels, AHueShiftedOutOfTheCircleTakesTheLastSectorsColours) {
+    // Blue at 240 degrees plus 180: 420, sector 7, whose fraction is 0: (V, p, q).
+    EXPECT_EQ(Adjusted(Rgb(0, 0, 255), {360, 100, 100, 1, 0, 0, 0}), Rgb(255, 0, 255));
+    // Red at 0 minus 180: sector -3, fraction 0.
+    EXPECT_EQ(Adjusted(Rgb(255, 0, 0), {0, 100, 100, 1, 0, 0, 0}), Rgb(255, 0, 255));
+}
+
+TEST(HsbChannels, NoSaturationMakesGreyAtThePixelsBrightness) {
+    EXPECT_EQ(Adjusted(Rgb(10, 200, 30), {250, 0, 100, 1, 0, 0, 0}), Rgb(200, 200, 200));
+    EXPECT_EQ(Adjusted(Rgb(255, 0, 7), {180, 0, 100, 1, 0, 0, 0}), Rgb(255, 255, 255));
+}
+
+TEST(HsbChannels, DoubleBrightnessIsCapped) {
+    EXPECT_EQ(Adjusted(Rgb(128, 128, 128), {180, 100, 200, 1, 0, 0, 0}), Rgb(255, 255, 255));
+}
+
+TEST(HsbChannels, BlackStaysBlackUnderEveryShift) {
+    for (const int32_t hue : {0, 90, 180, 360})
+        for (const int32_t saturation : {0, 100, 200})
+            for (const int32_t brightness : {0, 100, 200})
+                EXPECT_EQ(Adjusted(0, {hue, saturation, brightness, 1, 0, 0, 0}), 0u);
+}
+
+TEST(HsbChannels, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kHsbChannelsEffect, kBuiltIn); }
+
+TEST(HsbChannels, RefusedMemoryIsSurvived) {
+    ExpectRefusedMemoryIsSurvived(kHsbChannelsEffect, RandomPicture(9, 8, 1).handle,
+                                  {200, 140, 120, 1, 3, 1, 1});
+}
+
+}  // namespace
+}  // namespace kfx::test

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include "effects/lens_flare.h"
+
+#include <vector>
+
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+const Values kBuiltIn = {50, 50, 175};
+
+TEST(LensFlare, EqualsItsReferenceOnPicturesOfAllSizes) {
+    ExpectReferenceOnTrickyPictures(kLensFlareEffect, kBuiltIn);
+    ExpectReferenceOnTrickyPictures(kLensFlareEffect, {20, 30, 300});
+    ExpectReferenceOnTrickyPictures(kLensFlareEffect, {99, 1, 50});
+}
+
+TEST(LensFlare, EqualsItsReferenceOnALargerPicture) {
+    const Picture source = RandomPicture(321, 243, 2);
+    EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {25, 30, 300}));
+    EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {71, 64, 220}));
+}
+
+TEST(LensFlare, EqualsItsReferenceAtEveryDepth) {
+    for (const int32_t bits : {1, 4, 8, 32})
+        EXPECT_TRUE(SameAsReference(kLensFlareEffect, RandomPicture(61, 40, 3, bits).handle, {40, 60, 250}));
+}
+
+TEST(LensFlare, EqualsItsReferenceOutsideTheSliders) {
+    const Picture source = RandomPicture(60, 45, 4);
+    for (const int32_t odd : {-500, -1, 0, 100, 101, 700, 12345}) {
+        EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {odd, 50, 175}));
+        EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {50, odd, 175}));
+        EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {40, 40, odd}));
+    }
+}
+
+TEST(LensFlare, WithTheLightInTheMiddleEveryElementCollapsesOntoTheCentre) {
+    FlareElement elements[kFlareElements];
+    BuildFlareElements(100, 60, 200, 120, 350, elements);
+    for (const FlareElement& element : elements) {
+        EXPECT_EQ(element.column, 100);
+        EXPECT_EQ(element.row, 60);
+    }
+}
+
+TEST(LensFlare, ElementsStandAlongTheLineFromTheLightThroughTheCentre) {
+    FlareElement elements[kFlareElements];
+    BuildFlareElements(11, 91, 101, 77, 100, elements);
+    // The picture's centre is (50, 38) in whole pixels, so the line runs by (39, -53).
+    EXPECT_EQ(elements[0].column, 76);   // 50 + 39 * 0.6699 = 76.1
+    EXPECT_EQ(elements[0].row, 2);       // 38 - 53 * 0.6699 = 2.49
+    EXPECT_EQ(elements[10].column, -8);  // 50 - 39 * 1.496 = -8.3, truncated
+    EXPECT_EQ(elements[10].row, 117);    // 38 + 53 * 1.496 = 117.3
+    EXPECT_EQ(elements[13].column, 90);  // mirrored exactly: 101 - 11
+    EXPECT_EQ(elements[13].row, -14);    // 77 - 91
+    EXPECT_EQ(elements[0].size, static_cast<float>(2.7));
+    EXPECT_EQ(elements[11].size, 50.0f);
+    EXPECT_EQ(elements[0].color[2], static_cast<float>(113 / 255.0));
+    const FlareKind kinds[] = {FlareKind::Disc, FlareKind::Spot, FlareKind::Halo, FlareKind::Ring};
+    const int32_t ends[] = {3, 12, 15, 19};
+    for (int32_t i = 0, kind = 0; i < kFlareElements; ++i) {
+        if (i == ends[kind]) ++kind;
+        EXPECT_EQ(elements[i].kind, kinds[kind]) << i;
+    }
+}
+
+TEST(LensFlare, PixelsFarFromEveryElementKeepTheirValue) {
+    const Picture source = RandomPicture(200, 100, 5);
+    const Picture result = Apply(kLensFlareEffect, source.handle, {50, 50, 50});
+    // The scale is 100, the greatest element reaches half of that.
+    for (int32_t y = 0; y < 100; ++y)
+        for (int32_t x = 0; x < 200; ++x)
+            if ((x - 100) * (x - 100) + (y - 50) * (y - 50) > 51 * 51) {
+                ASSERT_EQ(PixelOf(result.handle, x, y), PixelOf(source.handle, x, y)) << x << ", " << y;
+            }
+    EXPECT_NE(PixelOf(result.handle, 100, 50), PixelOf(source.handle, 100, 50));
+}
+
+TEST(LensFlare, IndexedPicturesAreBlendedAsIfTheIndexWereAColour) {
+    Picture source(CreateDib(20, 20, nullptr, 8));
+    {
+        const ImageLock lock(source.handle);
+        for (int32_t i = 0; i < 400; ++i) SetDibPixel(lock.image, i % 20, i / 20, 3);
+    }
+    const Picture result = Apply(kLensFlareEffect, source.handle, kBuiltIn);
+    // Index 3 is taken for a red of 3; what comes out as red becomes the index.
+    EXPECT_GT(PixelOf(result.handle, 10, 10), 200u);
+    EXPECT_LT(PixelOf(result.handle, 10, 10), 256u);
+}
+
+TEST(LensFlare, TheTopByteOfA32BitPixelIsZeroWhereverSomethingWasPainted) {
+    Picture source(CreateDib(200, 100, nullptr, 32));
+    {
+        const ImageLock lock(source.handle);
+        for (int32_t y = 0; y < 100; ++y)
+            for (int32_t x = 0; x < 200; ++x) SetDibPixel(lock.image, x, y, 0xAB102030);
+    }
+    const Picture result = Apply(kLensFlareEffect, source.handle, {50, 50, 50});
+    EXPECT_EQ(PixelOf(result.handle, 100, 50) >> 24, 0u);
+    EXPECT_EQ(PixelOf(result.handle, 60, 50) >> 24, 0u);
+    EXPECT_EQ(PixelOf(result.handle, 0, 0), 0xAB102030u);
+}
+
+TEST(LensFlare, ANegativeStrengthDarkensAndWrapsThroughTheMask) {
+    const Picture picture = FlatPicture(1, 1, Rgb(100, 200, 0));
+    const ImageLock lock(picture.handle);
+    const float white[] = {1, 1, 0.5f};
+    BrightenPixel(lock.image, -1, white, 0, 0);
+    // 100 - 155 = -55 and 0 - 127.5, both beyond the low byte's range; 200 - 55 is not.
+    EXPECT_EQ(GetDibPixel(lock.image, 0, 0), Rgb(201, 145, 129));
+}
+
+TEST(LensFlare, AHaloIsBrightestNearItsRimAndFadesToNothingAtItsCentre) {
+    const float white[] = {1, 1, 1};
+    const Picture picture = FlatPicture(101, 101, 0);
+    const ImageLock lock(picture.handle);
+    std::vector<float> strengths(101);
+    PaintFlareSpot(lock.image, {white, 50.0, 50, 50, FlareKind::Halo}, strengths.data());
+    EXPECT_EQ(GetDibPixel(lock.image, 50, 50), 0u);
+    EXPECT_EQ(RedOf(GetDibPixel(lock.image, 25, 50)), 127u);  // t = 25 / 6: 1 - 0.5
+    EXPECT_EQ(RedOf(GetDibPixel(lock.image, 6, 50)), 255u);   // t = 1
+    EXPECT_EQ(RedOf(GetDibPixel(lock.image, 3, 50)), 127u);   // t = 3 / 6
+    EXPECT_EQ(GetDibPixel(lock.image, 0, 50), 0u);
+}
+
+TEST(LensFlare, AFlareSmallerThanAPixelPaintsNothing) {
+    const Picture source = RandomPicture(1, 1, 6);
+    EXPECT_TRUE(SamePicture(source.handle, Apply(kLensFlareEffect, source.handle, {50, 50, 50}).handle));
+    const Picture larger = RandomPicture(40, 30, 7);
+    EXPECT_TRUE(SamePicture(larger.handle, Apply(kLensFlareEffect, larger.handle, {50, 50, -200}).handle));
+}
+
+TEST(LensFlare, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kLensFlareEffect, kBuiltIn); }
+
+TEST(LensFlare, RefusedMemoryIsSurvived) {
+    ExpectRefusedMemoryIsSurvived(kLensFlareEffect, RandomPicture(9, 8, 1).handle, kBuiltIn);
+}
+
+}  // namespace
+}  // namespace kfx::test

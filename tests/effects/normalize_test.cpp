@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+#include "effects/normalize.h"
+
+#include <cstring>
+#include <utility>
+
+#include "framework/effect_operations.h"
+#ifndef _WIN32
+#include "framework/movable_memory_native.h"
+#endif
+#include "framework/settings.h"
+#include "framework/source_animation.h"
+#include "tests/effects/effect_checks.h"
+#include "tests/support/animation_blocks.h"
+
+namespace kfx::test {
+namespace {
+
+const Values kPerFrame = {0};
+
+Picture GreyPicture(int32_t width, int32_t height, uint32_t (*level)(int32_t i)) {
+    Picture picture = FlatPicture(width, height, 0);
+    const ImageLock lock(picture.handle);
+    for (int32_t i = 0; i < width * height; ++i) {
+        const uint32_t grey = level(i);
+        SetDibPixel(lock.image, i % width, i / width, Rgb(grey, grey, grey));
+    }
+    return picture;
+}
+
+// The pictures one above the other, and the strip of one of them.
+Picture Stacked(const Picture& upper, const Picture& lower) {
+    const ImageLock a(upper.handle);
+    const ImageLock b(lower.handle);
+    Picture both = FlatPicture(a.image->width, a.image->height + b.image->height, 0);
+    const ImageLock to(both.handle);
+    for (int32_t y = 0; y < to.image->height; ++y)
+        std::memcpy(PictureRow(to.image, y),
+                    y < a.image->height ? PictureRow(a.image, y) : PictureRow(b.image, y - a.image->height),
+                    StrideOf(to.image));
+    return both;
+}
+
+std::vector<std::vector<uint8_t>> Build(const std::vector<const Picture*>& pictures) {
+    std::vector<BlockFrame> frames;
+    for (const Picture* picture : pictures) {
+        frames.emplace_back();
+        frames.back().bitmap = BytesOf(picture->handle);
+    }
+    sourceAnimation = MakeMemory(MakeAnimationBlock(frames));
+    FrameList list = {};
+    EffectBuildContext context = {nullptr, &list, 0, nullptr};
+    EXPECT_EQ(BuildEffect(kNormalizeEffect, &context), 1);
+    std::vector<std::vector<uint8_t>> results;
+    for (int32_t i = 0; i < list.count; ++i) {
+        FrameEntry entry;
+        EXPECT_TRUE(GetFrame(list, i, &entry));
+        results.push_back(BytesOf(entry.image));
+    }
+    FreeFrames(&list);
+    FreeMemory(sourceAnimation);
+    sourceAnimation = nullptr;
+    return results;
+}
+
+TEST(Normalize, EqualsItsReferenceOnPicturesOfAllSizes) {
+    ExpectReferenceOnTrickyPictures(kNormalizeEffect, kPerFrame);
+}
+
+TEST(Normalize, EqualsItsReferenceForEveryRangeOfLevels) {
+    for (int32_t low = 0; low < 256; low += 5)
+        for (int32_t high = low; high < 256; high += 3) {
+            Picture source = RandomPicture(64, 2, 3);
+            {
+                const ImageLock lock(source.handle);
+                for (int32_t x = 0; x < 64; ++x) {
+                    const auto grey = static_cast<uint32_t>(x % 2 ? low : high);
+                    SetDibPixel(lock.image, x, 0, Rgb(grey, grey, grey));
+                    SetDibPixel(lock.image, x, 1, x % 2 ? Rgb(grey, 0, 255) : Rgb(0, grey, grey));
+                }
+            }
+            ASSERT_TRUE(SameAsReference(kNormalizeEffect, source.handle, kPerFrame)) << low << ", " << high;
+        }
+}
+
+TEST(Normalize, AFullRangeIsMappedOnto254Levels) {
+    // Two percent at either end and everything between.
+    const Picture source = GreyPicture(100, 10, [](int32_t i) {
+        return i < 20 ? 0u : i < 40 ? 255u : static_cast<uint32_t>(i) * 7 % 256;
+    });
+    const Picture result = Apply(kNormalizeEffect, source.handle, kPerFrame);
+    for (int32_t y = 0; y < 10; ++y)
+        for (int32_t x = 0; x < 100; ++x)
+            EXPECT_EQ(RedOf(PixelOf(result.handle, x, y)), RedOf(PixelOf(source.handle, x, y)) * 254 / 255);
+    EXPECT_EQ(RedOf(PixelOf(result.handle, 25, 0)), 254u);
+}
+
+TEST(Normalize, FiftyPixelsAreStretchedBetweenTheirOwnEnds) {
+    const Picture source = GreyPicture(10, 5, [](int32_t i) { return 60 + static_cast<uint32_t>(i); });
+    const Picture result = Apply(kNormalizeEffect, source.handle, kPerFrame);
+    // The luminance of a grey is up to two below it; the range's own levels lie in the picture.
+    EXPECT_TRUE(SameAsReference(kNormalizeEffect, source.handle, kPerFrame));
+    EXPECT_LT(RedOf(PixelOf(result.handle, 0, 0)), 13u);
+    EXPECT_GE(RedOf(PixelOf(result.handle, 9, 4)), 254u);
+}
+
+TEST(Normalize, ChannelsBeyondTheRangeOfLuminanceAreClipped) {
+    const Picture source = GreyPicture(10, 10, [](int32_t i) { return 100 + static_cast<uint32_t>(i % 10); });
+    {
+        const ImageLock lock(source.handle);
+        SetDibPixel(lock.image, 0, 0, Rgb(255, 60, 0));  // its own luminance lies within the others'
+    }
+    const Picture result = Apply(kNormalizeEffect, source.handle, kPerFrame);
+    EXPECT_EQ(PixelOf(result.handle, 0, 0), Rgb(255, 0, 0));
+}
+
+TEST(Normalize, OneLuminanceLeavesThePictureUnchanged) {
+    EXPECT_EQ(Apply(kNormalizeEffect, FlatPicture(9, 9, 0x336699).handle, kPerFrame).handle, nullptr);
+    EXPECT_EQ(Apply(kNormalizeEffect, FlatPicture(1, 1, 0).handle, kPerFrame).handle, nullptr);
+}
+
+TEST(Normalize, ARareLevelBesideOneThatHoldsNearlyEverythingStillCounts) {
+    // Less than a percent differs: both ends first fall on one level, then the first and last occupied ones
+    // count.
+    const Picture source = GreyPicture(100, 10, [](int32_t i) { return i ? 100u : 200u; });
+    const Picture result = Apply(kNormalizeEffect, source.handle, kPerFrame);
+    EXPECT_GE(RedOf(PixelOf(result.handle, 0, 0)), 254u);
+    EXPECT_LT(RedOf(PixelOf(result.handle, 1, 0)), 10u);
+}
+
+TEST(Normalize, DistributedStretchesAllFramesByOneHistogram) {
+    settings.style019Distributed = 1;
+    const Picture dark = GreyPicture(50, 20, [](int32_t i) { return 20 + static_cast<uint32_t>(i) % 60; });
+    const Picture light = GreyPicture(50, 20, [](int32_t i) { return 120 + static_cast<uint32_t>(i) % 90; });
+    const auto frames = Build({&dark, &light});
+    const Picture expected = Apply(kNormalizeEffect, Stacked(dark, light).handle, kPerFrame);
+    ASSERT_EQ(frames.size(), 2u);
+    for (int32_t y = 0; y < 20; ++y)
+        for (int32_t x = 0; x < 50; ++x) {
+            const size_t at = sizeof(WorkingImage) + RowStride(50, 24) * static_cast<size_t>(19 - y) +
+                              3 * static_cast<size_t>(x);
+            ASSERT_EQ(frames[0][at], BlueOf(PixelOf(expected.handle, x, y)));
+            ASSERT_EQ(frames[1][at], BlueOf(PixelOf(expected.handle, x, y + 20)));
+        }
+}
+
+TEST(Normalize, WithoutDistributedEachFrameIsStretchedByItself) {
+    settings.style019Distributed = 0;
+    const Picture dark = GreyPicture(50, 20, [](int32_t i) { return 20 + static_cast<uint32_t>(i) % 60; });
+    const Picture flat = FlatPicture(50, 20, 0x808080);
+    const auto frames = Build({&dark, &flat});
+    settings.style019Distributed = 1;
+    ASSERT_EQ(frames.size(), 2u);
+    EXPECT_EQ(frames[0], BytesOf(Apply(kNormalizeEffect, dark.handle, kPerFrame).handle));
+    EXPECT_EQ(frames[1], BytesOf(flat.handle));
+}
+
+TEST(Normalize, FramesOfOneLuminanceStayAlsoWhenDistributed) {
+    settings.style019Distributed = 1;
+    const Picture flat = FlatPicture(8, 8, 0x445566);
+    const auto frames = Build({&flat, &flat, &flat});
+    ASSERT_EQ(frames.size(), 3u);
+    for (const auto& frame : frames) EXPECT_EQ(frame, BytesOf(flat.handle));
+}
+
+#ifndef _WIN32
+TEST(Normalize, WithoutMemoryForTheHistogramEveryFrameStays) {
+    const Picture picture = GreyPicture(20, 20, [](int32_t i) { return 50 + static_cast<uint32_t>(i) % 60; });
+    const size_t blocks = CountMemory().liveBlocks;
+    uint64_t record[2] = {0, 0};
+    RefuseAllocation(1);
+    GatherLuminance(picture.handle, record);
+    ResetMemoryCounts();
+    GatherLuminance(picture.handle, record);  // memory is back, but the first frame is missing
+    EXPECT_EQ(ApplyGatheredLuminance(picture.handle, record), nullptr);
+    ReleaseLuminance(record);
+    EXPECT_EQ(CountMemory().liveBlocks, blocks);
+    EXPECT_EQ(record[0], 0u);
+}
+#endif
+
+TEST(Normalize, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kNormalizeEffect, {1}); }
+
+TEST(Normalize, RefusedMemoryIsSurvived) {
+    ExpectRefusedMemoryIsSurvived(kNormalizeEffect, RandomPicture(9, 8, 1).handle, kPerFrame);
+}
+
+}  // namespace
+}  // namespace kfx::test

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include "effects/raster.h"
+
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+TEST(Raster, EqualsItsReferenceOnPicturesOfAllSizes) {
+    ExpectReferenceOnTrickyPictures(kRasterEffect, {160, 1});
+    ExpectReferenceOnTrickyPictures(kRasterEffect, {255, 8});
+    ExpectReferenceOnTrickyPictures(kRasterEffect, {1, 3});
+}
+
+TEST(Raster, EqualsItsReferenceForEveryDensityAndValue) {
+    Picture source = FlatPicture(256, 1, 0);
+    {
+        const ImageLock lock(source.handle);
+        for (int32_t x = 0; x < 256; ++x) {
+            const auto c = static_cast<uint32_t>(x);
+            SetDibPixel(lock.image, x, 0, Rgb(c, c, c));
+        }
+    }
+    for (int32_t density = 0; density < 256; ++density)
+        ASSERT_TRUE(SameAsReference(kRasterEffect, source.handle, {density, 1}));
+}
+
+TEST(Raster, EqualsItsReferenceOutsideTheSliders) {
+    const Picture source = RandomPicture(37, 21, 2);
+    for (const int32_t odd : {0, -1, -300, 256, 1000, INT32_MAX, INT32_MIN}) {
+        EXPECT_TRUE(SameAsReference(kRasterEffect, source.handle, {odd, 1}));
+        EXPECT_TRUE(SameAsReference(kRasterEffect, source.handle, {160, odd}));
+    }
+}
+
+TEST(Raster, FullDensityPaintsLinesInTheBackgroundColour) {
+    const Picture source = RandomPicture(9, 8, 3);
+    const Picture result = Apply(kRasterEffect, source.handle, {255, 1}, 0x123456);
+    for (int32_t y = 0; y < 8; ++y)
+        for (int32_t x = 0; x < 9; ++x)
+            EXPECT_EQ(PixelOf(result.handle, x, y), y % 2 ? PixelOf(source.handle, x, y) : 0x123456u);
+}
+
+TEST(Raster, LeastDensityHardlyChangesALine) {
+    EXPECT_EQ(PixelOf(Apply(kRasterEffect, FlatPicture(3, 1, 0xFFFFFF).handle, {1, 1}, 0).handle, 1, 0),
+              0xFEFEFEu);
+}
+
+TEST(Raster, LinesAndGapsAlternateWithEqualHeightFromTheTop) {
+    for (const int32_t size : {1, 3, 8}) {
+        const Picture result = Apply(kRasterEffect, FlatPicture(2, 40, 0).handle, {255, size}, 0x00FF00);
+        for (int32_t y = 0; y < 40; ++y)
+            EXPECT_EQ(PixelOf(result.handle, 0, y), y / size % 2 == 0 ? 0x00FF00u : 0u) << size << ", " << y;
+    }
+}
+
+TEST(Raster, APictureOfOneRowIsALine) {
+    EXPECT_EQ(PixelOf(Apply(kRasterEffect, FlatPicture(4, 1, 0).handle, {255, 1}, 0x112233).handle, 3, 0),
+              0x112233u);
+}
+
+TEST(Raster, MidGreyAtDensity160TurnsWhiteInto174) {
+    const Picture result = Apply(kRasterEffect, FlatPicture(1, 1, 0xFFFFFF).handle, {160, 1}, 0x7F7F7F);
+    EXPECT_EQ(PixelOf(result.handle, 0, 0), 0xAEAEAEu);
+}
+
+TEST(Raster, LinesWithoutAHeightAreNotDrawn) {
+    const Picture source = RandomPicture(6, 5, 4);
+    for (const int32_t size : {0, -1, INT32_MIN})
+        EXPECT_TRUE(SamePicture(source.handle, Apply(kRasterEffect, source.handle, {160, size}).handle));
+}
+
+TEST(Raster, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kRasterEffect, {160, 1}); }
+
+TEST(Raster, RefusedMemoryIsSurvived) {
+    ExpectRefusedMemoryIsSurvived(kRasterEffect, RandomPicture(9, 8, 1).handle, {160, 1});
+}
+
+}  // namespace
+}  // namespace kfx::test

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "effects/solarize.h"
+
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+uint32_t Solarized(uint32_t color, int32_t threshold) {
+    return PixelOf(Apply(kSolarizeEffect, FlatPicture(1, 1, color).handle, {threshold}).handle, 0, 0);
+}
+
+TEST(Solarize, EqualsItsReferenceOnPicturesOfAllSizes) {
+    for (const int32_t threshold : {128, 1, 255, 77})
+        ExpectReferenceOnTrickyPictures(kSolarizeEffect, {threshold});
+}
+
+TEST(Solarize, EqualsItsReferenceOutsideTheSlider) {
+    for (const int32_t threshold : {0, -1, -300, 256, 257, 1000, INT32_MAX, INT32_MIN})
+        EXPECT_TRUE(SameAsReference(kSolarizeEffect, RandomPicture(67, 5, 2).handle, {threshold}));
+}
+
+TEST(Solarize, ThresholdOneTurnsOnlyZeros) {
+    EXPECT_EQ(Solarized(Rgb(0, 1, 255), 1), Rgb(255, 1, 255));
+    EXPECT_EQ(Solarized(Rgb(2, 0, 128), 1), Rgb(2, 255, 128));
+}
+
+TEST(Solarize, Threshold255TurnsEverythingBut255) {
+    EXPECT_EQ(Solarized(Rgb(0, 254, 255), 255), Rgb(255, 1, 255));
+    EXPECT_EQ(Solarized(Rgb(100, 200, 50), 255), Rgb(155, 55, 205));
+}
+
+TEST(Solarize, TheDarkSideOfTheThresholdTurns) {
+    EXPECT_EQ(Solarized(Rgb(100, 200, 50), 128), Rgb(155, 200, 205));
+    EXPECT_EQ(Solarized(Rgb(127, 128, 129), 128), Rgb(128, 128, 129));
+}
+
+TEST(Solarize, RowPaddingStaysZero) {
+    const Picture result = Apply(kSolarizeEffect, RandomPicture(5, 3, 3).handle, {128});
+    const ImageLock lock(result.handle);
+    for (int32_t r = 0; r < 3; ++r) EXPECT_EQ(StoredRow(lock.image, r)[15], 0);
+}
+
+TEST(Solarize, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kSolarizeEffect, {128}); }
+
+TEST(Solarize, RefusedMemoryIsSurvived) {
+    ExpectRefusedMemoryIsSurvived(kSolarizeEffect, RandomPicture(9, 8, 1).handle, {128});
+}
+
+}  // namespace
+}  // namespace kfx::test

@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: MIT
+#include "effects/water_drops.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+
+#include "framework/random.h"
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+struct HeldClock {
+    explicit HeldClock(uint32_t seconds) { HoldClock(seconds); }
+    ~HeldClock() { ReleaseClock(); }
+    HeldClock(const HeldClock&) = delete;
+    HeldClock& operator=(const HeldClock&) = delete;
+};
+
+// Red is the column, green the row.
+Picture CoordinatePicture(int32_t width, int32_t height) {
+    Picture picture = FlatPicture(width, height, 0);
+    const ImageLock lock(picture.handle);
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x)
+            SetDibPixel(lock.image, x, y, Rgb(static_cast<uint32_t>(x), static_cast<uint32_t>(y), 77));
+    return picture;
+}
+
+struct Offsets {
+    int32_t least = 100;
+    int32_t most = -100;
+};
+
+Offsets OffsetsOf(int32_t aperture) {
+    const HeldClock clock(12345);
+    const Picture result = Apply(kWaterDropsEffect, CoordinatePicture(200, 200).handle, {aperture});
+    Offsets offsets;
+    for (int32_t y = 10; y < 190; ++y)
+        for (int32_t x = 10; x < 190; ++x) {
+            const uint32_t pixel = PixelOf(result.handle, x, y);
+            for (const int32_t offset :
+                 {static_cast<int32_t>(RedOf(pixel)) - x, static_cast<int32_t>(GreenOf(pixel)) - y}) {
+                offsets.least = std::min(offsets.least, offset);
+                offsets.most = std::max(offsets.most, offset);
+            }
+        }
+    return offsets;
+}
+
+TEST(WaterDrops, EqualsItsReferenceOnPicturesOfAllSizes) {
+    for (const int32_t aperture : {3, 4, 5, 12}) {
+        const HeldClock clock(1700000000u + static_cast<uint32_t>(aperture));
+        ExpectReferenceOnTrickyPictures(kWaterDropsEffect, {aperture});
+    }
+}
+
+TEST(WaterDrops, EqualsItsReferenceAtEveryDepth) {
+    const HeldClock clock(99);
+    for (const int32_t bits : {1, 4, 8, 32})
+        for (const Size& size : {Size{17, 11}, Size{64, 9}, Size{1, 20}})
+            EXPECT_TRUE(SameAsReference(kWaterDropsEffect,
+                                        RandomPicture(size.width, size.height, 3, bits).handle, {5}));
+}
+
+TEST(WaterDrops, EqualsItsReferenceForEveryApertureOutsideTheSlider) {
+    const HeldClock clock(3000000000u);
+    const Picture source = RandomPicture(40, 30, 5);
+    for (const int32_t aperture :
+         {-5, 0,  1,  2,  6,   7,    8,     9,     10,    11,    13,    14,      15,       16,
+          17, 31, 32, 33, 100, 1023, 16384, 32767, 32768, 32769, 65537, 1000000, INT32_MAX})
+        EXPECT_TRUE(SameAsReference(kWaterDropsEffect, source.handle, {aperture}));
+}
+
+TEST(WaterDrops, OddAperturesScatterEvenlyAndEvenOnesLeanToTheLeftAndUp) {
+    EXPECT_EQ(OffsetsOf(3).least, -1);
+    EXPECT_EQ(OffsetsOf(3).most, 1);
+    EXPECT_EQ(OffsetsOf(4).least, -2);
+    EXPECT_EQ(OffsetsOf(4).most, 1);
+    EXPECT_EQ(OffsetsOf(5).least, -2);
+    EXPECT_EQ(OffsetsOf(5).most, 2);
+    EXPECT_EQ(OffsetsOf(12).least, -6);
+    EXPECT_EQ(OffsetsOf(12).most, 5);
+}
+
+TEST(WaterDrops, PixelsWhoseSourceLiesOutsideKeepTheirValueAndNeverTurnBlack) {
+    const HeldClock clock(4);
+    const Picture result = Apply(kWaterDropsEffect, CoordinatePicture(20, 20).handle, {12});
+    int32_t kept = 0;
+    for (int32_t y = 0; y < 20; ++y)
+        for (int32_t x = 0; x < 20; ++x) {
+            const uint32_t pixel = PixelOf(result.handle, x, y);
+            EXPECT_EQ(BlueOf(pixel), 77u);
+            kept += RedOf(pixel) == static_cast<uint32_t>(x) && GreenOf(pixel) == static_cast<uint32_t>(y);
+        }
+    EXPECT_GT(kept, 80);  // about a quarter of the places around a border pixel lies outside
+}
+
+TEST(WaterDrops, InAColumnOfOnePixelOnlySidewaysSourcesAreReplaced) {
+    // Sources above and below still count, so a picture of one column is scattered, too; one pixel cannot be.
+    const HeldClock clock(5);
+    const Picture column = CoordinatePicture(1, 60);
+    const Picture scattered = Apply(kWaterDropsEffect, column.handle, {5});
+    EXPECT_FALSE(SamePicture(column.handle, scattered.handle));
+    for (int32_t y = 0; y < 60; ++y) {
+        const auto from = static_cast<int32_t>(GreenOf(PixelOf(scattered.handle, 0, y)));
+        EXPECT_LE(std::abs(from - y), 2);
+    }
+    const Picture pixel = CoordinatePicture(1, 1);
+    EXPECT_TRUE(SamePicture(pixel.handle, Apply(kWaterDropsEffect, pixel.handle, {5}).handle));
+}
+
+TEST(WaterDrops, FramesOfOneSecondScatterAlikeAndOthersDoNot) {
+    const Picture source = RandomPicture(50, 20, 6);
+    HoldClock(1000);
+    const Picture first = Apply(kWaterDropsEffect, source.handle, {5});
+    const Picture second = Apply(kWaterDropsEffect, source.handle, {5});
+    HoldClock(1001);  // a build may run across a second: its frames then have the new second's pattern
+    const Picture later = Apply(kWaterDropsEffect, source.handle, {5});
+    ReleaseClock();
+    EXPECT_TRUE(SamePicture(first.handle, second.handle));
+    EXPECT_FALSE(SamePicture(first.handle, later.handle));
+}
+
+TEST(WaterDrops, A32BitPixelWithAllBitsSetCountsAsOutside) {
+    const HeldClock clock(7);
+    Picture source = RandomPicture(30, 30, 8, 32);
+    {
+        const ImageLock lock(source.handle);
+        for (int32_t y = 0; y < 30; ++y)
+            for (int32_t x = 0; x < 30; ++x)
+                SetDibPixel(lock.image, x, y, (x + y) % 2 ? 0xFFFFFFFF : static_cast<uint32_t>(x << 8 | y));
+    }
+    const Picture result = Apply(kWaterDropsEffect, source.handle, {5});
+    for (int32_t y = 0; y < 30; ++y)
+        for (int32_t x = 0; x < 30; ++x)
+            if ((x + y) % 2 == 0) {
+                EXPECT_NE(PixelOf(result.handle, x, y), 0xFFFFFFFF) << x << ", " << y;
+            }
+    EXPECT_TRUE(SameAsReference(kWaterDropsEffect, source.handle, {5}));
+}
+
+TEST(WaterDrops, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kWaterDropsEffect, {5}); }
+
+TEST(WaterDrops, RefusedMemoryIsSurvived) {
+    const HeldClock clock(9);
+    ExpectRefusedMemoryIsSurvived(kWaterDropsEffect, RandomPicture(9, 8, 1).handle, {5});
+}
+
+TEST(Random, TheSequenceOfSeedOneIsTheWindowsRuntimes) {
+    RandomSequence sequence = SeedRandom(1);
+    uint16_t numbers[5];
+    NextRandoms(&sequence, numbers, 5);
+    const uint16_t expected[] = {41, 18467, 6334, 26500, 19169};
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(numbers[i], expected[i]);
+}
+
+TEST(Random, AnyLengthsAskedForGiveOneSequence) {
+    for (const uint32_t seed : {0u, 1u, 77u, 0x80000000u, 0xFFFFFFFFu}) {
+        RandomSequence whole = SeedRandom(seed);
+        uint16_t numbers[400];
+        NextRandoms(&whole, numbers, 400);
+        RandomSequence pieces = SeedRandom(seed);
+        size_t at = 0;
+        for (size_t length = 0; at + length <= 400; at += length++) {
+            uint16_t piece[64];
+            NextRandoms(&pieces, piece, length);
+            for (size_t i = 0; i < length; ++i)
+                ASSERT_EQ(piece[i], numbers[at + i]) << seed << ", " << at + i;
+        }
+    }
+}
+
+TEST(Random, TheClockTellsTheTimeUnlessItIsHeld) {
+    const auto before = static_cast<uint32_t>(std::time(nullptr));
+    const uint32_t now = ClockSeconds();
+    EXPECT_LE(now - before, 60u);
+    const HeldClock clock(42);
+    EXPECT_EQ(ClockSeconds(), 42u);
+}
+
+}  // namespace
+}  // namespace kfx::test
