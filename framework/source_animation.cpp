@@ -15,6 +15,16 @@ namespace {
 
 constexpr uint32_t kMidGrey = 0x7F7F7F;
 
+// Copies the pixels only: the padding of a frame's rows holds whatever the host left there, an image's own
+// padding stays zero.
+void CopyRows(const AnimationFrame& frame, WorkingImage* image) {
+    const size_t stride = StrideOf(image);
+    const size_t rowPixelBytes =
+        (static_cast<size_t>(frame.width) * static_cast<size_t>(frame.bitCount) + 7) / 8;
+    for (int32_t r = 0; r < frame.height; ++r)
+        std::memcpy(StoredRow(image, r), frame.rows + static_cast<size_t>(r) * stride, rowPixelBytes);
+}
+
 // One frame of the block as a new 24-bit image. Null: memory ran out.
 ImageHandle DecodeFrame(const AnimationFrame& frame) {
     uint8_t palette[kPaletteBytes] = {};
@@ -31,7 +41,7 @@ ImageHandle DecodeFrame(const AnimationFrame& frame) {
     {
         const ImageLock lock(image.memory);
         if (!lock.image) return nullptr;
-        std::memcpy(PixelsOf(lock.image), frame.rows, frame.rowBytes);
+        CopyRows(frame, lock.image);
     }
     // The common case needs no second copy of the picture.
     return frame.bitCount == 24 ? image.Release() : ConvertTo24Bits(image.memory);

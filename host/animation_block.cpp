@@ -51,7 +51,6 @@ bool ReadBitmap(const uint8_t* bitmap, size_t available, AnimationFrame* frame) 
     frame->bitCount = bitCount;
     frame->colorTable = tableBytes ? bitmap + kBitmapHeaderBytes : nullptr;
     frame->rows = bitmap + kBitmapHeaderBytes + tableBytes;
-    frame->rowBytes = static_cast<size_t>(rowBytes);
     return true;
 }
 

@@ -29,8 +29,7 @@ struct AnimationFrame {
     int32_t height;
     int32_t bitCount;           // 1, 4, 8, 24 or 32
     const uint8_t* colorTable;  // 2^bitCount blue-green-red-zero entries; null above 8 bits
-    const uint8_t* rows;        // bottom-up, padded to 4 bytes
-    size_t rowBytes;            // all rows together
+    const uint8_t* rows;        // bottom-up, padded to 4 bytes, all inside the block
     int32_t fields[4];          // placement and timing values, in the block's order
 };
 

@@ -54,6 +54,16 @@ TEST(FirstFrame, a_one_bit_frame_with_a_white_and_black_palette_still_has_index_
     EXPECT_EQ(PixelOf(frame.handle, 1, 0), 0xFFFFFFu);
 }
 
+TEST(FirstFrame, leaves_the_padding_of_the_hosts_rows_behind) {
+    const Picture picture = RandomPicture(3, 2, 1);
+    const Source source(MakeAnimationBlock({MakeFrame(picture, 1)}));
+    const Picture frame(FetchFirstFrame());
+    const ImageLock lock(frame.handle);
+    for (int32_t r = 0; r < 2; ++r) {
+        for (size_t i = 9; i < 12; ++i) EXPECT_EQ(StoredRow(lock.image, r)[i], 0) << "row " << r;
+    }
+}
+
 TEST(FirstFrame, is_none_without_a_source) { EXPECT_EQ(FetchFirstFrame(), nullptr); }
 
 TEST(FirstFrame, is_none_when_the_closing_tag_comes_first) {
