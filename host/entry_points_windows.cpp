@@ -72,6 +72,7 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
 }
 
 uint64_t WINAPI PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
+    if (!info) return 0;
     const uint32_t size = info->size;
     // A record too small for its own head is left alone: clearing it would write beyond it.
     if (size < offsetof(kfx::PluginInfo, name)) return 1;
@@ -85,7 +86,7 @@ uint64_t WINAPI PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
 }
 
 uint64_t WINAPI PLUGIN16DoBuild(HWND parent, const kfx::HostContext* host) {
-    if (kfx::IsTooOld(*host)) {
+    if (!host || kfx::IsTooOld(*host)) {
         kfx::ShowMessage(parent, kfx::LoadText(IDS_HOST_TOO_OLD));
         return 0;
     }

@@ -18,8 +18,8 @@ BuildOptions ReadOptions(HWND window) {
     options.customPalette = IsChecked(window, IDC_CUSTOM_PALETTE);
     options.dither = IsChecked(window, IDC_DITHER);
     options.supercompress = IsChecked(window, IDC_SUPERCOMPRESS);
-    // No control has this id, so a build never takes the local background from the window: a host's own
-    // template might.
+    // The window has no such control: builds take no local background, whatever the effects show outside a
+    // picture.
     options.localBackground = IsChecked(window, IDC_BUILD_LOCAL_BACKGROUND);
     options.paletteChoice = static_cast<int32_t>(settings.mainPalette);
     options.addComment = settings.addDescriptiveCommentBlock != 0;

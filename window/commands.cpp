@@ -20,14 +20,24 @@ namespace {
 
 constexpr char kUntitled[] = "untitled.kx1";
 
+// Set while a build runs. A host may let the user's clicks through while it takes the frames: they must not
+// start a second build, or exchange the source under the first.
+bool building = false;
+
+void RunBuildCommand(HWND window, BuildMode mode) {
+    building = true;
+    Build(window, plugin.host, mode);
+    building = false;
+}
+
 void BuildAndClose(HWND window) {
-    Build(window, plugin.host, BuildMode::Build);
+    RunBuildCommand(window, BuildMode::Build);
     EndDialog(window, 1);
 }
 
-void BuildTest(HWND window) { Build(window, plugin.host, BuildMode::Test); }
+void BuildTest(HWND window) { RunBuildCommand(window, BuildMode::Test); }
 
-void BuildPlain(HWND window) { Build(window, plugin.host, BuildMode::Plain); }
+void BuildPlain(HWND window) { RunBuildCommand(window, BuildMode::Plain); }
 
 void Cancel(HWND window) { EndDialog(window, 0); }
 
@@ -107,6 +117,7 @@ constexpr CommandRow kCommands[] = {
 }  // namespace
 
 void TakeCommand(HWND window, int id, int notification, HWND control) {
+    if (building) return;
     for (const CommandRow& row : kCommands) {
         if (row.id != id) continue;
         if (row.notification == kAnyNotification || row.notification == notification) row.run(window);

@@ -90,7 +90,7 @@ void DrawPrompt(HDC dc, RECT area) {
 
 void DrawPreview(HWND window, const DRAWITEMSTRUCT& item) {
     // A click on the preview changes nothing in it, and rendering is dear.
-    if (item.itemAction == ODA_SELECT || item.itemAction == ODA_FOCUS) return;
+    if (item.itemAction && !(item.itemAction & ODA_DRAWENTIRE)) return;
     const WaitCursor wait;
     const SavedContext saved(item.hDC);
     RECT inner = item.rcItem;
