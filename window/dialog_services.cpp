@@ -16,13 +16,18 @@ namespace {
 // The buttons of all three templates; each has some of them.
 constexpr int kMessageButtons[] = {IDC_MESSAGE_OK, IDC_MESSAGE_CANCEL, IDC_MESSAGE_YES, IDC_MESSAGE_NO};
 
+// To focus a missing button would take the focus from the one that has it.
+void FocusIfPresent(HWND box, int button) {
+    if (const HWND control = GetDlgItem(box, button)) SetFocus(control);
+}
+
 void OpenMessageBox(HWND box, const char* text) {
     SetDialogFonts(box);
     ReplacePlaceholders(box);
     SetDlgItemTextA(box, IDC_MESSAGE_TEXT, text);
     for (const int button : kMessageButtons) GiveButtonLook(box, button);
-    SetFocus(GetDlgItem(box, IDC_MESSAGE_OK));
-    SetFocus(GetDlgItem(box, IDC_MESSAGE_YES));
+    FocusIfPresent(box, IDC_MESSAGE_OK);
+    FocusIfPresent(box, IDC_MESSAGE_YES);
     CenterOnScreen(box);
 }
 
