@@ -27,11 +27,6 @@ void PutText(void* record, size_t size, size_t offset, const char* text) {
     std::memcpy(static_cast<char*>(record) + offset, text, length);
 }
 
-HFONT MakeFont(const char* face, int height) {
-    return CreateFontA(height, 0, 0, 0, FW_DONTCARE, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
-                       CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | FF_DONTCARE, face);
-}
-
 void FindPluginFolder() {
     char path[MAX_PATH] = "";
     GetModuleFileNameA(plugin.module, path, sizeof path);

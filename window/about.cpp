@@ -92,9 +92,7 @@ INT_PTR CALLBACK AboutProcedure(HWND box, UINT message, WPARAM word, LPARAM data
 }  // namespace
 
 void ShowAbout(HWND owner) {
-    const GdiObject<HFONT> titleFont(CreateFontA(28, 0, 0, 0, FW_BOLD, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                                                 OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
-                                                 DEFAULT_PITCH | FF_ROMAN, "Times New Roman"));
+    const GdiObject<HFONT> titleFont(MakeFont("Times New Roman", 28, FW_BOLD, FF_ROMAN));
     DialogBoxParamA(plugin.module, MAKEINTRESOURCEA(IDD_ABOUT), owner, AboutProcedure,
                     reinterpret_cast<LPARAM>(titleFont.handle));
 }

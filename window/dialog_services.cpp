@@ -93,6 +93,11 @@ const char* LoadText(UINT id) {
 
 void ReplacePlaceholders(HWND dialog) { EnumChildWindows(dialog, ReplacePlaceholder, 0); }
 
+HFONT MakeFont(const char* face, int height, int weight, DWORD family) {
+    return CreateFontA(height, 0, 0, 0, weight, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                       CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | family, face);
+}
+
 void SetDialogFonts(HWND dialog) {
     if (plugin.textFont) EnumChildWindows(dialog, SetTextFont, 0);
 }

@@ -21,6 +21,10 @@ const char* LoadText(UINT id);
 // Replaces the texts "~!!~n" of the dialog's statics and buttons by string-table entry n.
 void ReplacePlaceholders(HWND dialog);
 
+// A new font of the face, `height` pixels high. FF_ROMAN or FF_SWISS helps a system without the face to one
+// like it.
+HFONT MakeFont(const char* face, int height, int weight = FW_DONTCARE, DWORD family = FF_DONTCARE);
+
 // Gives every control of the dialog the plug-in's text font, when there is one.
 void SetDialogFonts(HWND dialog);
 

@@ -2,12 +2,11 @@
 #include "window/output_options.h"
 
 #include "documents/control_kinds.h"
-#include "framework/memory_guards.h"
 #include "framework/source_animation.h"
-#include "host/animation_block.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/plugin_state.h"
+#include "window/source_opening.h"
 
 #define PALETTE_NAMES                                                                                     \
     "Black and white;Sixteen-color Windows;32-color orthogonal;64-color orthogonal;128-color orthogonal;" \
@@ -32,13 +31,6 @@ constexpr CheckBoxRow kCheckBoxes[] = {
     {IDC_ADD_COMMENT, &settings.addDescriptiveCommentBlock},
     {IDC_LOCAL_BACKGROUND, &settings.localBackgroundUse},
 };
-
-bool SourceHasPalette() {
-    const MemoryLock lock(sourceAnimation);
-    AnimationHeader header;
-    return lock.address && ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header) &&
-           header.globalColors > 0;
-}
 
 void RefuseOption(HWND window, int checkBox) {
     CheckDlgButton(window, checkBox, BST_UNCHECKED);
@@ -76,7 +68,9 @@ void ApplyHostLimits(HWND window) {
 
 void FillPaletteList(HWND window) {
     const HWND list = GetDlgItem(window, IDC_PALETTE);
-    FillList(list, SourceHasPalette() ? kPaletteNamesWithSource : kPaletteNames);
+    SourceFacts source;
+    const bool hasPalette = ReadSourceFacts(&source) && source.globalColors > 0;
+    FillList(list, hasPalette ? kPaletteNamesWithSource : kPaletteNames);
     SendMessageA(list, CB_SETCURSEL, settings.mainPalette, 0);
 }
 

@@ -73,9 +73,7 @@ void DrawPicture(HDC dc, const RECT& inner, const WorkingImage* image) {
 }
 
 void DrawPrompt(HDC dc, RECT area) {
-    const GdiObject<HFONT> font(CreateFontA(24, 0, 0, 0, FW_BOLD, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                                            OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
-                                            DEFAULT_PITCH | FF_ROMAN, "Times New Roman"));
+    const GdiObject<HFONT> font(MakeFont("Times New Roman", 24, FW_BOLD, FF_ROMAN));
     const SavedContext saved(dc);
     FillRect(dc, &area, GetSysColorBrush(COLOR_BTNFACE));
     FrameRect(dc, &area, GetSysColorBrush(COLOR_3DDKSHADOW));

@@ -22,19 +22,13 @@ bool IsSoundAnimation(MemoryHandle block) {
     return lock.address && IsAnimation(lock.address, MemorySize(block));
 }
 
-// The header of the current source; false without one.
-bool ReadSourceHeader(AnimationHeader* header) {
-    const MemoryLock lock(sourceAnimation);
-    return lock.address && ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), header);
-}
-
 void ShowSource(HWND window) {
     SetDlgItemTextA(window, IDC_SOURCE_PATH, settings.fileNamePath);
-    AnimationHeader header;
-    if (!ReadSourceHeader(&header)) return;
+    SourceFacts facts;
+    if (!ReadSourceFacts(&facts)) return;
     char size[32];
-    std::snprintf(size, sizeof size, "%d x %d", static_cast<int>(header.width),
-                  static_cast<int>(header.height));
+    std::snprintf(size, sizeof size, "%d x %d", static_cast<int>(facts.width),
+                  static_cast<int>(facts.height));
     SetDlgItemTextA(window, IDC_SOURCE_SIZE, size);
 }
 
@@ -70,6 +64,15 @@ bool RememberedSourceExists() {
     const DWORD attributes = GetFileAttributesA(settings.fileNamePath);
     return settings.fileNamePath[0] && attributes != INVALID_FILE_ATTRIBUTES &&
            !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool ReadSourceFacts(SourceFacts* facts) {
+    const MemoryLock lock(sourceAnimation);
+    AnimationHeader header;
+    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
+        return false;
+    *facts = {header.width, header.height, header.globalColors};
+    return true;
 }
 
 }  // namespace kfx

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 namespace kfx {
 
 // Obtains an animation from the host: the one at FileNamePath when `reopen` is set and the file exists, else
@@ -16,5 +18,15 @@ void FreeSourceAnimation();
 
 // Whether FileNamePath names an existing file.
 bool RememberedSourceExists();
+
+// What the window shows of the current source.
+struct SourceFacts {
+    uint32_t width;
+    uint32_t height;
+    uint32_t globalColors;  // 0: no palette of its own
+};
+
+// False: there is no source.
+bool ReadSourceFacts(SourceFacts* facts);
 
 }  // namespace kfx
