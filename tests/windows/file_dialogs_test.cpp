@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+// The system's own file dialogs, dressed and placed by the plug-in.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <atomic>
+#include <cstdio>
+#include <future>
+#include <string>
+
+#include "window/file_dialogs.h"
+#include "window/plugin_state.h"
+
+namespace kfx {
+namespace {
+
+struct Choice {
+    bool made;
+    std::string path;
+};
+
+std::atomic<HWND> idleDialog;  // window procedures have no argument for it
+
+// A modal dialog tells its owner whenever its queue is empty.
+LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
+    if (message == WM_ENTERIDLE && word == MSGF_DIALOGBOX) idleDialog = reinterpret_cast<HWND>(data);
+    return DefWindowProcA(window, message, word, data);
+}
+
+HWND MakeOwner() {
+    WNDCLASSA windowClass = {};
+    windowClass.lpfnWndProc = OwnerProcedure;
+    windowClass.lpszClassName = "FileDialogOwner";
+    RegisterClassA(&windowClass);
+    return CreateWindowExA(0, windowClass.lpszClassName, "", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr,
+                           nullptr);
+}
+
+// A file dialog on a thread of its own, until it is cancelled. It has come to rest when it is at hand.
+class OpenFileDialog {
+public:
+    explicit OpenFileDialog(bool (*ask)(HWND, char*), const std::string& start = "") {
+        idleDialog = nullptr;
+        choice_ = std::async(std::launch::async, [ask, start] {
+            char path[kTextBytes] = "";
+            std::snprintf(path, sizeof path, "%s", start.c_str());
+            const HWND owner = MakeOwner();
+            const bool made = ask(owner, path);
+            DestroyWindow(owner);
+            return Choice{made, path};
+        });
+        for (int tries = 0; tries < 4000 && !idleDialog; ++tries) Sleep(5);
+        window = idleDialog;
+    }
+    ~OpenFileDialog() {
+        if (choice_.valid()) Cancel();
+    }
+    OpenFileDialog(const OpenFileDialog&) = delete;
+    OpenFileDialog& operator=(const OpenFileDialog&) = delete;
+
+    Choice Cancel() {
+        PostMessageA(window, WM_COMMAND, IDCANCEL, 0);
+        return choice_.get();
+    }
+
+    bool IsOwnerDrawn(int button) const {
+        return (GetWindowLongA(GetDlgItem(window, button), GWL_STYLE) & BS_TYPEMASK) == BS_OWNERDRAW;
+    }
+
+    RECT Place() const {
+        RECT place;
+        GetWindowRect(window, &place);
+        return place;
+    }
+
+    HWND window = nullptr;
+
+private:
+    std::future<Choice> choice_;
+};
+
+class FileDialogs : public testing::Test {
+protected:
+    void SetUp() override { plugin.module = GetModuleHandleA(nullptr); }
+    void TearDown() override { plugin = {}; }
+};
+
+void ExpectInTheMiddle(const RECT& place) {
+    EXPECT_EQ(place.left, (GetSystemMetrics(SM_CXSCREEN) - (place.right - place.left)) / 2);
+    EXPECT_EQ(place.top, (GetSystemMetrics(SM_CYSCREEN) - (place.bottom - place.top)) / 2);
+}
+
+TEST_F(FileDialogs, open_at_the_remembered_size_in_the_middle_of_the_screen) {
+    RememberFileDialogSize(700, 500);
+    for (bool (*const ask)(HWND, char*) : {AskDocumentToOpen, AskDocumentToSave}) {
+        const OpenFileDialog dialog(ask);
+        ASSERT_TRUE(dialog.window);
+        const RECT place = dialog.Place();
+        EXPECT_EQ(place.right - place.left, 700);
+        EXPECT_EQ(place.bottom - place.top, 500);
+        ExpectInTheMiddle(place);
+    }
+}
+
+TEST_F(FileDialogs, keep_the_systems_size_when_the_remembered_one_is_below_128) {
+    RememberFileDialogSize(700, 127);
+    const OpenFileDialog dialog(AskDocumentToOpen);
+    ASSERT_TRUE(dialog.window);
+    const RECT place = dialog.Place();
+    EXPECT_GT(place.bottom - place.top, 127);
+    ExpectInTheMiddle(place);
+}
+
+TEST_F(FileDialogs, leave_the_size_that_the_user_gave_them) {
+    RememberFileDialogSize(0, 0);
+    OpenFileDialog dialog(AskDocumentToOpen);
+    ASSERT_TRUE(dialog.window);
+    SetWindowPos(dialog.window, nullptr, 0, 0, 640, 480, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    const RECT place = dialog.Place();
+    dialog.Cancel();
+    EXPECT_EQ(plugin.fileDialogWidth, place.right - place.left);
+    EXPECT_EQ(plugin.fileDialogHeight, place.bottom - place.top);
+}
+
+TEST_F(FileDialogs, sizes_from_the_host_end_at_the_screen) {
+    RememberFileDialogSize(0xFFFFFFFF, 200);
+    EXPECT_EQ(plugin.fileDialogWidth, GetSystemMetrics(SM_CXSCREEN));
+    EXPECT_EQ(plugin.fileDialogHeight, 200);
+}
+
+TEST_F(FileDialogs, have_the_plugins_buttons_unless_the_host_wants_the_systems) {
+    for (const uint32_t style : {0u, 1u, 2u, 3u, 4u}) {
+        plugin.buttonStyle = style;
+        const OpenFileDialog dialog(AskDocumentToOpen);
+        ASSERT_TRUE(dialog.window);
+        EXPECT_EQ(dialog.IsOwnerDrawn(IDOK), style != 0) << style;
+        EXPECT_EQ(dialog.IsOwnerDrawn(IDCANCEL), style != 0) << style;
+    }
+}
+
+TEST_F(FileDialogs, cancelled_leave_the_path) {
+    OpenFileDialog dialog(AskDocumentToSave, "C:\\windows\\some.kx1");
+    ASSERT_TRUE(dialog.window);
+    const Choice choice = dialog.Cancel();
+    EXPECT_FALSE(choice.made);
+    EXPECT_EQ(choice.path, "C:\\windows\\some.kx1");
+}
+
+TEST_F(FileDialogs, open_even_where_the_documents_path_makes_no_sense) {
+    for (const char* path : {"C:\\no such folder\\some.kx1", "C:\\windows\\a<b>?*.kx1", "Q:\\", "|"}) {
+        const OpenFileDialog dialog(AskDocumentToOpen, path);
+        EXPECT_TRUE(dialog.window) << path;
+    }
+}
+
+}  // namespace
+}  // namespace kfx
