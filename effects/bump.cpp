@@ -7,6 +7,9 @@
 
 #include "effects/shared/neighbor_filter.h"
 #include "framework/cpu.h"
+#if KFX_HAS_AVX2
+#include <immintrin.h>
+#endif
 #include "resources/panel_controls.h"
 
 namespace kfx {
@@ -15,25 +18,38 @@ namespace {
 //   -1 -1  0
 //   -1  1  1
 //    0  1  1
-KFX_INLINE void BumpRow(const uint8_t* above, const uint8_t* centre, const uint8_t* below, size_t bytes,
-                        uint8_t* out) {
+void BumpRow(const uint8_t* above, const uint8_t* centre, const uint8_t* below, size_t bytes, uint8_t* out) {
     for (size_t s = 0; s < bytes; ++s) {
         const int lit = centre[s + 3] + centre[s + 6] + below[s + 3] + below[s + 6];
         const int shaded = above[s] + above[s + 3] + centre[s];
-        const auto relief = static_cast<int16_t>(lit - shaded);
-        out[s] = static_cast<uint8_t>(std::clamp<int16_t>(relief, 0, 255));
+        out[s] = static_cast<uint8_t>(std::clamp(lit - shaded, 0, 255));
     }
 }
 
-void BumpRowPlain(const uint8_t* above, const uint8_t* centre, const uint8_t* below, size_t bytes,
-                  uint8_t* out) {
-    BumpRow(above, centre, below, bytes, out);
+#if KFX_HAS_AVX2
+
+KFX_AVX2 inline __m256i Load(const uint8_t* bytes) {
+    return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)));
 }
 
 KFX_AVX2 void BumpRowAvx2(const uint8_t* above, const uint8_t* centre, const uint8_t* below, size_t bytes,
                           uint8_t* out) {
-    BumpRow(above, centre, below, bytes, out);
+    size_t s = 0;
+    for (; s + 16 <= bytes; s += 16) {
+        const __m256i lit = _mm256_add_epi16(_mm256_add_epi16(Load(centre + s + 3), Load(centre + s + 6)),
+                                             _mm256_add_epi16(Load(below + s + 3), Load(below + s + 6)));
+        const __m256i shaded =
+            _mm256_add_epi16(_mm256_add_epi16(Load(above + s), Load(above + s + 3)), Load(centre + s));
+        const __m256i relief = _mm256_sub_epi16(lit, shaded);
+        // Packing saturates to 0 and 255.
+        const __m128i result =
+            _mm_packus_epi16(_mm256_castsi256_si128(relief), _mm256_extracti128_si256(relief, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + s), result);
+    }
+    BumpRow(above + s, centre + s, below + s, bytes - s, out + s);
 }
+
+#endif
 
 ImageHandle Kernel(ImageHandle source, const KernelInput&) { return ApplyBump(source); }
 
@@ -42,7 +58,10 @@ constexpr uint32_t kControlIds[] = {0};
 }  // namespace
 
 ImageHandle ApplyBump(ImageHandle source) {
-    return FilterNeighbors(source, UseAvx2() ? BumpRowAvx2 : BumpRowPlain);
+#if KFX_HAS_AVX2
+    if (UseAvx2()) return FilterNeighbors(source, BumpRowAvx2);
+#endif
+    return FilterNeighbors(source, BumpRow);
 }
 
 const EffectRecord kBumpEffect = {"Bump", IDD_PANEL_BUMP, kControlIds, nullptr, 0, Kernel, nullptr};
