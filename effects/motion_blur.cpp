@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "effects/smear.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -25,12 +26,6 @@ namespace {
 
 constexpr int32_t kLongestRadius = 16383;  // longer than any picture is wide; keeps i * dx in range
 constexpr int32_t kMostAutomaticTaps = 257;
-
-struct Tap {
-    double weight;
-    int32_t dx;
-    int32_t dy;  // upwards as the picture is seen
-};
 
 // The number of taps whose last weight still counts: grown by two until it would round to 0 of 255. Weights
 // fall and sum to 1, so that ends below kMostAutomaticTaps.
@@ -57,28 +52,6 @@ void PlaceTaps(int32_t count, int32_t angle, const double* weights, Tap* taps) {
                    static_cast<int32_t>(i * endY / length)};
 }
 
-void SmearRow(const WorkingImage* from, int32_t r, const Tap* taps, int32_t count, uint32_t background,
-              uint8_t* out) {
-    const uint8_t outside[3] = {static_cast<uint8_t>(BlueOf(background)),
-                                static_cast<uint8_t>(GreenOf(background)),
-                                static_cast<uint8_t>(RedOf(background))};
-    for (int32_t x = 0; x < from->width; ++x, out += 3) {
-        double blue = 0, green = 0, red = 0;
-        for (const Tap* tap = taps; tap < taps + count; ++tap) {
-            const int32_t column = x + tap->dx;
-            const int32_t row = r + tap->dy;
-            const bool inside = column >= 0 && column < from->width && row >= 0 && row < from->height;
-            const uint8_t* pixel = inside ? StoredRow(from, row) + 3 * static_cast<size_t>(column) : outside;
-            blue += tap->weight * pixel[0];
-            green += tap->weight * pixel[1];
-            red += tap->weight * pixel[2];
-        }
-        out[0] = static_cast<uint8_t>(static_cast<int32_t>(blue));
-        out[1] = static_cast<uint8_t>(static_cast<int32_t>(green));
-        out[2] = static_cast<uint8_t>(static_cast<int32_t>(red));
-    }
-}
-
 }  // namespace
 
 ImageHandle ApplyMotionBlur(ImageHandle source, int32_t depth, int32_t radius, int32_t angle,
@@ -98,8 +71,7 @@ ImageHandle ApplyMotionBlur(ImageHandle source, int32_t depth, int32_t radius, i
     else
         count = AutomaticTaps(depth, weights.address);
     PlaceTaps(count, angle, weights.address, taps.address);
-    for (int32_t r = 0; r < from.image->height; ++r)
-        SmearRow(from.image, r, taps.address, count, background, StoredRow(to.image, r));
+    if (!SmearImage(from.image, to.image, taps.address, count, background)) return nullptr;
     return owner.Release();
 }
 

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// A cheap sum for smears: weights as whole numbers, whose products can be added in any order.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "framework/cpu.h"
+
+namespace kfx {
+
+constexpr int32_t kSmearPixels = 16;  // summed side by side
+constexpr int32_t kSmearSamples = 3 * kSmearPixels;
+
+// Weights are counted in units of 2^-27 and held as a high part times 2^13 and a low part. With no more taps
+// than this the sums of low parts fit 32 bits.
+constexpr int32_t kMostWholeTaps = 1000;
+
+// The weights of a smear, two taps a word; an odd last one stands beside a zero.
+struct WholeWeights {
+    int32_t* highPairs;
+    int32_t* lowPairs;
+    // For each tap, and one past the last: the sums of the parts from there on.
+    int32_t* highRest;
+    int32_t* lowRest;
+    int32_t margin;  // in units of 2^-14 levels: how far the sum may be off
+};
+
+// Rounds `count` weights, at most kMostWholeTaps, none above 1. The tables hold count + 2 entries each.
+void RoundWeights(const double* weights, int32_t count, WholeWeights* whole);
+
+#if KFX_HAS_AVX2
+
+// Sums kSmearSamples samples over the first 2 * `pairs` taps, whose samples begin at samples[tap]; the others
+// see the background, repeated over `background`. Writes the truncated sums and, for each, whether it is in
+// doubt; returns whether any is.
+KFX_AVX2 bool SumWholeWeights(const WholeWeights& weights, const uint8_t* const* samples, int32_t pairs,
+                              const uint8_t* background, uint8_t* out, uint8_t* doubts);
+
+// The least and the greatest of the `count` taps' samples, which are all the smear sees when the background
+// is among them or counts nothing.
+KFX_AVX2 void RangeOfSamples(const uint8_t* const* samples, int32_t count, uint8_t* least, uint8_t* greatest);
+
+#endif
+
+}  // namespace kfx
