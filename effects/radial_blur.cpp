@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "effects/arc_blur.h"
 #include "effects/shared/region_copy.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
@@ -18,40 +19,16 @@ namespace {
 
 constexpr int32_t kFullTurn = 360;
 
-struct Arc {
-    int32_t count;  // of samples, at least 2
-    const double* cosines;
-    const double* sines;
-    double centerX;
-    double centerY;
-    double radius;  // half the diagonal
-};
-
-// Pixels near the centre, whose arcs are short, take every s-th sample only.
-int32_t SampleStride(const Arc& arc, double dx, double dy) {
-    const double distance = std::sqrt(dx * dx + dy * dy);
-    if (distance == 0) return 1;
-    const auto quotient = static_cast<int32_t>(arc.radius / distance);
-    if (quotient == 0) return 1;
-    return quotient >= arc.count ? arc.count - 1 : quotient;
-}
-
-uint32_t Sample(const WorkingImage* image, int32_t x, int32_t y) {
-    if (image->bitCount != 24) return GetDibPixel(image, x, y);
-    if (x < 0 || x >= image->width || y < 0 || y >= image->height) return kNoPixel;
-    const uint8_t* pixel = PictureRow(image, y) + 3 * static_cast<size_t>(x);
-    return Rgb(pixel[2], pixel[1], pixel[0]);
-}
-
+// Any depth and any number of samples.
 uint32_t BlurredPixel(const WorkingImage* image, int32_t x, int32_t y, const Arc& arc, uint32_t background) {
     const double dx = x - arc.centerX;
     const double dy = y - arc.centerY;
-    const int32_t stride = SampleStride(arc, dx, dy);
+    const int32_t stride = SampleStep(arc, dx, dy);
     uint32_t red = 0, green = 0, blue = 0, count = 0;
     for (int32_t i = 0; i < arc.count; i += stride, ++count) {
         const double column = arc.cosines[i] * dx + arc.centerX - arc.sines[i] * dy + 0.5;
         const double row = arc.sines[i] * dx + arc.centerY + arc.cosines[i] * dy + 0.5;
-        uint32_t value = Sample(image, static_cast<int32_t>(column), static_cast<int32_t>(row));
+        uint32_t value = GetDibPixel(image, static_cast<int32_t>(column), static_cast<int32_t>(row));
         if (value == kNoPixel) value = background;
         red += RedOf(value);
         green += GreenOf(value);
@@ -87,6 +64,8 @@ ImageHandle ApplyRadialBlur(ImageHandle source, int32_t angle, uint32_t backgrou
         sines.address[i] = std::sin(theta);
     }
     const Arc arc = {count, cosines.address, sines.address, centerX, centerY, radius};
+    if (from.image->bitCount == 24 && count <= kMostPackedSamples)
+        return BlurArcs(to.image, arc, background) ? owner.Release() : nullptr;
     for (int32_t y = 0; y < height; ++y)
         for (int32_t x = 0; x < width; ++x)
             SetDibPixel(to.image, x, y, BlurredPixel(to.image, x, y, arc, background));

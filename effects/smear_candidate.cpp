@@ -86,11 +86,14 @@ KFX_AVX2 bool SumWholeWeights(const WholeWeights& weights, const uint8_t* const*
     const int32_t lowRest = weights.lowRest[2 * pairs];
     const int32_t least = weights.margin;
     const int32_t greatest = (1 << kFractionBits) - 1 - weights.margin;
+    if (highRest | lowRest)
+        for (int32_t s = 0; s < kSmearSamples; ++s) {
+            sums.high[s] += highRest * background[s];
+            sums.low[s] += lowRest * background[s];
+        }
     int32_t any = 0;
     for (int32_t s = 0; s < kSmearSamples; ++s) {
-        const int32_t high = sums.high[s] + highRest * background[s];
-        const int32_t low = sums.low[s] + lowRest * background[s];
-        const int32_t level = high + (low >> kLowBits);
+        const int32_t level = sums.high[s] + (sums.low[s] >> kLowBits);
         const int32_t fraction = level & ((1 << kFractionBits) - 1);
         const int32_t doubt = (fraction < least) | (fraction > greatest);
         any |= doubt;

@@ -30,6 +30,22 @@ TEST(Emboss, EqualsItsReferenceAtItsHeaviest) {
     EXPECT_TRUE(SameAsReference(kEmbossEffect, FlatPicture(60, 60, 0x808080).handle, {45, 50}));
 }
 
+TEST(Emboss, EqualsItsReferenceWhereValuesLieOnRoundingBoundaries) {
+    // At radius 5 one level more at two columns and one row from a pixel moves it by a quarter; such a pair
+    // by a half.
+    Picture source = FlatPicture(90, 60, 0x808080);
+    {
+        const ImageLock lock(source.handle);
+        for (int32_t y = 5; y < 60; y += 12)
+            for (int32_t x = 5; x < 90; x += 12) {
+                SetDibPixel(lock.image, x - 1, y, 0x7F7F7F);
+                SetDibPixel(lock.image, x + 1, y, 0x818181);
+            }
+    }
+    for (const int32_t radius : {4, 5, 6, 7})
+        EXPECT_TRUE(SameAsReference(kEmbossEffect, source.handle, {radius, 15}));
+}
+
 TEST(Emboss, EqualsItsReferenceBeyondThePanelsRange) {
     const Picture source = RandomPicture(23, 21, 3);
     for (const int32_t radius : {0, 1, 2, 3, -5, 1000, INT32_MAX, INT32_MIN})

@@ -30,6 +30,23 @@ TEST(MotionBlur, EqualsItsReferenceInEveryDirection) {
     EXPECT_TRUE(SameAsReference(kMotionBlurEffect, FlatPicture(67, 45, 0xC86432).handle, {50, 300, 45}));
 }
 
+TEST(MotionBlur, EqualsItsReferenceWhereSumsLieOnALevel) {
+    // Flat as far as the weights count, other colours where they are tiny: each sum is a hair off a whole
+    // level.
+    Picture source = FlatPicture(300, 40, 0x406080);
+    {
+        const ImageLock lock(source.handle);
+        for (int32_t y = 0; y < 40; ++y)
+            for (int32_t x = 0; x < 300; ++x)
+                if (x / 100 == 1) SetDibPixel(lock.image, x, y, 0xC0A020);
+    }
+    for (const int32_t angle : {90, 270, 80, 45})
+        EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {5, 150, angle}));
+    EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {5, 150, 90}, 0x406080));
+    // A single other pixel leaves two neighbours in doubt rather than a whole block.
+    EXPECT_TRUE(SameAsReference(kMotionBlurEffect, Dot(120, 20, 60, 10).handle, {5, 60, 90}, 0));
+}
+
 TEST(MotionBlur, EqualsItsReferenceBeyondThePanelsRange) {
     const Picture source = RandomPicture(31, 22, 8);
     for (const int32_t depth : {1, -1, -25, 1000, INT32_MAX})

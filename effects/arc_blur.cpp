@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+// Pixels depend on pixels before them, so only the places of the samples are computed side by side, for
+// stretches of pixels that take every sample; the averages follow one by one.
+#include "effects/arc_blur.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "framework/cpu.h"
+#include "framework/memory_guards.h"
+
+namespace kfx {
+namespace {
+
+constexpr int32_t kStretch = 64;  // pixels whose places are computed together: they stay in the nearest cache
+constexpr int32_t kOutside = INT32_MIN;
+
+struct Blur {
+    WorkingImage* image;
+    const Arc* arc;
+    const double* sinesByRow;                      // sine * dy of each sample, for the current row
+    const double* cosinesByRow;                    // cosine * dy
+    int32_t* places;                               // kStretch for each sample
+    uint32_t background;                           // as the pixel's bytes stand in a row
+    uint32_t reciprocals[kMostPackedSamples + 1];  // 2^32 / count, rounded up
+};
+
+// The offset of a sample from the image's first stored row, or kOutside.
+KFX_INLINE int32_t PlaceOf(const WorkingImage* image, int32_t stride, double column, double row) {
+    const auto x = static_cast<int32_t>(column);
+    const auto y = static_cast<int32_t>(row);
+    const bool inside = (x >= 0) & (x < image->width) & (y >= 0) & (y < image->height);
+    const int32_t place = (image->height - 1 - y) * stride + 3 * x;
+    return inside ? place : kOutside;
+}
+
+// The places of all samples of `count` pixels from x on.
+KFX_INLINE void FindPlaces(const Blur& blur, int32_t x, int32_t count) {
+    const Arc& arc = *blur.arc;
+    const auto stride = static_cast<int32_t>(StrideOf(blur.image));
+    const WorkingImage image = *blur.image;
+    for (int32_t i = 0; i < arc.count; ++i) {
+        const double cosine = arc.cosines[i], sine = arc.sines[i];
+        const double sineDy = blur.sinesByRow[i], cosineDy = blur.cosinesByRow[i];
+        const double centerX = arc.centerX, centerY = arc.centerY;
+        int32_t* __restrict places = blur.places + static_cast<ptrdiff_t>(i) * kStretch;
+        for (int32_t k = 0; k < count; ++k) {
+            const double dx = (x + k) - centerX;
+            places[k] = PlaceOf(&image, stride, cosine * dx + centerX - sineDy + 0.5,
+                                sine * dx + centerY + cosineDy + 0.5);
+        }
+    }
+}
+
+KFX_INLINE void FindSteps(const Arc& arc, double dy, int32_t width, int32_t* __restrict steps) {
+    const Arc copy = arc;
+    for (int32_t x = 0; x < width; ++x) steps[x] = SampleStep(copy, x - copy.centerX, dy);
+}
+
+void FindStepsPlain(const Arc& arc, double dy, int32_t width, int32_t* steps) {
+    FindSteps(arc, dy, width, steps);
+}
+KFX_AVX2 void FindStepsAvx2(const Arc& arc, double dy, int32_t width, int32_t* steps) {
+    FindSteps(arc, dy, width, steps);
+}
+void FindPlacesPlain(const Blur& blur, int32_t x, int32_t count) { FindPlaces(blur, x, count); }
+KFX_AVX2 void FindPlacesAvx2(const Blur& blur, int32_t x, int32_t count) { FindPlaces(blur, x, count); }
+
+// Two channels in the halves of a word and one in another.
+struct PackedSums {
+    uint32_t blueRed = 0;
+    uint32_t green = 0;
+
+    void Add(uint32_t bytes) {
+        blueRed += bytes & 0x00FF00FF;
+        green += bytes >> 8 & 255;
+    }
+};
+
+// The pixel's three bytes, with the one before them in place of one behind, which the last pixel lacks;
+// before the first one stands the image's header.
+uint32_t PixelBytes(const uint8_t* pixel) {
+    uint32_t bytes;
+    std::memcpy(&bytes, pixel - 1, sizeof bytes);
+    return bytes >> 8;
+}
+
+void PutAverage(const Blur& blur, const PackedSums& sums, uint32_t count, uint8_t* out) {
+    // Exact: sums below 2^16 times a count below 2^9 stay far below 2^32.
+    const uint64_t reciprocal = blur.reciprocals[count];
+    const auto average = [reciprocal](uint32_t sum) { return static_cast<uint8_t>(sum * reciprocal >> 32); };
+    out[0] = average(sums.blueRed & 0xFFFF);
+    out[1] = average(sums.green);
+    out[2] = average(sums.blueRed >> 16);
+}
+
+void BlurStretch(const Blur& blur, int32_t count, uint8_t* out) {
+    const uint8_t* first = PixelsOf(blur.image);
+    for (int32_t k = 0; k < count; ++k, out += 3) {
+        PackedSums sums;
+        const int32_t* place = blur.places + k;
+        for (int32_t i = 0; i < blur.arc->count; ++i, place += kStretch)
+            sums.Add(*place == kOutside ? blur.background : PixelBytes(first + *place));
+        PutAverage(blur, sums, static_cast<uint32_t>(blur.arc->count), out);
+    }
+}
+
+// A pixel that takes every `step`-th sample.
+void BlurSparsely(const Blur& blur, int32_t x, int32_t step, uint8_t* out) {
+    const Arc& arc = *blur.arc;
+    const uint8_t* first = PixelsOf(blur.image);
+    const auto stride = static_cast<int32_t>(StrideOf(blur.image));
+    const double dx = x - arc.centerX;
+    PackedSums sums;
+    uint32_t count = 0;
+    for (int32_t i = 0; i < arc.count; i += step, ++count) {
+        const int32_t place =
+            PlaceOf(blur.image, stride, arc.cosines[i] * dx + arc.centerX - blur.sinesByRow[i] + 0.5,
+                    arc.sines[i] * dx + arc.centerY + blur.cosinesByRow[i] + 0.5);
+        sums.Add(place == kOutside ? blur.background : PixelBytes(first + place));
+    }
+    PutAverage(blur, sums, count, out);
+}
+
+}  // namespace
+
+bool BlurArcs(WorkingImage* image, const Arc& arc, uint32_t background) {
+    const auto count = static_cast<size_t>(arc.count);
+    const Scratch<double> byRow(2 * count);
+    const Scratch<int32_t> places(count * kStretch);
+    const Scratch<int32_t> stepsOfRow(static_cast<size_t>(image->width));
+    if (!byRow.address || !places.address || !stepsOfRow.address) return false;
+    const int32_t* steps = stepsOfRow.address;
+    Blur blur = {image, &arc, byRow.address, byRow.address + count, places.address, 0, {}};
+    blur.background = BlueOf(background) | GreenOf(background) << 8 | RedOf(background) << 16;
+    for (uint32_t n = 2; n <= kMostPackedSamples; ++n)
+        blur.reciprocals[n] = static_cast<uint32_t>((uint64_t{1} << 32) / n + 1);
+    const auto findPlaces = UseAvx2() ? FindPlacesAvx2 : FindPlacesPlain;
+    const auto findSteps = UseAvx2() ? FindStepsAvx2 : FindStepsPlain;
+
+    for (int32_t y = 0; y < image->height; ++y) {
+        const double dy = y - arc.centerY;
+        for (size_t i = 0; i < count; ++i) {
+            byRow.address[i] = arc.sines[i] * dy;
+            byRow.address[count + i] = arc.cosines[i] * dy;
+        }
+        uint8_t* row = PictureRow(image, y);
+        findSteps(arc, dy, image->width, stepsOfRow.address);
+        for (int32_t x = 0; x < image->width;) {
+            int32_t end = x;
+            while (end < image->width && end - x < kStretch && steps[end] == 1) ++end;
+            if (end > x) {
+                findPlaces(blur, x, end - x);
+                BlurStretch(blur, end - x, row + 3 * static_cast<size_t>(x));
+                x = end;
+            } else {
+                BlurSparsely(blur, x, steps[x], row + 3 * static_cast<size_t>(x));
+                ++x;
+            }
+        }
+    }
+    return true;
+}
+
+}  // namespace kfx
