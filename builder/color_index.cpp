@@ -9,67 +9,78 @@
 namespace kfx {
 namespace {
 
-// A quarter of all cubes: more than a photographic animation uses. When they are full, all are forgotten.
-constexpr uint32_t kSlots = 1u << 16;
 constexpr int32_t kCubeSide = 4;
-constexpr int32_t kVector = 8;  // entries that are compared at once
+constexpr int32_t kBlockSide = 16;
 
-// The cube's lowest red, green and blue.
-struct Corner {
+struct Color {
     int32_t red;
     int32_t green;
     int32_t blue;
 };
 
-Corner CornerOf(uint32_t cube) {
-    return {static_cast<int32_t>(cube >> 12 & 63) * kCubeSide,
-            static_cast<int32_t>(cube >> 6 & 63) * kCubeSide, static_cast<int32_t>(cube & 63) * kCubeSide};
+// The least red, green and blue of the block or cube that begins at a place.
+Color CornerAt(uint32_t place) {
+    const auto level = [place](uint32_t shift) {
+        const uint32_t spread = place >> shift;
+        return static_cast<int32_t>((spread & 3) | (spread >> 4 & 0x0C) | (spread >> 8 & 0x30) |
+                                    (spread >> 12 & 0xC0));
+    };
+    return {level(4), level(2), level(0)};
 }
 
-int32_t Distance(int32_t red, int32_t green, int32_t blue) {
+constexpr int32_t Distance(int32_t red, int32_t green, int32_t blue) {
     return 3 * red * red + 4 * green * green + 2 * blue * blue;
 }
 
-// The palette entries that can be the nearest one to some colour of the cube, in index order: those whose
-// least distance to the cube is no more than the smallest greatest distance. Returns how many.
-#if defined(__GNUC__)
-__attribute__((always_inline))
-#endif
-inline int32_t
-FindCandidates(const ColorIndex& index, const Corner& corner, uint8_t candidates[256]) {
+// Some palette entries, an array per channel.
+struct Entries {
+    int32_t red[256];
+    int32_t green[256];
+    int32_t blue[256];
+    uint8_t number[256];  // in the palette
+    int32_t count = 0;
+};
+
+void AddEntry(const ColorIndex& index, int32_t number, Entries* entries) {
+    entries->red[entries->count] = index.red[number];
+    entries->green[entries->count] = index.green[number];
+    entries->blue[entries->count] = index.blue[number];
+    entries->number[entries->count++] = static_cast<uint8_t>(number);
+}
+
+// Of the given entries, those that can be the nearest one to some colour of a cube with this corner and side,
+// in the given order: their least distance to it is no more than the smallest greatest distance of all.
+KFX_INLINE int32_t FindCandidates(const Entries& given, const Color& corner, int32_t side,
+                                  uint8_t candidates[256]) {
     int32_t least[256];
     int32_t bound = INT32_MAX;
-    for (int32_t i = 0; i < index.paddedCount; ++i) {
-        const int32_t red = index.red[i] - corner.red;
-        const int32_t green = index.green[i] - corner.green;
-        const int32_t blue = index.blue[i] - corner.blue;
-        constexpr int32_t kLast = kCubeSide - 1;
+    const int32_t last = side - 1;
+    for (int32_t i = 0; i < given.count; ++i) {
+        const int32_t red = given.red[i] - corner.red;
+        const int32_t green = given.green[i] - corner.green;
+        const int32_t blue = given.blue[i] - corner.blue;
         least[i] =
-            Distance(red - std::min(std::max(red, 0), kLast), green - std::min(std::max(green, 0), kLast),
-                     blue - std::min(std::max(blue, 0), kLast));
-        const int32_t greatest = Distance(std::max(red, kLast - red), std::max(green, kLast - green),
-                                          std::max(blue, kLast - blue));
+            Distance(red - std::min(std::max(red, 0), last), green - std::min(std::max(green, 0), last),
+                     blue - std::min(std::max(blue, 0), last));
+        const int32_t greatest =
+            Distance(std::max(red, last - red), std::max(green, last - green), std::max(blue, last - blue));
         bound = std::min(bound, greatest);
     }
     int32_t found = 0;
-    for (int32_t i = 0; i < index.count; ++i) {
+    for (int32_t i = 0; i < given.count; ++i) {
         candidates[found] = static_cast<uint8_t>(i);
         found += least[i] <= bound;
     }
     return found;
 }
 
-// Every colour of the cube becomes its nearest entry. Distance and index share one key, so that the smallest
-// key is the lowest index of the least distance.
-#if defined(__GNUC__)
-__attribute__((always_inline))
-#endif
-inline void
-AnswerNearest(const ColorIndex& index, const Corner& corner, uint8_t answers[kCubeColors]) {
+// Every colour of a cube becomes its nearest entry. Distance and number share one key, so that the smallest
+// key is the lowest number of the least distance.
+KFX_INLINE void AnswerNearest(const Entries& given, const Color& corner, uint8_t answers[kCubeColors]) {
     uint8_t candidates[256];
-    const int32_t found = FindCandidates(index, corner, candidates);
+    const int32_t found = FindCandidates(given, corner, kCubeSide, candidates);
     if (found == 1) {
-        std::memset(answers, candidates[0], kCubeColors);
+        std::memset(answers, given.number[candidates[0]], kCubeColors);
         return;
     }
     int32_t best[kCubeColors];
@@ -78,12 +89,12 @@ AnswerNearest(const ColorIndex& index, const Corner& corner, uint8_t answers[kCu
         const int32_t entry = candidates[k];
         int32_t plane[16];  // green and blue
         for (int32_t i = 0; i < 16; ++i) {
-            const int32_t green = corner.green + (i >> 2) - index.green[entry];
-            const int32_t blue = corner.blue + (i & 3) - index.blue[entry];
-            plane[i] = (4 * green * green + 2 * blue * blue) * 256 + entry;
+            const int32_t green = corner.green + (i >> 2) - given.green[entry];
+            const int32_t blue = corner.blue + (i & 3) - given.blue[entry];
+            plane[i] = (4 * green * green + 2 * blue * blue) * 256 + given.number[entry];
         }
         for (int32_t r = 0; r < kCubeSide; ++r) {
-            const int32_t red = corner.red + r - index.red[entry];
+            const int32_t red = corner.red + r - given.red[entry];
             const int32_t line = 3 * red * red * 256;
             for (int32_t i = 0; i < 16; ++i) best[16 * r + i] = std::min(best[16 * r + i], plane[i] + line);
         }
@@ -91,52 +102,76 @@ AnswerNearest(const ColorIndex& index, const Corner& corner, uint8_t answers[kCu
     for (size_t i = 0; i < kCubeColors; ++i) answers[i] = static_cast<uint8_t>(best[i]);
 }
 
-void AnswerNearestPlain(const ColorIndex& index, const Corner& corner, uint8_t answers[kCubeColors]) {
-    AnswerNearest(index, corner, answers);
+// Lists the block's candidates when they are not known yet, and gathers them.
+KFX_INLINE void GatherCandidates(ColorIndex* index, uint32_t place, Entries* entries) {
+    constexpr uint32_t kBlockPlaces = 12;  // bits
+    BlockCandidates* block = &index->tables->candidates[place >> kBlockPlaces];
+    if (block->count == 0) {
+        Entries all;
+        for (int32_t i = 0; i < index->count; ++i) AddEntry(*index, i, &all);
+        uint8_t candidates[256];
+        const int32_t found =
+            FindCandidates(all, CornerAt(place >> kBlockPlaces << kBlockPlaces), kBlockSide, candidates);
+        block->count = static_cast<uint8_t>(std::min<int32_t>(found, kMostCandidates + 1));
+        std::memcpy(block->entries, candidates, kMostCandidates);
+    }
+    if (block->count > kMostCandidates) {
+        for (int32_t i = 0; i < index->count; ++i) AddEntry(*index, i, entries);
+    } else {
+        for (int32_t i = 0; i < block->count; ++i) AddEntry(*index, block->entries[i], entries);
+    }
+}
+
+// The cube's answers when every colour becomes its nearest entry.
+KFX_INLINE void FindNearest(ColorIndex* index, uint32_t place) {
+    Entries entries;
+    GatherCandidates(index, place, &entries);
+    const uint32_t cube = place / kCubeColors;
+    AnswerNearest(entries, CornerAt(cube * kCubeColors), &index->tables->answers[cube * kCubeColors]);
+    index->tables->known[cube] = 1;
+}
+
+// Remapping fast, colours become the entry nearest to their 15-bit rounding and the palette's own the first
+// entry that is exactly theirs: the eight cubes of one rounding are answered together. The block's candidates
+// suffice, since the rounding lies in the block.
+KFX_INLINE void FindRounded(ColorIndex* index, uint32_t place) {
+    constexpr uint32_t kThirdBits = SpreadLevel(4) * 0x15;  // of blue, green and red
+    Entries entries;
+    GatherCandidates(index, place, &entries);
+    const uint32_t firstPlace = place / kCubeColors * kCubeColors & ~kThirdBits;
+    const Color corner = CornerAt(firstPlace);
+    int32_t best = INT32_MAX;
+    for (int32_t i = 0; i < entries.count; ++i) {
+        const int32_t distance = Distance(corner.red - entries.red[i], corner.green - entries.green[i],
+                                          corner.blue - entries.blue[i]);
+        best = std::min(best, distance * 256 + entries.number[i]);
+    }
+    // All subsets of the third bits.
+    for (uint32_t bits = kThirdBits;; bits = (bits - 1) & kThirdBits) {
+        std::memset(&index->tables->answers[firstPlace | bits], best & 255, kCubeColors);
+        index->tables->known[(firstPlace | bits) / kCubeColors] = 1;
+        if (bits == 0) break;
+    }
+    for (int32_t i = entries.count - 1; i >= 0; --i) {
+        const auto red = static_cast<uint32_t>(entries.red[i]);
+        const auto green = static_cast<uint32_t>(entries.green[i]);
+        const auto blue = static_cast<uint32_t>(entries.blue[i]);
+        const uint32_t exact = PlaceOf(red, green, blue);
+        if (((exact ^ firstPlace) & ~kThirdBits) < kCubeColors)
+            index->tables->answers[exact] = entries.number[i];
+    }
+}
+
+KFX_INLINE void FindAnswersOf(ColorIndex* index, uint32_t place) {
+    if (index->fast)
+        FindRounded(index, place);
+    else
+        FindNearest(index, place);
 }
 
 #if KFX_HAS_AVX2
-KFX_AVX2 void AnswerNearestAvx2(const ColorIndex& index, const Corner& corner, uint8_t answers[kCubeColors]) {
-    AnswerNearest(index, corner, answers);
-}
+KFX_AVX2 void FindAnswersAvx2(ColorIndex* index, uint32_t place) { FindAnswersOf(index, place); }
 #endif
-
-int32_t NearestTo(const ColorIndex& index, int32_t red, int32_t green, int32_t blue) {
-    int32_t best = INT32_MAX;
-    for (int32_t i = 0; i < index.count; ++i) {
-        const int32_t distance = Distance(red - index.red[i], green - index.green[i], blue - index.blue[i]);
-        best = std::min(best, distance * 256 + i);
-    }
-    return best & 255;
-}
-
-// Every colour becomes the entry nearest to its 15-bit rounding, and the palette's own colours the first
-// entry that is exactly theirs.
-void AnswerFast(const ColorIndex& index, const Corner& corner, uint8_t answers[kCubeColors]) {
-    std::memset(answers, NearestTo(index, corner.red & ~7, corner.green & ~7, corner.blue & ~7), kCubeColors);
-    for (int32_t i = index.count - 1; i >= 0; --i) {
-        const int32_t red = index.red[i] - corner.red;
-        const int32_t green = index.green[i] - corner.green;
-        const int32_t blue = index.blue[i] - corner.blue;
-        if (((red | green | blue) & ~(kCubeSide - 1)) == 0)
-            answers[red * 16 + green * 4 + blue] = static_cast<uint8_t>(i);
-    }
-}
-
-bool MakeTables(ColorIndex* index) {
-    constexpr size_t kSlotBytes = kColorCubes * sizeof(uint16_t);
-    if (!index->memory) index->memory = AllocateMemory(kSlotBytes + size_t{kSlots} * kCubeColors);
-    auto* tables = static_cast<uint8_t*>(LockMemory(index->memory));
-    if (!tables) return false;
-    index->slots = reinterpret_cast<uint16_t*>(tables);
-    index->answers = tables + kSlotBytes;
-    return true;
-}
-
-void ForgetAnswers(ColorIndex* index) {
-    std::memset(index->slots, 0, kColorCubes * sizeof(uint16_t));
-    index->usedSlots = 0;
-}
 
 bool SamePalette(const ColorIndex& index, const uint8_t* palette, int32_t count) {
     if (index.count != count) return false;
@@ -149,7 +184,7 @@ bool SamePalette(const ColorIndex& index, const uint8_t* palette, int32_t count)
 }  // namespace
 
 ColorIndex::~ColorIndex() {
-    if (slots) UnlockMemory(memory);
+    if (tables) UnlockMemory(memory);
     FreeMemory(memory);
 }
 
@@ -160,34 +195,27 @@ bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count,
         palette = black;
         count = 1;
     }
-    if (!index->slots && !MakeTables(index)) return false;
+    if (!index->memory) index->memory = AllocateMemory(sizeof(ColorAnswers));
+    if (!index->tables) index->tables = static_cast<ColorAnswers*>(LockMemory(index->memory));
+    if (!index->tables) return false;
     if (index->fast == fast && SamePalette(*index, palette, count)) return true;
     index->count = count;
-    index->paddedCount = (count + kVector - 1) / kVector * kVector;
-    for (int32_t i = 0; i < index->paddedCount; ++i) {
-        const uint8_t* entry = palette + (i < count ? 3 * i : 0);
-        index->red[i] = entry[0];
-        index->green[i] = entry[1];
-        index->blue[i] = entry[2];
-    }
     index->fast = fast;
-    ForgetAnswers(index);
+    for (int32_t i = 0; i < count; ++i, palette += 3) {
+        index->red[i] = palette[0];
+        index->green[i] = palette[1];
+        index->blue[i] = palette[2];
+    }
+    std::memset(index->tables->known, 0, sizeof index->tables->known);
+    std::memset(index->tables->candidates, 0, sizeof index->tables->candidates);
     return true;
 }
 
-uint32_t FillCube(ColorIndex* index, uint32_t cube) {
-    if (index->usedSlots + 1 == kSlots) ForgetAnswers(index);
-    const uint32_t slot = ++index->usedSlots;  // slot 0 means unknown
-    index->slots[cube] = static_cast<uint16_t>(slot);
-    uint8_t* answers = index->answers + slot * kCubeColors;
-    if (index->fast) AnswerFast(*index, CornerOf(cube), answers);
+void FindAnswers(ColorIndex* index, uint32_t place) {
 #if KFX_HAS_AVX2
-    else if (UseAvx2())
-        AnswerNearestAvx2(*index, CornerOf(cube), answers);
+    if (UseAvx2()) return FindAnswersAvx2(index, place);
 #endif
-    else
-        AnswerNearestPlain(*index, CornerOf(cube), answers);
-    return slot;
+    FindAnswersOf(index, place);
 }
 
 }  // namespace kfx

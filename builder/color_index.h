@@ -2,7 +2,7 @@
 // Which palette entry each colour becomes, answered once per colour and build. The answers are those of the
 // rules (the nearest entry; or, when remapping fast, an exact match and else the entry nearest to the
 // colour's 15-bit rounding); they are found for 4 x 4 x 4 neighbouring colours at a time, when the first of
-// them is asked for.
+// them is asked for, and stand in a table of all 2^24 colours of which only the pages in use ever get memory.
 #pragma once
 
 #include <cstddef>
@@ -12,23 +12,37 @@
 
 namespace kfx {
 
+constexpr uint32_t kCubeColors = 64;  // neighbouring colours answered together
+constexpr uint32_t kColorCubes = (1u << 24) / kCubeColors;
+constexpr uint32_t kColorBlocks = 1u << 12;  // of 16 x 16 x 16 colours: a page of answers
+constexpr uint32_t kMostCandidates = 63;
+
+// The entries that can be the nearest one to some colour of a block, in index order.
+struct BlockCandidates {
+    uint8_t count;  // 0: not looked for yet; above kMostCandidates: too many to be listed
+    uint8_t entries[kMostCandidates];
+};
+
+// The tables that are asked for each pixel; see PlaceOf.
+struct ColorAnswers {
+    uint8_t answers[kColorCubes * kCubeColors];
+    uint8_t known[kColorCubes];
+    BlockCandidates candidates[kColorBlocks];
+};
+
 struct ColorIndex {
     ColorIndex() = default;
     ~ColorIndex();
     ColorIndex(const ColorIndex&) = delete;
     ColorIndex& operator=(const ColorIndex&) = delete;
 
-    MemoryHandle memory = nullptr;  // both tables, locked; made when first needed
-    uint16_t* slots = nullptr;      // for each cube of 64 colours: where its answers stand, 0 while unknown
-    uint8_t* answers = nullptr;     // 64 to a slot
-    uint32_t usedSlots = 0;
-    // The palette, an array per channel, padded to whole vectors with copies of entry 0, which never win a
-    // tie.
+    MemoryHandle memory = nullptr;  // of the tables, locked; made when first needed
+    ColorAnswers* tables = nullptr;
+    // The palette, an array per channel.
     int32_t red[256] = {};
     int32_t green[256] = {};
     int32_t blue[256] = {};
     int32_t count = 0;
-    int32_t paddedCount = 0;
     bool fast = false;
 };
 
@@ -36,25 +50,36 @@ struct ColorIndex {
 // Answers that still hold are kept: asking again for the same costs nothing. False: no memory for the tables.
 bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count, bool fast);
 
-// Finds the answers of one cube; returns its slot. For LookUpColor.
-uint32_t FillCube(ColorIndex* index, uint32_t cube);
-
-constexpr uint32_t kColorCubes = 1u << 18;
-constexpr uint32_t kCubeColors = 64;
-
-// The cube of a colour given in the byte order of picture rows (0x00RRGGBB), and the colour's place in the
-// cube.
-inline uint32_t CubeOf(uint32_t color) {
-    return (color >> 2 & 0x3F) | (color >> 4 & 0xFC0) | (color >> 6 & 0x3F000);
+// A colour's place in the table of answers: the three channels' bits in turn, two at a time with red highest,
+// so that neighbouring colours share cache lines and pages. This is the place of a blue level; a green one's
+// is shifted by 2 and a red one's by 4.
+constexpr uint32_t SpreadLevel(uint32_t level) {
+    return (level & 3) | (level & 0x0C) << 4 | (level & 0x30) << 8 | (level & 0xC0) << 12;
 }
-inline uint32_t PlaceInCube(uint32_t color) { return (color & 3) | (color >> 6 & 12) | (color >> 12 & 48); }
 
-// The palette entry for a colour (0x00RRGGBB).
-inline uint8_t LookUpColor(ColorIndex* index, uint32_t color) {
-    const uint32_t cube = CubeOf(color);
-    uint32_t slot = index->slots[cube];
-    if (!slot) slot = FillCube(index, cube);
-    return index->answers[slot * kCubeColors + PlaceInCube(color)];
+struct SpreadLevels {
+    constexpr SpreadLevels() : places() {
+        for (uint32_t level = 0; level < 256; ++level) places[level] = SpreadLevel(level);
+    }
+    uint32_t places[256];
+};
+inline constexpr SpreadLevels kSpread;
+
+inline uint32_t PlaceOf(uint32_t red, uint32_t green, uint32_t blue) {
+    return kSpread.places[red] << 4 | kSpread.places[green] << 2 | kSpread.places[blue];
+}
+
+// Finds the answers of the cube that holds the place, or of a few more. For AnswerAt.
+void FindAnswers(ColorIndex* index, uint32_t place);
+
+// The palette entry for the colour at a place.
+inline uint8_t AnswerAt(ColorIndex* index, uint32_t place) {
+    if (!index->tables->known[place / kCubeColors]) FindAnswers(index, place);
+    return index->tables->answers[place];
+}
+
+inline uint8_t LookUpColor(ColorIndex* index, uint32_t red, uint32_t green, uint32_t blue) {
+    return AnswerAt(index, PlaceOf(red, green, blue));
 }
 
 }  // namespace kfx

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "builder/build_driver.h"
+#include "builder/color_index.h"
 #include "framework/movable_memory_native.h"
 #include "framework/source_animation.h"
 #include "tests/builder/recording_host.h"
@@ -135,7 +136,7 @@ TEST(BuildMemory, nothing_but_the_source_stays_locked_across_a_request) {
 
 TEST(BuildMemory, a_build_holds_the_source_the_frames_one_working_copy_and_its_tables) {
     constexpr int32_t kFrames = 12;
-    constexpr size_t kTables = 5 << 20;
+    constexpr size_t kTables = sizeof(ColorAnswers) + (1 << 16);
     // Large frames with as many colours as make the quantizer build its tree, in a corner.
     Picture picture = FlatPicture(320, 240, 0x305070);
     {

@@ -134,22 +134,25 @@ TEST_P(RemapPaths, every_colour_count_from_none_to_256_gives_the_reference) {
     }
 }
 
-TEST_P(RemapPaths, answers_stay_right_when_more_cubes_are_asked_for_than_are_kept) {
-    constexpr int32_t kColors = 24;
-    uint8_t palette[kPaletteBytes];
-    FillRandomPalette(palette, kColors, 77);
-    ColorIndex index;
-    ASSERT_TRUE(PrepareColorIndex(&index, palette, kColors, false));
-    std::mt19937 random(7);
-    for (uint32_t cube = 0; cube < kColorCubes; cube += 3) {
-        const auto low = static_cast<uint32_t>(random());
-        const uint32_t red = (cube >> 12) * 4 + (low & 3);
-        const uint32_t green = (cube >> 6 & 63) * 4 + (low >> 2 & 3);
-        const uint32_t blue = (cube & 63) * 4 + (low >> 4 & 3);
-        const int32_t answer = LookUpColor(&index, blue | green << 8 | red << 16);
-        ASSERT_EQ(answer, ReferenceNearest(palette, kColors, static_cast<int32_t>(red),
-                                           static_cast<int32_t>(green), static_cast<int32_t>(blue)))
-            << red << ", " << green << ", " << blue;
+TEST_P(RemapPaths, colours_all_over_the_space_get_the_reference_s_answers) {
+    for (const int32_t colors : {1, 24, 256}) {
+        for (const bool fast : {false, true}) {
+            uint8_t palette[kPaletteBytes];
+            FillRandomPalette(palette, colors, static_cast<uint32_t>(colors));
+            Targets targets(palette, {8, colors, fast});
+            // Every palette colour and its neighbours, then colours from everywhere.
+            const int32_t width = 3 * colors + 6000;
+            const Picture picture = RandomPicture(width, 1, static_cast<uint32_t>(colors));
+            const ImageLock lock(picture.handle);
+            for (int32_t i = 0; i < 3 * colors; ++i) {
+                const uint8_t* entry = palette + i / 3 * 3;
+                SetDibPixel(lock.image, i, 0,
+                            (Rgb(entry[0], entry[1], entry[2]) ^ static_cast<uint32_t>(i % 3)));
+            }
+            const Picture expected(ReferencePlainRemap(picture.handle, targets.reference));
+            const Picture actual(PlainRemap(picture.handle, &targets.product));
+            ASSERT_TRUE(SamePicture(expected.handle, actual.handle)) << colors << " colours, fast " << fast;
+        }
     }
 }
 
