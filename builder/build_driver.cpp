@@ -8,6 +8,7 @@
 #include "builder/palette_order.h"
 #include "builder/quantizer.h"
 #include "builder/remap.h"
+#include "builder/reserved_index.h"
 #include "builder/supercompression.h"
 #include "framework/memory_guards.h"
 #include "framework/source_animation.h"
@@ -18,7 +19,6 @@ namespace kfx {
 namespace {
 
 constexpr int32_t kMostColors = 256;
-constexpr uint32_t kColorMask = 0xFFFFFF;
 constexpr uint32_t kNoBackground = 0xFFFFFFFF;  // as a colour it is white, and is used so
 
 constexpr char kComment[] =
@@ -164,46 +164,20 @@ bool SupercompressFrames(Build* build) {
     return true;
 }
 
-// Gives every pixel of the converted image whose full colour is the background colour the reserved index.
-void MarkBackground(const Build& build, ImageHandle full, ImageHandle converted) {
-    const ImageLock from(full);
-    const ImageLock to(converted);
-    if (!from.image || !to.image) return;
-    const uint32_t background = build.background & kColorMask;
-    for (int32_t y = 0; y < from.image->height; ++y)
-        for (int32_t x = 0; x < from.image->width; ++x)
-            if ((GetDibPixel(from.image, x, y) & kColorMask) == background)
-                SetDibPixel(to.image, x, y, static_cast<uint32_t>(build.reservedIndex));
-}
-
-// Gives every pixel that the mask calls unchanged the reserved index; a picture may reach beyond its mask.
-bool MarkUnchanged(const Build& build, ImageHandle mask, ImageHandle converted) {
-    const ImageLock unchanged(mask);
-    const ImageLock to(converted);
-    if (!unchanged.image || !to.image) return false;
-    const int32_t width = std::min(unchanged.image->width, to.image->width);
-    const int32_t height = std::min(unchanged.image->height, to.image->height);
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x)
-            if (GetDibPixel(unchanged.image, x, y) == 1)
-                SetDibPixel(to.image, x, y, static_cast<uint32_t>(build.reservedIndex));
-    return true;
-}
-
 // Puts the reserved index where it belongs. The colour table has the background colour there already: it is
 // the palette's.
 bool MarkReserved(const Build& build, int32_t index, ImageHandle converted, FrameEntry* entry) {
-    if (build.reservedIndex < 0) return true;
-    if (build.options.supercompress) {
-        if (index == 0) MarkBackground(build, entry->image, converted);
-        if (entry->changeMask) {
-            if (!MarkUnchanged(build, entry->changeMask, converted)) return false;
-            entry->transparentIndex = build.reservedIndex;
-        }
+    const int32_t reserved = build.reservedIndex;
+    if (reserved < 0) return true;
+    const bool firstOfMany = build.options.supercompress && index == 0;
+    if (firstOfMany && !MarkBackground(entry->image, build.background, converted, reserved)) return false;
+    if (build.options.supercompress && entry->changeMask) {
+        if (!MarkUnchanged(entry->changeMask, converted, reserved)) return false;
+        entry->transparentIndex = reserved;
     }
     if (build.options.localBackground) {
-        MarkBackground(build, entry->image, converted);
-        entry->transparentIndex = build.reservedIndex;
+        if (!MarkBackground(entry->image, build.background, converted, reserved)) return false;
+        entry->transparentIndex = reserved;
     }
     return true;
 }
