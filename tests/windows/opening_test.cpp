@@ -1,22 +1,238 @@
 // SPDX-License-Identifier: MIT
-// How the plug-in's window opens and closes.
+// How the plug-in's window opens and closes, and what it does with the configuration file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "resources/resource_ids.h"
+#include "tests/support/animation_blocks.h"
+#include "tests/support/pictures.h"
 #include "tests/windows/support/memory_ledger.h"
 #include "tests/windows/support/plugin_session.h"
 
 namespace kfx::test {
 namespace {
 
-TEST(Opening, the_title_is_the_plugins_name) {
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+SessionOptions WithConfiguration(const std::string& text) {
+    SessionOptions options;
+    options.configuration = text;
+    return options;
+}
+
+std::vector<uint8_t> OneFrame() { return MakeAnimationBlock({{BytesOf(RandomPicture(5, 3, 1).handle), {}}}); }
+
+TEST(Opening, shows_title_effects_and_palettes_in_the_middle_of_the_screen) {
     FakeHost host;
     PluginSession session(host);
     ASSERT_TRUE(session.IsOpen());
     char title[100] = "";
     GetWindowTextA(session.Window(), title, sizeof title);
     EXPECT_STREQ(title, "Kestrel FX #1");
+    EXPECT_THAT(
+        session.ItemsOf(IDC_EFFECT),
+        ElementsAre("Bump", "Emboss", "Explode", "Gaussian Blur", "Glass Block", "HSB and Channels",
+                    "Implode", "Lens Flare", "Motion Blur", "Neon", "Normalize", "Obscure", "Oil Painting",
+                    "Radial Blur", "Raster", "Ripple", "Solarize", "Swirl", "Water Drops", "Zoom Blur"));
+    EXPECT_EQ(session.SelectionOf(IDC_EFFECT), 14);
+    EXPECT_THAT(session.ItemsOf(IDC_PALETTE),
+                ElementsAre("Black and white", "Sixteen-color Windows", "32-color orthogonal",
+                            "64-color orthogonal", "128-color orthogonal", "216-color safe",
+                            "256-color orthogonal", "256-color with gray", "256 gray levels"));
+    EXPECT_EQ(session.SelectionOf(IDC_PALETTE), 6);
+    RECT place;
+    GetWindowRect(session.Window(), &place);
+    EXPECT_EQ(place.left, (GetSystemMetrics(SM_CXSCREEN) - (place.right - place.left)) / 2);
+    EXPECT_EQ(place.top, (GetSystemMetrics(SM_CYSCREEN) - (place.bottom - place.top)) / 2);
+    EXPECT_THAT(host.Transcript(), ElementsAre("REQ code=21 target=0 value=0 size answer=1"));
+}
+
+TEST(Opening, controls_carry_their_texts) {
+    FakeHost host;
+    PluginSession session(host);
+    const std::pair<int, const char*> texts[] = {{IDC_BUILD, "Build"},
+                                                 {IDC_CANCEL, "Cancel"},
+                                                 {IDC_HELP_BUTTON, "Help"},
+                                                 {IDC_TEST, "&Test"},
+                                                 {IDC_SELECT, "Select..."},
+                                                 {IDC_OPEN_SAVE, "Open/Save"},
+                                                 {IDC_ABOUT, "A&bout"},
+                                                 {IDC_SUPERCOMPRESS, "&Supercompress"},
+                                                 {IDC_ADD_COMMENT, "Add comme&nt"},
+                                                 {IDC_DITHER, "&Dither"},
+                                                 {IDC_CUSTOM_PALETTE, "&Custom palette"},
+                                                 {IDC_TRUE_COLOR, "Tr&ue color"},
+                                                 {IDC_LOCAL_BACKGROUND, "&Local background"},
+                                                 {IDC_EFFECT_CAPTION, "Effect"},
+                                                 {IDC_PALETTE_CAPTION, "Palette:"},
+                                                 {IDC_SOURCE_CAPTION, "Current animation:"}};
+    for (const auto& [id, text] : texts) EXPECT_EQ(session.TextOf(id), text) << id;
+    EXPECT_TRUE(session.IsShown(IDC_PREVIEW));
+    EXPECT_FALSE(session.IsEnabled(IDC_SOURCE_PATH));
+    EXPECT_FALSE(session.IsEnabled(IDC_SOURCE_SIZE));
+}
+
+TEST(Opening, without_a_source_nothing_can_be_built) {
+    FakeHost host;
+    PluginSession session(host);
+    EXPECT_FALSE(session.IsEnabled(IDC_BUILD));
+    EXPECT_FALSE(session.IsEnabled(IDC_TEST));
+}
+
+TEST(Opening, check_boxes_lists_and_colour_come_from_the_settings) {
+    FakeHost host;
+    PluginSession session(host,
+                          WithConfiguration("MainDither = 1\nMainSupercompress = 1\nTruecolour = 0\n"
+                                            "AddDescriptiveCommentBlock = 0\nLocalBackgroundUse = 0\n"
+                                            "LocalBackgroundColor = 255\nMainEffect = 3\nMainPalette = 2\n"));
+    EXPECT_TRUE(session.IsChecked(IDC_DITHER));
+    EXPECT_TRUE(session.IsChecked(IDC_SUPERCOMPRESS));
+    EXPECT_FALSE(session.IsChecked(IDC_TRUE_COLOR));
+    EXPECT_FALSE(session.IsChecked(IDC_ADD_COMMENT));
+    EXPECT_FALSE(session.IsChecked(IDC_LOCAL_BACKGROUND));
+    EXPECT_FALSE(session.IsEnabled(IDC_BACKGROUND_COLOR));
+    EXPECT_EQ(session.TextOf(IDC_BACKGROUND_COLOR), "255");
+    EXPECT_EQ(session.SelectionOf(IDC_EFFECT), 3);
+    EXPECT_EQ(session.SelectionOf(IDC_PALETTE), 2);
+}
+
+TEST(Opening, a_custom_palette_is_off_at_first_and_its_list_disabled) {
+    FakeHost host;
+    PluginSession session(host);
+    EXPECT_FALSE(session.IsChecked(IDC_CUSTOM_PALETTE));
+    EXPECT_FALSE(session.IsEnabled(IDC_PALETTE));
+}
+
+TEST(Opening, what_the_host_does_not_take_cannot_be_chosen) {
+    FakeHost host;
+    host.context.capabilities = 0;
+    PluginSession session(host, WithConfiguration("Truecolour = 1\nMainSupercompress = 1\n"));
+    EXPECT_FALSE(session.IsChecked(IDC_TRUE_COLOR));
+    EXPECT_FALSE(session.IsEnabled(IDC_TRUE_COLOR));
+    EXPECT_FALSE(session.IsChecked(IDC_SUPERCOMPRESS));
+    EXPECT_FALSE(session.IsEnabled(IDC_SUPERCOMPRESS));
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("Truecolour = 0"));
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainSupercompress = 1"));
+}
+
+TEST(Opening, each_capability_stands_alone) {
+    FakeHost host;
+    host.context.capabilities = kHostTakesSupercompressed;
+    {
+        PluginSession session(host, WithConfiguration("MainSupercompress = 1\n"));
+        EXPECT_TRUE(session.IsChecked(IDC_SUPERCOMPRESS));
+        EXPECT_FALSE(session.IsEnabled(IDC_TRUE_COLOR));
+    }
+    host.context.capabilities = kHostTakesTrueColor;
+    PluginSession session(host);
+    EXPECT_TRUE(session.IsChecked(IDC_TRUE_COLOR));
+    EXPECT_FALSE(session.IsEnabled(IDC_SUPERCOMPRESS));
+}
+
+TEST(Opening, with_shift_held_the_file_is_not_read_and_the_document_starts_anew) {
+    FakeHost host;
+    SessionOptions options =
+        WithConfiguration("MainEffect = 3\nCurrentFileName = C:\\x.kx1\nOpenPath = C:\\y\\\n");
+    options.shiftHeld = true;
+    PluginSession session(host, options);
+    EXPECT_EQ(session.SelectionOf(IDC_EFFECT), 14);
+    session.Click(IDC_DITHER);
+    session.Close();
+    const std::string text = session.ConfigurationText();
+    EXPECT_THAT(text, HasSubstr("CurrentFileName = " + session.DocumentsFolder() + "untitled.kx1\r\n"));
+    EXPECT_THAT(text, HasSubstr("OpenPath = " + session.DocumentsFolder() + "\r\n"));
+    EXPECT_THAT(text, HasSubstr("MainEffect = 14\r\n"));
+    EXPECT_THAT(text, HasSubstr("MainDither = 1\r\n")) << "what was changed meanwhile is kept";
+}
+
+TEST(Opening, the_previous_source_is_reopened_only_when_its_file_exists_and_it_is_wanted) {
+    for (const bool wanted : {true, false}) {
+        for (const bool exists : {true, false}) {
+            FakeHost host;
+            host.Serve(OneFrame());
+            const std::string path = exists ? PluginPath() : "C:\\no such file.gif";
+            PluginSession session(
+                host, WithConfiguration("FileNamePath = " + path +
+                                        "\nReloadPreviousSession = " + (wanted ? "1" : "0") + "\n"));
+            const std::vector<std::string> requests = host.Requests(HostRequest::OpenAnimation);
+            if (wanted && exists) {
+                EXPECT_THAT(requests, ElementsAre(HasSubstr("path=\"" + path + "\"")));
+                EXPECT_TRUE(session.IsEnabled(IDC_BUILD));
+            } else {
+                EXPECT_THAT(requests, IsEmpty()) << wanted << exists;
+            }
+        }
+    }
+}
+
+TEST(Closing, writes_every_key_and_reads_it_again) {
+    FakeHost host;
+    PluginSession session(host, WithConfiguration("MainEffect = 5\nStyle009Wavelength = 4000\nFirstRun = 0\n"
+                                                  "PatchLevel = 9\nImageFile = C:\\a b.bmp  \n"));
+    session.Close();
+    const std::string text = session.ConfigurationText();
+    EXPECT_THAT(
+        text,
+        HasSubstr(";Quorvane Labs animtion plugin configuration file\r\n;Edit this at your own risk\r\n"));
+    EXPECT_THAT(text, HasSubstr("MainEffect = 5\r\n"));
+    EXPECT_THAT(text, HasSubstr("Style009Wavelength = 4000\r\n"));
+    EXPECT_THAT(text, HasSubstr("FirstRun = 0\r\n"));
+    EXPECT_THAT(text, HasSubstr("PatchLevel = 1\r\n"));
+    EXPECT_THAT(text, HasSubstr("ImageFile = C:\\a b.bmp  \r\n"));
+    EXPECT_THAT(text, HasSubstr("OpenPath = " + session.DocumentsFolder() + "\r\n")) << "empty at the start";
+    EXPECT_THAT(text, HasSubstr("VersionNumber = 512\r\n"));
+}
+
+TEST(Closing, writes_nothing_and_says_nothing_when_the_makers_folder_is_missing) {
+    FakeHost host;
+    SessionOptions options;
+    options.configurationFolder = false;
+    PluginSession session(host, options);
     EXPECT_EQ(session.Close(), 1u);
+    const std::string path = session.ConfigurationPath();
+    EXPECT_EQ(GetFileAttributesA(path.substr(0, path.rfind('\\')).c_str()), INVALID_FILE_ATTRIBUTES)
+        << "the folder is not made";
+    EXPECT_THAT(session.Messages(), IsEmpty());
+}
+
+TEST(Closing, reads_and_writes_nothing_when_the_shell_knows_no_folder) {
+    FakeHost host;
+    SessionOptions options = WithConfiguration("MainEffect = 3\n");
+    options.folderLookupFails = true;
+    PluginSession session(host, options);
+    EXPECT_EQ(session.SelectionOf(IDC_EFFECT), 14);
+    session.Close();
+    EXPECT_EQ(session.ConfigurationText(), "MainEffect = 3\n");
+    EXPECT_THAT(session.Messages(), IsEmpty());
+}
+
+TEST(Closing, by_the_close_box_is_like_cancel) {
+    FakeHost host;
+    PluginSession session(host);
+    PostMessageA(session.Window(), WM_CLOSE, 0, 0);
+    EXPECT_EQ(session.WaitUntilClosed(), 1u);
+    EXPECT_THAT(session.ConfigurationText(), Not(IsEmpty()));
+}
+
+TEST(Closing, leaves_no_memory_and_no_graphics_objects_behind) {
+    DWORD graphics[3];
+    for (DWORD& count : graphics) {
+        FakeHost host;
+        host.Serve(OneFrame());
+        {
+            PluginSession session(host);
+            session.Click(IDC_SELECT);
+            session.Close();
+            EXPECT_EQ(CountLedger().liveBlocks, 0u);
+            EXPECT_EQ(CountLedger().strangeFrees, 0u);
+        }
+        count = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS);
+    }
+    EXPECT_EQ(graphics[2], graphics[1]);
 }
 
 }  // namespace

@@ -371,6 +371,11 @@ void PluginSession::ClearEvents() {
     state_->standIns->events.clear();
 }
 
+std::map<int, RECT> PluginSession::CreatedControls() const {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    return state_->standIns->created;
+}
+
 std::vector<COLORREF> PluginSession::DrawPreview(int width, int height) {
     BITMAPINFO info = {};
     info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};

@@ -6,7 +6,7 @@
 
 #include <windows.h>
 
-#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -86,6 +86,9 @@ public:
     // Timer calls as "set 15 1000" and "kill 15", and "preview" for each time that the preview was drawn.
     std::vector<std::string> Events() const;
     void ClearEvents();
+
+    // Where the plug-in placed the controls that it made itself, by identifier.
+    std::map<int, RECT> CreatedControls() const;
 
     // Draws the preview into a bitmap of this size and answers its pixels as 0x00BBGGRR, row by row from the
     // top.

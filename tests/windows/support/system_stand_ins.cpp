@@ -100,6 +100,15 @@ BOOL WINAPI EndTimer(HWND window, UINT_PTR id) {
     return ended;
 }
 
+HWND WINAPI CreateControl(DWORD moreStyle, LPCSTR className, LPCSTR text, DWORD style, int x, int y,
+                          int width, int height, HWND parent, HMENU id, HINSTANCE module, LPVOID data) {
+    {
+        const std::lock_guard<std::mutex> lock(current->mutex);
+        current->created[static_cast<int>(reinterpret_cast<INT_PTR>(id))] = {x, y, x + width, y + height};
+    }
+    return CreateWindowExA(moreStyle, className, text, style, x, y, width, height, parent, id, module, data);
+}
+
 }  // namespace
 
 struct SystemStandIns::Patches {
@@ -113,9 +122,10 @@ struct SystemStandIns::Patches {
           askOpen(module, "GetOpenFileNameA", AddressOfFunction(AskOpen)),
           askSave(module, "GetSaveFileNameA", AddressOfFunction(AskSave)),
           startTimer(module, "SetTimer", AddressOfFunction(StartTimer)),
-          endTimer(module, "KillTimer", AddressOfFunction(EndTimer)) {}
+          endTimer(module, "KillTimer", AddressOfFunction(EndTimer)),
+          createControl(module, "CreateWindowExA", AddressOfFunction(CreateControl)) {}
     ImportPatch findFolder, pathOfFolder, time, time64, openPage, trackMenu, askOpen, askSave, startTimer,
-        endTimer;
+        endTimer, createControl;
 };
 
 SystemStandIns::SystemStandIns(HMODULE module, const std::string& folder, const SessionOptions& options)

@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -31,6 +32,7 @@ struct SystemStandIns {
     std::vector<AskedPath> askedPaths;
     std::vector<std::string> openedPages;
     std::vector<std::string> events;
+    std::map<int, RECT> created;
 
     struct Patches;
     std::unique_ptr<Patches> patches;
