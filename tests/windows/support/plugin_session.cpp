@@ -93,7 +93,8 @@ struct PluginSession::State {
     std::vector<std::string> messages;
 
     std::atomic<bool> ending{false};
-    DWORD windowThread = 0;
+    std::atomic<bool> messagesHeld{false};
+    std::atomic<DWORD> windowThread{0};
     std::thread runner;
     std::thread watcher;
 };
@@ -173,20 +174,26 @@ void RunWindow(PluginSession::State* state) {
     DestroyWindow(parent);
 }
 
-// A message box of the plug-in's that waits for an answer on the window's thread; null: none.
-HWND FindMessageBox(DWORD thread) {
-    HWND found = nullptr;
+struct BoxSearch {
+    std::string caption;
+    HWND found;
+};
+
+// A visible window of the thread with this caption; null: none.
+HWND FindBox(DWORD thread, const char* caption) {
+    BoxSearch search = {caption, nullptr};
+    if (!thread) return nullptr;
     EnumThreadWindows(
         thread,
-        [](HWND window, LPARAM result) -> BOOL {
-            char caption[20] = "";
-            GetWindowTextA(window, caption, sizeof caption);
-            if (!IsWindowVisible(window) || std::string(caption) != "Message") return TRUE;
-            *reinterpret_cast<HWND*>(result) = window;
-            return FALSE;
+        [](HWND window, LPARAM data) -> BOOL {
+            auto* wanted = reinterpret_cast<BoxSearch*>(data);
+            char text[100] = "";
+            GetWindowTextA(window, text, sizeof text);
+            if (IsWindowVisible(window) && wanted->caption == text) wanted->found = window;
+            return wanted->found == nullptr;
         },
-        reinterpret_cast<LPARAM>(&found));
-    return found;
+        reinterpret_cast<LPARAM>(&search));
+    return search.found;
 }
 
 void AnswerMessageBox(PluginSession::State* state, HWND box) {
@@ -206,7 +213,7 @@ void AnswerMessageBox(PluginSession::State* state, HWND box) {
 void Watch(PluginSession::State* state) {
     const auto start = std::chrono::steady_clock::now();
     while (!state->ending) {
-        if (const HWND box = state->windowThread ? FindMessageBox(state->windowThread) : nullptr)
+        if (const HWND box = state->messagesHeld ? nullptr : FindBox(state->windowThread, "Message"))
             AnswerMessageBox(state, box);
         if (std::chrono::steady_clock::now() - start > kLongestSession) {
             std::fprintf(stderr, "The plug-in's window hangs. What the host saw:\n");
@@ -329,6 +336,23 @@ uint64_t PluginSession::WaitUntilClosed() {
 std::vector<std::string> PluginSession::Messages() const {
     const std::lock_guard<std::mutex> lock(state_->mutex);
     return state_->messages;
+}
+
+void PluginSession::HoldMessages(bool held) { state_->messagesHeld = held; }
+
+void PluginSession::Press(int id) { PostMessageA(Control(id), BM_CLICK, 0, 0); }
+
+HWND PluginSession::WaitForBox(const char* caption) {
+    for (int i = 0; i < 2000; ++i) {
+        if (const HWND box = FindBox(state_->windowThread, caption)) return box;
+        std::this_thread::sleep_for(kLookInterval);
+    }
+    return nullptr;
+}
+
+bool PluginSession::WaitUntilGone(HWND box) {
+    for (int i = 0; i < 2000 && IsWindow(box); ++i) std::this_thread::sleep_for(kLookInterval);
+    return !IsWindow(box);
 }
 
 void PluginSession::AnswerMenu(UINT command) {

@@ -72,8 +72,16 @@ public:
     uint64_t Close();
     uint64_t WaitUntilClosed();
 
-    // Texts of the message boxes seen so far. Every box is answered with its first button.
+    // Texts of the message boxes seen so far. Every box is answered with its first button, unless they are
+    // held.
     std::vector<std::string> Messages() const;
+    void HoldMessages(bool held);
+
+    // For what opens a box of its own: presses the button without waiting, waits for a window with this
+    // caption to appear on the window's thread, or for it to go. Null or false: it did not in a few seconds.
+    void Press(int id);
+    HWND WaitForBox(const char* caption);
+    bool WaitUntilGone(HWND box);
 
     // Answers for the system's dialogs. The menu's answer is posted as a command, as the system would.
     void AnswerMenu(UINT command);
