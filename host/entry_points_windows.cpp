@@ -18,7 +18,7 @@ namespace kfx {
 namespace {
 
 constexpr char kPluginName[] = "Kestrel FX #1";
-constexpr char kNotice[] = "Kestrel FX #1 Plugin \xA9 2026 Quorvane Labs";
+constexpr char kNotice[] = "Kestrel FX #1 Plugin (c) 2026 Quorvane Labs";
 
 // Writes a text into a record of `size` bytes, as far as it reaches.
 void PutText(void* record, size_t size, size_t offset, const char* text) {

@@ -48,7 +48,12 @@ void SelectSource(HWND window) {
     OpenSourceAnimation(window, false);
 }
 
-void ReopenSource(HWND window) { OpenSourceAnimation(window, true); }
+// The window opens with the focus on "Build", which had to wait for its source.
+void ReopenSource(HWND window) {
+    OpenSourceAnimation(window, true);
+    const HWND build = GetDlgItem(window, IDC_BUILD);
+    if (IsWindowEnabled(build)) SetFocus(build);
+}
 
 void ShowDocumentMenu(HWND window) {
     const HMENU menu = CreatePopupMenu();
