@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "media/animation_writer.h"
+#include "stage/result_files.h"
 #include "stage/text_match.h"
 #include "stage/text_windows.h"
 
@@ -84,19 +84,6 @@ bool Drive(PluginRun* run, const CommandLine& line) {
            SetOptions(run, line) && SelectSource(run) && ChoosePalette(run, line) && RunBuild(run);
 }
 
-bool WriteResult(const std::string& path, HostSession* session, std::vector<std::string>* files,
-                 std::string* error) {
-    files->assign(1, path);
-    if (EndingOf(path) == ".gif") {
-        return WriteGif(path, MakeGif(std::move(session->built), session->record), error);
-    }
-    const Animation animation = PlayBuilt(session->built, session->record);
-    session->built = {};
-    if (EndingOf(path) == ".webp") return WriteWebp(path, animation, error);
-    *files = PngFramePaths(path, animation.frames.size());
-    return WritePngFrames(path, animation, error);
-}
-
 std::string Plural(size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
@@ -105,10 +92,11 @@ std::string Plural(size_t count, const std::string& noun) {
 
 Report RunApply(const CommandLine& line) {
     Report report;
+    Animation source;
     HostSession session;
+    session.source = &source;
     session.sourcePath = SystemPath(line.inputs[0]);
-    if (!ReadSource(line.inputs[0], &session.source, &report) || !CheckWritable(line.output, &report))
-        return report;
+    if (!ReadSource(line.inputs[0], &source, &report) || !CheckWritable(line.output, &report)) return report;
 
     const bool gif = EndingOf(line.output) == ".gif";
     {
@@ -125,7 +113,7 @@ Report RunApply(const CommandLine& line) {
     const int width = session.built.width, height = session.built.height;
     std::vector<std::string> files;
     std::string error;
-    if (!WriteResult(SystemPath(line.output), &session, &files, &error)) {
+    if (!WriteResult(SystemPath(line.output), std::move(session.built), session.record, &files, &error)) {
         return FailedReport(kExitBadOutput, error);
     }
     report.text = line.output + ": " + Plural(frames, "frame") + ", " + std::to_string(width) + " x " +

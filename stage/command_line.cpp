@@ -23,9 +23,13 @@ constexpr char kFooter[] =
     "Exit codes: 0 done, 2 wrong command, 3 unreadable input, 4 output not writable,\n"
     "  5 plug-in missing or failed, 6 plug-in stopped answering.";
 
-void AddPluginOptions(CLI::App* command, CommandLine* line) {
+void AddPluginPath(CLI::App* command, CommandLine* line) {
     command->add_option("--plugin", line->plugin, "The plug-in (default: kfxplug1.dll beside this program)")
         ->type_name("PATH");
+}
+
+void AddPluginOptions(CLI::App* command, CommandLine* line) {
+    AddPluginPath(command, line);
     command->add_flag("--json", line->json, "Print the result, or the error, as one JSON object");
     command->add_flag("--quiet", line->quiet, "No progress line and no notes");
     command->add_flag("--show-window", line->showWindow,
@@ -209,6 +213,7 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, Command
     AddOutput(sheet, line, "PNG file")->required();
     CLI::App* window = app.add_subcommand("window", "Open Stage's window, as without a command");
     AddInput(window, &texts.input, "input", "Animation to open in it");
+    AddPluginPath(window, line);
 
     try {
         // The parser takes its arguments from the end.

@@ -91,7 +91,9 @@ bool BuildEveryEffect(PluginRun* run, std::vector<Animation>* results, std::vect
 }  // namespace
 
 Report RunEffects(const CommandLine& line) {
+    Animation source;
     HostSession session;
+    session.source = &source;
     DrivenPlugin plugin(line, kHostTakesSupercompressed | kHostTakesTrueColor, &session);
     if (!plugin.run.error.empty()) return PluginReport(plugin.run);
     Report report;
@@ -114,11 +116,12 @@ Report RunEffects(const CommandLine& line) {
 
 Report RunGallery(const CommandLine& line) {
     Report report;
+    Animation source;
     HostSession session;
+    session.source = &source;
     session.sourcePath = line.inputs.empty() ? "sample" : SystemPath(line.inputs[0]);
     session.keepSource = true;
-    if (!ReadGallerySource(line, &session.source, &report) || !CheckWritable(line.output, &report))
-        return report;
+    if (!ReadGallerySource(line, &source, &report) || !CheckWritable(line.output, &report)) return report;
     std::vector<Animation> results;
     std::vector<std::string> names;
     std::string title;
@@ -127,7 +130,7 @@ Report RunGallery(const CommandLine& line) {
         title = plugin.library.name;
         if (!BuildEveryEffect(&plugin.run, &results, &names)) return PluginReport(plugin.run);
     }
-    std::vector<SheetPicture> pictures = {PictureOf(session.source, "Source")};
+    std::vector<SheetPicture> pictures = {PictureOf(source, "Source")};
     for (size_t i = 0; i < results.size(); ++i) pictures.push_back(PictureOf(results[i], names[i]));
     report.result["effects"] = names;
     const Picture sheet = DrawGallery(title + ": its effects at their defaults", pictures, kGalleryColumns,

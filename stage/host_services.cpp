@@ -56,13 +56,16 @@ bool LoadRequested(const OpenAnimationRequest& request, void* owner) {
     std::string path = FromPluginText(request.path);
     if (path.empty() && !(actions.chooseAnimation && actions.chooseAnimation(current, owner, &path)))
         return false;
+    Animation loaded;
     std::string error;
-    if (ReadAnimation(path, &current->source, &error)) {
-        current->sourcePath = path;
-        return true;
+    if (!ReadAnimation(path, &loaded, &error)) {
+        if (actions.reportError) actions.reportError(current, owner, error);
+        return false;
     }
-    if (actions.reportError) actions.reportError(current, owner, error);
-    return false;
+    *current->source = std::move(loaded);
+    current->sourcePath = path;
+    if (actions.sourceOpened) actions.sourceOpened(current);
+    return true;
 }
 
 uint64_t OpenAnimation(OpenAnimationRequest* request) {
@@ -70,10 +73,10 @@ uint64_t OpenAnimation(OpenAnimationRequest* request) {
     request->path[sizeof request->path - 1] = '\0';
     if (!current->offerSource && !LoadRequested(*request, WindowOf(request->owner))) return 0;
     current->offerSource = current->offerAgain;
-    const uint64_t block = MakeBlock(current->source);
+    const uint64_t block = MakeBlock(*current->source);
     if (!block) return 0;
-    current->record = MakeSourceRecord(current->source);
-    if (!current->keepSource) current->source = {};
+    current->record = MakeSourceRecord(*current->source);
+    if (!current->keepSource) *current->source = {};
     PutPath(current->sourcePath, request);
     ++current->animationsOpened;
     return block;
@@ -103,6 +106,7 @@ uint64_t CloseTask(bool success) {
     current->built.open = false;
     current->built.complete = success;
     if (!success) current->built.frames.clear();
+    if (success && current->actions.taskClosed) current->actions.taskClosed(current);
     ++current->tasksClosed;
     return 1;
 }

@@ -24,6 +24,8 @@ struct HostActions {
                         std::uint32_t* color) = nullptr;
     bool (*showHelp)(HostSession* session, const std::string& reference) = nullptr;
     void (*showProgress)(HostSession* session) = nullptr;
+    void (*sourceOpened)(HostSession* session) = nullptr;  // another source has been read
+    void (*taskClosed)(HostSession* session) = nullptr;    // session->built is complete
     void (*reportError)(HostSession* session, void* owner, const std::string& message) = nullptr;
 };
 
@@ -32,11 +34,11 @@ struct HostSession {
     HostActions actions;
     void* user = nullptr;  // of whoever made the actions
 
-    std::string sourcePath;   // UTF-8
-    Animation source;         // read from sourcePath
-    bool offerSource = true;  // the next request gets the source, whatever it names
-    bool offerAgain = true;   // and so does each one after it; else they ask the user
-    bool keepSource = false;  // else the source's pixels are freed once they are handed over
+    std::string sourcePath;       // UTF-8
+    Animation* source = nullptr;  // read from sourcePath; its owner outlives the session
+    bool offerSource = true;      // the next request gets the source, whatever it names
+    bool offerAgain = true;       // and so does each one after it; else they ask the user
+    bool keepSource = false;      // else the source's pixels are freed once they are handed over
     SourceRecord record;
     BuiltAnimation built;
 

@@ -6,6 +6,7 @@
 #include <shellapi.h>
 
 #include "stage/commands.h"
+#include "stage/stage_window.h"
 #include "stage/text_windows.h"
 
 using namespace kfx::stage;
@@ -81,9 +82,8 @@ int main() {
             break;
     }
     if (line.command == Command::Window) {
-        ParseCommandLine({"--help"}, &line, &text);
-        WriteStandardOutput(text);
-        return kExitDone;
+        return RunStageWindow(line.inputs.empty() ? "" : SystemPath(line.inputs[0]),
+                              line.plugin.empty() ? "" : SystemPath(line.plugin));
     }
     SetConsoleCtrlHandler(HandleInterrupt, TRUE);
     const Report report = RunCommand(line);

@@ -30,15 +30,15 @@ TEST_F(Settings, TheUsersFileIsAsItWasAfterSuccessAndFailure) {
     EXPECT_EQ(ReadText(user.path), kUsersText);
     EXPECT_EQ(Apply({"--effect", "nonsense"}), 2);
     EXPECT_EQ(ReadText(user.path), kUsersText);
-    EXPECT_EQ(FilesIn(user.folder), std::vector<std::string>{"kfxplug1.ini"});
+    EXPECT_EQ(user.Files(), std::vector<std::string>{"kfxplug1.ini"});
 }
 
 TEST_F(Settings, AnAbsentFileStaysAbsent) {
     DeleteFileAt(user.path);
     EXPECT_EQ(Apply({"--effect", "Emboss"}), 0);
-    EXPECT_EQ(FilesIn(user.folder), std::vector<std::string>{});
+    EXPECT_EQ(user.Files(), std::vector<std::string>{});
     EXPECT_EQ(Apply({"--effect", "nonsense"}), 2);
-    EXPECT_EQ(FilesIn(user.folder), std::vector<std::string>{});
+    EXPECT_EQ(user.Files(), std::vector<std::string>{});
 }
 
 TEST_F(Settings, TheResultDoesNotDependOnTheUsersFile) {
@@ -55,7 +55,7 @@ TEST_F(Settings, WhatAKilledCommandLeftAsideIsPutBackByTheNext) {
     WriteText(user.path, "[PlugIn]\n");
     EXPECT_EQ(Apply({"--effect", "nonsense"}), 2);
     EXPECT_EQ(ReadText(user.path), kUsersText);
-    EXPECT_EQ(FilesIn(user.folder), std::vector<std::string>{"kfxplug1.ini"});
+    EXPECT_EQ(user.Files(), std::vector<std::string>{"kfxplug1.ini"});
 }
 
 TEST_F(Settings, AHangingPluginLeavesTheUsersFileToo) {

@@ -33,6 +33,12 @@ std::wstring Quoted(const std::string& argument) {
     return quoted + L"\"";
 }
 
+std::wstring StageCommandLine(const std::vector<std::string>& arguments) {
+    std::wstring commandLine = Quoted(FileBesideTest("kestrel-stage.exe"));
+    for (const std::string& argument : arguments) commandLine += L" " + Quoted(argument);
+    return commandLine;
+}
+
 HANDLE InheritableFile(const std::string& path) {
     SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
     return CreateFileW(Widen(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inheritable, CREATE_ALWAYS,
@@ -67,8 +73,7 @@ std::string FileBesideTest(const std::string& name) {
 StageResult RunStage(const std::vector<std::string>& arguments) {
     const TemporaryFolder folder;
     const std::string outPath = folder.path + "out.txt", errPath = folder.path + "err.txt";
-    std::wstring commandLine = Quoted(FileBesideTest("kestrel-stage.exe"));
-    for (const std::string& argument : arguments) commandLine += L" " + Quoted(argument);
+    std::wstring commandLine = StageCommandLine(arguments);
 
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
@@ -94,6 +99,30 @@ StageResult RunStage(const std::vector<std::string>& arguments) {
     result.out = ReadText(outPath);
     result.err = ReadText(errPath);
     return result;
+}
+
+bool StartStage(const std::vector<std::string>& arguments, RunningStage* stage) {
+    std::wstring commandLine = StageCommandLine(arguments);
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                        &process)) {
+        return false;
+    }
+    CloseHandle(process.hThread);
+    stage->process = process.hProcess;
+    stage->processId = process.dwProcessId;
+    return true;
+}
+
+int WaitForStage(RunningStage* stage) {
+    WaitForEnd(stage->process);
+    DWORD exitCode = 0;
+    GetExitCodeProcess(stage->process, &exitCode);
+    CloseHandle(stage->process);
+    stage->process = nullptr;
+    return static_cast<int>(exitCode);
 }
 
 nlohmann::json RunStageForJson(std::vector<std::string> arguments) {
@@ -144,6 +173,14 @@ UserSettings::~UserSettings() {
     std::string error;
     DeleteFileAt(path);
     if (existed) WriteWholeFile(path, found, &error);
+}
+
+std::vector<std::string> UserSettings::Files() const {
+    std::vector<std::string> files = FilesIn(folder);
+    files.erase(std::remove_if(files.begin(), files.end(),
+                               [](const std::string& name) { return name.rfind("kfxplug1", 0) != 0; }),
+                files.end());
+    return files;
 }
 
 bool FileExists(const std::string& path) {

@@ -17,6 +17,18 @@ struct StageResult {
     std::uint64_t peakBytes = 0;  // of memory in use
 };
 
+// A kestrel-stage that is still running.
+struct RunningStage {
+    void* process = nullptr;
+    unsigned long processId = 0;
+};
+
+// Starts kestrel-stage.exe without waiting. False: it did not start.
+bool StartStage(const std::vector<std::string>& arguments, RunningStage* stage);
+
+// Waits for its end, ends it when it hangs (which fails the test), and returns its exit code.
+int WaitForStage(RunningStage* stage);
+
 // Runs kestrel-stage.exe, which stands beside this test, with the arguments (UTF-8) and waits for its end.
 StageResult RunStage(const std::vector<std::string>& arguments);
 
@@ -45,6 +57,9 @@ struct UserSettings {
     ~UserSettings();
     UserSettings(const UserSettings&) = delete;
     UserSettings& operator=(const UserSettings&) = delete;
+
+    // The names of the plug-in's files in the folder.
+    std::vector<std::string> Files() const;
 
     std::string folder;
     std::string path;

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// The dialogs in which a user names files and colours.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <windows.h>
+
+namespace kfx::stage {
+
+// Asks for an animation to open, starting in `folder`. False: the user cancelled.
+bool ChooseAnimationToOpen(HWND owner, const std::string& folder, std::string* path);
+
+// Asks where to save; `*path` holds the suggestion and the answer, which always has an ending.
+bool ChooseFileToSave(HWND owner, std::string* path);
+
+// Asks for a colour (0x00BBGGRR). `palette` is 256 red-green-blue triples; the user is offered sixteen of
+// them.
+bool ChooseColorFrom(HWND owner, const std::uint8_t* palette, std::uint32_t* color);
+
+}  // namespace kfx::stage

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#include "stage/result_files.h"
+
+#include <utility>
+
+#include "media/animation_writer.h"
+#include "stage/command_line.h"
+
+namespace kfx::stage {
+
+bool WriteResult(const std::string& path, BuiltAnimation built, const SourceRecord& source,
+                 std::vector<std::string>* files, std::string* error) {
+    files->assign(1, path);
+    if (EndingOf(path) == ".gif") return WriteGif(path, MakeGif(std::move(built), source), error);
+    const Animation animation = PlayBuilt(built, source);
+    built = {};  // the played frames take its place in memory
+    if (EndingOf(path) == ".webp") return WriteWebp(path, animation, error);
+    *files = PngFramePaths(path, animation.frames.size());
+    return WritePngFrames(path, animation, error);
+}
+
+}  // namespace kfx::stage

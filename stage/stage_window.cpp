@@ -1,0 +1,437 @@
+// SPDX-License-Identifier: MIT
+#include "stage/stage_window.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <windows.h>
+#include <commctrl.h>
+#include <shellapi.h>
+#include <windowsx.h>
+
+#include "stage/exit_codes.h"
+#include "stage/file_choice.h"
+#include "stage/result_files.h"
+#include "stage/stage_resources.h"
+#include "stage/stage_state.h"
+#include "stage/text_windows.h"
+
+namespace kfx::stage {
+namespace {
+
+constexpr wchar_t kClassName[] = L"KestrelStage";
+constexpr wchar_t kTitle[] = L"Kestrel Stage";
+constexpr UINT_PTR kPlayTimer = 1;
+constexpr UINT kPlayMilliseconds = 15;
+
+// Device-independent pixels.
+constexpr int kStartWidth = 900, kStartHeight = 560;
+constexpr int kMargin = 16, kButtonHeight = 30, kButtonWidth = 150, kGap = 10, kBarHeight = 8;
+
+StageState* StateOf(HWND window) {
+    return reinterpret_cast<StageState*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+}
+
+int Scaled(const StageState& state, int value) { return MulDiv(value, state.dpi, 96); }
+
+// Windows before 10 have one resolution for all screens.
+int DpiOf(HWND window) {
+    using GetDpi = UINT(WINAPI*)(HWND);
+    const auto address =
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetDpiForWindow"));
+    if (address) return static_cast<int>(reinterpret_cast<GetDpi>(address)(window));
+    const HDC screen = GetDC(nullptr);
+    const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+    ReleaseDC(nullptr, screen);
+    return dpi;
+}
+
+HFONT MakeFont(const StageState& state, int height, int weight) {
+    return CreateFontW(-Scaled(state, height), 0, 0, 0, weight, FALSE, FALSE, FALSE, DEFAULT_CHARSET, 0, 0,
+                       CLEARTYPE_QUALITY, 0, L"Segoe UI");
+}
+
+void MakeFonts(StageState* state) {
+    if (state->font) DeleteObject(state->font);
+    if (state->smallFont) DeleteObject(state->smallFont);
+    state->font = MakeFont(*state, 15, FW_SEMIBOLD);
+    state->smallFont = MakeFont(*state, 13, FW_NORMAL);
+    for (const HWND button : {state->openButton, state->effectsButton, state->saveButton}) {
+        SendMessageW(button, WM_SETFONT, reinterpret_cast<WPARAM>(state->smallFont), TRUE);
+    }
+}
+
+HWND MakeButton(HWND window, const wchar_t* text, int id) {
+    return CreateWindowExW(0, L"BUTTON", text, WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0, window,
+                           reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr),
+                           nullptr);
+}
+
+RECT CardArea(const StageState& state, int side) {
+    RECT client;
+    GetClientRect(state.window, &client);
+    const int margin = Scaled(state, kMargin);
+    const int bottom = client.bottom - 2 * margin - Scaled(state, kButtonHeight);
+    const int width = (client.right - 3 * margin) / 2;
+    const int left = margin + side * (width + margin);
+    return {left, margin, left + width, bottom};
+}
+
+RECT StatusArea(const StageState& state) {
+    RECT client;
+    GetClientRect(state.window, &client);
+    const int margin = Scaled(state, kMargin);
+    const int buttons = 3 * (Scaled(state, kButtonWidth) + Scaled(state, kGap));
+    return {margin + buttons + margin, client.bottom - margin - Scaled(state, kButtonHeight),
+            client.right - margin, client.bottom - margin};
+}
+
+void PlaceButtons(const StageState& state) {
+    RECT client;
+    GetClientRect(state.window, &client);
+    int left = Scaled(state, kMargin);
+    const int height = Scaled(state, kButtonHeight), width = Scaled(state, kButtonWidth);
+    const int top = client.bottom - Scaled(state, kMargin) - height;
+    for (const HWND button : {state.openButton, state.effectsButton, state.saveButton}) {
+        MoveWindow(button, left, top, width, height, TRUE);
+        left += width + Scaled(state, kGap);
+    }
+}
+
+void UpdateCommands(const StageState& state) {
+    const bool canSave = !state.built.frames.empty() && !state.pluginOpen;
+    EnableWindow(state.saveButton, canSave);
+    EnableMenuItem(GetMenu(state.window), IDC_SAVE, canSave ? MF_ENABLED : MF_GRAYED);
+    CheckMenuItem(GetMenu(state.window), IDC_PLAY, state.playing ? MF_CHECKED : MF_UNCHECKED);
+    const std::wstring name = Widen(FileNameOf(state.sourcePath));
+    SetWindowTextW(state.window, name.empty() ? kTitle : (name + L" - " + kTitle).c_str());
+}
+
+void DrawStatus(const StageState& state, HDC target) {
+    RECT area = StatusArea(state);
+    SetDCBrushColor(target, StageBackground());
+    FillRect(target, &area, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    std::string text = state.status;
+    if (state.progressTotal > 0) {
+        const int total = state.progressTotal, item = std::clamp(state.progressCurrent + 1, 0, total);
+        RECT bar = area;
+        bar.left = area.right - (area.right - area.left) / 2;
+        bar.top = (area.top + area.bottom - Scaled(state, kBarHeight)) / 2;
+        bar.bottom = bar.top + Scaled(state, kBarHeight);
+        SetDCBrushColor(target, RGB(216, 219, 226));
+        FillRect(target, &bar, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+        bar.right = bar.left + MulDiv(bar.right - bar.left, item, total);
+        SetDCBrushColor(target, RGB(35, 57, 93));
+        FillRect(target, &bar, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+        area.right = area.right - (area.right - area.left) / 2 - Scaled(state, kGap);
+        text += "  " + std::to_string(item) + " of " + std::to_string(total);
+    }
+    SetBkMode(target, TRANSPARENT);
+    SetTextColor(target, RGB(90, 98, 114));
+    const HGDIOBJ before = SelectObject(target, state.smallFont);
+    const std::wstring wide = Widen(text);
+    DrawTextW(target, wide.c_str(), -1, &area,
+              DT_SINGLELINE | DT_VCENTER | DT_RIGHT | DT_NOPREFIX | DT_END_ELLIPSIS);
+    SelectObject(target, before);
+}
+
+void DrawCard(const StageState& state, HDC target, int side) {
+    const ViewStyle style = {state.font, state.smallFont, state.dpi};
+    const RECT card = CardArea(state, side);
+    if (side == 0) {
+        const std::string name = FileNameOf(state.sourcePath);
+        DrawAnimationCard(target, card, name.empty() ? "Source" : "Source: " + name,
+                          "Open an animation,\nor drop one here.", state.source, state.sourceFrame, style);
+    } else {
+        DrawAnimationCard(target, card, state.resultSaved ? "Result" : "Result (not saved yet)",
+                          "Run the effects plug-in\nto make a result.", state.result, state.resultFrame,
+                          style);
+    }
+}
+
+// Everything is drawn off screen first: animations must not flicker.
+void Paint(const StageState& state) {
+    PAINTSTRUCT paint;
+    const HDC screen = BeginPaint(state.window, &paint);
+    RECT client;
+    GetClientRect(state.window, &client);
+    const HDC target = CreateCompatibleDC(screen);
+    const HBITMAP bitmap =
+        CreateCompatibleBitmap(screen, std::max<LONG>(client.right, 1), std::max<LONG>(client.bottom, 1));
+    const HGDIOBJ before = SelectObject(target, bitmap);
+    SetDCBrushColor(target, StageBackground());
+    FillRect(target, &client, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    DrawCard(state, target, 0);
+    DrawCard(state, target, 1);
+    DrawStatus(state, target);
+    const RECT dirty = paint.rcPaint;
+    BitBlt(screen, dirty.left, dirty.top, dirty.right - dirty.left, dirty.bottom - dirty.top, target,
+           dirty.left, dirty.top, SRCCOPY);
+    SelectObject(target, before);
+    DeleteObject(bitmap);
+    DeleteDC(target);
+    EndPaint(state.window, &paint);
+}
+
+void Tick(StageState* state) {
+    const uint64_t now = GetTickCount64();
+    const uint64_t passed = now - std::exchange(state->lastTick, now);
+    if (!state->playing) return;
+    state->shownTime += passed;
+    const size_t sourceFrame = FrameAt(state->source, state->shownTime);
+    const size_t resultFrame = FrameAt(state->result, state->shownTime);
+    const RECT cards[2] = {CardArea(*state, 0), CardArea(*state, 1)};
+    if (std::exchange(state->sourceFrame, sourceFrame) != sourceFrame)
+        InvalidateRect(state->window, &cards[0], FALSE);
+    if (std::exchange(state->resultFrame, resultFrame) != resultFrame)
+        InvalidateRect(state->window, &cards[1], FALSE);
+}
+
+bool SaveResult(StageState* state) {
+    if (state->built.frames.empty()) return false;
+    const std::string name = FileNameOf(state->sourcePath);
+    std::string path = FolderOf(state->sourcePath) + name.substr(0, name.find_last_of('.')) + "-result.gif";
+    if (!ChooseFileToSave(state->window, &path)) return false;
+    const HCURSOR cursor = SetCursor(LoadCursorA(nullptr, IDC_WAIT));
+    std::vector<std::string> files;
+    std::string error;
+    const bool saved = WriteResult(path, state->built, state->builtSource, &files, &error);
+    SetCursor(cursor);
+    if (!saved) {
+        ShowMessage(*state, state->window, error, MB_ICONERROR);
+        return false;
+    }
+    state->resultSaved = true;
+    state->status =
+        "Saved " + FileNameOf(files.front()) + (files.size() > 1 ? " and the frames after it" : "");
+    InvalidateRect(state->window, nullptr, FALSE);
+    return true;
+}
+
+// True: the result is saved, or the user does not want it.
+bool MayDropResult(StageState* state) {
+    if (state->resultSaved) return true;
+    const int answer = MessageBoxW(state->window, L"The result has not been saved. Save it now?", kTitle,
+                                   MB_YESNOCANCEL | MB_ICONQUESTION);
+    return answer == IDNO || (answer == IDYES && SaveResult(state));
+}
+
+void OpenFromUser(StageState* state) {
+    std::string path;
+    if (ChooseAnimationToOpen(state->window, state->remembered.folder, &path)) LoadSource(state, path);
+}
+
+void OpenDropped(StageState* state, HDROP drop) {
+    std::wstring path(DragQueryFileW(drop, 0, nullptr, 0) + 1, L'\0');
+    path.resize(DragQueryFileW(drop, 0, path.data(), static_cast<UINT>(path.size())));
+    DragFinish(drop);
+    if (!state->pluginOpen) LoadSource(state, Narrow(path));
+}
+
+void HandleCommand(StageState* state, int id) {
+    if (state->pluginOpen) return;
+    switch (id) {
+        case IDC_OPEN:
+            OpenFromUser(state);
+            break;
+        case IDC_EFFECTS:
+            RunPluginWindow(state);
+            break;
+        case IDC_SAVE:
+            SaveResult(state);
+            break;
+        case IDC_EXIT:
+            SendMessageW(state->window, WM_CLOSE, 0, 0);
+            break;
+        case IDC_PLAY:
+            state->playing = !state->playing;
+            break;
+        case IDC_ABOUT:
+            ShowMessage(*state, state->window,
+                        "Kestrel Stage 16.0a\n\nShows animations and runs the Kestrel FX plug-in on them.\n"
+                        "kestrel-stage --help tells what it does without its window.",
+                        MB_ICONINFORMATION);
+            break;
+    }
+    UpdateCommands(*state);
+}
+
+void Create(StageState* state, HWND window) {
+    state->window = window;
+    state->dpi = DpiOf(window);
+    state->openButton = MakeButton(window, L"Open...", IDC_OPEN);
+    state->effectsButton = MakeButton(window, L"Effects plug-in...", IDC_EFFECTS);
+    state->saveButton = MakeButton(window, L"Save result as...", IDC_SAVE);
+    MakeFonts(state);
+    UpdateCommands(*state);
+    DragAcceptFiles(window, TRUE);
+    state->lastTick = GetTickCount64();
+    SetTimer(window, kPlayTimer, kPlayMilliseconds, nullptr);
+}
+
+void ChangeDpi(StageState* state, int dpi, const RECT& place) {
+    state->dpi = dpi;
+    MakeFonts(state);
+    SetWindowPos(state->window, nullptr, place.left, place.top, place.right - place.left,
+                 place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void RememberPlace(StageState* state) {
+    WINDOWPLACEMENT placement = {};
+    placement.length = sizeof placement;
+    if (!GetWindowPlacement(state->window, &placement)) return;
+    state->remembered.window = placement.rcNormalPosition;
+    state->remembered.maximized = placement.showCmd == SW_SHOWMAXIMIZED;
+    WriteRemembered(state->remembered);
+}
+
+LRESULT CALLBACK StageProcedure(HWND window, UINT message, WPARAM word, LPARAM pointer) {
+    if (message == WM_NCCREATE) {
+        const auto* creation = reinterpret_cast<CREATESTRUCTW*>(pointer);
+        SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
+    }
+    StageState* state = StateOf(window);
+    if (!state) return DefWindowProcW(window, message, word, pointer);
+    switch (message) {
+        case WM_CREATE:
+            Create(state, window);
+            return 0;
+        case WM_SIZE:
+            PlaceButtons(*state);
+            InvalidateRect(window, nullptr, FALSE);
+            return 0;
+        case WM_GETMINMAXINFO:
+            reinterpret_cast<MINMAXINFO*>(pointer)->ptMinTrackSize = {Scaled(*state, 700),
+                                                                      Scaled(*state, 380)};
+            return 0;
+        case WM_DPICHANGED:
+            ChangeDpi(state, HIWORD(word), *reinterpret_cast<RECT*>(pointer));
+            return 0;
+        case WM_ERASEBKGND:
+            return 1;
+        case WM_PAINT:
+            Paint(*state);
+            return 0;
+        case WM_TIMER:
+            Tick(state);
+            return 0;
+        case WM_COMMAND:
+            HandleCommand(state, LOWORD(word));
+            return 0;
+        case WM_DROPFILES:
+            OpenDropped(state, reinterpret_cast<HDROP>(word));
+            return 0;
+        case WM_CLOSE:
+            if (!state->pluginOpen && MayDropResult(state)) DestroyWindow(window);
+            return 0;
+        case WM_DESTROY:
+            RememberPlace(state);
+            PostQuitMessage(0);
+            return 0;
+    }
+    return DefWindowProcW(window, message, word, pointer);
+}
+
+bool RegisterStageClass() {
+    WNDCLASSEXW stageClass = {};
+    stageClass.cbSize = sizeof stageClass;
+    stageClass.style = CS_HREDRAW | CS_VREDRAW;
+    stageClass.lpfnWndProc = StageProcedure;
+    stageClass.hInstance = GetModuleHandleW(nullptr);
+    stageClass.hIcon = LoadIconW(stageClass.hInstance, MAKEINTRESOURCEW(IDI_STAGE));
+    stageClass.hCursor = LoadCursorA(nullptr, IDC_ARROW);
+    stageClass.lpszMenuName = MAKEINTRESOURCEW(IDM_STAGE);
+    stageClass.lpszClassName = kClassName;
+    return RegisterClassExW(&stageClass) != 0;
+}
+
+// The remembered place when it is on a screen that is still there.
+void PlaceStage(const StageState& state, bool maximized) {
+    const RECT place = state.remembered.window;
+    if (place.right > place.left && MonitorFromRect(&place, MONITOR_DEFAULTTONULL)) {
+        SetWindowPos(state.window, nullptr, place.left, place.top, place.right - place.left,
+                     place.bottom - place.top, SWP_NOZORDER);
+    } else {
+        SetWindowPos(state.window, nullptr, 0, 0, Scaled(state, kStartWidth), Scaled(state, kStartHeight),
+                     SWP_NOZORDER | SWP_NOMOVE);
+    }
+    ShowWindow(state.window, maximized ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL);
+}
+
+// A console that was opened for this program alone would only stand behind its window.
+void DropOwnConsole() {
+    DWORD processes[2];
+    if (GetConsoleProcessList(processes, 2) == 1) FreeConsole();
+}
+
+}  // namespace
+
+bool LoadSource(StageState* state, const std::string& path) {
+    Animation loaded;
+    std::string error;
+    const HCURSOR cursor = SetCursor(LoadCursorA(nullptr, IDC_WAIT));
+    const bool read = ReadAnimation(path, &loaded, &error);
+    SetCursor(cursor);
+    if (!read) {
+        ShowMessage(*state, state->window, error, MB_ICONWARNING);
+        return false;
+    }
+    if (!MayDropResult(state)) return false;
+    state->source = std::move(loaded);
+    state->sourcePath = AbsolutePath(path);
+    state->remembered.folder = FolderOf(state->sourcePath);
+    state->status = state->source.warning;
+    state->result = {};
+    state->built = {};
+    state->resultSaved = true;
+    RestartAnimations(state);
+    return true;
+}
+
+void RestartAnimations(StageState* state) {
+    state->shownTime = 0;
+    state->sourceFrame = 0;
+    state->resultFrame = 0;
+    UpdateCommands(*state);
+    InvalidateRect(state->window, nullptr, FALSE);
+}
+
+void RedrawStatus(StageState* state) {
+    const RECT area = StatusArea(*state);
+    InvalidateRect(state->window, &area, FALSE);
+    UpdateWindow(state->window);
+}
+
+void ShowMessage(const StageState& state, HWND owner, const std::string& text, UINT icon) {
+    MessageBoxW(owner ? owner : state.window, Widen(text).c_str(), kTitle, MB_OK | icon);
+}
+
+int RunStageWindow(const std::string& path, const std::string& plugin) {
+    DropOwnConsole();
+    StageState state;
+    state.pluginPath = plugin.empty() ? DefaultPluginPath() : plugin;
+    state.remembered = ReadRemembered();
+    const HINSTANCE module = GetModuleHandleW(nullptr);
+    InitCommonControls();
+    if (!RegisterStageClass()) return kExitPlugin;
+    const HWND window =
+        CreateWindowExW(0, kClassName, kTitle, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT,
+                        CW_USEDEFAULT, kStartWidth, kStartHeight, nullptr, nullptr, module, &state);
+    if (!window) return kExitPlugin;
+    PlaceStage(state, state.remembered.maximized);
+    if (!path.empty()) LoadSource(&state, path);
+
+    const HACCEL accelerators = LoadAcceleratorsW(module, MAKEINTRESOURCEW(IDA_STAGE));
+    MSG message;
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (TranslateAcceleratorW(window, accelerators, &message) || IsDialogMessageW(window, &message))
+            continue;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    DeleteObject(state.font);
+    DeleteObject(state.smallFont);
+    return kExitDone;
+}
+
+}  // namespace kfx::stage
