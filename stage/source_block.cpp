@@ -19,6 +19,10 @@ void Put32(uint8_t* bytes, size_t value) {
     std::memcpy(bytes, &word, sizeof word);
 }
 
+void PutTag(uint8_t* bytes, const char* tag) {
+    for (size_t i = 0; i < 4; ++i) bytes[i] = static_cast<uint8_t>(tag[i]);
+}
+
 void Put16(uint8_t* bytes, size_t value) {
     const auto word = static_cast<uint16_t>(value);
     std::memcpy(bytes, &word, sizeof word);
@@ -93,7 +97,7 @@ void PutColorRows(const Animation& animation, const Frame& frame, uint8_t* rows)
 }
 
 void PutFrame(const Animation& animation, const Frame& frame, bool indexed, uint8_t* block) {
-    std::memcpy(block, "eMNA", 4);
+    PutTag(block, "eMNA");
     Put32(block + 4, kFrameHeaderBytes);
     Put32(block + 16, BitmapBytes(animation, indexed));
     Put32(block + 24, static_cast<size_t>(frame.left));
@@ -145,7 +149,7 @@ void WriteAnimationBlock(const Animation& animation, std::uint8_t* block) {
     const bool indexed = AllIndexed(animation);
     const size_t colors = GlobalColors(animation);
     const RgbColor back = animation.background;
-    std::memcpy(block, "oMNA", 4);
+    PutTag(block, "oMNA");
     Put32(block + 4, StartBytes(animation));
     block[12] = static_cast<uint8_t>((colors ? kFlagGlobalPalette : 0) |
                                      (animation.hasBackground ? kFlagBackground : 0));
@@ -165,7 +169,7 @@ void WriteAnimationBlock(const Animation& animation, std::uint8_t* block) {
         PutFrame(animation, frame, indexed, next);
         next += kFrameHeaderBytes + BitmapBytes(animation, indexed);
     }
-    std::memcpy(next, "xMNA", kEndBytes);
+    PutTag(next, "xMNA");
 }
 
 }  // namespace kfx::stage
