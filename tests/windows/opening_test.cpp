@@ -169,6 +169,33 @@ TEST(Opening, the_previous_source_is_reopened_only_when_its_file_exists_and_it_i
     }
 }
 
+TEST(Opening, an_effect_whose_panel_cannot_be_made_closes_the_window) {
+    for (const int panel : {1, 20}) {
+        FakeHost host;
+        SessionOptions options;
+        options.failingPanel = panel;
+        PluginSession session(host, options);
+        EXPECT_EQ(session.WaitUntilClosed(), 1u);
+        EXPECT_THAT(session.Messages(), ElementsAre("This plugin could not be initialized")) << panel;
+        EXPECT_EQ(CountLedger().liveBlocks, 0u);
+    }
+}
+
+TEST(Opening, works_with_a_host_that_refuses_everything) {
+    FakeHost host;
+    host.Serve(OneFrame());
+    host.RefuseAll();
+    PluginSession session(host, WithConfiguration("FileNamePath = " + PluginPath() + "\n"));
+    ASSERT_TRUE(session.IsOpen());
+    for (const int button : {IDC_SELECT, IDC_HELP_BUTTON, IDC_BACKGROUND_COLOR}) session.Click(button);
+    EXPECT_FALSE(session.IsEnabled(IDC_BUILD));
+    session.Command(IDC_TEST);
+    EXPECT_THAT(session.Messages(),
+                ElementsAre("There has been an error displaying the Help document.", "Memory error"));
+    EXPECT_EQ(session.Close(), 1u);
+    EXPECT_EQ(CountLedger().liveBlocks, 0u);
+}
+
 TEST(Closing, writes_every_key_and_reads_it_again) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("MainEffect = 5\nStyle009Wavelength = 4000\nFirstRun = 0\n"

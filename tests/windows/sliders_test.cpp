@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "resources/resource_ids.h"
+#include "tests/support/animation_blocks.h"
+#include "tests/support/pictures.h"
 #include "tests/windows/support/plugin_session.h"
 
 namespace kfx::test {
@@ -133,6 +135,25 @@ TEST(Sliders, a_scroll_message_without_a_scroll_bar_is_ignored) {
     PluginSession session(host);
     SendMessageA(session.Window(), WM_HSCROLL, SB_LINERIGHT, 0);
     EXPECT_TRUE(session.Settle());
+}
+
+// What an effect does with a position, seen in a frame that it builds.
+std::vector<uint8_t> SwirledFrame(const std::string& angle, bool rangesFail) {
+    FakeHost host;
+    host.Serve(MakeAnimationBlock({{BytesOf(ShadedPicture(40, 40, 1).handle), {}}}));
+    SessionOptions options = WithConfiguration("MainEffect = 17\nStyle015Angle = " + angle + "\n");
+    options.scrollRangesFail = rangesFail;
+    PluginSession session(host, options);
+    session.Click(IDC_SELECT);
+    session.Click(IDC_TEST);
+    return host.Frames().empty() ? std::vector<uint8_t>() : host.Frames()[0];
+}
+
+TEST(Sliders, a_position_without_a_range_is_read_as_0_to_100) {
+    const std::vector<uint8_t> expected = SwirledFrame("100", false);
+    ASSERT_FALSE(expected.empty());
+    EXPECT_NE(SwirledFrame("1485", false), expected);
+    EXPECT_EQ(SwirledFrame("1485", true), expected);
 }
 
 }  // namespace

@@ -85,6 +85,17 @@ TEST(SourceAnimation, reopening_names_the_remembered_file_only_while_it_exists) 
     EXPECT_THAT(host.Transcript(), ElementsAre(HasSubstr("path=\"\"")));
 }
 
+TEST(SourceAnimation, a_path_that_fills_its_field_is_kept_to_the_last_character) {
+    FakeHost host;
+    const std::string path = "C:\\" + std::string(300, 'p');
+    host.Serve(MakeSource(5, 3), path);
+    PluginSession session(host);
+    session.Click(IDC_SELECT);
+    EXPECT_EQ(session.TextOf(IDC_SOURCE_PATH), path.substr(0, 260));
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("FileNamePath = " + path.substr(0, 260) + "\r\n"));
+}
+
 TEST(SourceAnimation, a_cancelled_choice_changes_nothing_and_says_nothing) {
     FakeHost host;
     host.Serve(MakeSource(61, 33));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/windows/support/fake_host.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <cstring>
 
 #include "framework/working_image.h"
 #include "tests/support/animation_blocks.h"
@@ -35,6 +36,11 @@ void FakeHost::Serve(const std::vector<uint8_t>& block, const std::string& path)
 void FakeHost::Refuse(HostRequest request, int occurrence) {
     const std::lock_guard<std::mutex> lock(mutex_);
     refusals_[static_cast<uint32_t>(request)] = occurrence;
+}
+
+void FakeHost::RefuseAll() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    refusesAll_ = true;
 }
 
 std::vector<std::string> FakeHost::Transcript() {
@@ -78,7 +84,8 @@ uint64_t FakeHost::Callback(uint64_t target, uint32_t request, uint64_t word, ui
 uint64_t FakeHost::Answer(uint64_t target, uint32_t request, uint64_t word, uint64_t pointer) {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto refusal = refusals_.find(request);
-    uint64_t answer = refusal != refusals_.end() && --refusal->second == 0 ? 0 : 1;
+    const bool refused = refusal != refusals_.end() && --refusal->second == 0;
+    uint64_t answer = refused || refusesAll_ ? 0 : 1;
     const char* targetName = target == 0 ? "0" : target == task_ ? "record" : "UNKNOWN";
     const std::string details = Take(static_cast<HostRequest>(request), pointer, &answer);
     transcript_.push_back(RequestLine(targetName, request, word, details, answer != 0));
@@ -123,7 +130,9 @@ std::string FakeHost::TakeOpenAnimation(OpenAnimationRequest* request, uint64_t*
     const std::string details = DescribeOpenAnimation(*request);
     if (block_.empty()) *answer = 0;
     if (!*answer) return details;
-    if (!request->path[0]) std::snprintf(request->path, sizeof request->path, "%s", path_.c_str());
+    // A long path fills its field to the last byte, without a terminator.
+    if (!request->path[0])
+        std::memcpy(request->path, path_.c_str(), std::min(path_.size() + 1, sizeof request->path));
     const MemoryHandle memory = MakeMemory(block_);
     HandOver(memory);
     *answer = reinterpret_cast<uint64_t>(memory);

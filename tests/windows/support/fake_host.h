@@ -30,6 +30,9 @@ public:
     // The request with this code is answered with 0 at its nth occurrence (from 1) after now.
     void Refuse(HostRequest request, int occurrence);
 
+    // Every request is answered with 0.
+    void RefuseAll();
+
     // What ChooseColor and GetWindowSize put into their records.
     uint32_t chosenColor = 0x112233;
     uint32_t rememberedWidth = 0;
@@ -65,7 +68,8 @@ private:
     std::vector<uint8_t> offeredPalette_;
     std::string path_;
     std::map<uint32_t, int> refusals_;  // request code: occurrences until the refusal
-    uint64_t task_ = 0;                 // address of the record that opened the task
+    bool refusesAll_ = false;
+    uint64_t task_ = 0;  // address of the record that opened the task
 };
 
 }  // namespace kfx::test

@@ -20,7 +20,9 @@ struct SessionOptions {
     bool configurationFolder = true;  // whether the maker's folder exists
     bool folderLookupFails = false;   // the shell knows no application-data folder
     bool shiftHeld = false;
-    long long clock = 0;  // what the DLL's clock says, in seconds; 0: the real time
+    int failingPanel = 0;           // the panel with this number, from 1, cannot be created
+    bool scrollRangesFail = false;  // the system tells no slider its range
+    long long clock = 0;            // what the DLL's clock says, in seconds; 0: the real time
 };
 
 // A call to one of the system's functions that the session answers in its place.

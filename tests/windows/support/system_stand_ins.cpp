@@ -109,6 +109,22 @@ HWND WINAPI CreateControl(DWORD moreStyle, LPCSTR className, LPCSTR text, DWORD 
     return CreateWindowExA(moreStyle, className, text, style, x, y, width, height, parent, id, module, data);
 }
 
+HWND WINAPI CreatePanel(HINSTANCE module, LPCSTR name, HWND parent, DLGPROC procedure, LPARAM data) {
+    {
+        const std::lock_guard<std::mutex> lock(current->mutex);
+        if (--current->panelsUntilFailure == 0) return nullptr;
+    }
+    return CreateDialogParamA(module, name, parent, procedure, data);
+}
+
+BOOL WINAPI TellScrollRange(HWND bar, int kind, LPINT least, LPINT most) {
+    {
+        const std::lock_guard<std::mutex> lock(current->mutex);
+        if (current->scrollRangesFail) return FALSE;
+    }
+    return GetScrollRange(bar, kind, least, most);
+}
+
 }  // namespace
 
 struct SystemStandIns::Patches {
@@ -123,13 +139,19 @@ struct SystemStandIns::Patches {
           askSave(module, "GetSaveFileNameA", AddressOfFunction(AskSave)),
           startTimer(module, "SetTimer", AddressOfFunction(StartTimer)),
           endTimer(module, "KillTimer", AddressOfFunction(EndTimer)),
-          createControl(module, "CreateWindowExA", AddressOfFunction(CreateControl)) {}
+          createControl(module, "CreateWindowExA", AddressOfFunction(CreateControl)),
+          createPanel(module, "CreateDialogParamA", AddressOfFunction(CreatePanel)),
+          tellScrollRange(module, "GetScrollRange", AddressOfFunction(TellScrollRange)) {}
     ImportPatch findFolder, pathOfFolder, time, time64, openPage, trackMenu, askOpen, askSave, startTimer,
-        endTimer, createControl;
+        endTimer, createControl, createPanel, tellScrollRange;
 };
 
 SystemStandIns::SystemStandIns(HMODULE module, const std::string& folder, const SessionOptions& options)
-    : root(folder), folderLookupFails(options.folderLookupFails), clock(options.clock) {
+    : root(folder),
+      folderLookupFails(options.folderLookupFails),
+      panelsUntilFailure(options.failingPanel),
+      scrollRangesFail(options.scrollRangesFail),
+      clock(options.clock) {
     current = this;
     patches = std::make_unique<Patches>(module);
 }

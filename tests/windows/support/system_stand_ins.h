@@ -24,6 +24,8 @@ struct SystemStandIns {
     std::mutex mutex;  // guards everything below
     std::string root;
     bool folderLookupFails;
+    int panelsUntilFailure;
+    bool scrollRangesFail;
     long long clock;
     UINT menuAnswer = 0;
     std::string fileDialogAnswer;
