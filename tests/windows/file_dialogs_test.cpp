@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <atomic>
 #include <cstdio>
 #include <future>
 #include <string>
 
+#include "tests/windows/support/idle_owner.h"
 #include "window/file_dialogs.h"
 #include "window/plugin_state.h"
 
@@ -19,38 +19,19 @@ struct Choice {
     std::string path;
 };
 
-std::atomic<HWND> idleDialog;  // window procedures have no argument for it
-
-// A modal dialog tells its owner whenever its queue is empty.
-LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
-    if (message == WM_ENTERIDLE && word == MSGF_DIALOGBOX) idleDialog = reinterpret_cast<HWND>(data);
-    return DefWindowProcA(window, message, word, data);
-}
-
-HWND MakeOwner() {
-    WNDCLASSA windowClass = {};
-    windowClass.lpfnWndProc = OwnerProcedure;
-    windowClass.lpszClassName = "FileDialogOwner";
-    RegisterClassA(&windowClass);
-    return CreateWindowExA(0, windowClass.lpszClassName, "", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr,
-                           nullptr);
-}
-
 // A file dialog on a thread of its own, until it is cancelled. It has come to rest when it is at hand.
 class OpenFileDialog {
 public:
     explicit OpenFileDialog(bool (*ask)(HWND, char*), const std::string& start = "") {
-        idleDialog = nullptr;
+        test::ForgetIdleDialog();
         choice_ = std::async(std::launch::async, [ask, start] {
             char path[kTextBytes] = "";
             std::snprintf(path, sizeof path, "%s", start.c_str());
-            const HWND owner = MakeOwner();
-            const bool made = ask(owner, path);
-            DestroyWindow(owner);
+            const test::IdleOwner owner;
+            const bool made = ask(owner.window, path);
             return Choice{made, path};
         });
-        for (int tries = 0; tries < 4000 && !idleDialog; ++tries) Sleep(5);
-        window = idleDialog;
+        window = test::WaitForIdleDialog();
     }
     ~OpenFileDialog() {
         if (choice_.valid()) Cancel();

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+// The owner of a modal dialog, for tests that wait until the dialog has come to rest.
+#pragma once
+
+#include <windows.h>
+
+namespace kfx::test {
+
+// A hidden window on the calling thread, which the dialog under test gets as its owner. One at a time.
+struct IdleOwner {
+    IdleOwner();
+    ~IdleOwner();
+    IdleOwner(const IdleOwner&) = delete;
+    IdleOwner& operator=(const IdleOwner&) = delete;
+
+    const HWND window;
+};
+
+// Forgets the dialog of before; call it before the thread with the next one starts.
+void ForgetIdleDialog();
+
+// Waits until a dialog has nothing left to do, whatever it has posted to itself, and answers it; null when
+// none comes within half a minute.
+HWND WaitForIdleDialog();
+
+}  // namespace kfx::test
