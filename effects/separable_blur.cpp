@@ -13,45 +13,52 @@
 namespace kfx {
 namespace {
 
-// A sum rounded half up. Adding 0.5 in single precision could round up what lies just below the half.
-KFX_INLINE int32_t Rounded(float sum) {
-    const auto whole = static_cast<int32_t>(sum);
-    return whole + (sum - static_cast<float>(whole) >= 0.5f ? 1 : 0);
-}
+// A sum rounded half up. What is added is the number below 0.5: with it single precision gives what double
+// precision gives with 0.5, for every sum below 2^22.
+KFX_INLINE int32_t Rounded(float sum) { return static_cast<int32_t>(sum + 0x1.fffffep-2f); }
 
-constexpr size_t kBlock = 256;  // samples summed side by side; what they are summed into aliases nothing
+constexpr size_t kBlock = 256;  // samples summed side by side where the number of taps varies
 
-// sums[s] for `count` samples up to kBlock: the sum of weights[j] * rows[j][first + s]. With a number of taps
-// known to the compiler the loop over them disappears.
-template <int kTaps>
+// sums[s] for `count` samples up to kBlock: the sum of weights[j] * rows[j][first + s].
 KFX_INLINE void SumTaps(const float* const* rows, const float* weights, int32_t n, size_t first, size_t count,
                         float* sums) {
-    if constexpr (kTaps > 0) {
-        for (size_t s = 0; s < count; ++s) {
-            float sum = 0;
-            for (int j = 0; j < kTaps; ++j) sum += weights[j] * rows[j][first + s];
-            sums[s] = sum;
-        }
-    } else {
-        for (size_t s = 0; s < count; ++s) sums[s] = 0;
-        for (int32_t j = 0; j < n; ++j)
-            for (size_t s = 0; s < count; ++s) sums[s] += weights[j] * rows[j][first + s];
-    }
+    for (size_t s = 0; s < count; ++s) sums[s] = 0;
+    for (int32_t j = 0; j < n; ++j)
+        for (size_t s = 0; s < count; ++s) sums[s] += weights[j] * rows[j][first + s];
 }
 
+// Rounded sums. With a number of taps known to the compiler the loop over them disappears and sums stay in
+// registers.
 template <int kTaps, typename Sample>
 KFX_INLINE void BlurSamples(const float* const* rows, const float* weights, int32_t n, size_t count,
                             Sample* __restrict out) {
-    const float* row[kTaps ? kTaps : 1];
-    float weight[kTaps ? kTaps : 1];
-    std::copy_n(rows, kTaps, row);
-    std::copy_n(weights, kTaps, weight);
-    for (size_t first = 0; first < count; first += kBlock) {
-        float sums[kBlock];
-        const size_t samples = std::min(kBlock, count - first);
-        SumTaps<kTaps>(kTaps ? row : rows, kTaps ? weight : weights, n, first, samples, sums);
-        for (size_t s = 0; s < samples; ++s) out[first + s] = static_cast<Sample>(Rounded(sums[s]));
+    if constexpr (kTaps > 0) {
+        // Copies, since for all the compiler knows the results could overwrite the originals.
+        const float* row[kTaps];
+        float weight[kTaps];
+        std::copy_n(rows, kTaps, row);
+        std::copy_n(weights, kTaps, weight);
+        for (size_t s = 0; s < count; ++s) {
+            float sum = 0;
+            for (int j = 0; j < kTaps; ++j) sum += weight[j] * row[j][s];
+            out[s] = static_cast<Sample>(Rounded(sum));
+        }
+    } else {
+        for (size_t first = 0; first < count; first += kBlock) {
+            float sums[kBlock];
+            const size_t samples = std::min(kBlock, count - first);
+            SumTaps(rows, weights, n, first, samples, sums);
+            for (size_t s = 0; s < samples; ++s) out[first + s] = static_cast<Sample>(Rounded(sums[s]));
+        }
     }
+}
+
+KFX_INLINE void Widen(const uint8_t* bytes, size_t count, float* __restrict out) {
+    for (size_t s = 0; s < count; ++s) out[s] = bytes[s];
+}
+void WidenPlain(const uint8_t* bytes, size_t count, float* __restrict out) { Widen(bytes, count, out); }
+KFX_AVX2 void WidenAvx2(const uint8_t* bytes, size_t count, float* __restrict out) {
+    Widen(bytes, count, out);
 }
 
 struct BlurFunctions {
@@ -61,11 +68,13 @@ struct BlurFunctions {
 };
 
 template <int kTaps>
-void PlainToFloats(const float* const* rows, const float* weights, int32_t n, size_t count, float* out) {
+void PlainToFloats(const float* const* rows, const float* weights, int32_t n, size_t count,
+                   float* __restrict out) {
     BlurSamples<kTaps>(rows, weights, n, count, out);
 }
 template <int kTaps>
-void PlainToBytes(const float* const* rows, const float* weights, int32_t n, size_t count, uint8_t* out) {
+void PlainToBytes(const float* const* rows, const float* weights, int32_t n, size_t count,
+                  uint8_t* __restrict out) {
     BlurSamples<kTaps>(rows, weights, n, count, out);
 }
 template <int kTaps>
@@ -152,7 +161,7 @@ void BlurColumns(const Blur& blur, const float* ring, size_t samples, int32_t y,
     for (size_t first = 0; first < samples; first += kBlock) {
         float sums[kBlock];
         const size_t count = std::min(kBlock, samples - first);
-        SumTaps<0>(blur.rows + begin, blur.weights + begin, end - begin, first, count, sums);
+        SumTaps(blur.rows + begin, blur.weights + begin, end - begin, first, count, sums);
         for (size_t s = 0; s < count; ++s) out[first + s] = CutValue(sums[s], weightSum);
     }
 }
@@ -170,11 +179,11 @@ bool BlurRowsAndColumns(const WorkingImage* from, WorkingImage* to, const float*
     if (!padded.address || !ring.address || !rows.address) return false;
 
     const Blur blur = {&ChooseFunctions(n), weights, n, rows.address};
+    const auto widen = UseAvx2() ? WidenAvx2 : WidenPlain;
     int32_t blurred = 0;  // rows that have been through the horizontal pass
     for (int32_t y = 0; y < height; ++y) {
         for (; blurred < std::min(height, y - n / 2 + n); ++blurred) {
-            const uint8_t* row = PictureRow(from, blurred);
-            for (size_t s = 0; s < samples; ++s) padded.address[margin + s] = row[s];
+            widen(PictureRow(from, blurred), samples, padded.address + margin);
             BlurRow(blur, padded.address, width, ring.address + static_cast<size_t>(blurred % n) * samples);
         }
         BlurColumns(blur, ring.address, samples, y, height, PictureRow(to, y));

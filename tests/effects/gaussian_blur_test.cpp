@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <cstdlib>
 
 #include "effects/box_blur.h"
@@ -100,6 +101,16 @@ TEST(GaussianBlur, TheEndsOfALineAddTheHalfBeforeTheyDivide) {
     EXPECT_THAT(out, ::testing::ElementsAre(100, 100, 100, 100, 100));
     const double partial = static_cast<double>(weights[1]) + weights[2];
     EXPECT_GT((100 * partial + 0.5) / partial, 100.5);
+}
+
+TEST(GaussianBlur, TheNumberBelowOneHalfRoundsInSinglePrecisionAsOneHalfDoesInDouble) {
+    // Around every boundary, and every small sum in steps.
+    for (int32_t i = 0; i < 512; ++i) {
+        float sum = static_cast<float>(i) / 2;
+        for (int back = 0; back < 20; ++back) sum = std::nextafterf(sum, 0.0f);
+        for (int step = 0; step < 40; ++step, sum = std::nextafterf(sum, 1000.0f))
+            ASSERT_EQ(static_cast<int32_t>(sum + 0x1.fffffep-2f), static_cast<int32_t>(sum + 0.5)) << sum;
+    }
 }
 
 TEST(BoxBlur, NeedsADepthOfSixAndColours) {
