@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "effects/shared/packed_sums.h"
 #include "framework/cpu.h"
 #include "framework/memory_guards.h"
 
@@ -19,11 +20,11 @@ constexpr int32_t kOutside = INT32_MIN;
 struct Blur {
     WorkingImage* image;
     const Arc* arc;
-    const double* sinesByRow;                      // sine * dy of each sample, for the current row
-    const double* cosinesByRow;                    // cosine * dy
-    int32_t* places;                               // kStretch for each sample
-    uint32_t background;                           // as the pixel's bytes stand in a row
-    uint32_t reciprocals[kMostPackedSamples + 1];  // 2^32 / count, rounded up
+    const double* sinesByRow;    // sine * dy of each sample, for the current row
+    const double* cosinesByRow;  // cosine * dy
+    int32_t* places;             // kStretch for each sample
+    uint32_t background;         // as the pixel's bytes stand in a row
+    Reciprocals reciprocals;
 };
 
 // The offset of a sample from the image's first stored row, or kOutside.
@@ -67,34 +68,6 @@ KFX_AVX2 void FindStepsAvx2(const Arc& arc, double dy, int32_t width, int32_t* s
 void FindPlacesPlain(const Blur& blur, int32_t x, int32_t count) { FindPlaces(blur, x, count); }
 KFX_AVX2 void FindPlacesAvx2(const Blur& blur, int32_t x, int32_t count) { FindPlaces(blur, x, count); }
 
-// Two channels in the halves of a word and one in another.
-struct PackedSums {
-    uint32_t blueRed = 0;
-    uint32_t green = 0;
-
-    void Add(uint32_t bytes) {
-        blueRed += bytes & 0x00FF00FF;
-        green += bytes >> 8 & 255;
-    }
-};
-
-// The pixel's three bytes, with the one before them in place of one behind, which the last pixel lacks;
-// before the first one stands the image's header.
-uint32_t PixelBytes(const uint8_t* pixel) {
-    uint32_t bytes;
-    std::memcpy(&bytes, pixel - 1, sizeof bytes);
-    return bytes >> 8;
-}
-
-void PutAverage(const Blur& blur, const PackedSums& sums, uint32_t count, uint8_t* out) {
-    // Exact: sums below 2^16 times a count below 2^9 stay far below 2^32.
-    const uint64_t reciprocal = blur.reciprocals[count];
-    const auto average = [reciprocal](uint32_t sum) { return static_cast<uint8_t>(sum * reciprocal >> 32); };
-    out[0] = average(sums.blueRed & 0xFFFF);
-    out[1] = average(sums.green);
-    out[2] = average(sums.blueRed >> 16);
-}
-
 void BlurStretch(const Blur& blur, int32_t count, uint8_t* out) {
     const uint8_t* first = PixelsOf(blur.image);
     for (int32_t k = 0; k < count; ++k, out += 3) {
@@ -102,7 +75,7 @@ void BlurStretch(const Blur& blur, int32_t count, uint8_t* out) {
         const int32_t* place = blur.places + k;
         for (int32_t i = 0; i < blur.arc->count; ++i, place += kStretch)
             sums.Add(*place == kOutside ? blur.background : PixelBytes(first + *place));
-        PutAverage(blur, sums, static_cast<uint32_t>(blur.arc->count), out);
+        blur.reciprocals.PutAverages(sums, blur.arc->count, out);
     }
 }
 
@@ -113,14 +86,14 @@ void BlurSparsely(const Blur& blur, int32_t x, int32_t step, uint8_t* out) {
     const auto stride = static_cast<int32_t>(StrideOf(blur.image));
     const double dx = x - arc.centerX;
     PackedSums sums;
-    uint32_t count = 0;
+    int32_t count = 0;
     for (int32_t i = 0; i < arc.count; i += step, ++count) {
         const int32_t place =
             PlaceOf(blur.image, stride, arc.cosines[i] * dx + arc.centerX - blur.sinesByRow[i] + 0.5,
                     arc.sines[i] * dx + arc.centerY + blur.cosinesByRow[i] + 0.5);
         sums.Add(place == kOutside ? blur.background : PixelBytes(first + place));
     }
-    PutAverage(blur, sums, count, out);
+    blur.reciprocals.PutAverages(sums, count, out);
 }
 
 }  // namespace
@@ -134,8 +107,6 @@ bool BlurArcs(WorkingImage* image, const Arc& arc, uint32_t background) {
     const int32_t* steps = stepsOfRow.address;
     Blur blur = {image, &arc, byRow.address, byRow.address + count, places.address, 0, {}};
     blur.background = BlueOf(background) | GreenOf(background) << 8 | RedOf(background) << 16;
-    for (uint32_t n = 2; n <= kMostPackedSamples; ++n)
-        blur.reciprocals[n] = static_cast<uint32_t>((uint64_t{1} << 32) / n + 1);
     const auto findPlaces = UseAvx2() ? FindPlacesAvx2 : FindPlacesPlain;
     const auto findSteps = UseAvx2() ? FindStepsAvx2 : FindStepsPlain;
 

@@ -18,8 +18,6 @@ struct Arc {
     double radius;  // half the picture's diagonal
 };
 
-constexpr int32_t kMostPackedSamples = 257;  // 257 * 255 fits 16 bits
-
 // Replaces every pixel of a locked 24-bit image, from the top left to the bottom right, by the average of its
 // samples along the arc, at most kMostPackedSamples; samples outside count as `background` (0x00BBGGRR).
 // False: memory ran out, the image is as it was.

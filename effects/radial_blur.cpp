@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "effects/arc_blur.h"
+#include "effects/shared/packed_sums.h"
 #include "effects/shared/region_copy.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"

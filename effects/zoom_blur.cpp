@@ -5,8 +5,8 @@
 #include "effects/zoom_blur.h"
 
 #include <algorithm>
-#include <cstring>
 
+#include "effects/shared/packed_sums.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -16,52 +16,53 @@ namespace {
 
 constexpr int32_t kMostCycles = 256;  // far beyond the panel's 40; keeps the tables small
 
-// Where the samples of one axis lie: for each coordinate its `cycles` positions, and how many of them are
-// taken before one lies outside. A pixel takes the smaller number of its column's and its row's.
+// Where the samples of one axis lie: for each coordinate the places of its `cycles` samples, and how many of
+// them are taken before one lies outside. A pixel takes the smaller number of its column's and its row's.
 struct Axis {
-    int32_t* positions;
+    int32_t* places;
     int32_t* counts;
 };
 
-void FillAxis(int32_t size, int32_t displacement, int32_t cycles, const Axis& axis) {
+// What makes a place out of a coordinate: offsets in bytes for 24-bit rows, the coordinate itself otherwise.
+struct Scale {
+    int32_t origin;
+    int32_t step;
+};
+
+void FillAxis(int32_t size, int32_t displacement, int32_t cycles, const Scale& scale, const Axis& axis) {
     const auto percent = static_cast<float>(displacement / 100.0);
     const auto half = static_cast<float>(size / 2);
     for (int32_t t = 0; t < size; ++t) {
-        int32_t* positions = axis.positions + static_cast<ptrdiff_t>(t) * cycles;
-        positions[0] = t;
+        int32_t* places = axis.places + static_cast<ptrdiff_t>(t) * cycles;
+        places[0] = scale.origin + t * scale.step;
         int32_t i = 1;
         for (; i < cycles; ++i) {
-            const double scale = 1.0 - static_cast<float>(i) * percent / 100.0;
-            const double position = (static_cast<float>(t) - half) * scale + half;
+            const double zoom = 1.0 - static_cast<float>(i) * percent / 100.0;
+            const double position = (static_cast<float>(t) - half) * zoom + half;
             // Truncation takes everything above -1 to 0 or more.
             if (!(position > -1.0 && position < size)) break;
-            positions[i] = static_cast<int32_t>(position);
+            places[i] = scale.origin + static_cast<int32_t>(position) * scale.step;
         }
         axis.counts[t] = i;
     }
 }
 
+// `rows` and `columns` are offsets in bytes.
 void BlurRow(const WorkingImage* from, const Axis& columns, const int32_t* rows, int32_t rowCount,
-             int32_t cycles, uint8_t* out) {
-    const int32_t* column = columns.positions;
+             int32_t cycles, const Reciprocals& reciprocals, uint8_t* out) {
+    const uint8_t* pixels = PixelsOf(from);
+    const int32_t* column = columns.places;
     for (int32_t x = 0; x < from->width; ++x, column += cycles, out += 3) {
         const int32_t count = std::min(columns.counts[x], rowCount);
-        int32_t blue = 0, green = 0, red = 0;
-        for (int32_t i = 0; i < count; ++i) {
-            const uint8_t* pixel = PictureRow(from, rows[i]) + 3 * static_cast<size_t>(column[i]);
-            blue += pixel[0];
-            green += pixel[1];
-            red += pixel[2];
-        }
-        out[0] = static_cast<uint8_t>(blue / count);
-        out[1] = static_cast<uint8_t>(green / count);
-        out[2] = static_cast<uint8_t>(red / count);
+        PackedSums sums;
+        for (int32_t i = 0; i < count; ++i) sums.Add(PixelBytes(pixels + rows[i] + column[i]));
+        reciprocals.PutAverages(sums, count, out);
     }
 }
 
 void BlurRowOfAnyDepth(const WorkingImage* from, const Axis& columns, const int32_t* rows, int32_t rowCount,
                        int32_t cycles, WorkingImage* to, int32_t y) {
-    const int32_t* column = columns.positions;
+    const int32_t* column = columns.places;
     for (int32_t x = 0; x < from->width; ++x, column += cycles) {
         const auto count = static_cast<uint32_t>(std::min(columns.counts[x], rowCount));
         uint32_t red = 0, green = 0, blue = 0;
@@ -87,7 +88,7 @@ ImageHandle ApplyZoomBlur(ImageHandle source, int32_t displacement, int32_t cycl
     MemoryOwner owner(CreateLike(from.image));
     const ImageLock to(owner.memory);
     KernelCache own;
-    const int32_t key[] = {width, height, displacement, cycles};
+    const int32_t key[] = {width, height, from.image->bitCount, displacement, cycles};
     const size_t sides = static_cast<size_t>(width) + static_cast<size_t>(height);
     bool fresh = false;
     auto* tables = static_cast<int32_t*>(
@@ -96,17 +97,22 @@ ImageHandle ApplyZoomBlur(ImageHandle source, int32_t displacement, int32_t cycl
     if (!to.image || !tables) return nullptr;
 
     const Axis columns = {tables + sides, tables};
-    const Axis rows = {columns.positions + static_cast<ptrdiff_t>(width) * cycles, tables + width};
+    const Axis rows = {columns.places + static_cast<ptrdiff_t>(width) * cycles, tables + width};
+    const bool asBytes = from.image->bitCount == 24;
     if (fresh) {
-        FillAxis(width, displacement, cycles, columns);
-        FillAxis(height, displacement, cycles, rows);
+        const auto stride = static_cast<int32_t>(StrideOf(from.image));
+        FillAxis(width, displacement, cycles, {0, asBytes ? 3 : 1}, columns);
+        FillAxis(height, displacement, cycles, asBytes ? Scale{(height - 1) * stride, -stride} : Scale{0, 1},
+                 rows);
     }
+    const Reciprocals reciprocals;
     for (int32_t y = 0; y < height; ++y) {
-        const int32_t* positions = rows.positions + static_cast<ptrdiff_t>(y) * cycles;
-        if (from.image->bitCount == 24)
-            BlurRow(from.image, columns, positions, rows.counts[y], cycles, PictureRow(to.image, y));
+        const int32_t* places = rows.places + static_cast<ptrdiff_t>(y) * cycles;
+        if (asBytes)
+            BlurRow(from.image, columns, places, rows.counts[y], cycles, reciprocals,
+                    PictureRow(to.image, y));
         else
-            BlurRowOfAnyDepth(from.image, columns, positions, rows.counts[y], cycles, to.image, y);
+            BlurRowOfAnyDepth(from.image, columns, places, rows.counts[y], cycles, to.image, y);
     }
     return owner.Release();
 }
