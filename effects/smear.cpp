@@ -211,13 +211,17 @@ bool SmearByCandidate(const Smear& smear, WorkingImage* to) {
     const int32_t blocks = (width + kSmearPixels - 1) / kSmearPixels;
     for (int32_t block = 0; block < blocks; ++block)
         insides.address[block] = FindInside(candidate.merged, blockAt(block));
-    for (int32_t r = 0; r < to->height; ++r) {
-        int32_t rows = 0;
-        while (rows < count && WithinRows(smear, merged.address[rows], r)) ++rows;
-        for (int32_t block = 0; block < blocks; ++block) {
-            const int32_t x = blockAt(block);
-            CandidateBlock(smear, candidate, insides.address[block], rows, x, r,
-                           StoredRow(to, r) + 3 * static_cast<size_t>(x));
+    // A long smear reads hundreds of rows for each of its own: strips of blocks keep them in the cache.
+    constexpr int32_t kBlocksInStrip = 20;
+    for (int32_t strip = 0; strip < blocks; strip += kBlocksInStrip) {
+        for (int32_t r = 0; r < to->height; ++r) {
+            int32_t rows = 0;
+            while (rows < count && WithinRows(smear, merged.address[rows], r)) ++rows;
+            for (int32_t block = strip; block < std::min(blocks, strip + kBlocksInStrip); ++block) {
+                const int32_t x = blockAt(block);
+                CandidateBlock(smear, candidate, insides.address[block], rows, x, r,
+                               StoredRow(to, r) + 3 * static_cast<size_t>(x));
+            }
         }
     }
     return true;

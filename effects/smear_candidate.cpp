@@ -85,22 +85,24 @@ KFX_AVX2 bool SumWholeWeights(const WholeWeights& weights, const uint8_t* const*
     const int32_t highRest = weights.highRest[2 * pairs];
     const int32_t lowRest = weights.lowRest[2 * pairs];
     const int32_t least = weights.margin;
-    const int32_t greatest = (1 << kFractionBits) - 1 - weights.margin;
+    const auto certain = static_cast<uint32_t>((1 << kFractionBits) - 1 - 2 * weights.margin);
     if (highRest | lowRest)
         for (int32_t s = 0; s < kSmearSamples; ++s) {
             sums.high[s] += highRest * background[s];
             sums.low[s] += lowRest * background[s];
         }
-    int32_t any = 0;
+    uint32_t any = 0;
+    uint32_t fromLeast[kSmearSamples];  // a fraction in doubt wraps around or lies beyond the certain ones
     for (int32_t s = 0; s < kSmearSamples; ++s) {
         const int32_t level = sums.high[s] + (sums.low[s] >> kLowBits);
         const int32_t fraction = level & ((1 << kFractionBits) - 1);
-        const int32_t doubt = (fraction < least) | (fraction > greatest);
-        any |= doubt;
+        fromLeast[s] = static_cast<uint32_t>(fraction - least);
+        any |= fromLeast[s] > certain;
         out[s] = static_cast<uint8_t>(level >> kFractionBits);
-        doubts[s] = static_cast<uint8_t>(doubt);
     }
-    return any != 0;
+    if (any == 0) return false;
+    for (int32_t s = 0; s < kSmearSamples; ++s) doubts[s] = fromLeast[s] > certain;
+    return true;
 }
 
 KFX_AVX2 void RangeOfSamples(const uint8_t* const* samples, int32_t count, uint8_t* least,

@@ -32,13 +32,12 @@ void RoundWeights(const double* weights, int32_t count, WholeWeights* whole);
 #if KFX_HAS_AVX2
 
 // Sums kSmearSamples samples over the first 2 * `pairs` taps, whose samples begin at samples[tap]; the others
-// see the background, repeated over `background`. Writes the truncated sums and, for each, whether it is in
-// doubt; returns whether any is.
+// see the background, repeated over `background`. Writes the truncated sums and returns whether any is in
+// doubt; only then `doubts` says which.
 KFX_AVX2 bool SumWholeWeights(const WholeWeights& weights, const uint8_t* const* samples, int32_t pairs,
                               const uint8_t* background, uint8_t* out, uint8_t* doubts);
 
-// The least and the greatest of the `count` taps' samples, which are all the smear sees when the background
-// is among them or counts nothing.
+// The least and the greatest of each sample over the first `count` taps.
 KFX_AVX2 void RangeOfSamples(const uint8_t* const* samples, int32_t count, uint8_t* least, uint8_t* greatest);
 
 #endif
