@@ -7,6 +7,7 @@
 
 #include <cmath>
 
+#include "effects/ripple_blend.h"
 #include "effects/shared/radial_field.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -37,33 +38,6 @@ void ComputeShifts(const void* settings, const double* columnSquares, int32_t co
     }
 }
 
-double Clamp(double value, double most) { return value < 0 ? 0 : value > most ? most : value; }
-
-uint32_t BlendByte(uint32_t c00, uint32_t c10, uint32_t c01, uint32_t c11, float fx, float fy) {
-    const auto f = [](uint32_t c) { return static_cast<float>(c & 255); };
-    const float value = (f(c00) * (1 - fx) + f(c10) * fx) * (1 - fy) + (f(c01) * (1 - fx) + f(c11) * fx) * fy;
-    return static_cast<uint32_t>(value) & 255;
-}
-
-// The blend of four pixels at a point inside the picture, neighbours beyond its right and lower edge being
-// black.
-uint32_t BlendPixel(const WorkingImage* image, double x, double y) {
-    const auto left = static_cast<int32_t>(x);
-    const auto top = static_cast<int32_t>(y);
-    const auto fx = static_cast<float>(x - left);
-    const auto fy = static_cast<float>(y - top);
-    const bool hasRight = left + 1 < image->width;
-    const bool hasBottom = top + 1 < image->height;
-    const uint32_t p00 = GetDibPixel(image, left, top);
-    const uint32_t p10 = hasRight ? GetDibPixel(image, left + 1, top) : 0;
-    const uint32_t p01 = hasBottom ? GetDibPixel(image, left, top + 1) : 0;
-    const uint32_t p11 = hasRight && hasBottom ? GetDibPixel(image, left + 1, top + 1) : 0;
-    uint32_t pixel = 0;
-    for (int shift = 0; shift < 32; shift += 8)
-        pixel |= BlendByte(p00 >> shift, p10 >> shift, p01 >> shift, p11 >> shift, fx, fy) << shift;
-    return pixel;
-}
-
 double Center(int32_t size, int32_t percent) {
     return static_cast<double>(size * (int64_t{percent} - 100) / 100) + size * 0.5;
 }
@@ -90,7 +64,8 @@ ImageHandle ApplyRipple(ImageHandle source, const RippleSettings& ripple, Kernel
     const RadialAxis columns(width, centerX, 1);
     const RadialAxis rows(height, centerY, 1);
     const Scratch<double> fieldRow(static_cast<size_t>(width));
-    if (!to.image || !columns.Ready() || !rows.Ready() || !fieldRow.address) return nullptr;
+    const Scratch<double> shifts(static_cast<size_t>(width));
+    if (!to.image || !columns.Ready() || !rows.Ready() || !fieldRow.address || !shifts.address) return nullptr;
     RadialField field = {&columns, &rows, ComputeShifts, &wave, 1, nullptr, fieldRow.address};
     const struct {
         int32_t size[2];
@@ -98,13 +73,9 @@ ImageHandle ApplyRipple(ImageHandle source, const RippleSettings& ripple, Kernel
     } key = {{width, height}, ripple};
     KeepRadialField(&field, cache, &key, sizeof key);
     for (int32_t y = 0; y < height; ++y) {
-        const double* shifts = RadialRowAt(field, y);
-        for (int32_t x = 0; x < width; ++x) {
-            const double shift = shifts[columns.distance.address[x]];
-            const double fromX = Clamp(x + shift, width - 1);
-            const double fromY = Clamp(y + shift, height - 1);
-            SetDibPixel(to.image, x, y, BlendPixel(from.image, fromX, fromY));
-        }
+        const double* values = RadialRowAt(field, y);
+        for (int32_t x = 0; x < width; ++x) shifts.address[x] = values[columns.distance.address[x]];
+        BlendShiftedRow(from.image, y, shifts.address, to.image);
     }
     return owner.Release();
 }

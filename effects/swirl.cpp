@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "effects/shared/region_distortion.h"
+#include "framework/cpu.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
 
@@ -34,18 +35,31 @@ void ComputeTurns(const void* settings, const double* columnSquares, int32_t cou
     }
 }
 
-void LocateTurned(const SampleRun& run) {
+KFX_INLINE void LocateRun(const SampleRun& run) {
     const double* dx = run.columns->offset.address + run.first;
     const int32_t* distance = run.columns->distance.address + run.first;
     const double* sines = run.values;
     const double* cosines = run.values + run.columns->distinct;
+    const double dy = run.rowOffset, scaleX = run.scaleX, scaleY = run.scaleY;
+    const double centerX = run.centerX, centerY = run.centerY;
+    double* __restrict x = run.x;
+    double* __restrict y = run.y;
+    // Looked up apart from the arithmetic, so that the latter is done in lanes.
     for (int32_t i = 0; i < run.count; ++i) {
-        const double s = sines[distance[i]];
-        const double c = cosines[distance[i]];
-        run.x[i] = (c * dx[i] - s * run.rowOffset) / run.scaleX + run.centerX;
-        run.y[i] = (s * dx[i] + c * run.rowOffset) / run.scaleY + run.centerY;
+        x[i] = sines[distance[i]];
+        y[i] = cosines[distance[i]];
+    }
+    for (int32_t i = 0; i < run.count; ++i) {
+        const double s = x[i];
+        const double c = y[i];
+        x[i] = (c * dx[i] - s * dy) / scaleX + centerX;
+        y[i] = (s * dx[i] + c * dy) / scaleY + centerY;
     }
 }
+
+KFX_AVX2 void LocateRunAvx2(const SampleRun& run) { LocateRun(run); }
+
+void LocateTurned(const SampleRun& run) { UseAvx2() ? LocateRunAvx2(run) : LocateRun(run); }
 
 }  // namespace
 
