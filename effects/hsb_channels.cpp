@@ -8,9 +8,13 @@
 #include <cstring>
 
 #include "effects/shared/hsb.h"
+#include "framework/cpu.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
+#if KFX_HAS_AVX2
+#include <immintrin.h>
+#endif
 
 namespace kfx {
 namespace {
@@ -19,18 +23,50 @@ namespace {
 constexpr uint8_t kPatterns[][3] = {{2, 1, 0}, {0, 2, 1}, {1, 0, 2}, {2, 2, 1},
                                     {1, 1, 2}, {1, 0, 0}, {0, 1, 1}};
 constexpr int32_t kPatternCount = 7;
+constexpr uint8_t kInPlace[3] = {0, 1, 2};
 
-void InvertRow(uint8_t* row, int32_t width) {
-    for (int32_t i = 0; i < 3 * width; ++i) row[i] = static_cast<uint8_t>(~row[i]);
+// Inverts all channels by `inversion` 255, none by 0, and puts each pixel's channels where the pattern wants
+// them.
+void ArrangePixels(uint8_t* row, size_t count, uint8_t inversion, const uint8_t pattern[3]) {
+    for (size_t x = 0; x < count; ++x, row += 3) {
+        const uint8_t pixel[3] = {row[0], row[1], row[2]};
+        for (int i = 0; i < 3; ++i) row[i] = static_cast<uint8_t>(pixel[pattern[i]] ^ inversion);
+    }
 }
 
-void RearrangeRow(uint8_t* row, int32_t width, const uint8_t pattern[3]) {
-    for (int32_t x = 0; x < width; ++x, row += 3) {
-        const uint8_t pixel[3] = {row[0], row[1], row[2]};
-        row[0] = pixel[pattern[0]];
-        row[1] = pixel[pattern[1]];
-        row[2] = pixel[pattern[2]];
+#if KFX_HAS_AVX2
+
+// The same by five pixels, for as many as can be loaded so without reading beyond the row; how many. The
+// sixteenth byte of each load goes back as it came.
+KFX_AVX2 size_t ArrangePixelsAvx2(uint8_t* row, size_t count, uint8_t inversion, const uint8_t pattern[3]) {
+    alignas(16) uint8_t picks[16];
+    alignas(16) uint8_t flips[16];
+    for (uint8_t i = 0; i < 15; ++i) {
+        picks[i] = static_cast<uint8_t>(i - i % 3 + pattern[i % 3]);
+        flips[i] = inversion;
     }
+    picks[15] = 15;
+    flips[15] = 0;
+    const __m128i pick = _mm_load_si128(reinterpret_cast<const __m128i*>(picks));
+    const __m128i flip = _mm_load_si128(reinterpret_cast<const __m128i*>(flips));
+    size_t x = 0;
+    for (; x + 6 <= count; x += 5, row += 15) {
+        auto* pixels = reinterpret_cast<__m128i*>(row);
+        _mm_storeu_si128(pixels, _mm_xor_si128(_mm_shuffle_epi8(_mm_loadu_si128(pixels), pick), flip));
+    }
+    return x;
+}
+
+#endif
+
+void ArrangeRow(uint8_t* row, int32_t width, bool invert, const uint8_t pattern[3]) {
+    const auto count = static_cast<size_t>(width);
+    const uint8_t inversion = invert ? 255 : 0;
+    size_t done = 0;
+#if KFX_HAS_AVX2
+    if (UseAvx2()) done = ArrangePixelsAvx2(row, count, inversion, pattern);
+#endif
+    ArrangePixels(row + 3 * done, count - done, inversion, pattern);
 }
 
 }  // namespace
@@ -44,14 +80,16 @@ ImageHandle AdjustColors(ImageHandle source, const ColorAdjustment& adjustment) 
 
     const int32_t width = from.image->width;
     const bool listed = adjustment.pattern >= 0 && adjustment.pattern < kPatternCount;
-    const uint8_t* pattern = kPatterns[listed ? adjustment.pattern : 0];
+    const uint8_t* pattern = adjustment.rearrange ? kPatterns[listed ? adjustment.pattern : 0] : kInPlace;
+    // The middle positions change no colour at all.
+    const bool shifted = adjustment.shift && (adjustment.hue != 180 || adjustment.saturation != 100 ||
+                                              adjustment.brightness != 100);
     const HsbShift shift = MakeHsbShift(adjustment.hue, adjustment.saturation, adjustment.brightness);
     for (int32_t r = 0; r < from.image->height; ++r) {
         uint8_t* row = StoredRow(to.image, r);
         std::memcpy(row, StoredRow(from.image, r), 3 * static_cast<size_t>(width));
-        if (adjustment.invert) InvertRow(row, width);
-        if (adjustment.rearrange) RearrangeRow(row, width, pattern);
-        if (adjustment.shift) ShiftHsbRow(row, width, shift);
+        if (adjustment.invert || adjustment.rearrange) ArrangeRow(row, width, adjustment.invert, pattern);
+        if (shifted) ShiftHsbRow(row, width, shift);
     }
     return owner.Release();
 }

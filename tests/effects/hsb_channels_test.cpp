@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "effects/hsb_channels.h"
 
+#include <string>
+
 #include "effects/shared/hsb.h"
 #include "framework/cpu.h"
 #include "framework/memory_guards.h"
@@ -65,24 +67,49 @@ TEST(HsbChannels, EqualsItsReferenceOutsideTheSliders) {
         }
 }
 
+// The number of colours of one red that the middle positions change, each put through the computation itself.
+uint32_t CountChanged(uint32_t red, uint8_t* row) {
+    for (uint32_t i = 0; i < 65536; ++i) {
+        row[3 * i] = static_cast<uint8_t>(i);
+        row[3 * i + 1] = static_cast<uint8_t>(i >> 8);
+        row[3 * i + 2] = static_cast<uint8_t>(red);
+    }
+    ShiftHsbRow(row, 65536, MakeHsbShift(180, 100, 100));
+    uint32_t changed = 0;
+    for (uint32_t i = 0; i < 65536; ++i)
+        changed += row[3 * i] != (i & 255) || row[3 * i + 1] != i >> 8 || row[3 * i + 2] != red;
+    return changed;
+}
+
 TEST(HsbChannels, TheMiddlePositionsChangeNoneOfAllColours) {
-    // What the kernel's copying instead of computing rests on. Every colour goes through the computation
-    // itself.
-    const HsbShift middle = MakeHsbShift(180, 100, 100);
+    // What the effect's copying instead of computing rests on.
     const Scratch<uint8_t> row(3 * 65536);
     ASSERT_NE(row.address, nullptr);
-    for (uint32_t red = 0; red < 256; ++red) {
-        for (uint32_t i = 0; i < 65536; ++i) {
-            row.address[3 * i] = static_cast<uint8_t>(i);
-            row.address[3 * i + 1] = static_cast<uint8_t>(i >> 8);
-            row.address[3 * i + 2] = static_cast<uint8_t>(red);
+    for (const bool avx2 : {true, false}) {
+        AllowAvx2(avx2);
+        for (uint32_t red = 0; red < 256; ++red) EXPECT_EQ(CountChanged(red, row.address), 0u) << red;
+    }
+    AllowAvx2(true);
+}
+
+TEST(HsbChannels, BothWaysOfShiftingAgreeOnAllColours) {
+    const Scratch<uint8_t> row(3 * 65536);
+    ASSERT_NE(row.address, nullptr);
+    const HsbShift shift = MakeHsbShift(207, 143, 91);
+    for (uint32_t red = 0; red < 256; red += 3) {
+        std::string results[2];
+        for (const bool avx2 : {true, false}) {
+            for (uint32_t i = 0; i < 65536; ++i) {
+                row.address[3 * i] = static_cast<uint8_t>(i);
+                row.address[3 * i + 1] = static_cast<uint8_t>(i >> 8);
+                row.address[3 * i + 2] = static_cast<uint8_t>(red);
+            }
+            AllowAvx2(avx2);
+            ShiftHsbRow(row.address, 65536, shift);
+            results[avx2].assign(reinterpret_cast<const char*>(row.address), 3 * 65536);
         }
-        ShiftHsbRow(row.address, 65536, middle);
-        uint32_t changed = 0;
-        for (uint32_t i = 0; i < 65536; ++i)
-            changed += row.address[3 * i] != (i & 255) || row.address[3 * i + 1] != i >> 8 ||
-                       row.address[3 * i + 2] != red;
-        ASSERT_EQ(changed, 0u) << red;
+        AllowAvx2(true);
+        ASSERT_TRUE(results[0] == results[1]) << red;
     }
 }
 
