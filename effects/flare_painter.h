@@ -4,24 +4,14 @@
 
 #include <cstdint>
 
+#include "effects/flare_strength.h"
 #include "framework/working_image.h"
 
 namespace kfx {
 
-enum class FlareKind : int32_t {
-    Disc = 1,  // fading towards its rim
-    Spot = 2,  // even, with a soft rim
-    Halo = 3,  // brightest near its rim
-    Ring = 4,
-    // The glows of the light itself, whose distances are held in single precision.
-    SteepGlow = 5,  // falling off with the square
-    EvenGlow = 6,
-    RingGlow = 7,
-};
-
 struct FlareSpot {
     const float* color;  // red, green, blue: 0 to 1
-    double radius;       // pixels
+    double radius;       // pixels, above 0
     int32_t column;      // of the centre, possibly outside the picture
     int32_t row;
     FlareKind kind;

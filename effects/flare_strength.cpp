@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+#include "effects/flare_strength.h"
+
+#include <cmath>
+#include <limits>
+
+#include "framework/cpu.h"
+
+namespace kfx {
+namespace {
+
+// A strength as a function of the distance: at or below 0 where a spot does not reach.
+template <FlareKind kKind>
+KFX_INLINE double StrengthOf(double radius, double distance) {
+    if (kKind == FlareKind::Ring || kKind == FlareKind::RingGlow) {
+        const double width = kKind == FlareKind::Ring ? 0.04 : 0.07;
+        return 1 - std::fabs((distance - radius) / (radius * width));
+    }
+    if (kKind == FlareKind::Spot) {
+        const double t = (radius - distance) / (radius * 0.15);
+        return t < 1 ? t : 1;
+    }
+    if (kKind == FlareKind::Halo) {
+        const double t = (radius - distance) / (radius * 0.12);
+        return t <= 1 ? t : 1 - t * 0.12;
+    }
+    const double t = (radius - distance) / radius;
+    return kKind == FlareKind::EvenGlow ? t : t > 0 ? t * t : -1;
+}
+
+// Whether a spot reaches a distance at all: a halo's strength may fall to 0 and below inside it.
+template <FlareKind kKind>
+KFX_INLINE bool Reaches(double radius, double distance, double strength) {
+    return kKind == FlareKind::Halo ? (radius - distance) / (radius * 0.12) > 0 : strength > 0;
+}
+
+constexpr bool IsGlow(FlareKind kind) { return kind >= FlareKind::SteepGlow; }
+
+template <FlareKind kKind>
+float ExactStrength(double radius, int32_t dx, int32_t dy) {
+    const double exact = std::hypot(dx, dy);
+    const double distance = IsGlow(kKind) ? double{static_cast<float>(exact)} : exact;
+    const double strength = StrengthOf<kKind>(radius, distance);
+    return Reaches<kKind>(radius, distance, strength) ? static_cast<float>(strength) : kUnpainted;
+}
+
+template <FlareKind kKind>
+void FillExactly(const FlareRun& run, float* strengths) {
+    for (int32_t i = 0; i < run.count; ++i)
+        strengths[i] = ExactStrength<kKind>(run.radius, run.dx + i, run.dy);
+}
+
+// So far from a centre the square root of the squares' sum and the C library's hypot() are known to be the
+// same rounded to single precision, and at most one unit in the last place apart before that; a test holds
+// both for every pair of differences.
+constexpr int32_t kNear = 4200;
+
+// By more than this no strength of an element changes when its distance changes by one such unit: the
+// steepest, a ring's, rises by 25 over its radius.
+constexpr double kDoubt = 2e-14;
+
+// Strengths from square roots; where the distance's last place could decide, a NaN. How many of those there
+// are.
+template <FlareKind kKind>
+KFX_INLINE int32_t FillNearly(const FlareRun& run, float* __restrict strengths) {
+    const double radius = run.radius;
+    const double rowSquare = static_cast<double>(run.dy) * run.dy;
+    int32_t doubts = 0;
+    for (int32_t i = 0; i < run.count; ++i) {
+        const double dx = run.dx + i;
+        const double root = std::sqrt(dx * dx + rowSquare);
+        if (IsGlow(kKind)) {
+            const double strength = StrengthOf<kKind>(radius, double{static_cast<float>(root)});
+            strengths[i] = strength > 0 ? static_cast<float>(strength) : 0;
+            continue;
+        }
+        const double strength = StrengthOf<kKind>(radius, root);
+        bool certain = static_cast<float>(strength - kDoubt) == static_cast<float>(strength + kDoubt);
+        // At its brightest a halo's strength leaps.
+        if (kKind == FlareKind::Halo) certain &= std::fabs((radius - root) / (radius * 0.12) - 1) > kDoubt;
+        const float known = strength > 0 ? static_cast<float>(strength) : 0;
+        strengths[i] = certain ? known : std::numeric_limits<float>::quiet_NaN();
+        doubts += !certain;
+    }
+    return doubts;
+}
+
+template <FlareKind kKind>
+KFX_AVX2 int32_t FillNearlyAvx2(const FlareRun& run, float* strengths) {
+    return FillNearly<kKind>(run, strengths);
+}
+
+template <FlareKind kKind>
+void FillFast(const FlareRun& run, float* strengths) {
+    const bool nearby = run.dy > -kNear && run.dy < kNear && run.dx > -kNear && run.dx + run.count < kNear;
+    int32_t doubts;
+    if (!nearby) {
+        FillExactly<kKind>(run, strengths);
+        doubts = run.count;
+    } else {
+        doubts = UseAvx2() ? FillNearlyAvx2<kKind>(run, strengths) : FillNearly<kKind>(run, strengths);
+    }
+    for (int32_t i = 0; doubts && i < run.count; ++i) {
+        if (strengths[i] >= 0) continue;
+        const float strength = ExactStrength<kKind>(run.radius, run.dx + i, run.dy);
+        strengths[i] = strength == kUnpainted ? 0 : strength;
+    }
+}
+
+using Filler = void (*)(const FlareRun& run, float* strengths);
+
+constexpr Filler kExactFillers[] = {
+    FillExactly<FlareKind::Disc>,     FillExactly<FlareKind::Spot>,      FillExactly<FlareKind::Halo>,
+    FillExactly<FlareKind::Ring>,     FillExactly<FlareKind::SteepGlow>, FillExactly<FlareKind::EvenGlow>,
+    FillExactly<FlareKind::RingGlow>,
+};
+constexpr Filler kFastFillers[] = {
+    FillFast<FlareKind::Disc>,     FillFast<FlareKind::Spot>,      FillFast<FlareKind::Halo>,
+    FillFast<FlareKind::Ring>,     FillFast<FlareKind::SteepGlow>, FillFast<FlareKind::EvenGlow>,
+    FillFast<FlareKind::RingGlow>,
+};
+
+int32_t NumberOf(FlareKind kind) {
+    return static_cast<int32_t>(kind) - static_cast<int32_t>(FlareKind::Disc);
+}
+
+}  // namespace
+
+void FillStrengths(const FlareRun& run, float* strengths) {
+    kExactFillers[NumberOf(run.kind)](run, strengths);
+}
+
+void FillStrengthsFast(const FlareRun& run, float* strengths) {
+    kFastFillers[NumberOf(run.kind)](run, strengths);
+}
+
+}  // namespace kfx
