@@ -3,6 +3,9 @@
 // That it is the dark side which turns, and not the bright one, is intended.
 #include "effects/solarize.h"
 
+#include <cstring>
+
+#include "framework/cpu.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -10,9 +13,23 @@
 namespace kfx {
 namespace {
 
-// `threshold` 0 keeps every byte, 256 inverts every byte.
+// Inverts every byte up to `most`.
+KFX_INLINE void InvertDark(const uint8_t* from, size_t count, uint8_t most, uint8_t* __restrict to) {
+    for (size_t i = 0; i < count; ++i) to[i] = static_cast<uint8_t>(from[i] <= most ? ~from[i] : from[i]);
+}
+
+KFX_AVX2 void InvertDarkAvx2(const uint8_t* from, size_t count, uint8_t most, uint8_t* to) {
+    InvertDark(from, count, most, to);
+}
+
 void SolarizeBytes(const uint8_t* from, size_t count, int32_t threshold, uint8_t* to) {
-    for (size_t i = 0; i < count; ++i) to[i] = static_cast<uint8_t>(from[i] < threshold ? ~from[i] : from[i]);
+    const auto most = static_cast<uint8_t>(threshold > 255 ? 255 : threshold - 1);
+    if (threshold < 1)
+        std::memcpy(to, from, count);
+    else if (UseAvx2())
+        InvertDarkAvx2(from, count, most, to);
+    else
+        InvertDark(from, count, most, to);
 }
 
 }  // namespace
