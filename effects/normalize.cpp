@@ -108,7 +108,7 @@ KFX_INLINE uint8_t MapLevel(uint8_t v, const Mapping& mapping) {
     const auto above = static_cast<uint8_t>(v > mapping.low ? v - mapping.low : 0);
     const auto product = static_cast<uint16_t>(above * 254 + mapping.added);
     const auto upper = static_cast<uint16_t>(static_cast<uint32_t>(product) * mapping.factor >> 16);
-    return v > mapping.high ? 255 : static_cast<uint8_t>(upper >> mapping.shift);
+    return static_cast<uint8_t>(v > mapping.high ? 255 : upper >> mapping.shift);
 }
 
 // Finds the multiplication that divides 16-bit numbers by `range`: with a factor of 16 bits either rounding

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "framework/cpu.h"
+
 namespace kfx {
 namespace {
 
@@ -14,6 +16,45 @@ constexpr uint32_t kIncrement = 2531011;
 
 uint32_t Step(uint32_t state) { return state * kMultiplier + kIncrement; }
 uint16_t NumberOf(uint32_t state) { return static_cast<uint16_t>(state >> 16 & 0x7FFF); }
+
+// So many steps at once are one step with other constants, and so many states run side by side.
+constexpr size_t kLanes = 16;
+
+struct Jump {
+    uint32_t multiplier;
+    uint32_t increment;
+};
+
+constexpr Jump MakeJump() {
+    Jump jump = {1, 0};
+    for (size_t i = 0; i < kLanes; ++i) {
+        jump.multiplier *= kMultiplier;
+        jump.increment = jump.increment * kMultiplier + kIncrement;
+    }
+    return jump;
+}
+
+constexpr Jump kJump = MakeJump();
+
+// Writes whole groups of numbers; how many. `state` then stands behind them.
+KFX_INLINE size_t StepLanes(uint32_t* state, uint16_t* __restrict numbers, size_t count) {
+    uint32_t lanes[kLanes];
+    uint32_t next = *state;
+    for (uint32_t& lane : lanes) lane = next = Step(next);
+    size_t done = 0;
+    for (; done + kLanes <= count; done += kLanes) {
+        *state = lanes[kLanes - 1];
+        for (size_t i = 0; i < kLanes; ++i) {
+            numbers[done + i] = NumberOf(lanes[i]);
+            lanes[i] = lanes[i] * kJump.multiplier + kJump.increment;
+        }
+    }
+    return done;
+}
+
+KFX_AVX2 size_t StepLanesAvx2(uint32_t* state, uint16_t* numbers, size_t count) {
+    return StepLanes(state, numbers, count);
+}
 
 bool clockHeld;        // written by HoldClock and ReleaseClock only
 uint32_t heldSeconds;  // written by HoldClock only
@@ -51,7 +92,8 @@ void NextRandoms(RandomSequence* sequence, uint16_t* numbers, size_t count) {
         return;
     }
     uint32_t state = sequence->state;
-    for (size_t i = 0; i < count; ++i) {
+    size_t i = UseAvx2() ? StepLanesAvx2(&state, numbers, count) : StepLanes(&state, numbers, count);
+    for (; i < count; ++i) {
         state = Step(state);
         numbers[i] = NumberOf(state);
     }

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "effects/lens_flare.h"
 
+#include <algorithm>
+#include <cmath>
+#include <random>
 #include <vector>
 
+#include "framework/cpu.h"
 #include "tests/effects/effect_checks.h"
 
 namespace kfx::test {
@@ -123,6 +127,43 @@ TEST(LensFlare, AHaloIsBrightestNearItsRimAndFadesToNothingAtItsCentre) {
     EXPECT_EQ(RedOf(GetDibPixel(lock.image, 6, 50)), 255u);   // t = 1
     EXPECT_EQ(RedOf(GetDibPixel(lock.image, 3, 50)), 127u);   // t = 3 / 6
     EXPECT_EQ(GetDibPixel(lock.image, 0, 50), 0u);
+}
+
+TEST(LensFlare, NearACentreSquareRootsStandForTheLibrarysHypot) {
+    // Strengths are computed from square roots and trusted where one unit in the last place does not matter.
+    int32_t singleDiffers = 0, fartherThanOneUnit = 0;
+    for (int32_t dx = 0; dx < 4200; ++dx) {
+        for (int32_t dy = 0; dy < 4200; ++dy) {
+            const double exact = std::hypot(dx, dy);
+            const double root = std::sqrt(static_cast<double>(dx * dx + dy * dy));
+            singleDiffers += static_cast<float>(exact) != static_cast<float>(root);
+            fartherThanOneUnit += std::fabs(exact - root) > root * 2.3e-16;
+        }
+    }
+    EXPECT_EQ(singleDiffers, 0);
+    EXPECT_EQ(fartherThanOneUnit, 0);
+}
+
+TEST(LensFlare, FastStrengthsEqualThoseOfTheLibrarysDistances) {
+    std::mt19937 random(3);
+    std::vector<float> exact(500), fast(500);
+    for (int32_t i = 0; i < 4000; ++i) {
+        const auto kind = static_cast<FlareKind>(1 + i % 7);
+        const double radius = static_cast<float>(1 + static_cast<double>(random() % 300000) / 150);
+        // Most runs pass near the rim, where the strengths are; some lie far beyond the near range.
+        const auto dy = static_cast<int32_t>(random() % static_cast<uint32_t>(radius + 2));
+        const auto rim = static_cast<int32_t>(std::sqrt(std::max(0.0, radius * radius - double(dy) * dy)));
+        const int32_t from = i % 11 ? rim - static_cast<int32_t>(random() % 500) : 4000;
+        const FlareRun run = {kind, radius, i % 2 ? from : -from - 499, i % 3 ? dy : -dy, 500};
+        FillStrengths(run, exact.data());
+        for (const bool avx2 : {true, false}) {
+            AllowAvx2(avx2);
+            FillStrengthsFast(run, fast.data());
+            for (size_t k = 0; k < 500; ++k)
+                ASSERT_EQ(std::max(exact[k], 0.0f), fast[k]) << (1 + i % 7) << ", " << radius << ", " << k;
+        }
+        AllowAvx2(true);
+    }
 }
 
 TEST(LensFlare, AFlareSmallerThanAPixelPaintsNothing) {

@@ -156,6 +156,21 @@ TEST(Random, TheSequenceOfSeedOneIsTheWindowsRuntimes) {
     for (int i = 0; i < 5; ++i) EXPECT_EQ(numbers[i], expected[i]);
 }
 
+#ifdef _WIN32
+TEST(Random, TheComputedSequenceIsTheRuntimesOwn) {
+    for (const uint32_t seed : {0u, 1u, 77u, 0x80000000u, 0xFFFFFFFFu}) {
+        uint16_t computed[1000], called[1000];
+        RandomSequence sequence = SeedRandom(seed);
+        ASSERT_TRUE(sequence.computed);
+        NextRandoms(&sequence, computed, 1000);
+        sequence = SeedRandom(seed);
+        sequence.computed = false;
+        NextRandoms(&sequence, called, 1000);
+        for (int i = 0; i < 1000; ++i) ASSERT_EQ(computed[i], called[i]) << seed << ", " << i;
+    }
+}
+#endif
+
 TEST(Random, AnyLengthsAskedForGiveOneSequence) {
     for (const uint32_t seed : {0u, 1u, 77u, 0x80000000u, 0xFFFFFFFFu}) {
         RandomSequence whole = SeedRandom(seed);
