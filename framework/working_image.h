@@ -35,6 +35,8 @@ static_assert(offsetof(WorkingImage, planes) == 12, "WorkingImage.planes");
 static_assert(offsetof(WorkingImage, bitCount) == 14, "WorkingImage.bitCount");
 static_assert(offsetof(WorkingImage, compression) == 16, "WorkingImage.compression");
 static_assert(offsetof(WorkingImage, imageSize) == 20, "WorkingImage.imageSize");
+static_assert(offsetof(WorkingImage, horizontalResolution) == 24, "WorkingImage.horizontalResolution");
+static_assert(offsetof(WorkingImage, verticalResolution) == 28, "WorkingImage.verticalResolution");
 static_assert(offsetof(WorkingImage, colorsUsed) == 32, "WorkingImage.colorsUsed");
 static_assert(offsetof(WorkingImage, colorsImportant) == 36, "WorkingImage.colorsImportant");
 

@@ -57,7 +57,9 @@ struct HostContext {
 static_assert(sizeof(HostContext) == 33, "HostContext");
 static_assert(offsetof(HostContext, version) == 4, "HostContext.version");
 static_assert(offsetof(HostContext, buttonStyle) == 8, "HostContext.buttonStyle");
+static_assert(offsetof(HostContext, unread12) == 12, "HostContext.unread12");
 static_assert(offsetof(HostContext, callback) == 16, "HostContext.callback");
+static_assert(offsetof(HostContext, unread24) == 24, "HostContext.unread24");
 static_assert(offsetof(HostContext, capabilities) == 32, "HostContext.capabilities");
 
 struct OpenAnimationRequest {
@@ -119,7 +121,9 @@ static_assert(offsetof(FileObjectRecord, height) == 28, "FileObjectRecord.height
 static_assert(offsetof(FileObjectRecord, palette) == 32, "FileObjectRecord.palette");
 static_assert(offsetof(FileObjectRecord, zero800) == 800, "FileObjectRecord.zero800");
 static_assert(offsetof(FileObjectRecord, frameCount) == 804, "FileObjectRecord.frameCount");
+static_assert(offsetof(FileObjectRecord, zero808) == 808, "FileObjectRecord.zero808");
 static_assert(offsetof(FileObjectRecord, reservedIndex) == 1072, "FileObjectRecord.reservedIndex");
+static_assert(offsetof(FileObjectRecord, zero1076) == 1076, "FileObjectRecord.zero1076");
 
 struct AddImageRecord {
     uint32_t size;
