@@ -191,6 +191,7 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, Command
     CLI::App app(kDescription, "kestrel-stage");
     app.footer(kFooter);
     app.set_version_flag("--version", "Kestrel Stage 16.0a");
+    app.allow_windows_style_options(false);  // a leading slash begins a path
     ParsedTexts texts;
 
     CLI::App* apply = app.add_subcommand("apply", "Apply an effect to an animation");

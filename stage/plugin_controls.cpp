@@ -8,7 +8,8 @@
 namespace kfx::stage {
 namespace {
 
-constexpr UINT kAnswerMilliseconds = 10000;
+// A slow effect may keep the window busy with its preview.
+constexpr UINT kAnswerMilliseconds = 60000;
 
 // The effects' panels live in the window under these ids.
 constexpr int kFirstPanelId = 100;

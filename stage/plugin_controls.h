@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The controls of the plug-in's window, found by what the window shows. Everything here works from another
-// thread than the window's: a window that does not answer within a few seconds reads as empty.
+// thread than the window's: a window that does not answer within a minute reads as empty.
 #pragma once
 
 #include <string>

@@ -9,7 +9,7 @@ namespace {
 constexpr ULONGLONG kProgressMilliseconds = 100;
 
 // What the progress line shows, so that it is neither drawn too often nor left behind.
-size_t progressWidth = 0;
+std::string progressLine;
 ULONGLONG progressTime = 0;
 
 bool IsTerminal(DWORD stream) {
@@ -73,16 +73,16 @@ void ShowProgressLine(const HostSession& session) {
     const int total = session.progressTotal;
     if (total > 0)
         line += "  " + std::to_string(session.progressCurrent + 1) + " of " + std::to_string(total);
-    const size_t width = line.size();
-    if (width < progressWidth) line.append(progressWidth - width, ' ');
-    progressWidth = width;
-    Write(STD_ERROR_HANDLE, "\r" + line);
+    if (line == progressLine) return;
+    const std::string rest(progressLine.size() > line.size() ? progressLine.size() - line.size() : 0, ' ');
+    Write(STD_ERROR_HANDLE, "\r" + line + rest);
+    progressLine = line;
 }
 
 void ClearProgressLine() {
-    if (progressWidth == 0) return;
-    Write(STD_ERROR_HANDLE, "\r" + std::string(progressWidth, ' ') + "\r");
-    progressWidth = 0;
+    if (progressLine.empty()) return;
+    Write(STD_ERROR_HANDLE, "\r" + std::string(progressLine.size(), ' ') + "\r");
+    progressLine.clear();
 }
 
 }  // namespace kfx::stage

@@ -135,9 +135,11 @@ void DrawStatus(const StageState& state, HDC target) {
     SelectObject(target, before);
 }
 
-void DrawCard(const StageState& state, HDC target, int side) {
+void DrawCard(const StageState& state, HDC target, int side, const RECT& dirty) {
     const ViewStyle style = {state.font, state.smallFont, state.dpi};
     const RECT card = CardArea(state, side);
+    RECT drawn;
+    if (!IntersectRect(&drawn, &card, &dirty)) return;
     if (side == 0) {
         const std::string name = FileNameOf(state.sourcePath);
         DrawAnimationCard(target, card, name.empty() ? "Source" : "Source: " + name,
@@ -161,10 +163,10 @@ void Paint(const StageState& state) {
     const HGDIOBJ before = SelectObject(target, bitmap);
     SetDCBrushColor(target, StageBackground());
     FillRect(target, &client, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-    DrawCard(state, target, 0);
-    DrawCard(state, target, 1);
-    DrawStatus(state, target);
     const RECT dirty = paint.rcPaint;
+    DrawCard(state, target, 0, dirty);
+    DrawCard(state, target, 1, dirty);
+    DrawStatus(state, target);
     BitBlt(screen, dirty.left, dirty.top, dirty.right - dirty.left, dirty.bottom - dirty.top, target,
            dirty.left, dirty.top, SRCCOPY);
     SelectObject(target, before);

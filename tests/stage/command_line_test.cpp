@@ -47,6 +47,12 @@ TEST(CommandLine, ApplyTakesInputOutputEffectAndParameters) {
     EXPECT_EQ(line.settings[1].value, "20");
 }
 
+TEST(CommandLine, ALeadingSlashBeginsAPath) {
+    const CommandLine line = Accept({"apply", "/tmp/in.gif", "-o", "/tmp/out.gif", "--effect", "Bump"});
+    EXPECT_EQ(line.inputs, Arguments{"/tmp/in.gif"});
+    EXPECT_EQ(line.output, "/tmp/out.gif");
+}
+
 TEST(CommandLine, AGifGetsAComputedPaletteUnlessToldOtherwise) {
     const CommandLine line = Accept(Apply("out.gif"));
     EXPECT_FALSE(line.trueColor);
