@@ -32,7 +32,7 @@ void WalkAll(const std::vector<uint8_t>& block) {
     for (int i = 0; i < 8 && ReadAnimationFrame(header, &offset, &frame) == FrameStep::Frame; ++i) {
         if (frame.colorTable) sum += frame.colorTable[(size_t{4} << frame.bitCount) - 1];
         sum += frame.rows[0];
-        sum += frame.rows[frame.rowBytes - 1];
+        sum += frame.rows[RowStride(frame.width, frame.bitCount) * static_cast<size_t>(frame.height) - 1];
     }
     EXPECT_GE(sum, 0u);
 }
