@@ -20,8 +20,8 @@ namespace {
 
 constexpr char kUntitled[] = "untitled.kx1";
 
-// Set while a build runs. A host may let the user's clicks through while it takes the frames: they must not
-// start a second build, or exchange the source under the first.
+// Set while a build runs. A host may let the user's clicks through while it takes the frames: they may change
+// controls, but not start a second build, or exchange the source under the first.
 bool building = false;
 
 void RunBuildCommand(HWND window, BuildMode mode) {
@@ -99,14 +99,15 @@ struct CommandRow {
     int id;
     int notification;
     void (*run)(HWND window);
+    bool evenWhileBuilding = false;
 };
 
 constexpr CommandRow kCommands[] = {
     {IDC_BUILD, kAnyNotification, BuildAndClose},
     {IDC_CANCEL, kAnyNotification, Cancel},
     {IDC_HELP_BUTTON, kAnyNotification, ShowFirstHelpTopic},
-    {IDC_PALETTE, CBN_CLOSEUP, TakePaletteChoice},
-    {IDC_CUSTOM_PALETTE, kAnyNotification, TakeCustomPalette},
+    {IDC_PALETTE, CBN_CLOSEUP, TakePaletteChoice, true},
+    {IDC_CUSTOM_PALETTE, kAnyNotification, TakeCustomPalette, true},
     {IDC_ABOUT, kAnyNotification, ShowAbout},
     {IDC_TEST, kAnyNotification, BuildTest},
     {IDC_OPEN_SAVE, kAnyNotification, ShowDocumentMenu},
@@ -114,7 +115,7 @@ constexpr CommandRow kCommands[] = {
     {IDM_DOCUMENT_SAVE, kAnyNotification, SaveDocument},
     {IDM_DOCUMENT_SAVE_AS, kAnyNotification, SaveDocumentAs},
     {IDM_BUILD_PLAIN, kAnyNotification, BuildPlain},
-    {IDC_EFFECT, CBN_CLOSEUP, TakeEffectChoice},
+    {IDC_EFFECT, CBN_CLOSEUP, TakeEffectChoice, true},
     {IDC_SELECT, kAnyNotification, SelectSource},
     {IDM_REOPEN_SOURCE, kAnyNotification, ReopenSource},
 };
@@ -122,10 +123,10 @@ constexpr CommandRow kCommands[] = {
 }  // namespace
 
 void TakeCommand(HWND window, int id, int notification, HWND control) {
-    if (building) return;
     for (const CommandRow& row : kCommands) {
         if (row.id != id) continue;
-        if (row.notification == kAnyNotification || row.notification == notification) row.run(window);
+        const bool meant = row.notification == kAnyNotification || row.notification == notification;
+        if (meant && (row.evenWhileBuilding || !building)) row.run(window);
         return;
     }
     TakeControlChange(window, control, id, notification);

@@ -236,6 +236,35 @@ TEST(Build, want_of_memory_at_any_point_leaves_no_leak_and_the_window_usable) {
     }
 }
 
+// A host that handles messages while it takes a frame: the user's clicks arrive in the middle of the build.
+HWND clickedWindow = nullptr;
+HostCallback answeringHost = nullptr;
+
+uint64_t ClickThenAnswer(uint64_t target, uint32_t request, uint64_t word, uint64_t pointer) {
+    if (request == static_cast<uint32_t>(HostRequest::AddImage)) {
+        for (const WPARAM command : {IDC_TEST, IDC_SELECT, IDC_CANCEL, IDC_BUILD, IDM_BUILD_PLAIN}) {
+            SendMessageA(clickedWindow, WM_COMMAND, command, 0);
+        }
+    }
+    return answeringHost(target, request, word, pointer);
+}
+
+TEST(Build, clicks_that_the_host_lets_through_neither_start_a_second_build_nor_exchange_the_source) {
+    FakeHost host;
+    host.Serve(ThreeFrames());
+    answeringHost = host.context.callback;
+    host.context.callback = ClickThenAnswer;
+    PluginSession session(host, WithConfiguration(kEmboss));
+    clickedWindow = session.Window();
+    session.Click(IDC_SELECT);
+    session.Click(IDC_TEST);
+    EXPECT_TRUE(session.IsOpen());
+    EXPECT_EQ(host.Requests(HostRequest::NewTestTask).size(), 1u);
+    EXPECT_EQ(host.Requests(HostRequest::NewTask).size(), 0u);
+    EXPECT_EQ(host.Requests(HostRequest::OpenAnimation).size(), 1u);
+    EXPECT_EQ(host.Frames().size(), 3u);
+}
+
 TEST(Build, a_single_frame_is_never_supercompressed) {
     FakeHost host;
     host.Serve(MakeAnimationBlock({{BytesOf(ShadedPicture(24, 20, 1).handle), {}}}));
