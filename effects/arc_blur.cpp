@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Pixels depend on pixels before them, so only the places of the samples are computed side by side, for
-// stretches of pixels that take every sample; the averages follow one by one.
+// stretches of pixels that take the same samples; the averages follow one by one.
 #include "effects/arc_blur.h"
 
 #include <algorithm>
@@ -36,22 +36,26 @@ KFX_INLINE int32_t PlaceOf(const WorkingImage* image, int32_t stride, double col
     return inside ? place : kOutside;
 }
 
-// The places of all samples of `count` pixels from x on.
-KFX_INLINE void FindPlaces(const Blur& blur, int32_t x, int32_t count) {
+// The places of every `step`-th sample of `count` pixels from x on; returns whether all lie inside.
+KFX_INLINE bool FindPlaces(const Blur& blur, int32_t x, int32_t count, int32_t step) {
     const Arc& arc = *blur.arc;
     const auto stride = static_cast<int32_t>(StrideOf(blur.image));
     const WorkingImage image = *blur.image;
-    for (int32_t i = 0; i < arc.count; ++i) {
+    int32_t signs = 0;
+    int32_t* next = blur.places;
+    for (int32_t i = 0; i < arc.count; i += step, next += kStretch) {
         const double cosine = arc.cosines[i], sine = arc.sines[i];
         const double sineDy = blur.sinesByRow[i], cosineDy = blur.cosinesByRow[i];
         const double centerX = arc.centerX, centerY = arc.centerY;
-        int32_t* __restrict places = blur.places + static_cast<ptrdiff_t>(i) * kStretch;
+        int32_t* __restrict places = next;
         for (int32_t k = 0; k < count; ++k) {
             const double dx = (x + k) - centerX;
             places[k] = PlaceOf(&image, stride, cosine * dx + centerX - sineDy + 0.5,
                                 sine * dx + centerY + cosineDy + 0.5);
+            signs |= places[k];
         }
     }
+    return signs >= 0;
 }
 
 KFX_INLINE void FindSteps(const Arc& arc, double dy, int32_t width, int32_t* __restrict steps) {
@@ -65,35 +69,23 @@ void FindStepsPlain(const Arc& arc, double dy, int32_t width, int32_t* steps) {
 KFX_AVX2 void FindStepsAvx2(const Arc& arc, double dy, int32_t width, int32_t* steps) {
     FindSteps(arc, dy, width, steps);
 }
-void FindPlacesPlain(const Blur& blur, int32_t x, int32_t count) { FindPlaces(blur, x, count); }
-KFX_AVX2 void FindPlacesAvx2(const Blur& blur, int32_t x, int32_t count) { FindPlaces(blur, x, count); }
+bool FindPlacesPlain(const Blur& blur, int32_t x, int32_t count, int32_t step) {
+    return FindPlaces(blur, x, count, step);
+}
+KFX_AVX2 bool FindPlacesAvx2(const Blur& blur, int32_t x, int32_t count, int32_t step) {
+    return FindPlaces(blur, x, count, step);
+}
 
-void BlurStretch(const Blur& blur, int32_t count, uint8_t* out) {
+template <bool kAllInside>
+void BlurStretch(const Blur& blur, int32_t count, int32_t samples, uint8_t* out) {
     const uint8_t* first = PixelsOf(blur.image);
     for (int32_t k = 0; k < count; ++k, out += 3) {
         PackedSums sums;
         const int32_t* place = blur.places + k;
-        for (int32_t i = 0; i < blur.arc->count; ++i, place += kStretch)
-            sums.Add(*place == kOutside ? blur.background : PixelBytes(first + *place));
-        blur.reciprocals.PutAverages(sums, blur.arc->count, out);
+        for (int32_t i = 0; i < samples; ++i, place += kStretch)
+            sums.Add(kAllInside || *place != kOutside ? PixelBytes(first + *place) : blur.background);
+        blur.reciprocals.PutAverages(sums, samples, out);
     }
-}
-
-// A pixel that takes every `step`-th sample.
-void BlurSparsely(const Blur& blur, int32_t x, int32_t step, uint8_t* out) {
-    const Arc& arc = *blur.arc;
-    const uint8_t* first = PixelsOf(blur.image);
-    const auto stride = static_cast<int32_t>(StrideOf(blur.image));
-    const double dx = x - arc.centerX;
-    PackedSums sums;
-    int32_t count = 0;
-    for (int32_t i = 0; i < arc.count; i += step, ++count) {
-        const int32_t place =
-            PlaceOf(blur.image, stride, arc.cosines[i] * dx + arc.centerX - blur.sinesByRow[i] + 0.5,
-                    arc.sines[i] * dx + arc.centerY + blur.cosinesByRow[i] + 0.5);
-        sums.Add(place == kOutside ? blur.background : PixelBytes(first + place));
-    }
-    blur.reciprocals.PutAverages(sums, count, out);
 }
 
 }  // namespace
@@ -119,16 +111,13 @@ bool BlurArcs(WorkingImage* image, const Arc& arc, uint32_t background) {
         uint8_t* row = PictureRow(image, y);
         findSteps(arc, dy, image->width, stepsOfRow.address);
         for (int32_t x = 0; x < image->width;) {
-            int32_t end = x;
-            while (end < image->width && end - x < kStretch && steps[end] == 1) ++end;
-            if (end > x) {
-                findPlaces(blur, x, end - x);
-                BlurStretch(blur, end - x, row + 3 * static_cast<size_t>(x));
-                x = end;
-            } else {
-                BlurSparsely(blur, x, steps[x], row + 3 * static_cast<size_t>(x));
-                ++x;
-            }
+            const int32_t step = steps[x];
+            int32_t end = x + 1;
+            while (end < image->width && end - x < kStretch && steps[end] == step) ++end;
+            const bool allInside = findPlaces(blur, x, end - x, step);
+            (allInside ? BlurStretch<true> : BlurStretch<false>)(blur, end - x, (arc.count - 1) / step + 1,
+                                                                 row + 3 * static_cast<size_t>(x));
+            x = end;
         }
     }
     return true;
