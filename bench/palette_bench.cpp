@@ -38,8 +38,8 @@ ImageHandle FrameAt(int32_t index) {
 }
 
 std::vector<ImageHandle> FirstFrames(int32_t count) {
-    std::vector<ImageHandle> frames;
-    for (int32_t i = 0; i < count; ++i) frames.push_back(FrameAt(i));
+    std::vector<ImageHandle> frames(static_cast<size_t>(count));
+    for (int32_t i = 0; i < count; ++i) frames[static_cast<size_t>(i)] = FrameAt(i);
     return frames;
 }
 

@@ -19,12 +19,16 @@ namespace kfx {
 namespace {
 
 constexpr int32_t kMostColors = 256;
+constexpr int32_t kMostColorsToExtend = 253;  // a larger palette gives up an entry for the background colour
 constexpr uint32_t kNoBackground = 0xFFFFFFFF;  // as a colour it is white, and is used so
 
 constexpr char kComment[] =
-    "CREATED BY...\r\n\r\nThis graphic was created by Quorvane Labs' Marrowgate Studio or Marrowgate Motion "
-    "and the "
-    "Kestrel FX #1 plugin.\r\n\r\nSee\r\n\r\n    https://kestrel-fx.example/\r\n\r\nfor more information.";
+    "CREATED BY...\r\n\r\n"
+    "This graphic was created by Quorvane Labs' Marrowgate Studio or Marrowgate Motion and the Kestrel FX #1 "
+    "plugin.\r\n\r\n"
+    "See\r\n\r\n"
+    "    https://kestrel-fx.example/\r\n\r\n"
+    "for more information.";
 
 // A build's state. What it owns goes with it, however the build ends.
 struct Build {
@@ -60,6 +64,13 @@ void PutBackground(Build* build, int32_t index) {
     entry[2] = static_cast<uint8_t>(BlueOf(build->background));
 }
 
+int32_t NearestToBackground(const Build& build, int32_t colors) {
+    return NearestEntry(build.palette, colors, static_cast<int32_t>(RedOf(build.background)),
+                        static_cast<int32_t>(GreenOf(build.background)),
+                        static_cast<int32_t>(BlueOf(build.background)));
+}
+
+// The part of the options that rules out others before the build has begun.
 void SettleOptions(Build* build) {
     BuildOptions& options = build->options;
     if (options.trueColor) options.supercompress = false;
@@ -93,6 +104,7 @@ void ChoosePalette(Build* build) {
         build->options.customPalette = true;
 }
 
+// Fills the frame list. False: the effect failed, or there are no frames.
 bool RunEffect(Build* build) {
     const HostContext* host = HostOf(*build);
     RequestProgress(host, 0, 0);
@@ -111,6 +123,7 @@ bool RunEffect(Build* build) {
     return build->frames.count >= 1;
 }
 
+// Replaces the palette by one computed from the frames where that is wanted.
 bool QuantizePalette(Build* build) {
     if (build->options.trueColor || !build->options.customPalette) return true;
     RequestSetStatusText(HostOf(*build), "Quantizing");
@@ -119,13 +132,8 @@ bool QuantizePalette(Build* build) {
 
     auto n = static_cast<int32_t>(found);
     if (!build->options.localBackground) {
-        const uint32_t color = build->background;
-        if (n < 254)
-            PutBackground(build, n++);
-        else
-            PutBackground(build, NearestEntry(build->palette, n, static_cast<int32_t>(RedOf(color)),
-                                              static_cast<int32_t>(GreenOf(color)),
-                                              static_cast<int32_t>(BlueOf(color))));
+        const int32_t place = n <= kMostColorsToExtend ? n++ : NearestToBackground(*build, n);
+        PutBackground(build, place);
     }
     SortByLuminance(build->palette, n);
     build->bitsPerPixel = BitsForColors(ReservesEntry(*build) ? n + 1 : n);
@@ -143,6 +151,7 @@ ImageHandle CopyFirstFrame(const Build& build) {
     return lock.image ? DuplicateImage(lock.image) : nullptr;
 }
 
+// Gives every frame but the first its change mask.
 bool SupercompressFrames(Build* build) {
     if (!build->options.supercompress) return true;
     RequestSetStatusText(HostOf(*build), "Supercompressing");
@@ -182,6 +191,7 @@ bool MarkReserved(const Build& build, int32_t index, ImageHandle converted, Fram
     return true;
 }
 
+// Replaces a frame's full-colour image by its converted one.
 bool RemapFrame(const Build& build, int32_t index, RemapTarget* target) {
     FrameEntry entry;
     if (!GetFrame(build.frames, index, &entry)) return false;
@@ -221,6 +231,7 @@ bool RemapFrames(Build* build) {
     return true;
 }
 
+// False: the host refused.
 bool OpenTask(Build* build) {
     RequestProgress(HostOf(*build), 0, 0);
     FileObjectRecord& task = build->task;

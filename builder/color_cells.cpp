@@ -64,8 +64,8 @@ void AddPixels(ColorCells* cells, const uint8_t* pixels, int32_t count, ColorCub
         const int32_t span = std::min(count, static_cast<int32_t>(kMostPending - cells->pending));
         for (int32_t x = 0; x < span; ++x, pixels += 3) {
             const ColorCell& step = cells->steps[StepOf(pixels[2], pixels[1], pixels[0])];
-            ColorCell& cell =
-                cells->cells.address[CellOf(pixels[2], pixels[1], pixels[0]) * kTables + (x & 1u)];
+            ColorCell& cell = cells->cells.address[CellOf(pixels[2], pixels[1], pixels[0]) * kTables +
+                                                   static_cast<uint32_t>(x & 1)];
             cell.countAndSquares += step.countAndSquares;
             cell.lows += step.lows;
         }

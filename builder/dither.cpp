@@ -101,12 +101,13 @@ ImageHandle DitherGray(const WorkingImage* from, const RemapTarget& target) {
     return owner.Release();
 }
 
-// A row of the source as blue-green-red bytes; null for depths that count as black.
+// A row of the source as blue-green-red bytes, made in `spread` (zeroed) where the source has them not;
+// depths above 24 bits count as black.
 const uint8_t* ColorRow(const WorkingImage* from, int32_t r, const uint8_t colors[kPaletteBytes],
                         uint8_t* spread) {
     const uint8_t* row = StoredRow(from, r);
     if (from->bitCount == 24) return row;
-    if (from->bitCount > 8) return spread;  // zeroed
+    if (from->bitCount > 8) return spread;
     for (int32_t x = 0; x < from->width; ++x) {
         const uint8_t* color = colors + 3 * GetIndex(row, from->bitCount, x);
         spread[3 * x] = color[2];
@@ -139,11 +140,13 @@ struct Carry {
     int32_t belowLeft[3];  // below this one
 };
 
+// Converts the pixel in column x and passes its error on.
 template <int kBits>
 void DitherPixel(const ColorDither& dither, const DitherRow& row, int32_t x, Carry* carry) {
-    const uint8_t* from = row.from + 3 * x;
-    const int16_t* errors = row.errors + kLanes * x;
-    int16_t* next = row.next + kLanes * x;
+    const auto column = static_cast<ptrdiff_t>(x);
+    const uint8_t* from = row.from + 3 * column;
+    const int16_t* errors = row.errors + kLanes * column;
+    int16_t* next = row.next + kLanes * column;
     int32_t level[3];
     for (int c = 0; c < 3; ++c) level[c] = std::min(std::max(from[c] + errors[c] + carry->right[c], 0), 255);
     const uint8_t entry = LookUpColor(dither.index, static_cast<uint32_t>(level[2]),
@@ -178,9 +181,10 @@ struct VectorCarry {
 template <int kBits>
 KFX_AVX2 KFX_INLINE void DitherPixelAvx2(const ColorDither& dither, const DitherRow& row, int32_t x,
                                          VectorCarry* carry) {
-    const uint8_t* from = row.from + 3 * x;
-    const auto* errors = reinterpret_cast<const __m128i*>(row.errors + kLanes * x);
-    auto* next = row.next + kLanes * x;
+    const auto column = static_cast<ptrdiff_t>(x);
+    const uint8_t* from = row.from + 3 * column;
+    const auto* errors = reinterpret_cast<const __m128i*>(row.errors + kLanes * column);
+    int16_t* next = row.next + kLanes * column;
     const uint32_t pixel =
         from[0] | static_cast<uint32_t>(from[1]) << 8 | static_cast<uint32_t>(from[2]) << 16;
     const __m128i color = _mm_cvtepu8_epi16(_mm_cvtsi32_si128(static_cast<int>(pixel)));
@@ -216,7 +220,7 @@ KFX_AVX2 void DitherWaveAvx2(const ColorDither& dither, const DitherRow* rows) {
             for (int k = 0; k < kRows; ++k)
                 if (x >= kLag * k && x - kLag * k < dither.width) step(x - kLag * k, k);
     };
-    edge(std::min(kDelay, dither.width + kDelay));
+    edge(kDelay);
     for (; x < dither.width; ++x)
         for (int k = 0; k < kRows; ++k) step(x - kLag * k, k);
     edge(dither.width + kDelay);

@@ -25,6 +25,7 @@ using ::testing::Not;
 
 std::vector<uint8_t> BlockOf(const std::vector<Picture>& pictures, const BlockOptions& options = {}) {
     std::vector<BlockFrame> frames;
+    frames.reserve(pictures.size());
     for (const Picture& picture : pictures) frames.push_back({BytesOf(picture.handle)});
     return MakeAnimationBlock(frames, options);
 }
@@ -44,9 +45,9 @@ std::vector<Picture> MovingBar(int32_t frames, int32_t width = 48, int32_t heigh
 }
 
 std::vector<Picture> Shades(int32_t frames) {
-    std::vector<Picture> pictures;
-    for (int32_t i = 0; i < frames; ++i)
-        pictures.push_back(ShadedPicture(48, 32, static_cast<uint32_t>(i / 2)));
+    std::vector<Picture> pictures(static_cast<size_t>(frames));
+    uint32_t number = 0;
+    for (Picture& picture : pictures) picture = ShadedPicture(48, 32, number++ / 2);
     return pictures;
 }
 
@@ -74,13 +75,15 @@ std::vector<std::vector<uint32_t>> Play(const RecordingHost& host) {
     for (const ReceivedFrame& frame : host.frames) {
         const Picture image = ImageOf(frame);
         const ImageLock lock(image.handle);
-        screen.resize(static_cast<size_t>(lock.image->width * lock.image->height));
+        const auto width = static_cast<size_t>(lock.image->width);
+        screen.resize(width * static_cast<size_t>(lock.image->height));
         for (int32_t y = 0; y < lock.image->height; ++y) {
             for (int32_t x = 0; x < lock.image->width; ++x) {
                 const uint32_t index = GetDibPixel(lock.image, x, y);
                 if (static_cast<int32_t>(index) == frame.record.transparentIndex) continue;
                 const uint8_t* color = ColorTableOf(lock.image) + 4 * index;
-                screen[static_cast<size_t>(y * lock.image->width + x)] = Rgb(color[2], color[1], color[0]);
+                screen[static_cast<size_t>(y) * width + static_cast<size_t>(x)] =
+                    Rgb(color[2], color[1], color[0]);
             }
         }
         moments.push_back(screen);
@@ -143,9 +146,12 @@ TEST(Build, a_supercompressed_animation_of_many_colours_plays_like_frames_remapp
             const auto bits = static_cast<int32_t>(host.task.bitsPerPixel);
             const Picture whole(
                 ReferencePlainRemap(pictures[i].handle, {host.task.palette, bits, colors, fast, 20, 20}));
-            std::vector<uint32_t> expected;
-            for (int32_t p = 0; p < 48 * 32; ++p)
-                expected.push_back(EntryOf(host.task.palette, PixelOf(whole.handle, p % 48, p / 48)));
+            std::vector<uint32_t> expected(48 * 32);
+            int32_t p = 0;
+            for (uint32_t& color : expected) {
+                color = EntryOf(host.task.palette, PixelOf(whole.handle, p % 48, p / 48));
+                ++p;
+            }
             EXPECT_EQ(moments[i], expected) << "frame " << i << ", fast " << fast;
         }
     }

@@ -78,12 +78,12 @@ class GoldenBuilds : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(GoldenBuilds, requests_records_and_images_are_those_of_the_transcript) {
     const std::string input = GetParam();
+    const std::string logs = kFolder + "expected/" + input + ".";
     const std::vector<uint8_t> block = ReadTestFile((kFolder + "inputs/" + input + ".source.bin").c_str());
     const std::vector<NamedOptions> all = AllOptions();
     ASSERT_EQ(all.size(), 20u);
     for (const NamedOptions& named : all) {
-        const std::vector<std::string> expected =
-            ReadLines(kFolder + "expected/" + input + "." + named.name + ".log");
+        const std::vector<std::string> expected = ReadLines(logs + named.name + ".log");
         RecordingHost host;
         host.refusedRequest = named.refusedRequest;
         host.refusedOccurrence = named.refusedOccurrence;

@@ -68,7 +68,7 @@ void DitherGray(const WorkingImage* from, const ReferenceTarget& target, Working
         for (int32_t x = 0; x < width; ++x) {
             const int32_t value =
                 from->bitCount == 32 ? 0 : LuminanceOfColor(ColorAt(from, x, height - 1 - row));
-            plane.bytes[static_cast<size_t>(row * plane.stride + x)] = static_cast<uint8_t>(value);
+            plane.bytes[static_cast<size_t>(int64_t{row} * plane.stride + x)] = static_cast<uint8_t>(value);
             smallest = std::min(smallest, value);
             largest = std::max(largest, value);
         }
@@ -108,7 +108,7 @@ void DitherColor(const WorkingImage* from, const ReferenceTarget& target, Workin
         const int32_t y = height - 1 - row;
         for (int32_t x = 0; x < width; ++x) {
             const uint32_t color = from->bitCount == 32 ? 0 : ColorAt(from, x, y);
-            int16_t* sums = &current[static_cast<size_t>(3 * x)];
+            int16_t* sums = &current[3 * static_cast<size_t>(x)];
             sums[0] = static_cast<int16_t>(sums[0] + static_cast<int32_t>(RedOf(color)));
             sums[1] = static_cast<int16_t>(sums[1] + static_cast<int32_t>(GreenOf(color)));
             sums[2] = static_cast<int16_t>(sums[2] + static_cast<int32_t>(BlueOf(color)));
@@ -116,7 +116,8 @@ void DitherColor(const WorkingImage* from, const ReferenceTarget& target, Workin
         for (int32_t x = 0; x < width; ++x) {
             int32_t value[3];
             for (int32_t c = 0; c < 3; ++c)
-                value[c] = std::min(std::max<int32_t>(current[static_cast<size_t>(3 * x + c)], 0), 255);
+                value[c] = std::min(
+                    std::max<int32_t>(current[3 * static_cast<size_t>(x) + static_cast<size_t>(c)], 0), 255);
             const uint32_t color = Rgb(static_cast<uint32_t>(value[0]), static_cast<uint32_t>(value[1]),
                                        static_cast<uint32_t>(value[2]));
             const int32_t index = Find(color, target, to->bitCount);
@@ -125,7 +126,7 @@ void DitherColor(const WorkingImage* from, const ReferenceTarget& target, Workin
             for (int32_t c = 0; c < 3; ++c) {
                 const int32_t e = value[c] - target.palette[3 * index + c];
                 const auto add = [&](std::vector<int16_t>* errors, int32_t column, int32_t error) {
-                    int16_t& sum = errors->at(static_cast<size_t>(3 * column + c));
+                    int16_t& sum = errors->at(3 * static_cast<size_t>(column) + static_cast<size_t>(c));
                     sum = static_cast<int16_t>(sum + error);
                 };
                 if (x + 1 < width) add(&current, x + 1, 7 * e >> 4);
