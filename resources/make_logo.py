@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Draws the animated logo, a kestrel hovering over a hill, and writes logo.bin beside this script.
 
-File: width, height, frames, colours (16 bits each), then the colours as blue, green, red, 0, then each frame as rows of
-one byte a pixel, bottom-up, padded to 4 bytes. With an argument, the frames are also written there as PPM files.
+File: width, height, frames, colours (16 bits each), then the colours as blue, green, red, 0, then each frame
+as rows of one byte a pixel, bottom-up, padded to 4 bytes. With an argument, the frames are also written there
+as PPM files.
 """
 import math
 import pathlib
