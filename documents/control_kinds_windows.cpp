@@ -9,11 +9,11 @@
 #include "documents/document_text.h"
 #include "framework/number_text.h"
 #include "framework/settings.h"
+#include "resources/resource_ids.h"
 
 namespace kfx {
 namespace {
 
-constexpr int kCompanionOffset = 10000;
 constexpr char kPreviousProcedure[] = "KestrelFxPreviousProcedure";
 
 // What a kind does. Entries may be null: such a kind takes no part in that.
@@ -39,7 +39,7 @@ int32_t ParseSigned(const char* text) { return static_cast<int32_t>(ParseDecimal
 
 ControlRange FieldRange(HWND field) {
     char text[kTextBytes] = "";
-    GetDlgItemTextA(GetParent(field), GetDlgCtrlID(field) + kCompanionOffset, text, sizeof text);
+    GetDlgItemTextA(GetParent(field), GetDlgCtrlID(field) + COMPANION_OFFSET, text, sizeof text);
     ControlRange range;
     ParseControlRange(text, &range);
     return range;
@@ -74,7 +74,7 @@ void StoreFieldAsText(HWND field, void* variable) {
 
 // The variable is not the field's own: the control whose companion this field is holds it.
 void StoreCompanion(HWND field, void*) {
-    const HWND owner = GetDlgItem(GetParent(field), GetDlgCtrlID(field) - kCompanionOffset);
+    const HWND owner = GetDlgItem(GetParent(field), GetDlgCtrlID(field) - COMPANION_OFFSET);
     void* variable = owner ? VariableOf(owner) : nullptr;
     if (variable) StoreField(field, variable);
 }

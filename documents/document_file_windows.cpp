@@ -10,9 +10,6 @@
 namespace kfx {
 namespace {
 
-constexpr UINT kMessageWindow = 1224;  // to the plug-in window
-constexpr WPARAM kShowCurrentPanel = 1;
-
 BOOL CALLBACK WriteControl(HWND control, LPARAM file) {
     SendMessageA(control, kMessageWriteLine, 0, file);
     return TRUE;
@@ -57,7 +54,7 @@ bool ReadDocument(void* window, const char* path, ShowMessageFunction showMessag
         showMessage(window, "This file has been damaged.");
         return false;
     }
-    SendMessageA(static_cast<HWND>(window), kMessageWindow, kShowCurrentPanel, 0);
+    SendMessageA(static_cast<HWND>(window), kWindowMessage, kShowCurrentPanel, 0);
     return true;
 }
 

@@ -3,10 +3,12 @@
 
 #include <cstdio>
 
+#include "resources/panel_controls.h"
+
 namespace kfx {
 namespace {
 
-constexpr int kSwirlAngleLabel = 194;
+constexpr int kSwirlAngleLabel = IDC_SWIRL_ANGLE + 1;
 constexpr int32_t kSwirlAngleZero = 1440;
 
 bool IsWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }

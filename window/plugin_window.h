@@ -4,14 +4,14 @@
 
 #include <windows.h>
 
+#include "documents/document_file.h"
 #include "host/host_records.h"
 
 namespace kfx {
 
-// The window's private message: word parameter 0 fills the effect list, 1 shows the selected effect's panel.
-constexpr UINT kWindowMessage = WM_USER + 200;
-constexpr WPARAM kFillEffectList = 0;
-constexpr WPARAM kShowCurrentPanel = 1;
+// The other word of kWindowMessage, beside kShowCurrentPanel: sent once, when the window has opened.
+constexpr unsigned kFillEffectList = 0;
+static_assert(kWindowMessage == WM_USER + 200, "the dialogs' private messages begin at WM_USER");
 
 // Runs the window, modal to `parent`; the host's record must outlive it. plugin's module, folders and fonts
 // are set. 1 after Build, 0 after Cancel or when the window could not open.
