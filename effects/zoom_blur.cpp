@@ -31,7 +31,8 @@ struct Scale {
 
 void FillAxis(int32_t size, int32_t displacement, int32_t cycles, const Scale& scale, const Axis& axis) {
     const auto percent = static_cast<float>(displacement / 100.0);
-    const auto half = static_cast<float>(size / 2);
+    const int32_t middle = size / 2;
+    const auto half = static_cast<float>(middle);
     for (int32_t t = 0; t < size; ++t) {
         int32_t* places = axis.places + static_cast<ptrdiff_t>(t) * cycles;
         places[0] = scale.origin + t * scale.step;

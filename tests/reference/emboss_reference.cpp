@@ -32,7 +32,8 @@ ImageHandle ReferenceEmboss(ImageHandle source, const KernelInput& input) {
     const int32_t h = n / 2;
     if (width < n || height < n) return nullptr;
     const double sigma = radius / 10.0;
-    std::vector<double> matrix(static_cast<size_t>(n * n));
+    const auto side = static_cast<size_t>(n);
+    std::vector<double> matrix(side * side);
     size_t entry = 0;
     for (int32_t ky = -h; ky <= h; ++ky)
         for (int32_t kx = -h; kx <= h; ++kx, ++entry) {
@@ -54,7 +55,7 @@ ImageHandle ReferenceEmboss(ImageHandle source, const KernelInput& input) {
                 for (int32_t j = 0; j < n; ++j) {
                     const int32_t row = Wrap(r - h + i, height);
                     const uint32_t pixel = GetDibPixel(from.image, Wrap(x - h + j, width), height - 1 - row);
-                    const double weight = matrix[static_cast<size_t>(i * n + j)];
+                    const double weight = matrix[static_cast<size_t>(i) * side + static_cast<size_t>(j)];
                     red += weight * RedOf(pixel);
                     green += weight * GreenOf(pixel);
                     blue += weight * BlueOf(pixel);

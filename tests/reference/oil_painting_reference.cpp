@@ -14,9 +14,10 @@ int32_t SizeOf(int32_t radius) {
     if (x > 0) return static_cast<int32_t>(std::min(2 * std::ceil(x) + 1, 99.0));  // the product's limit
     int32_t n = 5;
     for (;; n += 2) {
+        const int32_t half = n / 2;
         double s = 0;
-        for (int32_t k = -n / 2; k <= n / 2; ++k) s += std::exp(-2.0 * k * k);
-        if (static_cast<int32_t>(std::exp(-2.0 * (n / 2) * (n / 2)) / s * 255) < 1) return n - 2;
+        for (int32_t k = -half; k <= half; ++k) s += std::exp(-2.0 * k * k);
+        if (static_cast<int32_t>(std::exp(-2.0 * half * half) / s * 255) < 1) return n - 2;
     }
 }
 
