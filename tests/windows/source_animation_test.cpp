@@ -113,6 +113,9 @@ TEST(SourceAnimation, a_cancelled_choice_changes_nothing_and_says_nothing) {
     EXPECT_THAT(session.Events(), Not(Contains("preview")));
     EXPECT_THAT(session.Messages(), IsEmpty());
     EXPECT_EQ(CountLedger().liveBlocks, 1u);
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("FileNamePath = \r\n"))
+        << "asking forgets the path first";
 }
 
 TEST(SourceAnimation, a_new_one_replaces_the_old_one) {
