@@ -65,7 +65,8 @@ ImageHandle ApplyRipple(ImageHandle source, const RippleSettings& ripple, Kernel
     const RadialAxis rows(height, centerY, 1);
     const Scratch<double> fieldRow(static_cast<size_t>(width));
     const Scratch<double> shifts(static_cast<size_t>(width));
-    if (!to.image || !columns.Ready() || !rows.Ready() || !fieldRow.address || !shifts.address) return nullptr;
+    if (!to.image || !columns.Ready() || !rows.Ready() || !fieldRow.address || !shifts.address)
+        return nullptr;
     RadialField field = {&columns, &rows, ComputeShifts, &wave, 1, nullptr, fieldRow.address};
     const struct {
         int32_t size[2];

@@ -56,8 +56,9 @@ KFX_AVX2 inline __m128i BlendPoint(const InnerPoints& points, int i, const uint8
     return _mm256_cvttpd_epi32(_mm256_add_pd(value, _mm256_set1_pd(0.5)));
 }
 
-// Whether the four points' neighbours all lie inside, side by side and with a column to spare for the 8-byte loads;
-// `points` is then filled. Adding 1 may round up to the pixel after next: such points are left to the plain path.
+// Whether the four points' neighbours all lie inside, side by side and with a column to spare for the 8-byte
+// loads; `points` is then filled. Adding 1 may round up to the pixel after next: such points are left to the
+// plain path.
 KFX_AVX2 inline bool FindInnerPoints(__m256d x, __m256d y, const WorkingImage* image, InnerPoints* points) {
     const __m256d one = _mm256_set1_pd(1);
     const __m256d zero = _mm256_setzero_pd();
