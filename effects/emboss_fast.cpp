@@ -166,57 +166,85 @@ KFX_AVX2 bool RoundRowAvx2(const Separation& plan, const RowSet& rows, size_t co
     return RoundRow(plan, rows, count, bytes, doubts);
 }
 
-void WidenRow(const uint8_t* row, int32_t width, int32_t reach, double* out) {
-    const size_t samples = 3 * static_cast<size_t>(width);
-    const size_t margin = 3 * static_cast<size_t>(reach);
-    for (size_t s = 0; s < margin; ++s) out[s] = row[samples - margin + s];
-    for (size_t s = 0; s < samples; ++s) out[margin + s] = row[s];
-    for (size_t s = 0; s < margin; ++s) out[margin + samples + s] = row[s];
+// `count` pixels of a row from column x on as doubles; columns outside are those of the other end.
+void WidenRow(const uint8_t* row, int32_t width, int32_t x, int32_t count, double* out) {
+    while (count > 0) {
+        const int32_t inside = WrapCoordinate(x, width);
+        const int32_t run = std::min(count, width - inside);
+        const uint8_t* samples = row + 3 * static_cast<size_t>(inside);
+        for (ptrdiff_t s = 0; s < 3 * static_cast<ptrdiff_t>(run); ++s) out[s] = samples[s];
+        out += 3 * static_cast<ptrdiff_t>(run);
+        x += run;
+        count -= run;
+    }
 }
 
-// False: memory ran out.
-bool EmbossRows(const WorkingImage* from, WorkingImage* to, const Separation& plan, int32_t n,
-                const double* matrix) {
-    constexpr size_t kLongestBlock = 32;
-    const int32_t width = from->width;
+constexpr int32_t kStripColumns = 256;  // a strip's rings stay in the cache, however wide the picture is
+constexpr size_t kLongestBlock = 32;
+
+struct Workspace {
+    double* ring;  // 2 * reach + 1 rows, each as samples and its three sums
+    size_t rowSize;
+    const double** pointers;
+    uint8_t* bytes;
+    uint8_t* doubts;
+};
+
+struct Matrix {
+    int32_t n;
+    const double* weights;
+    double divisor;
+};
+
+// The columns from `left` on.
+void EmbossStrip(const WorkingImage* from, WorkingImage* to, const Separation& plan, const Matrix& matrix,
+                 int32_t left, int32_t columns, const Workspace& space) {
+    const bool avx2 = UseAvx2();
     const int32_t height = from->height;
     const int32_t ringRows = 2 * plan.reach + 1;
-    const size_t samples = 3 * static_cast<size_t>(width);
-    const size_t rowSize = samples + 6 * static_cast<size_t>(plan.reach) + kLongestBlock;
-    const Scratch<double> ring(4 * rowSize * static_cast<size_t>(ringRows));
-    const Scratch<const double*> pointers(4 * static_cast<size_t>(ringRows));
-    const Scratch<uint8_t> bytes(2 * (samples + kLongestBlock));
-    if (!ring.address || !pointers.address || !bytes.address) return false;
-    uint8_t* doubts = bytes.address + samples + kLongestBlock;
-
-    const bool avx2 = UseAvx2();
-    const double divisor = MatrixDivisor(n, matrix);
+    const size_t samples = 3 * static_cast<size_t>(columns);
     const auto place = [&](int32_t row, int32_t which) {
-        return ring.address + static_cast<size_t>(4 * (row % ringRows) + which) * rowSize;
+        return space.ring + static_cast<size_t>(4 * (row % ringRows) + which) * space.rowSize;
     };
     int32_t ready = 0;  // rows from -reach on that are in the ring
     for (int32_t r = 0; r < height; ++r) {
         for (; ready < r + ringRows; ++ready) {
             const uint8_t* row = StoredRow(from, WrapCoordinate(ready - plan.reach, height));
-            WidenRow(row, width, plan.reach, place(ready, 0));
+            WidenRow(row, from->width, left - plan.reach, columns + 2 * plan.reach, place(ready, 0));
             (avx2 ? SumAlongRowAvx2 : SumAlongRowPlain)(plan, place(ready, 0), samples,
                                                         {place(ready, 1), place(ready, 2), place(ready, 3)});
         }
         for (int32_t k = 0; k < ringRows; ++k)
             for (int32_t which = 0; which < 4; ++which)
-                pointers.address[which * ringRows + k] = place(r + k, which);
-        const double* const* set = pointers.address;
+                space.pointers[which * ringRows + k] = place(r + k, which);
+        const double* const* set = space.pointers;
         const RowSet rows = {set + ringRows, set + 2 * ringRows, set + 3 * ringRows, set};
+        uint8_t* out = StoredRow(to, r) + 3 * static_cast<size_t>(left);
         const bool anyDoubt =
-            (avx2 ? RoundRowAvx2 : RoundRowPlain)(plan, rows, samples, bytes.address, doubts);
-        std::memcpy(StoredRow(to, r), bytes.address, samples);
+            (avx2 ? RoundRowAvx2 : RoundRowPlain)(plan, rows, samples, space.bytes, space.doubts);
+        std::memcpy(out, space.bytes, samples);
         if (!anyDoubt) continue;
-        for (int32_t x = 0; x < width; ++x) {
-            const uint8_t* doubt = doubts + 3 * static_cast<size_t>(x);
+        for (int32_t x = 0; x < columns; ++x, out += 3) {
+            const uint8_t* doubt = space.doubts + 3 * static_cast<size_t>(x);
             if (doubt[0] | doubt[1] | doubt[2])
-                ConvolvePixel(from, n, matrix, divisor, x, r, StoredRow(to, r) + 3 * static_cast<size_t>(x));
+                ConvolvePixel(from, matrix.n, matrix.weights, matrix.divisor, left + x, r, out);
         }
     }
+}
+
+// False: memory ran out.
+bool EmbossStrips(const WorkingImage* from, WorkingImage* to, const Separation& plan, const Matrix& matrix) {
+    const auto ringRows = 2 * static_cast<size_t>(plan.reach) + 1;
+    const size_t samples = 3 * static_cast<size_t>(std::min(kStripColumns, from->width));
+    const size_t rowSize = samples + 6 * static_cast<size_t>(plan.reach) + kLongestBlock;
+    const Scratch<double> ring(4 * rowSize * ringRows);
+    const Scratch<const double*> pointers(4 * ringRows);
+    const Scratch<uint8_t> bytes(2 * (samples + kLongestBlock));
+    if (!ring.address || !pointers.address || !bytes.address) return false;
+    const Workspace space = {ring.address, rowSize, pointers.address, bytes.address,
+                             bytes.address + samples + kLongestBlock};
+    for (int32_t left = 0; left < from->width; left += kStripColumns)
+        EmbossStrip(from, to, plan, matrix, left, std::min(kStripColumns, from->width - left), space);
     return true;
 }
 
@@ -231,7 +259,8 @@ ImageHandle EmbossWithinBound(ImageHandle source, int32_t n, const double* matri
     if (!bell.address || !PlanSeparation(n, matrix, sigma, bell.address, &plan)) return nullptr;
     MemoryOwner owner(CreateLike(from.image));
     const ImageLock to(owner.memory);
-    if (!to.image || !EmbossRows(from.image, to.image, plan, n, matrix)) return nullptr;
+    const Matrix whole = {n, matrix, MatrixDivisor(n, matrix)};
+    if (!to.image || !EmbossStrips(from.image, to.image, plan, whole)) return nullptr;
     return owner.Release();
 }
 

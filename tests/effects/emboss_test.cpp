@@ -30,6 +30,11 @@ TEST(Emboss, EqualsItsReferenceAtItsHeaviest) {
     EXPECT_TRUE(SameAsReference(kEmbossEffect, FlatPicture(60, 60, 0x808080).handle, {45, 50}));
 }
 
+TEST(Emboss, EqualsItsReferenceOnPicturesOfSeveralStrips) {
+    EXPECT_TRUE(SameAsReference(kEmbossEffect, RandomPicture(530, 19, 6).handle, {5, 15}));
+    EXPECT_TRUE(SameAsReference(kEmbossEffect, ShadedPicture(300, 27, 6).handle, {45, 26}));
+}
+
 TEST(Emboss, EqualsItsReferenceWhereValuesLieOnRoundingBoundaries) {
     // At radius 5 one level more at two columns and one row from a pixel moves it by a quarter; such a pair
     // by a half.
