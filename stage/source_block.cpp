@@ -79,7 +79,8 @@ void PutIndexRows(const Animation& animation, const Frame& frame, uint8_t* rows)
 }
 
 void PutColorRows(const Animation& animation, const Frame& frame, uint8_t* rows) {
-    const RgbColor behind = animation.hasBackground ? animation.background : RgbColor{255, 255, 255};
+    // Not the file's background colour: viewers ignore it, and in many files it is one of the picture's own.
+    constexpr uint8_t kBehind = 255;
     const auto width = static_cast<size_t>(animation.width);
     const auto height = static_cast<size_t>(animation.height);
     const size_t stride = RowBytes(animation, false);
@@ -89,9 +90,9 @@ void PutColorRows(const Animation& animation, const Frame& frame, uint8_t* rows)
         for (size_t x = 0; x < width; ++x, pixel += 4, out += 3) {
             // Half transparent pixels keep their own colour: their alpha comes back with the frame.
             const bool hidden = pixel[3] == 0;
-            out[0] = hidden ? behind.blue : pixel[2];
-            out[1] = hidden ? behind.green : pixel[1];
-            out[2] = hidden ? behind.red : pixel[0];
+            out[0] = hidden ? kBehind : pixel[2];
+            out[1] = hidden ? kBehind : pixel[1];
+            out[2] = hidden ? kBehind : pixel[0];
         }
     }
 }

@@ -12,6 +12,7 @@
 #include "stage/exit_codes.h"
 #include "stage/file_choice.h"
 #include "stage/result_files.h"
+#include "stage/stage_painting.h"
 #include "stage/stage_resources.h"
 #include "stage/stage_state.h"
 #include "stage/text_windows.h"
@@ -26,13 +27,10 @@ constexpr UINT kPlayMilliseconds = 15;
 
 // Device-independent pixels.
 constexpr int kStartWidth = 900, kStartHeight = 560;
-constexpr int kMargin = 16, kButtonHeight = 30, kButtonWidth = 150, kGap = 10, kBarHeight = 8;
 
 StageState* StateOf(HWND window) {
     return reinterpret_cast<StageState*>(GetWindowLongPtrW(window, GWLP_USERDATA));
 }
-
-int Scaled(const StageState& state, int value) { return MulDiv(value, state.dpi, 96); }
 
 // Windows before 10 have one resolution for all screens.
 int DpiOf(HWND window) {
@@ -46,56 +44,10 @@ int DpiOf(HWND window) {
     return dpi;
 }
 
-HFONT MakeFont(const StageState& state, int height, int weight) {
-    return CreateFontW(-Scaled(state, height), 0, 0, 0, weight, FALSE, FALSE, FALSE, DEFAULT_CHARSET, 0, 0,
-                       CLEARTYPE_QUALITY, 0, L"Segoe UI");
-}
-
-void MakeFonts(StageState* state) {
-    if (state->font) DeleteObject(state->font);
-    if (state->smallFont) DeleteObject(state->smallFont);
-    state->font = MakeFont(*state, 15, FW_SEMIBOLD);
-    state->smallFont = MakeFont(*state, 13, FW_NORMAL);
-    for (const HWND button : {state->openButton, state->effectsButton, state->saveButton}) {
-        SendMessageW(button, WM_SETFONT, reinterpret_cast<WPARAM>(state->smallFont), TRUE);
-    }
-}
-
 HWND MakeButton(HWND window, const wchar_t* text, int id) {
     return CreateWindowExW(0, L"BUTTON", text, WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0, window,
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr),
                            nullptr);
-}
-
-RECT CardArea(const StageState& state, int side) {
-    RECT client;
-    GetClientRect(state.window, &client);
-    const int margin = Scaled(state, kMargin);
-    const int bottom = client.bottom - 2 * margin - Scaled(state, kButtonHeight);
-    const int width = (client.right - 3 * margin) / 2;
-    const int left = margin + side * (width + margin);
-    return {left, margin, left + width, bottom};
-}
-
-RECT StatusArea(const StageState& state) {
-    RECT client;
-    GetClientRect(state.window, &client);
-    const int margin = Scaled(state, kMargin);
-    const int buttons = 3 * (Scaled(state, kButtonWidth) + Scaled(state, kGap));
-    return {margin + buttons + margin, client.bottom - margin - Scaled(state, kButtonHeight),
-            client.right - margin, client.bottom - margin};
-}
-
-void PlaceButtons(const StageState& state) {
-    RECT client;
-    GetClientRect(state.window, &client);
-    int left = Scaled(state, kMargin);
-    const int height = Scaled(state, kButtonHeight), width = Scaled(state, kButtonWidth);
-    const int top = client.bottom - Scaled(state, kMargin) - height;
-    for (const HWND button : {state.openButton, state.effectsButton, state.saveButton}) {
-        MoveWindow(button, left, top, width, height, TRUE);
-        left += width + Scaled(state, kGap);
-    }
 }
 
 void UpdateCommands(const StageState& state) {
@@ -107,74 +59,6 @@ void UpdateCommands(const StageState& state) {
     SetWindowTextW(state.window, name.empty() ? kTitle : (name + L" - " + kTitle).c_str());
 }
 
-void DrawStatus(const StageState& state, HDC target) {
-    RECT area = StatusArea(state);
-    SetDCBrushColor(target, StageBackground());
-    FillRect(target, &area, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-    std::string text = state.status;
-    if (state.progressTotal > 0) {
-        const int total = state.progressTotal, item = std::clamp(state.progressCurrent + 1, 0, total);
-        RECT bar = area;
-        bar.left = area.right - (area.right - area.left) / 2;
-        bar.top = (area.top + area.bottom - Scaled(state, kBarHeight)) / 2;
-        bar.bottom = bar.top + Scaled(state, kBarHeight);
-        SetDCBrushColor(target, RGB(216, 219, 226));
-        FillRect(target, &bar, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-        bar.right = bar.left + MulDiv(bar.right - bar.left, item, total);
-        SetDCBrushColor(target, RGB(35, 57, 93));
-        FillRect(target, &bar, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-        area.right = area.right - (area.right - area.left) / 2 - Scaled(state, kGap);
-        text += "  " + std::to_string(item) + " of " + std::to_string(total);
-    }
-    SetBkMode(target, TRANSPARENT);
-    SetTextColor(target, RGB(90, 98, 114));
-    const HGDIOBJ before = SelectObject(target, state.smallFont);
-    const std::wstring wide = Widen(text);
-    DrawTextW(target, wide.c_str(), -1, &area,
-              DT_SINGLELINE | DT_VCENTER | DT_RIGHT | DT_NOPREFIX | DT_END_ELLIPSIS);
-    SelectObject(target, before);
-}
-
-void DrawCard(const StageState& state, HDC target, int side, const RECT& dirty) {
-    const ViewStyle style = {state.font, state.smallFont, state.dpi};
-    const RECT card = CardArea(state, side);
-    RECT drawn;
-    if (!IntersectRect(&drawn, &card, &dirty)) return;
-    if (side == 0) {
-        const std::string name = FileNameOf(state.sourcePath);
-        DrawAnimationCard(target, card, name.empty() ? "Source" : "Source: " + name,
-                          "Open an animation,\nor drop one here.", state.source, state.sourceFrame, style);
-    } else {
-        DrawAnimationCard(target, card, state.resultSaved ? "Result" : "Result (not saved yet)",
-                          "Run the effects plug-in\nto make a result.", state.result, state.resultFrame,
-                          style);
-    }
-}
-
-// Everything is drawn off screen first: animations must not flicker.
-void Paint(const StageState& state) {
-    PAINTSTRUCT paint;
-    const HDC screen = BeginPaint(state.window, &paint);
-    RECT client;
-    GetClientRect(state.window, &client);
-    const HDC target = CreateCompatibleDC(screen);
-    const HBITMAP bitmap =
-        CreateCompatibleBitmap(screen, std::max<LONG>(client.right, 1), std::max<LONG>(client.bottom, 1));
-    const HGDIOBJ before = SelectObject(target, bitmap);
-    SetDCBrushColor(target, StageBackground());
-    FillRect(target, &client, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
-    const RECT dirty = paint.rcPaint;
-    DrawCard(state, target, 0, dirty);
-    DrawCard(state, target, 1, dirty);
-    DrawStatus(state, target);
-    BitBlt(screen, dirty.left, dirty.top, dirty.right - dirty.left, dirty.bottom - dirty.top, target,
-           dirty.left, dirty.top, SRCCOPY);
-    SelectObject(target, before);
-    DeleteObject(bitmap);
-    DeleteDC(target);
-    EndPaint(state.window, &paint);
-}
-
 void Tick(StageState* state) {
     const uint64_t now = GetTickCount64();
     const uint64_t passed = now - std::exchange(state->lastTick, now);
@@ -182,7 +66,7 @@ void Tick(StageState* state) {
     state->shownTime += passed;
     const size_t sourceFrame = FrameAt(state->source, state->shownTime);
     const size_t resultFrame = FrameAt(state->result, state->shownTime);
-    const RECT cards[2] = {CardArea(*state, 0), CardArea(*state, 1)};
+    const RECT cards[2] = {CardArea(*state, kSourceCard), CardArea(*state, kResultCard)};
     if (std::exchange(state->sourceFrame, sourceFrame) != sourceFrame)
         InvalidateRect(state->window, &cards[0], FALSE);
     if (std::exchange(state->resultFrame, resultFrame) != resultFrame)
@@ -312,7 +196,7 @@ LRESULT CALLBACK StageProcedure(HWND window, UINT message, WPARAM word, LPARAM p
         case WM_ERASEBKGND:
             return 1;
         case WM_PAINT:
-            Paint(*state);
+            PaintStage(*state);
             return 0;
         case WM_TIMER:
             Tick(state);

@@ -91,7 +91,7 @@ TEST(SourceBlock, OneFrameOffThePaletteMakesAllTrueColourAndKeepsThePalette) {
     EXPECT_EQ(top[2], 99);
 }
 
-TEST(SourceBlock, BehindTransparentPixelsLiesTheBackgroundOrWhite) {
+TEST(SourceBlock, TransparentPixelsAreWhiteAndTheBackgroundStandsInTheHeader) {
     Animation animation = IndexedAnimation();
     animation.frames[0].transparent = true;
     animation.frames[0].pixels[3] = 0;
@@ -103,7 +103,7 @@ TEST(SourceBlock, BehindTransparentPixelsLiesTheBackgroundOrWhite) {
     animation.hasBackground = true;
     animation.background = {1, 2, 3};
     block = BlockOf(animation);
-    EXPECT_EQ(FramesOf(block, &header)[0].rows[12], 3);
+    EXPECT_EQ(FramesOf(block, &header)[0].rows[12], 255);
     EXPECT_EQ(header.background, 0x030201u);
 }
 
