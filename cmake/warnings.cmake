@@ -20,9 +20,14 @@ if(MINGW)
     # The Windows stack is aligned to 16 bytes only, and this compiler does not realign it for 32-byte spills:
     # let the assembler write unaligned moves, which cost the same on aligned addresses.
     target_compile_options(kfx_flags INTERFACE $<$<COMPILE_LANGUAGE:C,CXX>:-Wa,-muse-unaligned-vector-move>)
-    # This compiler notes which registers an inline or template function leaves alone, and relies on it although the
-    # linker may keep another file's copy of that function, compiled at another level. Everything linked must agree.
-    add_compile_options(-fno-ipa-ra)
+endif()
+
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # This compiler notes which registers a function leaves alone and relies on it in its callers. For inline functions
+    # that is wrong where the linker keeps another file's copy, compiled at another level (only seen with MinGW). And
+    # a wide-vector function that calls a plain one so returns with the registers' upper halves still in use, after
+    # which everything up to the next wide vector runs several times slower.
+    add_compile_options($<$<NOT:$<CONFIG:Debug>>:-fno-ipa-ra>)
 endif()
 
 set(KFX_SANITIZE "" CACHE STRING "Sanitizers for every target, as in -fsanitize=")

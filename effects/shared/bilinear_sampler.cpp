@@ -129,10 +129,16 @@ uint32_t SampleBilinear(const WorkingImage* image, double x, double y, uint32_t 
     const bool hasTop = top >= 0;
     const bool hasRight = left + 1 < image->width;
     const bool hasBottom = top + 1 < image->height;
-    const uint32_t p00 = hasLeft && hasTop ? GetDibPixel(image, x0, y0) : fallback;
-    const uint32_t p10 = hasRight && hasTop ? GetDibPixel(image, x1, y0) : fallback;
-    const uint32_t p01 = hasLeft && hasBottom ? GetDibPixel(image, x0, y1) : fallback;
-    const uint32_t p11 = hasRight && hasBottom ? GetDibPixel(image, x1, y1) : fallback;
+    const uint8_t* origin = PictureRow(image, 0);
+    const size_t stride = StrideOf(image);
+    const auto pixel = [origin, stride](int32_t column, int32_t row) {
+        const uint8_t* bytes = origin + 3 * static_cast<size_t>(column) - static_cast<size_t>(row) * stride;
+        return Rgb(bytes[2], bytes[1], bytes[0]);
+    };
+    const uint32_t p00 = hasLeft && hasTop ? pixel(x0, y0) : fallback;
+    const uint32_t p10 = hasRight && hasTop ? pixel(x1, y0) : fallback;
+    const uint32_t p01 = hasLeft && hasBottom ? pixel(x0, y1) : fallback;
+    const uint32_t p11 = hasRight && hasBottom ? pixel(x1, y1) : fallback;
     const double fx = left - std::floor(left);
     const double fy = top - std::floor(top);
     return Rgb(Blend(RedOf(p00), RedOf(p10), RedOf(p01), RedOf(p11), fx, fy),
