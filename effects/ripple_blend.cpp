@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "effects/ripple_blend.h"
 
+#include <algorithm>
+
 #include "framework/cpu.h"
 #if KFX_HAS_AVX2
 #include <immintrin.h>
@@ -38,8 +40,33 @@ uint32_t BlendPixel(const WorkingImage* image, double x, double y) {
     return pixel;
 }
 
+// Pixels of a 24-bit row, of a picture of at least two columns and rows. A place in the last column is taken
+// for the one before it with a fraction of 1, which gives the same bytes: the neighbour's weight is 0 either
+// way. Rows alike. So every place has its four pixels.
+void BlendRun24(const WorkingImage* from, int32_t first, int32_t end, int32_t y, const double* shifts,
+                uint8_t* out) {
+    const uint8_t* origin = PictureRow(from, 0);
+    const size_t stride = StrideOf(from);
+    for (int32_t x = first; x < end; ++x, out += 3) {
+        const double insideX = Clamp(x + shifts[x], from->width - 1);
+        const double insideY = Clamp(y + shifts[x], from->height - 1);
+        const int32_t left = std::min(static_cast<int32_t>(insideX), from->width - 2);
+        const int32_t top = std::min(static_cast<int32_t>(insideY), from->height - 2);
+        const auto fx = static_cast<float>(insideX - left);
+        const auto fy = static_cast<float>(insideY - top);
+        const uint8_t* above = origin + 3 * static_cast<size_t>(left) - static_cast<size_t>(top) * stride;
+        const uint8_t* below = above - stride;
+        for (int i = 0; i < 3; ++i)
+            out[i] = static_cast<uint8_t>(BlendByte(above[i], above[i + 3], below[i], below[i + 3], fx, fy));
+    }
+}
+
 void BlendRun(const WorkingImage* from, int32_t first, int32_t end, int32_t y, const double* shifts,
               WorkingImage* to) {
+    if (from->bitCount == 24 && from->width > 1 && from->height > 1) {
+        BlendRun24(from, first, end, y, shifts, PictureRow(to, y) + 3 * static_cast<size_t>(first));
+        return;
+    }
     for (int32_t x = first; x < end; ++x)
         SetDibPixel(to, x, y, BlendPixel(from, x + shifts[x], y + shifts[x]));
 }
@@ -77,9 +104,7 @@ KFX_AVX2 inline __m128i BlendPlace(const InnerPlaces& places, int i, const uint8
 }
 
 // Whether all four places can be blended with loads of 8 bytes, which in the picture's top row, the last one
-// in memory, must not reach beyond it; `places` is then filled. A place in the last column is taken for the
-// one before it with a fraction of 1, which gives the same bytes: the neighbour's weight is 0 either way.
-// Rows alike.
+// in memory, must not reach beyond it; `places` is then filled, with the last column and row as above.
 KFX_AVX2 inline bool FindInnerPlaces(__m256d x, __m256d y, const WorkingImage* image, InnerPlaces* places) {
     const __m256d zero = _mm256_setzero_pd();
     const __m256d beforeLastColumn = _mm256_set1_pd(image->width - 2);
