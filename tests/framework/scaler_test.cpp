@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "framework/resampling_filters.h"
-#include "tests/reference/reference_scaler.h"
+#include "tests/reference/scaler_reference.h"
 #include "tests/support/pictures.h"
 
 namespace kfx::test {

@@ -48,11 +48,11 @@ TEST(Binding, the_update_timer_repaints_once_and_ends) {
     SessionOptions options;
     options.configuration = "MainEffect = 10\nUpdateDelay = 200\n";
     PluginSession session(host, options);
-    session.Click(IDC_NORMALIZE_DISTRIBUTED);
     session.ClearEvents();
-    Sleep(700);
-    session.Settle();
-    EXPECT_THAT(session.Events(), ElementsAre("kill 15", "preview"));
+    session.Click(IDC_NORMALIZE_DISTRIBUTED);
+    for (int i = 0; i < 100 && session.Events().size() < 4; ++i) Sleep(100);
+    Sleep(500);
+    EXPECT_THAT(session.Events(), ElementsAre("kill 15", "set 15 200", "kill 15", "preview"));
 }
 
 TEST(Binding, other_timers_are_ignored) {

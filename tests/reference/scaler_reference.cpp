@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/reference/reference_scaler.h"
+#include "tests/reference/scaler_reference.h"
 
 #include <algorithm>
 #include <cmath>
