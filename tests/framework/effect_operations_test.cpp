@@ -54,9 +54,8 @@ protected:
         sourceAnimation = nullptr;
     }
 
-    void HoldSource(int frameCount) {
-        std::vector<BlockFrame> made;
-        for (int i = 0; i < frameCount; ++i) made.push_back({BytesOf(picture.handle), {}});
+    void HoldSource(size_t frameCount) {
+        const std::vector<BlockFrame> made(frameCount, BlockFrame{BytesOf(picture.handle), {}});
         sourceAnimation = MakeMemory(MakeAnimationBlock(made));
     }
 

@@ -86,6 +86,7 @@ ImageHandle Pass(ImageHandle source, bool across, int32_t side, double scale, bo
             const std::vector<Weight> weights = across ? Gather(x, from.image->width, scale, growing, blur)
                                                        : Gather(r, from.image->height, scale, growing, blur);
             std::vector<uint32_t> colors;
+            colors.reserve(weights.size());
             for (const Weight& weight : weights)
                 colors.push_back(across ? StoredPixel(from.image, weight.position, r)
                                         : StoredPixel(from.image, x, weight.position));
