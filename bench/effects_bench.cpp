@@ -100,10 +100,18 @@ void CountPixels(benchmark::State& state, const Load& load) {
         benchmark::Counter(load.width * load.height * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// The picture of a load, made once: benchmarks run several times before they count.
+ImageHandle PictureOf(const Load& load) {
+    static std::map<std::string, ImageHandle> pictures;
+    ImageHandle& picture = pictures[load.name];
+    if (!picture) picture = MakeBenchPicture(load.width, load.height);
+    return picture;
+}
+
 // Runs a kernel over and over. With `keepCache` it finds the tables of an earlier frame.
 void RunKernel(benchmark::State& state, EffectKernel kernel, KernelInput input, const Load& load,
                bool keepCache) {
-    const ImageHandle picture = MakeBenchPicture(load.width, load.height);
+    const ImageHandle picture = PictureOf(load);
     KernelCache kept;
     input.cache = &kept;
     if (keepCache) FreeMemory(kernel(picture, input));
@@ -114,7 +122,6 @@ void RunKernel(benchmark::State& state, EffectKernel kernel, KernelInput input, 
         if (!result) state.SkipWithError("the kernel gave no picture");
         FreeMemory(result);
     }
-    FreeMemory(picture);
     CountPixels(state, load);
 }
 
