@@ -39,7 +39,8 @@ void ComputeShifts(const void* settings, const double* columnSquares, int32_t co
 }
 
 double Center(int32_t size, int32_t percent) {
-    return static_cast<double>(size * (int64_t{percent} - 100) / 100) + size * 0.5;
+    const int64_t offset = size * (int64_t{percent} - 100) / 100;
+    return static_cast<double>(offset) + size * 0.5;
 }
 
 }  // namespace
