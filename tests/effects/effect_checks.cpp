@@ -77,6 +77,25 @@ void ExpectReferenceOnTrickyPictures(const EffectRecord& effect, const Values& v
     }
 }
 
+void ExpectOneCacheServesAllFrames(const EffectRecord& effect, const Values& values, const Values& others) {
+    struct Frame {
+        Size size;
+        const Values* values;
+    };
+    // Also sides exchanged: tables of as many bytes with another meaning.
+    const Frame frames[] = {{{30, 20}, &values}, {{20, 30}, &values}, {{30, 20}, &values},
+                            {{30, 21}, &values}, {{31, 21}, &values}, {{31, 21}, &others},
+                            {{31, 21}, &values}, {{1, 1}, &values}};
+    KernelCache cache;
+    uint32_t seed = 1;
+    for (const Frame& frame : frames) {
+        const Picture source = RandomPicture(frame.size.width, frame.size.height, seed++);
+        const Picture actual(effect.kernel(source.handle, MakeInput(*frame.values, kTestBackground, &cache)));
+        EXPECT_TRUE(SamePicture(Apply(effect, source.handle, *frame.values).handle, actual.handle))
+            << Describe(effect, source.handle, *frame.values);
+    }
+}
+
 #ifdef _WIN32
 void ExpectRefusedMemoryIsSurvived(const EffectRecord&, ImageHandle, const Values&, ImageHandle) {}
 #else

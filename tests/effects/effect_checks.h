@@ -31,6 +31,10 @@ Picture Apply(const EffectRecord& effect, ImageHandle source, const Values& valu
 // The same on random and shaded pictures of all tricky sizes.
 void ExpectReferenceOnTrickyPictures(const EffectRecord& effect, const Values& values);
 
+// One animation's frames may differ in size, and one cache serves them all: each picture comes out as it does
+// with a cache of its own, also when its size comes back. The same for other settings on pictures of one size.
+void ExpectOneCacheServesAllFrames(const EffectRecord& effect, const Values& values, const Values& others);
+
 // Refuses each allocation of the kernel in turn: it gives its picture, or `fallback` where the effect has
 // one, or none, and leaves nothing allocated or locked. Does nothing where memory is the system's.
 void ExpectRefusedMemoryIsSurvived(const EffectRecord& effect, ImageHandle source, const Values& values,

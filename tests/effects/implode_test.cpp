@@ -90,6 +90,13 @@ TEST(Implode, PointsSampledOutsideTakeTheBackground) {
     EXPECT_EQ(PixelOf(result.handle, 50, 0), 0x123456u);
 }
 
+TEST(Implode, OneCacheServesFramesOfAllSizes) {
+    for (const Values& others : {Values{51, 40, 60}, Values{50, 41, 60}, Values{50, 40, 61}}) {
+        ExpectOneCacheServesAllFrames(kImplodeEffect, {50, 40, 60}, others);
+        ExpectOneCacheServesAllFrames(kExplodeEffect, {50, 40, 60}, others);
+    }
+}
+
 TEST(Implode, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kImplodeEffect, {50, 50, 50}); }
 
 TEST(Implode, RefusedMemoryIsSurvived) {

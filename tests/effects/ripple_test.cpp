@@ -112,6 +112,14 @@ TEST(Ripple, WavesWithoutALengthLeaveThePictureAsItIs) {
               nullptr);
 }
 
+TEST(Ripple, OneCacheServesFramesOfAllSizes) {
+    for (size_t i = 0; i < kBuiltIn.size(); ++i) {
+        Values others = kBuiltIn;
+        others[i] = others[i] ? others[i] - 1 : 1;
+        ExpectOneCacheServesAllFrames(kRippleEffect, kBuiltIn, others);
+    }
+}
+
 TEST(Ripple, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kRippleEffect, kBuiltIn); }
 
 TEST(Ripple, RefusedMemoryIsSurvived) {

@@ -85,6 +85,8 @@ TEST(Swirl, APositionOutsideTheSliderTurnsFartherAndWrapsIn32Bits) {
         EXPECT_TRUE(SameAsReference(kSwirlEffect, ShadedPicture(31, 20, 9).handle, {position}));
 }
 
+TEST(Swirl, OneCacheServesFramesOfAllSizes) { ExpectOneCacheServesAllFrames(kSwirlEffect, {1485}, {1500}); }
+
 TEST(Swirl, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kSwirlEffect, {1485}); }
 
 TEST(Swirl, RefusedMemoryIsSurvived) {

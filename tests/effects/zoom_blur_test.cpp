@@ -55,6 +55,11 @@ TEST(ZoomBlur, NoSampleIsLostBeforeTheScaleTurnsNegative) {
             EXPECT_GE(RedOf(PixelOf(result.handle, x, y)), 255u / 11) << x << "," << y;
 }
 
+TEST(ZoomBlur, OneCacheServesFramesOfAllSizes) {
+    ExpectOneCacheServesAllFrames(kZoomBlurEffect, {240, 8}, {250, 8});
+    ExpectOneCacheServesAllFrames(kZoomBlurEffect, {240, 8}, {240, 9});
+}
+
 TEST(ZoomBlur, AnySettingAndRefusedMemoryAreSurvived) {
     ExpectAnyValueIsSurvived(kZoomBlurEffect, {240, 8});
     ExpectRefusedMemoryIsSurvived(kZoomBlurEffect, RandomPicture(50, 50, 1).handle, {240, 8});
