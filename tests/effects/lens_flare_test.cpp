@@ -166,6 +166,23 @@ TEST(LensFlare, FastStrengthsEqualThoseOfTheLibrarysDistances) {
     }
 }
 
+TEST(LensFlare, FastStrengthsEqualThoseOfTheLibraryRightBesideARim) {
+    // Where a strength is next to nothing it has so many places that the distance's last one tells.
+    std::mt19937 random(4);
+    for (int32_t i = 0; i < 200000; ++i) {
+        const auto dx = static_cast<int32_t>(random() % 4000);
+        const auto dy = static_cast<int32_t>(1 + random() % 4000);
+        const auto kind = static_cast<FlareKind>(1 + i % 7);
+        // As elements hold it: the next radius in single precision that reaches the pixel.
+        const auto distance = static_cast<float>(std::hypot(dx, dy));
+        const FlareRun run = {kind, double{std::nextafterf(distance, 1e9f)}, dx, dy, 1};
+        float exact, fast;
+        FillStrengths(run, &exact);
+        FillStrengthsFast(run, &fast);
+        ASSERT_EQ(std::max(exact, 0.0f), fast) << (1 + i % 7) << ": " << dx << ", " << dy;
+    }
+}
+
 TEST(LensFlare, AFlareSmallerThanAPixelPaintsNothing) {
     const Picture source = RandomPicture(1, 1, 6);
     EXPECT_TRUE(SamePicture(source.handle, Apply(kLensFlareEffect, source.handle, {50, 50, 50}).handle));
