@@ -32,7 +32,7 @@ constexpr size_t kChunk = 96 * 16;
 
 // The luminance of the pixel that starts at each byte, as if one started everywhere: every third of the
 // results means something, and all are computed in lanes. `shares` are each channel's weight, repeated.
-// Dividing by 255 is exact as (n + 1 + n / 256) / 256 for every n below 65536.
+// Dividing by 255 is exact as (n + 1 + n / 256) / 256 for every product n of two bytes.
 KFX_INLINE void FindLevels(const uint8_t* from, size_t count, const uint8_t shares[96],
                            uint8_t* __restrict levels) {
     uint8_t parts[kChunk + 2];
