@@ -27,46 +27,40 @@ constexpr uint8_t kInPlace[3] = {0, 1, 2};
 
 // Inverts all channels by `inversion` 255, none by 0, and puts each pixel's channels where the pattern wants
 // them.
-void ArrangePixels(uint8_t* row, size_t count, uint8_t inversion, const uint8_t pattern[3]) {
-    for (size_t x = 0; x < count; ++x, row += 3) {
-        const uint8_t pixel[3] = {row[0], row[1], row[2]};
-        for (int i = 0; i < 3; ++i) row[i] = static_cast<uint8_t>(pixel[pattern[i]] ^ inversion);
-    }
+void ArrangePixels(const uint8_t* from, size_t count, uint8_t inversion, const uint8_t pattern[3],
+                   uint8_t* to) {
+    for (size_t x = 0; x < count; ++x, from += 3, to += 3)
+        for (int i = 0; i < 3; ++i) to[i] = static_cast<uint8_t>(from[pattern[i]] ^ inversion);
 }
 
 #if KFX_HAS_AVX2
 
 // The same by five pixels, for as many as can be loaded so without reading beyond the row; how many. The
-// sixteenth byte of each load goes back as it came.
-KFX_AVX2 size_t ArrangePixelsAvx2(uint8_t* row, size_t count, uint8_t inversion, const uint8_t pattern[3]) {
-    alignas(16) uint8_t picks[16];
-    alignas(16) uint8_t flips[16];
-    for (uint8_t i = 0; i < 15; ++i) {
-        picks[i] = static_cast<uint8_t>(i - i % 3 + pattern[i % 3]);
-        flips[i] = inversion;
-    }
-    picks[15] = 15;
-    flips[15] = 0;
+// sixteenth byte of each store is overwritten by the next one.
+KFX_AVX2 size_t ArrangePixelsAvx2(const uint8_t* from, size_t count, uint8_t inversion,
+                                  const uint8_t pattern[3], uint8_t* to) {
+    alignas(16) uint8_t picks[16] = {};
+    for (uint8_t i = 0; i < 15; ++i) picks[i] = static_cast<uint8_t>(i - i % 3 + pattern[i % 3]);
     const __m128i pick = _mm_load_si128(reinterpret_cast<const __m128i*>(picks));
-    const __m128i flip = _mm_load_si128(reinterpret_cast<const __m128i*>(flips));
+    const __m128i flip = _mm_set1_epi8(static_cast<char>(inversion));
     size_t x = 0;
-    for (; x + 6 <= count; x += 5, row += 15) {
-        auto* pixels = reinterpret_cast<__m128i*>(row);
-        _mm_storeu_si128(pixels, _mm_xor_si128(_mm_shuffle_epi8(_mm_loadu_si128(pixels), pick), flip));
+    for (; x + 6 <= count; x += 5, from += 15, to += 15) {
+        const __m128i pixels = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_xor_si128(_mm_shuffle_epi8(pixels, pick), flip));
     }
     return x;
 }
 
 #endif
 
-void ArrangeRow(uint8_t* row, int32_t width, bool invert, const uint8_t pattern[3]) {
+void ArrangeRow(const uint8_t* from, int32_t width, bool invert, const uint8_t pattern[3], uint8_t* to) {
     const auto count = static_cast<size_t>(width);
     const uint8_t inversion = invert ? 255 : 0;
     size_t done = 0;
 #if KFX_HAS_AVX2
-    if (UseAvx2()) done = ArrangePixelsAvx2(row, count, inversion, pattern);
+    if (UseAvx2()) done = ArrangePixelsAvx2(from, count, inversion, pattern, to);
 #endif
-    ArrangePixels(row + 3 * done, count - done, inversion, pattern);
+    ArrangePixels(from + 3 * done, count - done, inversion, pattern, to + 3 * done);
 }
 
 }  // namespace
@@ -86,9 +80,12 @@ ImageHandle AdjustColors(ImageHandle source, const ColorAdjustment& adjustment) 
                                               adjustment.brightness != 100);
     const HsbShift shift = MakeHsbShift(adjustment.hue, adjustment.saturation, adjustment.brightness);
     for (int32_t r = 0; r < from.image->height; ++r) {
+        const uint8_t* in = StoredRow(from.image, r);
         uint8_t* row = StoredRow(to.image, r);
-        std::memcpy(row, StoredRow(from.image, r), 3 * static_cast<size_t>(width));
-        if (adjustment.invert || adjustment.rearrange) ArrangeRow(row, width, adjustment.invert, pattern);
+        if (adjustment.invert || adjustment.rearrange)
+            ArrangeRow(in, width, adjustment.invert, pattern, row);
+        else
+            std::memcpy(row, in, 3 * static_cast<size_t>(width));
         if (shifted) ShiftHsbRow(row, width, shift);
     }
     return owner.Release();
