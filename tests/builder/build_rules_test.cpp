@@ -271,6 +271,28 @@ TEST(Build, up_to_253_colours_gain_an_entry_and_more_give_up_the_one_nearest_to_
     }
 }
 
+TEST(Build, the_reserved_entry_counts_among_the_bits) {
+    for (const uint32_t colors : {1u, 2u, 3u, 6u, 7u, 14u, 15u, 16u, 127u, 253u, 255u}) {
+        std::vector<Picture> pictures;
+        pictures.push_back(PictureOfColors(colors));
+        pictures.push_back(PictureOfColors(colors));
+        BuildOptions options = BuiltInOptions();
+        options.customPalette = true;
+        for (const bool supercompress : {false, true}) {
+            options.supercompress = supercompress;
+            RecordingHost host;
+            EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options), 1);
+            // White is one more colour, or takes another one's entry.
+            const auto used = static_cast<int32_t>(colors < 254 ? colors + 1 : colors);
+            EXPECT_EQ(host.task.bitsPerPixel, static_cast<uint32_t>(BitsForColors(used + supercompress)));
+            EXPECT_EQ(host.frames[1].record.transparentIndex, supercompress ? used : -1) << colors;
+            if (supercompress) {
+                EXPECT_EQ(PixelOf(ImageOf(host.frames[1]).handle, 5, 5), static_cast<uint32_t>(used));
+            }
+        }
+    }
+}
+
 TEST(Build, match_original_takes_the_source_palette_and_its_bits) {
     for (const size_t colors : {1u, 2u, 3u, 16u, 17u, 200u, 256u}) {
         BlockOptions block;

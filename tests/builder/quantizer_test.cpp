@@ -164,6 +164,68 @@ TEST(Quantizer, many_merging_passes_give_the_reference) {
     EXPECT_GT(passes, 1000u) << "the pictures are too easy";
 }
 
+// Two levels of the tree: cells of 128 and, within them, of 64 levels a channel.
+constexpr uint32_t kLimitOfTwoLevels = 8;
+
+// A colour of each of the first `count` deepest cells of bright reds, `pixels` times and once more in each
+// further cell; either amid its cell (a small error) or in its outermost corner (a large one).
+std::vector<uint32_t> BrightReds(uint32_t count, uint32_t pixels, bool amid) {
+    std::vector<uint32_t> colors;
+    for (uint32_t cell = 0; cell < count; ++cell) {
+        const auto level = [cell, amid](uint32_t bit, uint32_t base) {
+            return base + (cell & bit ? (amid ? 95 : 127) : (amid ? 31 : 0));
+        };
+        colors.insert(colors.end(), pixels + cell, Rgb(level(4, 128), level(2, 0), level(1, 0)));
+    }
+    return colors;
+}
+
+// The eight dark colours around a midpoint: a small error for the cell of 128, large ones for its eight cells
+// of 64, so that the parent is merged first and takes its children along.
+std::vector<uint32_t> ColorsAroundMidpoint() {
+    std::vector<uint32_t> colors;
+    for (uint32_t corner = 0; corner < 8; ++corner)
+        colors.push_back(Rgb(63 + (corner >> 2 & 1), 63 + (corner >> 1 & 1), 63 + (corner & 1)));
+    return colors;
+}
+
+Found ExpectReferenceOf(uint32_t limit, std::vector<uint32_t> colors, const std::vector<uint32_t>& more,
+                        const std::string& name) {
+    colors.insert(colors.end(), more.begin(), more.end());
+    Frames frames;
+    frames.Add(PictureOf(colors, static_cast<int32_t>(colors.size()), 1));
+    ExpectReference(limit, frames, name);
+    return RunQuantize(limit, frames.list);
+}
+
+bool Holds(const Found& found, uint32_t color) {
+    for (size_t i = 0; i < found.colors; ++i)
+        if (Rgb(found.bytes[3 * i], found.bytes[3 * i + 1], found.bytes[3 * i + 2]) == color) return true;
+    return false;
+}
+
+TEST(Quantizer, cells_that_a_merged_parent_takes_along_count_once_more_and_propose_their_errors) {
+    // Merging the parent would leave 6 colours; counted with its children, there are 14, and a next pass
+    // comes. It merges the bright red of least error, or, where all of theirs are larger than those of the
+    // children that are gone, nothing.
+    const Found small = ExpectReferenceOf(kLimitOfTwoLevels, ColorsAroundMidpoint(), BrightReds(5, 20, true),
+                                          "errors below the children's");
+    EXPECT_EQ(small.colors, 6u);
+    const Found large = ExpectReferenceOf(kLimitOfTwoLevels, ColorsAroundMidpoint(), BrightReds(5, 2, false),
+                                          "errors above the children's");
+    EXPECT_EQ(large.colors, 6u);
+    for (const uint32_t color : BrightReds(5, 1, false)) EXPECT_TRUE(Holds(large, color));
+    EXPECT_TRUE(Holds(large, Rgb(64, 64, 64)));
+}
+
+TEST(Quantizer, a_cell_whose_error_equals_its_parent_s_is_merged_before_it_counts) {
+    // Two such pairs, merged in one pass, leave the root and five bright reds.
+    const std::vector<uint32_t> pairs = {0xCFCFCF, 0xD0D0D0, 0x2F2F2F, 0x303030};
+    const Found found = ExpectReferenceOf(6, pairs, BrightReds(5, 2, false), "pairs of equal errors");
+    EXPECT_EQ(found.colors, 6u);
+    for (const uint32_t color : BrightReds(5, 1, false)) EXPECT_TRUE(Holds(found, color));
+}
+
 TEST(Quantizer, a_limit_of_255_makes_the_tree_one_level_shallower) {
     EXPECT_EQ(CubeDepthFor(256), 5u);
     EXPECT_EQ(CubeDepthFor(255), 4u);
