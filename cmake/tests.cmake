@@ -37,6 +37,7 @@ function(kfx_set_test_properties name timeout window)
     set(environment
         "GTEST_OUTPUT=xml:${reports}/${name}.xml"
         "GTEST_COLOR=no"
+        "KFX_WINE_WHOLE_OUTPUT=1"
         "ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:allocator_may_return_null=1"
         "UBSAN_OPTIONS=print_stacktrace=1")
     if(CMAKE_CROSSCOMPILING_EMULATOR MATCHES "valgrind")
