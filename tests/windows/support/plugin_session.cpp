@@ -7,6 +7,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -22,7 +23,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kLongestSession = 120s;
-constexpr auto kLookInterval = 3ms;
+constexpr auto kLookInterval = 6ms;
 constexpr UINT kMarker = WM_APP + 77;  // posted to learn when everything before it has been handled
 constexpr int kMessageText = 101;
 constexpr int kFirstButtons[] = {IDOK, IDYES};
@@ -175,21 +176,23 @@ void RunWindow(PluginSession::State* state) {
 }
 
 struct BoxSearch {
-    std::string caption;
+    std::wstring caption;
     HWND found;
 };
 
 // A visible window of the thread with this caption; null: none.
 HWND FindBox(DWORD thread, const char* caption) {
-    BoxSearch search = {caption, nullptr};
+    BoxSearch search = {std::wstring(caption, caption + std::strlen(caption)), nullptr};
     if (!thread) return nullptr;
     EnumThreadWindows(
         thread,
         [](HWND window, LPARAM data) -> BOOL {
             auto* wanted = reinterpret_cast<BoxSearch*>(data);
-            char text[100] = "";
-            GetWindowTextA(window, text, sizeof text);
-            if (IsWindowVisible(window) && wanted->caption == text) wanted->found = window;
+            if (!IsWindowVisible(window)) return TRUE;
+            // The caption as the system keeps it: asking the window would disturb its thread at each look.
+            wchar_t text[100] = L"";
+            InternalGetWindowText(window, text, static_cast<int>(std::size(text)));
+            if (wanted->caption == text) wanted->found = window;
             return wanted->found == nullptr;
         },
         reinterpret_cast<LPARAM>(&search));
