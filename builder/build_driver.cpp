@@ -14,6 +14,7 @@
 #include "framework/source_animation.h"
 #include "host/animation_block.h"
 #include "host/host_requests.h"
+#include "resources/resource_ids.h"
 
 namespace kfx {
 namespace {
@@ -27,7 +28,8 @@ constexpr char kComment[] =
     "This graphic was created by Quorvane Labs' Marrowgate Studio or Marrowgate Motion and the Kestrel FX #1 "
     "plugin.\r\n\r\n"
     "See\r\n\r\n"
-    "    https://kestrel-fx.example/\r\n\r\n"
+    "    " KFX_WEB_PAGE
+    "\r\n\r\n"
     "for more information.";
 
 // A build's state. What it owns goes with it, however the build ends.
@@ -292,6 +294,7 @@ int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& option
     BuildMessage failure;
     if (!AddFrames(build, &failure)) {
         Fail(build, failure);
+        FreeFrames(&build.frames);
         RequestCloseTask(environment.host, build.task, false);
         return 0;
     }

@@ -89,3 +89,6 @@
 #define KFX_VERSION_MINOR 0
 #define KFX_VERSION_LETTER "a"
 #define KFX_REVISION 1
+
+// The maker's page, in the About box and in the comment of every built animation.
+#define KFX_WEB_PAGE "https://kestrel-fx.example/"

@@ -15,8 +15,6 @@
 namespace kfx {
 namespace {
 
-constexpr char kWebPage[] = "https://kestrel-fx.example/";
-
 constexpr int kAboutButtons[] = {IDC_ABOUT_CLOSE, IDC_ABOUT_WEB_PAGE, IDC_ABOUT_HELP};
 
 Logo aboutLogo = {};  // runs while the box is open
@@ -43,7 +41,7 @@ void DrawAboutItem(const DRAWITEMSTRUCT& item) {
 }
 
 void OpenWebPage(HWND box) {
-    const HINSTANCE answer = ShellExecuteA(box, "open", kWebPage, nullptr, nullptr, SW_SHOWNORMAL);
+    const HINSTANCE answer = ShellExecuteA(box, "open", KFX_WEB_PAGE, nullptr, nullptr, SW_SHOWNORMAL);
     if (reinterpret_cast<INT_PTR>(answer) <= 32) ShowMessage(box, LoadText(IDS_BROWSER_NOT_OPENED));
 }
 

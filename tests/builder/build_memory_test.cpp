@@ -124,6 +124,23 @@ TEST(BuildMemory, a_build_leaves_nothing_whatever_the_host_refuses) {
     }
 }
 
+size_t lastLiveBlocks;  // written by NoteLiveBlocks, at every request
+
+size_t NoteLiveBlocks() {
+    lastLiveBlocks = CountMemory().liveBlocks;
+    return 0;
+}
+
+TEST(BuildMemory, a_refused_frame_frees_every_frame_before_the_task_is_closed) {
+    const size_t before = CountMemory().liveBlocks;
+    RecordingHost host;
+    host.refusedRequest = 2;
+    host.refusedOccurrence = 2;
+    host.countLocks = NoteLiveBlocks;
+    EXPECT_EQ(BuildWith(&host, ShadedBlock(3, 21, 14), BuiltInOptions()), 0);
+    EXPECT_EQ(lastLiveBlocks, before + 1) << "only the source is left at the last request";
+}
+
 TEST(BuildMemory, nothing_but_the_source_stays_locked_across_a_request) {
     for (const NamedOptions& named : OptionSets()) {
         RecordingHost host;
