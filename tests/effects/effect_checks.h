@@ -32,7 +32,8 @@ Picture Apply(const EffectRecord& effect, ImageHandle source, const Values& valu
 void ExpectReferenceOnTrickyPictures(const EffectRecord& effect, const Values& values);
 
 // One animation's frames may differ in size, and one cache serves them all: each picture comes out as it does
-// with a cache of its own, also when its size comes back. The same for other settings on pictures of one size.
+// with a cache of its own, also when its size comes back. The same for other settings on pictures of one
+// size.
 void ExpectOneCacheServesAllFrames(const EffectRecord& effect, const Values& values, const Values& others);
 
 // Refuses each allocation of the kernel in turn: it gives its picture, or `fallback` where the effect has
