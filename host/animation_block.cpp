@@ -3,26 +3,10 @@
 
 #include <cstring>
 
+#include "host/animation_layout.h"
+
 namespace kfx {
 namespace {
-
-constexpr size_t kHeaderBytes = 38;      // up to the global palette
-constexpr size_t kImageBlockBytes = 40;  // up to the last frame field
-constexpr size_t kBitmapHeaderBytes = 40;
-constexpr uint8_t kFlagGlobalPalette = 4;
-constexpr uint8_t kFlagBackground = 16;
-
-uint32_t Word32(const uint8_t* bytes) {
-    uint32_t value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
-
-uint16_t Word16(const uint8_t* bytes) {
-    uint16_t value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
 
 bool HasTag(const uint8_t* bytes, const char* tag) { return std::memcmp(bytes, tag, 4) == 0; }
 
@@ -58,7 +42,7 @@ bool ReadBitmap(const uint8_t* bitmap, size_t available, AnimationFrame* frame) 
 
 bool ReadAnimationHeader(const void* block, size_t size, AnimationHeader* header) {
     const auto* bytes = static_cast<const uint8_t*>(block);
-    if (!bytes || size < kHeaderBytes || !HasTag(bytes, "oMNA")) return false;
+    if (!bytes || size < kAnimationHeaderBytes || !HasTag(bytes, "oMNA")) return false;
     AnimationHeader read = {};
     read.bytes = bytes;
     read.size = size;
@@ -68,15 +52,15 @@ bool ReadAnimationHeader(const void* block, size_t size, AnimationHeader* header
     read.height = Word32(bytes + 28);
     read.hasBackground = (bytes[12] & kFlagBackground) != 0;
     read.background = Word32(bytes + 20);
-    if (read.firstBlock < kHeaderBytes || read.firstBlock > size) return false;
+    if (read.firstBlock < kAnimationHeaderBytes || read.firstBlock > size) return false;
     // The window shows the size as signed numbers and the scaler multiplies by 100: no real picture is
     // larger.
     if (read.width > INT32_MAX || read.height > INT32_MAX) return false;
     if (bytes[12] & kFlagGlobalPalette) {
         const uint32_t count = Word16(bytes + 36);
         read.globalColors = count < 256 ? count : 256;
-        read.globalPalette = bytes + kHeaderBytes;
-        if (!Fits(size, kHeaderBytes, size_t{3} * read.globalColors)) return false;
+        read.globalPalette = bytes + kAnimationHeaderBytes;
+        if (!Fits(size, kAnimationHeaderBytes, size_t{3} * read.globalColors)) return false;
     }
     *header = read;
     return true;

@@ -5,26 +5,14 @@
 #include <cstring>
 #include <utility>
 
+#include "host/animation_layout.h"
 #include "media/quantize.h"
 
 namespace kfx::stage {
 namespace {
 
 constexpr int kLargestSide = 65535;
-constexpr size_t kBitmapHeaderBytes = 40;
 constexpr uint8_t kOpaqueFrom = 128;  // GIF pixels are either opaque or not there
-
-uint32_t Word32(const uint8_t* bytes) {
-    uint32_t value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
-
-uint16_t Word16(const uint8_t* bytes) {
-    uint16_t value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
 
 // The index at column x of a row of 1, 4 or 8 bits a pixel, the leftmost pixel in the highest bits.
 uint8_t IndexAt(const uint8_t* row, size_t x, uint32_t bitCount) {

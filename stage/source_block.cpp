@@ -4,15 +4,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/animation_layout.h"
+
 namespace kfx::stage {
 namespace {
 
-constexpr size_t kHeaderBytes = 38;       // the global palette follows
-constexpr size_t kFrameHeaderBytes = 40;  // the bitmap follows
-constexpr size_t kBitmapHeaderBytes = 40;
 constexpr size_t kEndBytes = 4;
-constexpr uint8_t kFlagGlobalPalette = 4;
-constexpr uint8_t kFlagBackground = 16;
 
 void Put32(uint8_t* bytes, size_t value) {
     const auto word = static_cast<uint32_t>(value);
@@ -39,7 +36,7 @@ size_t GlobalColors(const Animation& animation) {
 }
 
 // Header and palette, up to the first frame.
-size_t StartBytes(const Animation& animation) { return kHeaderBytes + 3 * GlobalColors(animation); }
+size_t StartBytes(const Animation& animation) { return kAnimationHeaderBytes + 3 * GlobalColors(animation); }
 
 size_t RowBytes(const Animation& animation, bool indexed) {
     return (static_cast<size_t>(animation.width) * (indexed ? 8 : 24) + 31) / 32 * 4;
@@ -99,13 +96,13 @@ void PutColorRows(const Animation& animation, const Frame& frame, uint8_t* rows)
 
 void PutFrame(const Animation& animation, const Frame& frame, bool indexed, uint8_t* block) {
     PutTag(block, "eMNA");
-    Put32(block + 4, kFrameHeaderBytes);
+    Put32(block + 4, kImageBlockBytes);
     Put32(block + 16, BitmapBytes(animation, indexed));
     Put32(block + 24, static_cast<size_t>(frame.left));
     Put32(block + 28, static_cast<size_t>(frame.top));
     Put32(block + 32, static_cast<size_t>(frame.delay));
     Put32(block + 36, static_cast<size_t>(frame.disposal));
-    uint8_t* bitmap = block + kFrameHeaderBytes;
+    uint8_t* bitmap = block + kImageBlockBytes;
     PutBitmapHeader(animation, indexed, bitmap);
     uint8_t* rows = bitmap + kBitmapHeaderBytes + (indexed ? 1024 : 0);
     if (indexed) {
@@ -142,8 +139,8 @@ SourceRecord MakeSourceRecord(const Animation& animation) {
 
 std::size_t AnimationBlockBytes(const Animation& animation) {
     const size_t bitmap = BitmapBytes(animation, AllIndexed(animation));
-    if (bitmap > UINT32_MAX - kFrameHeaderBytes) return 0;
-    return StartBytes(animation) + animation.frames.size() * (kFrameHeaderBytes + bitmap) + kEndBytes;
+    if (bitmap > UINT32_MAX - kImageBlockBytes) return 0;
+    return StartBytes(animation) + animation.frames.size() * (kImageBlockBytes + bitmap) + kEndBytes;
 }
 
 void WriteAnimationBlock(const Animation& animation, std::uint8_t* block) {
@@ -160,7 +157,7 @@ void WriteAnimationBlock(const Animation& animation, std::uint8_t* block) {
     Put32(block + 28, static_cast<size_t>(animation.height));
     Put16(block + 36, colors);
     for (size_t i = 0; i < colors; ++i) {
-        uint8_t* triple = block + kHeaderBytes + 3 * i;
+        uint8_t* triple = block + kAnimationHeaderBytes + 3 * i;
         triple[0] = animation.globalPalette[i].red;
         triple[1] = animation.globalPalette[i].green;
         triple[2] = animation.globalPalette[i].blue;
@@ -168,7 +165,7 @@ void WriteAnimationBlock(const Animation& animation, std::uint8_t* block) {
     uint8_t* next = block + StartBytes(animation);
     for (const Frame& frame : animation.frames) {
         PutFrame(animation, frame, indexed, next);
-        next += kFrameHeaderBytes + BitmapBytes(animation, indexed);
+        next += kImageBlockBytes + BitmapBytes(animation, indexed);
     }
     PutTag(next, "xMNA");
 }

@@ -34,8 +34,8 @@ SourceRecord MakeSourceRecord(const Animation& animation);
 std::size_t AnimationBlockBytes(const Animation& animation);
 
 // Fills a zeroed block of AnimationBlockBytes() bytes. Frames are handed over as 8-bit pictures with the
-// global palette when every frame stands on it, else as 24-bit ones. Fully transparent pixels
-// are handed over white.
+// global palette when every frame stands on it, else as 24-bit ones. Fully transparent pixels are handed over
+// white.
 void WriteAnimationBlock(const Animation& animation, std::uint8_t* block);
 
 }  // namespace kfx::stage
