@@ -58,7 +58,7 @@ bool ReadSource(const std::string& path, Animation* animation, Report* report) {
         *report = FailedReport(kExitBadInput, path + ": holds no picture.");
         return false;
     }
-    if (!animation->warning.empty()) report->notes.push_back(path + ": " + animation->warning);
+    if (!animation->warning.empty()) report->notes.push_back(path + ": " + animation->warning + ".");
     return true;
 }
 

@@ -16,7 +16,7 @@ bool FindExport(HMODULE module, const char* name, Function* function) {
     return address != nullptr;
 }
 
-std::string AskName(int(WINAPI* getParams)(PluginInfo*)) {
+std::string AskName(std::uint64_t(WINAPI* getParams)(PluginInfo*)) {
     alignas(PluginInfo) char record[1024] = {};
     auto* info = reinterpret_cast<PluginInfo*>(record);
     info->size = sizeof record;
@@ -48,7 +48,7 @@ bool LoadPlugin(const std::string& path, PluginLibrary* library, std::string* er
         *error = path + ": cannot be loaded as a plug-in: " + SystemErrorText(GetLastError()) + ".";
         return false;
     }
-    int(WINAPI * getParams)(PluginInfo*) = nullptr;
+    std::uint64_t(WINAPI * getParams)(PluginInfo*) = nullptr;
     if (!FindExport(library->module, "PLUGIN16GetPluginParams", &getParams) ||
         !FindExport(library->module, "PLUGIN16DoBuild", &library->doBuild)) {
         *error = path + ": is a DLL, but not a plug-in of version 16.";

@@ -2,6 +2,7 @@
 // The plug-in as a file: loading it and finding its entry points.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include <windows.h>
@@ -19,7 +20,7 @@ struct PluginLibrary {
     HMODULE module = nullptr;
     std::string path;
     std::string name;  // as the plug-in calls itself
-    int(WINAPI* doBuild)(HWND parent, HostContext* host) = nullptr;
+    std::uint64_t(WINAPI* doBuild)(HWND parent, const HostContext* host) = nullptr;
 };
 
 // The DLL beside this program.

@@ -42,7 +42,7 @@ DWORD WINAPI RunPlugin(void* parameter) {
     // An owner keeps the plug-in's window off the task bar and gives it something to repaint.
     const HWND owner = CreateWindowExA(WS_EX_TOOLWINDOW, "Static", "Kestrel Stage", WS_POPUP, 0, 0, 0, 0,
                                        nullptr, nullptr, GetModuleHandleA(nullptr), nullptr);
-    const int answer = run->library->doBuild(owner, &run->session->context);
+    const std::uint64_t answer = run->library->doBuild(owner, &run->session->context);
     if (owner) DestroyWindow(owner);
     if (hook) UnhookWindowsHookEx(hook);
     return static_cast<DWORD>(answer);
@@ -155,7 +155,7 @@ bool TakeBuilt(PluginRun* run, int tasksBefore) {
 bool OpenPluginWindow(PluginRun* run) {
     run->thread = CreateThread(nullptr, 0, RunPlugin, run, 0, &run->threadId);
     if (!run->thread)
-        return Fail(run, kExitPlugin, "no thread could be started: " + SystemErrorText(GetLastError()));
+        return Fail(run, kExitPlugin, "no thread could be started: " + SystemErrorText(GetLastError()) + ".");
     const int seconds = std::min(kOpeningSeconds, run->timeoutSeconds);
     if (!WaitUntil(run, seconds, [run] { return Ready(*run); })) {
         if (!run->error.empty() || !NoMessage(run)) return false;
