@@ -71,6 +71,11 @@ TEST(ResourceFiles, the_help_document_has_every_topic) {
         const std::string name = EffectAt(i)->name;
         EXPECT_NE(text.find(">" + name + "</h3>"), std::string::npos) << name;
     }
+    // Every picture lies beside it.
+    for (size_t at = text.find("src=\""); at != std::string::npos; at = text.find("src=\"", at + 1)) {
+        const std::string target = text.substr(at + 5, text.find('"', at + 5) - at - 5);
+        EXPECT_FALSE(test::ReadTestFile(("docs/help/" + target).c_str()).empty()) << target;
+    }
     // Every link leads somewhere.
     for (size_t at = text.find("href=\"#"); at != std::string::npos; at = text.find("href=\"#", at + 1)) {
         const std::string target = text.substr(at + 7, text.find('"', at + 7) - at - 7);
