@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 

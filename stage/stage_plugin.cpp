@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Stage's window as the plug-in's host: what the plug-in asks for goes to the user.
+#include <cstdio>
 #include <utility>
 
 #include <windows.h>
@@ -39,8 +40,10 @@ bool ShowHelpDocument(HostSession* session, const std::string& reference) {
     if (GetFileAttributesW(Widen(document).c_str()) == INVALID_FILE_ATTRIBUTES) return false;
     std::string address = "file:///";
     for (const char c : document) {
-        if (c == ' ') {
-            address += "%20";
+        if (c == ' ' || c == '#' || c == '%') {
+            char escape[4];
+            std::snprintf(escape, sizeof escape, "%%%02X", static_cast<unsigned>(c));
+            address += escape;
         } else {
             address += c == '\\' ? '/' : c;
         }
