@@ -73,6 +73,9 @@ std::string SystemErrorText(unsigned long code) {
            (sentence.back() == '\n' || sentence.back() == '\r' || sentence.back() == '.')) {
         sentence.pop_back();
     }
+    // Some of the system's sentences leave a place for the name, which ours begin with.
+    const size_t place = sentence.find("%1");
+    if (place != std::string::npos) sentence.replace(place, 2, "the file");
     return sentence.empty() ? "error " + std::to_string(code) : sentence;
 }
 
