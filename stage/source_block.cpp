@@ -126,7 +126,6 @@ SourceRecord MakeSourceRecord(const Animation& animation) {
     record.height = animation.height;
     record.loopCount = animation.loopCount;
     record.ownPalette = GlobalColors(animation) > 0;
-    record.comment = animation.comment;
     for (const Frame& frame : animation.frames) {
         SourceFrame kept;
         kept.delay = frame.delay;

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "media/animation.h"
@@ -24,7 +23,6 @@ struct SourceRecord {
     int loopCount = kLoopNone;
     bool transparent = false;  // at least one frame is
     bool ownPalette = false;   // the plug-in can be asked to keep it
-    std::string comment;
     std::vector<SourceFrame> frames;
 };
 

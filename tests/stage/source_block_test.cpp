@@ -118,12 +118,10 @@ TEST(SourceBlock, HalfTransparentPixelsKeepTheirColour) {
 
 TEST(SourceBlock, WhatThePluginDoesNotCarryStaysInTheRecord) {
     Animation animation = IndexedAnimation();
-    animation.comment = "by hand";
     animation.frames[1].transparent = true;
     animation.frames[1].pixels[7] = 128;
     const SourceRecord record = MakeSourceRecord(animation);
     EXPECT_EQ(record.loopCount, 5);
-    EXPECT_EQ(record.comment, "by hand");
     EXPECT_TRUE(record.transparent);
     EXPECT_TRUE(record.ownPalette);
     ASSERT_EQ(record.frames.size(), 2u);
