@@ -18,7 +18,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"host", {"framework"}},
     {"framework", {"host", "resources"}},
     {"effects", {"framework", "resources"}},
-    {"builder", {"effects", "framework", "host"}},
+    {"builder", {"effects", "framework", "host", "resources"}},
     {"documents", {"framework", "resources"}},
     {"window", {"builder", "documents", "effects", "framework", "host", "resources"}},
     {"media", {}},
