@@ -8,22 +8,11 @@
 #include "framework/source_animation.h"
 #include "tests/builder/recording_host.h"
 #include "tests/support/animation_blocks.h"
+#include "tests/support/golden_builds.h"
 #include "tests/support/pictures.h"
 
 namespace kfx::test {
 namespace {
-
-const std::string kFolder = "tests/data/builder/";
-const char* const kInputs[] = {"colours200", "colours254", "colours256", "empty", "global16", "global200",
-                               "gray37",     "photo-odd",  "single",     "sizes", "sprite",   "two-colours"};
-
-std::vector<std::string> ReadLines(const std::string& path) {
-    const std::vector<uint8_t> bytes = ReadTestFile(path.c_str());
-    std::istringstream text(std::string(bytes.begin(), bytes.end()));
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(text, line);) lines.push_back(line);
-    return lines;
-}
 
 struct NamedOptions {
     std::string name;
@@ -70,7 +59,7 @@ NamedOptions ParseOptions(const std::string& line) {
 
 std::vector<NamedOptions> AllOptions() {
     std::vector<NamedOptions> all;
-    for (const std::string& line : ReadLines(kFolder + "options.tsv")) all.push_back(ParseOptions(line));
+    for (const std::string& line : ReadGoldenLines("options.tsv")) all.push_back(ParseOptions(line));
     return all;
 }
 
@@ -78,12 +67,12 @@ class GoldenBuilds : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(GoldenBuilds, requests_records_and_images_are_those_of_the_transcript) {
     const std::string input = GetParam();
-    const std::string logs = kFolder + "expected/" + input + ".";
-    const std::vector<uint8_t> block = ReadTestFile((kFolder + "inputs/" + input + ".source.bin").c_str());
+    const std::string logs = "expected/" + input + ".";
+    const std::vector<uint8_t> block = ReadTestFile(GoldenPath("inputs/" + input + ".source.bin").c_str());
     const std::vector<NamedOptions> all = AllOptions();
     ASSERT_EQ(all.size(), 20u);
     for (const NamedOptions& named : all) {
-        const std::vector<std::string> expected = ReadLines(logs + named.name + ".log");
+        const std::vector<std::string> expected = ReadGoldenLines(logs + named.name + ".log");
         RecordingHost host;
         host.refusedRequest = named.refusedRequest;
         host.refusedOccurrence = named.refusedOccurrence;
@@ -94,7 +83,7 @@ TEST_P(GoldenBuilds, requests_records_and_images_are_those_of_the_transcript) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Inputs, GoldenBuilds, ::testing::ValuesIn(kInputs), [](const auto& parameter) {
+INSTANTIATE_TEST_SUITE_P(Inputs, GoldenBuilds, ::testing::ValuesIn(kGoldenInputs), [](const auto& parameter) {
     std::string name = parameter.param;
     for (char& letter : name)
         if (letter == '-') letter = '_';
@@ -102,10 +91,11 @@ INSTANTIATE_TEST_SUITE_P(Inputs, GoldenBuilds, ::testing::ValuesIn(kInputs), [](
 });
 
 TEST(GoldenBuilds, decoded_frames_are_those_that_the_transcripts_were_computed_from) {
-    for (const char* input : kInputs) {
+    for (const char* input : kGoldenInputs) {
         const std::vector<uint8_t> expected =
-            ReadTestFile((kFolder + "inputs/" + input + ".frames.bin").c_str());
-        sourceAnimation = MakeMemory(ReadTestFile((kFolder + "inputs/" + input + ".source.bin").c_str()));
+            ReadTestFile(GoldenPath("inputs/" + std::string(input) + ".frames.bin").c_str());
+        sourceAnimation =
+            MakeMemory(ReadTestFile(GoldenPath("inputs/" + std::string(input) + ".source.bin").c_str()));
         FrameList frames = {};
         EXPECT_TRUE(DecodeAllFrames(&frames));
         std::vector<uint8_t> decoded(4);

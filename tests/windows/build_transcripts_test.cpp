@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "tests/support/animation_blocks.h"
+#include "tests/support/golden_builds.h"
 #include "tests/windows/support/memory_ledger.h"
 #include "tests/windows/support/plugin_session.h"
 
@@ -18,18 +19,6 @@ constexpr int kTestButton = 24;
 constexpr int kEffectList = 50;
 constexpr int kSelectButton = 51;
 constexpr int kPlainBuild = 40;
-const std::string kFolder = "tests/data/builder/";
-
-const char* const kInputs[] = {"colours200", "colours254", "colours256", "empty", "global16", "global200",
-                               "gray37",     "photo-odd",  "single",     "sizes", "sprite",   "two-colours"};
-
-std::vector<std::string> ReadLines(const std::string& path) {
-    const std::vector<uint8_t> bytes = ReadTestFile(path.c_str());
-    std::istringstream text(std::string(bytes.begin(), bytes.end()));
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(text, line);) lines.push_back(line);
-    return lines;
-}
 
 struct Variant {
     std::string name;
@@ -82,7 +71,7 @@ std::vector<std::string> WithoutEffectProgress(const std::vector<std::string>& l
 }
 
 std::vector<std::string> ExpectedLines(const std::string& input, const Variant& variant) {
-    std::vector<std::string> lines = ReadLines(kFolder + "expected/" + input + "." + variant.name + ".log");
+    std::vector<std::string> lines = ReadGoldenLines("expected/" + input + "." + variant.name + ".log");
     EXPECT_FALSE(lines.empty());
     lines.pop_back();  // what the driver returned: the window keeps that to itself
     if (variant.command == kTestButton)
@@ -93,7 +82,7 @@ std::vector<std::string> ExpectedLines(const std::string& input, const Variant& 
 
 std::vector<std::string> Build(FakeHost& host, PluginSession& session, const std::string& input,
                                const Variant& variant) {
-    host.Serve(ReadTestFile((kFolder + "inputs/" + input + ".source.bin").c_str()));
+    host.Serve(ReadTestFile(GoldenPath("inputs/" + input + ".source.bin").c_str()));
     session.Click(kSelectButton);
     host.ClearTranscript();
     if (variant.refusedRequest) {
@@ -117,7 +106,7 @@ TEST_P(BuildTranscripts, requests_records_pictures_and_messages_come_as_computed
     ASSERT_NE(effect, names.end());
     session.Choose(kEffectList, static_cast<int>(effect - names.begin()));
     if (variant.customPalette) session.Click(kCustomPalette);
-    for (const char* input : kInputs) {
+    for (const char* input : kGoldenInputs) {
         SCOPED_TRACE(input);
         const std::vector<std::string> expected = ExpectedLines(input, variant);
         const std::vector<std::string> actual = Build(host, session, input, variant);
@@ -132,7 +121,7 @@ TEST_P(BuildTranscripts, requests_records_pictures_and_messages_come_as_computed
     EXPECT_EQ(CountLedger().strangeFrees, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Options, BuildTranscripts, testing::ValuesIn(ReadLines(kFolder + "options.tsv")),
+INSTANTIATE_TEST_SUITE_P(Options, BuildTranscripts, testing::ValuesIn(ReadGoldenLines("options.tsv")),
                          [](const auto& parameter) {
                              std::string name = ParseVariant(parameter.param).name;
                              std::replace(name.begin(), name.end(), '-', '_');
