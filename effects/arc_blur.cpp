@@ -32,8 +32,10 @@ KFX_INLINE int32_t PlaceOf(const WorkingImage* image, int32_t stride, double col
     const auto x = static_cast<int32_t>(column);
     const auto y = static_cast<int32_t>(row);
     const bool inside = (x >= 0) & (x < image->width) & (y >= 0) & (y < image->height);
-    const int32_t place = (image->height - 1 - y) * stride + 3 * x;
-    return inside ? place : kOutside;
+    // Unsigned, since the offset of a place far outside a huge picture overflows before it is dropped.
+    const uint32_t place = static_cast<uint32_t>(image->height - 1 - y) * static_cast<uint32_t>(stride) +
+                           3 * static_cast<uint32_t>(x);
+    return inside ? static_cast<int32_t>(place) : kOutside;
 }
 
 // The places of every `step`-th sample of `count` pixels from x on; returns whether all lie inside.
