@@ -11,6 +11,7 @@
 #include "documents/control_kinds.h"
 #include "documents/document_file.h"
 #include "framework/settings.h"
+#include "tests/support/temporary_file.h"
 
 namespace kfx {
 namespace {
@@ -63,7 +64,7 @@ protected:
 
     // The control's line as it writes it, without the line end.
     std::string Written(HWND control) {
-        std::FILE* file = std::tmpfile();
+        std::FILE* file = test::OpenTemporaryFile();
         EXPECT_EQ(SendMessageA(control, 1334, 0, reinterpret_cast<LPARAM>(file)), 0);
         std::rewind(file);
         char line[2000] = "";

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/temporary_file.h"
+
 namespace kfx {
 namespace {
 
@@ -14,7 +16,7 @@ constexpr char kHeader[] =
     ";This is a document created by Kestrel FX #1 Plugin by Quorvane Labs - do not edit.\n";
 
 struct TextFile {
-    explicit TextFile(const std::string& text = "") : file(std::tmpfile()) {
+    explicit TextFile(const std::string& text = "") : file(test::OpenTemporaryFile()) {
         std::fwrite(text.data(), 1, text.size(), file);
         std::rewind(file);
     }

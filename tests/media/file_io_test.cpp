@@ -10,7 +10,9 @@
 #include "media/animation_writer.h"
 #include "tests/media/gif_builder.h"
 
-#ifndef _WIN32
+#ifdef _WIN32
+#include <process.h>
+#else
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -25,12 +27,22 @@ namespace {
 namespace fs = std::filesystem;
 using test::Bytes;
 
+// Both sides run their tests at the same time, and so may two checkouts.
+long ProcessId() {
+#ifdef _WIN32
+    return _getpid();
+#else
+    return getpid();
+#endif
+}
+
 // An empty folder of the test's own, removed with all that is in it.
 struct Folder {
     fs::path path;
     Folder() {
         const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-        path = fs::temp_directory_path() / ("kfx-media-" + std::string(test->name()));
+        path = fs::temp_directory_path() /
+               ("kfx-media-" + std::to_string(ProcessId()) + "-" + std::string(test->name()));
         fs::remove_all(path);
         fs::create_directories(path);
     }

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "framework/settings.h"
+#include "tests/support/temporary_file.h"
 
 namespace kfx {
 namespace {
@@ -20,7 +21,7 @@ protected:
 };
 
 void Read(const std::string& text, bool shiftHeld = false) {
-    std::FILE* file = std::tmpfile();
+    std::FILE* file = test::OpenTemporaryFile();
     ASSERT_TRUE(file);
     std::fwrite(text.data(), 1, text.size(), file);
     std::rewind(file);
@@ -29,7 +30,7 @@ void Read(const std::string& text, bool shiftHeld = false) {
 }
 
 std::string Write(std::time_t now = 0) {
-    std::FILE* file = std::tmpfile();
+    std::FILE* file = test::OpenTemporaryFile();
     WriteConfigurationText(file, now);
     std::rewind(file);
     std::string text;
