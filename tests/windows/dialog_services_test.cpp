@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <future>
+#include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "resources/resource_ids.h"
+#include "tests/support/wait_for.h"
+#include "tests/windows/support/dialog_thread.h"
+#include "tests/windows/support/idle_owner.h"
 #include "window/dialog_services.h"
 #include "window/plugin_state.h"
 
@@ -24,51 +26,41 @@ std::string TextOf(HWND window) {
     return text;
 }
 
-// A message box on a thread of its own, as long as it is not answered.
+// A message box as long as it is not answered. It has come to rest when it is at hand.
 class OpenBox {
 public:
     explicit OpenBox(int (*show)(HWND, const char*), const char* text = "Text") {
-        std::promise<DWORD> started;
-        std::future<DWORD> thread = started.get_future();
-        answer_ = std::async(std::launch::async, [&started, show, text] {
-            started.set_value(GetCurrentThreadId());
-            return show(nullptr, text);
-        });
-        thread_ = thread.get();
-        for (int tries = 0; tries < 1000 && !window; ++tries) {
-            Sleep(5);
-            EnumThreadWindows(thread_, TakeBox, reinterpret_cast<LPARAM>(&window));
-        }
+        const bool started =
+            test::StartDialog([show, text, answer = answer_](HWND owner) { *answer = show(owner, text); });
+        if (started) window = test::WaitForIdleDialog();
     }
     ~OpenBox() {
-        if (answer_.valid()) Answer(IDCANCEL);
+        if (window) Answer(IDCANCEL);
     }
     OpenBox(const OpenBox&) = delete;
     OpenBox& operator=(const OpenBox&) = delete;
 
+    // 0, which no button is, when the box does not come or does not close.
     int Answer(int button) {
+        if (!window) return 0;
         PostMessageA(window, WM_COMMAND, static_cast<WPARAM>(button), 0);
-        return answer_.get();
+        window = nullptr;
+        return test::WaitUntilDialogEnds() ? *answer_ : 0;
     }
 
-    int FocusedControl() const {
+    bool WaitForFocusOn(int control) const {
         GUITHREADINFO info = {};
         info.cbSize = sizeof info;
-        GetGUIThreadInfo(thread_, &info);
-        return info.hwndFocus ? GetDlgCtrlID(info.hwndFocus) : 0;
+        const DWORD thread = GetWindowThreadProcessId(window, nullptr);
+        return test::WaitFor(
+            [&] { return GetGUIThreadInfo(thread, &info) && info.hwndFocus == GetDlgItem(window, control); });
     }
 
     HWND window = nullptr;
 
 private:
-    static BOOL CALLBACK TakeBox(HWND found, LPARAM result) {
-        if (TextOf(found) != "Message" || !IsWindowVisible(found)) return TRUE;
-        *reinterpret_cast<HWND*>(result) = found;
-        return FALSE;
-    }
-
-    DWORD thread_ = 0;
-    std::future<int> answer_;
+    // The box's as well: one that does not close outlives this.
+    const std::shared_ptr<int> answer_ = std::make_shared<int>(0);
 };
 
 class DialogServices : public testing::Test {
@@ -80,9 +72,11 @@ protected:
 TEST_F(DialogServices, a_message_has_its_text_and_the_focus_on_ok) {
     OpenBox box(ShowMessage, "~!!~20 is no placeholder here");
     ASSERT_TRUE(box.window);
+    EXPECT_TRUE(IsWindowVisible(box.window));
+    EXPECT_EQ(TextOf(box.window), "Message");
     EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_TEXT)), "~!!~20 is no placeholder here");
     EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_OK)), "Ok");
-    EXPECT_EQ(box.FocusedControl(), IDC_MESSAGE_OK);
+    EXPECT_TRUE(box.WaitForFocusOn(IDC_MESSAGE_OK));
     EXPECT_EQ(box.Answer(IDC_MESSAGE_OK), IDOK);
 }
 
@@ -92,7 +86,7 @@ TEST_F(DialogServices, a_question_has_the_focus_on_yes) {
         ASSERT_TRUE(box.window);
         EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_YES)), "Yes");
         EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_NO)), "No");
-        EXPECT_EQ(box.FocusedControl(), IDC_MESSAGE_YES);
+        EXPECT_TRUE(box.WaitForFocusOn(IDC_MESSAGE_YES));
         EXPECT_EQ(box.Answer(IDC_MESSAGE_NO), IDNO);
     }
 }

@@ -6,7 +6,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
-#include <future>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -16,6 +16,8 @@
 #include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
+#include "tests/support/wait_for.h"
+#include "tests/windows/support/dialog_thread.h"
 #include "tests/windows/support/fake_host.h"
 #include "tests/windows/support/idle_owner.h"
 #include "tests/windows/support/import_patch.h"
@@ -75,36 +77,26 @@ constexpr EffectDescriptor MakeRow(const char* name) {
 
 constexpr EffectDescriptor kTable[kRows] = {MakeRow<0>("First"), MakeRow<1>("Second"), MakeRow<2>("Third")};
 
-// What has been called once nothing more comes: the system lets windows paint when it sees fit.
+// What has been called once the window has nothing left to do or to paint.
 std::vector<std::string> WaitForCalls() {
-    std::vector<std::string> all;
-    for (int quiet = 0; quiet < 10; ++quiet) {
-        Sleep(20);
-        const std::vector<std::string> more = TakeCalls();
-        if (!more.empty()) quiet = 0;
-        all.insert(all.end(), more.begin(), more.end());
-    }
-    return all;
+    EXPECT_TRUE(test::SettleIdleDialog());
+    return TakeCalls();
 }
 
 // The shell knows no folders, so that no user's file is read or written.
 HRESULT WINAPI FindNoFolder(HWND, int, LPITEMIDLIST*) { return E_FAIL; }
 
-// The window on a thread of its own.
 class OpenWindow {
 public:
     explicit OpenWindow(test::FakeHost& host)
         : noFolders_(GetModuleHandleA(nullptr), "SHGetSpecialFolderLocation",
                      test::AddressOfFunction(FindNoFolder)) {
-        test::ForgetIdleDialog();
         plugin.module = GetModuleHandleA(nullptr);
-        result_ = std::async(std::launch::async, [&host] {
-            const test::IdleOwner owner;
-            return RunPluginWindow(owner.window, &host.context);
-        });
+        EXPECT_TRUE(test::StartDialog(
+            [&host, result = result_](HWND owner) { *result = RunPluginWindow(owner, &host.context); }));
     }
     ~OpenWindow() {
-        if (result_.valid()) Close();
+        if (!closed_) Close();
         plugin = {};
         settings = {};
     }
@@ -129,11 +121,16 @@ public:
         return WaitUntilClosed();
     }
 
-    INT_PTR WaitUntilClosed() { return result_.get(); }
+    INT_PTR WaitUntilClosed() {
+        closed_ = true;
+        EXPECT_TRUE(test::WaitUntilDialogEnds()) << "the window does not close";
+        return *result_;
+    }
 
 private:
     const test::ImportPatch noFolders_;
-    std::future<INT_PTR> result_;
+    const std::shared_ptr<INT_PTR> result_ = std::make_shared<INT_PTR>(-1);
+    bool closed_ = false;
 };
 
 // Takes this program's message box; other test programs may show theirs beside it.
@@ -142,7 +139,9 @@ BOOL CALLBACK TakeOwnMessage(HWND window, LPARAM found) {
     GetWindowThreadProcessId(window, &process);
     char caption[20] = "";
     GetWindowTextA(window, caption, sizeof caption);
-    if (process != GetCurrentProcessId() || std::string(caption) != "Message") return TRUE;
+    // Visible: filled in.
+    if (process != GetCurrentProcessId() || std::string(caption) != "Message" || !IsWindowVisible(window))
+        return TRUE;
     *reinterpret_cast<HWND*>(found) = window;
     return FALSE;
 }
@@ -150,10 +149,11 @@ BOOL CALLBACK TakeOwnMessage(HWND window, LPARAM found) {
 // Waits for a message box, closes it and answers its text; empty when none comes.
 std::string AnswerMessage() {
     HWND box = nullptr;
-    for (int tries = 0; tries < 2000 && !box; ++tries) {
-        Sleep(5);
+    test::WaitFor([&box] {
         EnumWindows(TakeOwnMessage, reinterpret_cast<LPARAM>(&box));
-    }
+        return box != nullptr;
+    });
+    if (!box) return "";
     char text[300] = "";
     GetDlgItemTextA(box, IDC_MESSAGE_TEXT, text, sizeof text);
     PostMessageA(box, WM_COMMAND, IDC_MESSAGE_OK, 0);

@@ -4,9 +4,10 @@
 #include <windows.h>
 
 #include <cstdio>
-#include <future>
+#include <memory>
 #include <string>
 
+#include "tests/windows/support/dialog_thread.h"
 #include "tests/windows/support/idle_owner.h"
 #include "window/file_dialogs.h"
 #include "window/plugin_state.h"
@@ -15,33 +16,34 @@ namespace kfx {
 namespace {
 
 struct Choice {
-    bool made;
+    bool made = false;
     std::string path;
 };
 
-// A file dialog on a thread of its own, until it is cancelled. It has come to rest when it is at hand.
+// A file dialog until it is cancelled. It has come to rest when it is at hand; without a window there is
+// none.
 class OpenFileDialog {
 public:
     explicit OpenFileDialog(bool (*ask)(HWND, char*), const std::string& start = "") {
-        test::ForgetIdleDialog();
-        choice_ = std::async(std::launch::async, [ask, start] {
+        const bool started = test::StartDialog([ask, start, choice = choice_](HWND owner) {
             char path[kTextBytes] = "";
             std::snprintf(path, sizeof path, "%s", start.c_str());
-            const test::IdleOwner owner;
-            const bool made = ask(owner.window, path);
-            return Choice{made, path};
+            choice->made = ask(owner, path);
+            choice->path = path;
         });
-        window = test::WaitForIdleDialog();
+        if (started) window = test::WaitForIdleDialog();
     }
-    ~OpenFileDialog() {
-        if (choice_.valid()) Cancel();
-    }
+    ~OpenFileDialog() { Cancel(); }
     OpenFileDialog(const OpenFileDialog&) = delete;
     OpenFileDialog& operator=(const OpenFileDialog&) = delete;
 
     Choice Cancel() {
+        if (!window) return *choice_;
         PostMessageA(window, WM_COMMAND, IDCANCEL, 0);
-        return choice_.get();
+        window = nullptr;
+        if (test::WaitUntilDialogEnds()) return *choice_;
+        ADD_FAILURE() << "the file dialog does not close";
+        return {};
     }
 
     bool IsOwnerDrawn(int button) const {
@@ -57,7 +59,8 @@ public:
     HWND window = nullptr;
 
 private:
-    std::future<Choice> choice_;
+    // The dialog's as well: one that does not close outlives this.
+    const std::shared_ptr<Choice> choice_ = std::make_shared<Choice>();
 };
 
 class FileDialogs : public testing::Test {

@@ -3,14 +3,32 @@
 
 #include <atomic>
 
+#include "tests/support/wait_for.h"
+
 namespace kfx::test {
 namespace {
 
-std::atomic<HWND> idleDialog;  // window procedures have no argument for it
+constexpr UINT kMarker = WM_APP + 77;  // what was posted before it has been done when it comes
 
-// A modal dialog tells its owner whenever its queue is empty.
+// Window procedures have no argument for these.
+std::atomic<HWND> ownerWindow, idleDialog;
+std::atomic<bool> ownerGone;
+std::atomic<int> markersPosted, markersSeen, markersSettled;
+
+void PostMarker(HWND owner) {
+    ++markersPosted;
+    PostMessageA(owner, kMarker, 0, 0);
+}
+
+// A modal dialog tells its owner whenever its queue is empty. The first time, it has been shown but not
+// painted.
 LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
-    if (message == WM_ENTERIDLE && word == MSGF_DIALOGBOX) idleDialog = reinterpret_cast<HWND>(data);
+    if (message == kMarker) ++markersSeen;
+    if (message == WM_ENTERIDLE && word == MSGF_DIALOGBOX) {
+        if (markersPosted == 0) PostMarker(window);
+        if (markersSeen > 0) idleDialog = reinterpret_cast<HWND>(data);
+        markersSettled = markersSeen.load();
+    }
     return DefWindowProcA(window, message, word, data);
 }
 
@@ -25,15 +43,29 @@ HWND MakeOwner() {
 
 }  // namespace
 
-IdleOwner::IdleOwner() : window(MakeOwner()) {}
+IdleOwner::IdleOwner() : window(MakeOwner()) { ownerWindow = window; }
 
-IdleOwner::~IdleOwner() { DestroyWindow(window); }
+IdleOwner::~IdleOwner() {
+    DestroyWindow(window);
+    ownerGone = true;
+}
 
-void ForgetIdleDialog() { idleDialog = nullptr; }
+void ForgetIdleDialog() {
+    ownerWindow = idleDialog = nullptr;
+    ownerGone = false;
+    markersPosted = markersSeen = markersSettled = 0;
+}
 
 HWND WaitForIdleDialog() {
-    for (int tries = 0; tries < 6000 && !idleDialog; ++tries) Sleep(5);
-    return idleDialog;
+    WaitFor([] { return idleDialog || ownerGone; });
+    return ownerGone ? nullptr : idleDialog.load();
+}
+
+bool SettleIdleDialog() {
+    if (!WaitForIdleDialog()) return false;
+    PostMarker(ownerWindow);
+    const int marker = markersPosted;
+    return WaitFor([marker] { return markersSettled >= marker || ownerGone; }) && !ownerGone;
 }
 
 }  // namespace kfx::test

@@ -16,11 +16,14 @@ struct IdleOwner {
     const HWND window;
 };
 
-// Forgets the dialog of before; call it before the thread with the next one starts.
+// Forgets the dialog of before; call it before the next owner is made.
 void ForgetIdleDialog();
 
-// Waits until a dialog has nothing left to do, whatever it has posted to itself, and answers it; null when
-// none comes within half a minute.
+// Waits until a dialog has nothing left to do, whatever it has posted to itself, painting included, and
+// answers it; null when the owner goes without one, or when none comes.
 HWND WaitForIdleDialog();
+
+// Waits until the dialog has done everything that was posted to it so far. False: it does not come to rest.
+bool SettleIdleDialog();
 
 }  // namespace kfx::test
