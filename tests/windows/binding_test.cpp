@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "resources/resource_ids.h"
+#include "tests/support/wait_for.h"
 #include "tests/windows/support/plugin_session.h"
 
 namespace kfx::test {
@@ -14,6 +15,10 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+
+constexpr UINT_PTR kUpdateTimer = 15;
+// A day: it never comes while a test runs.
+const char kLongUpdateDelay[] = "UpdateDelay = 86400000\n";
 
 TEST(Binding, option_check_boxes_are_stored_and_leave_the_preview_alone) {
     FakeHost host;
@@ -31,13 +36,14 @@ TEST(Binding, option_check_boxes_are_stored_and_leave_the_preview_alone) {
 TEST(Binding, a_panel_check_box_restarts_the_update_timer) {
     FakeHost host;
     SessionOptions options;
-    options.configuration = "MainEffect = 10\nUpdateDelay = 60000\n";
+    options.configuration = std::string("MainEffect = 10\n") + kLongUpdateDelay;
     PluginSession session(host, options);
     session.ClearEvents();
     session.Click(IDC_NORMALIZE_DISTRIBUTED);
-    EXPECT_THAT(session.Events(), ElementsAre("kill 15", "set 15 60000"));
+    EXPECT_THAT(session.Events(), ElementsAre("kill 15", "set 15 86400000"));
+    EXPECT_THAT(session.RunningTimers(), Contains(kUpdateTimer));
     session.Click(IDC_NORMALIZE_DISTRIBUTED);
-    EXPECT_THAT(session.Events(), ElementsAre("kill 15", "set 15 60000", "kill 15", "set 15 60000"));
+    EXPECT_THAT(session.Events(), ElementsAre("kill 15", "set 15 86400000", "kill 15", "set 15 86400000"));
     session.Click(IDC_NORMALIZE_DISTRIBUTED);
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style019Distributed = 0\r\n"));
@@ -50,9 +56,10 @@ TEST(Binding, the_update_timer_repaints_once_and_ends) {
     PluginSession session(host, options);
     session.ClearEvents();
     session.Click(IDC_NORMALIZE_DISTRIBUTED);
-    for (int i = 0; i < 100 && session.Events().size() < 4; ++i) Sleep(100);
-    Sleep(500);
+    EXPECT_TRUE(WaitFor([&session] { return session.Events().size() >= 4; }));
+    EXPECT_TRUE(session.Settle());
     EXPECT_THAT(session.Events(), ElementsAre("kill 15", "set 15 200", "kill 15", "preview"));
+    EXPECT_THAT(session.RunningTimers(), Not(Contains(kUpdateTimer)));
 }
 
 TEST(Binding, other_timers_are_ignored) {
@@ -67,13 +74,13 @@ TEST(Binding, other_timers_are_ignored) {
 TEST(Binding, local_background_enables_its_colour_and_restarts_the_timer) {
     FakeHost host;
     SessionOptions options;
-    options.configuration = "UpdateDelay = 5000\n";
+    options.configuration = kLongUpdateDelay;
     PluginSession session(host, options);
     EXPECT_TRUE(session.IsEnabled(IDC_BACKGROUND_COLOR));
     session.ClearEvents();
     session.Click(IDC_LOCAL_BACKGROUND);
     EXPECT_FALSE(session.IsEnabled(IDC_BACKGROUND_COLOR));
-    EXPECT_THAT(session.Events(), ElementsAre("kill 15", "set 15 5000"));
+    EXPECT_THAT(session.Events(), ElementsAre("kill 15", "set 15 86400000"));
     session.Click(IDC_LOCAL_BACKGROUND);
     EXPECT_TRUE(session.IsEnabled(IDC_BACKGROUND_COLOR));
     EXPECT_FALSE(session.IsEnabled(IDC_BUILD)) << "still no source";

@@ -59,6 +59,11 @@ void FakeHost::AddLine(const std::string& line) {
     transcript_.push_back(line);
 }
 
+size_t FakeHost::CountAnswers() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return answers_;
+}
+
 std::vector<std::string> FakeHost::Requests(HostRequest request) {
     const std::string start = "REQ code=" + std::to_string(static_cast<uint32_t>(request)) + " ";
     std::vector<std::string> found;
@@ -83,6 +88,7 @@ uint64_t FakeHost::Callback(uint64_t target, uint32_t request, uint64_t word, ui
 
 uint64_t FakeHost::Answer(uint64_t target, uint32_t request, uint64_t word, uint64_t pointer) {
     const std::lock_guard<std::mutex> lock(mutex_);
+    ++answers_;
     const auto refusal = refusals_.find(request);
     const bool refused = refusal != refusals_.end() && --refusal->second == 0;
     uint64_t answer = refused || refusesAll_ ? 0 : 1;

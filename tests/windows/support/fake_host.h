@@ -45,6 +45,9 @@ public:
     void ClearTranscript();
     void AddLine(const std::string& line);
 
+    // How many requests have been answered since the beginning.
+    size_t CountAnswers();
+
     // The lines of one request only.
     std::vector<std::string> Requests(HostRequest request);
 
@@ -67,6 +70,7 @@ private:
     std::vector<uint8_t> block_;
     std::vector<uint8_t> offeredPalette_;
     std::string path_;
+    size_t answers_ = 0;
     std::map<uint32_t, int> refusals_;  // request code: occurrences until the refusal
     bool refusesAll_ = false;
     uint64_t task_ = 0;  // address of the record that opened the task

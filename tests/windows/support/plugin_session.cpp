@@ -14,6 +14,7 @@
 #include <mutex>
 #include <thread>
 
+#include "tests/support/wait_for.h"
 #include "tests/windows/support/memory_ledger.h"
 #include "tests/windows/support/system_stand_ins.h"
 
@@ -22,7 +23,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kLongestSession = 120s;
+constexpr auto kLongestSilence = 2 * kLongestWait;  // a test that waits in vain says so before
 constexpr auto kLookInterval = 6ms;
 constexpr UINT kMarker = WM_APP + 77;  // posted to learn when everything before it has been handled
 constexpr int kMessageText = 101;
@@ -39,6 +40,9 @@ std::string MakeSessionFolder() {
     static int number = 0;
     const std::string folder = FolderOfProgram() + "\\..\\sessions\\" +
                                std::to_string(GetCurrentProcessId()) + "." + std::to_string(++number);
+    // A program that was ended by force may have had this number and left its files.
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
     std::filesystem::create_directories(folder + "\\AppData");
     std::filesystem::create_directories(folder + "\\Documents");
     return folder;
@@ -94,6 +98,7 @@ struct PluginSession::State {
     std::vector<std::string> messages;
 
     std::atomic<bool> ending{false};
+    std::atomic<size_t> stepsDone{0};  // times that the window came to rest, boxes that were answered
     std::atomic<bool> messagesHeld{false};
     std::atomic<DWORD> windowThread{0};
     std::thread runner;
@@ -130,6 +135,7 @@ LRESULT CALLBACK ParentProcedure(HWND window, UINT message, WPARAM word, LPARAM 
         if (current->markerSeen) {
             current->markerSeen = false;
             current->idle = true;
+            ++current->stepsDone;
         }
         current->changed.notify_all();
     }
@@ -199,6 +205,7 @@ HWND FindBox(DWORD thread, const char* caption) {
     return search.found;
 }
 
+// Presses the first button; the box goes when its thread comes to it.
 void AnswerMessageBox(PluginSession::State* state, HWND box) {
     char text[2048] = "";
     GetDlgItemTextA(box, kMessageText, text, sizeof text);
@@ -209,16 +216,23 @@ void AnswerMessageBox(PluginSession::State* state, HWND box) {
     state->host.AddLine("MSG \"" + OneLine(text) + "\"");
     for (const int button : kFirstButtons)
         if (GetDlgItem(box, button)) PostMessageA(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
-    while (IsWindow(box) && !state->ending) std::this_thread::sleep_for(kLookInterval);
+    ++state->stepsDone;
 }
 
-// Answers message boxes, and ends a test program that hangs.
+// Answers message boxes, and ends a test program whose window gives no sign of life: neither a step done nor
+// a request to the host.
 void Watch(PluginSession::State* state) {
-    const auto start = std::chrono::steady_clock::now();
+    HWND answered = nullptr;
+    size_t signs = 0;
+    auto since = std::chrono::steady_clock::now();
     while (!state->ending) {
-        if (const HWND box = state->messagesHeld ? nullptr : FindBox(state->windowThread, "Message"))
-            AnswerMessageBox(state, box);
-        if (std::chrono::steady_clock::now() - start > kLongestSession) {
+        if (answered && !IsWindow(answered)) answered = nullptr;
+        const HWND box = state->messagesHeld ? nullptr : FindBox(state->windowThread, "Message");
+        if (box && box != answered) AnswerMessageBox(state, answered = box);
+        const size_t signsNow = state->stepsDone + state->host.CountAnswers();
+        if (signsNow != signs) since = std::chrono::steady_clock::now();
+        signs = signsNow;
+        if (std::chrono::steady_clock::now() - since > kLongestSilence) {
             std::fprintf(stderr, "The plug-in's window hangs. What the host saw:\n");
             for (const std::string& line : state->host.Transcript())
                 std::fprintf(stderr, "  %s\n", line.c_str());
@@ -346,16 +360,13 @@ void PluginSession::HoldMessages(bool held) { state_->messagesHeld = held; }
 void PluginSession::Press(int id) { PostMessageA(Control(id), BM_CLICK, 0, 0); }
 
 HWND PluginSession::WaitForBox(const char* caption) {
-    for (int i = 0; i < 2000; ++i) {
-        if (const HWND box = FindBox(state_->windowThread, caption)) return box;
-        std::this_thread::sleep_for(kLookInterval);
-    }
-    return nullptr;
+    HWND box = nullptr;
+    WaitFor([&] { return (box = FindBox(state_->windowThread, caption)) != nullptr; });
+    return box;
 }
 
 bool PluginSession::WaitUntilGone(HWND box) {
-    for (int i = 0; i < 2000 && IsWindow(box); ++i) std::this_thread::sleep_for(kLookInterval);
-    return !IsWindow(box);
+    return WaitFor([box] { return !IsWindow(box); });
 }
 
 void PluginSession::AnswerMenu(UINT command) {
@@ -391,6 +402,11 @@ std::vector<std::string> PluginSession::OpenedPages() const {
 std::vector<std::string> PluginSession::Events() const {
     const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
     return state_->standIns->events;
+}
+
+std::set<UINT_PTR> PluginSession::RunningTimers() const {
+    const std::lock_guard<std::mutex> lock(state_->standIns->mutex);
+    return state_->standIns->runningTimers;
 }
 
 void PluginSession::ClearEvents() {

@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -80,7 +81,7 @@ public:
     void HoldMessages(bool held);
 
     // For what opens a box of its own: presses the button without waiting, waits for a window with this
-    // caption to appear on the window's thread, or for it to go. Null or false: it did not in a few seconds.
+    // caption to appear on the window's thread, or for it to go. Null or false: it did not (see WaitFor).
     void Press(int id);
     HWND WaitForBox(const char* caption);
     bool WaitUntilGone(HWND box);
@@ -96,6 +97,9 @@ public:
     // Timer calls as "set 15 1000" and "kill 15", and "preview" for each time that the preview was drawn.
     std::vector<std::string> Events() const;
     void ClearEvents();
+
+    // The timers that have been set and not been ended.
+    std::set<UINT_PTR> RunningTimers() const;
 
     // Where the plug-in placed the controls that it made itself, by identifier.
     std::map<int, RECT> CreatedControls() const;

@@ -89,6 +89,7 @@ BOOL WINAPI AskSave(LPOPENFILENAMEA request) { return AskPath(request, true); }
 UINT_PTR WINAPI StartTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
     const UINT_PTR started = SetTimer(window, id, period, procedure);
     const std::lock_guard<std::mutex> lock(current->mutex);
+    if (started) current->runningTimers.insert(id);
     current->events.push_back("set " + std::to_string(id) + " " + std::to_string(period));
     return started;
 }
@@ -96,6 +97,7 @@ UINT_PTR WINAPI StartTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC proc
 BOOL WINAPI EndTimer(HWND window, UINT_PTR id) {
     const BOOL ended = KillTimer(window, id);
     const std::lock_guard<std::mutex> lock(current->mutex);
+    if (ended) current->runningTimers.erase(id);
     current->events.push_back("kill " + std::to_string(id));
     return ended;
 }

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,7 @@ struct SystemStandIns {
     std::vector<AskedPath> askedPaths;
     std::vector<std::string> openedPages;
     std::vector<std::string> events;
+    std::set<UINT_PTR> runningTimers;
     std::map<int, RECT> created;
 
     struct Patches;
