@@ -18,7 +18,7 @@ namespace {
 using stage::Narrow;
 using stage::Widen;
 
-constexpr DWORD kLongestRun = 120000;
+constexpr DWORD kLongestRun = 600000;  // the longest takes seconds, but not on a loaded machine
 
 // As the system's own splitting of command lines undoes it.
 std::wstring Quoted(const std::string& argument) {
@@ -125,6 +125,14 @@ int WaitForStage(RunningStage* stage) {
     return static_cast<int>(exitCode);
 }
 
+void EndStage(RunningStage* stage) {
+    if (!stage->process) return;
+    TerminateProcess(stage->process, 99);
+    WaitForEnd(stage->process);
+    CloseHandle(stage->process);
+    stage->process = nullptr;
+}
+
 nlohmann::json RunStageForJson(std::vector<std::string> arguments) {
     arguments.emplace_back("--json");
     const StageResult result = RunStage(arguments);
@@ -144,6 +152,8 @@ TemporaryFolder::TemporaryFolder() {
     path = Narrow(temporary) + "kestrel-stage-test-" + std::to_string(GetCurrentProcessId()) + "-" +
            std::to_string(++count) + "\\";
     CreateDirectoryW(Widen(path).c_str(), nullptr);
+    // A program that was ended by force may have had this number and left its files.
+    for (const std::string& name : FilesIn(path)) DeleteFileAt(path + name);
 }
 
 TemporaryFolder::~TemporaryFolder() {

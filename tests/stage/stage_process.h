@@ -29,6 +29,9 @@ bool StartStage(const std::vector<std::string>& arguments, RunningStage* stage);
 // Waits for its end, ends it when it hangs (which fails the test), and returns its exit code.
 int WaitForStage(RunningStage* stage);
 
+// Ends one that still runs, so that it is not in the way of the next.
+void EndStage(RunningStage* stage);
+
 // Runs kestrel-stage.exe, which stands beside this test, with the arguments (UTF-8) and waits for its end.
 StageResult RunStage(const std::vector<std::string>& arguments);
 

@@ -2,32 +2,24 @@
 // Stage's own window, used as a user would: by its buttons, and the plug-in's.
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include <windows.h>
 
 #include "stage/stage_resources.h"
 #include "tests/stage/stage_process.h"
 #include "tests/stage/test_animations.h"
+#include "tests/support/wait_for.h"
 
 namespace kfx::test {
 namespace {
 
 constexpr int kBuild = 1;
 constexpr int kSizeField = 12;
-
-bool Await(const std::function<bool()>& condition) {
-    for (int tries = 0; tries < 3000; ++tries) {
-        if (condition()) return true;
-        Sleep(10);
-    }
-    return false;
-}
+constexpr UINT kAnswerMilliseconds = 10000;  // until the text is asked for once more
 
 std::string TextOf(HWND window) {
     char text[300] = "";
-    SendMessageTimeoutA(window, WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text), SMTO_NORMAL, 5000,
-                        nullptr);
+    SendMessageTimeoutA(window, WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text), SMTO_NORMAL,
+                        kAnswerMilliseconds, nullptr);
     return text;
 }
 
@@ -54,16 +46,28 @@ struct StageWindow : ::testing::Test {
     HWND window = nullptr;
 
     void SetUp() override { WriteTestGif(input, 3); }
+    void TearDown() override { EndStage(&stage); }
 
     void Open(const std::vector<std::string>& arguments) {
         ASSERT_TRUE(StartStage(arguments, &stage));
-        ASSERT_TRUE(Await([this] { return (window = FindWindowA("KestrelStage", nullptr)) != nullptr; }));
+        ASSERT_TRUE(WaitFor([this] { return (window = FindWindowA("KestrelStage", nullptr)) != nullptr; }));
     }
 
-    HWND AwaitDialog(const char* title) const {
-        HWND dialog = nullptr;
-        EXPECT_TRUE(Await([&] { return (dialog = DialogOf(stage.processId, title)) != nullptr; })) << title;
-        return dialog;
+    bool WaitForTitle(const std::string& title) const {
+        return WaitFor([&] { return TextOf(window) == title; });
+    }
+
+    void WaitForDialog(const char* title, HWND* dialog) const {
+        ASSERT_TRUE(WaitFor([&] { return (*dialog = DialogOf(stage.processId, title)) != nullptr; }))
+            << title;
+    }
+
+    // Presses a button of a message box with Stage's title.
+    void AnswerMessage(int button) const {
+        HWND box = nullptr;
+        ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));
+        PostMessageA(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
+        ASSERT_TRUE(WaitFor([&] { return DialogOf(stage.processId, "Kestrel Stage") == nullptr; }));
     }
 
     void ExpectEnd() { EXPECT_EQ(WaitForStage(&stage), 0); }
@@ -71,27 +75,27 @@ struct StageWindow : ::testing::Test {
 
 TEST_F(StageWindow, TheSourceGoesThroughThePluginAndTheResultWaitsToBeSaved) {
     ASSERT_NO_FATAL_FAILURE(Open({"window", input}));
-    ASSERT_TRUE(Await([this] { return TextOf(window) == "in.gif - Kestrel Stage"; }));
+    ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
     EXPECT_FALSE(IsWindowEnabled(GetDlgItem(window, IDC_SAVE)));
 
     Press(window, IDC_EFFECTS);
-    const HWND plugin = AwaitDialog("Kestrel FX #1");
-    EXPECT_FALSE(IsWindowEnabled(window)) << "the plug-in's window is modal";
-    EXPECT_TRUE(Await([plugin] { return TextOf(GetDlgItem(plugin, kSizeField)) == "40 x 30"; }))
+    HWND plugin = nullptr;
+    ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel FX #1", &plugin));
+    EXPECT_TRUE(WaitFor([this] { return !IsWindowEnabled(window); })) << "the plug-in's window is modal";
+    EXPECT_TRUE(WaitFor([plugin] { return TextOf(GetDlgItem(plugin, kSizeField)) == "40 x 30"; }))
         << "Stage's source is opened without asking";
     Press(plugin, kBuild);
-    EXPECT_TRUE(Await([this] { return IsWindowEnabled(GetDlgItem(window, IDC_SAVE)) != 0; }));
+    EXPECT_TRUE(WaitFor([this] { return IsWindowEnabled(GetDlgItem(window, IDC_SAVE)) != 0; }));
 
     PostMessageA(window, WM_CLOSE, 0, 0);
-    PostMessageA(AwaitDialog("Kestrel Stage"), WM_COMMAND, IDNO, 0);
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDNO));
     ExpectEnd();
 }
 
 TEST_F(StageWindow, AFileThatCannotBeReadIsReportedAndTheWindowStays) {
     ASSERT_NO_FATAL_FAILURE(Open({"window", folder.path + "no.gif"}));
-    PostMessageA(AwaitDialog("Kestrel Stage"), WM_COMMAND, IDOK, 0);
-    ASSERT_TRUE(Await([this] { return DialogOf(stage.processId, "Kestrel Stage") == nullptr; }));
-    EXPECT_EQ(TextOf(window), "Kestrel Stage");
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
+    EXPECT_TRUE(WaitForTitle("Kestrel Stage"));
     PostMessageA(window, WM_CLOSE, 0, 0);
     ExpectEnd();
 }
@@ -99,8 +103,7 @@ TEST_F(StageWindow, AFileThatCannotBeReadIsReportedAndTheWindowStays) {
 TEST_F(StageWindow, AMissingPluginIsReported) {
     ASSERT_NO_FATAL_FAILURE(Open({"window", input, "--plugin", folder.path + "no.dll"}));
     Press(window, IDC_EFFECTS);
-    PostMessageA(AwaitDialog("Kestrel Stage"), WM_COMMAND, IDOK, 0);
-    ASSERT_TRUE(Await([this] { return DialogOf(stage.processId, "Kestrel Stage") == nullptr; }));
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
     PostMessageA(window, WM_CLOSE, 0, 0);
     ExpectEnd();
 }
