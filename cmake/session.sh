@@ -51,7 +51,7 @@ start_wine() {
     if [ ! -f "$WINEPREFIX/.complete" ]; then
         say "Making the Wine prefix (once)"
         rm -rf "$WINEPREFIX"
-        if ! timeout 300 "$root/cmake/wine" wineboot --init >"$work/logs/wineboot.log" 2>&1; then
+        if ! timeout 1200 "$root/cmake/wine" wineboot --init >"$work/logs/wineboot.log" 2>&1; then
             fail "Wine could not make its prefix; see ${work#"$root"/}/logs/wineboot.log."
         fi
         wine_server -w
@@ -71,12 +71,12 @@ manage_windows() {
     echo "$1" >"$state"
 }
 
-# An Xvfb on a display number of its own choice.
+# An Xvfb on a display number of its own choice. The limit is for one that hangs: a loaded machine takes seconds.
 start_display() {
     local number_file=$work/logs/display.$$ waited
     Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" >"$work/logs/xvfb.log" 2>&1 &
     display_pid=$!
-    for ((waited = 0; waited < 100; ++waited)); do
+    for ((waited = 0; waited < 1200; ++waited)); do
         [ ! -s "$number_file" ] || break
         kill -0 "$display_pid" 2>/dev/null || break
         sleep 0.1
@@ -92,7 +92,7 @@ wine_server() {
     local server
     for server in /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver wineserver; do
         if command -v "$server" >/dev/null 2>&1; then
-            WINEPREFIX=$work/wine timeout 60 "$server" "$@" 2>/dev/null || true
+            WINEPREFIX=$work/wine timeout 600 "$server" "$@" 2>/dev/null || true
             return 0
         fi
     done

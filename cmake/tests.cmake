@@ -1,6 +1,9 @@
 # How tests join the build. One program per test file or small group of files: a program is what ctest runs (and
 # what runs beside another one), the cases inside are counted by ./test from GoogleTest's own report.
 
+# Only what hangs lasts as long: a program that takes a minute may take ten on a machine that is busy elsewhere.
+set(KFX_TEST_TIMEOUT 1800)
+
 # kfx_add_test(NAME SOURCES a.cpp ... LIBRARIES kfx_... [ARGUMENTS ...] [TIMEOUT seconds]
 #              [NATIVE_ONLY | WINDOWS_ONLY] [WINDOW])
 # Without a word on the side, the program is built by both toolchains and runs natively and under Wine.
@@ -15,7 +18,7 @@ function(kfx_add_test name)
         return()
     endif()
     if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 300)
+        set(arg_TIMEOUT ${KFX_TEST_TIMEOUT})
     endif()
 
     add_executable(${name} ${arg_SOURCES})
@@ -69,6 +72,6 @@ function(kfx_add_fuzzer name)
         add_executable(${name} ${arg_SOURCES} ${CMAKE_SOURCE_DIR}/tests/fuzz/replay_main.cpp)
         target_link_libraries(${name} PRIVATE kfx_flags ${arg_LIBRARIES})
         add_test(NAME ${name} COMMAND ${name} ${arg_CORPUS} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
-        kfx_set_test_properties(${name} 300 FALSE)
+        kfx_set_test_properties(${name} ${KFX_TEST_TIMEOUT} FALSE)
     endif()
 endfunction()
