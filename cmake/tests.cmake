@@ -7,7 +7,8 @@ set(KFX_TEST_TIMEOUT 1800)
 # kfx_add_test(NAME SOURCES a.cpp ... LIBRARIES kfx_... [ARGUMENTS ...] [TIMEOUT seconds]
 #              [NATIVE_ONLY | WINDOWS_ONLY] [WINDOW])
 # Without a word on the side, the program is built by both toolchains and runs natively and under Wine.
-# WINDOW: it shows windows or touches the user's settings, so that no other such program may run beside it.
+# WINDOW: it shows windows or touches the user's settings, so that no other such program may run beside it: a window
+# that opens takes the focus from the one that has it. Programs with kfx_plugin_test_support always do.
 # The working directory is the root of the sources: test data is read from tests/data/.
 function(kfx_add_test name)
     cmake_parse_arguments(arg "NATIVE_ONLY;WINDOWS_ONLY;WINDOW" "TIMEOUT" "SOURCES;LIBRARIES;ARGUMENTS" ${ARGN})
@@ -28,6 +29,9 @@ function(kfx_add_test name)
         target_compile_options(${name} PRIVATE -O1)
     endif()
     add_test(NAME ${name} COMMAND ${name} ${arg_ARGUMENTS} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
+    if("kfx_plugin_test_support" IN_LIST arg_LIBRARIES)
+        set(arg_WINDOW TRUE)
+    endif()
     kfx_set_test_properties(${name} ${arg_TIMEOUT} ${arg_WINDOW})
 endfunction()
 
