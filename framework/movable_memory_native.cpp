@@ -16,14 +16,26 @@ struct Block {
     size_t locks;
 };
 
-MemoryCounts counts;   // written by every function below
-size_t refusedNumber;  // written by the two functions that tests call
-size_t refusedFromNumber;
+// Which attempts of one kind are refused, counted from 1; 0: none.
+struct Refusals {
+    size_t number;
+    size_t from;
+};
 
-bool Refused() {
-    ++counts.allocations;
-    return counts.allocations == refusedNumber ||
-           (refusedFromNumber && counts.allocations >= refusedFromNumber);
+MemoryCounts counts;          // written by every function below
+Refusals allocationRefusals;  // written by the functions that tests call
+Refusals lockRefusals;
+size_t uncounted;  // how many UncountedMemory live
+
+bool IsRefused(const Refusals& refusals, size_t* attempts) {
+    if (uncounted) return false;
+    const size_t number = ++*attempts;
+    return number == refusals.number || (refusals.from && number >= refusals.from);
+}
+
+bool IsAllocationRefused(size_t bytes) {
+    if (!uncounted && bytes > counts.largestBytes) counts.largestBytes = bytes;
+    return IsRefused(allocationRefusals, &counts.allocations);
 }
 
 void Grow(size_t bytes) {
@@ -34,7 +46,7 @@ void Grow(size_t bytes) {
 }  // namespace
 
 MemoryHandle AllocateMemory(size_t bytes) {
-    if (Refused()) return nullptr;
+    if (IsAllocationRefused(bytes)) return nullptr;
     auto* block = static_cast<Block*>(std::malloc(sizeof(Block)));
     if (!block) return nullptr;
     block->size = bytes ? bytes : 1;
@@ -50,7 +62,7 @@ MemoryHandle AllocateMemory(size_t bytes) {
 }
 
 void* LockMemory(MemoryHandle memory) {
-    if (!memory) return nullptr;
+    if (!memory || IsRefused(lockRefusals, &counts.locks)) return nullptr;
     auto* block = static_cast<Block*>(memory);
     if (block->locks++ == 0) ++counts.lockedBlocks;
     return block->bytes;
@@ -58,11 +70,15 @@ void* LockMemory(MemoryHandle memory) {
 
 void UnlockMemory(MemoryHandle memory) {
     auto* block = static_cast<Block*>(memory);
-    if (block && block->locks && --block->locks == 0) --counts.lockedBlocks;
+    if (!block) return;
+    if (!block->locks)
+        ++counts.strayUnlocks;
+    else if (--block->locks == 0)
+        --counts.lockedBlocks;
 }
 
 MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes) {
-    if (!memory || Refused()) return nullptr;
+    if (!memory || IsAllocationRefused(bytes)) return nullptr;
     auto* block = static_cast<Block*>(memory);
     const size_t size = bytes ? bytes : 1;
     void* moved = std::realloc(block->bytes, size);
@@ -80,7 +96,10 @@ void FreeMemory(MemoryHandle memory) {
     auto* block = static_cast<Block*>(memory);
     --counts.liveBlocks;
     counts.liveBytes -= block->size;
-    if (block->locks) --counts.lockedBlocks;
+    if (block->locks) {
+        ++counts.lockedFrees;
+        --counts.lockedBlocks;
+    }
     std::free(block->bytes);
     std::free(block);
 }
@@ -91,21 +110,34 @@ MemoryCounts CountMemory() { return counts; }
 
 void ResetMemoryCounts() {
     counts.allocations = 0;
+    counts.largestBytes = 0;
+    counts.locks = 0;
     counts.peakBytes = counts.liveBytes;
-    refusedNumber = 0;
-    refusedFromNumber = 0;
+    allocationRefusals = {};
+    lockRefusals = {};
 }
 
 void RefuseAllocation(size_t number) {
     counts.allocations = 0;
-    refusedNumber = number;
-    refusedFromNumber = 0;
+    allocationRefusals = {number, 0};
 }
 
 void RefuseAllocationsFrom(size_t number) {
     counts.allocations = 0;
-    refusedNumber = 0;
-    refusedFromNumber = number;
+    allocationRefusals = {0, number};
 }
+
+void RefuseLock(size_t number) {
+    counts.locks = 0;
+    lockRefusals = {number, 0};
+}
+
+void RefuseLocksFrom(size_t number) {
+    counts.locks = 0;
+    lockRefusals = {0, number};
+}
+
+UncountedMemory::UncountedMemory() { ++uncounted; }
+UncountedMemory::~UncountedMemory() { --uncounted; }
 
 }  // namespace kfx

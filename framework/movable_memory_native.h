@@ -11,10 +11,16 @@ struct MemoryCounts {
     size_t liveBytes;
     size_t lockedBlocks;  // blocks that somebody forgot to unlock, when looked at between calls
     size_t allocations;   // attempts since the last reset, refused ones included
+    size_t largestBytes;  // of those attempts, the greatest size
+    size_t locks;         // attempts to lock a block since the last reset, refused ones included
+    size_t strayUnlocks;  // unlocks of blocks that were not locked, ever
+    size_t lockedFrees;   // frees of blocks that were locked, ever
     size_t peakBytes;
 };
 
 MemoryCounts CountMemory();
+
+// Counts from 0 again and refuses nothing.
 void ResetMemoryCounts();
 
 // The allocation (or resize) with this number, counted from 1 after now, is refused, once; 0 refuses none.
@@ -22,5 +28,18 @@ void RefuseAllocation(size_t number);
 
 // From that allocation on, every one is refused; 0 refuses none.
 void RefuseAllocationsFrom(size_t number);
+
+// The same for attempts to lock a block. A refused lock leaves the block as it was.
+void RefuseLock(size_t number);
+void RefuseLocksFrom(size_t number);
+
+// While it lives, nothing is refused and no allocation or lock is counted: for what a test does with memory
+// in the middle of an operation, in the host's place.
+struct UncountedMemory {
+    UncountedMemory();
+    ~UncountedMemory();
+    UncountedMemory(const UncountedMemory&) = delete;
+    UncountedMemory& operator=(const UncountedMemory&) = delete;
+};
 
 }  // namespace kfx
