@@ -88,14 +88,15 @@ ImageHandle ApplyZoomBlur(ImageHandle source, int32_t displacement, int32_t cycl
     const int32_t height = from.image->height;
     MemoryOwner owner(CreateLike(from.image));
     const ImageLock to(owner.memory);
+    if (!to.image) return nullptr;
     KernelCache own;
+    if (!cache) cache = &own;
     const int32_t key[] = {width, height, from.image->bitCount, displacement, cycles};
     const size_t sides = static_cast<size_t>(width) + static_cast<size_t>(height);
     bool fresh = false;
-    auto* tables = static_cast<int32_t*>(
-        CachedTable(cache ? cache : &own, key, sizeof key,
-                    sides * (static_cast<size_t>(cycles) + 1) * sizeof(int32_t), &fresh));
-    if (!to.image || !tables) return nullptr;
+    auto* tables = static_cast<int32_t*>(CachedTable(
+        cache, key, sizeof key, sides * (static_cast<size_t>(cycles) + 1) * sizeof(int32_t), &fresh));
+    if (!tables) return nullptr;
 
     const Axis columns = {tables + sides, tables};
     const Axis rows = {columns.places + static_cast<ptrdiff_t>(width) * cycles, tables + width};
@@ -105,6 +106,7 @@ ImageHandle ApplyZoomBlur(ImageHandle source, int32_t displacement, int32_t cycl
         FillAxis(width, displacement, cycles, {0, asBytes ? 3 : 1}, columns);
         FillAxis(height, displacement, cycles, asBytes ? Scale{(height - 1) * stride, -stride} : Scale{0, 1},
                  rows);
+        KeepTable(cache);
     }
     const Reciprocals reciprocals;
     for (int32_t y = 0; y < height; ++y) {

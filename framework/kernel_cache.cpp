@@ -12,6 +12,7 @@ void Empty(KernelCache* cache) {
     cache->memory = nullptr;
     cache->address = nullptr;
     cache->keyBytes = 0;
+    cache->filled = false;
 }
 
 }  // namespace
@@ -19,7 +20,7 @@ void Empty(KernelCache* cache) {
 KernelCache::~KernelCache() { Empty(this); }
 
 void* CachedTable(KernelCache* cache, const void* key, size_t keyBytes, size_t bytes, bool* fresh) {
-    if (cache->address && cache->bytes == bytes && cache->keyBytes == keyBytes &&
+    if (cache->filled && cache->bytes == bytes && cache->keyBytes == keyBytes &&
         std::memcmp(cache->key, key, keyBytes) == 0) {
         *fresh = false;
         return cache->address;
@@ -38,5 +39,7 @@ void* CachedTable(KernelCache* cache, const void* key, size_t keyBytes, size_t b
     *fresh = true;
     return cache->address;
 }
+
+void KeepTable(KernelCache* cache) { cache->filled = cache->address != nullptr; }
 
 }  // namespace kfx

@@ -22,11 +22,17 @@ struct KernelCache {
     size_t bytes = 0;
     unsigned char key[kMostCacheKeyBytes] = {};
     size_t keyBytes = 0;
+    bool filled = false;  // by the caller, to the end: only then is the table found again
 };
 
 // The cache's table of `bytes` bytes for this key (size and settings as plain bytes, at most
-// kMostCacheKeyBytes). When the key is another than last time the table is made anew, zeroed, and `*fresh`
-// set: the caller fills it. Null: memory ran out; the cache is then empty.
+// kMostCacheKeyBytes). When no filled table is kept under that key the table is made anew, zeroed, and
+// `*fresh` set: the caller fills it and says so with KeepTable. Null: memory ran out; the cache is then
+// empty.
 void* CachedTable(KernelCache* cache, const void* key, size_t keyBytes, size_t bytes, bool* fresh);
+
+// The fresh table is filled and will be found under its key. A table of which nobody says so, because a frame
+// was given up in the middle, is made anew the next time.
+void KeepTable(KernelCache* cache);
 
 }  // namespace kfx

@@ -49,6 +49,7 @@ void KeepRadialField(RadialField* field, KernelCache* cache, const void* key, si
         for (size_t k = 0; k < rowCount; ++k)
             field->compute(field->settings, field->columns->square.address, field->columns->distinct,
                            field->rows->square.address[k], table + k * rowSize);
+        KeepTable(cache);
     }
     field->table = table;
 }

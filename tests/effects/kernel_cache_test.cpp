@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// Every effect on the frames of an animation, with each allocation and each lock refused in turn: tables that
+// are kept from frame to frame never carry a refusal over to the frames after it.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "effects/effect_table.h"
+#include "framework/movable_memory_native.h"
+#include "framework/panel.h"
+#include "framework/random.h"
+#include "tests/effects/effect_checks.h"
+
+namespace kfx::test {
+namespace {
+
+using Refuse = void (*)(size_t number);
+
+Values BuiltInValues(const EffectRecord& effect) {
+    Values values;
+    for (size_t i = 0; i < effect.controlCount; ++i)
+        values.push_back(ReadControl(effect.controls[i], nullptr));
+    return values;
+}
+
+bool KeepsTables(const EffectRecord& effect) {
+    KernelCache cache;
+    const Picture source = RandomPicture(20, 16, 1);
+    const Picture result(effect.kernel(source.handle, MakeInput(BuiltInValues(effect), 0, &cache)));
+    return cache.address != nullptr;
+}
+
+class KernelTables : public testing::Test {
+protected:
+    KernelTables() {
+        HoldClock(12345);  // Water Drops takes its seed from it
+        // Two frames of one size, two of another with tables of as many bytes, and the first size again.
+        const Size sizes[] = {{20, 16}, {20, 16}, {16, 20}, {16, 20}, {20, 16}};
+        uint32_t seed = 1;
+        for (const Size& size : sizes) frames.push_back(RandomPicture(size.width, size.height, seed++));
+    }
+    ~KernelTables() override {
+        ReleaseClock();
+        ResetMemoryCounts();
+    }
+
+    // Runs the effect over all frames with one cache and refuses the attempt of that number while frame
+    // `refused` is made. Answers whether there was such an attempt.
+    bool RunRefusing(const EffectRecord& effect, const std::vector<Picture>& expected, size_t refused,
+                     Refuse refuse, size_t number) {
+        const Values values = BuiltInValues(effect);
+        KernelCache cache;
+        bool reached = false;
+        for (size_t i = 0; i < frames.size(); ++i) {
+            if (i == refused) refuse(number);
+            const Picture actual(effect.kernel(frames[i].handle, MakeInput(values, kTestBackground, &cache)));
+            if (i == refused) {
+                const MemoryCounts counts = CountMemory();
+                reached = (refuse == RefuseAllocation ? counts.allocations : counts.locks) >= number;
+                ResetMemoryCounts();
+                continue;
+            }
+            EXPECT_TRUE(SamePicture(expected[i].handle, actual.handle))
+                << effect.name << ", frame " << i << " after "
+                << (refuse == RefuseAllocation ? "allocation " : "lock ") << number << " of frame " << refused
+                << " was refused";
+        }
+        runs += reached;
+        return reached;
+    }
+
+    std::vector<Picture> frames;
+    size_t runs = 0;
+};
+
+TEST_F(KernelTables, are_kept_by_these_effects) {
+    std::set<std::string> names;
+    for (size_t row = 0; row < EffectCount(); ++row)
+        if (KeepsTables(*EffectAt(row))) names.insert(EffectAt(row)->name);
+    EXPECT_EQ(names, (std::set<std::string>{"Explode", "Implode", "Ripple", "Swirl", "Zoom Blur"}));
+}
+
+TEST_F(KernelTables, are_right_in_every_frame_after_a_refusal) {
+    for (size_t row = 0; row < EffectCount(); ++row) {
+        const EffectRecord& effect = *EffectAt(row);
+        std::vector<Picture> expected;
+        for (const Picture& frame : frames)
+            expected.push_back(Apply(effect, frame.handle, BuiltInValues(effect)));
+        const size_t blocks = CountMemory().liveBlocks;
+        for (const Refuse refuse : {RefuseAllocation, RefuseLock})
+            for (size_t refused = 0; refused < frames.size(); ++refused)
+                for (size_t number = 1; RunRefusing(effect, expected, refused, refuse, number); ++number)
+                    ASSERT_LT(number, 200u) << effect.name;
+        EXPECT_EQ(CountMemory().liveBlocks, blocks) << effect.name;
+        EXPECT_EQ(CountMemory().lockedBlocks, 0u) << effect.name;
+    }
+    RecordProperty("refusals", static_cast<int>(runs));
+    EXPECT_GT(runs, 1000u) << "refusals tried";
+}
+
+}  // namespace
+}  // namespace kfx::test
