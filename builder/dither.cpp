@@ -256,9 +256,11 @@ ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
     const auto width = static_cast<size_t>(from->width);
     const size_t rowErrors = kLanes * (width + 1);
     const Scratch<int16_t> errors((kWaveRows + 1) * rowErrors);
+    // Rows that have to be spread into bytes first; full-colour rows are read where they stand.
     const size_t spreadBytes = from->bitCount == 24 ? 0 : 3 * width;
-    const Scratch<uint8_t> spread(kWaveRows * spreadBytes);
-    if (!to.image || !errors.address || !spread.address) return nullptr;
+    const MemoryOwner spreadOwner(spreadBytes ? AllocateMemory(kWaveRows * spreadBytes) : nullptr);
+    const MemoryLock spread(spreadOwner.memory);
+    if (!to.image || !errors.address || (spreadBytes && !spread.address)) return nullptr;
     ColorDither dither;
     dither.index = IndexFor(target, to.image->bitCount);
     dither.width = from->width;
@@ -267,13 +269,14 @@ ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
     uint8_t colors[kPaletteBytes];
     ReadColorTable(from, colors);
 
+    auto* spreadRows = static_cast<uint8_t*>(spread.address);
     const DitherRows ditherRows = ChooseDitherRows(to.image->bitCount);
     for (int32_t r = 0; r < from->height; r += kWaveRows) {
         DitherRow rows[kWaveRows];
         const int32_t count = std::min(kWaveRows, from->height - r);
         for (int32_t k = 0; k < count; ++k) {
             int16_t* rowStart = errors.address + static_cast<size_t>(k) * rowErrors + kLanes;
-            uint8_t* rowColors = spread.address + static_cast<size_t>(k) * spreadBytes;
+            uint8_t* rowColors = spreadRows + static_cast<size_t>(k) * spreadBytes;
             rows[k] = {ColorRow(from, r + k, colors, rowColors), rowStart, rowStart + rowErrors,
                        StoredRow(to.image, r + k)};
         }

@@ -90,22 +90,32 @@ void RemapColors(const WorkingImage* from, ColorIndex* index, WorkingImage* to) 
         remapRow(StoredRow(from, r), from->width, index, StoredRow(to, r));
 }
 
-// What each index of a source with a colour table becomes.
-void MapEntries(const WorkingImage* from, const RemapTarget& target, ColorIndex* index, uint8_t map[256]) {
+// What the color index answers for one level of gray, without its table: two questions do not pay for it.
+uint8_t GrayEntry(const RemapTarget& target, int32_t searched, int32_t level) {
+    const int32_t nearest = NearestEntry(target.palette, searched, level, level, level);
+    const int32_t rounded = level & 0xF8;
+    return static_cast<uint8_t>(target.fastRemap &&
+                                        ColorDistance(target.palette + 3 * nearest, level, level, level) != 0
+                                    ? NearestEntry(target.palette, searched, rounded, rounded, rounded)
+                                    : nearest);
+}
+
+// What each index of a source with a colour table becomes; `searched` entries for a two-colour source.
+void MapEntries(const WorkingImage* from, const RemapTarget& target, int32_t searched, uint8_t map[256]) {
     if (from->bitCount == 1) {
         // Two-colour pictures are black and white whatever their colour table says.
-        map[0] = LookUpColor(index, 0, 0, 0);
-        map[1] = LookUpColor(index, 255, 255, 255);
+        map[0] = GrayEntry(target, searched, 0);
+        map[1] = GrayEntry(target, searched, 255);
         return;
     }
     uint8_t colors[kPaletteBytes];
     ReadColorTable(from, colors);
-    const int32_t searched = 1 << target.bitsPerPixel;
+    const int32_t entries = 1 << target.bitsPerPixel;
     for (int32_t i = 0; i < 1 << from->bitCount; ++i) {
         const uint8_t* color = colors + 3 * i;
         map[i] = static_cast<uint8_t>(
             target.bitsPerPixel == 1 ? static_cast<int32_t>(IsBright(color[0], color[1], color[2]))
-                                     : NearestEntry(target.palette, searched, color[0], color[1], color[2]));
+                                     : NearestEntry(target.palette, entries, color[0], color[1], color[2]));
     }
 }
 
@@ -126,10 +136,15 @@ void RemapIndices(const WorkingImage* from, const uint8_t map[256], WorkingImage
         remapRow(StoredRow(from, r), from->bitCount, from->width, map, StoredRow(to, r));
 }
 
+// How many palette entries are searched for an image of that bit count: indices always fit its pixels.
+int32_t SearchedEntries(const RemapTarget& target, int32_t imageBitCount) {
+    return std::min(target.colorCount, 1 << imageBitCount);
+}
+
 }  // namespace
 
 ColorIndex* IndexFor(RemapTarget* target, int32_t imageBitCount) {
-    const int32_t searched = std::min(target->colorCount, 1 << imageBitCount);
+    const int32_t searched = SearchedEntries(*target, imageBitCount);
     return PrepareColorIndex(&target->index, target->palette, searched, target->fastRemap) ? &target->index
                                                                                            : nullptr;
 }
@@ -141,18 +156,20 @@ ImageHandle PlainRemap(ImageHandle source, RemapTarget* target) {
         CreateDib(from.image->width, from.image->height, target->palette, target->bitsPerPixel));
     const ImageLock to(owner.memory);
     if (!to.image) return nullptr;
-    ColorIndex* index = IndexFor(target, to.image->bitCount);
-    if (!index) return nullptr;
-
-    if (from.image->bitCount == 24) {
-        RemapColors<3>(from.image, index, to.image);
-    } else if (from.image->bitCount == 32) {
-        RemapColors<4>(from.image, index, to.image);
-    } else {
+    if (from.image->bitCount <= 8) {
         uint8_t map[256];
-        MapEntries(from.image, *target, index, map);
+        MapEntries(from.image, *target, SearchedEntries(*target, to.image->bitCount), map);
         RemapIndices(from.image, map, to.image);
+        return owner.Release();
     }
+
+    // Two colours are told apart by luminance alone: no table of colours is asked.
+    ColorIndex* index = to.image->bitCount == 1 ? nullptr : IndexFor(target, to.image->bitCount);
+    if (!index && to.image->bitCount != 1) return nullptr;
+    if (from.image->bitCount == 24)
+        RemapColors<3>(from.image, index, to.image);
+    else
+        RemapColors<4>(from.image, index, to.image);
     return owner.Release();
 }
 

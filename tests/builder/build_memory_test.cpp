@@ -4,6 +4,7 @@
 
 #include "builder/build_driver.h"
 #include "builder/color_index.h"
+#include "builder/remap.h"
 #include "framework/movable_memory_native.h"
 #include "framework/source_animation.h"
 #include "tests/builder/recording_host.h"
@@ -149,6 +150,44 @@ TEST(BuildMemory, nothing_but_the_source_stays_locked_across_a_request) {
         // The tables that answer for colours live, locked, through the remapping stage.
         EXPECT_LE(host.mostLocks, 1u) << named.name;
     }
+}
+
+TEST(BuildMemory, two_colour_output_makes_no_table_of_all_colours) {
+    BuildOptions fixed = BuiltInOptions();
+    fixed.paletteChoice = 0;
+    BuildOptions dithered = fixed;
+    dithered.dither = true;
+    BuildOptions custom = BuiltInOptions();
+    custom.customPalette = true;  // of one colour and the background's white
+    const Picture flat = FlatPicture(21, 14, 0x305070);
+    const std::vector<uint8_t> block = MakeAnimationBlock({{BytesOf(flat.handle)}});
+    for (const BuildOptions& options : {fixed, dithered, custom}) {
+        RecordingHost host;
+        ResetMemoryCounts();
+        ASSERT_EQ(BuildWith(&host, block, options), 1);
+        EXPECT_EQ(host.task.bitsPerPixel, 1u);
+        EXPECT_LE(CountMemory().largestBytes, block.size()) << "the source is the largest block";
+    }
+}
+
+TEST(BuildMemory, only_full_colour_pictures_need_the_table_of_all_colours) {
+    RemapTarget target;
+    for (const int32_t bitCount : {1, 4, 8}) {
+        const Picture source = RandomPicture(9, 5, 1, bitCount);
+        ResetMemoryCounts();
+        const Picture converted(PlainRemap(source.handle, &target));
+        EXPECT_TRUE(converted.handle);
+        EXPECT_EQ(CountMemory().allocations, 1u) << bitCount << " bits: the picture";
+    }
+}
+
+TEST(BuildMemory, dithering_full_colour_pictures_needs_a_picture_errors_and_the_table_of_colours) {
+    const Picture source = RandomPicture(9, 5, 1);
+    RemapTarget target;
+    ResetMemoryCounts();
+    const Picture converted(DitherRemap(source.handle, &target));
+    EXPECT_TRUE(converted.handle);
+    EXPECT_EQ(CountMemory().allocations, 3u);
 }
 
 TEST(BuildMemory, a_build_holds_the_source_the_frames_one_working_copy_and_its_tables) {
