@@ -3,9 +3,9 @@
 #pragma once
 
 #include "stage/command_line.h"
+#include "stage/command_settings.h"
 #include "stage/plugin_run.h"
 #include "stage/report.h"
-#include "stage/settings_guard.h"
 
 namespace kfx::stage {
 
@@ -15,7 +15,7 @@ Report RunGallery(const CommandLine& line);
 Report RunSample(const CommandLine& line);
 Report RunSheet(const CommandLine& line);
 
-// A plug-in that a command drives. Members end in the reverse order: the user's settings come back last.
+// A plug-in that a command drives. It sees nothing of the user's settings.
 struct DrivenPlugin {
     // Opens the plug-in's window with settings of its own. On failure run.error says why.
     DrivenPlugin(const CommandLine& line, std::uint8_t capabilities, HostSession* session);
@@ -23,7 +23,7 @@ struct DrivenPlugin {
     DrivenPlugin(const DrivenPlugin&) = delete;
     DrivenPlugin& operator=(const DrivenPlugin&) = delete;
 
-    SettingsGuard settings;
+    CommandSettings settings;
     PluginLibrary library;
     PluginRun run;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "stage/commands.h"
 
+#include "stage/folder_answers.h"
 #include "stage/text_windows.h"
 
 namespace kfx::stage {
@@ -8,16 +9,16 @@ namespace {
 
 // The plug-in's settings for one command: its own defaults, whatever the user chose in the window the last
 // time, so that the same command gives the same file on each machine. Only what has no control is written
-// here.
+// here; usually nothing.
 std::string SettingsFor(const CommandLine& line) {
-    std::string text = "[PlugIn]\r\nReloadPreviousSession = 0\r\n";
+    std::string text;
     const auto add = [&text](const char* key, int value) {
         text += std::string(key) + " = " + std::to_string(value) + "\r\n";
     };
-    add("FastRemap", line.fastRemap ? 1 : 0);
+    if (line.fastRemap) add("FastRemap", 1);
     if (line.ditherBrightness >= 0) add("DitherBrightness", line.ditherBrightness);
     if (line.ditherContrast >= 0) add("DitherContrast", line.ditherContrast);
-    return text;
+    return text.empty() ? text : "[PlugIn]\r\n" + text;
 }
 
 }  // namespace
@@ -32,11 +33,14 @@ DrivenPlugin::DrivenPlugin(const CommandLine& line, std::uint8_t capabilities, H
     BeginSession(session, capabilities);
     run.error = settings.error;
     const std::string path = line.plugin.empty() ? DefaultPluginPath() : SystemPath(line.plugin);
-    if (!run.error.empty() || !LoadPlugin(path, &library, &run.error)) {
+    if (!run.error.empty() || !LoadPlugin(path, AnswerFolderLookups, &library, &run.error)) {
         run.exitCode = kExitPlugin;
         return;
     }
-    OpenPluginWindow(&run);
+    if (OpenPluginWindow(&run) && !settings.taken) {
+        run.exitCode = kExitPlugin;
+        run.error = "the plug-in has not read the settings that have no control in its window.";
+    }
 }
 
 DrivenPlugin::~DrivenPlugin() {

@@ -8,6 +8,7 @@
 #include <shellapi.h>
 
 #include "stage/commands.h"
+#include "stage/settings_folder.h"
 #include "stage/stage_window.h"
 #include "stage/text_windows.h"
 
@@ -25,7 +26,6 @@ std::vector<std::string> Arguments() {
 }
 
 BOOL WINAPI HandleInterrupt(DWORD) {
-    RestoreSettingsNow();
     TerminateProcess(GetCurrentProcess(), kExitInterrupted);
     return TRUE;
 }
@@ -54,7 +54,6 @@ Report RunCommand(const CommandLine& line) {
 
 // Ends at once: a plug-in that hangs must not keep the process alive.
 [[noreturn]] void Leave(int exitCode) {
-    RestoreSettingsNow();
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
     std::abort();
 }
@@ -88,7 +87,9 @@ int main() {
                               line.plugin.empty() ? "" : SystemPath(line.plugin));
     }
     SetConsoleCtrlHandler(HandleInterrupt, TRUE);
-    const Report report = RunCommand(line);
+    const std::string leftSettings = PutBackLeftSettings();
+    Report report = RunCommand(line);
+    if (!leftSettings.empty()) report.notes.push_back(leftSettings);
     PrintReport(report, line.json, line.quiet);
     Leave(report.exitCode);
 }

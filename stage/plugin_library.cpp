@@ -37,7 +37,7 @@ std::string DefaultPluginPath() {
     return FolderOf(Narrow(std::wstring(program, length))) + "kfxplug1.dll";
 }
 
-bool LoadPlugin(const std::string& path, PluginLibrary* library, std::string* error) {
+bool LoadPlugin(const std::string& path, PluginCheck check, PluginLibrary* library, std::string* error) {
     library->path = AbsolutePath(path);
     if (GetFileAttributesW(Widen(library->path).c_str()) == INVALID_FILE_ATTRIBUTES) {
         *error = path + ": there is no such plug-in.";
@@ -52,6 +52,13 @@ bool LoadPlugin(const std::string& path, PluginLibrary* library, std::string* er
     if (!FindExport(library->module, "PLUGIN16GetPluginParams", &getParams) ||
         !FindExport(library->module, "PLUGIN16DoBuild", &library->doBuild)) {
         *error = path + ": is a DLL, but not a plug-in of version 16.";
+        return false;
+    }
+    std::string reason;
+    if (check && !check(library->module, &reason)) {
+        *error =
+            path + ": is not used by commands, because your settings of it could be changed: " + reason + ".";
+        library->doBuild = nullptr;
         return false;
     }
     library->name = AskName(getParams);

@@ -26,7 +26,11 @@ struct PluginLibrary {
 // The DLL beside this program.
 std::string DefaultPluginPath();
 
-// Loads the DLL and asks it for its name. False: `*error` is one sentence.
-bool LoadPlugin(const std::string& path, PluginLibrary* library, std::string* error);
+// Looks at the loaded DLL before any function of it is called. False: the clause `*error` says why it is not
+// to be used.
+using PluginCheck = bool (*)(HMODULE module, std::string* error);
+
+// Loads the DLL and asks it for its name. `check` may be null. False: `*error` is one sentence.
+bool LoadPlugin(const std::string& path, PluginCheck check, PluginLibrary* library, std::string* error);
 
 }  // namespace kfx::stage

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "stage/remembered.h"
 
-#include "stage/settings_guard.h"
+#include "stage/settings_folder.h"
 #include "stage/text_windows.h"
 
 namespace kfx::stage {
@@ -40,6 +40,7 @@ Remembered ReadRemembered() {
 }
 
 void WriteRemembered(const Remembered& remembered) {
+    MakeSettingsFolder();
     const std::wstring path = FilePath();
     Remembered copy = remembered;
     LONG maximized = remembered.maximized ? 1 : 0;

@@ -9,7 +9,7 @@
 #include "stage/file_choice.h"
 #include "stage/host_services.h"
 #include "stage/plugin_controls.h"
-#include "stage/settings_guard.h"
+#include "stage/settings_folder.h"
 #include "stage/stage_state.h"
 #include "stage/text_windows.h"
 
@@ -134,11 +134,11 @@ void FillSession(StageState* state, HostSession* session) {
 void RunPluginWindow(StageState* state) {
     if (state->pluginOpen) return;
     std::string error;
-    if (!state->library.doBuild && !LoadPlugin(state->pluginPath, &state->library, &error)) {
+    if (!state->library.doBuild && !LoadPlugin(state->pluginPath, nullptr, &state->library, &error)) {
         ShowMessage(*state, state->window, error, MB_ICONERROR);
         return;
     }
-    SettingsFolder();  // the plug-in writes its settings there but does not make it
+    MakeSettingsFolder();
     HostSession session;
     FillSession(state, &session);
     BeginSession(&session, kHostTakesSupercompressed | kHostTakesTrueColor);

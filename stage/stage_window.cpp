@@ -12,6 +12,7 @@
 #include "stage/exit_codes.h"
 #include "stage/file_choice.h"
 #include "stage/result_files.h"
+#include "stage/settings_folder.h"
 #include "stage/stage_painting.h"
 #include "stage/stage_resources.h"
 #include "stage/stage_state.h"
@@ -305,6 +306,8 @@ int RunStageWindow(const std::string& path, const std::string& plugin) {
                         CW_USEDEFAULT, kStartWidth, kStartHeight, nullptr, nullptr, module, &state);
     if (!window) return kExitPlugin;
     PlaceStage(state, state.remembered.maximized);
+    const std::string leftSettings = PutBackLeftSettings();
+    if (!leftSettings.empty()) ShowMessage(state, window, leftSettings, MB_ICONWARNING);
     if (!path.empty()) LoadSource(&state, path);
 
     const HACCEL accelerators = LoadAcceleratorsW(module, MAKEINTRESOURCEW(IDA_STAGE));

@@ -9,7 +9,7 @@
 #include <psapi.h>
 
 #include "media/file_io.h"
-#include "stage/settings_guard.h"
+#include "stage/settings_folder.h"
 #include "stage/text_windows.h"
 
 namespace kfx::test {
@@ -175,13 +175,14 @@ std::vector<std::string> FilesIn(const std::string& folder) {
 }
 
 UserSettings::UserSettings() : folder(stage::SettingsFolder()), path(folder + "kfxplug1.ini") {
+    stage::MakeSettingsFolder();
     std::string error;
     existed = FileExists(path) && ReadWholeFile(path, &found, &error);
 }
 
 UserSettings::~UserSettings() {
     std::string error;
-    DeleteFileAt(path);
+    for (const std::string& name : Files()) DeleteFileAt(folder + name);
     if (existed) WriteWholeFile(path, found, &error);
 }
 

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "stage/settings_folder.h"
+
+#include <cstring>
+
+#include <windows.h>
+#include <shlobj.h>
+
+#include "stage/text_windows.h"
+
+namespace kfx::stage {
+namespace {
+
+// The user's file under its own name, as it was renamed, and the empty file that stood for none.
+constexpr char kFileName[] = "kfxplug1.ini";
+constexpr char kAsideName[] = "kfxplug1.ini.aside";
+constexpr char kAbsentName[] = "kfxplug1.ini.absent";
+
+// How the file began that a command put in the user's place. The plug-in begins its own with a comment.
+constexpr char kCommandsStart[] = "[PlugIn]\r\nReloadPreviousSession = 0\r\nFastRemap = ";
+constexpr DWORD kCommandsLongest = 128;  // bytes
+
+bool Exists(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+bool IsCommandsFile(HANDLE file) {
+    char start[sizeof kCommandsStart - 1];
+    DWORD count = 0;
+    return GetFileSize(file, nullptr) <= kCommandsLongest &&
+           ReadFile(file, start, sizeof start, &count, nullptr) && count == sizeof start &&
+           std::memcmp(start, kCommandsStart, sizeof start) == 0;
+}
+
+// Removes the file that a killed command left in the place of the user's, and no other: while it is looked at
+// nobody can write to it.
+void RemoveCommandsFile(const std::wstring& path) {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | DELETE, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return;
+    if (IsCommandsFile(file)) {
+        FILE_DISPOSITION_INFO remove = {TRUE};
+        SetFileInformationByHandle(file, FileDispositionInfo, &remove, sizeof remove);
+    }
+    CloseHandle(file);
+}
+
+// An old marker would make an old version remove the user's file.
+void RemoveMarker(const std::wstring& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) && data.nFileSizeLow == 0 &&
+        data.nFileSizeHigh == 0) {
+        DeleteFileW(path.c_str());
+    }
+}
+
+std::string PutBackIn(const std::string& folder) {
+    const std::wstring file = Widen(folder + kFileName);
+    const std::wstring aside = Widen(folder + kAsideName);
+    RemoveMarker(Widen(folder + kAbsentName));
+    if (!Exists(aside)) return "";
+    RemoveCommandsFile(file);
+    // Moves without replacing: whoever saves a file meanwhile keeps it.
+    if (MoveFileExW(aside.c_str(), file.c_str(), 0)) return "";
+    const std::string reason = SystemErrorText(GetLastError());
+    if (!Exists(aside)) return "";
+    if (!Exists(file)) return folder + kAsideName + ": cannot get its name back: " + reason + ".";
+    return folder + kAsideName +
+           ": an interrupted command of an earlier version left these settings of the plug-in; newer ones "
+           "stand "
+           "in " +
+           kFileName + ", so both are kept. Rename the one you want to " + kFileName +
+           " and delete the other.";
+}
+
+}  // namespace
+
+std::string SettingsFolder() {
+    wchar_t path[MAX_PATH];
+    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, path))) return "";
+    return Narrow(path) + "\\Quorvane Labs\\";
+}
+
+void MakeSettingsFolder() {
+    wchar_t path[MAX_PATH];
+    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA | CSIDL_FLAG_CREATE, nullptr, SHGFP_TYPE_CURRENT,
+                                path))) {
+        return;
+    }
+    CreateDirectoryW(Widen(SettingsFolder()).c_str(), nullptr);
+}
+
+std::string PutBackLeftSettings() {
+    const std::string folder = SettingsFolder();
+    if (folder.empty() || !Exists(Widen(folder))) return "";
+    // A command of an earlier version that still runs holds this for as long as the file is aside.
+    const HANDLE turn = CreateMutexW(nullptr, FALSE, L"KestrelStageSettings");
+    if (!turn) return "";
+    const DWORD answer = WaitForSingleObject(turn, 0);
+    std::string sentence;
+    if (answer == WAIT_OBJECT_0 || answer == WAIT_ABANDONED) {
+        sentence = PutBackIn(folder);
+        ReleaseMutex(turn);
+    }
+    CloseHandle(turn);
+    return sentence;
+}
+
+}  // namespace kfx::stage
