@@ -229,6 +229,8 @@ bool RunBuild(PluginRun* run) {
 
 bool ClosePluginWindow(PluginRun* run) {
     if (!run->thread) return true;
+    // It has had its time.
+    if (run->exitCode == kExitTimeout && !ThreadEnded(*run)) return false;
     const std::string error = run->error;
     const ExitCode exitCode = run->exitCode;
     if (!ThreadEnded(*run) && run->window) Press(run, kCancelButton);
