@@ -68,11 +68,24 @@ bool IsDevice(const fs::path& path) {
     return fs::is_other(path, failure) && !failure;
 }
 
-bool WriteBytes(const fs::path& path, const std::vector<std::uint8_t>& content) {
+// False: `*reason` is what the C library says about it, if anything.
+bool WriteBytes(const fs::path& path, const std::vector<std::uint8_t>& content, std::string* reason) {
     errno = 0;
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
-    file.close();  // a full disk may show only here
+    file.flush();
+    if (file.is_open() && file.fail()) {
+        // A full disk that still took a part of the bytes gives no reason, and on Windows an older one that
+        // has nothing to do with it is left in errno. The next byte gets the true one.
+        errno = 0;
+        file.clear();
+        file.put('\0');
+        file.flush();
+        file.setstate(std::ios::failbit);
+    } else {
+        file.close();  // some file systems notice only here that there is no room
+    }
+    *reason = LastReason();
     return !file.fail();
 }
 
@@ -147,8 +160,9 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
         }
         targets[i] = BehindLinks(targets[i]);
         temporary.paths.push_back(IsDevice(targets[i]) ? fs::path() : UnusedNameBeside(targets[i]));
-        if (!WriteBytes(temporary.paths[i].empty() ? targets[i] : temporary.paths[i], content)) {
-            *error = Failure(paths[i], "the file cannot be written", LastReason());
+        std::string reason;
+        if (!WriteBytes(temporary.paths[i].empty() ? targets[i] : temporary.paths[i], content, &reason)) {
+            *error = Failure(paths[i], "the file cannot be written", reason);
             return false;
         }
     }
