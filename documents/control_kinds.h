@@ -41,7 +41,7 @@ void* VariableOf(void* control);
 // SetColorButton.
 void StoreControl(void* control);
 
-// Gives a colour button (bound) a new colour: its text and its variable.
+// Gives a colour button (bound) a new colour: its text, its variable and its swatch.
 void SetColorButton(void* control, uint32_t color);
 
 // Shows a position in a slider's value label (id + 1), without moving the slider.

@@ -136,9 +136,13 @@ void WriteColor(HWND button, const char* word, std::FILE* file) {
 
 void SetColor(HWND button, const char* value) { SetColorText(button, ParseDecimal(value)); }
 
-void RefreshColor(HWND button, void* variable) {
-    StoreNumber(variable, static_cast<int32_t>(ReadColorText(button)));
+// The swatch shows the variable; the button has drawn itself with the old one when its text changed.
+void StoreColor(HWND button, void* variable, uint32_t color) {
+    StoreNumber(variable, static_cast<int32_t>(color));
+    InvalidateRect(button, nullptr, FALSE);
 }
+
+void RefreshColor(HWND button, void* variable) { StoreColor(button, variable, ReadColorText(button)); }
 
 // Drop-down lists and list boxes: -1 when nothing is selected.
 
@@ -287,7 +291,7 @@ void StoreControl(void* control) {
 
 void SetColorButton(void* control, uint32_t color) {
     SetColorText(static_cast<HWND>(control), color);
-    if (void* variable = VariableOf(control)) StoreNumber(variable, static_cast<int32_t>(color));
+    if (void* variable = VariableOf(control)) StoreColor(static_cast<HWND>(control), variable, color);
 }
 
 void ShowSliderPosition(void* slider, int32_t position) {

@@ -43,7 +43,6 @@ void ChooseColor(HWND control) {
     uint32_t color = *variable;
     if (!RequestChooseColor(plugin.host, plugin.window, palette.bytes, &color)) return;
     SetColorButton(control, color);
-    InvalidateRect(control, nullptr, FALSE);
 }
 
 void StoreSlider(HWND slider) {

@@ -7,7 +7,9 @@
 #include <commdlg.h>
 
 #include "resources/resource_ids.h"
+#include "tests/windows/support/binary_files.h"
 #include "tests/windows/support/plugin_session.h"
+#include "tests/windows/support/waiting.h"
 
 namespace kfx::test {
 namespace {
@@ -217,6 +219,27 @@ TEST(Documents, what_the_host_does_not_take_stays_off) {
     session.Command(IDM_DOCUMENT_OPEN);
     EXPECT_FALSE(session.IsChecked(IDC_TRUE_COLOR));
     EXPECT_FALSE(session.IsChecked(IDC_SUPERCOMPRESS));
+}
+
+COLORREF MiddleOf(HWND control) {
+    RECT area;
+    GetClientRect(control, &area);
+    const HDC dc = GetDC(control);
+    const COLORREF pixel = GetPixel(dc, area.right / 2, area.bottom / 2);
+    ReleaseDC(control, dc);
+    return pixel;
+}
+
+TEST(Documents, a_colours_swatch_shows_the_documents_colour) {
+    FakeHost host;
+    PluginSession session(host, WithConfiguration("LocalBackgroundColor = 65280\n"));
+    const HWND swatch = session.Control(IDC_BACKGROUND_COLOR);
+    ASSERT_TRUE(WaitFor([&] { return MiddleOf(swatch) == 0x00FF00; }));
+    const std::string path = session.DocumentsFolder() + "red.kx1";
+    WriteTextFile(path, std::string(kHeader) + "CLRBTN54=255\r\n");
+    session.AnswerFileDialog(path);
+    session.Command(IDM_DOCUMENT_OPEN);
+    EXPECT_TRUE(WaitFor([&] { return MiddleOf(swatch) == 0x0000FF; }));
 }
 
 // The messages that carry a document's lines, as other programs send them.
