@@ -250,6 +250,7 @@ PluginSession::PluginSession(FakeHost& host, const SessionOptions& options)
     if (options.configurationFolder)
         std::filesystem::create_directories(state_->folder + "\\AppData\\Quorvane Labs");
     if (!options.configuration.empty()) WriteTextFile(ConfigurationPath(), options.configuration);
+    if (options.prepare) options.prepare(ConfigurationPath());
     state_->watcher = std::thread(Watch, state_.get());
     state_->runner = std::thread(RunWindow, state_.get());
     {

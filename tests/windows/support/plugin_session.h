@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -24,6 +25,8 @@ struct SessionOptions {
     int failingPanel = 0;           // the panel with this number, from 1, cannot be created
     bool scrollRangesFail = false;  // the system tells no slider its range
     long long clock = 0;            // what the DLL's clock says, in seconds; 0: the real time
+    std::function<void(const std::string& configurationPath)> prepare;  // runs before the window opens
+    bool japanese = false;  // the DLL sees code page 932, and the documents folder is named "\x95\x5C"
 };
 
 // A call to one of the system's functions that the session answers in its place.

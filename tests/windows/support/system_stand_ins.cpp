@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/windows/support/system_stand_ins.h"
 
+#include <cderr.h>
 #include <commdlg.h>
 #include <shlobj.h>
 
@@ -35,7 +36,8 @@ HRESULT WINAPI FindFolder(HWND, int folder, LPITEMIDLIST* item) {
 BOOL WINAPI PathOfFolder(LPCITEMIDLIST item, LPSTR path) {
     const std::lock_guard<std::mutex> lock(current->mutex);
     const int folder = reinterpret_cast<const FolderItem*>(item)->folder;
-    const char* name = folder == CSIDL_APPDATA ? "AppData" : folder == CSIDL_PERSONAL ? "Documents" : "Other";
+    const char* documents = current->japanese ? "\x95\x5C" : "Documents";
+    const char* name = folder == CSIDL_APPDATA ? "AppData" : folder == CSIDL_PERSONAL ? documents : "Other";
     std::snprintf(path, MAX_PATH, "%s\\%s", current->root.c_str(), name);
     return TRUE;
 }
@@ -78,13 +80,25 @@ BOOL AskPath(LPOPENFILENAMEA request, bool toSave) {
     asked.hooked = request->lpfnHook != nullptr;
     const std::lock_guard<std::mutex> lock(current->mutex);
     current->askedPaths.push_back(asked);
-    if (current->fileDialogAnswer.empty()) return FALSE;
+    current->fileDialogError =
+        asked.file.find_first_of("<>|*?\"") == std::string::npos ? 0 : FNERR_INVALIDFILENAME;
+    if (current->fileDialogAnswer.empty() || current->fileDialogError) return FALSE;
     std::snprintf(request->lpstrFile, request->nMaxFile, "%s", current->fileDialogAnswer.c_str());
     return TRUE;
 }
 
 BOOL WINAPI AskOpen(LPOPENFILENAMEA request) { return AskPath(request, false); }
 BOOL WINAPI AskSave(LPOPENFILENAMEA request) { return AskPath(request, true); }
+
+DWORD WINAPI TellDialogError() {
+    const std::lock_guard<std::mutex> lock(current->mutex);
+    return current->fileDialogError;
+}
+
+BOOL WINAPI TellLeadByte(BYTE byte) {
+    if (!current->japanese) return IsDBCSLeadByte(byte);
+    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+}
 
 UINT_PTR WINAPI StartTimer(HWND window, UINT_PTR id, UINT period, TIMERPROC procedure) {
     const UINT_PTR started = SetTimer(window, id, period, procedure);
@@ -139,13 +153,15 @@ struct SystemStandIns::Patches {
           trackMenu(module, "TrackPopupMenu", AddressOfFunction(TrackMenu)),
           askOpen(module, "GetOpenFileNameA", AddressOfFunction(AskOpen)),
           askSave(module, "GetSaveFileNameA", AddressOfFunction(AskSave)),
+          tellDialogError(module, "CommDlgExtendedError", AddressOfFunction(TellDialogError)),
+          tellLeadByte(module, "IsDBCSLeadByte", AddressOfFunction(TellLeadByte)),
           startTimer(module, "SetTimer", AddressOfFunction(StartTimer)),
           endTimer(module, "KillTimer", AddressOfFunction(EndTimer)),
           createControl(module, "CreateWindowExA", AddressOfFunction(CreateControl)),
           createPanel(module, "CreateDialogParamA", AddressOfFunction(CreatePanel)),
           tellScrollRange(module, "GetScrollRange", AddressOfFunction(TellScrollRange)) {}
-    ImportPatch findFolder, pathOfFolder, time, time64, openPage, trackMenu, askOpen, askSave, startTimer,
-        endTimer, createControl, createPanel, tellScrollRange;
+    ImportPatch findFolder, pathOfFolder, time, time64, openPage, trackMenu, askOpen, askSave,
+        tellDialogError, tellLeadByte, startTimer, endTimer, createControl, createPanel, tellScrollRange;
 };
 
 SystemStandIns::SystemStandIns(HMODULE module, const std::string& folder, const SessionOptions& options)
@@ -153,7 +169,8 @@ SystemStandIns::SystemStandIns(HMODULE module, const std::string& folder, const 
       folderLookupFails(options.folderLookupFails),
       panelsUntilFailure(options.failingPanel),
       scrollRangesFail(options.scrollRangesFail),
-      clock(options.clock) {
+      clock(options.clock),
+      japanese(options.japanese) {
     current = this;
     patches = std::make_unique<Patches>(module);
 }

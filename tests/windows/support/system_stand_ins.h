@@ -28,8 +28,10 @@ struct SystemStandIns {
     int panelsUntilFailure;
     bool scrollRangesFail;
     long long clock;
+    bool japanese;
     UINT menuAnswer = 0;
     std::string fileDialogAnswer;
+    DWORD fileDialogError = 0;
     INT_PTR browserAnswer = 42;
     std::vector<OpenedMenu> menus;
     std::vector<AskedPath> askedPaths;
