@@ -26,8 +26,10 @@ void ApplyLines(HWND window, std::FILE* file) {
 
 }  // namespace
 
+// Both name the text mode: a host may have chosen binary files for its whole process.
+
 bool WriteDocument(void* window, const char* path, ShowMessageFunction showMessage) {
-    std::FILE* file = std::fopen(path, "w");
+    std::FILE* file = std::fopen(path, "wt");
     bool written = file != nullptr;
     if (file) {
         WriteDocumentStart(file);
@@ -42,7 +44,7 @@ bool WriteDocument(void* window, const char* path, ShowMessageFunction showMessa
 }
 
 bool ReadDocument(void* window, const char* path, ShowMessageFunction showMessage) {
-    std::FILE* file = std::fopen(path, "r");
+    std::FILE* file = std::fopen(path, "rt");
     if (!file) {
         showMessage(window, "There has been an error opening the requested file.");
         return false;

@@ -28,14 +28,14 @@ std::FILE* OpenConfiguration(const char* mode) {
 bool IsShiftHeld() { return GetKeyState(VK_SHIFT) < 0; }
 
 void ReadConfiguration(bool shiftHeld) {
-    std::FILE* file = OpenConfiguration("r");
+    std::FILE* file = OpenConfiguration("rt");
     if (!file) return;
     ReadConfigurationText(file, shiftHeld);
     std::fclose(file);
 }
 
 void WriteConfiguration() {
-    std::FILE* file = OpenConfiguration("w");
+    std::FILE* file = OpenConfiguration("wt");
     if (!file) return;
     WriteConfigurationText(file, std::time(nullptr));
     std::fclose(file);

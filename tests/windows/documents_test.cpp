@@ -242,6 +242,20 @@ TEST(Documents, a_colours_swatch_shows_the_documents_colour) {
     EXPECT_TRUE(WaitFor([&] { return MiddleOf(swatch) == 0x0000FF; }));
 }
 
+// A host may have chosen binary files for its whole process.
+TEST(Documents, are_text_files_in_a_process_that_opens_binary_ones) {
+    FakeHost host;
+    PluginSession session(host);
+    const std::string path = session.DocumentsFolder() + "mine.kx1";
+    session.AnswerFileDialog(path);
+    const BinaryFiles binary;
+    session.Command(IDM_DOCUMENT_SAVE_AS);
+    EXPECT_EQ(ReadTextFile(path).find(kHeader), 0u);
+    WriteTextFile(path, std::string(kHeader) + "SCROLL193=1500\r\n\x1A\r\nSCROLL193=7\r\n");
+    session.Command(IDM_DOCUMENT_OPEN);
+    EXPECT_EQ(session.PositionOf(IDC_SWIRL_ANGLE), 1500) << "a text ends at its end-of-file character";
+}
+
 // The messages that carry a document's lines, as other programs send them.
 TEST(Documents, a_control_applies_its_own_line_only) {
     FakeHost host;

@@ -6,6 +6,7 @@
 #include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
+#include "tests/windows/support/binary_files.h"
 #include "tests/windows/support/memory_ledger.h"
 #include "tests/windows/support/plugin_session.h"
 
@@ -235,6 +236,18 @@ TEST(Closing, reads_and_writes_nothing_when_the_shell_knows_no_folder) {
     session.Close();
     EXPECT_EQ(session.ConfigurationText(), "MainEffect = 3\n");
     EXPECT_THAT(session.Messages(), IsEmpty());
+}
+
+// A host may have chosen binary files for its whole process.
+TEST(Closing, reads_and_writes_text_in_a_process_that_opens_binary_files) {
+    const BinaryFiles binary;
+    FakeHost host;
+    // With its line end, the line is just as long as lines are read; a byte more would be a line of its own.
+    const std::string key = "ImageFile = ";
+    PluginSession session(host, WithConfiguration(key + std::string(258 - key.size(), 'x') + "\r\n"));
+    EXPECT_TRUE(session.IsChecked(IDC_ADD_COMMENT)) << "no empty line was read";
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainEffect = 14\r\n"));
 }
 
 TEST(Closing, by_the_close_box_is_like_cancel) {
