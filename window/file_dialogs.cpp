@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "window/file_dialogs.h"
 
+#include <cderr.h>
 #include <commdlg.h>
 
 #include <algorithm>
@@ -84,7 +85,12 @@ bool AskPath(HWND owner, char* path, DWORD flags, BOOL(WINAPI* ask)(LPOPENFILENA
     request.Flags =
         OFN_ENABLESIZING | OFN_EXPLORER | OFN_ENABLEHOOK | OFN_NOCHANGEDIR | OFN_HIDEREADONLY | flags;
     request.lpfnHook = FileDialogHook;
-    if (!ask(&request)) return false;
+    if (!ask(&request)) {
+        if (CommDlgExtendedError() != FNERR_INVALIDFILENAME) return false;
+        // The dialog did not open with this name: the user can still choose another.
+        chosen[0] = 0;
+        if (!ask(&request)) return false;
+    }
     std::snprintf(path, kTextBytes, "%s", chosen);
     return true;
 }

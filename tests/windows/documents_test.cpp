@@ -242,6 +242,29 @@ TEST(Documents, a_colours_swatch_shows_the_documents_colour) {
     EXPECT_TRUE(WaitFor([&] { return MiddleOf(swatch) == 0x0000FF; }));
 }
 
+TEST(Documents, an_invalid_name_is_left_out_of_the_dialog) {
+    FakeHost host;
+    PluginSession session(host, WithConfiguration("CurrentFileName = C:\\here\\what?.kx1\n"));
+    const std::string path = session.DocumentsFolder() + "mine.kx1";
+    session.AnswerFileDialog(path);
+    session.Command(IDM_DOCUMENT_SAVE);
+    const std::vector<AskedPath> asked = session.AskedPaths();
+    EXPECT_THAT(asked, IsEmpty()) << "it has a name";
+    session.Command(IDM_DOCUMENT_SAVE_AS);
+    session.Command(IDM_DOCUMENT_OPEN);
+    std::vector<std::string> names;
+    for (const AskedPath& dialog : session.AskedPaths()) names.push_back(dialog.file);
+    EXPECT_THAT(names, ElementsAre("C:\\here\\what?.kx1", "", path)) << "the last has the chosen name";
+    EXPECT_THAT(ReadTextFile(path), HasSubstr(";End of document"));
+}
+
+TEST(Documents, a_cancelled_dialog_is_not_asked_again) {
+    FakeHost host;
+    PluginSession session(host, WithConfiguration("CurrentFileName = C:\\here\\what.kx1\n"));
+    session.Command(IDM_DOCUMENT_OPEN);
+    EXPECT_EQ(session.AskedPaths().size(), 1u);
+}
+
 // A host may have chosen binary files for its whole process.
 TEST(Documents, are_text_files_in_a_process_that_opens_binary_ones) {
     FakeHost host;
