@@ -10,6 +10,7 @@
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/guards.h"
+#include "window/paths.h"
 #include "window/plugin_state.h"
 #include "window/plugin_window.h"
 #include "window/shell_folder.h"
@@ -31,8 +32,7 @@ void FindPluginFolder() {
     char path[MAX_PATH] = "";
     GetModuleFileNameA(plugin.module, path, sizeof path);
     path[sizeof path - 1] = 0;
-    const char* slash = std::strrchr(path, '\\');
-    const int length = slash ? static_cast<int>(slash + 1 - path) : 0;
+    const auto length = static_cast<int>(FileNameIn(path) - path);
     std::snprintf(plugin.pluginFolder, sizeof plugin.pluginFolder, "%.*s", length, path);
 }
 

@@ -12,6 +12,7 @@
 #include "window/effect_list.h"
 #include "window/file_dialogs.h"
 #include "window/output_options.h"
+#include "window/paths.h"
 #include "window/plugin_state.h"
 #include "window/source_opening.h"
 

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "window/dialog_services.h"
+#include "window/paths.h"
 #include "window/plugin_state.h"
 #include "window/plugin_window.h"
 #include "window/push_buttons.h"
@@ -103,14 +104,6 @@ bool AskDocumentToOpen(HWND owner, char* path) {
 
 bool AskDocumentToSave(HWND owner, char* path) {
     return AskPath(owner, path, OFN_OVERWRITEPROMPT, GetSaveFileNameA);
-}
-
-const char* FileNameIn(const char* path) {
-    const char* name = path;
-    for (const char* c = path; *c; ++c) {
-        if (*c == '\\' || *c == '/' || *c == ':') name = c + 1;
-    }
-    return name;
 }
 
 void RememberFileDialogSize(uint32_t width, uint32_t height) {

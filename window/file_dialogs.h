@@ -13,9 +13,6 @@ namespace kfx {
 bool AskDocumentToOpen(HWND owner, char* path);
 bool AskDocumentToSave(HWND owner, char* path);
 
-// The file name within a path.
-const char* FileNameIn(const char* path);
-
 // Sets the size that the dialogs get, limited to the screen; 0 leaves it to the system.
 void RememberFileDialogSize(uint32_t width, uint32_t height);
 

@@ -6,6 +6,8 @@
 
 #include <cstring>
 
+#include "window/paths.h"
+
 namespace kfx {
 
 bool FindShellFolder(int folder, char* path, size_t bytes) {
@@ -18,7 +20,7 @@ bool FindShellFolder(int folder, char* path, size_t bytes) {
     const size_t length = std::strlen(found);
     if (!known || length == 0 || length + 2 > bytes) return false;
     std::memcpy(path, found, length + 1);
-    if (path[length - 1] != '\\') std::memcpy(path + length, "\\", 2);
+    if (!EndsInBackslash(path)) std::memcpy(path + length, "\\", 2);
     return true;
 }
 
