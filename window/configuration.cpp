@@ -14,28 +14,41 @@
 namespace kfx {
 namespace {
 
-// Opens the file in text mode; null when there is no folder or no file.
-std::FILE* OpenConfiguration(const char* mode) {
-    char path[MAX_PATH + 1];
-    if (!FindShellFolder(CSIDL_APPDATA, path, sizeof path)) return nullptr;
+// False: the shell knows no folder for it.
+bool FindConfiguration(char (&path)[MAX_PATH + 1]) {
+    if (!FindShellFolder(CSIDL_APPDATA, path, sizeof path)) return false;
     const size_t folderLength = std::strlen(path);
     std::snprintf(path + folderLength, sizeof path - folderLength, "Quorvane Labs\\kfxplug1.ini");
-    return std::fopen(path, mode);
+    return true;
+}
+
+// Nothing of this name is there. A file that is locked, or that lies where the user may not look, is.
+bool IsMissing(const char* path) {
+    if (GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) return false;
+    const DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
 }  // namespace
 
 bool IsShiftHeld() { return GetKeyState(VK_SHIFT) < 0; }
 
-void ReadConfiguration(bool shiftHeld) {
-    std::FILE* file = OpenConfiguration("rt");
-    if (!file) return;
+// Both name the text mode: a host may have chosen binary files for its whole process.
+
+bool ReadConfiguration(bool shiftHeld) {
+    char path[MAX_PATH + 1];
+    if (!FindConfiguration(path)) return shiftHeld;
+    std::FILE* file = std::fopen(path, "rt");
+    if (!file) return shiftHeld || IsMissing(path);
     ReadConfigurationText(file, shiftHeld);
+    const bool read = std::ferror(file) == 0;
     std::fclose(file);
+    return shiftHeld || read;
 }
 
 void WriteConfiguration() {
-    std::FILE* file = OpenConfiguration("wt");
+    char path[MAX_PATH + 1];
+    std::FILE* file = FindConfiguration(path) ? std::fopen(path, "wt") : nullptr;
     if (!file) return;
     WriteConfigurationText(file, std::time(nullptr));
     std::fclose(file);

@@ -8,8 +8,10 @@ namespace kfx {
 // Whether the user holds Shift now, which leaves the stored settings unread when the window opens.
 bool IsShiftHeld();
 
-// Reads the file into the settings; once, when the window opens.
-void ReadConfiguration(bool shiftHeld);
+// Reads the file into the settings; once, when the window opens. False: a file is there that could not be
+// read, or the shell does not tell where it would be; what it holds must not be replaced. With Shift held it
+// may be, as it is left unread on purpose.
+bool ReadConfiguration(bool shiftHeld);
 
 // Writes the file anew; once, when the window is destroyed. The folder is not created: without it nothing is
 // written.

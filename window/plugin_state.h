@@ -27,6 +27,7 @@ struct PluginState {
     HWND window;
     const HostContext* host;
     uint32_t buttonStyle;
+    bool configurationUnread;  // for a reason that does not allow to write it anew when the window closes
 
     // Outer size of the file dialogs: the host's at first, then as the user left the last one.
     int32_t fileDialogWidth;

@@ -64,7 +64,7 @@ void OpenWindow(HWND window, const HostContext* host) {
     plugin.window = window;
     DressControls(window);
     const bool shiftHeld = IsShiftHeld();
-    ReadConfiguration(shiftHeld);
+    plugin.configurationUnread = !ReadConfiguration(shiftHeld);
     ApplyHostLimits(window);
     if (!host->callback) {
         CloseByItself(window, IDS_INTERNAL_ERROR);
@@ -130,7 +130,7 @@ void LeaveWindow(HWND window) {
     NotifyCurrentEffect(window, EffectEvent::Leaving);
     FreeSourceAnimation();
     StopLogo(&windowLogo);
-    WriteConfiguration();
+    if (!plugin.configurationUnread) WriteConfiguration();
     KillTimer(window, kUpdateTimer);
     plugin.window = nullptr;
     plugin.host = nullptr;

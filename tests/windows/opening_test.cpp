@@ -3,10 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 #include "tests/windows/support/binary_files.h"
+#include "tests/windows/support/import_patch.h"
 #include "tests/windows/support/memory_ledger.h"
 #include "tests/windows/support/plugin_session.h"
 
@@ -246,6 +249,65 @@ TEST(Closing, reads_and_writes_text_in_a_process_that_opens_binary_files) {
     const std::string key = "ImageFile = ";
     PluginSession session(host, WithConfiguration(key + std::string(258 - key.size(), 'x') + "\r\n"));
     EXPECT_TRUE(session.IsChecked(IDC_ADD_COMMENT)) << "no empty line was read";
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainEffect = 14\r\n"));
+}
+
+constexpr char kSmallConfiguration[] = "MainEffect = 3\n";
+
+HANDLE OpenAlone(const std::string& path) {
+    return CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+TEST(Closing, a_file_that_could_not_be_opened_keeps_what_it_holds) {
+    FakeHost host;
+    HANDLE held = nullptr;
+    SessionOptions options = WithConfiguration(kSmallConfiguration);
+    options.prepare = [&](const std::string& path) { held = OpenAlone(path); };
+    PluginSession session(host, options);
+    EXPECT_EQ(session.SelectionOf(IDC_EFFECT), 14);
+    CloseHandle(held);
+    session.Click(IDC_DITHER);
+    session.Close();
+    EXPECT_EQ(session.ConfigurationText(), kSmallConfiguration);
+    EXPECT_THAT(session.Messages(), IsEmpty());
+}
+
+BOOL WINAPI ReadNothing(HANDLE, LPVOID, DWORD, LPDWORD read, LPOVERLAPPED) {
+    if (read) *read = 0;
+    SetLastError(ERROR_LOCK_VIOLATION);
+    return FALSE;
+}
+
+TEST(Closing, a_file_whose_bytes_could_not_be_read_keeps_them) {
+    FakeHost host;
+    auto failingReads = std::make_unique<ImportPatch>(GetModuleHandleA("msvcrt.dll"), "ReadFile",
+                                                      AddressOfFunction(ReadNothing));
+    PluginSession session(host, WithConfiguration(kSmallConfiguration));
+    failingReads.reset();
+    EXPECT_EQ(session.SelectionOf(IDC_EFFECT), 14);
+    session.Close();
+    EXPECT_EQ(session.ConfigurationText(), kSmallConfiguration);
+}
+
+TEST(Closing, a_folder_in_the_files_place_is_no_missing_file) {
+    FakeHost host;
+    SessionOptions options;
+    options.prepare = [](const std::string& path) { CreateDirectoryA(path.c_str(), nullptr); };
+    PluginSession session(host, options);
+    RemoveDirectoryA(session.ConfigurationPath().c_str());
+    session.Close();
+    EXPECT_EQ(session.ConfigurationText(), "");
+}
+
+TEST(Closing, after_shift_even_a_file_that_could_not_be_opened_is_written_anew) {
+    FakeHost host;
+    HANDLE held = nullptr;
+    SessionOptions options = WithConfiguration(kSmallConfiguration);
+    options.shiftHeld = true;
+    options.prepare = [&](const std::string& path) { held = OpenAlone(path); };
+    PluginSession session(host, options);
+    CloseHandle(held);
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainEffect = 14\r\n"));
 }
