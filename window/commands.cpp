@@ -49,12 +49,7 @@ void SelectSource(HWND window) {
     OpenSourceAnimation(window, false);
 }
 
-// The window opens with the focus on "Build", which had to wait for its source.
-void ReopenSource(HWND window) {
-    OpenSourceAnimation(window, true);
-    const HWND build = GetDlgItem(window, IDC_BUILD);
-    if (IsWindowEnabled(build)) SetFocus(build);
-}
+void ReopenSource(HWND window) { OpenSourceAnimation(window, true); }
 
 void ShowDocumentMenu(HWND window) {
     const HMENU menu = CreatePopupMenu();

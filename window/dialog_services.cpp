@@ -102,6 +102,10 @@ void SetDialogFonts(HWND dialog) {
     if (plugin.textFont) EnumChildWindows(dialog, SetTextFont, 0);
 }
 
+void MoveFocus(HWND dialog, int control) {
+    SendMessageA(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(dialog, control)), TRUE);
+}
+
 void FillList(HWND list, const char* items) {
     SendMessageA(list, CB_RESETCONTENT, 0, 0);
     while (*items) {

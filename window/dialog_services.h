@@ -28,6 +28,9 @@ HFONT MakeFont(const char* face, int height, int weight = FW_DONTCARE, DWORD fam
 // Gives every control of the dialog the plug-in's text font, when there is one.
 void SetDialogFonts(HWND dialog);
 
+// Gives the control the focus as the Tab key would: a push button becomes what Enter presses, too.
+void MoveFocus(HWND dialog, int control);
+
 // Fills a drop-down list with the pieces of a text separated by ";". Empty pieces add nothing.
 void FillList(HWND list, const char* items);
 

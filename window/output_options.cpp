@@ -40,8 +40,14 @@ void RefuseOption(HWND window, int checkBox) {
 // Disabling the control with the focus would leave the keyboard without one.
 void Enable(HWND window, int id, bool enabled) {
     const HWND control = GetDlgItem(window, id);
-    if (!enabled && GetFocus() == control) SetFocus(GetDlgItem(window, IDC_SELECT));
+    if (!enabled && GetFocus() == control) MoveFocus(window, IDC_SELECT);
     EnableWindow(control, enabled);
+}
+
+// What Enter presses while no push button has the focus.
+void SetDefaultButton(HWND window, int button) {
+    const auto before = static_cast<DWORD>(SendMessageA(window, DM_GETDEFID, 0, 0));
+    if (LOWORD(before) != button) SendMessageA(window, DM_SETDEFID, static_cast<WPARAM>(button), 0);
 }
 
 }  // namespace
@@ -85,6 +91,7 @@ void TakeCustomPalette(HWND window) {
 }
 
 void EnableDependentControls(HWND window) {
+    SetDefaultButton(window, sourceAnimation ? IDC_BUILD : IDC_SELECT);
     Enable(window, IDC_BUILD, sourceAnimation != nullptr);
     Enable(window, IDC_TEST, sourceAnimation != nullptr);
     Enable(window, IDC_BACKGROUND_COLOR, IsDlgButtonChecked(window, IDC_LOCAL_BACKGROUND) == BST_CHECKED);

@@ -22,7 +22,8 @@ void TakePaletteChoice(HWND window);
 // Stores whether a palette is to be computed; the palette list is enabled with it.
 void TakeCustomPalette(HWND window);
 
-// Enables "Build" and "Test" while there is a source, and the background colour while it is used.
+// Enables "Build" and "Test" while there is a source, and the background colour while it is used. Enter
+// presses "Build" while there is a source, else "Select...".
 void EnableDependentControls(HWND window);
 
 }  // namespace kfx

@@ -73,7 +73,7 @@ void OpenWindow(HWND window, const HostContext* host) {
     if (shiftHeld) StartFromUntitledDocument();
     BindControls(window);
     ApplyHostLimits(window);
-    SetFocus(GetDlgItem(window, IDC_BUILD));
+    MoveFocus(window, IDC_BUILD);
     PostMessageA(window, WM_COMMAND, IDC_CUSTOM_PALETTE, 0);
     uint32_t width, height;
     RequestWindowSize(host, &width, &height);

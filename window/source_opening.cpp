@@ -51,6 +51,7 @@ void OpenSourceAnimation(HWND window, bool reopen) {
     ShowSource(window);
     FillPaletteList(window);
     EnableDependentControls(window);
+    MoveFocus(window, IDC_BUILD);
     RepaintPreview(window);
     NotifyCurrentEffect(window, EffectEvent::Changed);
 }
