@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "framework/floating_point_state.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/guards.h"
@@ -68,6 +69,7 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
 
 uint64_t WINAPI PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
     if (!info) return 0;
+    const kfx::OwnFloatingPoint own;  // the host may ask on any thread
     const uint32_t size = info->size;
     // A record too small for its own head is left alone: clearing it would write beyond it.
     if (size < offsetof(kfx::PluginInfo, name)) return 1;
@@ -81,6 +83,7 @@ uint64_t WINAPI PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
 }
 
 uint64_t WINAPI PLUGIN16DoBuild(HWND parent, const kfx::HostContext* host) {
+    const kfx::CoreFloatingPoint core;
     if (!host || kfx::IsTooOld(*host)) {
         kfx::ShowMessage(parent, kfx::LoadText(IDS_HOST_TOO_OLD));
         return 0;

@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "framework/floating_point_state.h"
+
 namespace kfx {
 namespace {
 
@@ -11,6 +13,7 @@ uint64_t AddressOf(const void* pointer) { return reinterpret_cast<uintptr_t>(poi
 uint64_t Send(const HostContext* host, const void* target, HostRequest request, uint64_t word,
               uint64_t pointer) {
     if (!host || !host->callback) return 0;
+    const HostFloatingPoint turn;
     return host->callback(AddressOf(target), static_cast<uint32_t>(request), word, pointer);
 }
 

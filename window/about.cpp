@@ -5,6 +5,7 @@
 
 #include <cstdio>
 
+#include "framework/floating_point_state.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/guards.h"
@@ -91,6 +92,7 @@ INT_PTR CALLBACK AboutProcedure(HWND box, UINT message, WPARAM word, LPARAM data
 
 void ShowAbout(HWND owner) {
     const GdiObject<HFONT> titleFont(MakeFont("Times New Roman", 28, FW_BOLD, FF_ROMAN));
+    const HostFloatingPoint turn;
     DialogBoxParamA(plugin.module, MAKEINTRESOURCEA(IDD_ABOUT), owner, AboutProcedure,
                     reinterpret_cast<LPARAM>(titleFont.handle));
 }

@@ -2,6 +2,7 @@
 #include "window/build_command.h"
 
 #include "effects/effect_table.h"
+#include "framework/floating_point_state.h"
 #include "framework/settings.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
@@ -48,6 +49,7 @@ void ShowBuildMessage(void* window, BuildMessage message) {
 }  // namespace
 
 int32_t Build(HWND window, const HostContext* host, BuildMode mode) {
+    const CoreFloatingPoint core;
     const WaitCursor wait;
     const LRESULT row = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
     BuildEnvironment environment = {};

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "framework/floating_point_state.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
 #include "window/plugin_state.h"
@@ -48,6 +49,7 @@ INT_PTR CALLBACK MessageBoxProcedure(HWND box, UINT message, WPARAM word, LPARAM
 }
 
 int RunMessageBox(HWND owner, const char* boxTemplate, const char* text) {
+    const HostFloatingPoint turn;  // its windows live on meanwhile
     const INT_PTR answer = DialogBoxParamA(plugin.module, boxTemplate, owner, MessageBoxProcedure,
                                            reinterpret_cast<LPARAM>(text));
     Repaint(owner);
@@ -127,8 +129,9 @@ void CenterOnScreen(HWND window) {
 }
 
 void Repaint(HWND window) {
-    if (window)
-        RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+    if (!window) return;
+    const HostFloatingPoint turn;  // it may be the host's
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
 }
 
 void ShowHelp(HWND owner, const char* topic) {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "framework/floating_point_state.h"
 #include "window/dialog_services.h"
 #include "window/paths.h"
 #include "window/plugin_state.h"
@@ -86,11 +87,15 @@ bool AskPath(HWND owner, char* path, DWORD flags, BOOL(WINAPI* ask)(LPOPENFILENA
     request.Flags =
         OFN_ENABLESIZING | OFN_EXPLORER | OFN_ENABLEHOOK | OFN_NOCHANGEDIR | OFN_HIDEREADONLY | flags;
     request.lpfnHook = FileDialogHook;
-    if (!ask(&request)) {
+    const auto askAsHost = [ask](OPENFILENAMEA* dialog) {
+        const HostFloatingPoint turn;
+        return ask(dialog);
+    };
+    if (!askAsHost(&request)) {
         if (CommDlgExtendedError() != FNERR_INVALIDFILENAME) return false;
         // The dialog did not open with this name: the user can still choose another.
         chosen[0] = 0;
-        if (!ask(&request)) return false;
+        if (!askAsHost(&request)) return false;
     }
     std::snprintf(path, kTextBytes, "%s", chosen);
     return true;

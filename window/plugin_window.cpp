@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "documents/control_kinds.h"
+#include "framework/floating_point_state.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
 #include "window/commands.h"
@@ -176,6 +177,7 @@ INT_PTR CALLBACK PluginWindowProcedure(HWND window, UINT message, WPARAM word, L
 }  // namespace
 
 INT_PTR RunPluginWindow(HWND parent, const HostContext* host) {
+    const HostFloatingPoint turn;  // the host's windows live on while this one is open
     return DialogBoxParamA(plugin.module, MAKEINTRESOURCEA(IDD_PLUGIN_WINDOW), parent, PluginWindowProcedure,
                            reinterpret_cast<LPARAM>(host));
 }

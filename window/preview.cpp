@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "effects/effect_table.h"
+#include "framework/floating_point_state.h"
 #include "framework/memory_guards.h"
 #include "framework/scaler.h"
 #include "resources/resource_ids.h"
@@ -47,6 +48,11 @@ ImageHandle ScaleToFit(ImageHandle picture, int width, int height) {
     if (!scaled) return picture;
     FreeMemory(picture);
     return scaled;
+}
+
+ImageHandle RenderToFit(HWND window, const RECT& inner) {
+    const CoreFloatingPoint core;
+    return ScaleToFit(Render(window, inner), WidthOf(inner), HeightOf(inner));
 }
 
 // Fills what lies in one of the rectangles only.
@@ -93,7 +99,7 @@ void DrawPreview(HWND window, const DRAWITEMSTRUCT& item) {
     const SavedContext saved(item.hDC);
     RECT inner = item.rcItem;
     InflateRect(&inner, -kFrameWidth, -kFrameWidth);
-    const MemoryOwner picture(ScaleToFit(Render(window, inner), WidthOf(inner), HeightOf(inner)));
+    const MemoryOwner picture(RenderToFit(window, inner));
 
     FillBetween(item.hDC, item.rcItem, inner, COLOR_BTNFACE);
     FrameRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNSHADOW));

@@ -77,6 +77,11 @@ std::vector<std::vector<uint8_t>> FakeHost::Frames() {
     return frames_;
 }
 
+std::vector<FloatingPointControls> FakeHost::ControlsSeen() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return controlsSeen_;
+}
+
 std::vector<uint8_t> FakeHost::OfferedPalette() {
     const std::lock_guard<std::mutex> lock(mutex_);
     return offeredPalette_;
@@ -87,8 +92,10 @@ uint64_t FakeHost::Callback(uint64_t target, uint32_t request, uint64_t word, ui
 }
 
 uint64_t FakeHost::Answer(uint64_t target, uint32_t request, uint64_t word, uint64_t pointer) {
+    const FloatingPointControls controls = ReadControls();
     const std::lock_guard<std::mutex> lock(mutex_);
     ++answers_;
+    controlsSeen_.push_back(controls);
     const auto refusal = refusals_.find(request);
     const bool refused = refusal != refusals_.end() && --refusal->second == 0;
     uint64_t answer = refused || refusesAll_ ? 0 : 1;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/host_records.h"
+#include "tests/windows/support/floating_point_controls.h"
 
 namespace kfx::test {
 
@@ -54,6 +55,9 @@ public:
     // The pictures handed over with AddImage: header, colour table and rows of each.
     std::vector<std::vector<uint8_t>> Frames();
 
+    // The floating-point controls with which each request found its thread.
+    std::vector<FloatingPointControls> ControlsSeen();
+
     // The colour palette that ChooseColor offered last.
     std::vector<uint8_t> OfferedPalette();
 
@@ -67,6 +71,7 @@ private:
     std::mutex mutex_;
     std::vector<std::string> transcript_;
     std::vector<std::vector<uint8_t>> frames_;
+    std::vector<FloatingPointControls> controlsSeen_;
     std::vector<uint8_t> block_;
     std::vector<uint8_t> offeredPalette_;
     std::string path_;

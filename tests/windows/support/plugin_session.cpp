@@ -70,6 +70,7 @@ struct PluginSession::State {
         }
         ledger = std::make_unique<MemoryLedger>(library);
         standIns = std::make_unique<SystemStandIns>(library, folder, options);
+        if (options.prepareLibrary) options.prepareLibrary(library);
         current = this;
     }
     ~State() {
@@ -95,6 +96,7 @@ struct PluginSession::State {
     bool idle = false;
     bool closed = false;
     uint64_t result = 0;
+    FloatingPointControls controlsAfter;
     std::vector<std::string> messages;
 
     std::atomic<bool> ending{false};
@@ -168,12 +170,17 @@ void RunWindow(PluginSession::State* state) {
     state->windowThread = GetCurrentThreadId();
     const auto doBuild =
         reinterpret_cast<DoBuild>(reinterpret_cast<void*>(GetProcAddress(state->library, "PLUGIN16DoBuild")));
+    const FloatingPointControls controlsBefore = ReadControls();
+    if (state->options.controls.x87) SetControls(state->options.controls);
     const uint64_t result = doBuild(parent, &state->host.context);
+    const FloatingPointControls controlsAfter = ReadControls();
+    SetControls(controlsBefore);
     UnhookWindowsHookEx(taken);
     UnhookWindowsHookEx(sent);
     {
         const std::lock_guard<std::mutex> lock(state->mutex);
         state->result = result;
+        state->controlsAfter = controlsAfter;
         state->closed = true;
         state->window = nullptr;
         state->changed.notify_all();
@@ -350,6 +357,8 @@ uint64_t PluginSession::WaitUntilClosed() {
     if (state_->runner.joinable()) state_->runner.join();
     return state_->result;
 }
+
+FloatingPointControls PluginSession::ControlsAfter() const { return state_->controlsAfter; }
 
 std::vector<std::string> PluginSession::Messages() const {
     const std::lock_guard<std::mutex> lock(state_->mutex);

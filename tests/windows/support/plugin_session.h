@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tests/windows/support/fake_host.h"
+#include "tests/windows/support/floating_point_controls.h"
 
 namespace kfx::test {
 
@@ -27,6 +28,8 @@ struct SessionOptions {
     long long clock = 0;            // what the DLL's clock says, in seconds; 0: the real time
     std::function<void(const std::string& configurationPath)> prepare;  // runs before the window opens
     bool japanese = false;  // the DLL sees code page 932, and the documents folder is named "\x95\x5C"
+    FloatingPointControls controls;  // of the window's thread; zeros: as the system starts it
+    std::function<void(HMODULE library)> prepareLibrary;  // called with the loaded DLL before the window opens
 };
 
 // A call to one of the system's functions that the session answers in its place.
@@ -77,6 +80,10 @@ public:
     // Ends with Cancel, or waits for a window that ends itself, and answers what PLUGIN16DoBuild returned.
     uint64_t Close();
     uint64_t WaitUntilClosed();
+
+    // The floating-point controls of the window's thread after PLUGIN16DoBuild; call it when the window has
+    // closed.
+    FloatingPointControls ControlsAfter() const;
 
     // Texts of the message boxes seen so far. Every box is answered with its first button, unless they are
     // held.
