@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// Elementary functions whose every result is the exact value rounded once, to the nearest double, ties to
+// even. That leaves one possible answer, so results are the same with every compiler and library; they depend
+// on neither x87 code nor fused multiply-adds. The processor must round to nearest, as it does by default.
+//
+// Each function first computes in pairs of doubles with a known bound of the error and looks whether all
+// values within the bound round alike (Ziv, "Fast evaluation of elementary mathematical functions with
+// correctly rounded last bit", ACM TOMS 17, 1991). About once in ten thousand calls they do not: then the
+// value is computed again in fixed point, with more and more places until they do.
+#pragma once
+
+#include <cstdint>
+
+namespace kfx {
+
+// Infinities, NaN, zeros and signs are as in annex F of the C standard; errno is left alone. Angles are
+// radians of any size.
+double Exp(double x);
+double Pow(double x, double y);
+double Sin(double x);
+double Cos(double x);
+
+// The square root of x^2 + y^2, which overflows only when the result does.
+double Hypot(double x, double y);
+
+// The same functions of `count` arguments, four at a time where the processor can. Results may be written
+// over the arguments.
+void ExpRow(const double* x, int32_t count, double* values);
+void PowRow(const double* x, double exponent, int32_t count, double* values);
+void SinRow(const double* x, int32_t count, double* sines);
+void SinCosRow(const double* x, int32_t count, double* sines, double* cosines);
+
+}  // namespace kfx

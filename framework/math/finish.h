@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+// How the first phases of the exponential function and of powers end.
+#pragma once
+
+#include <limits>
+
+#include "framework/math/exponential_phase.h"
+
+namespace kfx::math {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// Rounds a pair known to a relative error. False: it cannot be told how.
+bool RoundPower(const ScaledPair<double>& power, double relativeError, double* value);
+
+}  // namespace kfx::math

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// The two phases of each elementary function. Tests use them one by one.
+#pragma once
+
+#include <cstdint>
+
+namespace kfx::math {
+
+// False: the pairs of doubles do not tell how the value rounds; `*value` is then of no use.
+bool TryExp(double x, double* value);
+bool TryPow(double x, double y, double* value);
+bool TrySin(double x, double* sine);
+bool TryCos(double x, double* cosine);
+bool TryHypot(double x, double y, double* value);
+
+// In fixed point with as many places as it takes. For finite arguments whose results neither surely overflow
+// nor surely vanish, and that are not so small that the result is 1 or the argument.
+double ExactExp(double x);
+double ExactPow(double x, double y);  // of a positive x other than 1
+double ExactSin(double x);
+double ExactCos(double x);
+double ExactHypot(double larger, double smaller);  // both positive
+
+// What the rows do in lanes. `count` is a multiple of four.
+void ExpRowAvx2(const double* x, int32_t count, double* values);
+void PowRowAvx2(const double* x, double exponent, int32_t count, double* values);
+void SinRowAvx2(const double* x, int32_t count, double* sines);
+void SinCosRowAvx2(const double* x, int32_t count, double* sines, double* cosines);
+
+}  // namespace kfx::math

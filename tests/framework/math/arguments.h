@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// Arguments for tests of the elementary functions: of the kinds that effects use, of any bits, and extreme
+// ones.
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+namespace kfx {
+
+using Random = std::mt19937_64;
+
+// In [low, high).
+double Between(Random& random, double low, double high);
+
+// Any sign, exponent and significand; now and then a NaN or an infinity.
+double AnyBits(Random& random);
+
+// Any sign, an exponent of base 2 in [low, high], any significand.
+double AnyOfExponents(Random& random, int32_t low, int32_t high);
+
+// A number with few significant bits: sums and powers of such are exact or lie right between two doubles.
+double FewBits(Random& random, int32_t bits, int32_t low, int32_t high);
+
+// Zeros, infinities, NaN, the ends of the normal and the subnormal range, 1 and its neighbours, whole
+// numbers, all with both signs.
+std::vector<double> ExtremeArguments();
+
+// Bit for bit; NaNs equal one another.
+bool SameNumber(double a, double b);
+
+}  // namespace kfx

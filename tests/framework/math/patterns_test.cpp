@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// Every compiler's code gives the bits that MPFR computed.
+#include "tests/framework/math/patterns.h"
+
+#include <gtest/gtest.h>
+
+#include "framework/math/elementary.h"
+#include "tests/framework/math/arguments.h"
+
+namespace kfx {
+namespace {
+
+double Compute(const Pattern& pattern) {
+    if (pattern.function == "Exp") return Exp(pattern.x);
+    if (pattern.function == "Sin") return Sin(pattern.x);
+    if (pattern.function == "Cos") return Cos(pattern.x);
+    if (pattern.function == "Pow") return Pow(pattern.x, pattern.y);
+    return Hypot(pattern.x, pattern.y);
+}
+
+// A row of four such arguments, of which the last is taken.
+double ComputeInRow(const Pattern& pattern) {
+    const double x[4] = {pattern.x, pattern.x, pattern.x, pattern.x};
+    double values[4], others[4];
+    if (pattern.function == "Exp") ExpRow(x, 4, values);
+    if (pattern.function == "Sin") SinRow(x, 4, values);
+    if (pattern.function == "Cos") SinCosRow(x, 4, others, values);
+    if (pattern.function == "Pow") PowRow(x, pattern.y, 4, values);
+    if (pattern.function == "Hypot") return Hypot(pattern.y, pattern.x);
+    return values[3];
+}
+
+TEST(ElementaryPatterns, AreWhatMpfrComputed) {
+    const std::vector<Pattern> patterns = ReadPatterns();
+    ASSERT_GT(patterns.size(), 3000u);
+    for (const Pattern& pattern : patterns) {
+        EXPECT_TRUE(SameNumber(Compute(pattern), pattern.value))
+            << pattern.function << "(" << pattern.x << ", " << pattern.y << ")";
+        EXPECT_TRUE(SameNumber(ComputeInRow(pattern), pattern.value))
+            << "row of " << pattern.function << "(" << pattern.x << ", " << pattern.y << ")";
+    }
+}
+
+}  // namespace
+}  // namespace kfx
