@@ -4,10 +4,9 @@
 // sum divides the result: the harsh look is intended.
 #include "effects/emboss.h"
 
-#include <cmath>
-
 #include "effects/emboss_fast.h"
 #include "effects/shared/convolution.h"
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -35,7 +34,7 @@ ImageHandle ApplyEmboss(ImageHandle source, int32_t radius, int32_t depth) {
     double* weight = matrix.address;
     for (int32_t ky = -half; ky <= half; ++ky) {
         for (int32_t kx = -half; kx <= half; ++kx, ++weight) {
-            const double bell = std::exp(-(kx * kx + ky * ky) / (sigma * sigma));
+            const double bell = Exp(-(kx * kx + ky * ky) / (sigma * sigma));
             *weight = kx == -ky ? 0.0 : bell * (kx >= 0 && ky >= 0 ? 8.0 : -8.0);
         }
     }

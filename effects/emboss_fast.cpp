@@ -14,6 +14,7 @@
 
 #include "effects/shared/convolution.h"
 #include "framework/cpu.h"
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx {
@@ -55,7 +56,7 @@ bool PlanSeparation(int32_t n, const double* matrix, double sigma, double* bell,
     const double divisor = MatrixDivisor(n, matrix);
     plan->bell = bell;
     plan->scale = 1 / divisor;
-    for (int32_t k = 0; k <= n / 2; ++k) bell[k] = std::exp(-(k * k) / (sigma * sigma));
+    for (int32_t k = 0; k <= n / 2; ++k) bell[k] = Exp(-(k * k) / (sigma * sigma));
     double difference = 0, magnitude = 0;
     int32_t most = n / 2;
     for (int32_t least = std::min(1, most); least < most;) {

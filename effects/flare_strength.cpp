@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "effects/flare_strength.h"
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "framework/cpu.h"
+#include "framework/math/elementary.h"
 
 namespace kfx {
 namespace {
@@ -38,7 +39,7 @@ constexpr bool IsGlow(FlareKind kind) { return kind >= FlareKind::SteepGlow; }
 
 template <FlareKind kKind>
 float ExactStrength(double radius, int32_t dx, int32_t dy) {
-    const double exact = std::hypot(dx, dy);
+    const double exact = Hypot(dx, dy);
     const double distance = IsGlow(kKind) ? double{static_cast<float>(exact)} : exact;
     const double strength = StrengthOf<kKind>(radius, distance);
     return Reaches<kKind>(radius, distance, strength) ? static_cast<float>(strength) : kUnpainted;
@@ -50,61 +51,37 @@ void FillExactly(const FlareRun& run, float* strengths) {
         strengths[i] = ExactStrength<kKind>(run.radius, run.dx + i, run.dy);
 }
 
-// So far from a centre the square root of the squares' sum and the C library's hypot() are known to be the
-// same rounded to single precision, and at most one unit in the last place apart before that; a test holds
-// both for every pair of differences.
-constexpr int32_t kNear = 4200;
+// So far from a centre the sum of the squares is exact, and its root, rounded once, is the distance as
+// Hypot() gives it.
+constexpr int32_t kNear = 1 << 26;
 
-// By more than this no strength of an element changes when its distance changes by one such unit: the
-// steepest, a ring's, rises by 25 over its radius.
-constexpr double kDoubt = 2e-14;
-
-// Strengths from square roots; where the distance's last place could decide, a NaN. How many of those there
-// are.
 template <FlareKind kKind>
-KFX_INLINE int32_t FillNearly(const FlareRun& run, float* __restrict strengths) {
+KFX_INLINE void FillFromRoots(const FlareRun& run, float* __restrict strengths) {
     const double radius = run.radius;
     const double rowSquare = static_cast<double>(run.dy) * run.dy;
-    int32_t doubts = 0;
     for (int32_t i = 0; i < run.count; ++i) {
         const double dx = run.dx + i;
         const double root = std::sqrt(dx * dx + rowSquare);
-        if (IsGlow(kKind)) {
-            const double strength = StrengthOf<kKind>(radius, double{static_cast<float>(root)});
-            strengths[i] = strength > 0 ? static_cast<float>(strength) : 0;
-            continue;
-        }
-        const double strength = StrengthOf<kKind>(radius, root);
-        bool certain = static_cast<float>(strength - kDoubt) == static_cast<float>(strength + kDoubt);
-        // At its brightest a halo's strength leaps.
-        if (kKind == FlareKind::Halo) certain &= std::fabs((radius - root) / (radius * 0.12) - 1) > kDoubt;
-        const float known = strength > 0 ? static_cast<float>(strength) : 0;
-        strengths[i] = certain ? known : std::numeric_limits<float>::quiet_NaN();
-        doubts += !certain;
+        const double distance = IsGlow(kKind) ? double{static_cast<float>(root)} : root;
+        const double strength = StrengthOf<kKind>(radius, distance);
+        strengths[i] = strength > 0 ? static_cast<float>(strength) : 0;
     }
-    return doubts;
 }
 
 template <FlareKind kKind>
-KFX_AVX2 int32_t FillNearlyAvx2(const FlareRun& run, float* strengths) {
-    return FillNearly<kKind>(run, strengths);
+KFX_AVX2 void FillFromRootsAvx2(const FlareRun& run, float* strengths) {
+    FillFromRoots<kKind>(run, strengths);
 }
 
 template <FlareKind kKind>
 void FillFast(const FlareRun& run, float* strengths) {
-    const bool nearby = run.dy > -kNear && run.dy < kNear && run.dx > -kNear && run.dx + run.count < kNear;
-    int32_t doubts;
-    if (!nearby) {
-        FillExactly<kKind>(run, strengths);
-        doubts = run.count;
-    } else {
-        doubts = UseAvx2() ? FillNearlyAvx2<kKind>(run, strengths) : FillNearly<kKind>(run, strengths);
+    const bool nearby = run.dy > -kNear && run.dy < kNear && run.dx > -kNear && run.dx < kNear - run.count;
+    if (nearby) {
+        UseAvx2() ? FillFromRootsAvx2<kKind>(run, strengths) : FillFromRoots<kKind>(run, strengths);
+        return;
     }
-    for (int32_t i = 0; doubts && i < run.count; ++i) {
-        if (strengths[i] >= 0) continue;
-        const float strength = ExactStrength<kKind>(run.radius, run.dx + i, run.dy);
-        strengths[i] = strength == kUnpainted ? 0 : strength;
-    }
+    FillExactly<kKind>(run, strengths);
+    for (int32_t i = 0; i < run.count; ++i) strengths[i] = std::max(strengths[i], 0.0f);
 }
 
 using Filler = void (*)(const FlareRun& run, float* strengths);

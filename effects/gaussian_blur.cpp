@@ -10,6 +10,7 @@
 
 #include "effects/box_blur.h"
 #include "effects/separable_blur.h"
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -21,8 +22,8 @@ void BuildBlurWeights(int32_t n, float sigma, float* weights) {
     for (int32_t i = 0; i < n; ++i) weights[i] = 0;
     // With an even n there is one sample more than three for each weight; it is dropped.
     for (int32_t t = -reach, k = 0; t <= reach && k < 3 * n; ++t, ++k)
-        weights[k / 3] = static_cast<float>(weights[k / 3] +
-                                            std::exp(-(static_cast<double>(t) * t) / (sigma * 18.0 * sigma)));
+        weights[k / 3] =
+            static_cast<float>(weights[k / 3] + Exp(-(static_cast<double>(t) * t) / (sigma * 18.0 * sigma)));
     float sum = 0;
     for (int32_t i = 0; i < n; ++i) sum += weights[i];
     for (int32_t i = 0; i < n; ++i) weights[i] /= sum;

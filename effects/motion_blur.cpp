@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "effects/smear.h"
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -16,7 +17,7 @@ namespace kfx {
 void BuildMotionWeights(int32_t count, double sigma, double* weights) {
     for (int32_t i = 0; i < count; ++i) weights[i] = 0;
     for (int32_t j = 0; j < 3 * count; ++j)
-        weights[j / 3] += std::exp(-(static_cast<double>(j) * j) / (18.0 * (sigma * sigma)));
+        weights[j / 3] += Exp(-(static_cast<double>(j) * j) / (18.0 * (sigma * sigma)));
     double sum = 0;
     for (int32_t i = 0; i < count; ++i) sum += weights[i];
     for (int32_t i = 0; i < count; ++i) weights[i] /= sum;
@@ -44,8 +45,8 @@ int32_t AutomaticTaps(double sigma, double* weights) {
 
 void PlaceTaps(int32_t count, int32_t angle, const double* weights, Tap* taps) {
     const double radians = angle * 3.141592653589793 / 180;
-    const auto endX = static_cast<int32_t>(std::sin(radians) * count);
-    const auto endY = static_cast<int32_t>(std::cos(radians) * count);
+    const auto endX = static_cast<int32_t>(Sin(radians) * count);
+    const auto endY = static_cast<int32_t>(Cos(radians) * count);
     const double length = std::sqrt(static_cast<double>(int64_t{endX} * endX + int64_t{endY} * endY));
     for (int32_t i = 0; i < count; ++i)
         taps[i] = {weights[i], static_cast<int32_t>(i * endX / length),

@@ -11,6 +11,7 @@
 
 #include "effects/oil_painter.h"
 #include "effects/shared/region_copy.h"
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -29,8 +30,8 @@ int32_t ReachOf(int32_t radius) {
     for (int32_t n = 5;; n += 2) {
         const int32_t half = n / 2;
         double sum = 0;
-        for (int32_t k = -half; k <= half; ++k) sum += std::exp(-2.0 * k * k);
-        if (static_cast<int32_t>(std::exp(-2.0 * half * half) / sum * 255) < 1) return n - 2;
+        for (int32_t k = -half; k <= half; ++k) sum += Exp(-2.0 * k * k);
+        if (static_cast<int32_t>(Exp(-2.0 * half * half) / sum * 255) < 1) return n - 2;
     }
 }
 

@@ -11,6 +11,7 @@
 #include "effects/arc_blur.h"
 #include "effects/shared/packed_sums.h"
 #include "effects/shared/region_copy.h"
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
@@ -61,8 +62,8 @@ ImageHandle ApplyRadialBlur(ImageHandle source, int32_t angle, uint32_t backgrou
     const double step = arcWidth / (count - 1);
     for (int32_t i = 0; i < count; ++i) {
         const double theta = i * step - (count - 1) * step * 0.5;
-        cosines.address[i] = std::cos(theta);
-        sines.address[i] = std::sin(theta);
+        cosines.address[i] = Cos(theta);
+        sines.address[i] = Sin(theta);
     }
     const Arc arc = {count, cosines.address, sines.address, centerX, centerY, radius};
     if (from.image->bitCount == 24 && count <= kMostPackedSamples)

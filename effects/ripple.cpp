@@ -9,6 +9,7 @@
 
 #include "effects/ripple_blend.h"
 #include "effects/shared/radial_field.h"
+#include "framework/math/elementary.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
 
@@ -32,7 +33,7 @@ void ComputeShifts(const void* settings, const double* columnSquares, int32_t co
     const Wave& wave = *static_cast<const Wave*>(settings);
     for (int32_t k = 0; k < count; ++k) {
         const double distance = std::sqrt(columnSquares[k] + rowSquare);
-        double shift = std::sin(distance / wave.length * kTwoPi + wave.phase) * wave.height;
+        double shift = Sin(distance / wave.length * kTwoPi + wave.phase) * wave.height;
         if (wave.dissipate) shift = shift * (1.0 - distance / (wave.reach + 0.0001)) * wave.energy;
         values[k] = shift;
     }

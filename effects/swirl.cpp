@@ -7,6 +7,7 @@
 
 #include "effects/shared/region_distortion.h"
 #include "framework/cpu.h"
+#include "framework/math/elementary.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
 
@@ -30,8 +31,8 @@ void ComputeTurns(const void* settings, const double* columnSquares, int32_t cou
         if (square >= turn.radius * turn.radius) continue;
         const double inward = 1 - std::sqrt(square) / turn.radius;
         const double theta = inward * turn.angle * inward;
-        values[k] = std::sin(theta);
-        values[count + k] = std::cos(theta);
+        values[k] = Sin(theta);
+        values[count + k] = Cos(theta);
     }
 }
 

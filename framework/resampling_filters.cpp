@@ -4,14 +4,16 @@
 #include <cmath>
 #include <iterator>
 
+#include "framework/math/elementary.h"
+
 namespace kfx {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-double Sinc(double t) { return t == 0 ? 1 : std::sin(kPi * t) / (kPi * t); }
+double Sinc(double t) { return t == 0 ? 1 : Sin(kPi * t) / (kPi * t); }
 
-double BlackmanWindow(double t) { return 0.42 + 0.5 * std::cos(kPi * t) + 0.08 * std::cos(2 * kPi * t); }
+double BlackmanWindow(double t) { return 0.42 + 0.5 * Cos(kPi * t) + 0.08 * Cos(2 * kPi * t); }
 
 double Box(double x, double) { return std::fabs(x) <= 0.5 ? 1 : 0; }
 
@@ -22,13 +24,13 @@ double Hermite(double x, double) {
     return a < 1 ? (2 * a - 3) * a * a + 1 : 0;
 }
 
-double Hann(double x, double) { return std::fabs(x) < 1 ? 0.5 + 0.5 * std::cos(kPi * x) : 0; }
+double Hann(double x, double) { return std::fabs(x) < 1 ? 0.5 + 0.5 * Cos(kPi * x) : 0; }
 
-double Hamming(double x, double) { return std::fabs(x) < 1 ? 0.54 + 0.46 * std::cos(kPi * x) : 0; }
+double Hamming(double x, double) { return std::fabs(x) < 1 ? 0.54 + 0.46 * Cos(kPi * x) : 0; }
 
 double Blackman(double x, double) { return std::fabs(x) < 1 ? BlackmanWindow(x) : 0; }
 
-double Gaussian(double x, double) { return std::exp(-2 * x * x) * std::sqrt(2 / kPi); }
+double Gaussian(double x, double) { return Exp(-2 * x * x) * std::sqrt(2 / kPi); }
 
 double QuadraticBSpline(double x, double) {
     const double a = std::fabs(x);
@@ -69,7 +71,7 @@ double BesselJ1(double x) {
     double sum = 0;
     for (int i = 0; i < kSteps; ++i) {
         const double angle = kPi * (i + 0.5) / kSteps;
-        sum += std::cos(angle - x * std::sin(angle));
+        sum += Cos(angle - x * Sin(angle));
     }
     return sum / kSteps;
 }

@@ -5,6 +5,7 @@
 
 #include "effects/shared/region_distortion.h"
 #include "framework/cpu.h"
+#include "framework/math/elementary.h"
 
 namespace kfx {
 namespace {
@@ -23,8 +24,7 @@ void ComputeFactors(const void* settings, const double* columnSquares, int32_t c
     for (int32_t k = 0; k < count; ++k) {
         const double square = columnSquares[k] + rowSquare;
         if (square >= pull.radius * pull.radius) continue;
-        values[k] =
-            square > 0 ? std::pow(std::sin(std::sqrt(square) * kHalfPi / pull.radius), pull.exponent) : 1;
+        values[k] = square > 0 ? Pow(Sin(std::sqrt(square) * kHalfPi / pull.radius), pull.exponent) : 1;
     }
 }
 

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
 
+#include "framework/math/elementary.h"
 #include "framework/resampling_filters.h"
 #include "tests/reference/scaler_reference.h"
 #include "tests/support/pictures.h"
@@ -191,7 +191,7 @@ TEST(Filters, the_windowed_ones_carry_the_blackman_window) {
     EXPECT_NEAR(WeightAt(7, 0.5), 0.34, 1e-15);
     EXPECT_NEAR(WeightAt(15, 0.5), 0.938508 * 0.636620, 1e-5);
     // J1(pi / 2) = 0.566824088906
-    const double window = 0.42 + 0.5 * std::cos(kPi * 0.5 / 3.2383) + 0.08 * std::cos(2 * kPi * 0.5 / 3.2383);
+    const double window = 0.42 + 0.5 * Cos(kPi * 0.5 / 3.2383) + 0.08 * Cos(2 * kPi * 0.5 / 3.2383);
     EXPECT_NEAR(WeightAt(14, 0.5), window * 0.566824088906, 1e-9);
     EXPECT_NEAR(WeightAt(14, 0), kPi / 4, 1e-12);
 }

@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx::test {
@@ -48,7 +49,7 @@ ImageHandle ReferenceImplosion(ImageHandle source, double k, int32_t cxp, int32_
             const double d2 = dx * dx + dy * dy;
             if (d2 >= R * R) continue;
             double m = 1;
-            if (d2 > 0) m = std::pow(std::sin(std::sqrt(d2) * 1.5707963267948966 / R), -k);
+            if (d2 > 0) m = Pow(Sin(std::sqrt(d2) * 1.5707963267948966 / R), -k);
             SetDibPixel(to.image, x, y,
                         ReferenceBilinear(from.image, m * dx / sx + cx, m * dy / sy + cy, background));
         }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tests/reference/emboss_reference.h"
 
-#include <cmath>
 #include <vector>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx::test {
@@ -37,7 +37,7 @@ ImageHandle ReferenceEmboss(ImageHandle source, const KernelInput& input) {
     size_t entry = 0;
     for (int32_t ky = -h; ky <= h; ++ky)
         for (int32_t kx = -h; kx <= h; ++kx, ++entry) {
-            double w = std::exp(-(kx * kx + ky * ky) / (sigma * sigma));
+            double w = Exp(-(kx * kx + ky * ky) / (sigma * sigma));
             w *= kx >= 0 && ky >= 0 ? 8.0 : -8.0;
             if (kx == -ky) w = 0;
             matrix[entry] = w;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx::test {
@@ -20,7 +21,7 @@ std::vector<float> BuildWeights(int32_t n, float sigma) {
     for (int32_t t = -m; t <= m; ++t, ++k) {
         if (k / 3 >= n) break;
         float& weight = weights[static_cast<size_t>(k / 3)];
-        weight = static_cast<float>(weight + std::exp(-(t * t) / (sigma * 18.0 * sigma)));
+        weight = static_cast<float>(weight + Exp(-(t * t) / (sigma * 18.0 * sigma)));
     }
     float sum = 0;
     for (const float weight : weights) sum += weight;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx::test {
@@ -83,7 +84,7 @@ ImageHandle ReferenceLensFlare(ImageHandle source, const KernelInput& input) {
     const int32_t hw = width / 2, hh = height / 2, ax = hw - lightX, ay = hh - lightY;
     for (int32_t y = 0; y < height; ++y) {
         for (int32_t x = 0; x < width; ++x) {
-            const double d = static_cast<float>(std::hypot(x - lightX, y - lightY));
+            const double d = static_cast<float>(Hypot(x - lightX, y - lightY));
             for (const Glow& glow : kSteepGlows) {
                 const double R = S * glow.radius;
                 const double t = (R - d) / R;
@@ -101,7 +102,7 @@ ImageHandle ReferenceLensFlare(ImageHandle source, const KernelInput& input) {
                 auto row = static_cast<int32_t>(hh + ay * element.position);
                 if (i == 13) column = width - lightX, row = height - lightY;
                 const auto size = static_cast<float>(S * element.size);
-                PaintElement(to.image, element, double{size}, std::hypot(column - x, row - y), x, y);
+                PaintElement(to.image, element, double{size}, Hypot(column - x, row - y), x, y);
             }
         }
     }

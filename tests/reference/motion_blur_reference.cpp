@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx::test {
@@ -14,7 +15,7 @@ std::vector<double> BuildWeights(int32_t n, double sigma) {
     std::vector<double> weights(static_cast<size_t>(n));
     for (int32_t j = 0; j < 3 * n; ++j) {
         const double square = static_cast<double>(j) * j;
-        weights[static_cast<size_t>(j / 3)] += std::exp(-square / (18 * sigma * sigma));
+        weights[static_cast<size_t>(j / 3)] += Exp(-square / (18 * sigma * sigma));
     }
     double sum = 0;
     for (const double weight : weights) sum += weight;
@@ -50,8 +51,8 @@ ImageHandle ReferenceMotionBlur(ImageHandle source, const KernelInput& input) {
     }
     const auto n = static_cast<int32_t>(weights.size());
     const double a = input.values[2] * 3.141592653589793 / 180;
-    const auto sx = static_cast<int32_t>(std::sin(a) * n);
-    const auto sy = static_cast<int32_t>(std::cos(a) * n);
+    const auto sx = static_cast<int32_t>(Sin(a) * n);
+    const auto sy = static_cast<int32_t>(Cos(a) * n);
     const double L = std::sqrt(static_cast<double>(int64_t{sx} * sx + int64_t{sy} * sy));
     for (int32_t r = 0; r < height; ++r)
         for (int32_t x = 0; x < width; ++x) {

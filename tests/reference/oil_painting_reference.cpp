@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx::test {
@@ -16,8 +17,8 @@ int32_t SizeOf(int32_t radius) {
     for (;; n += 2) {
         const int32_t half = n / 2;
         double s = 0;
-        for (int32_t k = -half; k <= half; ++k) s += std::exp(-2.0 * k * k);
-        if (static_cast<int32_t>(std::exp(-2.0 * half * half) / s * 255) < 1) return n - 2;
+        for (int32_t k = -half; k <= half; ++k) s += Exp(-2.0 * k * k);
+        if (static_cast<int32_t>(Exp(-2.0 * half * half) / s * 255) < 1) return n - 2;
     }
 }
 

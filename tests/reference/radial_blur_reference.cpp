@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx::test {
@@ -22,8 +23,8 @@ ImageHandle ReferenceRadialBlur(ImageHandle source, const KernelInput& input) {
     std::vector<double> cosines(static_cast<size_t>(N)), sines(static_cast<size_t>(N));
     for (int32_t i = 0; i < N; ++i) {
         const double theta = i * step - (N - 1) * step * 0.5;
-        cosines[static_cast<size_t>(i)] = std::cos(theta);
-        sines[static_cast<size_t>(i)] = std::sin(theta);
+        cosines[static_cast<size_t>(i)] = Cos(theta);
+        sines[static_cast<size_t>(i)] = Sin(theta);
     }
     MemoryOwner owner(CreateLike(from.image));
     const ImageLock to(owner.memory);

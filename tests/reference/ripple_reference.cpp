@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 
 namespace kfx::test {
@@ -24,7 +25,7 @@ ImageHandle ReferenceRipple(ImageHandle source, const KernelInput& input) {
         for (int32_t x = 0; x < width; ++x) {
             const double dx = x - cx, dy = y - cy;
             const double d = std::sqrt(dx * dx + dy * dy);
-            double s = std::sin(d / wl * 6.283185307179586 + ph) * amp;
+            double s = Sin(d / wl * 6.283185307179586 + ph) * amp;
             if (input.values[6]) s = s * (1.0 - d / (far + 0.0001)) * en;
             double sx = x + s, sy = y + s;
             if (sx < 0) sx = 0;

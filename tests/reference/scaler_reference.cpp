@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+#include "framework/math/elementary.h"
+
 namespace kfx::test {
 namespace {
 
@@ -17,7 +19,7 @@ double Mitchell(double x) {
     return 0;
 }
 
-double Sinc(double t) { return t == 0 ? 1 : std::sin(kPi * t) / (kPi * t); }
+double Sinc(double t) { return t == 0 ? 1 : Sin(kPi * t) / (kPi * t); }
 
 double Lanczos(double x) { return std::fabs(x) < 3 ? Sinc(x) * Sinc(x / 3) : 0; }
 

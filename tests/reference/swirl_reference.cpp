@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "tests/reference/bilinear_reference.h"
 
@@ -29,7 +30,7 @@ ImageHandle ReferenceSwirl(ImageHandle source, const KernelInput& input) {
             const double r = std::sqrt(d2) / R;
             const double t = 1 - r;
             const double theta = t * a * t;
-            const double s = std::sin(theta), c = std::cos(theta);
+            const double s = Sin(theta), c = Cos(theta);
             const double u = (c * dx - s * dy) / sx + cx;
             const double v = (s * dx + c * dy) / sy + cy;
             SetDibPixel(to.image, x, y, ReferenceBilinear(from.image, u, v, input.background));

@@ -2,6 +2,8 @@
 // What every source file has in common.
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "tests/structure/source_tree.h"
 
 namespace kfx {
@@ -45,6 +47,27 @@ TEST(Sources, HoldNoTabsAndNoTrailingSpaces) {
             EXPECT_FALSE(EndsWith(line, "\r")) << path << ":" << i + 1;
         }
     }
+}
+
+// A library's last bit differs from compiler to compiler, and from thread to thread where it computes with
+// x87 code; framework/math/elementary.h has functions whose does not. Square roots and roundings are exact
+// anywhere.
+TEST(Sources, TakeElementaryFunctionsFromTheFramework) {
+    const std::regex call(
+        R"((^|[^\w.>])(std::)?((a?(sin|cos|tan)h?|atan2|exp2?|expm1|pow|hypot|cbrt|log(2|10|1p)?)[fl]?)\()");
+    size_t read = 0;
+    for (const auto& [path, source] : ReadSourceTree()) {
+        const std::string folder = TopFolder(path);
+        if (folder != "framework" && folder != "effects" && folder != "builder" &&
+            path.find("tests/reference/") != 0)
+            continue;
+        ++read;
+        for (std::size_t i = 0; i < source.lines.size(); ++i) {
+            const std::string code = source.lines[i].substr(0, source.lines[i].find("//"));
+            EXPECT_FALSE(std::regex_search(code, call)) << path << ":" << i + 1 << ": " << source.lines[i];
+        }
+    }
+    EXPECT_GT(read, 100u);
 }
 
 }  // namespace

@@ -62,7 +62,10 @@ std::vector<double> ExtremeArguments() {
 }
 
 bool SameNumber(double a, double b) {
-    return std::isnan(a) ? std::isnan(b) : std::memcmp(&a, &b, sizeof a) == 0;
+    uint64_t bits[2];
+    std::memcpy(&bits[0], &a, sizeof a);
+    std::memcpy(&bits[1], &b, sizeof b);
+    return std::isnan(a) ? std::isnan(b) : bits[0] == bits[1];
 }
 
 }  // namespace kfx

@@ -22,7 +22,7 @@ namespace {
 
 int64_t ArgumentsPerKind() {
     const char* text = std::getenv("KFX_MATH_ARGUMENTS");
-    return text ? std::atoll(text) : 50000;
+    return text ? std::atoll(text) : 30000;
 }
 
 // What the arguments of one case came to.
