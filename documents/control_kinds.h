@@ -16,7 +16,7 @@ enum class BoundKind {
     CompanionNumber,  // edit whose variable is tied to the control id - 10000; takes no part in documents
     CheckBox,         // variable int32_t
     TextField,        // variable char[kTextBytes]
-    List,             // drop-down list; variable int32_t
+    List,             // drop-down list; a changed row while it is closed is told as a close-up; int32_t
     ListBox,          // variable int32_t
     Slider,           // scroll bar with its value label at id + 1; variable int32_t
     TrackBar,         // variable int32_t

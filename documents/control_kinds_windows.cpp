@@ -234,6 +234,32 @@ WNDPROC PreviousProcedure(HWND control) {
     return previous ? reinterpret_cast<WNDPROC>(previous) : DefWindowProcA;
 }
 
+bool IsInput(UINT message) {
+    return (message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
+           (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST);
+}
+
+bool IsDropped(HWND list) { return SendMessageA(list, CB_GETDROPPEDSTATE, 0, 0) != 0; }
+
+// Keys and the wheel change the row of a closed list without ever closing it up: the window is told as if
+// they had. The wheel reaches the list as keys inside its own message; the variable tells what the window has
+// taken.
+LRESULT PassInputToList(HWND list, UINT message, WPARAM word, LPARAM pointer) {
+    const auto pass = [=] { return CallWindowProcA(PreviousProcedure(list), list, message, word, pointer); };
+    if (IsDropped(list)) return pass();
+    const int32_t before = Selection<CB_GETCURSEL>(list);
+    const LRESULT answer = pass();
+    const int32_t after = Selection<CB_GETCURSEL>(list);
+    const void* variable = VariableOf(list);
+    if (after == before || !variable || IsDropped(list)) return answer;
+    int32_t taken;
+    std::memcpy(&taken, variable, sizeof taken);
+    if (taken != after)
+        SendMessageA(GetParent(list), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(list), CBN_CLOSEUP),
+                     reinterpret_cast<LPARAM>(list));
+    return answer;
+}
+
 LRESULT HandleMessage(const KindRow& row, HWND control, UINT message, WPARAM word, LPARAM pointer) {
     if (message == kMessageWriteLine && row.write) {
         row.write(control, row.word, reinterpret_cast<std::FILE*>(pointer));
@@ -242,6 +268,8 @@ LRESULT HandleMessage(const KindRow& row, HWND control, UINT message, WPARAM wor
     if (message == kMessageApplyLine && row.word)
         return ApplyLine(row, control, reinterpret_cast<const char*>(pointer));
     if (message == WM_HSCROLL && row.swallowsScroll) return 0;
+    if (row.kind == BoundKind::List && IsInput(message))
+        return PassInputToList(control, message, word, pointer);
     const WNDPROC previous = PreviousProcedure(control);
     if (message == WM_NCDESTROY) RemovePropA(control, kPreviousProcedure);
     return CallWindowProcA(previous, control, message, word, pointer);

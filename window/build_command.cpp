@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "window/build_command.h"
 
-#include "effects/effect_table.h"
 #include "framework/floating_point_state.h"
 #include "framework/settings.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
+#include "window/effect_list.h"
 #include "window/guards.h"
 
 namespace kfx {
@@ -51,11 +51,10 @@ void ShowBuildMessage(void* window, BuildMessage message) {
 int32_t Build(HWND window, const HostContext* host, BuildMode mode) {
     const CoreFloatingPoint core;
     const WaitCursor wait;
-    const LRESULT row = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
     BuildEnvironment environment = {};
     environment.window = window;
     environment.host = host;
-    environment.effect = row < 0 ? nullptr : DescriptorAt(static_cast<size_t>(row));
+    environment.effect = EffectInUse(window);
     environment.showMessage = ShowBuildMessage;
     return RunBuild(environment, OptionsForMode(ReadOptions(window), mode));
 }

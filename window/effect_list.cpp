@@ -73,6 +73,13 @@ void ShowCurrentPanel(HWND window) {
     RepaintPreview(window);
 }
 
+const EffectDescriptor* EffectInUse(HWND window) {
+    const bool open = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETDROPPEDSTATE, 0, 0) != 0;
+    const LRESULT row =
+        open ? settings.mainEffect : SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
+    return row < 0 ? nullptr : DescriptorAt(static_cast<size_t>(row));
+}
+
 void TakeEffectChoice(HWND window) {
     const uint32_t chosen = SelectedEffect(window);
     if (chosen == settings.mainEffect) return;

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "framework/effect_operations.h"
+
 namespace kfx {
 
 enum class EffectEvent : uint32_t {
@@ -20,6 +22,9 @@ bool FillEffectList(HWND window);
 
 // Shows the selected effect's panel and the preview.
 void ShowCurrentPanel(HWND window);
+
+// The row for preview and build: the list's, or while the list is open the one in use. Null: none.
+const EffectDescriptor* EffectInUse(HWND window);
 
 // The user has chosen in the list: switches panel, MainEffect and preview when the effect is another one.
 void TakeEffectChoice(HWND window);

@@ -3,12 +3,12 @@
 
 #include <algorithm>
 
-#include "effects/effect_table.h"
 #include "framework/floating_point_state.h"
 #include "framework/memory_guards.h"
 #include "framework/scaler.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
+#include "window/effect_list.h"
 #include "window/guards.h"
 #include "window/plugin_state.h"
 
@@ -22,8 +22,7 @@ int HeightOf(const RECT& area) { return area.bottom - area.top; }
 
 // The current effect's picture, or null.
 ImageHandle Render(HWND window, const RECT& inner) {
-    const LRESULT row = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
-    const EffectDescriptor* effect = row < 0 ? nullptr : DescriptorAt(static_cast<size_t>(row));
+    const EffectDescriptor* effect = EffectInUse(window);
     if (!effect || !effect->preview) return nullptr;
     EffectRunContext context = {};
     context.window = window;

@@ -207,6 +207,33 @@ TEST_F(EffectProtocol, the_old_effect_is_told_before_and_the_new_one_after_it_is
     EXPECT_EQ(TakeCalls(), Calls());
 }
 
+TEST_F(EffectProtocol, a_key_on_the_closed_list_is_told_like_a_close_up) {
+    const OpenWindow window(host);
+    ASSERT_TRUE(window.Window());
+    WaitForCalls();
+    const HWND list = GetDlgItem(window.Window(), IDC_EFFECT);
+    SendMessageA(list, WM_KEYDOWN, VK_DOWN, 1);
+    EXPECT_EQ(TakeCalls(), (Calls{"1 notify 1", "2 preview", "2 notify 2"}));
+    SendMessageA(list, WM_KEYDOWN, VK_DOWN, 1);
+    EXPECT_EQ(TakeCalls(), Calls()) << "there is no further row";
+    SendMessageA(list, WM_MOUSEWHEEL, MAKEWPARAM(0, WHEEL_DELTA), 0);
+    EXPECT_EQ(TakeCalls(), (Calls{"2 notify 1", "1 preview", "1 notify 2"}));
+}
+
+TEST_F(EffectProtocol, an_open_list_leaves_the_effect_in_use_until_it_closes) {
+    const OpenWindow window(host);
+    ASSERT_TRUE(window.Window());
+    const HWND list = GetDlgItem(window.Window(), IDC_EFFECT);
+    SendMessageA(list, CB_SHOWDROPDOWN, TRUE, 0);
+    SendMessageA(list, WM_KEYDOWN, VK_HOME, 1);
+    ASSERT_EQ(SendMessageA(list, CB_GETCURSEL, 0, 0), 0);
+    WaitForCalls();
+    SendMessageA(window.Window(), WM_TIMER, 15, 0);
+    EXPECT_EQ(TakeCalls(), (Calls{"1 preview", "1 notify 3"}));
+    SendMessageA(list, CB_SHOWDROPDOWN, FALSE, 0);
+    EXPECT_EQ(TakeCalls(), (Calls{"1 notify 1", "0 preview", "0 notify 2"}));
+}
+
 TEST_F(EffectProtocol, the_update_timer_and_a_new_source_tell_the_current_effect_of_a_change) {
     host.Serve(test::MakeAnimationBlock({{test::BytesOf(test::RandomPicture(3, 3, 4).handle)}}));
     const OpenWindow window(host);

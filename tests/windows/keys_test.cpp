@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The keyboard in the plug-in's window: what Enter presses.
+// The keyboard and the wheel in the plug-in's window: what Enter presses, and lists that are worked without
+// opening them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,7 +13,10 @@
 namespace kfx::test {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
 using testing::SizeIs;
 
 SessionOptions WithConfiguration(const std::string& text) {
@@ -121,6 +125,124 @@ TEST(Keys, a_control_that_is_disabled_hands_on_focus_and_enter_together) {
     EXPECT_FALSE(session.IsEnabled(IDC_BACKGROUND_COLOR));
     EXPECT_EQ(FocusedControl(session), IDC_SELECT);
     EXPECT_THAT(DefaultButtons(session), ElementsAre(IDC_SELECT));
+}
+
+// What changes the row of a list that stays closed.
+struct ListInput {
+    const char* name;
+    UINT message;
+    WPARAM word;
+    int before;
+    int after;
+};
+
+constexpr ListInput kListInputs[] = {
+    {"down", WM_KEYDOWN, VK_DOWN, 10, 11},
+    {"up", WM_KEYDOWN, VK_UP, 10, 9},
+    {"home", WM_KEYDOWN, VK_HOME, 10, 0},
+    {"end", WM_KEYDOWN, VK_END, 10, 19},
+    {"a letter", WM_CHAR, 'z', 10, 19},
+    {"wheel down", WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(-WHEEL_DELTA)), 10, 11},
+    {"wheel up", WM_MOUSEWHEEL, MAKEWPARAM(0, WHEEL_DELTA), 10, 9},
+};
+
+TEST(ClosedLists, another_row_of_the_effect_list_is_another_effect) {
+    constexpr int kPanelControls[] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, IDC_NORMALIZE_DISTRIBUTED};
+    for (const ListInput& input : kListInputs) {
+        FakeHost host;
+        host.Serve(OneFrame());
+        PluginSession session(host, WithConfiguration("MainEffect = " + std::to_string(input.before) + "\n"));
+        session.Click(IDC_SELECT);
+        MoveFocus(session, IDC_EFFECT);
+        ASSERT_TRUE(session.IsShown(kPanelControls[input.before]));
+        session.ClearEvents();
+        PostMessageA(session.Control(IDC_EFFECT), input.message, input.word, 1);
+        session.Settle();
+        ASSERT_EQ(session.SelectionOf(IDC_EFFECT), input.after) << input.name;
+        EXPECT_FALSE(session.IsShown(kPanelControls[input.before])) << input.name;
+        EXPECT_THAT(session.Events(), Contains("preview")) << input.name;
+        session.Close();
+        EXPECT_THAT(session.ConfigurationText(),
+                    HasSubstr("MainEffect = " + std::to_string(input.after) + "\r\n"))
+            << input.name;
+    }
+}
+
+TEST(ClosedLists, another_row_of_the_palette_list_is_another_palette) {
+    FakeHost host;
+    PluginSession session(host);
+    session.Click(IDC_CUSTOM_PALETTE);
+    MoveFocus(session, IDC_PALETTE);
+    PressKey(session, VK_DOWN);
+    ASSERT_EQ(session.SelectionOf(IDC_PALETTE), 7);
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 7\r\n"));
+}
+
+TEST(ClosedLists, another_row_of_a_panel_list_is_stored_and_previewed) {
+    FakeHost host;
+    PluginSession session(host, WithConfiguration("MainEffect = 5\n"));
+    MoveFocus(session, IDC_HSB_CHANNELS);
+    session.ClearEvents();
+    PressKey(session, VK_END);
+    ASSERT_EQ(session.SelectionOf(IDC_HSB_CHANNELS), 6);
+    EXPECT_THAT(session.Events(), Contains("preview"));
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style010ChannelsOption = 6\r\n"));
+}
+
+// A setting may name a row that the list does not have now; keys that change no row must not lose it.
+TEST(ClosedLists, a_key_that_changes_no_row_changes_no_setting) {
+    FakeHost host;
+    PluginSession session(host, WithConfiguration("MainPalette = 9\n"));
+    session.Click(IDC_CUSTOM_PALETTE);
+    MoveFocus(session, IDC_PALETTE);
+    for (const WPARAM key : {VK_SHIFT, VK_F1}) PressKey(session, key);
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 9\r\n"));
+}
+
+TEST(OpenLists, moving_changes_nothing_until_the_list_closes) {
+    for (const WPARAM closingKey : {VK_RETURN, VK_ESCAPE, VK_F4}) {
+        FakeHost host;
+        host.Serve(OneFrame());
+        PluginSession session(host, WithConfiguration("MainEffect = 10\n"));
+        session.Click(IDC_SELECT);
+        const std::vector<COLORREF> before = session.DrawPreview(20, 20);
+        MoveFocus(session, IDC_EFFECT);
+        session.ClearEvents();
+        PressKey(session, VK_F4);
+        ASSERT_TRUE(SendMessageA(session.Control(IDC_EFFECT), CB_GETDROPPEDSTATE, 0, 0));
+        PressKey(session, VK_HOME);
+        PressKey(session, VK_DOWN);
+        EXPECT_TRUE(session.IsShown(IDC_NORMALIZE_DISTRIBUTED));
+        EXPECT_THAT(session.Events(), Not(Contains("preview")));
+        EXPECT_EQ(session.DrawPreview(20, 20), before) << "repainted meanwhile";
+        PressKey(session, closingKey);
+        ASSERT_TRUE(session.IsOpen());
+        ASSERT_FALSE(SendMessageA(session.Control(IDC_EFFECT), CB_GETDROPPEDSTATE, 0, 0));
+        const int row = session.SelectionOf(IDC_EFFECT);
+        EXPECT_EQ(session.IsShown(IDC_NORMALIZE_DISTRIBUTED), row == 10) << closingKey;
+        EXPECT_EQ(session.IsShown(IDC_EMBOSS_DEPTH), row == 1) << closingKey;
+        session.Close();
+        EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainEffect = " + std::to_string(row) + "\r\n"))
+            << closingKey;
+    }
+}
+
+TEST(OpenLists, a_panels_list_counts_only_once_it_has_closed) {
+    FakeHost host;
+    host.Serve(OneFrame());
+    PluginSession session(host, WithConfiguration("MainEffect = 5\nStyle010ChannelsEnable = 1\n"));
+    session.Click(IDC_SELECT);
+    const std::vector<COLORREF> before = session.DrawPreview(20, 20);
+    MoveFocus(session, IDC_HSB_CHANNELS);
+    PressKey(session, VK_F4);
+    PressKey(session, VK_END);
+    ASSERT_EQ(session.SelectionOf(IDC_HSB_CHANNELS), 6);
+    EXPECT_EQ(session.DrawPreview(20, 20), before);
+    PressKey(session, VK_RETURN);
+    EXPECT_NE(session.DrawPreview(20, 20), before);
 }
 
 }  // namespace
