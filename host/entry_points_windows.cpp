@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "framework/floating_point_state.h"
+#include "host/floating_point_state.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/guards.h"

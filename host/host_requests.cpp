@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "framework/floating_point_state.h"
+#include "host/floating_point_state.h"
 
 namespace kfx {
 namespace {

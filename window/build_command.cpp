@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "window/build_command.h"
 
-#include "framework/floating_point_state.h"
 #include "framework/settings.h"
+#include "host/floating_point_state.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/effect_list.h"

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "framework/floating_point_state.h"
+#include "host/floating_point_state.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
 #include "window/plugin_state.h"

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "framework/floating_point_state.h"
+#include "host/floating_point_state.h"
 #include "window/dialog_services.h"
 #include "window/paths.h"
 #include "window/plugin_state.h"

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "documents/control_kinds.h"
-#include "framework/floating_point_state.h"
+#include "host/floating_point_state.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
 #include "window/commands.h"

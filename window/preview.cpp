@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "framework/floating_point_state.h"
 #include "framework/memory_guards.h"
 #include "framework/scaler.h"
+#include "host/floating_point_state.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/effect_list.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "framework/floating_point_state.h"
+#include "host/floating_point_state.h"
 
 #if defined(_MSC_VER) && defined(_M_X64)
 #include <intrin.h>
