@@ -199,6 +199,7 @@ bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count,
     if (!index->tables) index->tables = static_cast<ColorAnswers*>(LockMemory(index->memory));
     if (!index->tables) return false;
     if (index->fast == fast && SamePalette(*index, palette, count)) return true;
+    const bool used = index->count != 0;
     index->count = count;
     index->fast = fast;
     for (int32_t i = 0; i < count; ++i, palette += 3) {
@@ -206,6 +207,7 @@ bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count,
         index->green[i] = palette[1];
         index->blue[i] = palette[2];
     }
+    if (!used) return true;  // the tables are zeroed already, and their pages untouched
     std::memset(index->tables->known, 0, sizeof index->tables->known);
     std::memset(index->tables->candidates, 0, sizeof index->tables->candidates);
     return true;

@@ -24,6 +24,11 @@ MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes);
 // Frees the block; null is allowed.
 void FreeMemory(MemoryHandle memory);
 
+// A zeroed table of `bytes` bytes (at least one) that stays at its address and needs no lock: for what has to
+// be reached when a lock is refused. Null: out of memory. FreeFixedTable takes null as well.
+void* AllocateFixedTable(size_t bytes);
+void FreeFixedTable(void* table);
+
 // The block's real size in bytes; 0 when it is not a block.
 size_t MemorySize(MemoryHandle memory);
 

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "framework/movable_memory_native.h"
 
+#include <sys/mman.h>
+
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -14,6 +18,11 @@ struct Block {
     void* bytes;
     size_t size;
     size_t locks;
+};
+
+// Stands before a fixed table, whose address is the caller's.
+struct alignas(std::max_align_t) FixedHeader {
+    size_t size;
 };
 
 // Which attempts of one kind are refused, counted from 1; 0: none.
@@ -38,6 +47,37 @@ bool IsAllocationRefused(size_t bytes) {
     return IsRefused(allocationRefusals, &counts.allocations);
 }
 
+#if defined(__SANITIZE_ADDRESS__)
+// The sanitizer marks every byte of a block at its birth and at its death: for the table of all colours, of
+// which a small picture touches a few pages, a hundred times the work of the build under test. Such blocks
+// are mapped by themselves and end, to 16 bytes, at a page that must not be touched.
+constexpr size_t kMappedFrom = size_t{8} << 20;
+#else
+constexpr size_t kMappedFrom = SIZE_MAX;
+#endif
+constexpr size_t kPage = 4096;
+
+size_t MappedBytes(size_t size) { return (size + kPage - 1) / kPage * kPage; }
+size_t SlackBytes(size_t size) { return MappedBytes(size) - (size + 15) / 16 * 16; }
+
+void* AllocateBytes(size_t size) {
+    if (size < kMappedFrom) return std::calloc(size, 1);
+    if (size > SIZE_MAX / 2) return nullptr;
+    void* pages = mmap(nullptr, MappedBytes(size) + kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages == MAP_FAILED) return nullptr;
+    if (mprotect(pages, MappedBytes(size), PROT_READ | PROT_WRITE) == 0)
+        return static_cast<char*>(pages) + SlackBytes(size);
+    munmap(pages, MappedBytes(size) + kPage);
+    return nullptr;
+}
+
+void FreeBytes(void* bytes, size_t size) {
+    if (size < kMappedFrom)
+        std::free(bytes);
+    else
+        munmap(static_cast<char*>(bytes) - SlackBytes(size), MappedBytes(size) + kPage);
+}
+
 void Grow(size_t bytes) {
     counts.liveBytes += bytes;
     if (counts.liveBytes > counts.peakBytes) counts.peakBytes = counts.liveBytes;
@@ -51,7 +91,7 @@ MemoryHandle AllocateMemory(size_t bytes) {
     if (!block) return nullptr;
     block->size = bytes ? bytes : 1;
     block->locks = 0;
-    block->bytes = std::calloc(block->size, 1);
+    block->bytes = AllocateBytes(block->size);
     if (!block->bytes) {
         std::free(block);
         return nullptr;
@@ -81,9 +121,10 @@ MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes) {
     if (!memory || IsAllocationRefused(bytes)) return nullptr;
     auto* block = static_cast<Block*>(memory);
     const size_t size = bytes ? bytes : 1;
-    void* moved = std::realloc(block->bytes, size);
+    void* moved = AllocateBytes(size);
     if (!moved) return nullptr;
-    if (size > block->size) std::memset(static_cast<char*>(moved) + block->size, 0, size - block->size);
+    std::memcpy(moved, block->bytes, size < block->size ? size : block->size);
+    FreeBytes(block->bytes, block->size);
     counts.liveBytes -= block->size;
     Grow(size);
     block->bytes = moved;
@@ -100,8 +141,26 @@ void FreeMemory(MemoryHandle memory) {
         ++counts.lockedFrees;
         --counts.lockedBlocks;
     }
-    std::free(block->bytes);
+    FreeBytes(block->bytes, block->size);
     std::free(block);
+}
+
+void* AllocateFixedTable(size_t bytes) {
+    if (IsAllocationRefused(bytes)) return nullptr;
+    auto* header = static_cast<FixedHeader*>(std::calloc(1, sizeof(FixedHeader) + bytes));
+    if (!header) return nullptr;
+    header->size = bytes;
+    ++counts.liveBlocks;
+    Grow(bytes);
+    return header + 1;
+}
+
+void FreeFixedTable(void* table) {
+    if (!table) return;
+    auto* header = static_cast<FixedHeader*>(table) - 1;
+    --counts.liveBlocks;
+    counts.liveBytes -= header->size;
+    std::free(header);
 }
 
 size_t MemorySize(MemoryHandle memory) { return memory ? static_cast<Block*>(memory)->size : 0; }

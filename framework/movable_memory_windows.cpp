@@ -19,6 +19,13 @@ void FreeMemory(MemoryHandle memory) {
     if (memory) GlobalFree(memory);
 }
 
+// The handle of a fixed block is its address.
+void* AllocateFixedTable(size_t bytes) { return GlobalAlloc(GPTR, bytes ? bytes : 1); }
+
+void FreeFixedTable(void* table) {
+    if (table) GlobalFree(table);
+}
+
 size_t MemorySize(MemoryHandle memory) { return memory ? GlobalSize(memory) : 0; }
 
 }  // namespace kfx
