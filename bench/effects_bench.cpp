@@ -87,7 +87,7 @@ std::vector<Work> ListWork() {
                 work.input.values[c] = ReadControl(effect->controls[c], nullptr);
                 work.text += (c ? ", " : "") + std::to_string(work.input.values[c]);
             }
-            work.input.background = BackgroundColor();
+            ReadBackgroundColor(&work.input.background);
             list.push_back(work);
         }
     }

@@ -86,24 +86,28 @@ void AskBackgroundColor(Build* build) {
     if (build->background == kNoBackground) build->options.localBackground = false;
 }
 
-// The source animation's own palette. False: it has none.
-bool CopySourcePalette(Build* build) {
+// Takes the source animation's own palette; where it has none, one is computed. False: the source could not
+// be locked.
+bool ChooseSourcePalette(Build* build) {
     const MemoryLock lock(sourceAnimation);
+    if (sourceAnimation && !lock.address) return false;
     AnimationHeader header;
-    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
-        return false;
-    if (header.globalColors == 0) return false;
+    if (!ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header) ||
+        header.globalColors == 0) {
+        build->options.customPalette = true;
+        return true;
+    }
     std::memcpy(build->palette, header.globalPalette, size_t{3} * header.globalColors);
     build->bitsPerPixel = BitsForColors(static_cast<int32_t>(header.globalColors));
     return true;
 }
 
-void ChoosePalette(Build* build) {
+// False: the source's palette is wanted and the source could not be locked.
+bool ChoosePalette(Build* build) {
     // All 256 entries are searched later whatever the palette's size: the black ones beyond it compete.
-    if (build->options.paletteChoice != kSourcePalette)
-        BuildFixedPalette(build->palette, build->options.paletteChoice, &build->bitsPerPixel);
-    else if (!CopySourcePalette(build))
-        build->options.customPalette = true;
+    if (build->options.paletteChoice == kSourcePalette) return ChooseSourcePalette(build);
+    BuildFixedPalette(build->palette, build->options.paletteChoice, &build->bitsPerPixel);
+    return true;
 }
 
 // Fills the frame list. False: the effect failed, or there are no frames.
@@ -116,9 +120,9 @@ bool RunEffect(Build* build) {
         RequestSetStatusText(host, "Building");
         EffectBuildContext context = {build->environment.window, &build->frames, 0, host};
         if (!effect->build(&context)) return false;
-    } else {
-        // No effect to decode the frames: they are built unchanged.
-        DecodeAllFrames(&build->frames);
+    } else if (DecodeAllFrames(&build->frames) == DecodeResult::Refused) {
+        // No effect to decode the frames: they are built unchanged, all or none.
+        return false;
     }
     RequestProgress(host, 0, 0);
     if (build->frames.count == 1) build->options.supercompress = false;
@@ -200,10 +204,7 @@ bool RemapFrame(const Build& build, int32_t index, RemapTarget* target) {
     MemoryOwner converted(build.options.dither ? DitherRemap(entry.image, target)
                                                : PlainRemap(entry.image, target));
     if (!converted.memory || !MarkReserved(build, index, converted.memory, &entry)) return false;
-    std::swap(entry.image, converted.memory);
-    if (PutFrame(build.frames, index, entry)) return true;
-    std::swap(entry.image, converted.memory);
-    return false;
+    return ReplaceImage(build.frames, index, entry, converted.Release());
 }
 
 bool NoteSize(Build* build, int32_t index) {
@@ -286,9 +287,8 @@ int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& option
     Build build(environment, options);
     SettleOptions(&build);
     AskBackgroundColor(&build);
-    ChoosePalette(&build);
-    if (!RunEffect(&build) || !QuantizePalette(&build) || !SupercompressFrames(&build) ||
-        !RemapFrames(&build))
+    if (!ChoosePalette(&build) || !RunEffect(&build) || !QuantizePalette(&build) ||
+        !SupercompressFrames(&build) || !RemapFrames(&build))
         return Fail(build, BuildMessage::MemoryError);
     if (!OpenTask(&build)) return Fail(build, BuildMessage::NewTaskRefused);
     BuildMessage failure;

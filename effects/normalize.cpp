@@ -191,7 +191,12 @@ ImageHandle ApplyNormalize(ImageHandle source) {
 void GatherLuminance(ImageHandle source, uint64_t record[2]) {
     if (record[1] == kRefused) return;
     const ImageLock from(source);
-    if (!from.image || from.image->bitCount != 24) return;
+    if (!from.image) {
+        // The others alone would be stretched otherwise than all together.
+        record[1] = kRefused;
+        return;
+    }
+    if (from.image->bitCount != 24) return;
     if (!HandleOf(record)) record[0] = reinterpret_cast<uint64_t>(AllocateMemory(sizeof(Luminance)));
     const MemoryLock lock(HandleOf(record));
     if (lock.address)

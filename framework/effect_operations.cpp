@@ -8,76 +8,89 @@
 namespace kfx {
 namespace {
 
-KernelInput ReadInput(const EffectRecord& effect, void* window, KernelCache* cache) {
-    KernelInput input = {};
+// False: the background colour could not be read.
+bool ReadInput(const EffectRecord& effect, void* window, KernelCache* cache, KernelInput* input) {
+    *input = {};
     for (size_t i = 0; i < effect.controlCount; ++i)
-        input.values[i] = ReadControl(effect.controls[i], window);
-    input.background = BackgroundColor();
-    input.cache = cache;
-    return input;
+        input->values[i] = ReadControl(effect.controls[i], window);
+    input->cache = cache;
+    return ReadBackgroundColor(&input->background);
 }
 
-ImageHandle Replace(ImageHandle old, ImageHandle result) {
-    if (!result) return old;
-    FreeMemory(old);
-    return result;
+// Puts the entry back with a kernel's result, if there is one.
+bool TakeResult(const FrameList& frames, int32_t index, const FrameEntry& entry, ImageHandle result) {
+    return !result || ReplaceImage(frames, index, entry, result);
 }
 
-void BuildEachFrame(const EffectRecord& effect, EffectBuildContext* context, const KernelInput& input) {
-    FrameList* frames = context->frames;
-    for (int32_t i = 0; i < frames->count; ++i) {
+// False: the list could not be locked.
+bool BuildEachFrame(const EffectRecord& effect, EffectBuildContext* context, const KernelInput& input) {
+    const FrameList& frames = *context->frames;
+    for (int32_t i = 0; i < frames.count; ++i) {
         FrameEntry entry;
-        if (GetFrame(*frames, i, &entry)) {
-            entry.image = ApplyKernel(effect, entry.image, input);
-            PutFrame(*frames, i, entry);
-        }
-        RequestProgress(context->host, i, frames->count);
+        if (!GetFrame(frames, i, &entry)) return false;
+        if (!TakeResult(frames, i, entry, effect.kernel(entry.image, input))) return false;
+        RequestProgress(context->host, i, frames.count);
     }
+    return true;
 }
 
-void BuildInTwoPasses(const GatheringPasses& passes, EffectBuildContext* context) {
-    FrameList* frames = context->frames;
+bool GatherFromFrames(const GatheringPasses& passes, EffectBuildContext* context, uint64_t record[2]) {
+    const FrameList& frames = *context->frames;
+    for (int32_t i = 0; i < frames.count; ++i) {
+        FrameEntry entry;
+        if (!GetFrame(frames, i, &entry)) return false;
+        passes.gather(entry.image, record);
+        RequestProgress(context->host, i, 2 * frames.count);
+    }
+    return true;
+}
+
+bool ApplyToFrames(const GatheringPasses& passes, EffectBuildContext* context, const uint64_t record[2]) {
+    const FrameList& frames = *context->frames;
+    for (int32_t i = 0; i < frames.count; ++i) {
+        FrameEntry entry;
+        if (!GetFrame(frames, i, &entry)) return false;
+        if (!TakeResult(frames, i, entry, passes.apply(entry.image, record))) return false;
+        RequestProgress(context->host, frames.count + i, 2 * frames.count);
+    }
+    return true;
+}
+
+// False: the list could not be locked.
+bool BuildInTwoPasses(const GatheringPasses& passes, EffectBuildContext* context) {
     uint64_t record[2] = {0, 0};
-    FrameEntry entry;
-    for (int32_t i = 0; i < frames->count; ++i) {
-        if (GetFrame(*frames, i, &entry)) passes.gather(entry.image, record);
-        RequestProgress(context->host, i, 2 * frames->count);
-    }
-    for (int32_t i = 0; i < frames->count; ++i) {
-        if (GetFrame(*frames, i, &entry)) {
-            entry.image = Replace(entry.image, passes.apply(entry.image, record));
-            PutFrame(*frames, i, entry);
-        }
-        RequestProgress(context->host, frames->count + i, 2 * frames->count);
-    }
+    const bool built = GatherFromFrames(passes, context, record) && ApplyToFrames(passes, context, record);
     passes.release(record);
+    return built;
 }
 
 }  // namespace
 
 ImageHandle ApplyKernel(const EffectRecord& effect, ImageHandle image, const KernelInput& input) {
-    return Replace(image, effect.kernel(image, input));
+    const ImageHandle result = effect.kernel(image, input);
+    if (!result) return image;
+    FreeMemory(image);
+    return result;
 }
 
 int32_t PreviewEffect(const EffectRecord& effect, EffectRunContext* context) {
     KernelCache cache;
-    const KernelInput input = ReadInput(effect, context->window, &cache);
+    KernelInput input;
+    const bool read = ReadInput(effect, context->window, &cache, &input);
     context->flags |= kRunFirstFrameOnly;
     context->image = FetchFirstFrame();
-    if (context->image) context->image = ApplyKernel(effect, context->image, input);
+    if (context->image && read) context->image = ApplyKernel(effect, context->image, input);
     return 1;
 }
 
 int32_t BuildEffect(const EffectRecord& effect, EffectBuildContext* context) {
     KernelCache cache;
-    const KernelInput input = ReadInput(effect, context->window, &cache);
+    KernelInput input;
+    if (!ReadInput(effect, context->window, &cache, &input)) return 0;
     // A malformed or missing source leaves what was decoded; the build driver judges the count.
-    DecodeAllFrames(context->frames);
-    if (effect.gathering && effect.gathering->wanted(input))
-        BuildInTwoPasses(*effect.gathering, context);
-    else
-        BuildEachFrame(effect, context, input);
-    return 1;
+    if (DecodeAllFrames(context->frames) == DecodeResult::Refused) return 0;
+    const bool gathers = effect.gathering && effect.gathering->wanted(input);
+    return gathers ? BuildInTwoPasses(*effect.gathering, context) : BuildEachFrame(effect, context, input);
 }
 
 }  // namespace kfx

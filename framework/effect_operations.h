@@ -47,7 +47,9 @@ struct EffectDescriptor {
 // Renders the first source frame into context->image, which stays null without a source. Always 1.
 int32_t PreviewEffect(const EffectRecord& effect, EffectRunContext* context);
 
-// Decodes the source into context->frames and transforms every frame, reporting progress. Always 1.
+// Decodes the source into context->frames and transforms every frame, reporting progress; a frame for which
+// the kernel has no picture stays as it came. 0: memory was refused while decoding, or the source or the list
+// could not be locked; what the list holds is the caller's, as ever.
 int32_t BuildEffect(const EffectRecord& effect, EffectBuildContext* context);
 
 // Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept

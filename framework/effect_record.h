@@ -31,7 +31,7 @@ constexpr size_t kMostControls = 8;  // of one effect
 // What a kernel gets beside the picture.
 struct KernelInput {
     int32_t values[kMostControls];  // one for each control of the record, in the record's order
-    uint32_t background;            // BackgroundColor(), fetched once
+    uint32_t background;            // ReadBackgroundColor(), once
     KernelCache* cache;             // tables kept from frame to frame; never null
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // FrameList: the decoded source animation, a count and a growable block of 56-byte entries. The build owns it
-// and every image and mask in it.
+// and every image and mask in it. Their handles are kept a second time where no lock can be refused, so that
+// they can always be freed.
 #pragma once
 
 #include <cstddef>
@@ -22,9 +23,17 @@ struct FrameEntry {
     uint8_t zero36[20];
 };
 
+// What an entry owns.
+struct OwnedImages {
+    ImageHandle image;
+    ImageHandle changeMask;
+};
+
 struct FrameList {
     MemoryHandle entries;  // null while empty
     int32_t count;
+    int32_t ownedRoom;   // how many entries `owned` has room for
+    OwnedImages* owned;  // a fixed table: of each entry, written together with it
 };
 #pragma pack(pop)
 static_assert(sizeof(FrameEntry) == 56, "FrameEntry");
@@ -36,16 +45,22 @@ static_assert(offsetof(FrameEntry, field2) == 28, "FrameEntry.field2");
 static_assert(offsetof(FrameEntry, field4) == 32, "FrameEntry.field4");
 static_assert(offsetof(FrameEntry, zero36) == 36, "FrameEntry.zero36");
 static_assert(offsetof(FrameList, count) == 8, "FrameList.count");
+static_assert(offsetof(FrameList, owned) == 16, "FrameList.owned");
 
-// Adds a copy of the entry at the end. False: memory ran out, the list is as before and the entry's image
-// still the caller's.
+// Adds a copy of the entry at the end. False: memory ran out or the list could not be locked; it is as before
+// and the entry's image still the caller's.
 bool AppendFrame(FrameList* list, const FrameEntry& entry);
 
-// Copies entry `index` out of, or back into, the list. False: no such entry, or the list could not be locked.
+// Copies entry `index` out of, or back into, the list. False: no such entry, or the list could not be locked
+// and is as before: what the entry should have owned anew is still the caller's.
 bool GetFrame(const FrameList& list, int32_t index, FrameEntry* entry);
 bool PutFrame(const FrameList& list, int32_t index, const FrameEntry& entry);
 
-// Frees every image and mask and the list itself, which is empty afterwards.
+// Puts the entry back with `image` in its image's place and frees the one of the two that the list does not
+// own afterwards: the old one, or, when the list could not be locked (false), the new one.
+bool ReplaceImage(const FrameList& list, int32_t index, FrameEntry entry, ImageHandle image);
+
+// Frees every image and mask and the list itself, which is empty afterwards. Needs no lock.
 void FreeFrames(FrameList* list);
 
 }  // namespace kfx

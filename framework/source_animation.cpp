@@ -60,18 +60,21 @@ ImageHandle FetchFirstFrame() {
     return DecodeFrame(frame);
 }
 
-bool DecodeAllFrames(FrameList* list) {
+DecodeResult DecodeAllFrames(FrameList* list) {
+    if (!sourceAnimation) return DecodeResult::Malformed;
     const MemoryLock lock(sourceAnimation);
+    if (!lock.address) return DecodeResult::Refused;
     AnimationHeader header;
-    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
-        return false;
+    if (!ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
+        return DecodeResult::Malformed;
     size_t offset = header.firstBlock;
     for (uint32_t i = 0; i < header.frameCount; ++i) {
         AnimationFrame frame;
         const FrameStep step = ReadAnimationFrame(header, &offset, &frame);
-        if (step != FrameStep::Frame) return step == FrameStep::End;
+        if (step == FrameStep::End) return DecodeResult::Whole;
+        if (step == FrameStep::Malformed) return DecodeResult::Malformed;
         MemoryOwner image(DecodeFrame(frame));
-        if (!image.memory) return false;
+        if (!image.memory) return DecodeResult::Refused;
         FrameEntry entry = {};
         entry.image = image.memory;
         entry.transparentIndex = -1;
@@ -79,21 +82,22 @@ bool DecodeAllFrames(FrameList* list) {
         entry.field2 = frame.fields[1];
         entry.field3 = frame.fields[2];
         entry.field4 = frame.fields[3];
-        if (!AppendFrame(list, entry)) return false;
+        if (!AppendFrame(list, entry)) return DecodeResult::Refused;
         image.Release();
     }
-    return true;
+    return DecodeResult::Whole;
 }
 
-uint32_t BackgroundColor() {
-    uint32_t color;
-    if (LocalBackgroundChosen(&color)) return color;
+bool ReadBackgroundColor(uint32_t* color) {
+    if (LocalBackgroundChosen(color)) return true;
+    *color = kMidGrey;
+    if (!sourceAnimation) return true;
     const MemoryLock lock(sourceAnimation);
+    if (!lock.address) return false;
     AnimationHeader header;
-    if (lock.address && ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header) &&
-        header.hasBackground)
-        return header.background;
-    return kMidGrey;
+    if (ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header) && header.hasBackground)
+        *color = header.background;
+    return true;
 }
 
 }  // namespace kfx

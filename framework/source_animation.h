@@ -17,12 +17,19 @@ extern MemoryHandle sourceAnimation;
 // out.
 ImageHandle FetchFirstFrame();
 
-// Appends every frame to the list. False: no source, a malformed block or memory ran out; what was appended
-// stays.
-bool DecodeAllFrames(FrameList* list);
+// How reading the source ended.
+enum class DecodeResult {
+    Whole,      // every frame stands in the list; there may be none
+    Malformed,  // no source, no animation, or a malformed frame: the frames before it stand in the list
+    Refused,    // memory was refused or the source could not be locked: frames are missing from the list
+};
+
+// Appends every frame to the list. What was appended stays, however it ends.
+DecodeResult DecodeAllFrames(FrameList* list);
 
 // What geometric effects show where they sample outside the picture (0x00BBGGRR): the local background colour
-// when the user has switched it on, else the source's own background, else mid-grey.
-uint32_t BackgroundColor();
+// when the user has switched it on, else the source's own background, else mid-grey. False: the source could
+// not be locked, so nobody knows.
+bool ReadBackgroundColor(uint32_t* color);
 
 }  // namespace kfx

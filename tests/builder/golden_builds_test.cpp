@@ -97,7 +97,7 @@ TEST(GoldenBuilds, decoded_frames_are_those_that_the_transcripts_were_computed_f
         sourceAnimation =
             MakeMemory(ReadTestFile(GoldenPath("inputs/" + std::string(input) + ".source.bin").c_str()));
         FrameList frames = {};
-        EXPECT_TRUE(DecodeAllFrames(&frames));
+        EXPECT_EQ(DecodeAllFrames(&frames), DecodeResult::Whole);
         std::vector<uint8_t> decoded(4);
         decoded[0] = static_cast<uint8_t>(frames.count);
         for (int32_t i = 0; i < frames.count; ++i) {

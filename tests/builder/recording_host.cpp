@@ -61,8 +61,7 @@ void NoteMessage(void*, BuildMessage message) {
 }
 
 int32_t DecodeUnchanged(EffectBuildContext* context) {
-    DecodeAllFrames(context->frames);
-    return 1;
+    return DecodeAllFrames(context->frames) != DecodeResult::Refused;
 }
 
 int32_t NoBackground(void*, int32_t) { return -1; }

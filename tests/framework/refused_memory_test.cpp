@@ -2,12 +2,16 @@
 // Every allocation refused in turn: nothing crashes, nothing leaks, nothing stays locked.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <string>
 
+#include "framework/effect_operations.h"
 #include "framework/frame_list.h"
 #include "framework/kernel_cache.h"
 #include "framework/movable_memory_native.h"
 #include "framework/scaler.h"
+#include "framework/settings.h"
 #include "framework/source_animation.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
@@ -15,21 +19,27 @@
 namespace kfx::test {
 namespace {
 
-// Runs `attempt` with its first, second, third ... allocation refused, until it needs no more of them. It
-// answers whether it succeeded and frees what it was given.
+// Runs `attempt` with its first, second, third ... allocation refused, and then each of its locks, until it
+// needs no more of them. It answers whether it succeeded and frees what it was given.
 void RefuseEachInTurn(const std::function<bool()>& attempt) {
     const MemoryCounts before = CountMemory();
-    for (size_t number = 1; number < 1000; ++number) {
-        RefuseAllocation(number);
-        const bool succeeded = attempt();
-        const bool refused = CountMemory().allocations >= number;
-        ResetMemoryCounts();
-        EXPECT_EQ(CountMemory().liveBlocks, before.liveBlocks) << "allocation " << number;
-        EXPECT_EQ(CountMemory().lockedBlocks, before.lockedBlocks) << "allocation " << number;
-        EXPECT_EQ(succeeded, !refused) << "allocation " << number;
-        if (!refused) return;
+    for (const bool locks : {false, true}) {
+        for (size_t number = 1;; ++number) {
+            ASSERT_LT(number, 1000u) << "the attempt never ends";
+            locks ? RefuseLock(number) : RefuseAllocation(number);
+            const bool succeeded = attempt();
+            const MemoryCounts after = CountMemory();
+            const bool refused = (locks ? after.locks : after.allocations) >= number;
+            ResetMemoryCounts();
+            const std::string name = (locks ? "lock " : "allocation ") + std::to_string(number);
+            EXPECT_EQ(after.liveBlocks, before.liveBlocks) << name;
+            EXPECT_EQ(after.lockedBlocks, before.lockedBlocks) << name;
+            EXPECT_EQ(after.strayUnlocks, before.strayUnlocks) << name;
+            EXPECT_EQ(after.lockedFrees, before.lockedFrees) << name;
+            EXPECT_EQ(succeeded, !refused) << name;
+            if (!refused) break;
+        }
     }
-    ADD_FAILURE() << "the attempt never ends";
 }
 
 bool FreeIfMade(ImageHandle image) {
@@ -47,18 +57,18 @@ TEST(RefusedMemory, first_frame) {
     }
 }
 
-TEST(RefusedMemory, all_frames_and_what_was_appended_before_stays) {
+TEST(RefusedMemory, all_frames) {
     const Picture picture = RandomPicture(5, 3, 1, 8);
     const BlockFrame frame = {BytesOf(picture.handle), {}};
     sourceAnimation = MakeMemory(MakeAnimationBlock({frame, frame, frame}));
     int32_t most = 0;
     RefuseEachInTurn([&most] {
         FrameList list = {};
-        const bool decoded = DecodeAllFrames(&list);
-        EXPECT_GE(list.count, most);  // later refusals leave at least as many frames
-        most = list.count;
+        const DecodeResult result = DecodeAllFrames(&list);
+        EXPECT_NE(result, DecodeResult::Malformed);
+        most = std::max(most, int32_t{list.count});
         FreeFrames(&list);
-        return decoded;
+        return result == DecodeResult::Whole;
     });
     EXPECT_EQ(most, 3);
     FreeMemory(sourceAnimation);
@@ -71,7 +81,7 @@ TEST(RefusedMemory, images_and_copies) {
     RefuseEachInTurn([&picture] { return FreeIfMade(ConvertTo24Bits(picture.handle)); });
     RefuseEachInTurn([&picture] {
         const ImageLock lock(picture.handle);
-        return FreeIfMade(DuplicateImage(lock.image));
+        return lock.image && FreeIfMade(DuplicateImage(lock.image));
     });
 }
 
@@ -92,6 +102,147 @@ TEST(RefusedMemory, kernel_cache) {
         bool fresh = false;
         return CachedTable(&cache, "key", 3, 100, &fresh) != nullptr;
     });
+}
+
+TEST(RefusedMemory, a_source_that_cannot_be_locked_is_not_a_missing_one) {
+    uint32_t color = 0;
+    FrameList list = {};
+    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Malformed) << "none at all";
+    EXPECT_TRUE(ReadBackgroundColor(&color));
+    settings.localBackgroundUse = 0;
+    sourceAnimation = MakeMemory(MakeAnimationBlock({}));
+    RefuseLock(1);
+    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Refused);
+    RefuseLock(1);
+    EXPECT_FALSE(ReadBackgroundColor(&color));
+    ResetMemoryCounts();
+    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Whole);
+    FreeFrames(&list);
+    FreeMemory(sourceAnimation);
+    sourceAnimation = nullptr;
+    settings = Settings();
+}
+
+TEST(RefusedMemory, frames_before_a_refusal_stay_in_the_list) {
+    const Picture picture = RandomPicture(5, 3, 1, 24);
+    const BlockFrame frame = {BytesOf(picture.handle), {}};
+    sourceAnimation = MakeMemory(MakeAnimationBlock({frame, frame}));
+    FrameList list = {};
+    ResetMemoryCounts();
+    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Whole);
+    const size_t last = CountMemory().allocations;
+    FreeFrames(&list);
+    RefuseAllocation(last);
+    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Refused);
+    ResetMemoryCounts();
+    const int32_t count = list.count;
+    EXPECT_EQ(count, 1);
+    FreeFrames(&list);
+    FreeMemory(sourceAnimation);
+    sourceAnimation = nullptr;
+}
+
+// A kernel and two passes to which nothing is refused.
+ImageHandle Shrink(ImageHandle, const KernelInput&) {
+    const UncountedMemory aside;
+    return CreateDib(2, 1, nullptr, 24);
+}
+
+bool gatheringWanted;
+int gatheredFrames, unreleased;  // written by kPasses
+
+constexpr GatheringPasses kPasses = {[](const KernelInput&) { return gatheringWanted; },
+                                     [](ImageHandle, uint64_t[2]) { unreleased += gatheredFrames++ == 0; },
+                                     [](ImageHandle, const uint64_t[2]) {
+                                         const UncountedMemory aside;
+                                         return CreateDib(2, 1, nullptr, 24);
+                                     },
+                                     [](uint64_t[2]) { unreleased -= gatheredFrames != 0; }};
+constexpr uint32_t kNoIds[] = {0};
+
+TEST(RefusedMemory, an_effect_fails_by_every_refusal_outside_its_kernel_and_releases_what_it_gathered) {
+    const EffectRecord effect = {"Test", 7400, kNoIds, nullptr, 0, Shrink, &kPasses};
+    const Picture picture = RandomPicture(5, 3, 1, 8);
+    const BlockFrame frame = {BytesOf(picture.handle), {}};
+    settings.localBackgroundUse = 0;
+    sourceAnimation = MakeMemory(MakeAnimationBlock({frame, frame}));
+    for (const bool gathers : {false, true}) {
+        gatheringWanted = gathers;
+        RefuseEachInTurn([&effect] {
+            gatheredFrames = unreleased = 0;
+            FrameList list = {};
+            HostContext host = {};
+            EffectBuildContext context = {nullptr, &list, 0, &host};
+            const int32_t result = BuildEffect(effect, &context);
+            FreeFrames(&list);
+            EXPECT_EQ(unreleased, 0);
+            return result == 1;
+        });
+    }
+    FreeMemory(sourceAnimation);
+    sourceAnimation = nullptr;
+    settings = Settings();
+}
+
+FrameEntry EntryWith(ImageHandle image, ImageHandle changeMask) {
+    FrameEntry entry = {};
+    entry.image = image;
+    entry.changeMask = changeMask;
+    return entry;
+}
+
+ImageHandle NewImage() { return CreateDib(2, 2, nullptr, 24); }
+
+TEST(RefusedMemory, a_list_is_freed_with_all_its_images_though_no_lock_is_granted) {
+    const size_t before = CountMemory().liveBlocks;
+    FrameList list = {};
+    for (int i = 0; i < 40; ++i) ASSERT_TRUE(AppendFrame(&list, EntryWith(NewImage(), nullptr)));
+    FrameEntry entry;
+    for (int i = 0; i < 40; i += 3) {
+        ASSERT_TRUE(GetFrame(list, i, &entry));
+        entry.changeMask = NewImage();
+        ASSERT_TRUE(PutFrame(list, i, entry));
+        ASSERT_TRUE(ReplaceImage(list, i, entry, NewImage()));
+    }
+    RefuseLocksFrom(1);
+    EXPECT_FALSE(GetFrame(list, 0, &entry));
+    FreeFrames(&list);
+    ResetMemoryCounts();
+    EXPECT_EQ(CountMemory().liveBlocks, before);
+}
+
+TEST(RefusedMemory, an_entry_that_cannot_be_put_leaves_its_image_with_the_caller) {
+    const size_t before = CountMemory().liveBlocks;
+    FrameList list = {};
+    ASSERT_TRUE(AppendFrame(&list, EntryWith(NewImage(), nullptr)));
+    const ImageHandle spare = NewImage();
+    RefuseLock(1);
+    EXPECT_FALSE(AppendFrame(&list, EntryWith(spare, nullptr)));
+    RefuseLock(1);
+    EXPECT_FALSE(PutFrame(list, 0, EntryWith(spare, nullptr)));
+    ResetMemoryCounts();
+    const int32_t count = list.count;
+    EXPECT_EQ(count, 1);
+    FreeMemory(spare);
+    FreeFrames(&list);
+    EXPECT_EQ(CountMemory().liveBlocks, before);
+}
+
+TEST(RefusedMemory, a_replacement_that_cannot_be_put_is_freed_and_the_old_image_stays) {
+    const size_t before = CountMemory().liveBlocks;
+    FrameList list = {};
+    ASSERT_TRUE(AppendFrame(&list, EntryWith(NewImage(), nullptr)));
+    FrameEntry entry;
+    ASSERT_TRUE(GetFrame(list, 0, &entry));
+    const ImageHandle replacement = NewImage();
+    RefuseLock(1);
+    EXPECT_FALSE(ReplaceImage(list, 0, entry, replacement));
+    ResetMemoryCounts();
+    FrameEntry kept;
+    ASSERT_TRUE(GetFrame(list, 0, &kept));
+    EXPECT_EQ(kept.image, entry.image);
+    FreeFrames(&list);
+    EXPECT_EQ(CountMemory().liveBlocks, before);
 }
 
 TEST(RefusedMemory, a_list_that_cannot_grow_stays_as_it_was) {

@@ -95,7 +95,7 @@ TEST(AllFrames, each_becomes_an_entry_with_its_four_fields) {
     const Picture second = RandomPicture(7, 2, 2);
     const Source source(MakeAnimationBlock({MakeFrame(first, 10), MakeFrame(second, 20)}));
     Frames frames;
-    ASSERT_TRUE(DecodeAllFrames(&frames.list));
+    ASSERT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
     ASSERT_EQ(frames.list.count, 2);
     EXPECT_EQ(MemorySize(frames.list.entries), 112u);
     FrameEntry entry;
@@ -117,8 +117,8 @@ TEST(AllFrames, each_becomes_an_entry_with_its_four_fields) {
 TEST(AllFrames, are_appended_to_what_the_list_holds) {
     const Source source(MakeAnimationBlock({MakeFrame(RandomPicture(3, 3, 4), 5)}));
     Frames frames;
-    ASSERT_TRUE(DecodeAllFrames(&frames.list));
-    ASSERT_TRUE(DecodeAllFrames(&frames.list));
+    ASSERT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
+    ASSERT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
     EXPECT_EQ(frames.list.count, 2);
 }
 
@@ -127,7 +127,7 @@ TEST(AllFrames, an_early_closing_tag_gives_an_empty_list_and_success) {
     block[16] = 3;
     const Source source(block);
     Frames frames;
-    EXPECT_TRUE(DecodeAllFrames(&frames.list));
+    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
     EXPECT_EQ(frames.list.count, 0);
 }
 
@@ -136,7 +136,7 @@ TEST(AllFrames, no_announced_frames_give_an_empty_list_and_success_even_if_block
     block[16] = 0;
     const Source source(block);
     Frames frames;
-    EXPECT_TRUE(DecodeAllFrames(&frames.list));
+    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
     EXPECT_EQ(frames.list.count, 0);
     EXPECT_EQ(frames.list.entries, nullptr);
 }
@@ -147,13 +147,13 @@ TEST(AllFrames, only_as_many_as_announced_are_read) {
     block[16] = 1;
     const Source source(block);
     Frames frames;
-    EXPECT_TRUE(DecodeAllFrames(&frames.list));
+    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
     EXPECT_EQ(frames.list.count, 1);
 }
 
 TEST(AllFrames, fail_without_a_source) {
     Frames frames;
-    EXPECT_FALSE(DecodeAllFrames(&frames.list));
+    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Malformed);
     EXPECT_EQ(frames.list.count, 0);
 }
 
@@ -167,9 +167,15 @@ TEST(AllFrames, a_damaged_second_frame_leaves_the_first_in_the_list) {
         ++block[at];
         const Source source(block);
         Frames frames;
-        EXPECT_FALSE(DecodeAllFrames(&frames.list));
+        EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Malformed);
         EXPECT_EQ(frames.list.count, 1);
     }
+}
+
+uint32_t Background() {
+    uint32_t color = 0;
+    EXPECT_TRUE(ReadBackgroundColor(&color));
+    return color;
 }
 
 TEST(Background, is_the_users_choice_while_local_background_is_on) {
@@ -180,28 +186,28 @@ TEST(Background, is_the_users_choice_while_local_background_is_on) {
     const Settings saved = settings;
     settings.localBackgroundUse = 1;
     settings.localBackgroundColor = 0x20C0FF;
-    EXPECT_EQ(BackgroundColor(), 0x20C0FFu);
+    EXPECT_EQ(Background(), 0x20C0FFu);
     settings.localBackgroundUse = 0;
-    EXPECT_EQ(BackgroundColor(), 0x123456u);
+    EXPECT_EQ(Background(), 0x123456u);
     settings = saved;
 }
 
 TEST(Background, is_mid_grey_without_a_choice_a_source_or_a_background_of_its_own) {
     const Settings saved = settings;
     settings.localBackgroundUse = 0;
-    EXPECT_EQ(BackgroundColor(), 0x7F7F7Fu);
+    EXPECT_EQ(Background(), 0x7F7F7Fu);
     BlockOptions options;
     options.background = 0x123456;
     {
         const Source source(MakeAnimationBlock({}, options));
-        EXPECT_EQ(BackgroundColor(), 0x7F7F7Fu) << "the colour is there, its flag is not";
+        EXPECT_EQ(Background(), 0x7F7F7Fu) << "the colour is there, its flag is not";
     }
     options.hasBackground = true;
     std::vector<uint8_t> other = MakeAnimationBlock({}, options);
     other[0] = 'p';
     {
         const Source source(other);
-        EXPECT_EQ(BackgroundColor(), 0x7F7F7Fu) << "not an animation";
+        EXPECT_EQ(Background(), 0x7F7F7Fu) << "not an animation";
     }
     settings = saved;
 }

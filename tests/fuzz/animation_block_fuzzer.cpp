@@ -20,10 +20,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::memcpy(LockMemory(sourceAnimation), data, size);
     UnlockMemory(sourceAnimation);
     FreeMemory(FetchFirstFrame());
-    BackgroundColor();
+    uint32_t background;
+    if (!ReadBackgroundColor(&background)) std::abort();
     FrameList frames = {};
-    if (sound && !DecodeAllFrames(&frames)) std::abort();
-    if (!sound) DecodeAllFrames(&frames);
+    const DecodeResult decoded = DecodeAllFrames(&frames);
+    if (sound && decoded != DecodeResult::Whole) std::abort();
     FreeFrames(&frames);
     FreeMemory(sourceAnimation);
     sourceAnimation = nullptr;

@@ -1,0 +1,386 @@
+// SPDX-License-Identifier: MIT
+// Builds with every effect to every kind of output, with each allocation and each lock refused: once, and
+// from then on. A build either fails with the message and hands nothing over (or closes its task as failed),
+// or it succeeds with the frames of an undisturbed build, in which a frame may stand as it came from the
+// source where its kernel was refused.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "builder/build_driver.h"
+#include "effects/effect_table.h"
+#include "framework/memory_guards.h"
+#include "framework/movable_memory_native.h"
+#include "framework/random.h"
+#include "framework/settings.h"
+#include "framework/source_animation.h"
+#include "tests/support/animation_blocks.h"
+#include "tests/support/pictures.h"
+
+namespace kfx::test {
+namespace {
+
+constexpr uint32_t kBackground = 0x20C0FF;  // the source's
+constexpr size_t kFrames = 2;
+constexpr int32_t kSide = 15;  // the smallest that Emboss takes
+
+struct Handed {
+    AddImageRecord record;  // without the handle
+    std::vector<uint8_t> bitmap;
+};
+
+// What the host and the user have seen of a build.
+struct Outcome {
+    int32_t result = 0;
+    std::vector<BuildMessage> messages;
+    std::vector<FileObjectRecord> tasks;
+    std::vector<Handed> frames;
+    std::vector<uint64_t> closes;  // the words of the closing requests
+};
+
+Outcome* current = nullptr;  // set during a build: the callbacks have no place for a pointer of ours
+
+uint64_t TakeRequest(uint64_t, uint32_t request, uint64_t word, uint64_t pointer) {
+    const UncountedMemory aside;
+    switch (static_cast<HostRequest>(request)) {
+        case HostRequest::NewTask:
+        case HostRequest::NewTestTask:
+            current->tasks.push_back(*reinterpret_cast<const FileObjectRecord*>(pointer));
+            break;
+        case HostRequest::AddImage: {
+            Handed handed = {*reinterpret_cast<const AddImageRecord*>(pointer), {}};
+            handed.bitmap = BytesOf(reinterpret_cast<ImageHandle>(handed.record.image));
+            handed.record.image = 0;
+            current->frames.push_back(handed);
+            break;
+        }
+        case HostRequest::CloseTask:
+            current->closes.push_back(word);
+            break;
+        default:
+            break;
+    }
+    return 1;
+}
+
+void NoteMessage(void*, BuildMessage message) { current->messages.push_back(message); }
+
+Outcome Build(const EffectDescriptor& effect, const BuildOptions& options) {
+    HostContext host = {};
+    host.callback = TakeRequest;
+    const BuildEnvironment environment = {nullptr, &host, &effect, NoteMessage};
+    Outcome outcome;
+    current = &outcome;
+    outcome.result = RunBuild(environment, options);
+    current = nullptr;
+    return outcome;
+}
+
+template <typename T>
+bool SameBytes(const std::vector<T>& left, const std::vector<T>& right) {
+    return left.size() == right.size() &&
+           (left.empty() || std::memcmp(left.data(), right.data(), left.size() * sizeof(T)) == 0);
+}
+
+bool SameOutcome(const Outcome& left, const Outcome& right) {
+    if (left.result != right.result || left.messages != right.messages || left.closes != right.closes ||
+        !SameBytes(left.tasks, right.tasks) || left.frames.size() != right.frames.size())
+        return false;
+    for (size_t i = 0; i < left.frames.size(); ++i)
+        if (left.frames[i].bitmap != right.frames[i].bitmap ||
+            std::memcmp(&left.frames[i].record, &right.frames[i].record, sizeof(AddImageRecord)) != 0)
+            return false;
+    return true;
+}
+
+// A frame as an effect leaves it in the list.
+struct MadeFrame {
+    FrameEntry entry;
+    std::vector<uint8_t> bitmap;
+};
+
+std::vector<MadeFrame> TakeFrames(FrameList* list) {
+    std::vector<MadeFrame> made;
+    for (int32_t i = 0; i < list->count; ++i) {
+        MadeFrame frame = {};
+        EXPECT_TRUE(GetFrame(*list, i, &frame.entry));
+        frame.bitmap = BytesOf(frame.entry.image);
+        made.push_back(frame);
+    }
+    FreeFrames(list);
+    return made;
+}
+
+std::vector<MadeFrame> givenFrames;  // what GiveFrames answers
+
+int32_t GiveFrames(EffectBuildContext* context) {
+    for (const MadeFrame& frame : givenFrames) {
+        FrameEntry entry = frame.entry;
+        entry.image = MakeMemory(frame.bitmap);
+        EXPECT_TRUE(AppendFrame(context->frames, entry));
+    }
+    return 1;
+}
+
+int32_t NoBackground(void*, int32_t) { return -1; }
+int32_t GreenBackground(void*, int32_t) { return 0x20A020; }
+
+struct Output {
+    const char* name;
+    BuildOptions options;
+    bool effectHasBackground;
+};
+
+std::vector<Output> Outputs() {
+    BuildOptions plain = {};
+    plain.paletteChoice = 6;
+    plain.addComment = true;
+    plain.ditherBrightness = plain.ditherContrast = 20;
+    std::vector<Output> outputs;
+    const auto add = [&](const char* name, bool effectHasBackground, auto change) {
+        BuildOptions options = plain;
+        change(options);
+        outputs.push_back({name, options, effectHasBackground});
+    };
+    add("TrueColour", false, [](BuildOptions& o) { o.trueColor = true; });
+    add("Fixed", false, [](BuildOptions&) {});
+    add("FixedFast", false, [](BuildOptions& o) { o.fastRemap = true; });
+    add("FixedDither", false, [](BuildOptions& o) { o.dither = true; });
+    add("FixedSupercompress", false, [](BuildOptions& o) { o.supercompress = true; });
+    add("Custom", false, [](BuildOptions& o) { o.customPalette = true; });
+    add("CustomDither", false, [](BuildOptions& o) { o.customPalette = o.dither = true; });
+    add("CustomSupercompress", false, [](BuildOptions& o) { o.customPalette = o.supercompress = true; });
+    add("CustomLocalBackground", true, [](BuildOptions& o) { o.customPalette = o.localBackground = true; });
+    add("Source", false, [](BuildOptions& o) { o.paletteChoice = kSourcePalette; });
+    add("TwoColours", false, [](BuildOptions& o) { o.paletteChoice = 0; });
+    add("TwoColoursDither", false, [](BuildOptions& o) { o.paletteChoice = 0, o.dither = true; });
+    add("SixteenColours", false, [](BuildOptions& o) { o.paletteChoice = 1; });
+    add("SixteenColoursDither", false, [](BuildOptions& o) { o.paletteChoice = 1, o.dither = true; });
+    return outputs;
+}
+
+// Oil Painting without memory for its counters answers the background colour.
+bool MayBeAllBackground(const char* effect) { return std::strcmp(effect, "Oil Painting") == 0; }
+
+// Frames that no effect touches.
+EffectDescriptor NoEffect() {
+    EffectDescriptor none = {};
+    none.name = "No effect";
+    return none;
+}
+
+// A way to refuse, and which count tells whether it came to that.
+struct Refusal {
+    const char* name;
+    void (*refuse)(size_t number);
+    size_t MemoryCounts::*attempts;
+};
+
+constexpr Refusal kRefusals[] = {
+    {"allocation", RefuseAllocation, &MemoryCounts::allocations},
+    {"allocations from", RefuseAllocationsFrom, &MemoryCounts::allocations},
+    {"lock", RefuseLock, &MemoryCounts::locks},
+    {"locks from", RefuseLocksFrom, &MemoryCounts::locks},
+};
+
+// Small frames that every effect changes, of neighbouring colours that are quick to look up, with a dark
+// corner; the second one has another depth and shows a bright patch.
+std::vector<uint8_t> SmallAnimation() {
+    constexpr int32_t kDark = 64;
+    uint8_t palette[kPaletteBytes] = {};
+    for (int32_t i = 0; i < kDark; ++i) {
+        palette[3 * i] = static_cast<uint8_t>(96 + i % 4);
+        palette[3 * i + 1] = static_cast<uint8_t>(120 + i / 4 % 4);
+        palette[3 * i + 2] = static_cast<uint8_t>(80 + i / 16);
+    }
+    const Picture first(CreateDib(kSide, kSide, palette, 8));
+    {
+        const ImageLock lock(first.handle);
+        for (int32_t y = 0; y < kSide; ++y)
+            for (int32_t x = 0; x < kSide; ++x)
+                SetDibPixel(lock.image, x, y,
+                            static_cast<uint32_t>(x < 3 && y < 3 ? kDark : (x * x + 5 * y) % kDark));
+    }
+    const Picture second(ConvertTo24Bits(first.handle));
+    const ImageLock lock(second.handle);
+    for (int32_t i = 0; i < 9; ++i) SetDibPixel(lock.image, 7 + i % 3, 7 + i / 3, kBackground);
+    BlockOptions options;
+    options.hasBackground = true;
+    options.background = kBackground;
+    for (int i = 0; i < 3 * 24; ++i) options.globalPalette.push_back(static_cast<uint8_t>(i * 37));
+    return MakeAnimationBlock({{BytesOf(first.handle), {0, 0, 5, 0}}, {BytesOf(second.handle), {1, 2, 6, 3}}},
+                              options);
+}
+
+class Refusals : public testing::Test {
+protected:
+    Refusals() {
+        HoldClock(12345);  // Water Drops takes its seed from it
+        settings = Settings();
+        settings.localBackgroundUse = 0;  // the source's own is asked for
+        sourceAnimation = MakeMemory(SmallAnimation());
+    }
+    ~Refusals() override {
+        ResetMemoryCounts();
+        FreeMemory(sourceAnimation);
+        sourceAnimation = nullptr;
+        settings = Settings();
+        ReleaseClock();
+        std::printf("%zu allocations and %zu locks refused\n", refused[0] + refused[1],
+                    refused[2] + refused[3]);
+    }
+
+    // How each frame may come out of the effect: transformed; as it came; and, of Oil Painting, all
+    // background.
+    void NoteVariants(const EffectDescriptor& effect) {
+        FrameList list = {};
+        DecodeAllFrames(&list);
+        const std::vector<MadeFrame> untransformed = TakeFrames(&list);
+        HostContext host = {};
+        EffectBuildContext context = {nullptr, &list, 0, &host};
+        if (effect.build)
+            ASSERT_EQ(effect.build(&context), 1);
+        else
+            DecodeAllFrames(&list);
+        const std::vector<MadeFrame> transformed = TakeFrames(&list);
+        ASSERT_EQ(untransformed.size(), kFrames);
+        ASSERT_EQ(transformed.size(), kFrames);
+        variants.assign(kFrames, {});
+        for (size_t i = 0; i < kFrames; ++i) {
+            variants[i] = {transformed[i], untransformed[i]};
+            if (!MayBeAllBackground(effect.name)) continue;
+            MadeFrame background = untransformed[i];
+            background.bitmap = BytesOf(FlatPicture(kSide, kSide, kBackground).handle);
+            variants[i].push_back(background);
+        }
+    }
+
+    // Whether the outcome is that of an undisturbed build of some choice among the frames' variants.
+    bool IsOfSomeVariant(const Outcome& outcome) {
+        for (size_t first = 0; first < variants[0].size(); ++first)
+            for (size_t second = 0; second < variants[1].size(); ++second) {
+                const auto choice = std::make_pair(first, second);
+                if (expected.find(choice) == expected.end()) {
+                    const UncountedMemory aside;
+                    EffectDescriptor giving = {};
+                    giving.build = GiveFrames;
+                    giving.query = output.effectHasBackground ? GreenBackground : NoBackground;
+                    givenFrames = {variants[0][first], variants[1][second]};
+                    expected[choice] = Build(giving, output.options);
+                }
+                if (SameOutcome(outcome, expected[choice])) return true;
+            }
+        return false;
+    }
+
+    void ExpectSound(const Outcome& outcome, const std::string& name) {
+        if (outcome.result) {
+            EXPECT_TRUE(IsOfSomeVariant(outcome)) << name << ": other frames than a build can give";
+            return;
+        }
+        EXPECT_EQ(outcome.messages, std::vector<BuildMessage>{BuildMessage::MemoryError}) << name;
+        if (outcome.tasks.empty()) {
+            EXPECT_TRUE(outcome.frames.empty() && outcome.closes.empty()) << name;
+        } else {
+            EXPECT_LT(outcome.frames.size(), kFrames) << name;
+            EXPECT_EQ(outcome.closes, std::vector<uint64_t>{0}) << name << ": the task is discarded";
+        }
+    }
+
+    // Refuses in that way, from the first attempt to the last.
+    void Sweep(const EffectDescriptor& effect, const Refusal& refusal, size_t* refusedCount) {
+        for (size_t number = 1;; ++number) {
+            const std::string name =
+                std::string(effect.name) + ", " + refusal.name + " " + std::to_string(number) + " refused";
+            const MemoryCounts before = CountMemory();
+            refusal.refuse(number);
+            const Outcome outcome = Build(effect, output.options);
+            const MemoryCounts after = CountMemory();
+            ResetMemoryCounts();
+            ASSERT_EQ(after.liveBlocks, before.liveBlocks) << name;
+            ASSERT_EQ(after.liveBytes, before.liveBytes) << name;
+            ASSERT_EQ(after.lockedBlocks, before.lockedBlocks) << name;
+            ASSERT_EQ(after.strayUnlocks, before.strayUnlocks) << name;
+            ASSERT_EQ(after.lockedFrees, before.lockedFrees) << name;
+            ExpectSound(outcome, name);
+            if (HasFailure()) return;  // one is enough to look at
+            if (after.*refusal.attempts < number) {
+                EXPECT_EQ(outcome.result, 1) << name;
+                EXPECT_TRUE(SameOutcome(outcome, (expected[{0, 0}]))) << name;
+                return;
+            }
+            ++*refusedCount;
+        }
+    }
+
+    void SweepBuilds(EffectDescriptor effect) {
+        effect.query = output.effectHasBackground ? GreenBackground : NoBackground;
+        NoteVariants(effect);
+        expected.clear();
+        for (size_t i = 0; i < std::size(kRefusals); ++i) Sweep(effect, kRefusals[i], &refused[i]);
+    }
+
+    Output output = {};
+    std::vector<std::vector<MadeFrame>> variants;           // of each frame
+    std::map<std::pair<size_t, size_t>, Outcome> expected;  // by the variants chosen
+    size_t refused[std::size(kRefusals)] = {};
+};
+
+class RefusalsByOutput : public Refusals, public testing::WithParamInterface<Output> {};
+
+TEST_P(RefusalsByOutput, a_build_fails_with_a_message_or_gives_whole_frames) {
+    output = GetParam();
+    for (size_t row = 0; row < EffectCount(); ++row) SweepBuilds(*DescriptorAt(row));
+    SweepBuilds(NoEffect());
+}
+
+INSTANTIATE_TEST_SUITE_P(Outputs, RefusalsByOutput, testing::ValuesIn(Outputs()),
+                         [](const auto& output) { return output.param.name; });
+
+// More colours than a palette holds: the quantizer builds its tree.
+TEST_F(Refusals, a_quantized_build_fails_with_a_message_or_gives_whole_frames) {
+    FreeMemory(sourceAnimation);
+    sourceAnimation = MakeMemory(MakeAnimationBlock(
+        {{BytesOf(RandomPicture(17, 17, 1).handle), {}}, {BytesOf(RandomPicture(17, 17, 2).handle), {}}}));
+    output.options.customPalette = true;
+    SweepBuilds(NoEffect());
+}
+
+TEST_F(Refusals, a_preview_shows_the_picture_the_frame_or_nothing) {
+    for (size_t row = 0; row < EffectCount(); ++row) {
+        const EffectRecord& effect = *EffectAt(row);
+        const Picture frame(FetchFirstFrame());
+        EffectRunContext whole = {};
+        PreviewEffect(effect, &whole);
+        const Picture rendered(whole.image);
+        for (size_t i = 0; i < std::size(kRefusals); ++i) {
+            const Refusal& refusal = kRefusals[i];
+            for (size_t number = 1;; ++number) {
+                const MemoryCounts before = CountMemory();
+                EffectRunContext context = {};
+                refusal.refuse(number);
+                EXPECT_EQ(PreviewEffect(effect, &context), 1);
+                const bool reached = CountMemory().*refusal.attempts >= number;
+                ResetMemoryCounts();
+                const bool known =
+                    !context.image || SamePicture(rendered.handle, context.image) ||
+                    SamePicture(frame.handle, context.image) ||
+                    (MayBeAllBackground(effect.name) &&
+                     SamePicture(FlatPicture(kSide, kSide, kBackground).handle, context.image));
+                EXPECT_TRUE(known) << effect.name << ", " << refusal.name << " " << number;
+                FreeMemory(context.image);
+                ASSERT_EQ(CountMemory().liveBlocks, before.liveBlocks) << effect.name << number;
+                ASSERT_EQ(CountMemory().lockedBlocks, 0u) << effect.name << number;
+                if (!reached) break;
+                ++refused[i];
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kfx::test
