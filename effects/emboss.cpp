@@ -32,11 +32,11 @@ ImageHandle ApplyEmboss(ImageHandle source, int32_t radius, int32_t depth) {
     const Scratch<double> matrix(static_cast<size_t>(n) * static_cast<size_t>(n));
     if (!matrix.address) return nullptr;
     double* weight = matrix.address;
-    for (int32_t ky = -half; ky <= half; ++ky) {
-        for (int32_t kx = -half; kx <= half; ++kx, ++weight) {
-            const double bell = Exp(-(kx * kx + ky * ky) / (sigma * sigma));
-            *weight = kx == -ky ? 0.0 : bell * (kx >= 0 && ky >= 0 ? 8.0 : -8.0);
-        }
+    for (int32_t ky = -half; ky <= half; ++ky, weight += n) {
+        for (int32_t kx = -half; kx <= half; ++kx) weight[half + kx] = -(kx * kx + ky * ky) / (sigma * sigma);
+        ExpRow(weight, n, weight);
+        for (int32_t kx = -half; kx <= half; ++kx)
+            weight[half + kx] = kx == -ky ? 0.0 : weight[half + kx] * (kx >= 0 && ky >= 0 ? 8.0 : -8.0);
     }
     const ImageHandle fast = EmbossWithinBound(source, n, matrix.address, sigma);
     return fast ? fast : ConvolveImage(source, n, matrix.address);

@@ -4,6 +4,7 @@
 // the bell's spread, "Radius" half the number of taps.
 #include "effects/motion_blur.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "effects/smear.h"
@@ -16,8 +17,15 @@ namespace kfx {
 
 void BuildMotionWeights(int32_t count, double sigma, double* weights) {
     for (int32_t i = 0; i < count; ++i) weights[i] = 0;
-    for (int32_t j = 0; j < 3 * count; ++j)
-        weights[j / 3] += Exp(-(static_cast<double>(j) * j) / (18.0 * (sigma * sigma)));
+    constexpr int32_t kSamples = 48;
+    double samples[kSamples];
+    for (int32_t first = 0; first < 3 * count; first += kSamples) {
+        const int32_t end = std::min(first + kSamples, 3 * count);
+        for (int32_t j = first; j < end; ++j)
+            samples[j - first] = -(static_cast<double>(j) * j) / (18.0 * (sigma * sigma));
+        ExpRow(samples, end - first, samples);
+        for (int32_t j = first; j < end; ++j) weights[j / 3] += samples[j - first];
+    }
     double sum = 0;
     for (int32_t i = 0; i < count; ++i) sum += weights[i];
     for (int32_t i = 0; i < count; ++i) weights[i] /= sum;

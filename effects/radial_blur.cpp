@@ -60,11 +60,8 @@ ImageHandle ApplyRadialBlur(ImageHandle source, int32_t angle, uint32_t backgrou
     if (!to.image || !cosines.address || !sines.address) return nullptr;
     CopyPixels(to.image, from.image, width, height);
     const double step = arcWidth / (count - 1);
-    for (int32_t i = 0; i < count; ++i) {
-        const double theta = i * step - (count - 1) * step * 0.5;
-        cosines.address[i] = Cos(theta);
-        sines.address[i] = Sin(theta);
-    }
+    for (int32_t i = 0; i < count; ++i) sines.address[i] = i * step - (count - 1) * step * 0.5;
+    SinCosRow(sines.address, count, sines.address, cosines.address);
     const Arc arc = {count, cosines.address, sines.address, centerX, centerY, radius};
     if (from.image->bitCount == 24 && count <= kMostPackedSamples)
         return BlurArcs(to.image, arc, background) ? owner.Release() : nullptr;

@@ -31,11 +31,13 @@ struct Wave {
 void ComputeShifts(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
                    double* values) {
     const Wave& wave = *static_cast<const Wave*>(settings);
+    for (int32_t k = 0; k < count; ++k)
+        values[k] = std::sqrt(columnSquares[k] + rowSquare) / wave.length * kTwoPi + wave.phase;
+    SinRow(values, count, values);
     for (int32_t k = 0; k < count; ++k) {
+        const double shift = values[k] * wave.height;
         const double distance = std::sqrt(columnSquares[k] + rowSquare);
-        double shift = Sin(distance / wave.length * kTwoPi + wave.phase) * wave.height;
-        if (wave.dissipate) shift = shift * (1.0 - distance / (wave.reach + 0.0001)) * wave.energy;
-        values[k] = shift;
+        values[k] = wave.dissipate ? shift * (1.0 - distance / (wave.reach + 0.0001)) * wave.energy : shift;
     }
 }
 

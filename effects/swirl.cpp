@@ -26,14 +26,13 @@ struct Turn {
 void ComputeTurns(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
                   double* values) {
     const Turn& turn = *static_cast<const Turn*>(settings);
-    for (int32_t k = 0; k < count; ++k) {
-        const double square = columnSquares[k] + rowSquare;
-        if (square >= turn.radius * turn.radius) continue;
-        const double inward = 1 - std::sqrt(square) / turn.radius;
-        const double theta = inward * turn.angle * inward;
-        values[k] = Sin(theta);
-        values[count + k] = Cos(theta);
+    const DistanceRun run = DistancesWithin(turn.radius, columnSquares, count, rowSquare);
+    for (int32_t k = run.first; k < run.end; ++k) {
+        const double inward = 1 - std::sqrt(columnSquares[k] + rowSquare) / turn.radius;
+        values[k] = inward * turn.angle * inward;
     }
+    double* within = values + run.first;
+    SinCosRow(within, run.end - run.first, within, within + count);
 }
 
 KFX_INLINE void LocateRun(const SampleRun& run) {

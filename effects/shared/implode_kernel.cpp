@@ -21,11 +21,14 @@ struct Pull {
 void ComputeFactors(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
                     double* values) {
     const Pull& pull = *static_cast<const Pull*>(settings);
-    for (int32_t k = 0; k < count; ++k) {
-        const double square = columnSquares[k] + rowSquare;
-        if (square >= pull.radius * pull.radius) continue;
-        values[k] = square > 0 ? Pow(Sin(std::sqrt(square) * kHalfPi / pull.radius), pull.exponent) : 1;
-    }
+    const DistanceRun run = DistancesWithin(pull.radius, columnSquares, count, rowSquare);
+    for (int32_t k = run.first; k < run.end; ++k)
+        values[k] = std::sqrt(columnSquares[k] + rowSquare) * kHalfPi / pull.radius;
+    double* within = values + run.first;
+    SinRow(within, run.end - run.first, within);
+    PowRow(within, pull.exponent, run.end - run.first, within);
+    for (int32_t k = run.first; rowSquare == 0 && k < run.end; ++k)
+        if (columnSquares[k] == 0) values[k] = 1;
 }
 
 KFX_INLINE void LocateRun(const SampleRun& run) {

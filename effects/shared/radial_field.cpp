@@ -37,6 +37,14 @@ RadialAxis::RadialAxis(int32_t pixels, double center, double scale)
     }
 }
 
+DistanceRun DistancesWithin(double radius, const double* columnSquares, int32_t count, double rowSquare) {
+    const double most = radius * radius;
+    DistanceRun run = {0, count};
+    while (run.first < run.end && columnSquares[run.first] + rowSquare >= most) ++run.first;
+    while (run.end > run.first && columnSquares[run.end - 1] + rowSquare >= most) --run.end;
+    return run;
+}
+
 void KeepRadialField(RadialField* field, KernelCache* cache, const void* key, size_t keyBytes) {
     const size_t rowSize = RadialRowSize(*field);
     const auto rowCount = static_cast<size_t>(field->rows->distinct);

@@ -28,6 +28,14 @@ struct RadialAxis {
 using RadialRow = void (*)(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
                            double* values);
 
+// The distances within a radius, from number `first` up to `end`. They are one run: in the order of the
+// numbers distances grow, or fall and then grow.
+struct DistanceRun {
+    int32_t first;
+    int32_t end;
+};
+DistanceRun DistancesWithin(double radius, const double* columnSquares, int32_t count, double rowSquare);
+
 struct RadialField {
     const RadialAxis* columns;
     const RadialAxis* rows;
