@@ -25,6 +25,8 @@ Rounded<double> RootOfSquares(double larger, double smaller) {
     const Pair<double> second = TwoProduct(smaller, smaller);
     const Pair<double> sum = FastTwoSum(first.high, second.high);
     const double root = std::sqrt(sum.high);
+    // Of an exact sum, that of whole numbers for one, the root rounded once is the result.
+    if (first.low == 0 && second.low == 0 && sum.low == 0) return {root, true};
     const Pair<double> square = TwoProduct(root, root);
     const double rest = ((sum.high - square.high) - square.low) + (sum.low + (first.low + second.low));
     return RoundPair(FastTwoSum(root, rest / (root + root)), root * kRootError);
