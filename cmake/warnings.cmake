@@ -3,10 +3,17 @@ add_library(kfx_flags INTERFACE)
 target_compile_features(kfx_flags INTERFACE cxx_std_17)
 target_include_directories(kfx_flags INTERFACE ${CMAKE_SOURCE_DIR})
 
+# Floating point: one rounding per operation, in the order written, with every compiler. A fused multiply-add or a
+# wider intermediate result would move results by a bit between machines.
+# - GCC and Clang: -ffp-contract=off (their own defaults are "fast" and "on"). Nothing of -ffast-math is given; the
+#   effects' -fno-math-errno and -fno-trapping-math leave results alone, see effects/CMakeLists.txt.
+# - MSVC: /fp:precise, never /fp:fast and never /fp:contract. Before Visual Studio 2022 /fp:precise itself contracts
+#   where fused multiply-adds are allowed (/arch:AVX2, ARM64): there nothing but /fp:strict is right.
+# - No x87 code: 64-bit targets compute in SSE2 or the like. framework/math refuses to compile anywhere else.
 if(MSVC)
-    target_compile_options(kfx_flags INTERFACE /W4 /WX /permissive- /utf-8 /fp:precise)
+    target_compile_options(kfx_flags INTERFACE /W4 /WX /permissive- /utf-8
+        $<IF:$<VERSION_LESS:$<CXX_COMPILER_VERSION>,19.30>,/fp:strict,/fp:precise>)
 else()
-    # One rounding per operation: a fused multiply-add would move results by a bit between machines.
     target_compile_options(kfx_flags INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror -ffp-contract=off)
 endif()
 
