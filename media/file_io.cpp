@@ -35,6 +35,9 @@ std::string Failure(const std::string& path, const char* what, const std::string
 // What the C library left behind, if it said anything.
 std::string LastReason() { return errno != 0 ? std::generic_category().message(errno) : ""; }
 
+// Set at the start of a program.
+WriteWatch writeWatch;
+
 // Removes temporary files, except those without a name: never made, or renamed since.
 struct TemporaryFiles {
     std::vector<fs::path> paths;
@@ -160,12 +163,16 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
         }
         targets[i] = BehindLinks(targets[i]);
         temporary.paths.push_back(IsDevice(targets[i]) ? fs::path() : UnusedNameBeside(targets[i]));
+        if (writeWatch.making && !temporary.paths[i].empty()) {
+            writeWatch.making(temporary.paths[i].u8string());
+        }
         std::string reason;
         if (!WriteBytes(temporary.paths[i].empty() ? targets[i] : temporary.paths[i], content, &reason)) {
             *error = Failure(paths[i], "the file cannot be written", reason);
             return false;
         }
     }
+    if (writeWatch.placing) writeWatch.placing();
     for (std::size_t i = 0; i < paths.size(); ++i) {
         if (temporary.paths[i].empty()) continue;
         std::error_code failure;
@@ -183,5 +190,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
     }
     return true;
 }
+
+void WatchWriting(const WriteWatch& watch) { writeWatch = watch; }
 
 }  // namespace kfx

@@ -26,4 +26,12 @@ using MakeContent =
 bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& makeContent,
                      std::string* error);
 
+// For a program that may be ended from outside while it writes: whoever ends it can learn what is to be
+// removed then. Either may be null.
+struct WriteWatch {
+    void (*making)(const std::string& path) = nullptr;  // called before each temporary file is made
+    void (*placing)() = nullptr;                        // called before the first gets its final name
+};
+void WatchWriting(const WriteWatch& watch);
+
 }  // namespace kfx
