@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <cstdlib>
 #include <new>
 #include <string>
 #include <vector>
@@ -7,6 +6,7 @@
 #include <windows.h>
 #include <shellapi.h>
 
+#include "stage/child_command.h"
 #include "stage/commands.h"
 #include "stage/settings_folder.h"
 #include "stage/stage_window.h"
@@ -23,11 +23,6 @@ std::vector<std::string> Arguments() {
     for (int i = 1; wide && i < count; ++i) arguments.push_back(Narrow(wide[i]));
     LocalFree(wide);
     return arguments;
-}
-
-BOOL WINAPI HandleInterrupt(DWORD) {
-    TerminateProcess(GetCurrentProcess(), kExitInterrupted);
-    return TRUE;
 }
 
 Report RunCommand(const CommandLine& line) {
@@ -52,12 +47,6 @@ Report RunCommand(const CommandLine& line) {
     return {};
 }
 
-// Ends at once: a plug-in that hangs must not keep the process alive.
-[[noreturn]] void Leave(int exitCode) {
-    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(exitCode));
-    std::abort();
-}
-
 bool HasJsonOption(const std::vector<std::string>& arguments) {
     for (const std::string& argument : arguments) {
         if (argument == "--json") return true;
@@ -69,7 +58,8 @@ bool HasJsonOption(const std::vector<std::string>& arguments) {
 
 int main() {
     SetConsoleOutputCP(CP_UTF8);
-    const auto arguments = Arguments();
+    auto arguments = Arguments();
+    const bool isChild = BecomeChild(&arguments);
     CommandLine line;
     std::string text;
     switch (ParseCommandLine(arguments, &line, &text)) {
@@ -86,10 +76,10 @@ int main() {
         return RunStageWindow(line.inputs.empty() ? "" : SystemPath(line.inputs[0]),
                               line.plugin.empty() ? "" : SystemPath(line.plugin));
     }
-    SetConsoleCtrlHandler(HandleInterrupt, TRUE);
+    if (isChild) EndChild(RunCommand(line));
     const std::string leftSettings = PutBackLeftSettings();
-    Report report = RunCommand(line);
+    Report report = RunChildCommand();
     if (!leftSettings.empty()) report.notes.push_back(leftSettings);
     PrintReport(report, line.json, line.quiet);
-    Leave(report.exitCode);
+    return report.exitCode;
 }

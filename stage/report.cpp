@@ -85,4 +85,12 @@ void ClearProgressLine() {
     progressLine.clear();
 }
 
+void LeaveUnfinishedLine() {
+    CONSOLE_SCREEN_BUFFER_INFO screen = {};
+    const HANDLE terminal = GetStdHandle(STD_ERROR_HANDLE);
+    if (GetConsoleScreenBufferInfo(terminal, &screen) && screen.dwCursorPosition.X > 0) {
+        Write(STD_ERROR_HANDLE, "\n");
+    }
+}
+
 }  // namespace kfx::stage

@@ -30,6 +30,9 @@ void PrintReport(const Report& report, bool json, bool quiet);
 void ShowProgressLine(const HostSession& session);
 void ClearProgressLine();
 
+// Leaves a line that a process on the same terminal has begun and not ended.
+void LeaveUnfinishedLine();
+
 void WriteStandardOutput(const std::string& text);
 
 }  // namespace kfx::stage

@@ -131,6 +131,31 @@ TEST_F(Errors, APluginThatClosesItselfIsReported) {
                 HasSubstr("closed itself"));
 }
 
+TEST_F(Errors, APluginThatEndsTheProcessIsReported) {
+    for (const std::string way : {"exit", "ExitProcess", "TerminateProcess"}) {
+        _putenv(("KFX_MISBEHAVIOUR=" + way).c_str());
+        EXPECT_THAT(
+            Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
+            HasSubstr("has ended the command before it was done (exit code 0)"))
+            << way;
+        const auto report = RunStageForJson(
+            Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")}));
+        EXPECT_EQ(report["exitCode"], 5) << way;
+    }
+}
+
+TEST_F(Errors, APluginThatCrashesIsReported) {
+    _putenv("KFX_MISBEHAVIOUR=crash");
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("(exit code 0xC0000005)"));
+    // The C library says something itself here.
+    _putenv("KFX_MISBEHAVIOUR=abort");
+    const StageResult aborted =
+        RunStage(Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")}));
+    EXPECT_EQ(aborted.exitCode, 5);
+    EXPECT_THAT(aborted.err, HasSubstr("(exit code 3)"));
+}
+
 TEST_F(Errors, APluginThatHangsIsGivenUp) {
     _putenv("KFX_MISBEHAVIOUR=hang");
     EXPECT_THAT(Failing(6, Apply({"--effect", "Bump", "--timeout", "1", "--plugin",

@@ -73,6 +73,11 @@ extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostConte
     const char* variable = std::getenv("KFX_MISBEHAVIOUR");
     const std::string misbehaviour = variable ? variable : "";
     if (misbehaviour == "hang") Sleep(INFINITE);
+    if (misbehaviour == "exit") std::exit(0);
+    if (misbehaviour == "ExitProcess") ExitProcess(0);
+    if (misbehaviour == "TerminateProcess") TerminateProcess(GetCurrentProcess(), 0);
+    if (misbehaviour == "abort") std::abort();
+    if (misbehaviour == "crash") RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr);
     if (misbehaviour == "message") Say(parent, "It is raining.");
     if (misbehaviour == "meet") MeetTest();
     if (misbehaviour == "window") ShowBareWindow(parent);

@@ -7,6 +7,7 @@
 
 #include <windows.h>
 #include <psapi.h>
+#include <tlhelp32.h>
 
 #include "media/file_io.h"
 #include "stage/settings_folder.h"
@@ -45,13 +46,32 @@ HANDLE InheritableFile(const std::string& path) {
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-// Watches the process's memory until it ends.
+// A process that this one has started; null: there is none.
+HANDLE OpenChildOf(HANDLE process) {
+    const DWORD parent = GetProcessId(process);
+    const HANDLE processes = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    HANDLE child = nullptr;
+    for (BOOL more = Process32FirstW(processes, &entry); more && !child;
+         more = Process32NextW(processes, &entry)) {
+        if (entry.th32ParentProcessID == parent) {
+            child = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, entry.th32ProcessID);
+        }
+    }
+    CloseHandle(processes);
+    return child;
+}
+
+// Waits for the process's end and watches the memory of the one that works for it.
 uint64_t WaitForEnd(HANDLE process) {
     uint64_t peak = 0;
+    HANDLE child = nullptr;
     const ULONGLONG start = GetTickCount64();
     while (WaitForSingleObject(process, 10) == WAIT_TIMEOUT) {
+        if (!child) child = OpenChildOf(process);
         PROCESS_MEMORY_COUNTERS memory = {};
-        if (GetProcessMemoryInfo(process, &memory, sizeof memory)) {
+        if (child && GetProcessMemoryInfo(child, &memory, sizeof memory)) {
             peak = std::max<uint64_t>(peak, memory.PeakWorkingSetSize);
         }
         if (GetTickCount64() - start > kLongestRun) {
@@ -59,6 +79,7 @@ uint64_t WaitForEnd(HANDLE process) {
             TerminateProcess(process, 99);
         }
     }
+    if (child) CloseHandle(child);
     return peak;
 }
 

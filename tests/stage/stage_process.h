@@ -14,7 +14,7 @@ struct StageResult {
     int exitCode = -1;
     std::string out;
     std::string err;
-    std::uint64_t peakBytes = 0;  // of memory in use
+    std::uint64_t peakBytes = 0;  // of memory in use by the process that does the work
 };
 
 // A kestrel-stage that is still running.
