@@ -101,7 +101,7 @@ Report RunApply(const CommandLine& line) {
     const bool gif = EndingOf(line.output) == ".gif";
     {
         DrivenPlugin plugin(line, kHostTakesSupercompressed | (gif ? 0 : kHostTakesTrueColor), &session);
-        if (!Drive(&plugin.run, line)) return PluginReport(plugin.run);
+        if (!Drive(&plugin.run, line)) return PluginReport(&plugin.run);
     }
     if (line.supercompress && session.record.transparent) {
         report.notes.push_back(

@@ -29,7 +29,7 @@ struct DrivenPlugin {
 };
 
 // The report of a run that failed.
-Report PluginReport(const PluginRun& run);
+Report PluginReport(PluginRun* run);
 
 // Reads an animation with at least one frame; its warning becomes a note.
 bool ReadSource(const std::string& path, Animation* animation, Report* report);

@@ -50,7 +50,10 @@ DrivenPlugin::~DrivenPlugin() {
     if (!ended) library.module = nullptr;
 }
 
-Report PluginReport(const PluginRun& run) { return FailedReport(run.exitCode, run.error); }
+Report PluginReport(PluginRun* run) {
+    StillAnswers(run);
+    return FailedReport(run->exitCode, run->error);
+}
 
 bool ReadSource(const std::string& path, Animation* animation, Report* report) {
     std::string error;

@@ -95,13 +95,13 @@ Report RunEffects(const CommandLine& line) {
     HostSession session;
     session.source = &source;
     DrivenPlugin plugin(line, kHostTakesSupercompressed | kHostTakesTrueColor, &session);
-    if (!plugin.run.error.empty()) return PluginReport(plugin.run);
+    if (!plugin.run.error.empty()) return PluginReport(&plugin.run);
     Report report;
     report.result["plugin"] = plugin.library.name;
     report.result["effects"] = nlohmann::ordered_json::array();
     const auto names = ListRows(GetDlgItem(plugin.run.window, kEffectList));
     for (size_t i = 0; i < names.size(); ++i) {
-        if (!ChooseRow(&plugin.run, kEffectList, static_cast<int>(i))) return PluginReport(plugin.run);
+        if (!ChooseRow(&plugin.run, kEffectList, static_cast<int>(i))) return PluginReport(&plugin.run);
         auto described = nlohmann::ordered_json::array();
         report.text += names[i] + "\n";
         for (const Parameter& parameter : ReadParameters(plugin.run.window)) {
@@ -111,6 +111,7 @@ Report RunEffects(const CommandLine& line) {
         report.result["effects"].push_back({{"name", names[i]}, {"parameters", described}});
     }
     report.result["palettes"] = ListRows(GetDlgItem(plugin.run.window, kPaletteList));
+    if (!StillAnswers(&plugin.run)) return PluginReport(&plugin.run);
     return report;
 }
 
@@ -128,7 +129,7 @@ Report RunGallery(const CommandLine& line) {
     {
         DrivenPlugin plugin(line, kHostTakesSupercompressed | kHostTakesTrueColor, &session);
         title = plugin.library.name;
-        if (!BuildEveryEffect(&plugin.run, &results, &names)) return PluginReport(plugin.run);
+        if (!BuildEveryEffect(&plugin.run, &results, &names)) return PluginReport(&plugin.run);
     }
     std::vector<SheetPicture> pictures = {PictureOf(source, "Source")};
     for (size_t i = 0; i < results.size(); ++i) pictures.push_back(PictureOf(results[i], names[i]));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "stage/plugin_controls.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "stage/text_match.h"
@@ -9,7 +10,11 @@ namespace kfx::stage {
 namespace {
 
 // A slow effect may keep the window busy with its preview.
-constexpr UINT kAnswerMilliseconds = 60000;
+constexpr int kLongestAnswerSeconds = 60;
+
+// Of the one window that is driven at a time; used on the driving thread only.
+int answerSeconds = kLongestAnswerSeconds;
+bool stoppedAnswering = false;
 
 // The effects' panels live in the window under these ids.
 constexpr int kFirstPanelId = 100;
@@ -113,10 +118,23 @@ bool LabelShows(HWND window, const Parameter& slider, int value) {
 
 }  // namespace
 
+void SetAnswerLimit(int seconds) {
+    answerSeconds = std::min(seconds, kLongestAnswerSeconds);
+    stoppedAnswering = false;
+}
+
+int AnswerLimit() { return answerSeconds; }
+
+bool HasStoppedAnswering() { return stoppedAnswering; }
+
 LRESULT Send(HWND window, UINT message, WPARAM word, LPARAM pointer) {
+    if (stoppedAnswering) return 0;
     DWORD_PTR answer = 0;
-    if (!SendMessageTimeoutA(window, message, word, pointer, SMTO_NORMAL, kAnswerMilliseconds, &answer))
+    const UINT milliseconds = static_cast<UINT>(answerSeconds) * 1000;
+    if (!SendMessageTimeoutA(window, message, word, pointer, SMTO_NORMAL, milliseconds, &answer)) {
+        stoppedAnswering = GetLastError() == ERROR_TIMEOUT;
         return 0;
+    }
     return static_cast<LRESULT>(answer);
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The controls of the plug-in's window, found by what the window shows. Everything here works from another
-// thread than the window's: a window that does not answer within a minute reads as empty.
+// thread than the window's: a window that does not answer in time reads as empty.
 #pragma once
 
 #include <string>
@@ -33,6 +33,13 @@ struct Parameter {
     int shownOffset;                 // what a slider's label adds to its position
     std::vector<std::string> items;  // of a list
 };
+
+// For how many seconds the answer to a message is waited for; at most, and at the start, a minute.
+void SetAnswerLimit(int seconds);
+int AnswerLimit();
+
+// Whether an answer has not come in time since the limit was set. No message is sent any more then.
+bool HasStoppedAnswering();
 
 // Sends a message and waits for its answer; 0 when none comes.
 LRESULT Send(HWND window, UINT message, WPARAM word = 0, LPARAM pointer = 0);

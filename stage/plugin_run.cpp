@@ -20,6 +20,12 @@ bool Fail(PluginRun* run, ExitCode code, const std::string& sentence) {
     return false;
 }
 
+bool GiveUp(PluginRun* run, int seconds) {
+    return Fail(
+        run, kExitTimeout,
+        "the plug-in has stopped answering (" + std::to_string(seconds) + " s without a sign of life).");
+}
+
 // Dialogs of a driven plug-in are made see-through before they appear: they must count as visible, because a
 // hidden plug-in window ignores its controls, but nobody wants to see them flash by.
 LRESULT CALLBACK HideNewDialogs(int code, WPARAM word, LPARAM pointer) {
@@ -117,9 +123,7 @@ bool WaitUntil(PluginRun* run, int seconds, Condition done) {
             since = GetTickCount64();
         }
         if (GetTickCount64() - since > static_cast<ULONGLONG>(seconds) * 1000) {
-            return Fail(run, kExitTimeout,
-                        "the plug-in has stopped answering (" + std::to_string(seconds) +
-                            " s without a sign of life).");
+            return GiveUp(run, seconds);
         }
         WaitForSingleObject(run->thread, kPollMilliseconds);
     }
@@ -127,6 +131,7 @@ bool WaitUntil(PluginRun* run, int seconds, Condition done) {
 
 // False with the message as the error when the plug-in has shown one.
 bool NoMessage(PluginRun* run) {
+    if (!StillAnswers(run)) return false;
     if (run->messages.empty()) return true;
     return Fail(run, kExitPlugin, "the plug-in says: " + run->messages.front());
 }
@@ -152,7 +157,10 @@ bool TakeBuilt(PluginRun* run, int tasksBefore) {
 
 }  // namespace
 
+bool StillAnswers(PluginRun* run) { return !HasStoppedAnswering() || GiveUp(run, AnswerLimit()); }
+
 bool OpenPluginWindow(PluginRun* run) {
+    SetAnswerLimit(run->timeoutSeconds);
     run->thread = CreateThread(nullptr, 0, RunPlugin, run, 0, &run->threadId);
     if (!run->thread)
         return Fail(run, kExitPlugin, "no thread could be started: " + SystemErrorText(GetLastError()) + ".");
@@ -230,6 +238,7 @@ bool RunBuild(PluginRun* run) {
 bool ClosePluginWindow(PluginRun* run) {
     if (!run->thread) return true;
     // It has had its time.
+    StillAnswers(run);
     if (run->exitCode == kExitTimeout && !ThreadEnded(*run)) return false;
     const std::string error = run->error;
     const ExitCode exitCode = run->exitCode;

@@ -37,6 +37,10 @@ struct PluginRun {
 // in run->error when the plug-in does not do what was asked, shows a message or stops answering.
 bool OpenPluginWindow(PluginRun* run);
 
+// Whether every message sent to the window so far has been answered in time; what was read from it is worth
+// nothing otherwise.
+bool StillAnswers(PluginRun* run);
+
 bool ChooseEffect(PluginRun* run, const std::string& name);
 bool ChooseRow(PluginRun* run, int control, int row);
 bool SetOption(PluginRun* run, const std::string& name, bool on);

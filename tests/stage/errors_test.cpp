@@ -156,6 +156,13 @@ TEST_F(Errors, APluginThatCrashesIsReported) {
     EXPECT_THAT(aborted.err, HasSubstr("(exit code 3)"));
 }
 
+TEST_F(Errors, APluginThatHangsInAMessageIsGivenUp) {
+    _putenv("KFX_MISBEHAVIOUR=window");
+    EXPECT_THAT(Failing(6, Apply({"--effect", "Bump", "--timeout", "1", "--plugin",
+                                  FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("stopped answering (1 s"));
+}
+
 TEST_F(Errors, APluginThatHangsIsGivenUp) {
     _putenv("KFX_MISBEHAVIOUR=hang");
     EXPECT_THAT(Failing(6, Apply({"--effect", "Bump", "--timeout", "1", "--plugin",

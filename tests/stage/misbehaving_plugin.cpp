@@ -42,7 +42,8 @@ void MeetTest() {
     CloseHandle(go);
 }
 
-// What a host takes for the window of a plug-in: a dialog with an effect list and a preview.
+// What a host takes for the window of a plug-in: a dialog with an effect list and a preview. It hangs when an
+// effect is chosen.
 void ShowBareWindow(HWND parent) {
     struct alignas(4) Template {
         DLGTEMPLATE dialog;
@@ -51,11 +52,14 @@ void ShowBareWindow(HWND parent) {
     const Template plain = {{DS_MODALFRAME | WS_POPUP | WS_VISIBLE, 0, 0, 0, 0, 90, 90}, 0, 0, 0};
     const auto procedure = [](HWND window, UINT message, WPARAM word, LPARAM) -> INT_PTR {
         if (message == WM_INITDIALOG) {
-            for (const int control : {25, 50}) {
-                CreateWindowA("Static", "", WS_CHILD | WS_VISIBLE, 0, 0, 9, 9, window,
-                              reinterpret_cast<HMENU>(static_cast<INT_PTR>(control)), nullptr, nullptr);
-            }
+            CreateWindowA("Static", "", WS_CHILD | WS_VISIBLE, 0, 0, 9, 9, window,
+                          reinterpret_cast<HMENU>(INT_PTR{25}), nullptr, nullptr);
+            const HWND effects =
+                CreateWindowA("ComboBox", "", WS_CHILD | WS_VISIBLE | CBS_DROPDOWNLIST, 0, 0, 9, 90, window,
+                              reinterpret_cast<HMENU>(INT_PTR{50}), nullptr, nullptr);
+            SendMessageA(effects, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("Bump"));
         }
+        if (message == WM_COMMAND && word == MAKEWPARAM(50, CBN_CLOSEUP)) Sleep(INFINITE);
         if (message == WM_COMMAND && LOWORD(word) == IDCANCEL) EndDialog(window, 0);
         return message == WM_INITDIALOG;
     };
