@@ -1,7 +1,7 @@
 # How tests join the build. One program per test file or small group of files: a program is what ctest runs (and
 # what runs beside another one), the cases inside are counted by ./test from GoogleTest's own report.
 
-# Only what hangs lasts as long: a program that takes a minute may take ten on a machine that is busy elsewhere.
+# Only what hangs lasts as long: a program that takes a minute may take half an hour on a busy machine.
 set(KFX_TEST_TIMEOUT 1800)
 
 # kfx_add_test(NAME SOURCES a.cpp ... LIBRARIES kfx_... [ARGUMENTS ...] [TIMEOUT seconds]
