@@ -11,6 +11,7 @@
 #include "builder/reserved_index.h"
 #include "builder/supercompression.h"
 #include "framework/memory_guards.h"
+#include "framework/panel.h"
 #include "framework/source_animation.h"
 #include "host/animation_block.h"
 #include "host/host_requests.h"
@@ -54,6 +55,21 @@ struct Build {
 };
 
 const HostContext* HostOf(const Build& build) { return build.environment.host; }
+
+// The window has gone inside a request: the build is given up, and nobody is left to be told.
+bool IsAbandoned(const Build& build) { return !IsPanelOpen(build.environment.window); }
+
+// False: the build is abandoned.
+bool TellProgress(const Build& build, int32_t current, int32_t total) {
+    RequestProgress(HostOf(build), current, total);
+    return !IsAbandoned(build);
+}
+
+// False: the build is abandoned.
+bool TellStatus(const Build& build, const char* text) {
+    RequestSetStatusText(HostOf(build), text);
+    return !IsAbandoned(build);
+}
 
 bool ReservesEntry(const Build& build) {
     return build.options.supercompress || build.options.localBackground;
@@ -112,19 +128,17 @@ bool ChoosePalette(Build* build) {
 
 // Fills the frame list. False: the effect failed, or there are no frames.
 bool RunEffect(Build* build) {
-    const HostContext* host = HostOf(*build);
-    RequestProgress(host, 0, 0);
-    RequestSetStatusText(host, "Building");
+    if (!TellProgress(*build, 0, 0) || !TellStatus(*build, "Building")) return false;
     const EffectDescriptor* effect = build->environment.effect;
     if (effect && effect->build) {
-        RequestSetStatusText(host, "Building");
-        EffectBuildContext context = {build->environment.window, &build->frames, 0, host};
-        if (!effect->build(&context)) return false;
+        if (!TellStatus(*build, "Building")) return false;
+        EffectBuildContext context = {build->environment.window, &build->frames, 0, HostOf(*build)};
+        if (!effect->build(&context) || IsAbandoned(*build)) return false;
     } else if (DecodeAllFrames(&build->frames) == DecodeResult::Refused) {
         // No effect to decode the frames: they are built unchanged, all or none.
         return false;
     }
-    RequestProgress(host, 0, 0);
+    if (!TellProgress(*build, 0, 0)) return false;
     if (build->frames.count == 1) build->options.supercompress = false;
     return build->frames.count >= 1;
 }
@@ -132,7 +146,7 @@ bool RunEffect(Build* build) {
 // Replaces the palette by one computed from the frames where that is wanted.
 bool QuantizePalette(Build* build) {
     if (build->options.trueColor || !build->options.customPalette) return true;
-    RequestSetStatusText(HostOf(*build), "Quantizing");
+    if (!TellStatus(*build, "Quantizing")) return false;
     uint32_t found = ReservesEntry(*build) ? kMostColors - 1 : kMostColors;
     if (!Quantize(&found, build->palette, build->frames)) return false;
 
@@ -160,10 +174,10 @@ ImageHandle CopyFirstFrame(const Build& build) {
 // Gives every frame but the first its change mask.
 bool SupercompressFrames(Build* build) {
     if (!build->options.supercompress) return true;
-    RequestSetStatusText(HostOf(*build), "Supercompressing");
+    if (!TellStatus(*build, "Supercompressing")) return false;
     MemoryOwner composite;
     for (int32_t i = 0; i < build->frames.count; ++i) {
-        RequestProgress(HostOf(*build), i, build->frames.count);
+        if (!TellProgress(*build, i, build->frames.count)) return false;
         if (i == 0) {
             composite.memory = CopyFirstFrame(*build);
             if (!composite.memory) return false;
@@ -218,7 +232,7 @@ bool NoteSize(Build* build, int32_t index) {
 }
 
 bool RemapFrames(Build* build) {
-    RequestSetStatusText(HostOf(*build), "Remapping");
+    if (!TellStatus(*build, "Remapping")) return false;
     RemapTarget target;
     std::memcpy(target.palette, build->palette, kPaletteBytes);
     target.bitsPerPixel = build->bitsPerPixel;
@@ -227,16 +241,16 @@ bool RemapFrames(Build* build) {
     target.ditherBrightness = build->options.ditherBrightness;
     target.ditherContrast = build->options.ditherContrast;
     for (int32_t i = 0; i < build->frames.count; ++i) {
-        RequestProgress(HostOf(*build), i, build->frames.count);
+        if (!TellProgress(*build, i, build->frames.count)) return false;
         if (!build->options.trueColor && !RemapFrame(*build, i, &target)) return false;
         if (!NoteSize(build, i)) return false;
     }
     return true;
 }
 
-// False: the host refused.
+// False: the host refused, or the build is abandoned.
 bool OpenTask(Build* build) {
-    RequestProgress(HostOf(*build), 0, 0);
+    if (!TellProgress(*build, 0, 0)) return false;
     FileObjectRecord& task = build->task;
     task.size = sizeof task;
     task.version = kPluginInterfaceVersion;
@@ -255,7 +269,7 @@ bool AddFrames(const Build& build, BuildMessage* failure) {
     for (int32_t i = 0; i < build.frames.count; ++i) {
         FrameEntry entry;
         *failure = BuildMessage::MemoryError;
-        if (!GetFrame(build.frames, i, &entry)) return false;
+        if (IsAbandoned(build) || !GetFrame(build.frames, i, &entry)) return false;
         AddImageRecord record = {};
         record.size = sizeof record;
         record.version = kPluginInterfaceVersion;
@@ -267,11 +281,11 @@ bool AddFrames(const Build& build, BuildMessage* failure) {
         *failure = BuildMessage::ImageRefused;
         if (!RequestAddImage(HostOf(build), build.task, record)) return false;
     }
-    return true;
+    return !IsAbandoned(build);
 }
 
 int32_t Fail(const Build& build, BuildMessage message) {
-    build.environment.showMessage(build.environment.window, message);
+    if (!IsAbandoned(build)) build.environment.showMessage(build.environment.window, message);
     return 0;
 }
 

@@ -22,7 +22,7 @@ bool TakeResult(const FrameList& frames, int32_t index, const FrameEntry& entry,
     return !result || ReplaceImage(frames, index, entry, result);
 }
 
-// False: the list could not be locked.
+// False: the list could not be locked, or the window has gone.
 bool BuildEachFrame(const EffectRecord& effect, EffectBuildContext* context, const KernelInput& input) {
     const FrameList& frames = *context->frames;
     for (int32_t i = 0; i < frames.count; ++i) {
@@ -30,6 +30,7 @@ bool BuildEachFrame(const EffectRecord& effect, EffectBuildContext* context, con
         if (!GetFrame(frames, i, &entry)) return false;
         if (!TakeResult(frames, i, entry, effect.kernel(entry.image, input))) return false;
         RequestProgress(context->host, i, frames.count);
+        if (!IsPanelOpen(context->window)) return false;
     }
     return true;
 }
@@ -41,6 +42,7 @@ bool GatherFromFrames(const GatheringPasses& passes, EffectBuildContext* context
         if (!GetFrame(frames, i, &entry)) return false;
         passes.gather(entry.image, record);
         RequestProgress(context->host, i, 2 * frames.count);
+        if (!IsPanelOpen(context->window)) return false;
     }
     return true;
 }
@@ -52,11 +54,12 @@ bool ApplyToFrames(const GatheringPasses& passes, EffectBuildContext* context, c
         if (!GetFrame(frames, i, &entry)) return false;
         if (!TakeResult(frames, i, entry, passes.apply(entry.image, record))) return false;
         RequestProgress(context->host, frames.count + i, 2 * frames.count);
+        if (!IsPanelOpen(context->window)) return false;
     }
     return true;
 }
 
-// False: the list could not be locked.
+// False: the list could not be locked, or the window has gone.
 bool BuildInTwoPasses(const GatheringPasses& passes, EffectBuildContext* context) {
     uint64_t record[2] = {0, 0};
     const bool built = GatherFromFrames(passes, context, record) && ApplyToFrames(passes, context, record);

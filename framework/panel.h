@@ -18,6 +18,10 @@ bool InitializePanel(const EffectRecord& effect, void* window);
 // index.
 int32_t ReadControl(const EffectControl& control, void* window);
 
+// Whether the window with the controls is still there. The host may close it inside any request: ask after
+// each, before anything of the window is used again.
+bool IsPanelOpen(const void* window);
+
 // Whether the user has switched the local background on; `*color` (0x00BBGGRR) is then set.
 bool LocalBackgroundChosen(uint32_t* color);
 

@@ -17,6 +17,8 @@ int32_t ReadControl(const EffectControl& control, void*) {
     return ClampToRange(range, value);
 }
 
+bool IsPanelOpen(const void*) { return true; }
+
 bool LocalBackgroundChosen(uint32_t* color) {
     if (!settings.localBackgroundUse) return false;
     *color = settings.localBackgroundColor;

@@ -33,7 +33,7 @@ void RunBuildCommand(HWND window, BuildMode mode) {
 
 void BuildAndClose(HWND window) {
     RunBuildCommand(window, BuildMode::Build);
-    EndDialog(window, 1);
+    if (IsOpen(window)) EndDialog(window, 1);
 }
 
 void BuildTest(HWND window) { RunBuildCommand(window, BuildMode::Test); }
@@ -67,7 +67,8 @@ void ShowDocumentMessage(void* window, const char* text) { ShowMessage(static_ca
 void OpenDocument(HWND window) {
     char path[kTextBytes];
     std::memcpy(path, settings.currentFileName, sizeof path);
-    if (!AskDocumentToOpen(window, path) || !ReadDocument(window, path, ShowDocumentMessage)) return;
+    if (!AskDocumentToOpen(window, path) || !IsOpen(window)) return;
+    if (!ReadDocument(window, path, ShowDocumentMessage)) return;
     std::memcpy(settings.currentFileName, path, sizeof path);
     // The document's check boxes bring what depends on them, within what this host accepts.
     ApplyHostLimits(window);
@@ -78,7 +79,8 @@ void OpenDocument(HWND window) {
 void SaveDocumentAs(HWND window) {
     char path[kTextBytes];
     std::memcpy(path, settings.currentFileName, sizeof path);
-    if (!AskDocumentToSave(window, path) || !WriteDocument(window, path, ShowDocumentMessage)) return;
+    if (!AskDocumentToSave(window, path) || !IsOpen(window)) return;
+    if (!WriteDocument(window, path, ShowDocumentMessage)) return;
     std::memcpy(settings.currentFileName, path, sizeof path);
 }
 
@@ -119,6 +121,7 @@ constexpr CommandRow kCommands[] = {
 }  // namespace
 
 void TakeCommand(HWND window, int id, int notification, HWND control) {
+    if (!IsOpen(window)) return;
     for (const CommandRow& row : kCommands) {
         if (row.id != id) continue;
         const bool meant = row.notification == kAnyNotification || row.notification == notification;
@@ -126,7 +129,7 @@ void TakeCommand(HWND window, int id, int notification, HWND control) {
         return;
     }
     TakeControlChange(window, control, id, notification);
-    if (id == IDC_LOCAL_BACKGROUND) EnableDependentControls(window);
+    if (IsOpen(window) && id == IDC_LOCAL_BACKGROUND) EnableDependentControls(window);
 }
 
 }  // namespace kfx

@@ -41,7 +41,8 @@ void ChooseColor(HWND control) {
     if (!variable) return;
     const OfferedPalette palette = MakeOfferedPalette();
     uint32_t color = *variable;
-    if (!RequestChooseColor(plugin.host, plugin.window, palette.bytes, &color)) return;
+    const HWND window = plugin.window;
+    if (!RequestChooseColor(plugin.host, window, palette.bytes, &color) || !IsOpen(window)) return;
     SetColorButton(control, color);
 }
 
@@ -100,6 +101,7 @@ void TakeControlChange(HWND window, HWND control, int id, int notification) {
         if (row.kind != kind) continue;
         if (row.notification != kAnyNotification && row.notification != notification) return;
         row.store(control);
+        if (!IsOpen(window)) return;
         if (id < FIRST_PREVIEWED_CONTROL) return;
         if (row.follow == Follow::Timer)
             RestartUpdateTimer(window);

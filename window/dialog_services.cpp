@@ -48,7 +48,9 @@ INT_PTR CALLBACK MessageBoxProcedure(HWND box, UINT message, WPARAM word, LPARAM
     return FALSE;
 }
 
+// Answers 0, as no button does, when the owner has gone meanwhile.
 int RunMessageBox(HWND owner, const char* boxTemplate, const char* text) {
+    if (owner && !IsWindow(owner)) return 0;
     const HostFloatingPoint turn;  // its windows live on meanwhile
     const INT_PTR answer = DialogBoxParamA(plugin.module, boxTemplate, owner, MessageBoxProcedure,
                                            reinterpret_cast<LPARAM>(text));

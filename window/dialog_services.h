@@ -9,7 +9,8 @@ namespace kfx {
 constexpr int kTextBuffer = 1024;  // LoadText's
 
 // Shows a message in the plug-in's own box, modal to `owner`, and repaints the owner afterwards. The answer
-// is the button's id: IDOK from ShowMessage; IDYES, IDNO or IDCANCEL from the others.
+// is the button's id: IDOK from ShowMessage; IDYES, IDNO or IDCANCEL from the others. 0: the owner has been
+// destroyed, and nothing was shown.
 int ShowMessage(HWND owner, const char* text);
 int AskYesNo(HWND owner, const char* text);
 int AskYesNoCancel(HWND owner, const char* text);

@@ -112,6 +112,8 @@ int32_t ReadControl(const EffectControl& row, void* window) {
     return 0;
 }
 
+bool IsPanelOpen(const void* window) { return IsOpen(static_cast<HWND>(const_cast<void*>(window))); }
+
 bool LocalBackgroundChosen(uint32_t* color) {
     if (!plugin.window || IsDlgButtonChecked(plugin.window, IDC_LOCAL_BACKGROUND) != BST_CHECKED)
         return false;

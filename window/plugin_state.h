@@ -36,4 +36,8 @@ struct PluginState {
 
 extern PluginState plugin;
 
+// Whether this is the plug-in's window, and still open. The host may close it inside any request, and whoever
+// owns it while a box is over it: ask after each, before anything of the window is used again.
+inline bool IsOpen(HWND window) { return window && plugin.window == window; }
+
 }  // namespace kfx

@@ -78,6 +78,7 @@ void OpenWindow(HWND window, const HostContext* host) {
     PostMessageA(window, WM_COMMAND, IDC_CUSTOM_PALETTE, 0);
     uint32_t width, height;
     RequestWindowSize(host, &width, &height);
+    if (!IsOpen(window)) return;
     RememberFileDialogSize(width, height);
     StartLogo(&windowLogo, window, IDC_LOGO);
     SetWindowTextA(window, "Kestrel FX #1");

@@ -38,6 +38,10 @@ void OpenSourceAnimation(HWND window, bool reopen) {
     const bool named = reopen && RememberedSourceExists();
     OpenAnimationRequest request = MakeOpenAnimationRequest(window, named ? settings.fileNamePath : "");
     const auto opened = reinterpret_cast<MemoryHandle>(RequestOpenAnimation(plugin.host, &request));
+    if (!IsOpen(window)) {
+        FreeMemory(opened);
+        return;
+    }
     if (!opened || !IsSoundAnimation(opened)) {
         FreeMemory(opened);
         EnableDependentControls(window);
