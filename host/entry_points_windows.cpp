@@ -4,6 +4,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
 
@@ -42,6 +43,20 @@ void FindDocumentsFolder() {
     if (!settings.openPath[0])
         std::memcpy(settings.openPath, plugin.documentsFolder, sizeof settings.openPath);
 }
+
+// There is one window at a time: settings, source and fonts are the module's.
+std::atomic_flag windowRuns = ATOMIC_FLAG_INIT;
+
+struct OnlyRun {
+    OnlyRun() : allowed(!windowRuns.test_and_set()) {}
+    ~OnlyRun() {
+        if (allowed) windowRuns.clear();
+    }
+    OnlyRun(const OnlyRun&) = delete;
+    OnlyRun& operator=(const OnlyRun&) = delete;
+
+    const bool allowed;
+};
 
 bool IsTooOld(const HostContext& host) { return (host.version >> 8 & 255) < kOldestHostMajorVersion; }
 
@@ -83,6 +98,12 @@ uint64_t WINAPI PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
 }
 
 uint64_t WINAPI PLUGIN16DoBuild(HWND parent, const kfx::HostContext* host) {
+    const kfx::OnlyRun run;
+    if (!run.allowed) {
+        kfx::BringPluginWindowToFront();
+        return 0;
+    }
+    // Behind the check: only the thread of the window may take turns with the host.
     const kfx::CoreFloatingPoint core;
     if (!host || kfx::IsTooOld(*host)) {
         kfx::ShowMessage(parent, kfx::LoadText(IDS_HOST_TOO_OLD));

@@ -15,6 +15,6 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved);
 uint64_t WINAPI PLUGIN16GetPluginParams(kfx::PluginInfo* info);
 
 // Runs the plug-in's window, modal to `parent`. `host` must stay valid until it returns. 1 when the window
-// ran; 0 when the host is too old.
+// ran; 0 when the host is too old, or when the window is open already, which then comes to the front.
 uint64_t WINAPI PLUGIN16DoBuild(HWND parent, const kfx::HostContext* host);
 }

@@ -88,8 +88,14 @@ void OpenWindow(HWND window, const HostContext* host) {
     PostMessageA(window, kWindowMessage, kShowCurrentPanel, 0);
 }
 
+void ComeToFront(HWND window) {
+    if (IsWindowVisible(window)) SetForegroundWindow(GetLastActivePopup(window));
+}
+
 void TakeWindowMessage(HWND window, WPARAM what) {
-    if (what == kShowCurrentPanel) {
+    if (what == kComeToFront) {
+        ComeToFront(window);
+    } else if (what == kShowCurrentPanel) {
         ShowCurrentPanel(window);
     } else if (what == kFillEffectList) {
         if (!FillEffectList(window))
@@ -181,6 +187,16 @@ INT_PTR RunPluginWindow(HWND parent, const HostContext* host) {
     const HostFloatingPoint turn;  // the host's windows live on while this one is open
     return DialogBoxParamA(plugin.module, MAKEINTRESOURCEA(IDD_PLUGIN_WINDOW), parent, PluginWindowProcedure,
                            reinterpret_cast<LPARAM>(host));
+}
+
+void BringPluginWindowToFront() {
+    const HWND window = plugin.window;
+    if (!window) return;
+    // Another thread must not wait for the window's: that one may be waiting for it, inside a request.
+    if (GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId())
+        ComeToFront(window);
+    else
+        PostMessageA(window, kWindowMessage, kComeToFront, 0);
 }
 
 }  // namespace kfx

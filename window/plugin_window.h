@@ -9,12 +9,17 @@
 
 namespace kfx {
 
-// The other word of kWindowMessage, beside kShowCurrentPanel: sent once, when the window has opened.
-constexpr unsigned kFillEffectList = 0;
+// The other words of kWindowMessage, beside kShowCurrentPanel.
+constexpr unsigned kFillEffectList = 0;  // sent once, when the window has opened
+constexpr unsigned kComeToFront = 2;     // sent by other threads
 static_assert(kWindowMessage == WM_USER + 200, "the dialogs' private messages begin at WM_USER");
 
 // Runs the window, modal to `parent`; the host's record must outlive it. plugin's module, folders and fonts
 // are set. 1 after Build, 0 after Cancel or when the window could not open.
 INT_PTR RunPluginWindow(HWND parent, const HostContext* host);
+
+// Brings the open window, or the box that is open over it, to the front; at once on the window's own thread.
+// Does nothing while no window is shown.
+void BringPluginWindowToFront();
 
 }  // namespace kfx

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What a host does inside a request: it closes the window.
+// What a host does inside a request, or while the window is open: it closes the window, or runs the plug-in
+// once more.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -10,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <thread>
 
 #include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
@@ -17,6 +19,7 @@
 #include "tests/windows/support/import_patch.h"
 #include "tests/windows/support/memory_ledger.h"
 #include "tests/windows/support/plugin_session.h"
+#include "tests/windows/support/waiting.h"
 
 namespace kfx::test {
 namespace {
@@ -267,6 +270,123 @@ TEST(ClosedInADialog, a_document_that_is_chosen_too_late_is_neither_read_nor_wri
         EXPECT_EQ(ReadTextFile(chosenTooLate), kText) << function;
         EXPECT_THAT(session.Messages(), IsEmpty());
     }
+}
+
+using DoBuild = uint64_t(WINAPI*)(HWND, const HostContext*);
+
+uint64_t RunAgain(const HostContext& context) {
+    const auto doBuild = reinterpret_cast<DoBuild>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kfxplug1.dll"), "PLUGIN16DoBuild")));
+    return doBuild(nullptr, &context);
+}
+
+TEST(RunTwice, inside_a_request_it_is_refused_and_the_window_goes_on) {
+    ActingHost host;
+    host.Serve(ThreeFrames());
+    uint64_t second = 77;
+    PluginSession session(host, WithConfiguration("MainEffect = 3\n"));
+    session.Click(IDC_DITHER);
+    const HWND window = session.Window();
+    for (const HostRequest request :
+         {HostRequest::OpenAnimation, HostRequest::ShowHelp, HostRequest::ChooseColor, HostRequest::Progress,
+          HostRequest::NewTestTask, HostRequest::CloseTask}) {
+        host.Act(request, [&] { second = RunAgain(host.context); });
+        const bool builds = request == HostRequest::Progress || request == HostRequest::NewTestTask ||
+                            request == HostRequest::CloseTask;
+        const int button = request == HostRequest::OpenAnimation ? IDC_SELECT
+                           : request == HostRequest::ShowHelp    ? IDC_HELP_BUTTON
+                           : builds                              ? IDC_TEST
+                                                                 : IDC_BACKGROUND_COLOR;
+        second = 77;
+        session.Click(button);
+        EXPECT_EQ(second, 0u) << static_cast<int>(request);
+        ASSERT_EQ(session.Window(), window);
+    }
+    EXPECT_THAT(session.Messages(), IsEmpty());
+    EXPECT_EQ(host.Frames().size(), 9u);
+    EXPECT_EQ(session.SelectionOf(IDC_EFFECT), 3);
+    EXPECT_EQ(session.Close(), 1u);
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainDither = 1\r\n"));
+    ExpectNothingLeft();
+}
+
+TEST(RunTwice, while_the_window_opens_it_is_refused) {
+    ActingHost host;
+    uint64_t second = 77;
+    host.Act(HostRequest::GetWindowSize, [&] { second = RunAgain(host.context); });
+    PluginSession session(host);
+    EXPECT_EQ(second, 0u);
+    EXPECT_TRUE(session.IsOpen());
+    EXPECT_EQ(session.Close(), 1u);
+}
+
+std::atomic<HWND> broughtToFront;
+
+BOOL WINAPI TakeForeground(HWND window) {
+    broughtToFront = window;
+    return SetForegroundWindow(window);
+}
+
+// The DLL's calls for the foreground, which other programs on the screen may have taken since.
+struct ForegroundCalls {
+    ForegroundCalls()
+        : patch(GetModuleHandleA("kfxplug1.dll"), "SetForegroundWindow", AddressOfFunction(TakeForeground)) {
+        broughtToFront = nullptr;
+    }
+    const ImportPatch patch;
+};
+
+TEST(RunTwice, on_another_thread_it_is_refused_and_the_window_comes_to_the_front) {
+    FakeHost host;
+    PluginSession session(host);
+    const ForegroundCalls calls;
+    HostContext tooOld = host.context;
+    tooOld.version = 0;
+    for (const HostContext& context : {host.context, tooOld}) {
+        broughtToFront = nullptr;
+        std::thread([&] { EXPECT_EQ(RunAgain(context), 0u); }).join();
+        EXPECT_TRUE(WaitFor([&] { return broughtToFront == session.Window(); }));
+    }
+    EXPECT_THAT(session.Messages(), IsEmpty());
+    EXPECT_EQ(session.Close(), 1u);
+}
+
+TEST(RunTwice, inside_a_request_the_window_comes_to_the_front_at_once) {
+    ActingHost host;
+    PluginSession session(host);
+    const ForegroundCalls calls;
+    HWND front = nullptr;
+    host.Act(HostRequest::ShowHelp, [&] {
+        RunAgain(host.context);
+        front = broughtToFront;
+    });
+    session.Click(IDC_HELP_BUTTON);
+    EXPECT_EQ(front, session.Window());
+}
+
+TEST(RunTwice, a_box_over_the_window_comes_to_the_front_with_it) {
+    FakeHost host;
+    PluginSession session(host);
+    session.Press(IDC_ABOUT);
+    const HWND about = session.WaitForBox("About");
+    ASSERT_TRUE(about);
+    const ForegroundCalls calls;
+    std::thread([&] { EXPECT_EQ(RunAgain(host.context), 0u); }).join();
+    EXPECT_TRUE(WaitFor([&] { return broughtToFront == about; }));
+    SendMessageA(about, WM_COMMAND, IDC_ABOUT_CLOSE, 0);
+    EXPECT_TRUE(session.WaitUntilGone(about));
+}
+
+TEST(RunTwice, after_the_window_has_closed_it_opens_again) {
+    ActingHost host;
+    PluginSession session(host);
+    session.Close();
+    std::atomic<HWND> opened{nullptr};
+    host.Act(HostRequest::GetWindowSize, [&] { opened = OwnDialog(); });
+    std::thread runner([&] { EXPECT_EQ(RunAgain(host.context), 1u); });
+    EXPECT_TRUE(WaitFor([&] { return opened && IsWindowVisible(opened); }));
+    PostMessageA(opened, WM_COMMAND, IDCANCEL, 0);
+    runner.join();
 }
 
 }  // namespace
