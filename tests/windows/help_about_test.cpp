@@ -69,6 +69,49 @@ TEST(About, shows_title_version_help_and_web_page) {
     EXPECT_TRUE(session.Settle());
 }
 
+// The place that a control's text takes in its font, enlarged by some pixels, when lines are as wide as
+// given.
+SIZE TextSize(HWND control, LONG enlarged, LONG width) {
+    LOGFONTA font = {};
+    GetObjectA(reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0)), sizeof font, &font);
+    font.lfHeight += enlarged;
+    const HFONT larger = CreateFontIndirectA(&font);
+    const HDC dc = GetDC(control);
+    const HGDIOBJ previous = SelectObject(dc, larger);
+    const std::string text = TextOf(GetParent(control), GetDlgCtrlID(control));
+    RECT area = {0, 0, width, 0};
+    DrawTextA(dc, text.c_str(), -1, &area, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+    SelectObject(dc, previous);
+    ReleaseDC(control, dc);
+    DeleteObject(larger);
+    return {area.right, area.bottom};
+}
+
+void ExpectRoom(HWND control, LONG enlarged, LONG width, LONG height) {
+    const SIZE text = TextSize(control, enlarged, width);
+    EXPECT_LE(text.cx, width) << "control " << GetDlgCtrlID(control) << ", font enlarged by " << enlarged;
+    EXPECT_LE(text.cy, height) << "control " << GetDlgCtrlID(control) << ", font enlarged by " << enlarged;
+}
+
+// The texts have fonts of their own size, the box follows the system's: either may be a step off.
+TEST(About, has_room_for_fonts_a_step_larger_or_smaller) {
+    constexpr LONG kStep = 2;  // pixels: from one size in points to the next
+    FakeHost host;
+    PluginSession session(host);
+    session.Press(IDC_ABOUT);
+    const HWND about = session.WaitForBox("About");
+    ASSERT_TRUE(about);
+    for (const int id : {IDC_ABOUT_TITLE, IDC_ABOUT_TEXT}) {
+        const HWND control = GetDlgItem(about, id);
+        RECT area;
+        GetClientRect(control, &area);
+        ExpectRoom(control, kStep, area.right, area.bottom);
+        ExpectRoom(control, 0, area.right * 7 / 8, area.bottom * 7 / 8);  // in a box of 7 points for 8
+    }
+    SendMessageA(about, WM_COMMAND, IDC_ABOUT_CLOSE, 0);
+    EXPECT_TRUE(session.WaitUntilGone(about));
+}
+
 TEST(MessageBoxes, take_no_command_but_their_buttons) {
     FakeHost host;
     PluginSession session(host);
