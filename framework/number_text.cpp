@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "framework/number_text.h"
 
-#include <cstdio>
-
 #include "resources/panel_controls.h"
 
 namespace kfx {
@@ -12,6 +10,26 @@ constexpr int kSwirlAngleLabel = IDC_SWIRL_ANGLE + 1;
 constexpr int32_t kSwirlAngleZero = 1440;
 
 bool IsWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// Reads one number of a range and moves the text behind it: white space, one sign, digits. A number beyond 32
+// bits is the nearest end of theirs. False: no digits stand there. The C library's own scanning of a text
+// allocates memory, and ends the process when it gets none.
+bool ReadNumber(const char** text, int32_t* number) {
+    const char* c = *text;
+    while (IsWhiteSpace(*c)) ++c;
+    const bool negative = *c == '-';
+    if (*c == '-' || *c == '+') ++c;
+    if (*c < '0' || *c > '9') return false;
+    const int64_t most = negative ? int64_t{INT32_MAX} + 1 : INT32_MAX;
+    int64_t value = 0;
+    for (; *c >= '0' && *c <= '9'; ++c) {
+        value = 10 * value + (*c - '0');
+        if (value > most) value = most;
+    }
+    *number = static_cast<int32_t>(negative ? -value : value);
+    *text = c;
+    return true;
+}
 
 }  // namespace
 
@@ -25,12 +43,14 @@ uint32_t ParseDecimal(const char* text) {
 }
 
 bool ParseControlRange(const char* text, ControlRange* range) {
-    int least, most, standard;
-    if (std::sscanf(text, "%d,%d,%d", &least, &most, &standard) != 3) {
-        *range = {0, 100, 0};
-        return false;
+    int32_t numbers[3];
+    for (int i = 0; i < 3; ++i) {
+        if ((i > 0 && *text++ != ',') || !ReadNumber(&text, &numbers[i])) {
+            *range = {0, 100, 0};
+            return false;
+        }
     }
-    *range = {least, most, standard};
+    *range = {numbers[0], numbers[1], numbers[2]};
     return true;
 }
 

@@ -18,7 +18,9 @@ struct ControlRange {
     int32_t standard;
 };
 
-// Reads a range text into `*range`. False, with 0..100 (and 0) in the range: the text holds no three numbers.
+// Reads a range text into `*range`: three numbers with one comma between them, white space allowed before
+// each, anything behind the last; numbers beyond 32 bits become the nearest that fits. False, with 0..100
+// (and 0) in the range: the text holds no three numbers.
 bool ParseControlRange(const char* text, ControlRange* range);
 
 // `value` moved into the range; a range turned round answers its maximum.

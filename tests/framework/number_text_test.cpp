@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <iterator>
+#include <random>
+#include <string>
 
 namespace kfx {
 namespace {
@@ -53,6 +56,79 @@ TEST(ControlRange, a_text_without_three_numbers_means_0_to_100) {
         EXPECT_EQ(range.least, 0) << text;
         EXPECT_EQ(range.most, 100) << text;
     }
+}
+
+// What the range texts have always been read with.
+bool ScanRange(const char* text, ControlRange* range) {
+    if (std::sscanf(text, "%d,%d,%d", &range->least, &range->most, &range->standard) == 3) return true;
+    *range = {0, 100, 0};
+    return false;
+}
+
+void ExpectAsScanned(const std::string& text) {
+    ControlRange range, scanned;
+    const bool found = ParseControlRange(text.c_str(), &range);
+    EXPECT_EQ(found, ScanRange(text.c_str(), &scanned)) << '"' << text << '"';
+    EXPECT_EQ(range.least, scanned.least) << '"' << text << '"';
+    EXPECT_EQ(range.most, scanned.most) << '"' << text << '"';
+    EXPECT_EQ(range.standard, scanned.standard) << '"' << text << '"';
+}
+
+TEST(ControlRange, a_text_is_read_as_the_c_library_scans_it) {
+    for (const char* text : {"1,2,3",
+                             " 1,\t2,\r\n3 and more",
+                             "1 ,2,3",
+                             "1, 2,3",
+                             "+1,-2,+3",
+                             "--1,2,3",
+                             "+-1,2,3",
+                             "- 1,2,3",
+                             "-,2,3",
+                             "0x10,2,3",
+                             "010,08,-09",
+                             "1,2",
+                             "1,2,",
+                             "1,2,-",
+                             "1,,3",
+                             ",2,3",
+                             "1.5,2,3",
+                             "1,2,3,4",
+                             "1,2,3.5",
+                             "2147483647,-2147483648,0",
+                             "\v1,\f2,3",
+                             "\xA0"
+                             "1,2,3"})
+        ExpectAsScanned(text);
+    std::mt19937 random(1);
+    const char* const pieces[] = {"0", "1", "9", "27", "2147483647", "-", "+",
+                                  ",", ",", ",", " ",  "\t",         "x", "."};
+    for (int i = 0; i < 20000; ++i) {
+        std::string text;
+        for (auto length = random() % 12; length > 0; --length) text += pieces[random() % std::size(pieces)];
+        // Numbers beyond 32 bits are scanned differently from system to system.
+        bool tooLong = false;
+        size_t digits = 0;
+        for (const char c : text) {
+            digits = c >= '0' && c <= '9' ? digits + 1 : 0;
+            tooLong = tooLong || digits > 9;
+        }
+#ifndef _WIN32
+        if (tooLong) continue;
+#endif
+        ExpectAsScanned(text);
+    }
+}
+
+TEST(ControlRange, a_number_beyond_32_bits_is_the_nearest_that_fits) {
+    ControlRange range;
+    ASSERT_TRUE(ParseControlRange("-2147483649,2147483648,100000000000000000000000", &range));
+    EXPECT_EQ(range.least, INT32_MIN);
+    EXPECT_EQ(range.most, INT32_MAX);
+    EXPECT_EQ(range.standard, INT32_MAX);
+    ASSERT_TRUE(ParseControlRange("-100000000000000000000000,4294967296,-0", &range));
+    EXPECT_EQ(range.least, INT32_MIN);
+    EXPECT_EQ(range.most, INT32_MAX);
+    EXPECT_EQ(range.standard, 0);
 }
 
 TEST(ControlRange, values_outside_move_to_the_nearest_end) {
