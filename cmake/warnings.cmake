@@ -49,3 +49,16 @@ endif()
 if(KFX_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
+
+# kfx_plugin_flags: what the plug-in's own folders compile with, on top. Nothing of ours throws, and the plug-in has
+# one thread; but the runtime's support for exceptions and for guarded statics takes memory when the library is loaded,
+# never gives it back, and ends the host's process when it gets none.
+add_library(kfx_plugin_flags INTERFACE)
+target_link_libraries(kfx_plugin_flags INTERFACE kfx_flags)
+if(MSVC)
+    target_compile_definitions(kfx_plugin_flags INTERFACE _HAS_EXCEPTIONS=0)
+    target_compile_options(kfx_plugin_flags INTERFACE /EHs-c- /Zc:threadSafeInit-)
+else()
+    target_compile_options(kfx_plugin_flags INTERFACE
+        $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-threadsafe-statics>)
+endif()
