@@ -287,11 +287,13 @@ void BindControl(void* control, BoundKind kind, void* variable) {
     const KindRow* row = RowOf(kind);
     if (!window || !row) return;
     const bool boundBefore = KindOf(window) != BoundKind::None;
+    // Binding again only changes kind and variable; the control's own procedure is known already. Where it
+    // cannot be kept, the control stays what it is.
+    if (!boundBefore && !SetPropA(window, kPreviousProcedure,
+                                  reinterpret_cast<HANDLE>(GetWindowLongPtrA(window, GWLP_WNDPROC))))
+        return;
     SetWindowLongPtrA(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(variable));
-    const LONG_PTR previous =
-        SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(row->procedure));
-    // Binding again only changes kind and variable; the control's own procedure is known already.
-    if (!boundBefore) SetPropA(window, kPreviousProcedure, reinterpret_cast<HANDLE>(previous));
+    SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(row->procedure));
     if (kind == BoundKind::ColorButton && variable) {
         uint32_t color;
         std::memcpy(&color, variable, sizeof color);

@@ -56,7 +56,7 @@ void ShowDocumentMenu(HWND window) {
     AppendMenuA(menu, MF_STRING, IDM_DOCUMENT_OPEN, "Open");
     AppendMenuA(menu, MF_STRING, IDM_DOCUMENT_SAVE, "Save");
     AppendMenuA(menu, MF_STRING, IDM_DOCUMENT_SAVE_AS, "Save as...");
-    POINT cursor;
+    POINT cursor = {};
     GetCursorPos(&cursor);
     TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_RIGHTBUTTON, cursor.x, cursor.y, 0, window, nullptr);
     DestroyMenu(menu);

@@ -124,7 +124,7 @@ void FillList(HWND list, const char* items) {
 
 void CenterOnScreen(HWND window) {
     RECT place;
-    GetWindowRect(window, &place);
+    if (!GetWindowRect(window, &place)) return;
     const int x = (GetSystemMetrics(SM_CXSCREEN) - (place.right - place.left)) / 2;
     const int y = (GetSystemMetrics(SM_CYSCREEN) - (place.bottom - place.top)) / 2;
     SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);

@@ -15,13 +15,20 @@ namespace {
 
 constexpr int kDropDownRoom = 200;  // pixels added to a drop-down list for its open part
 
+// A panel on its way into the plug-in window.
+struct PanelCloning {
+    HWND window;
+    bool complete;  // until a control cannot be made
+};
+
 // Makes a hidden control like `original` at the same place in the plug-in window, in that window's font.
-BOOL CALLBACK CloneControl(HWND original, LPARAM target) {
-    const auto window = reinterpret_cast<HWND>(target);
-    char className[64], text[kTextBytes];
+BOOL CALLBACK CloneControl(HWND original, LPARAM data) {
+    auto* cloning = reinterpret_cast<PanelCloning*>(data);
+    const HWND window = cloning->window;
+    char className[64] = "", text[kTextBytes] = "";
     GetClassNameA(original, className, sizeof className);
     GetWindowTextA(original, text, sizeof text);
-    RECT place;
+    RECT place = {};
     GetWindowRect(original, &place);
     MapWindowPoints(nullptr, GetParent(original), reinterpret_cast<POINT*>(&place), 2);
     if (lstrcmpiA(className, "combobox") == 0) place.bottom += kDropDownRoom;
@@ -31,12 +38,13 @@ BOOL CALLBACK CloneControl(HWND original, LPARAM target) {
                                        place.right - place.left, place.bottom - place.top, window,
                                        reinterpret_cast<HMENU>(GetWindowLongPtrA(original, GWLP_ID)),
                                        plugin.module, nullptr);
+    cloning->complete = clone != nullptr;
     SendMessageA(clone, WM_SETFONT, static_cast<WPARAM>(SendMessageA(window, WM_GETFONT, 0, 0)), FALSE);
-    return TRUE;
+    return cloning->complete;
 }
 
-INT_PTR CALLBACK PanelProcedure(HWND panel, UINT message, WPARAM, LPARAM window) {
-    if (message == WM_INITDIALOG) EnumChildWindows(panel, CloneControl, window);
+INT_PTR CALLBACK PanelProcedure(HWND panel, UINT message, WPARAM, LPARAM cloning) {
+    if (message == WM_INITDIALOG) EnumChildWindows(panel, CloneControl, cloning);
     return FALSE;
 }
 
@@ -84,10 +92,12 @@ int32_t ReadSlider(HWND slider) {
 
 bool InitializePanel(const EffectRecord& effect, void* window) {
     const auto target = static_cast<HWND>(window);
+    PanelCloning cloning = {target, true};
     const HWND panel = CreateDialogParamA(plugin.module, MAKEINTRESOURCEA(effect.panelTemplate), target,
-                                          PanelProcedure, reinterpret_cast<LPARAM>(target));
+                                          PanelProcedure, reinterpret_cast<LPARAM>(&cloning));
     if (!panel) return false;
     DestroyWindow(panel);
+    if (!cloning.complete) return false;
     for (size_t i = 0; i < effect.controlCount; ++i) {
         const HWND control = GetDlgItem(target, effect.controls[i].id);
         if (!control) return false;

@@ -46,7 +46,7 @@ void Place(HWND dialog) {
 
 void RememberSize(HWND dialog) {
     RECT place;
-    GetWindowRect(dialog, &place);
+    if (!GetWindowRect(dialog, &place)) return;
     plugin.fileDialogWidth = place.right - place.left;
     plugin.fileDialogHeight = place.bottom - place.top;
 }

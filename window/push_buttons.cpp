@@ -16,7 +16,8 @@ void SetDefault(HWND button, bool isDefault) { SetWindowLongPtrA(button, GWLP_US
 // An owner-drawn button tells the dialog manager nothing about being the default and takes the second click
 // of a quick pair for a double click; this restores both.
 LRESULT CALLBACK ButtonProcedure(HWND button, UINT message, WPARAM word, LPARAM data) {
-    const auto previous = reinterpret_cast<WNDPROC>(GetPropA(button, kProcedureProperty));
+    const HANDLE known = GetPropA(button, kProcedureProperty);
+    const WNDPROC previous = known ? reinterpret_cast<WNDPROC>(known) : DefWindowProcA;
     switch (message) {
         case WM_GETDLGCODE:
             return DLGC_BUTTON | (IsDefault(button) ? DLGC_DEFPUSHBUTTON : DLGC_UNDEFPUSHBUTTON);
@@ -147,8 +148,11 @@ void GiveButtonLook(HWND dialog, int id) {
         SendMessageA(button, WM_SETFONT, reinterpret_cast<WPARAM>(plugin.buttonFont), FALSE);
     if (plugin.buttonStyle == 0 || GetPropA(button, kProcedureProperty)) return;
     const LONG_PTR style = GetWindowLongPtrA(button, GWL_STYLE);
+    // Without its own procedure to fall back on, the button stays an ordinary one.
+    if (!SetPropA(button, kProcedureProperty,
+                  reinterpret_cast<HANDLE>(GetWindowLongPtrA(button, GWLP_WNDPROC))))
+        return;
     SetDefault(button, (style & BS_TYPEMASK) == BS_DEFPUSHBUTTON);
-    SetPropA(button, kProcedureProperty, reinterpret_cast<HANDLE>(GetWindowLongPtrA(button, GWLP_WNDPROC)));
     SetWindowLongPtrA(button, GWL_STYLE, (style & ~BS_TYPEMASK) | BS_OWNERDRAW);
     SetWindowLongPtrA(button, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ButtonProcedure));
     InvalidateRect(button, nullptr, FALSE);

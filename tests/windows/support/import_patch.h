@@ -9,6 +9,17 @@
 
 namespace kfx::test {
 
+// One place in a module's import table: what the module calls when it calls the function.
+struct ImportSlot {
+    const char* function;
+    void** slot;
+};
+
+// All of them but those imported by number.
+std::vector<ImportSlot> ImportSlots(HMODULE module);
+
+void WriteSlot(void** slot, void* address);
+
 // Replaces every import slot of `module` for the function of this name; puts the old addresses back at the
 // end of its life unless the module is gone by then. A function that the module does not import leaves
 // nothing to do.

@@ -1,0 +1,326 @@
+// SPDX-License-Identifier: MIT
+// Whatever the system or the C runtime refuses the plug-in, the host lives on: its call returns, nothing
+// hangs, and every movable block is freed.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "tests/windows/support/effect_vectors.h"
+#include "tests/windows/support/import_patch.h"
+#include "tests/windows/support/memory_ledger.h"
+#include "tests/windows/support/plugin_session.h"
+#include "tests/windows/support/refused_imports.h"
+
+namespace kfx::test {
+namespace {
+
+constexpr uint32_t kFirstAllocations = 8;
+constexpr uint64_t kMinusOne = ~uint64_t{0};
+constexpr uint64_t kFailed = 0x80004005;  // E_FAIL
+
+const std::vector<Refusal> kRefusals = {
+    // Memory and resources.
+    {"malloc", 0, false, kFirstAllocations},
+    {"calloc", 0, false, kFirstAllocations},
+    {"realloc", 0, false, kFirstAllocations},
+    {"GlobalAlloc", 0, false, kFirstAllocations},
+    {"GlobalReAlloc", 0, false, kFirstAllocations},
+    {"GlobalLock", 0, false, kFirstAllocations},
+    {"GlobalSize", 0},
+    {"FindResourceA", 0},
+    {"LoadResource", 0},
+    {"LockResource", 0},
+    {"SizeofResource", 0},
+    {"LoadStringA", 0},
+    {"LoadCursorA", 0},
+    // Files, folders and what the C runtime formats.
+    {"fopen", 0},
+    {"fgets", 0},
+    {"fclose", kMinusOne, true},
+    {"ferror", 1},
+    {"fputc", kMinusOne},
+    {"fwrite", 0},
+    {"vfprintf", kMinusOne},
+    {"_ctime64", 0},
+    {"_time64", kMinusOne},
+    {"GetFileAttributesA", kMinusOne},
+    {"GetModuleFileNameA", 0},
+    {"SHGetPathFromIDListA", 0},
+    {"SHGetSpecialFolderLocation", kFailed},
+    {"ShellExecuteA", 2},
+    {"GetOpenFileNameA", 0},
+    {"GetSaveFileNameA", 0},
+    {"MultiByteToWideChar", 0},
+    {"WideCharToMultiByte", 0},
+    {"VirtualProtect", 0},
+    {"VirtualQuery", 0},
+    // Drawing.
+    {"CombineRgn", 0},
+    {"CreateFontA", 0},
+    {"CreatePen", 0},
+    {"CreateRectRgnIndirect", 0},
+    {"CreateRoundRectRgn", 0},
+    {"CreateSolidBrush", 0},
+    {"DrawEdge", 0},
+    {"DrawFocusRect", 0},
+    {"DrawTextA", 0},
+    {"ExtSelectClipRgn", 0},
+    {"FillRect", 0},
+    {"FillRgn", 0},
+    {"FrameRect", 0},
+    {"GetStockObject", 0},
+    {"GetSysColorBrush", 0},
+    {"IntersectClipRect", 0},
+    {"InvalidateRect", 0},
+    {"RedrawWindow", 0},
+    {"RoundRect", 0},
+    {"SaveDC", 0},
+    {"SelectObject", 0},
+    {"SetBkColor", 0xFFFFFFFF},
+    {"SetBkMode", 0},
+    {"SetBrushOrgEx", 0},
+    {"SetDIBitsToDevice", 0},
+    {"SetStretchBltMode", 0},
+    {"SetTextColor", 0xFFFFFFFF},
+    {"StretchDIBits", 0},
+    // Windows, controls, messages and timers.
+    {"AppendMenuA", 0},
+    {"CheckDlgButton", 0},
+    {"CreateDialogParamA", 0},
+    {"CreatePopupMenu", 0},
+    {"CreateWindowExA", 0, false, kFirstAllocations},
+    {"DialogBoxParamA", kMinusOne},
+    {"EnumChildWindows", 0},
+    {"GetClassNameA", 0},
+    {"GetCursorPos", 0},
+    {"GetDlgItem", 0},
+    {"GetDlgItemInt", 0},
+    {"GetDlgItemTextA", 0},
+    {"GetFocus", 0},
+    {"GetParent", 0},
+    {"GetPropA", 0},
+    {"GetScrollPos", 0},
+    {"GetScrollRange", 0},
+    {"GetWindow", 0},
+    {"GetWindowRect", 0},
+    {"GetWindowTextA", 0},
+    {"KillTimer", 0},
+    {"MapWindowPoints", 0},
+    {"PostMessageA", 0},
+    {"SendDlgItemMessageA", 0},
+    {"SetCursor", 0},
+    {"SetDlgItemInt", 0},
+    {"SetDlgItemTextA", 0},
+    {"SetFocus", 0},
+    {"SetPropA", 0},
+    {"SetScrollInfo", 0},
+    {"SetTimer", 0},
+    {"SetWindowLongPtrA", 0},
+    {"SetWindowPos", 0},
+    {"SetWindowTextA", 0},
+    {"TrackPopupMenu", 0},
+};
+
+// What has no failure to report, reports only a mistake in its arguments, or gives something back; and what
+// the runtime calls while the library is loaded or unloaded, before and after the table can be changed.
+const std::set<std::string> kCannotFail = {
+    "CallWindowProcA",
+    "CoTaskMemFree",
+    "DefWindowProcA",
+    "DeleteCriticalSection",
+    "DeleteObject",
+    "DestroyMenu",
+    "DestroyWindow",
+    "EnableWindow",
+    "EndDialog",
+    "EnterCriticalSection",
+    "GetDlgCtrlID",
+    "GetKeyState",
+    "GetLastError",
+    "GetSysColor",
+    "GetSystemMetrics",
+    "GetWindowLongPtrA",
+    "GlobalFree",
+    "GlobalUnlock",
+    "InflateRect",
+    "InitializeCriticalSection",
+    "IsDBCSLeadByteEx",
+    "IsDlgButtonChecked",
+    "IsWindowEnabled",
+    "IsWindowVisible",
+    "LeaveCriticalSection",
+    "OffsetRect",
+    "RemovePropA",
+    "RestoreDC",
+    "SendMessageA",
+    "SetScrollPos",
+    "ShowWindow",
+    "Sleep",
+    "TlsGetValue",
+    "___lc_codepage_func",
+    "___mb_cur_max_func",
+    "__iob_func",
+    "__setusermatherr",
+    "_amsg_exit",
+    "_errno",
+    "_hypot",
+    "_initterm",
+    "_lock",
+    "_unlock",
+    "abort",
+    "atoi",
+    "free",
+    "localeconv",
+    "lstrcmpiA",
+    "memcmp",
+    "memcpy",
+    "memmove",
+    "memset",
+    "rand",
+    "srand",
+    "strchr",
+    "strcspn",
+    "strerror",
+    "strlen",
+    "strncmp",
+    "strrchr",
+    "strstr",
+    "wcslen",
+};
+
+constexpr int kTestButton = 24;
+constexpr int kCustomPalette = 14;
+constexpr int kDither = 15;
+constexpr int kDocumentOpen = 37;
+constexpr int kDocumentSaveAs = 39;
+constexpr int kOpenSave = 36;
+constexpr int kEffectList = 50;
+constexpr int kSelectButton = 51;
+constexpr int kBackgroundColor = 54;
+constexpr int kEmbossDepth = 100;
+constexpr int kEmboss = 1;
+constexpr int kHsbAndChannels = 5;
+
+void Toggle(PluginSession& session, int checkBox) {
+    if (const HWND control = session.Control(checkBox)) SendMessageA(control, BM_CLICK, 0, 0);
+    session.Settle();
+}
+
+// Everything that a window is used for, as far as it is there.
+void UseWindow(PluginSession& session) {
+    session.Command(kSelectButton);
+    session.Choose(kEffectList, kHsbAndChannels);
+    session.Choose(kEffectList, kEmboss);
+    session.Scroll(kEmbossDepth, SB_LINERIGHT);
+    session.Command(kBackgroundColor);
+    session.DrawPreview(31, 23);
+    Toggle(session, kDither);
+    Toggle(session, kCustomPalette);
+    session.Command(kTestButton);
+    session.AnswerFileDialog(session.DocumentsFolder() + "all.kx1");
+    session.Command(kOpenSave);
+    session.Command(kDocumentSaveAs);
+    session.Command(kDocumentOpen);
+}
+
+struct SessionRun {
+    std::map<std::string, uint32_t> calls;
+    std::vector<std::string> messages;
+    size_t frames = 0;
+    LedgerCounts memory = {};
+};
+
+// A whole session with one call refused; call 0: none.
+SessionRun RunWith(const std::string& function, uint32_t call) {
+    std::unique_ptr<RefusedImports> imports;
+    SessionRun run;
+    {
+        FakeHost host;
+        host.context.buttonStyle = 3;
+        host.Serve(EffectInput("small13x13"), PluginPath());
+        SessionOptions options;
+        options.configuration =
+            "MainEffect = 1\nTruecolour = 0\nSampleWindowKeyLine = 1\nFileNamePath = " + PluginPath() + "\n";
+        options.prepare = [&](HMODULE library) {
+            imports = std::make_unique<RefusedImports>(library, kRefusals);
+            imports->Refuse(function, call);
+        };
+        PluginSession session(host, options);
+        UseWindow(session);
+        run.frames = host.Frames().size();
+        session.Close();
+        run.messages = session.Messages();
+        run.memory = CountLedger();
+        for (const Refusal& refusal : kRefusals)
+            run.calls[refusal.function] = imports->CallsTo(refusal.function);
+    }
+    return run;
+}
+
+const SessionRun& RunWithoutRefusal() {
+    static const SessionRun run = RunWith("", 0);
+    return run;
+}
+
+class RefusedImport : public testing::TestWithParam<Refusal> {};
+
+TEST_P(RefusedImport, ends_no_host_and_loses_no_memory) {
+    const std::string function = GetParam().function;
+    const uint32_t calls = std::min(RunWithoutRefusal().calls.at(function), GetParam().firstCalls);
+    for (uint32_t call = 1; call <= calls; ++call) {
+        SCOPED_TRACE(function + ", call " + std::to_string(call));
+        const SessionRun run = RunWith(function, call);
+        EXPECT_EQ(run.memory.liveBlocks, 0u);
+        EXPECT_EQ(run.memory.lockedBlocks, 0u);
+        EXPECT_EQ(run.memory.strangeFrees, 0u);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RefusedImport, testing::ValuesIn(kRefusals),
+                         [](const auto& parameter) { return std::string(parameter.param.function); });
+
+// Every control of a panel counts: sliders, their labels and captions.
+TEST(RefusedImports, a_panel_that_cannot_be_made_whole_is_reported_and_the_window_closes) {
+    for (const char* function : {"CreateDialogParamA", "CreateWindowExA"}) {
+        for (uint32_t call = 1; call <= 4; ++call) {
+            SCOPED_TRACE(std::string(function) + ", call " + std::to_string(call));
+            EXPECT_EQ(RunWith(function, call).messages,
+                      std::vector<std::string>{"This plugin could not be initialized"});
+        }
+    }
+}
+
+// The subclassed controls keep their own procedures in properties: without one they are not subclassed.
+TEST(RefusedImports, a_control_that_cannot_be_dressed_or_bound_works_as_it_is) {
+    const uint32_t calls = RunWithoutRefusal().calls.at("SetPropA");
+    ASSERT_GT(calls, 8u);
+    for (uint32_t call = 1; call <= 8; ++call) {
+        SCOPED_TRACE(call);
+        const SessionRun run = RunWith("SetPropA", call);
+        EXPECT_TRUE(run.messages.empty());
+        EXPECT_EQ(run.frames, 1u);
+    }
+}
+
+TEST(RefusedImports, cover_everything_that_the_library_imports_and_that_can_fail) {
+    const HMODULE library = LoadLibraryA(PluginPath().c_str());
+    ASSERT_TRUE(library);
+    std::set<std::string> covered = kCannotFail;
+    for (const Refusal& refusal : kRefusals) covered.insert(refusal.function);
+    for (const ImportSlot& import : ImportSlots(library))
+        EXPECT_TRUE(covered.count(import.function)) << import.function << " is in neither list";
+    FreeLibrary(library);
+}
+
+TEST(RefusedImports, nothing_refused_means_a_session_with_pictures_and_without_messages) {
+    const SessionRun& run = RunWithoutRefusal();
+    EXPECT_EQ(run.frames, 1u);
+    EXPECT_TRUE(run.messages.empty());
+    EXPECT_GT(run.calls.at("CreateWindowExA"), 0u);
+    EXPECT_GT(run.calls.at("SetDIBitsToDevice"), 0u);
+    EXPECT_GT(run.calls.at("vfprintf") + run.calls.at("fwrite"), 0u);
+}
+
+}  // namespace
+}  // namespace kfx::test
