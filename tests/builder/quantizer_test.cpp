@@ -269,7 +269,8 @@ TEST(Quantizer, cells_are_emptied_before_their_sums_overflow) {
 
 TEST(Quantizer, a_list_without_a_handle_fails_and_one_without_frames_finds_no_colours) {
     EXPECT_FALSE(RunQuantize(256, FrameList{}).ok);
-    FrameList empty = {AllocateMemory(1), 0};
+    FrameList empty = {};
+    empty.entries = AllocateMemory(1);
     const Found found = RunQuantize(256, empty);
     EXPECT_TRUE(found.ok);
     EXPECT_EQ(found.colors, 0u);
