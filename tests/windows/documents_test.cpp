@@ -7,9 +7,9 @@
 #include <commdlg.h>
 
 #include "resources/resource_ids.h"
+#include "tests/support/wait_for.h"
 #include "tests/windows/support/binary_files.h"
 #include "tests/windows/support/plugin_session.h"
-#include "tests/windows/support/waiting.h"
 
 namespace kfx::test {
 namespace {

@@ -7,8 +7,8 @@
 #include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
+#include "tests/support/wait_for.h"
 #include "tests/windows/support/plugin_session.h"
-#include "tests/windows/support/waiting.h"
 
 namespace kfx::test {
 namespace {

@@ -16,10 +16,10 @@
 #include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
+#include "tests/support/wait_for.h"
 #include "tests/windows/support/import_patch.h"
 #include "tests/windows/support/memory_ledger.h"
 #include "tests/windows/support/plugin_session.h"
-#include "tests/windows/support/waiting.h"
 
 namespace kfx::test {
 namespace {

@@ -243,7 +243,7 @@ SessionRun RunWith(const std::string& function, uint32_t call) {
         SessionOptions options;
         options.configuration =
             "MainEffect = 1\nTruecolour = 0\nSampleWindowKeyLine = 1\nFileNamePath = " + PluginPath() + "\n";
-        options.prepare = [&](HMODULE library) {
+        options.prepareLibrary = [&](HMODULE library) {
             imports = std::make_unique<RefusedImports>(library, kRefusals);
             imports->Refuse(function, call);
         };
