@@ -22,7 +22,10 @@ bool RoundPower(const ScaledPair<double>& power, double relativeError, double* v
     }
     const double large = FromBits(static_cast<uint64_t>(1023 - 1022 - n) << 52);
     const Pair<double> sum = FastTwoSum(large, pair.high);
-    const Rounded<double> rounded = RoundPair(Pair<double>{sum.high, sum.low + pair.low}, error);
+    // sum.low is up to large * 2^-53. Adding pair.low to it and then the error rounds twice, each time by at
+    // most large * 2^-106; next to a large number that is more than the pair's own error.
+    const double roundings = large * 0x1p-104;
+    const Rounded<double> rounded = RoundPair(Pair<double>{sum.high, sum.low + pair.low}, error + roundings);
     *value = Scale(rounded.value - large, n);
     return rounded.sure;
 }

@@ -283,6 +283,34 @@ TEST(Elementary, ArgumentsWhoseValuesLieNextToTheMiddleOfTwoDoubles) {
         wanted);
 }
 
+// A subnormal number of at most so many bits, zero included; small ones are as likely as large ones.
+double AnySubnormal(Random& random, int32_t bits) {
+    const auto length = static_cast<int32_t>(random() % static_cast<uint64_t>(bits)) + 1;
+    return static_cast<double>(random() >> (64 - length)) * 0x1p-1074;
+}
+
+// A base and the exponent at which its power is next to the middle of two subnormal numbers.
+void MakeSubnormalPower(Random& random, int32_t bits, double* x, double* y) {
+    *x = random() & 1 ? Between(random, 2, 500) : std::fabs(AnyOfExponents(random, -1000, -1));
+    *y = ArgumentOfMiddle(MathFunction::Pow, AnySubnormal(random, bits), *x);
+}
+
+TEST(Elementary, ArgumentsWhoseValuesLieNextToTheMiddleOfTwoSubnormalNumbers) {
+    CheckKind(kExp, "next to middles of a few last places", 41, [](Random& random, double* x, double*) {
+        *x = ArgumentOfMiddle(MathFunction::Exp, AnySubnormal(random, 6), 0);
+    });
+    CheckKind(kExp, "next to middles of subnormal numbers", 42, [](Random& random, double* x, double*) {
+        *x = ArgumentOfMiddle(MathFunction::Exp, AnySubnormal(random, 16), 0);
+    });
+    // The fewer bits the power has, the more bits of the computed pair its rounding leaves out.
+    CheckKind(
+        kPow, "next to middles of a few last places", 43,
+        [](Random& random, double* x, double* y) { MakeSubnormalPower(random, 6, x, y); },
+        ArgumentsPerKind() * 10 / 3);
+    CheckKind(kPow, "next to middles of subnormal numbers", 44,
+              [](Random& random, double* x, double* y) { MakeSubnormalPower(random, 16, x, y); });
+}
+
 TEST(Elementary, HardArguments) {
     // Places between the last one and where the value leaves the middle of two doubles. Those of Lefevre and
     // Muller, "Worst cases for correct rounding of the elementary functions in double precision", ARITH 2001,
@@ -309,6 +337,10 @@ TEST(Elementary, HardArguments) {
         {&kPow, MathFunction::Pow, 0x1.48b9c6af0b9bap+1, 0x1.9720a6e21bcacp-52, 68},
         {&kPow, MathFunction::Pow, 0x1.4acd8d2565d6ap-2, 0x1.999999999999ap-5, 26},
         {&kPow, MathFunction::Pow, 0x1.3c7a133efe8e5p-1, 0x1.b851eb851eb85p-1, 26},
+        // Powers that are subnormal numbers.
+        {&kPow, MathFunction::Pow, 0x1.c350a71798fap+8, -0x1.e7a3b09f9b4e5p+6, 50},
+        {&kPow, MathFunction::Pow, 0x1.11fbdefd011b4p+2, -0x1.fee50ac8f7839p+8, 50},
+        {&kPow, MathFunction::Pow, 0x1.8bf7c1d2c146dp-331, 0x1.9efcf0e4dc1b8p+1, 50},
     };
     Count count;
     for (const Hard& hard : list) {
@@ -407,6 +439,15 @@ TEST(Elementary, DISABLED_WritePatterns) {
         const double y = extreme[random() % extreme.size()];
         for (const Functions* functions : {&kExp, &kSin, &kCos}) WritePattern(file, *functions, x, 0);
         for (const Functions* functions : {&kPow, &kHypot}) WritePattern(file, *functions, x, y);
+    }
+    WritePattern(file, kPow, 0x1.c350a71798fap+8, -0x1.e7a3b09f9b4e5p+6);
+    WritePattern(file, kPow, 0x1.11fbdefd011b4p+2, -0x1.fee50ac8f7839p+8);
+    WritePattern(file, kPow, 0x1.8bf7c1d2c146dp-331, 0x1.9efcf0e4dc1b8p+1);
+    for (int32_t i = 0; i < 100; ++i) {
+        double x, y;
+        MakeSubnormalPower(random, 16, &x, &y);
+        WritePattern(file, kPow, x, y);
+        WritePattern(file, kExp, ArgumentOfMiddle(MathFunction::Exp, AnySubnormal(random, 16), 0), 0);
     }
     EXPECT_EQ(std::fclose(file), 0);
 }

@@ -3,6 +3,7 @@
 
 #include <mpfr.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace kfx {
@@ -74,8 +75,10 @@ int32_t HardnessOf(MathFunction function, double x, double y) {
             break;
     }
     if (!mpfr_regular_p(result.value)) return 0;
-    // In half last places the places between doubles are the odd numbers.
-    mpfr_mul_2si(result.value, result.value, kDoubleBits + 1 - mpfr_get_exp(result.value), MPFR_RNDN);
+    // In half last places the places between doubles are the odd numbers. The last place of a subnormal
+    // number is 2^-1074.
+    const auto halves = std::min<mpfr_exp_t>(kDoubleBits + 1 - mpfr_get_exp(result.value), 1075);
+    mpfr_mul_2si(result.value, result.value, halves, MPFR_RNDN);
     mpfr_sub_ui(whole.value, result.value, 1, MPFR_RNDN);
     mpfr_div_2ui(whole.value, whole.value, 1, MPFR_RNDN);
     mpfr_rint(whole.value, whole.value, MPFR_RNDN);

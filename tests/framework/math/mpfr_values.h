@@ -14,7 +14,7 @@ double MpfrHypot(double x, double y);
 
 // How far a function's exact value is from the nearest number right between two doubles, as the negative
 // binary logarithm of the distance over the last place: 60 means that 60 bits follow the last place before
-// the value differs. For results that are normal numbers.
+// the value differs. For results that do not overflow.
 enum class MathFunction { Exp, Sin, Cos, Pow };
 int32_t HardnessOf(MathFunction function, double x, double y);
 
