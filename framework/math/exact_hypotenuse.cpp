@@ -15,8 +15,10 @@ constexpr int32_t kPlaces = 32 * (kSize - kWholeWords);
 // So many bits below the smaller side's last one the root is computed: with them even a root of subnormal
 // numbers has more bits than a double.
 constexpr int32_t kMoreBits = 56;
-constexpr int32_t kHighestBit =
-    53 + 28 + kMoreBits;  // of the root; the larger side is at most 2^28 times the other
+
+// No root has a higher bit: it is less than twice the larger side, which has 53 bits and stands at most
+// kSideRatioBits above the other.
+constexpr int32_t kHighestBit = 53 + kSideRatioBits + kMoreBits;
 
 WideNumber WholeNumber(uint64_t number, int32_t shift) {
     WideNumber result = WideZero(kSize);
@@ -65,7 +67,7 @@ double ExactHypot(double larger, double smaller) {
     for (int32_t k = 0; k < kSize; ++k) rest |= square.words[k] ^ sum.words[k];
     // One bit more stands for all that is left.
     root = ShiftLeft(root, 1);
-    root.words[0] |= rest != 0;
+    if (rest != 0) root.words[0] |= 1;
     return RoundExactly(root, kPlaces + b.exponent - kMoreBits - 1);
 }
 

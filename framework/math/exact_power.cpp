@@ -94,7 +94,7 @@ WideNumber WideLogarithm(double x, int32_t shift, int32_t size) {
 }  // namespace
 
 double ExactPow(double x, double y) {
-    double value;
+    double value = 0;
     if (FindShortPower(x, y, &value)) return value;
     const bool isSubnormal = x < 0x1p-1022;
     const OddNumber factor = MakeOdd(Magnitude(y));

@@ -16,17 +16,16 @@ namespace {
 
 constexpr double kRootError = 0x1p-96;
 
-// The smaller side only turns the last place when it is more than so much of the larger.
-constexpr double kTooSmall = 0x1p-28;
-
 // For sides whose squares and their remainders are normal numbers.
 Rounded<double> RootOfSquares(double larger, double smaller) {
     const Pair<double> first = TwoProduct(larger, larger);
     const Pair<double> second = TwoProduct(smaller, smaller);
     const Pair<double> sum = FastTwoSum(first.high, second.high);
     const double root = std::sqrt(sum.high);
-    // Of an exact sum, that of whole numbers for one, the root rounded once is the result.
-    if (first.low == 0 && second.low == 0 && sum.low == 0) return {root, true};
+    // Sides of at most 26 bits, such as whole numbers, have exact squares; of an exact sum the root rounded
+    // once is the result. That a product's low part is 0 does not prove it exact: the part is rounded, too.
+    const bool exactSquares = LeadingHalf(larger) == larger && LeadingHalf(smaller) == smaller;
+    if (exactSquares && sum.low == 0) return {root, true};
     const Pair<double> square = TwoProduct(root, root);
     const double rest = ((sum.high - square.high) - square.low) + (sum.low + (first.low + second.low));
     return RoundPair(FastTwoSum(root, rest / (root + root)), root * kRootError);
@@ -50,7 +49,7 @@ bool TryHypot(double x, double y, double* value) {
         *value = Magnitude(x) == kInfinity || Magnitude(y) == kInfinity ? kInfinity : x + y;
         return true;
     }
-    if (sides.smaller <= sides.larger * kTooSmall) {
+    if (sides.smaller <= sides.larger * kLeastSideRatio) {
         *value = sides.larger;
         return true;
     }

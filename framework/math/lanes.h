@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Four doubles in an AVX2 register, with the operators that the phases of the elementary functions use. Only
-// for files that are compiled for AVX2: all of it has internal linkage, so that no other file's code can come
-// to rest on it.
+// for files that are compiled for AVX2: all of it has internal linkage, so that the linker cannot use these
+// AVX2 copies for other files.
 #pragma once
 
 #include <immintrin.h>

@@ -19,7 +19,12 @@ double ExactExp(double x);
 double ExactPow(double x, double y);  // of a positive x other than 1
 double ExactSin(double x);
 double ExactCos(double x);
-double ExactHypot(double larger, double smaller);  // both positive
+// Both positive, the smaller side more than kLeastSideRatio times the larger.
+double ExactHypot(double larger, double smaller);
+
+// A smaller side of at most 2^-kSideRatioBits times the larger does not change the larger one's last place.
+constexpr int32_t kSideRatioBits = 28;
+constexpr double kLeastSideRatio = 1.0 / (1 << kSideRatioBits);
 
 // What the rows do in lanes. `count` is a multiple of four.
 void ExpRowAvx2(const double* x, int32_t count, double* values);

@@ -7,7 +7,7 @@
 
 namespace kfx::math {
 
-// ln 2 / 256 in three parts, the first two so short that their products with whole numbers up to 2^18 are
+// ln 2 / 256 in three parts, the first two so short that their products with whole numbers up to 2^19 are
 // exact.
 extern const double kLn2Over256[3];
 

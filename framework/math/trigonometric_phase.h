@@ -26,8 +26,10 @@ KFX_INLINE Reduced<V> ReduceNear(V x) {
     const V n = shifted - V(kRounder);
     // The first difference is exact: its two sides are close together, or the second is 0.
     const Pair<V> coarse = TwoSum(x - n * V(kPiOver512[0]), V(0) - n * V(kPiOver512[1]));
-    return {BitsOf(shifted) - BitsOf(V(kRounder)), FastTwoSum(coarse.high, coarse.low - n * V(kPiOver512[2])),
-            Magnitude(n) * V(0x1p-117)};
+    // Next to a multiple of pi / 512 the second term may be the larger one. Its rounding is at most 2^-115,
+    // for |n| = 1 at most 2^-116, and the last product is off by less than |n| * 2^-120.
+    return {BitsOf(shifted) - BitsOf(V(kRounder)), TwoSum(coarse.high, coarse.low - n * V(kPiOver512[2])),
+            Magnitude(n) * V(0x1p-115)};
 }
 
 // sin(n pi / 512) from the first quarter turn.
