@@ -21,9 +21,18 @@ void BuildBlurWeights(int32_t n, float sigma, float* weights) {
     const int32_t reach = 3 * n / 2;
     for (int32_t i = 0; i < n; ++i) weights[i] = 0;
     // With an even n there is one sample more than three for each weight; it is dropped.
-    for (int32_t t = -reach, k = 0; t <= reach && k < 3 * n; ++t, ++k)
-        weights[k / 3] =
-            static_cast<float>(weights[k / 3] + Exp(-(static_cast<double>(t) * t) / (sigma * 18.0 * sigma)));
+    constexpr int32_t kSamples = 48;
+    double samples[kSamples];
+    for (int32_t first = 0; first < 3 * n; first += kSamples) {
+        const int32_t end = std::min(first + kSamples, 3 * n);
+        for (int32_t k = first; k < end; ++k) {
+            const double t = k - reach;
+            samples[k - first] = -(t * t) / (sigma * 18.0 * sigma);
+        }
+        ExpRow(samples, end - first, samples);
+        for (int32_t k = first; k < end; ++k)
+            weights[k / 3] = static_cast<float>(weights[k / 3] + samples[k - first]);
+    }
     float sum = 0;
     for (int32_t i = 0; i < n; ++i) sum += weights[i];
     for (int32_t i = 0; i < n; ++i) weights[i] /= sum;
