@@ -46,6 +46,10 @@ FloatingPointState ReadFloatingPointState() { return {_mm_getcsr(), {}}; }
 void SetFloatingPointState(const FloatingPointState& state) { _mm_setcsr(state.mxcsr); }
 void SetCoreFloatingPoint() { _mm_setcsr(kCoreMxcsr); }
 
+#elif defined(__i386__) || defined(_M_IX86)
+
+#error "32-bit x86 has floating-point controls that nothing here reads or sets; build for 64-bit x86."
+
 #else
 
 // No other processor that the plug-in runs on starts its threads with other controls.
