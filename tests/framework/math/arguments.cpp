@@ -31,6 +31,23 @@ double FewBits(Random& random, int32_t bits, int32_t low, int32_t high) {
     return std::ldexp(static_cast<double>(random() >> (64 - bits)), exponent);
 }
 
+double AnyAngle(Random& random) {
+    const auto degrees = static_cast<double>(static_cast<int64_t>(random() % 2881) - 1440);
+    const double inward = Between(random, 0, 1);
+    return random() % 8 ? inward * (degrees * 3.141592653589793 / 180) * inward
+                        : degrees * 3.141592653589793 / 180;
+}
+
+double NearOne(Random& random) {
+    const auto places = static_cast<double>(random() >> (30 + random() % 34));
+    return random() & 1 ? 1 + places * 0x1p-52 : 1 - places * 0x1p-53;
+}
+
+double AnySubnormal(Random& random, int32_t bits) {
+    const auto length = static_cast<int32_t>(random() % static_cast<uint64_t>(bits)) + 1;
+    return static_cast<double>(random() >> (64 - length)) * 0x1p-1074;
+}
+
 std::vector<double> ExtremeArguments() {
     using Limits = std::numeric_limits<double>;
     std::vector<double> list = {0,
