@@ -5,9 +5,9 @@
 //
 // Each function first computes in pairs of doubles with a known bound of the error and looks whether all
 // values within the bound round alike (Ziv, "Fast evaluation of elementary mathematical functions with
-// correctly rounded last bit", ACM TOMS 17, 1991). In fewer than one of five thousand calls
-// that effects make they do not: then the value is computed again in fixed point, with more and more places
-// until they do.
+// correctly rounded last bit", ACM TOMS 17, 1991). In fewer than one in five thousand of the
+// calls that effects make they do not: then the value is computed again in fixed point, with more and more
+// places until they do.
 #pragma once
 
 #include <cstdint>
