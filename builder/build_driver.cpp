@@ -13,7 +13,6 @@
 #include "framework/memory_guards.h"
 #include "framework/panel.h"
 #include "framework/source_animation.h"
-#include "host/animation_block.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
 
@@ -103,13 +102,13 @@ void AskBackgroundColor(Build* build) {
 }
 
 // Takes the source animation's own palette; where it has none, one is computed. False: the source could not
-// be locked.
+// be read.
 bool ChooseSourcePalette(Build* build) {
     const MemoryLock lock(sourceAnimation);
-    if (sourceAnimation && !lock.address) return false;
     AnimationHeader header;
-    if (!ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header) ||
-        header.globalColors == 0) {
+    const SourceState source = ReadSourceHeader(lock, &header);
+    if (source == SourceState::Refused) return false;
+    if (source == SourceState::None || header.globalColors == 0) {
         build->options.customPalette = true;
         return true;
     }
@@ -118,7 +117,7 @@ bool ChooseSourcePalette(Build* build) {
     return true;
 }
 
-// False: the source's palette is wanted and the source could not be locked.
+// False: the source's palette is wanted and the source could not be read.
 bool ChoosePalette(Build* build) {
     // All 256 entries are searched later whatever the palette's size: the black ones beyond it compete.
     if (build->options.paletteChoice == kSourcePalette) return ChooseSourcePalette(build);
@@ -134,7 +133,7 @@ bool RunEffect(Build* build) {
         if (!TellStatus(*build, "Building")) return false;
         EffectBuildContext context = {build->environment.window, &build->frames, 0, HostOf(*build)};
         if (!effect->build(&context) || IsAbandoned(*build)) return false;
-    } else if (DecodeAllFrames(&build->frames) == DecodeResult::Refused) {
+    } else if (DecodeAllFrames(&build->frames) == DecodeResult::Incomplete) {
         // No effect to decode the frames: they are built unchanged, all or none.
         return false;
     }

@@ -90,8 +90,8 @@ int32_t BuildEffect(const EffectRecord& effect, EffectBuildContext* context) {
     KernelCache cache;
     KernelInput input;
     if (!ReadInput(effect, context->window, &cache, &input)) return 0;
-    // A malformed or missing source leaves what was decoded; the build driver judges the count.
-    if (DecodeAllFrames(context->frames) == DecodeResult::Refused) return 0;
+    // Without a source there are no frames, which the build driver judges; some of them are no animation.
+    if (DecodeAllFrames(context->frames) == DecodeResult::Incomplete) return 0;
     const bool gathers = effect.gathering && effect.gathering->wanted(input);
     return gathers ? BuildInTwoPasses(*effect.gathering, context) : BuildEachFrame(effect, context, input);
 }

@@ -34,6 +34,7 @@ struct Refusals {
 MemoryCounts counts;          // written by every function below
 Refusals allocationRefusals;  // written by the functions that tests call
 Refusals lockRefusals;
+Refusals sizeRefusals;
 size_t uncounted;  // how many UncountedMemory live
 
 bool IsRefused(const Refusals& refusals, size_t* attempts) {
@@ -163,7 +164,10 @@ void FreeFixedTable(void* table) {
     std::free(header);
 }
 
-size_t MemorySize(MemoryHandle memory) { return memory ? static_cast<Block*>(memory)->size : 0; }
+size_t MemorySize(MemoryHandle memory) {
+    if (!memory || IsRefused(sizeRefusals, &counts.sizes)) return 0;
+    return static_cast<Block*>(memory)->size;
+}
 
 MemoryCounts CountMemory() { return counts; }
 
@@ -171,9 +175,11 @@ void ResetMemoryCounts() {
     counts.allocations = 0;
     counts.largestBytes = 0;
     counts.locks = 0;
+    counts.sizes = 0;
     counts.peakBytes = counts.liveBytes;
     allocationRefusals = {};
     lockRefusals = {};
+    sizeRefusals = {};
 }
 
 void RefuseAllocation(size_t number) {
@@ -194,6 +200,16 @@ void RefuseLock(size_t number) {
 void RefuseLocksFrom(size_t number) {
     counts.locks = 0;
     lockRefusals = {0, number};
+}
+
+void RefuseSize(size_t number) {
+    counts.sizes = 0;
+    sizeRefusals = {number, 0};
+}
+
+void RefuseSizesFrom(size_t number) {
+    counts.sizes = 0;
+    sizeRefusals = {0, number};
 }
 
 UncountedMemory::UncountedMemory() { ++uncounted; }

@@ -13,6 +13,7 @@ struct MemoryCounts {
     size_t allocations;   // attempts since the last reset, refused ones included
     size_t largestBytes;  // of those attempts, the greatest size
     size_t locks;         // attempts to lock a block since the last reset, refused ones included
+    size_t sizes;         // questions for a block's size since the last reset, refused ones included
     size_t strayUnlocks;  // unlocks of blocks that were not locked, ever
     size_t lockedFrees;   // frees of blocks that were locked, ever
     size_t peakBytes;
@@ -33,7 +34,11 @@ void RefuseAllocationsFrom(size_t number);
 void RefuseLock(size_t number);
 void RefuseLocksFrom(size_t number);
 
-// While it lives, nothing is refused and no allocation or lock is counted: for what a test does with memory
+// The same for questions for a block's size: a refused one is answered with 0.
+void RefuseSize(size_t number);
+void RefuseSizesFrom(size_t number);
+
+// While it lives, nothing is refused and nothing of it is counted: for what a test does with memory
 // in the middle of an operation, in the host's place.
 struct UncountedMemory {
     UncountedMemory();

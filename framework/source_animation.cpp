@@ -3,9 +3,7 @@
 
 #include <cstring>
 
-#include "framework/memory_guards.h"
 #include "framework/panel.h"
-#include "host/animation_block.h"
 
 namespace kfx {
 
@@ -49,11 +47,18 @@ ImageHandle DecodeFrame(const AnimationFrame& frame) {
 
 }  // namespace
 
+SourceState ReadSourceHeader(const MemoryLock& lock, AnimationHeader* header) {
+    if (!lock.memory) return SourceState::None;
+    // A block has at least one byte: without a size, the question for it failed.
+    const size_t size = lock.address ? MemorySize(lock.memory) : 0;
+    if (size == 0) return SourceState::Refused;
+    return ReadAnimationHeader(lock.address, size, header) ? SourceState::Animation : SourceState::None;
+}
+
 ImageHandle FetchFirstFrame() {
     const MemoryLock lock(sourceAnimation);
     AnimationHeader header;
-    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
-        return nullptr;
+    if (ReadSourceHeader(lock, &header) != SourceState::Animation) return nullptr;
     size_t offset = header.firstBlock;
     AnimationFrame frame;
     if (ReadAnimationFrame(header, &offset, &frame) != FrameStep::Frame) return nullptr;
@@ -61,20 +66,19 @@ ImageHandle FetchFirstFrame() {
 }
 
 DecodeResult DecodeAllFrames(FrameList* list) {
-    if (!sourceAnimation) return DecodeResult::Malformed;
     const MemoryLock lock(sourceAnimation);
-    if (!lock.address) return DecodeResult::Refused;
     AnimationHeader header;
-    if (!ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
-        return DecodeResult::Malformed;
+    const SourceState source = ReadSourceHeader(lock, &header);
+    if (source != SourceState::Animation)
+        return source == SourceState::None ? DecodeResult::None : DecodeResult::Incomplete;
     size_t offset = header.firstBlock;
     for (uint32_t i = 0; i < header.frameCount; ++i) {
         AnimationFrame frame;
         const FrameStep step = ReadAnimationFrame(header, &offset, &frame);
         if (step == FrameStep::End) return DecodeResult::Whole;
-        if (step == FrameStep::Malformed) return DecodeResult::Malformed;
+        if (step == FrameStep::Malformed) return i == 0 ? DecodeResult::None : DecodeResult::Incomplete;
         MemoryOwner image(DecodeFrame(frame));
-        if (!image.memory) return DecodeResult::Refused;
+        if (!image.memory) return DecodeResult::Incomplete;
         FrameEntry entry = {};
         entry.image = image.memory;
         entry.transparentIndex = -1;
@@ -82,7 +86,7 @@ DecodeResult DecodeAllFrames(FrameList* list) {
         entry.field2 = frame.fields[1];
         entry.field3 = frame.fields[2];
         entry.field4 = frame.fields[3];
-        if (!AppendFrame(list, entry)) return DecodeResult::Refused;
+        if (!AppendFrame(list, entry)) return DecodeResult::Incomplete;
         image.Release();
     }
     return DecodeResult::Whole;
@@ -91,13 +95,11 @@ DecodeResult DecodeAllFrames(FrameList* list) {
 bool ReadBackgroundColor(uint32_t* color) {
     if (LocalBackgroundChosen(color)) return true;
     *color = kMidGrey;
-    if (!sourceAnimation) return true;
     const MemoryLock lock(sourceAnimation);
-    if (!lock.address) return false;
     AnimationHeader header;
-    if (ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header) && header.hasBackground)
-        *color = header.background;
-    return true;
+    const SourceState source = ReadSourceHeader(lock, &header);
+    if (source == SourceState::Animation && header.hasBackground) *color = header.background;
+    return source != SourceState::Refused;
 }
 
 }  // namespace kfx

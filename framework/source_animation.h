@@ -5,7 +5,9 @@
 #include <cstdint>
 
 #include "framework/frame_list.h"
+#include "framework/memory_guards.h"
 #include "framework/working_image.h"
+#include "host/animation_block.h"
 
 namespace kfx {
 
@@ -13,15 +15,26 @@ namespace kfx {
 // it; this folder and the builder only look.
 extern MemoryHandle sourceAnimation;
 
+// What the source is, as far as it can be told.
+enum class SourceState {
+    Animation,
+    None,     // no source, or no animation
+    Refused,  // it could not be locked or its size not be read: nobody knows
+};
+
+// Reads the header of the source, which `lock` holds; nothing is written to it unless the answer is
+// Animation.
+SourceState ReadSourceHeader(const MemoryLock& lock, AnimationHeader* header);
+
 // The first frame as a new 24-bit image, the caller's to free. Null: no source, no sound frame, or memory ran
 // out.
 ImageHandle FetchFirstFrame();
 
 // How reading the source ended.
 enum class DecodeResult {
-    Whole,      // every frame stands in the list; there may be none
-    Malformed,  // no source, no animation, or a malformed frame: the frames before it stand in the list
-    Refused,    // memory was refused or the source could not be locked: frames are missing from the list
+    Whole,       // every frame stands in the list; there may be none
+    None,        // no source, no animation, or one whose first frame is malformed: there are no frames
+    Incomplete,  // memory was refused, or a later frame is malformed: frames are missing from the list
 };
 
 // Appends every frame to the list. What was appended stays, however it ends.
@@ -29,7 +42,7 @@ DecodeResult DecodeAllFrames(FrameList* list);
 
 // What geometric effects show where they sample outside the picture (0x00BBGGRR): the local background colour
 // when the user has switched it on, else the source's own background, else mid-grey. False: the source could
-// not be locked, so nobody knows.
+// not be read, so nobody knows.
 bool ReadBackgroundColor(uint32_t* color);
 
 }  // namespace kfx

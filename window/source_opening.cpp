@@ -74,8 +74,7 @@ bool RememberedSourceExists() {
 bool ReadSourceFacts(SourceFacts* facts) {
     const MemoryLock lock(sourceAnimation);
     AnimationHeader header;
-    if (!lock.address || !ReadAnimationHeader(lock.address, MemorySize(sourceAnimation), &header))
-        return false;
+    if (ReadSourceHeader(lock, &header) != SourceState::Animation) return false;
     *facts = {header.width, header.height, header.globalColors};
     return true;
 }

@@ -361,6 +361,20 @@ TEST(Build, an_effect_that_fails_is_a_memory_error_and_nothing_reaches_the_host)
     EXPECT_EQ(host.lines.size(), 5u);  // clear, twice the status, message, result
 }
 
+// The source was sound when it was taken.
+TEST(Build, a_source_that_has_lost_its_second_frame_is_a_memory_error_and_nothing_reaches_the_host) {
+    const std::vector<Picture> pictures = MovingBar(2);
+    std::vector<uint8_t> block = BlockOf(pictures);
+    block[808 + 40 + BytesOf(pictures[0].handle).size()] = '?';  // the second frame's tag
+    const EffectDescriptor none = EffectWith(nullptr, nullptr);
+    for (const EffectDescriptor* effect : {&none, static_cast<const EffectDescriptor*>(nullptr)}) {
+        RecordingHost host;
+        EXPECT_EQ(BuildWith(&host, block, BuiltInOptions(), effect), 0);
+        EXPECT_EQ(host.messages, std::vector<BuildMessage>{BuildMessage::MemoryError});
+        EXPECT_EQ(host.task.size, 0u) << "no task is opened";
+    }
+}
+
 TEST(Build, no_frames_are_a_memory_error) {
     RecordingHost host;
     EXPECT_EQ(BuildWith(&host, BlockOf({}), BuiltInOptions()), 0);

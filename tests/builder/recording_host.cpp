@@ -61,7 +61,7 @@ void NoteMessage(void*, BuildMessage message) {
 }
 
 int32_t DecodeUnchanged(EffectBuildContext* context) {
-    return DecodeAllFrames(context->frames) != DecodeResult::Refused;
+    return DecodeAllFrames(context->frames) != DecodeResult::Incomplete;
 }
 
 int32_t NoBackground(void*, int32_t) { return -1; }

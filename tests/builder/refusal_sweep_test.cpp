@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Builds with every effect to every kind of output, with each allocation and each lock refused: once, and
-// from then on. A build either fails with the message and hands nothing over (or closes its task as failed),
-// or it succeeds with the frames of an undisturbed build, in which a frame may stand as it came from the
-// source where its kernel was refused.
+// Builds with every effect to every kind of output, with each allocation, each lock and each question for a
+// block's size refused: once, and from then on. A build either fails with the message and hands nothing over
+// (or closes its task as failed), or it succeeds with the frames of an undisturbed build, in which a frame may
+// stand as it came from the source where its kernel was refused.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -185,6 +185,8 @@ constexpr Refusal kRefusals[] = {
     {"allocations from", RefuseAllocationsFrom, &MemoryCounts::allocations},
     {"lock", RefuseLock, &MemoryCounts::locks},
     {"locks from", RefuseLocksFrom, &MemoryCounts::locks},
+    {"size", RefuseSize, &MemoryCounts::sizes},
+    {"sizes from", RefuseSizesFrom, &MemoryCounts::sizes},
 };
 
 // Small frames that every effect changes, of neighbouring colours that are quick to look up, with a dark
@@ -230,8 +232,8 @@ protected:
         sourceAnimation = nullptr;
         settings = Settings();
         ReleaseClock();
-        std::printf("%zu allocations and %zu locks refused\n", refused[0] + refused[1],
-                    refused[2] + refused[3]);
+        std::printf("%zu allocations, %zu locks and %zu sizes refused\n", refused[0] + refused[1],
+                    refused[2] + refused[3], refused[4] + refused[5]);
     }
 
     // How each frame may come out of the effect: transformed; as it came; and, of Oil Painting, all

@@ -126,14 +126,22 @@ TEST_F(EffectOperations, a_build_without_a_source_succeeds_with_no_frames) {
     EXPECT_TRUE(progress.empty());
 }
 
-TEST_F(EffectOperations, a_build_of_a_malformed_source_transforms_what_was_read) {
+TEST_F(EffectOperations, a_build_of_a_malformed_source_succeeds_with_no_frames) {
+    std::vector<uint8_t> block = MakeAnimationBlock({{BytesOf(picture.handle), {}}});
+    block[0] = '?';
+    sourceAnimation = MakeMemory(block);
+    EXPECT_EQ(BuildEffect(MakeEffect(Shrink), &context), 1);
+    EXPECT_EQ(Count(), 0);
+    EXPECT_TRUE(progress.empty());
+}
+
+TEST_F(EffectOperations, a_build_of_some_of_the_source_s_frames_fails) {
     std::vector<uint8_t> block =
         MakeAnimationBlock({{BytesOf(picture.handle), {}}, {BytesOf(picture.handle), {}}});
     block[808 + 40 + BytesOf(picture.handle).size()] = '?';  // the second frame's tag
     sourceAnimation = MakeMemory(block);
-    EXPECT_EQ(BuildEffect(MakeEffect(Shrink), &context), 1);
-    ASSERT_EQ(Count(), 1);
-    EXPECT_EQ(Width(0), 2);
+    EXPECT_EQ(BuildEffect(MakeEffect(Shrink), &context), 0);
+    EXPECT_TRUE(seenValues.empty());
 }
 
 // Two passes: all frames are looked at before the first is changed.

@@ -65,7 +65,7 @@ TEST(RefusedMemory, all_frames) {
     RefuseEachInTurn([&most] {
         FrameList list = {};
         const DecodeResult result = DecodeAllFrames(&list);
-        EXPECT_NE(result, DecodeResult::Malformed);
+        EXPECT_NE(result, DecodeResult::None);
         most = std::max(most, int32_t{list.count});
         FreeFrames(&list);
         return result == DecodeResult::Whole;
@@ -104,17 +104,19 @@ TEST(RefusedMemory, kernel_cache) {
     });
 }
 
-TEST(RefusedMemory, a_source_that_cannot_be_locked_is_not_a_missing_one) {
+TEST(RefusedMemory, a_source_that_cannot_be_read_is_not_a_missing_one) {
     uint32_t color = 0;
     FrameList list = {};
-    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Malformed) << "none at all";
+    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::None) << "none at all";
     EXPECT_TRUE(ReadBackgroundColor(&color));
     settings.localBackgroundUse = 0;
     sourceAnimation = MakeMemory(MakeAnimationBlock({}));
-    RefuseLock(1);
-    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Refused);
-    RefuseLock(1);
-    EXPECT_FALSE(ReadBackgroundColor(&color));
+    for (void (*const refuse)(size_t) : {RefuseLock, RefuseSize}) {
+        refuse(1);
+        EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Incomplete);
+        refuse(1);
+        EXPECT_FALSE(ReadBackgroundColor(&color));
+    }
     ResetMemoryCounts();
     EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Whole);
     FreeFrames(&list);
@@ -133,7 +135,7 @@ TEST(RefusedMemory, frames_before_a_refusal_stay_in_the_list) {
     const size_t last = CountMemory().allocations;
     FreeFrames(&list);
     RefuseAllocation(last);
-    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Refused);
+    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Incomplete);
     ResetMemoryCounts();
     const int32_t count = list.count;
     EXPECT_EQ(count, 1);

@@ -153,7 +153,7 @@ TEST(AllFrames, only_as_many_as_announced_are_read) {
 
 TEST(AllFrames, fail_without_a_source) {
     Frames frames;
-    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Malformed);
+    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::None);
     EXPECT_EQ(frames.list.count, 0);
 }
 
@@ -167,8 +167,21 @@ TEST(AllFrames, a_damaged_second_frame_leaves_the_first_in_the_list) {
         ++block[at];
         const Source source(block);
         Frames frames;
-        EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Malformed);
+        EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Incomplete);
         EXPECT_EQ(frames.list.count, 1);
+    }
+}
+
+TEST(AllFrames, a_damaged_header_or_first_frame_gives_an_empty_list) {
+    const std::vector<uint8_t> sound =
+        MakeAnimationBlock({MakeFrame(RandomPicture(5, 3, 1), 10), MakeFrame(RandomPicture(3, 3, 5), 20)});
+    for (const size_t at : {size_t{0}, size_t{808}, size_t{848}}) {
+        std::vector<uint8_t> block = sound;
+        ++block[at];
+        const Source source(block);
+        Frames frames;
+        EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::None) << "damaged at " << at;
+        EXPECT_EQ(frames.list.count, 0);
     }
 }
 
