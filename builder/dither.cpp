@@ -255,12 +255,12 @@ ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
     const ImageLock to(owner.memory);
     const auto width = static_cast<size_t>(from->width);
     const size_t rowErrors = kLanes * (width + 1);
-    const Scratch<int16_t> errors((kWaveRows + 1) * rowErrors);
-    // Rows that have to be spread into bytes first; full-colour rows are read where they stand.
+    const size_t errorCount = (kWaveRows + 1) * rowErrors;
+    // Behind the errors, rows that have to be spread into bytes first; full-colour rows are read where they
+    // stand.
     const size_t spreadBytes = from->bitCount == 24 ? 0 : 3 * width;
-    const MemoryOwner spreadOwner(spreadBytes ? AllocateMemory(kWaveRows * spreadBytes) : nullptr);
-    const MemoryLock spread(spreadOwner.memory);
-    if (!to.image || !errors.address || (spreadBytes && !spread.address)) return nullptr;
+    const Scratch<int16_t> errors(errorCount + kWaveRows * spreadBytes / sizeof(int16_t));
+    if (!to.image || !errors.address) return nullptr;
     ColorDither dither;
     dither.index = IndexFor(target, to.image->bitCount);
     dither.width = from->width;
@@ -269,7 +269,7 @@ ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
     uint8_t colors[kPaletteBytes];
     ReadColorTable(from, colors);
 
-    auto* spreadRows = static_cast<uint8_t*>(spread.address);
+    auto* spreadRows = reinterpret_cast<uint8_t*>(errors.address + errorCount);
     const DitherRows ditherRows = ChooseDitherRows(to.image->bitCount);
     for (int32_t r = 0; r < from->height; r += kWaveRows) {
         DitherRow rows[kWaveRows];

@@ -90,7 +90,7 @@ void RemapColors(const WorkingImage* from, ColorIndex* index, WorkingImage* to) 
         remapRow(StoredRow(from, r), from->width, index, StoredRow(to, r));
 }
 
-// What the color index answers for one level of gray, without its table: two questions do not pay for it.
+// What the colour index answers for one level of gray: two look-ups are cheaper without the table.
 uint8_t GrayEntry(const RemapTarget& target, int32_t searched, int32_t level) {
     const int32_t nearest = NearestEntry(target.palette, searched, level, level, level);
     const int32_t rounded = level & 0xF8;

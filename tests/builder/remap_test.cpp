@@ -216,6 +216,34 @@ TEST(Remap, with_fast_remap_a_palette_colour_maps_to_its_first_exact_entry) {
     EXPECT_EQ(PixelOf(rounded.handle, 0, 0), 0u);
 }
 
+// Black and white, the colours of a two-colour picture.
+TEST(Remap, a_two_colour_picture_maps_to_what_the_colour_index_answers) {
+    const Picture source(CreateDib(2, 1, nullptr, 1));
+    {
+        const ImageLock lock(source.handle);
+        SetDibPixel(lock.image, 1, 0, 1);
+    }
+    std::mt19937 random(1);
+    ColorIndex index;
+    for (int i = 0; i < 300; ++i) {
+        const auto colors = static_cast<int32_t>(random() % 256 + 1);
+        uint8_t palette[kPaletteBytes];
+        FillRandomPalette(palette, colors, static_cast<uint32_t>(i));
+        // Grays about white and its 15-bit rounding, which neither is always the nearest to.
+        for (int k = 0; k < 3; ++k)
+            std::memset(palette + 3 * (static_cast<int32_t>(random()) & (colors - 1)),
+                        static_cast<int>(256 - random() % 16) & 255, 3);
+        for (const bool fast : {false, true}) {
+            Targets targets(palette, {8, colors, fast});
+            const Picture mapped(PlainRemap(source.handle, &targets.product));
+            ASSERT_TRUE(PrepareColorIndex(&index, palette, colors, fast));
+            ASSERT_EQ(PixelOf(mapped.handle, 0, 0), LookUpColor(&index, 0, 0, 0)) << i << ", fast " << fast;
+            ASSERT_EQ(PixelOf(mapped.handle, 1, 0), LookUpColor(&index, 255, 255, 255))
+                << i << ", fast " << fast;
+        }
+    }
+}
+
 TEST(Remap, a_four_bit_picture_is_searched_among_sixteen_entries_so_that_indices_fit) {
     uint8_t palette[kPaletteBytes];
     BuildFixedPalette(palette, 6, nullptr);  // white stands far behind entry 15
