@@ -55,7 +55,7 @@ struct Build {
 
 const HostContext* HostOf(const Build& build) { return build.environment.host; }
 
-// The window has gone inside a request: the build is given up, and nobody is left to be told.
+// The window has gone inside a request: the build is given up, and no message is shown.
 bool IsAbandoned(const Build& build) { return !IsPanelOpen(build.environment.window); }
 
 // False: the build is abandoned.

@@ -192,7 +192,7 @@ void GatherLuminance(ImageHandle source, uint64_t record[2]) {
     if (record[1] == kRefused) return;
     const ImageLock from(source);
     if (!from.image) {
-        // The others alone would be stretched otherwise than all together.
+        // Without this frame the others would be stretched differently.
         record[1] = kRefused;
         return;
     }

@@ -30,7 +30,7 @@ struct OwnedImages {
 };
 
 struct FrameList {
-    MemoryHandle entries;  // null while empty
+    MemoryHandle entries;  // null until the first append has allocated it
     int32_t count;
     int32_t ownedRoom;   // how many entries `owned` has room for
     OwnedImages* owned;  // a fixed table: of each entry, written together with it

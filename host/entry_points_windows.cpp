@@ -103,7 +103,7 @@ uint64_t WINAPI PLUGIN16DoBuild(HWND parent, const kfx::HostContext* host) {
         kfx::BringPluginWindowToFront();
         return 0;
     }
-    // Behind the check: only the thread of the window may take turns with the host.
+    // After the check: the guards note the host's state for one thread only.
     const kfx::CoreFloatingPoint core;
     if (!host || kfx::IsTooOld(*host)) {
         kfx::ShowMessage(parent, kfx::LoadText(IDS_HOST_TOO_OLD));
