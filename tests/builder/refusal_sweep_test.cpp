@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Builds with every effect to every kind of output, with each allocation, each lock and each question for a
-// block's size refused: once, and from then on. A build either fails with the message and hands nothing over
-// (or closes its task as failed), or it succeeds with the frames of an undisturbed build, in which a frame may
-// stand as it came from the source where its kernel was refused.
+// Builds with every effect, at two settings, to every kind of output, with each allocation, each lock and
+// each question for a block's size refused: once, and from then on. A build either fails with the message and
+// hands nothing over (or closes its task as failed), or it succeeds with the frames of an undisturbed build,
+// in which a frame may stand as it came from the source where its kernel was refused.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -218,12 +218,40 @@ std::vector<uint8_t> SmallAnimation() {
                               options);
 }
 
+void BuiltInSettings() {
+    settings = Settings();
+    settings.localBackgroundUse = 0;  // the source's own is asked for
+}
+
+// Other paths and other tables: frames stretched each by itself, fields that turn and waves that fade.
+void OtherSettings() {
+    BuiltInSettings();
+    settings.style000Radius = 3;
+    settings.style003Angle = 40;
+    settings.style004Radius = 2;
+    settings.style006Radius = 400;
+    settings.style007Cycles = 3;
+    settings.style008Aperture = 3;
+    settings.style009Dissipate = 0;
+    settings.style009Wavelength = 500;
+    settings.style010ChannelsEnable = 1;
+    settings.style010HSBEnable = 0;
+    settings.style011Size = 3;
+    settings.style014Angle = 200;
+    settings.style014Radius = 9;
+    settings.style015Angle = 1440 - 500;
+    settings.style017Radius = 30;
+    settings.style017CenterX = 20;
+    settings.style018Radius = 30;
+    settings.style018CenterX = 20;
+    settings.style019Distributed = 0;
+}
+
 class Refusals : public testing::Test {
 protected:
     Refusals() {
         HoldClock(12345);  // Water Drops takes its seed from it
-        settings = Settings();
-        settings.localBackgroundUse = 0;  // the source's own is asked for
+        BuiltInSettings();
         sourceAnimation = MakeMemory(SmallAnimation());
     }
     ~Refusals() override {
@@ -336,7 +364,10 @@ class RefusalsByOutput : public Refusals, public testing::WithParamInterface<Out
 
 TEST_P(RefusalsByOutput, a_build_fails_with_a_message_or_gives_whole_frames) {
     output = GetParam();
-    for (size_t row = 0; row < EffectCount(); ++row) SweepBuilds(*DescriptorAt(row));
+    for (void (*const change)() : {BuiltInSettings, OtherSettings}) {
+        change();
+        for (size_t row = 0; row < EffectCount(); ++row) SweepBuilds(*DescriptorAt(row));
+    }
     SweepBuilds(NoEffect());
 }
 
