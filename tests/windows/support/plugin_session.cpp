@@ -375,6 +375,24 @@ HWND PluginSession::WaitForBox(const char* caption) {
     return box;
 }
 
+HWND PluginSession::PressForBox(int id, const char* caption) {
+    const HWND window = Window();
+    if (!window) return nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(state_->mutex);
+        state_->idle = false;
+    }
+    Press(id);
+    PostMessageA(window, kMarker, 0, 0);  // the window is not idle before its box has gone
+    HWND box = nullptr;
+    WaitFor([&] {
+        box = FindBox(state_->windowThread, caption);
+        const std::lock_guard<std::mutex> lock(state_->mutex);
+        return box || state_->idle || state_->closed;
+    });
+    return box;
+}
+
 bool PluginSession::WaitUntilGone(HWND box) {
     return WaitFor([box] { return !IsWindow(box); });
 }

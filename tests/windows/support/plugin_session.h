@@ -29,7 +29,8 @@ struct SessionOptions {
     std::function<void(const std::string& configurationPath)> prepare;  // runs before the window opens
     bool japanese = false;  // the DLL sees code page 932, and the documents folder is named "\x95\x5C"
     FloatingPointControls controls;  // of the window's thread; zeros: as the system starts it
-    std::function<void(HMODULE library)> prepareLibrary;  // called with the loaded DLL before the window opens
+    std::function<void(HMODULE library)>
+        prepareLibrary;  // called with the loaded DLL before the window opens
 };
 
 // A call to one of the system's functions that the session answers in its place.
@@ -94,6 +95,8 @@ public:
     // caption to appear on the window's thread, or for it to go. Null or false: it did not (see WaitFor).
     void Press(int id);
     HWND WaitForBox(const char* caption);
+    // The two in one; null, without waiting for long, when the button's work was done without a box.
+    HWND PressForBox(int id, const char* caption);
     bool WaitUntilGone(HWND box);
 
     // Answers for the system's dialogs. The menu's answer is posted as a command, as the system would.
