@@ -74,9 +74,7 @@ void ShowCurrentPanel(HWND window) {
 }
 
 const EffectDescriptor* EffectInUse(HWND window) {
-    const bool open = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETDROPPEDSTATE, 0, 0) != 0;
-    const LRESULT row =
-        open ? settings.mainEffect : SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
+    const LRESULT row = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
     return row < 0 ? nullptr : DescriptorAt(static_cast<size_t>(row));
 }
 

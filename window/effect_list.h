@@ -23,7 +23,8 @@ bool FillEffectList(HWND window);
 // Shows the selected effect's panel and the preview.
 void ShowCurrentPanel(HWND window);
 
-// The row for preview and build: the list's, or while the list is open the one in use. Null: none.
+// The row for preview and build: the list's selection, open or closed, even before MainEffect has taken it.
+// Null: none.
 const EffectDescriptor* EffectInUse(HWND window);
 
 // The user has chosen in the list: switches panel, MainEffect and preview when the effect is another one.

@@ -112,8 +112,6 @@ int32_t ReadControl(const EffectControl& row, void* window) {
         case ControlKind::Slider:
             return ReadSlider(control);
         case ControlKind::List:
-            // What the user only looks at in the open list does not count yet.
-            if (SendMessageA(control, CB_GETDROPPEDSTATE, 0, 0)) return *row.variable;
             return static_cast<int32_t>(SendMessageA(control, CB_GETCURSEL, 0, 0));
         case ControlKind::CheckBox:
         case ControlKind::SliderBox:

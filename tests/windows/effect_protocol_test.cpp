@@ -220,18 +220,22 @@ TEST_F(EffectProtocol, a_key_on_the_closed_list_is_told_like_a_close_up) {
     EXPECT_EQ(TakeCalls(), (Calls{"2 notify 1", "1 preview", "1 notify 2"}));
 }
 
-TEST_F(EffectProtocol, an_open_list_leaves_the_effect_in_use_until_it_closes) {
+TEST_F(EffectProtocol, a_choice_in_an_open_list_is_drawn_but_stored_and_told_only_when_it_closes) {
     const OpenWindow window(host);
     ASSERT_TRUE(window.Window());
+    WaitForCalls();
     const HWND list = GetDlgItem(window.Window(), IDC_EFFECT);
     SendMessageA(list, CB_SHOWDROPDOWN, TRUE, 0);
     SendMessageA(list, WM_KEYDOWN, VK_HOME, 1);
     ASSERT_EQ(SendMessageA(list, CB_GETCURSEL, 0, 0), 0);
-    WaitForCalls();
+    for (const std::string& call : WaitForCalls()) EXPECT_EQ(call.find("notify"), std::string::npos) << call;
+    EXPECT_EQ(settings.mainEffect, 1u);
     SendMessageA(window.Window(), WM_TIMER, 15, 0);
-    EXPECT_EQ(TakeCalls(), (Calls{"1 preview", "1 notify 3"}));
+    EXPECT_EQ(TakeCalls(), (Calls{"0 preview", "1 notify 3"}));
+    EXPECT_EQ(settings.mainEffect, 1u);
     SendMessageA(list, CB_SHOWDROPDOWN, FALSE, 0);
     EXPECT_EQ(TakeCalls(), (Calls{"1 notify 1", "0 preview", "0 notify 2"}));
+    EXPECT_EQ(settings.mainEffect, 0u);
 }
 
 TEST_F(EffectProtocol, the_update_timer_and_a_new_source_tell_the_current_effect_of_a_change) {

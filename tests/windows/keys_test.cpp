@@ -202,25 +202,29 @@ TEST(ClosedLists, a_key_that_changes_no_row_changes_no_setting) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 9\r\n"));
 }
 
-TEST(OpenLists, moving_changes_nothing_until_the_list_closes) {
+bool IsDropped(const PluginSession& session, int list) {
+    return SendMessageA(session.Control(list), CB_GETDROPPEDSTATE, 0, 0) != 0;
+}
+
+TEST(OpenLists, moving_shows_no_other_panel_and_repaints_nothing_until_the_list_closes) {
     for (const WPARAM closingKey : {VK_RETURN, VK_ESCAPE, VK_F4}) {
         FakeHost host;
         host.Serve(OneFrame());
         PluginSession session(host, WithConfiguration("MainEffect = 10\n"));
         session.Click(IDC_SELECT);
-        const std::vector<COLORREF> before = session.DrawPreview(20, 20);
         MoveFocus(session, IDC_EFFECT);
         session.ClearEvents();
         PressKey(session, VK_F4);
-        ASSERT_TRUE(SendMessageA(session.Control(IDC_EFFECT), CB_GETDROPPEDSTATE, 0, 0));
+        ASSERT_TRUE(IsDropped(session, IDC_EFFECT));
         PressKey(session, VK_HOME);
         PressKey(session, VK_DOWN);
+        ASSERT_EQ(session.SelectionOf(IDC_EFFECT), 1);
         EXPECT_TRUE(session.IsShown(IDC_NORMALIZE_DISTRIBUTED));
+        EXPECT_FALSE(session.IsShown(IDC_EMBOSS_DEPTH));
         EXPECT_THAT(session.Events(), Not(Contains("preview")));
-        EXPECT_EQ(session.DrawPreview(20, 20), before) << "repainted meanwhile";
         PressKey(session, closingKey);
         ASSERT_TRUE(session.IsOpen());
-        ASSERT_FALSE(SendMessageA(session.Control(IDC_EFFECT), CB_GETDROPPEDSTATE, 0, 0));
+        ASSERT_FALSE(IsDropped(session, IDC_EFFECT));
         const int row = session.SelectionOf(IDC_EFFECT);
         EXPECT_EQ(session.IsShown(IDC_NORMALIZE_DISTRIBUTED), row == 10) << closingKey;
         EXPECT_EQ(session.IsShown(IDC_EMBOSS_DEPTH), row == 1) << closingKey;
@@ -230,19 +234,54 @@ TEST(OpenLists, moving_changes_nothing_until_the_list_closes) {
     }
 }
 
-TEST(OpenLists, a_panels_list_counts_only_once_it_has_closed) {
+TEST(OpenLists, preview_and_build_take_the_row_that_the_effect_list_shows) {
+    FakeHost host;
+    host.Serve(OneFrame());
+    PluginSession session(host, WithConfiguration("MainEffect = 10\n"));
+    session.Click(IDC_SELECT);
+    const std::vector<COLORREF> before = session.DrawPreview(20, 20);
+    MoveFocus(session, IDC_EFFECT);
+    PressKey(session, VK_F4);
+    PressKey(session, VK_HOME);
+    PressKey(session, VK_DOWN);
+    const std::vector<COLORREF> open = session.DrawPreview(20, 20);
+    session.Command(IDC_TEST);
+    ASSERT_TRUE(IsDropped(session, IDC_EFFECT));
+    PressKey(session, VK_RETURN);
+    ASSERT_EQ(session.SelectionOf(IDC_EFFECT), 1);
+    EXPECT_NE(open, before);
+    EXPECT_EQ(open, session.DrawPreview(20, 20));
+    session.Command(IDC_TEST);
+    const std::vector<std::vector<uint8_t>> frames = host.Frames();
+    ASSERT_THAT(frames, SizeIs(2));
+    EXPECT_EQ(frames[0], frames[1]);
+}
+
+TEST(OpenLists, preview_and_build_take_the_row_that_a_panels_list_shows) {
     FakeHost host;
     host.Serve(OneFrame());
     PluginSession session(host, WithConfiguration("MainEffect = 5\nStyle010ChannelsEnable = 1\n"));
     session.Click(IDC_SELECT);
     const std::vector<COLORREF> before = session.DrawPreview(20, 20);
     MoveFocus(session, IDC_HSB_CHANNELS);
+    session.ClearEvents();
     PressKey(session, VK_F4);
     PressKey(session, VK_END);
+    ASSERT_TRUE(IsDropped(session, IDC_HSB_CHANNELS));
     ASSERT_EQ(session.SelectionOf(IDC_HSB_CHANNELS), 6);
-    EXPECT_EQ(session.DrawPreview(20, 20), before);
+    EXPECT_THAT(session.Events(), Not(Contains("preview")));
+    const std::vector<COLORREF> open = session.DrawPreview(20, 20);
+    session.Command(IDC_TEST);
+    ASSERT_TRUE(IsDropped(session, IDC_HSB_CHANNELS));
+    session.ClearEvents();
     PressKey(session, VK_RETURN);
-    EXPECT_NE(session.DrawPreview(20, 20), before);
+    EXPECT_THAT(session.Events(), Contains("preview"));
+    EXPECT_NE(open, before);
+    EXPECT_EQ(open, session.DrawPreview(20, 20));
+    session.Command(IDC_TEST);
+    const std::vector<std::vector<uint8_t>> frames = host.Frames();
+    ASSERT_THAT(frames, SizeIs(2));
+    EXPECT_EQ(frames[0], frames[1]);
 }
 
 }  // namespace
