@@ -44,10 +44,24 @@ void Enable(HWND window, int id, bool enabled) {
     EnableWindow(control, enabled);
 }
 
+bool IsPushButton(HWND control) {
+    return (SendMessageA(control, WM_GETDLGCODE, 0, 0) & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) != 0;
+}
+
+void ShowAsDefault(HWND button, bool isDefault) {
+    SendMessageA(button, BM_SETSTYLE, isDefault ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON, TRUE);
+}
+
 // What Enter presses while no push button has the focus.
 void SetDefaultButton(HWND window, int button) {
     const auto before = static_cast<DWORD>(SendMessageA(window, DM_GETDEFID, 0, 0));
-    if (LOWORD(before) != button) SendMessageA(window, DM_SETDEFID, static_cast<WPARAM>(button), 0);
+    if (LOWORD(before) == button) return;
+    SendMessageA(window, DM_SETDEFID, static_cast<WPARAM>(button), 0);
+    // A push button with the focus stays what Enter presses, until the focus leaves it.
+    const HWND chosen = GetDlgItem(window, button), focus = GetFocus();
+    if (focus == chosen || GetParent(focus) != window || !IsPushButton(focus)) return;
+    ShowAsDefault(chosen, false);
+    ShowAsDefault(focus, true);
 }
 
 }  // namespace

@@ -55,7 +55,8 @@ void OpenSourceAnimation(HWND window, bool reopen) {
     ShowSource(window);
     FillPaletteList(window);
     EnableDependentControls(window);
-    MoveFocus(window, IDC_BUILD);
+    // At opening, nothing else has had the focus yet; later it stays where the user has put it.
+    if (reopen) MoveFocus(window, IDC_BUILD);
     RepaintPreview(window);
     NotifyCurrentEffect(window, EffectEvent::Changed);
 }

@@ -27,17 +27,16 @@ SessionOptions WithConfiguration(const std::string& text) {
 
 std::vector<uint8_t> OneFrame() { return MakeAnimationBlock({{BytesOf(RandomPicture(5, 3, 1).handle), {}}}); }
 
-HWND FocusNow(const PluginSession& session) {
+int FocusedControl(const PluginSession& session) {
     GUITHREADINFO info = {};
     info.cbSize = sizeof info;
     GetGUIThreadInfo(GetWindowThreadProcessId(session.Window(), nullptr), &info);
-    return info.hwndFocus;
+    return GetDlgCtrlID(info.hwndFocus);
 }
 
-int FocusedControl(const PluginSession& session) {
-    HWND focus = nullptr;
-    WaitFor([&] { return (focus = FocusNow(session)) != nullptr; });
-    return GetDlgCtrlID(focus);
+void WaitForFocusOn(const PluginSession& session, int control) {
+    ASSERT_TRUE(WaitFor([&] { return FocusedControl(session) == control; }))
+        << "the focus is on " << FocusedControl(session) << ", not on " << control;
 }
 
 // Every control that shows itself as what Enter presses.
@@ -50,33 +49,52 @@ std::vector<int> DefaultButtons(const PluginSession& session) {
     return found;
 }
 
-void MoveFocus(PluginSession& session, int control) {
-    SendMessageA(session.Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(session.Control(control)), TRUE);
-    ASSERT_EQ(FocusedControl(session), control);
+void WaitForDefaultButton(const PluginSession& session, int button) {
+    WaitFor([&] { return DefaultButtons(session) == std::vector<int>{button}; });
+    EXPECT_THAT(DefaultButtons(session), ElementsAre(button));
 }
 
-// As the keyboard sends it, to the control with the focus.
-void PressKey(PluginSession& session, WPARAM key) {
-    PostMessageA(session.Control(FocusedControl(session)), WM_KEYDOWN, key, 1);
+void MoveFocus(PluginSession& session, int control) {
+    SendMessageA(session.Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(session.Control(control)), TRUE);
+    WaitForFocusOn(session, control);
+}
+
+// As the keyboard sends it, to the control that has the focus.
+void PressKey(PluginSession& session, int control, WPARAM key) {
+    ASSERT_NO_FATAL_FAILURE(WaitForFocusOn(session, control));
+    PostMessageA(session.Control(control), WM_KEYDOWN, key, 1);
     session.Settle();
 }
 
-TEST(Keys, enter_presses_select_until_there_is_a_source_and_then_build) {
+TEST(Keys, enter_presses_select_while_it_has_the_focus_and_build_once_there_is_a_source) {
     for (const uint32_t style : {0u, 1u, 3u}) {
         FakeHost host;
         host.context.buttonStyle = style;
         host.Serve(OneFrame());
         PluginSession session(host);
-        EXPECT_EQ(FocusedControl(session), IDC_SELECT);
-        EXPECT_THAT(DefaultButtons(session), ElementsAre(IDC_SELECT));
-        PressKey(session, VK_RETURN);
-        EXPECT_THAT(host.Requests(HostRequest::OpenAnimation), SizeIs(1));
-        EXPECT_EQ(FocusedControl(session), IDC_BUILD);
-        EXPECT_THAT(DefaultButtons(session), ElementsAre(IDC_BUILD));
-        PressKey(session, VK_RETURN);
+        for (const size_t asked : {1u, 2u}) {
+            WaitForFocusOn(session, IDC_SELECT);
+            WaitForDefaultButton(session, IDC_SELECT);
+            PressKey(session, IDC_SELECT, VK_RETURN);
+            EXPECT_THAT(host.Requests(HostRequest::OpenAnimation), SizeIs(asked));
+        }
+        MoveFocus(session, IDC_DITHER);
+        WaitForDefaultButton(session, IDC_BUILD);
+        PressKey(session, IDC_DITHER, VK_RETURN);
         EXPECT_FALSE(session.IsOpen());
         EXPECT_THAT(host.Requests(HostRequest::NewTask), SizeIs(1));
     }
+}
+
+TEST(Keys, a_source_that_is_accepted_leaves_the_focus_where_it_is) {
+    FakeHost host;
+    host.Serve(OneFrame());
+    PluginSession session(host);
+    MoveFocus(session, IDC_EFFECT);
+    session.Command(IDC_SELECT);
+    ASSERT_TRUE(session.IsEnabled(IDC_BUILD));
+    WaitForFocusOn(session, IDC_EFFECT);
+    WaitForDefaultButton(session, IDC_BUILD);
 }
 
 TEST(Keys, a_restored_source_gives_build_the_focus_and_enter) {
@@ -85,9 +103,9 @@ TEST(Keys, a_restored_source_gives_build_the_focus_and_enter) {
         host.context.buttonStyle = style;
         host.Serve(OneFrame());
         PluginSession session(host, WithConfiguration("FileNamePath = " + PluginPath() + "\n"));
-        EXPECT_EQ(FocusedControl(session), IDC_BUILD);
-        EXPECT_THAT(DefaultButtons(session), ElementsAre(IDC_BUILD));
-        PressKey(session, VK_RETURN);
+        WaitForFocusOn(session, IDC_BUILD);
+        WaitForDefaultButton(session, IDC_BUILD);
+        PressKey(session, IDC_BUILD, VK_RETURN);
         EXPECT_FALSE(session.IsOpen());
         EXPECT_THAT(host.Requests(HostRequest::NewTask), SizeIs(1));
     }
@@ -100,13 +118,13 @@ TEST(Keys, enter_in_a_check_box_presses_select_until_there_is_a_source) {
     host.Refuse(HostRequest::OpenAnimation, 1);
     for (const size_t asked : {1u, 2u}) {
         MoveFocus(session, IDC_DITHER);
-        EXPECT_THAT(DefaultButtons(session), ElementsAre(IDC_SELECT));
-        PressKey(session, VK_RETURN);
+        WaitForDefaultButton(session, IDC_SELECT);
+        PressKey(session, IDC_DITHER, VK_RETURN);
         EXPECT_THAT(host.Requests(HostRequest::OpenAnimation), SizeIs(asked));
     }
     MoveFocus(session, IDC_DITHER);
-    EXPECT_THAT(DefaultButtons(session), ElementsAre(IDC_BUILD));
-    PressKey(session, VK_RETURN);
+    WaitForDefaultButton(session, IDC_BUILD);
+    PressKey(session, IDC_DITHER, VK_RETURN);
     EXPECT_FALSE(session.IsOpen());
 }
 
@@ -123,8 +141,8 @@ TEST(Keys, a_control_that_is_disabled_hands_on_focus_and_enter_together) {
     SendMessageA(session.Control(IDC_LOCAL_BACKGROUND), BM_SETCHECK, BST_UNCHECKED, 0);
     session.Command(IDC_LOCAL_BACKGROUND);
     EXPECT_FALSE(session.IsEnabled(IDC_BACKGROUND_COLOR));
-    EXPECT_EQ(FocusedControl(session), IDC_SELECT);
-    EXPECT_THAT(DefaultButtons(session), ElementsAre(IDC_SELECT));
+    WaitForFocusOn(session, IDC_SELECT);
+    WaitForDefaultButton(session, IDC_SELECT);
 }
 
 // What changes the row of a list that stays closed.
@@ -173,7 +191,7 @@ TEST(ClosedLists, another_row_of_the_palette_list_is_another_palette) {
     PluginSession session(host);
     session.Click(IDC_CUSTOM_PALETTE);
     MoveFocus(session, IDC_PALETTE);
-    PressKey(session, VK_DOWN);
+    PressKey(session, IDC_PALETTE, VK_DOWN);
     ASSERT_EQ(session.SelectionOf(IDC_PALETTE), 7);
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 7\r\n"));
@@ -184,7 +202,7 @@ TEST(ClosedLists, another_row_of_a_panel_list_is_stored_and_previewed) {
     PluginSession session(host, WithConfiguration("MainEffect = 5\n"));
     MoveFocus(session, IDC_HSB_CHANNELS);
     session.ClearEvents();
-    PressKey(session, VK_END);
+    PressKey(session, IDC_HSB_CHANNELS, VK_END);
     ASSERT_EQ(session.SelectionOf(IDC_HSB_CHANNELS), 6);
     EXPECT_THAT(session.Events(), Contains("preview"));
     session.Close();
@@ -197,7 +215,7 @@ TEST(ClosedLists, a_key_that_changes_no_row_changes_no_setting) {
     PluginSession session(host, WithConfiguration("MainPalette = 9\n"));
     session.Click(IDC_CUSTOM_PALETTE);
     MoveFocus(session, IDC_PALETTE);
-    for (const WPARAM key : {VK_SHIFT, VK_F1}) PressKey(session, key);
+    for (const WPARAM key : {VK_SHIFT, VK_F1}) PressKey(session, IDC_PALETTE, key);
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 9\r\n"));
 }
@@ -214,15 +232,15 @@ TEST(OpenLists, moving_shows_no_other_panel_and_repaints_nothing_until_the_list_
         session.Click(IDC_SELECT);
         MoveFocus(session, IDC_EFFECT);
         session.ClearEvents();
-        PressKey(session, VK_F4);
+        PressKey(session, IDC_EFFECT, VK_F4);
         ASSERT_TRUE(IsDropped(session, IDC_EFFECT));
-        PressKey(session, VK_HOME);
-        PressKey(session, VK_DOWN);
+        PressKey(session, IDC_EFFECT, VK_HOME);
+        PressKey(session, IDC_EFFECT, VK_DOWN);
         ASSERT_EQ(session.SelectionOf(IDC_EFFECT), 1);
         EXPECT_TRUE(session.IsShown(IDC_NORMALIZE_DISTRIBUTED));
         EXPECT_FALSE(session.IsShown(IDC_EMBOSS_DEPTH));
         EXPECT_THAT(session.Events(), Not(Contains("preview")));
-        PressKey(session, closingKey);
+        PressKey(session, IDC_EFFECT, closingKey);
         ASSERT_TRUE(session.IsOpen());
         ASSERT_FALSE(IsDropped(session, IDC_EFFECT));
         const int row = session.SelectionOf(IDC_EFFECT);
@@ -241,13 +259,13 @@ TEST(OpenLists, preview_and_build_take_the_row_that_the_effect_list_shows) {
     session.Click(IDC_SELECT);
     const std::vector<COLORREF> before = session.DrawPreview(20, 20);
     MoveFocus(session, IDC_EFFECT);
-    PressKey(session, VK_F4);
-    PressKey(session, VK_HOME);
-    PressKey(session, VK_DOWN);
+    PressKey(session, IDC_EFFECT, VK_F4);
+    PressKey(session, IDC_EFFECT, VK_HOME);
+    PressKey(session, IDC_EFFECT, VK_DOWN);
     const std::vector<COLORREF> open = session.DrawPreview(20, 20);
     session.Command(IDC_TEST);
     ASSERT_TRUE(IsDropped(session, IDC_EFFECT));
-    PressKey(session, VK_RETURN);
+    PressKey(session, IDC_EFFECT, VK_RETURN);
     ASSERT_EQ(session.SelectionOf(IDC_EFFECT), 1);
     EXPECT_NE(open, before);
     EXPECT_EQ(open, session.DrawPreview(20, 20));
@@ -265,8 +283,8 @@ TEST(OpenLists, preview_and_build_take_the_row_that_a_panels_list_shows) {
     const std::vector<COLORREF> before = session.DrawPreview(20, 20);
     MoveFocus(session, IDC_HSB_CHANNELS);
     session.ClearEvents();
-    PressKey(session, VK_F4);
-    PressKey(session, VK_END);
+    PressKey(session, IDC_HSB_CHANNELS, VK_F4);
+    PressKey(session, IDC_HSB_CHANNELS, VK_END);
     ASSERT_TRUE(IsDropped(session, IDC_HSB_CHANNELS));
     ASSERT_EQ(session.SelectionOf(IDC_HSB_CHANNELS), 6);
     EXPECT_THAT(session.Events(), Not(Contains("preview")));
@@ -274,7 +292,7 @@ TEST(OpenLists, preview_and_build_take_the_row_that_a_panels_list_shows) {
     session.Command(IDC_TEST);
     ASSERT_TRUE(IsDropped(session, IDC_HSB_CHANNELS));
     session.ClearEvents();
-    PressKey(session, VK_RETURN);
+    PressKey(session, IDC_HSB_CHANNELS, VK_RETURN);
     EXPECT_THAT(session.Events(), Contains("preview"));
     EXPECT_NE(open, before);
     EXPECT_EQ(open, session.DrawPreview(20, 20));
