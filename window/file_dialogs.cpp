@@ -94,6 +94,7 @@ bool AskPath(HWND owner, char* path, DWORD flags, BOOL(WINAPI* ask)(LPOPENFILENA
     if (!askAsHost(&request)) {
         if (CommDlgExtendedError() != FNERR_INVALIDFILENAME) return false;
         // The dialog did not open with this name: the user can still choose another.
+        if (!IsOpen(owner)) return false;
         chosen[0] = 0;
         if (!askAsHost(&request)) return false;
     }

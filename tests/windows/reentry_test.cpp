@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
+#include <cderr.h>
 #include <commdlg.h>
 
 #include <algorithm>
@@ -25,9 +26,11 @@ namespace kfx::test {
 namespace {
 
 using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 HostCallback answer = nullptr;            // the fake host's own service function
@@ -181,8 +184,12 @@ TEST(ClosedInARequest, a_window_closed_while_it_opens_starts_nothing_more) {
         host.Act(HostRequest::GetWindowSize, close);
         PluginSession session(host);
         EXPECT_EQ(session.WaitUntilClosed(), 1u);
-        for (const std::string& event : session.Events())
-            EXPECT_NE(event, close == DestroyOwnDialog ? "set 99 60" : "");
+        // A window that was ended goes when its opening returns, a destroyed one at once.
+        EXPECT_EQ(session.CreatedControls().size(), 0u) << "no panel is made any more";
+        EXPECT_THAT(session.RunningTimers(), IsEmpty());
+        if (close == DestroyOwnDialog) {
+            EXPECT_THAT(session.Events(), Not(Contains("set 99 60")));
+        }
         ExpectNothingLeft();
     }
 }
@@ -269,6 +276,32 @@ TEST(ClosedInADialog, a_document_that_is_chosen_too_late_is_neither_read_nor_wri
         EXPECT_EQ(session.WaitUntilClosed(), 1u);
         EXPECT_EQ(ReadTextFile(chosenTooLate), kText) << function;
         EXPECT_THAT(session.Messages(), IsEmpty());
+    }
+}
+
+int timesAsked;
+
+BOOL WINAPI FailAfterClosing(LPOPENFILENAMEA) {
+    ++timesAsked;
+    if (const HWND window = OwnDialog()) DestroyWindow(window);
+    return FALSE;
+}
+
+DWORD WINAPI TellInvalidName() { return FNERR_INVALIDFILENAME; }
+
+TEST(ClosedInADialog, a_name_that_the_dialog_does_not_take_is_not_asked_for_again) {
+    for (const auto& [function, command] :
+         {std::pair<const char*, int>{"GetOpenFileNameA", IDM_DOCUMENT_OPEN},
+          {"GetSaveFileNameA", IDM_DOCUMENT_SAVE_AS}}) {
+        FakeHost host;
+        PluginSession session(host);
+        timesAsked = 0;
+        const HMODULE library = GetModuleHandleA("kfxplug1.dll");
+        const ImportPatch ask(library, function, AddressOfFunction(FailAfterClosing));
+        const ImportPatch error(library, "CommDlgExtendedError", AddressOfFunction(TellInvalidName));
+        PostMessageA(session.Window(), WM_COMMAND, static_cast<WPARAM>(command), 0);
+        EXPECT_EQ(session.WaitUntilClosed(), 1u);
+        EXPECT_EQ(timesAsked, 1) << function;
     }
 }
 
@@ -384,7 +417,10 @@ TEST(RunTwice, after_the_window_has_closed_it_opens_again) {
     std::atomic<HWND> opened{nullptr};
     host.Act(HostRequest::GetWindowSize, [&] { opened = OwnDialog(); });
     std::thread runner([&] { EXPECT_EQ(RunAgain(host.context), 1u); });
-    EXPECT_TRUE(WaitFor([&] { return opened && IsWindowVisible(opened); }));
+    if (!WaitFor([&] { return opened && IsWindowVisible(opened); })) {
+        runner.detach();
+        FAIL() << "the window does not open again";
+    }
     PostMessageA(opened, WM_COMMAND, IDCANCEL, 0);
     runner.join();
 }
