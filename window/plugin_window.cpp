@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "window/plugin_window.h"
 
+#include <atomic>
 #include <cstdio>
 
 #include "documents/control_kinds.h"
@@ -25,6 +26,10 @@ namespace kfx {
 namespace {
 
 Logo windowLogo = {};  // runs while the window is open
+
+// plugin.window for other threads, which may look while the window's own thread opens or closes it.
+std::atomic<HWND> windowForOthers = nullptr;
+static_assert(std::atomic<HWND>::is_always_lock_free);
 
 constexpr int kPushButtons[] = {IDC_BUILD,     IDC_CANCEL, IDC_HELP_BUTTON, IDC_ABOUT,
                                 IDC_OPEN_SAVE, IDC_SELECT, IDC_TEST};
@@ -62,7 +67,7 @@ void BindControls(HWND window) {
 void OpenWindow(HWND window, const HostContext* host) {
     plugin.buttonStyle = host->buttonStyle;
     plugin.host = host;
-    plugin.window = window;
+    plugin.window = windowForOthers = window;
     DressControls(window);
     const bool shiftHeld = IsShiftHeld();
     plugin.configurationUnread = !ReadConfiguration(shiftHeld);
@@ -140,7 +145,7 @@ void LeaveWindow(HWND window) {
     StopLogo(&windowLogo);
     if (!plugin.configurationUnread) WriteConfiguration();
     KillTimer(window, kUpdateTimer);
-    plugin.window = nullptr;
+    plugin.window = windowForOthers = nullptr;
     plugin.host = nullptr;
     EndDialog(window, 0);
 }
@@ -190,7 +195,7 @@ INT_PTR RunPluginWindow(HWND parent, const HostContext* host) {
 }
 
 void BringPluginWindowToFront() {
-    const HWND window = plugin.window;
+    const HWND window = windowForOthers;
     if (!window) return;
     // Another thread must not wait for the window's: that one may be waiting for it, inside a request.
     if (GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId())
