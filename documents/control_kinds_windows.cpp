@@ -241,9 +241,9 @@ bool IsInput(UINT message) {
 
 bool IsDropped(HWND list) { return SendMessageA(list, CB_GETDROPPEDSTATE, 0, 0) != 0; }
 
-// Keys and the wheel change the row of a closed list without ever closing it up: the window is told as if
-// they had. The wheel reaches the list as keys inside its own message; the variable tells what the window has
-// taken.
+// Keys and the wheel change the row of a closed list, but the list sends no close-up: it is sent here. While
+// the list handles a wheel message it may send itself key messages, for which this function runs first and
+// sends the close-up. The variable then holds the new row already, and the close-up is not sent again.
 LRESULT PassInputToList(HWND list, UINT message, WPARAM word, LPARAM pointer) {
     const auto pass = [=] { return CallWindowProcA(PreviousProcedure(list), list, message, word, pointer); };
     if (IsDropped(list)) return pass();

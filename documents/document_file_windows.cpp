@@ -26,10 +26,8 @@ void ApplyLines(HWND window, std::FILE* file) {
 
 }  // namespace
 
-// Both name the text mode: a host may have chosen binary files for its whole process.
-
 bool WriteDocument(void* window, const char* path, ShowMessageFunction showMessage) {
-    std::FILE* file = std::fopen(path, "wt");
+    std::FILE* file = std::fopen(path, "wt");  // t: text whatever the host's _fmode says
     bool written = file != nullptr;
     if (file) {
         WriteDocumentStart(file);
@@ -44,7 +42,7 @@ bool WriteDocument(void* window, const char* path, ShowMessageFunction showMessa
 }
 
 bool ReadDocument(void* window, const char* path, ShowMessageFunction showMessage) {
-    std::FILE* file = std::fopen(path, "rt");
+    std::FILE* file = std::fopen(path, "rt");  // t: text whatever the host's _fmode says
     if (!file) {
         showMessage(window, "There has been an error opening the requested file.");
         return false;

@@ -33,12 +33,10 @@ bool IsMissing(const char* path) {
 
 bool IsShiftHeld() { return GetKeyState(VK_SHIFT) < 0; }
 
-// Both name the text mode: a host may have chosen binary files for its whole process.
-
 bool ReadConfiguration(bool shiftHeld) {
     char path[MAX_PATH + 1];
     if (!FindConfiguration(path)) return shiftHeld;
-    std::FILE* file = std::fopen(path, "rt");
+    std::FILE* file = std::fopen(path, "rt");  // t: text whatever the host's _fmode says
     if (!file) return shiftHeld || IsMissing(path);
     ReadConfigurationText(file, shiftHeld);
     const bool read = std::ferror(file) == 0;
@@ -48,6 +46,7 @@ bool ReadConfiguration(bool shiftHeld) {
 
 void WriteConfiguration() {
     char path[MAX_PATH + 1];
+    // t: text whatever the host's _fmode says
     std::FILE* file = FindConfiguration(path) ? std::fopen(path, "wt") : nullptr;
     if (!file) return;
     WriteConfigurationText(file, std::time(nullptr));
