@@ -5,15 +5,13 @@
 
 #include <algorithm>
 
+#include "resources/resource_ids.h"
 #include "tests/windows/support/effect_vectors.h"
 #include "tests/windows/support/memory_ledger.h"
 #include "tests/windows/support/plugin_session.h"
 
 namespace kfx::test {
 namespace {
-
-constexpr int kEffectList = 50;
-constexpr int kSelectButton = 51;
 
 class EffectVectors : public testing::TestWithParam<std::string> {};
 
@@ -26,7 +24,7 @@ TEST_P(EffectVectors, every_frame_comes_back_as_computed) {
         for (const auto& [input, digests] : inputs) {
             SCOPED_TRACE(input);
             host.Serve(EffectInput(input));
-            session.Click(kSelectButton);
+            session.Click(IDC_SELECT);
             BuildAndCompare(host, session, digests);
         }
         EXPECT_TRUE(session.Messages().empty());
@@ -45,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(Effects, EffectVectors, testing::ValuesIn(EffectNames()
 TEST(EffectVectors, there_are_some_for_every_effect_of_the_list) {
     FakeHost host;
     PluginSession session(host);
-    EXPECT_EQ(session.ItemsOf(kEffectList), EffectNames());
+    EXPECT_EQ(session.ItemsOf(IDC_EFFECT), EffectNames());
 }
 
 }  // namespace

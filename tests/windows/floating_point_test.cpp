@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "tests/support/animation_blocks.h"
+#include "resources/resource_ids.h"
 #include "tests/windows/support/effect_vectors.h"
 #include "tests/windows/support/floating_point_controls.h"
 #include "tests/windows/support/memory_ledger.h"
@@ -13,10 +14,6 @@
 
 namespace kfx::test {
 namespace {
-
-constexpr int kTestButton = 24;
-constexpr int kCustomPalette = 14;
-constexpr int kSelectButton = 51;
 
 // Fewer bits, another way of rounding, exceptions that are raised, small numbers flushed to zero.
 constexpr FloatingPointControls kHosts[] = {{0x27F, 0x1900}, {0x7F, 0x5F80}, {0xB7F, 0x9FC0}};
@@ -71,7 +68,7 @@ TEST_P(FloatingPointHosts, every_effect_s_frames_are_the_bytes_as_computed) {
         PluginSession session(host, options);
         for (const char* input : {"photo97x61x3", "patches128x64"}) {
             host.Serve(EffectInput(input));
-            session.Click(kSelectButton);
+            session.Click(IDC_SELECT);
             for (const std::string& effect : EffectNames()) {
                 SCOPED_TRACE(std::string(input) + ", " + effect);
                 const Setting& setting = SettingOf(effect, number);
@@ -119,11 +116,11 @@ Outcome BuildUnder(const FloatingPointControls& controls, const std::string& con
     options.configuration = "Truecolour = 0\nAddDescriptiveCommentBlock = 1\n" + configuration;
     options.controls = controls;
     PluginSession session(host, options);
-    if (!session.IsChecked(kCustomPalette)) session.Click(kCustomPalette);
+    if (!session.IsChecked(IDC_CUSTOM_PALETTE)) session.Click(IDC_CUSTOM_PALETTE);
     host.Serve(EffectInput("photo97x61x3"));
-    session.Click(kSelectButton);
+    session.Click(IDC_SELECT);
     host.ClearTranscript();
-    session.Click(kTestButton);
+    session.Click(IDC_TEST);
     // Smaller than the picture, so that it is scaled.
     Outcome outcome = {host.Transcript(), host.Frames(), session.DrawPreview(70, 41)};
     session.Close();

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <set>
 
+#include "resources/panel_controls.h"
+#include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 #include "tests/windows/support/import_patch.h"
@@ -206,18 +208,6 @@ const std::set<std::string> kNotCalled = {
     "vfprintf",
 };
 
-constexpr int kHelpButton = 9;
-constexpr int kAboutButton = 18;
-constexpr int kTestButton = 24;
-constexpr int kCustomPalette = 14;
-constexpr int kDither = 15;
-constexpr int kDocumentOpen = 37;
-constexpr int kDocumentSaveAs = 39;
-constexpr int kOpenSave = 36;
-constexpr int kEffectList = 50;
-constexpr int kSelectButton = 51;
-constexpr int kBackgroundColor = 54;
-constexpr int kEmbossDepth = 100;
 constexpr int kEmboss = 1;
 constexpr int kHsbAndChannels = 5;
 constexpr int kAboutClose = 1;
@@ -245,7 +235,7 @@ void Toggle(PluginSession& session, int checkBox) {
 }
 
 void UseAboutBox(PluginSession& session) {
-    const HWND about = session.PressForBox(kAboutButton, "About");
+    const HWND about = session.PressForBox(IDC_ABOUT, "About");
     if (!about) return;
     for (const int id : {kAboutHelp, kAboutWebPage, kAboutClose})
         SendMessageA(about, WM_COMMAND, static_cast<WPARAM>(id), 0);
@@ -254,23 +244,23 @@ void UseAboutBox(PluginSession& session) {
 
 // Everything that a window is used for, as far as it is there.
 void UseWindow(PluginSession& session) {
-    session.Command(kSelectButton);
-    session.Choose(kEffectList, kHsbAndChannels);
-    session.Choose(kEffectList, kEmboss);
-    session.Scroll(kEmbossDepth, SB_LINERIGHT);
-    session.Command(kBackgroundColor);
+    session.Command(IDC_SELECT);
+    session.Choose(IDC_EFFECT, kHsbAndChannels);
+    session.Choose(IDC_EFFECT, kEmboss);
+    session.Scroll(IDC_EMBOSS_RADIUS, SB_LINERIGHT);
+    session.Command(IDC_BACKGROUND_COLOR);
     session.DrawPreview(31, 23);
-    Toggle(session, kDither);
-    Toggle(session, kCustomPalette);
+    Toggle(session, IDC_DITHER);
+    Toggle(session, IDC_CUSTOM_PALETTE);
     runAgain = true;
-    session.Command(kTestButton);
+    session.Command(IDC_TEST);
     runAgain = false;
-    session.Command(kHelpButton);
+    session.Command(IDC_HELP_BUTTON);
     UseAboutBox(session);
     session.AnswerFileDialog(session.DocumentsFolder() + "all.kx1");
-    session.Command(kOpenSave);
-    session.Command(kDocumentSaveAs);
-    session.Command(kDocumentOpen);
+    session.Command(IDC_OPEN_SAVE);
+    session.Command(IDM_DOCUMENT_SAVE_AS);
+    session.Command(IDM_DOCUMENT_OPEN);
 }
 
 std::vector<uint8_t> TwoFrames() {

@@ -6,14 +6,13 @@
 #include <algorithm>
 #include <sstream>
 
+#include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/sha256.h"
 
 namespace kfx::test {
 namespace {
 
-constexpr int kTestButton = 24;
-constexpr int kEffectList = 50;
 const std::string kFolder = "tests/data/effects/";
 
 }  // namespace
@@ -58,15 +57,15 @@ std::vector<uint8_t> EffectInput(const std::string& input) {
 }
 
 void ChooseEffect(PluginSession& session, const std::string& name) {
-    const std::vector<std::string> names = session.ItemsOf(kEffectList);
+    const std::vector<std::string> names = session.ItemsOf(IDC_EFFECT);
     const auto found = std::find(names.begin(), names.end(), name);
     ASSERT_NE(found, names.end()) << "the effect list has no " << name;
-    session.Choose(kEffectList, static_cast<int>(found - names.begin()));
+    session.Choose(IDC_EFFECT, static_cast<int>(found - names.begin()));
 }
 
 void BuildAndCompare(FakeHost& host, PluginSession& session, const std::vector<std::string>& digests) {
     host.ClearTranscript();
-    session.Click(kTestButton);
+    session.Click(IDC_TEST);
     const std::vector<std::vector<uint8_t>> frames = host.Frames();
     ASSERT_EQ(frames.size(), digests.size());
     for (size_t i = 0; i < frames.size(); ++i)
