@@ -25,12 +25,6 @@ constexpr char kNoTask[] = "Error creating new task.";
 constexpr char kNoImage[] = "There has been an error adding an image to the current file object.";
 const char kEmboss[] = "MainEffect = 1\n";
 
-SessionOptions WithConfiguration(const std::string& text) {
-    SessionOptions options;
-    options.configuration = text;
-    return options;
-}
-
 std::vector<uint8_t> ThreeFrames() {
     std::vector<BlockFrame> frames;
     for (uint32_t i = 0; i < 3; ++i)

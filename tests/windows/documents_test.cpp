@@ -27,12 +27,6 @@ constexpr char kHeader[] =
 constexpr DWORD kCommonFlags =
     OFN_ENABLESIZING | OFN_EXPLORER | OFN_ENABLEHOOK | OFN_NOCHANGEDIR | OFN_HIDEREADONLY;
 
-SessionOptions WithConfiguration(const std::string& text) {
-    SessionOptions options;
-    options.configuration = text;
-    return options;
-}
-
 int CountOf(const std::string& text, const std::string& piece) {
     int count = 0;
     for (size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1)) ++count;

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "resources/resource_ids.h"
-#include "tests/support/animation_blocks.h"
-#include "tests/support/pictures.h"
 #include "tests/support/wait_for.h"
 #include "tests/windows/support/plugin_session.h"
 
@@ -18,14 +16,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
-
-SessionOptions WithConfiguration(const std::string& text) {
-    SessionOptions options;
-    options.configuration = text;
-    return options;
-}
-
-std::vector<uint8_t> OneFrame() { return MakeAnimationBlock({{BytesOf(RandomPicture(5, 3, 1).handle), {}}}); }
 
 int FocusedControl(const PluginSession& session) {
     GUITHREADINFO info = {};

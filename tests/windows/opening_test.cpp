@@ -6,8 +6,6 @@
 #include <memory>
 
 #include "resources/resource_ids.h"
-#include "tests/support/animation_blocks.h"
-#include "tests/support/pictures.h"
 #include "tests/windows/support/binary_files.h"
 #include "tests/windows/support/import_patch.h"
 #include "tests/windows/support/memory_ledger.h"
@@ -20,14 +18,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-SessionOptions WithConfiguration(const std::string& text) {
-    SessionOptions options;
-    options.configuration = text;
-    return options;
-}
-
-std::vector<uint8_t> OneFrame() { return MakeAnimationBlock({{BytesOf(RandomPicture(5, 3, 1).handle), {}}}); }
 
 TEST(Opening, shows_title_effects_and_palettes_in_the_middle_of_the_screen) {
     FakeHost host;

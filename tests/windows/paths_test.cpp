@@ -17,16 +17,15 @@ using testing::SizeIs;
 
 #define TABLE "\x95\x5C"  // one character of code page 932
 
-SessionOptions WithConfiguration(const std::string& text) {
-    SessionOptions options;
-    options.configuration = text;
+SessionOptions InJapanese(const std::string& text) {
+    SessionOptions options = WithConfiguration(text);
     options.japanese = true;
     return options;
 }
 
 TEST(Paths, the_folder_of_a_document_ends_before_its_whole_name) {
     FakeHost host;
-    PluginSession session(host, WithConfiguration("CurrentFileName = C:\\" TABLE "\\some " TABLE "x.kx1\n"));
+    PluginSession session(host, InJapanese("CurrentFileName = C:\\" TABLE "\\some " TABLE "x.kx1\n"));
     session.Command(IDM_DOCUMENT_OPEN);
     session.Command(IDM_DOCUMENT_SAVE_AS);
     ASSERT_THAT(session.AskedPaths(), SizeIs(2));
@@ -35,7 +34,7 @@ TEST(Paths, the_folder_of_a_document_ends_before_its_whole_name) {
 
 TEST(Paths, a_name_that_only_ends_like_untitled_is_a_name) {
     FakeHost host;
-    PluginSession session(host, WithConfiguration("CurrentFileName = C:\\none\\" TABLE "untitled.kx1\n"));
+    PluginSession session(host, InJapanese("CurrentFileName = C:\\none\\" TABLE "untitled.kx1\n"));
     session.Command(IDM_DOCUMENT_SAVE);
     EXPECT_THAT(session.AskedPaths(), IsEmpty()) << "saved without asking";
     EXPECT_THAT(session.Messages(), ElementsAre("There has been an error creating the requested file."))
@@ -44,7 +43,7 @@ TEST(Paths, a_name_that_only_ends_like_untitled_is_a_name) {
 
 TEST(Paths, a_folder_whose_last_character_ends_in_that_byte_gets_its_backslash) {
     FakeHost host;
-    SessionOptions options = WithConfiguration("MainEffect = 3\n");
+    SessionOptions options = InJapanese("MainEffect = 3\n");
     options.shiftHeld = true;
     PluginSession session(host, options);
     const std::string folder = session.DocumentsFolder().substr(0, session.DocumentsFolder().rfind("Doc"));

@@ -21,12 +21,6 @@ constexpr char kPrompt[] =
 // HSB and Channels with everything off leaves the picture as it is.
 const char kUnchanged[] = "MainEffect = 5\nStyle010HSBEnable = 0\n";
 
-SessionOptions WithConfiguration(const std::string& text) {
-    SessionOptions options;
-    options.configuration = text;
-    return options;
-}
-
 std::vector<uint8_t> SourceOf(const Picture& picture) {
     return MakeAnimationBlock({{BytesOf(picture.handle), {}}});
 }

@@ -65,12 +65,6 @@ public:
     }
 };
 
-SessionOptions WithConfiguration(const std::string& text) {
-    SessionOptions options;
-    options.configuration = text;
-    return options;
-}
-
 std::vector<uint8_t> ThreeFrames() {
     std::vector<BlockFrame> frames;
     for (uint32_t i = 0; i < 3; ++i) frames.push_back({BytesOf(ShadedPicture(24, 20, i).handle), {}});

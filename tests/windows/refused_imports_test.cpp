@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <set>
 
-#include "resources/panel_controls.h"
 #include "resources/resource_ids.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"

@@ -15,12 +15,6 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-SessionOptions WithConfiguration(const std::string& text) {
-    SessionOptions options;
-    options.configuration = text;
-    return options;
-}
-
 TEST(Sliders, move_by_one_and_by_an_eighth_of_their_maximum) {
     FakeHost host;
     PluginSession session(

@@ -33,6 +33,9 @@ struct SessionOptions {
         prepareLibrary;  // called with the loaded DLL before the window opens
 };
 
+// The defaults with this configuration file.
+SessionOptions WithConfiguration(const std::string& text);
+
 // A call to one of the system's functions that the session answers in its place.
 struct OpenedMenu {
     std::vector<std::pair<UINT, std::string>> items;
@@ -130,6 +133,9 @@ public:
 private:
     std::unique_ptr<State> state_;
 };
+
+// An animation block of one small frame, for hosts to serve.
+std::vector<uint8_t> OneFrame();
 
 // The DLL's path: it stands beside the test program.
 std::string PluginPath();
