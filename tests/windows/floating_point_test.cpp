@@ -96,7 +96,7 @@ TEST(FloatingPointHosts, effects_that_53_bits_would_change_are_the_same_at_every
                 SCOPED_TRACE(std::string(effect) + ", " + setting.keys + ", " + setting.background + ", " +
                              input);
                 host.Serve(EffectInput(input));
-                session.Click(kSelectButton);
+                session.Click(IDC_SELECT);
                 BuildAndCompare(host, session, frames);
             }
         }
