@@ -43,14 +43,14 @@ void AddLoaded(HMODULE module, std::vector<Import>* imports) {
     for (; library && library->Name; ++library) {
         // Some linkers write one list only; loading has then put addresses in place of the names.
         if (!library->OriginalFirstThunk) {
-            imports->push_back({At<char>(module, library->Name), nullptr, nullptr});
+            imports->push_back({At<char>(module, library->Name), nullptr, nullptr, nullptr});
             continue;
         }
-        const auto* entry = At<IMAGE_THUNK_DATA64>(module, library->OriginalFirstThunk);
+        auto* entry = At<IMAGE_THUNK_DATA64>(module, library->OriginalFirstThunk);
         auto* address = At<IMAGE_THUNK_DATA64>(module, library->FirstThunk);
         for (; entry->u1.AddressOfData; ++entry, ++address) {
             imports->push_back({At<char>(module, library->Name), FunctionName(module, *entry),
-                                reinterpret_cast<void**>(&address->u1.Function)});
+                                reinterpret_cast<void**>(&address->u1.Function), entry});
         }
     }
 }
@@ -59,9 +59,10 @@ void AddDelayed(HMODULE module, std::vector<Import>* imports) {
     const auto* library = Directory<DelayedLibrary>(module, IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT);
     for (; library && library->name; ++library) {
         if (!(library->attributes & 1)) continue;  // 32-bit addresses: not in a 64-bit file
-        const auto* entry = At<IMAGE_THUNK_DATA64>(module, library->names);
+        auto* entry = At<IMAGE_THUNK_DATA64>(module, library->names);
         for (; entry->u1.AddressOfData; ++entry) {
-            imports->push_back({At<char>(module, library->name), FunctionName(module, *entry), nullptr});
+            imports->push_back(
+                {At<char>(module, library->name), FunctionName(module, *entry), nullptr, entry});
         }
     }
 }

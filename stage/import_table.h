@@ -12,6 +12,7 @@ struct Import {
     const char* library;   // the name of the DLL that it comes from
     const char* function;  // null: imported by its number
     void** slot;           // where the loaded DLL finds its address; null: looked up at the first call only
+    IMAGE_THUNK_DATA64* entry;  // its place in the file's list of names and numbers; null: there is none
 };
 
 // Every function that the DLL imports. The names lie in the DLL itself and hold while it is loaded.

@@ -237,7 +237,7 @@ bool RunBuild(PluginRun* run) {
 
 bool ClosePluginWindow(PluginRun* run) {
     if (!run->thread) return true;
-    // It has had its time.
+    // It has already been waited for.
     StillAnswers(run);
     if (run->exitCode == kExitTimeout && !ThreadEnded(*run)) return false;
     const std::string error = run->error;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "stage/settings_folder.h"
 
-#include <cstring>
-
 #include <windows.h>
 #include <shlobj.h>
 
@@ -16,59 +14,38 @@ constexpr char kFileName[] = "kfxplug1.ini";
 constexpr char kAsideName[] = "kfxplug1.ini.aside";
 constexpr char kAbsentName[] = "kfxplug1.ini.absent";
 
-// How the file began that a command put in the user's place. The plug-in begins its own with a comment.
-constexpr char kCommandsStart[] = "[PlugIn]\r\nReloadPreviousSession = 0\r\nFastRemap = ";
-constexpr DWORD kCommandsLongest = 128;  // bytes
-
 bool Exists(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
-bool IsCommandsFile(HANDLE file) {
-    char start[sizeof kCommandsStart - 1];
-    DWORD count = 0;
-    return GetFileSize(file, nullptr) <= kCommandsLongest &&
-           ReadFile(file, start, sizeof start, &count, nullptr) && count == sizeof start &&
-           std::memcmp(start, kCommandsStart, sizeof start) == 0;
-}
-
-// Removes the file that a killed command left in the place of the user's, and no other: while it is looked at
-// nobody can write to it.
-void RemoveCommandsFile(const std::wstring& path) {
+// An old marker would make an old version remove the user's file. Whoever has written something into it keeps
+// it: while its size is looked at nobody can.
+void RemoveMarker(const std::wstring& path) {
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ | DELETE, FILE_SHARE_READ, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return;
-    if (IsCommandsFile(file)) {
+    LARGE_INTEGER size = {};
+    if (GetFileSizeEx(file, &size) && size.QuadPart == 0) {
         FILE_DISPOSITION_INFO remove = {TRUE};
         SetFileInformationByHandle(file, FileDispositionInfo, &remove, sizeof remove);
     }
     CloseHandle(file);
 }
 
-// An old marker would make an old version remove the user's file.
-void RemoveMarker(const std::wstring& path) {
-    WIN32_FILE_ATTRIBUTE_DATA data = {};
-    if (GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) && data.nFileSizeLow == 0 &&
-        data.nFileSizeHigh == 0) {
-        DeleteFileW(path.c_str());
-    }
-}
-
+// The user's file itself is neither opened nor removed, whatever is in it: a host may be saving it.
 std::string PutBackIn(const std::string& folder) {
     const std::wstring file = Widen(folder + kFileName);
     const std::wstring aside = Widen(folder + kAsideName);
     RemoveMarker(Widen(folder + kAbsentName));
     if (!Exists(aside)) return "";
-    RemoveCommandsFile(file);
     // Moves without replacing: whoever saves a file meanwhile keeps it.
     if (MoveFileExW(aside.c_str(), file.c_str(), 0)) return "";
     const std::string reason = SystemErrorText(GetLastError());
     if (!Exists(aside)) return "";
     if (!Exists(file)) return folder + kAsideName + ": cannot get its name back: " + reason + ".";
     return folder + kAsideName +
-           ": an interrupted command of an earlier version left these settings of the plug-in; newer ones "
-           "stand "
-           "in " +
-           kFileName + ", so both are kept. Rename the one you want to " + kFileName +
-           " and delete the other.";
+           ": an interrupted command of an earlier version left these settings of the plug-in, and " +
+           folder + kFileName +
+           " stands, so both are kept; to have the old ones back, close the plug-in, delete " + kFileName +
+           " and rename " + kAsideName + " to " + kFileName + ", else delete " + kAsideName + ".";
 }
 
 }  // namespace

@@ -14,8 +14,8 @@ std::string SettingsFolder();
 void MakeSettingsFolder();
 
 // Earlier versions renamed the user's kfxplug1.ini while a command ran; when the command was killed, it
-// stayed so. Gives it its name back unless a file of that name stands there, which is left as it is. Returns
-// one sentence for the user when both stand there; else nothing.
+// stayed so. Gives it its name back unless a file of that name stands there, which is neither opened nor
+// changed. Returns one sentence for the user, how to put it back, when both stand there; else nothing.
 std::string PutBackLeftSettings();
 
 }  // namespace kfx::stage

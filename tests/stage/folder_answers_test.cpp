@@ -40,16 +40,10 @@ struct FolderAnswers : ::testing::Test {
     }
 
     // The entry of the import list that names the function.
-    std::uint64_t* NameEntry(const char* function) const {
-        const auto* library = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(
-            BytesOf(module) + Directory(IMAGE_DIRECTORY_ENTRY_IMPORT)->VirtualAddress);
-        for (; library->Name; ++library) {
-            auto* entry = reinterpret_cast<std::uint64_t*>(BytesOf(module) + library->OriginalFirstThunk);
-            for (; *entry; ++entry) {
-                if (*entry >> 63) continue;
-                if (std::strcmp(reinterpret_cast<char*>(BytesOf(module) + *entry + 2), function) == 0)
-                    return entry;
-            }
+    ULONGLONG* NameEntry(const char* function) const {
+        for (const stage::Import& import : stage::ImportsOf(module)) {
+            if (import.function && std::strcmp(import.function, function) == 0)
+                return &import.entry->u1.AddressOfData;
         }
         return nullptr;
     }
@@ -78,21 +72,21 @@ TEST_F(FolderAnswers, ALookupByNameIsAnswered) {
 }
 
 TEST_F(FolderAnswers, AnImportByNumberIsRefused) {
-    Overwrite(NameEntry("SHGetPathFromIDListA"), std::uint64_t{1} << 63 | 241);
+    Overwrite(NameEntry("SHGetPathFromIDListA"), ULONGLONG{1} << 63 | 241);
     EXPECT_FALSE(AnswerFolderLookups(module, &error));
     EXPECT_THAT(error, HasSubstr("by number"));
 }
 
 TEST_F(FolderAnswers, AnotherFolderFunctionIsRefused) {
     const char name[] = "\0\0SHGetFolderPathW";
-    Overwrite(NameEntry("SHGetPathFromIDListA"), std::uint64_t{Scratch(0, name, sizeof name)});
+    Overwrite(NameEntry("SHGetPathFromIDListA"), ULONGLONG{Scratch(0, name, sizeof name)});
     EXPECT_FALSE(AnswerFolderLookups(module, &error));
     EXPECT_THAT(error, HasSubstr("it imports SHGetFolderPathW"));
 }
 
 TEST_F(FolderAnswers, ADllThatNeverAsksForItsFolderIsRefused) {
     const char name[] = "\0\0SHStrDupA";
-    Overwrite(NameEntry("SHGetSpecialFolderLocation"), std::uint64_t{Scratch(0, name, sizeof name)});
+    Overwrite(NameEntry("SHGetSpecialFolderLocation"), ULONGLONG{Scratch(0, name, sizeof name)});
     EXPECT_FALSE(AnswerFolderLookups(module, &error));
     EXPECT_THAT(error, HasSubstr("does not import SHGetSpecialFolderLocation"));
 }

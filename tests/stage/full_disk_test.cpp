@@ -4,13 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstring>
 #include <system_error>
 
 #include <windows.h>
 
 #include "media/file_io.h"
-#include "stage/import_table.h"
+#include "tests/stage/import_patch.h"
 #include "tests/stage/stage_process.h"
 
 namespace kfx::test {
@@ -35,27 +34,6 @@ BOOL WINAPI WriteToFullDisk(HANDLE file, const void* bytes, DWORD size, DWORD* w
     return TRUE;
 }
 
-// For its scope the C library writes to such a disk.
-struct FullDisk {
-    explicit FullDisk(DWORD bytes) {
-        freeBytes = bytes;
-        for (const stage::Import& import : stage::ImportsOf(GetModuleHandleA("msvcrt.dll"))) {
-            if (!import.function || std::strcmp(import.function, "WriteFile") != 0) continue;
-            patched = import;
-            original = *import.slot;
-            stage::SetImport(import, reinterpret_cast<void*>(&WriteToFullDisk));
-        }
-    }
-    ~FullDisk() {
-        if (original) stage::SetImport(patched, original);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-    stage::Import patched = {};
-    void* original = nullptr;
-};
-
 TEST(FullDisk, IsTheReasonThatIsGiven) {
     const TemporaryFolder folder;
     const std::string full = " (" + std::generic_category().message(ENOSPC) + ").";
@@ -64,7 +42,9 @@ TEST(FullDisk, IsTheReasonThatIsGiven) {
             std::string error;
             bool written = false;
             {
-                const FullDisk disk(fits);
+                freeBytes = fits;
+                const ImportPatch disk(GetModuleHandleA("msvcrt.dll"), "WriteFile",
+                                       AddressOfFunction(WriteToFullDisk));
                 ASSERT_NE(disk.original, nullptr);
                 written = WriteWholeFile(folder.path + "out.gif", std::vector<std::uint8_t>(size), &error);
             }

@@ -5,7 +5,9 @@
 
 #include <windows.h>
 
+#include "stage/settings_folder.h"
 #include "stage/text_windows.h"
+#include "tests/stage/import_patch.h"
 #include "tests/stage/stage_process.h"
 #include "tests/stage/test_animations.h"
 
@@ -18,6 +20,16 @@ using Names = std::vector<std::string>;
 
 const char kUsersText[] = ";mine\r\n\r\nStyle000Radius = 44\nMainEffect=3\x01\xFF";
 const char kCommandsText[] = "[PlugIn]\r\nReloadPreviousSession = 0\r\nFastRemap = 0\r\n";
+
+// The last file of the user's that was opened while this stood in place of the system's function.
+std::string openedPath;
+
+HANDLE WINAPI WatchOpening(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD how,
+                           DWORD flags, HANDLE model) {
+    const std::string ending = "kfxplug1.ini", name = stage::Narrow(path);
+    if (name.size() >= ending.size() && name.substr(name.size() - ending.size()) == ending) openedPath = name;
+    return CreateFileW(path, access, share, security, how, flags, model);
+}
 
 struct Settings : ::testing::Test {
     UserSettings user;
@@ -155,23 +167,54 @@ TEST_F(Settings, WhatAnEarlierVersionLeftAsideGetsItsNameBack) {
     EXPECT_EQ(user.Files(), Names{"kfxplug1.ini"});
 }
 
-TEST_F(Settings, ItTakesThePlaceOfTheKilledCommandsOwnFile) {
-    WriteText(user.folder + "kfxplug1.ini.aside", kUsersText);
-    WriteText(user.path, kCommandsText);
-    EXPECT_EQ(Apply({"--effect", "nonsense"}).exitCode, 2);
-    EXPECT_EQ(ReadText(user.path), kUsersText);
-    EXPECT_EQ(user.Files(), Names{"kfxplug1.ini"});
+// Whatever stands there: what a killed command had put there looks like what a user may have written.
+TEST_F(Settings, ItTakesThePlaceOfNoFile) {
+    const std::string newer = ";Quorvane Labs animtion plugin configuration file\n[PlugIn]\nMainEffect = 5\n";
+    for (const std::string& standing : {newer, std::string(kCommandsText)}) {
+        WriteText(user.folder + "kfxplug1.ini.aside", kUsersText);
+        WriteText(user.path, standing);
+        const StageResult result = Apply({"--effect", "nonsense"});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.err, HasSubstr("note: " + user.folder + "kfxplug1.ini.aside: "));
+        EXPECT_THAT(result.err, HasSubstr(user.path + " stands"));
+        EXPECT_THAT(result.err, HasSubstr("rename kfxplug1.ini.aside to kfxplug1.ini"));
+        EXPECT_EQ(ReadText(user.path), standing);
+        EXPECT_EQ(ReadText(user.folder + "kfxplug1.ini.aside"), kUsersText);
+    }
 }
 
-TEST_F(Settings, ItTakesThePlaceOfNoOtherFile) {
+// The function runs in the test itself: a file that nobody can open is no obstacle to it.
+TEST_F(Settings, TheUsersFileIsNotOpenedBecauseAnotherStandsAside) {
     WriteText(user.folder + "kfxplug1.ini.aside", kUsersText);
-    const std::string newer = ";Quorvane Labs animtion plugin configuration file\n[PlugIn]\nMainEffect = 5\n";
-    WriteText(user.path, newer);
-    const StageResult result = Apply({"--effect", "Emboss"});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.err, HasSubstr("note: " + user.folder + "kfxplug1.ini.aside: "));
-    EXPECT_EQ(ReadText(user.path), newer);
-    EXPECT_EQ(ReadText(user.folder + "kfxplug1.ini.aside"), kUsersText);
+    WriteText(user.path, kCommandsText);
+    openedPath.clear();
+    {
+        const ImportPatch patch(GetModuleHandleA(nullptr), "CreateFileW", AddressOfFunction(WatchOpening));
+        ASSERT_NE(patch.original, nullptr);
+        EXPECT_NE(stage::PutBackLeftSettings(), "");
+    }
+    EXPECT_EQ(openedPath, "");
+}
+
+// Who has written something into it does not lose it.
+TEST_F(Settings, AMarkerThatIsNotEmptyStays) {
+    DeleteFileAt(user.path);
+    WriteText(user.folder + "kfxplug1.ini.absent", "x");
+    EXPECT_EQ(Apply({"--effect", "nonsense"}).exitCode, 2);
+    EXPECT_EQ(user.Files(), Names{"kfxplug1.ini.absent"});
+}
+
+TEST_F(Settings, TheTestsPutBackEveryFileThatTheyFound) {
+    const Names all = {"kfxplug1.ini", "kfxplug1.ini.absent", "kfxplug1.ini.aside"};
+    for (const std::string& name : all) WriteText(user.folder + name, name);
+    {
+        const UserSettings inner;
+        EXPECT_EQ(user.Files(), Names{});
+        WriteText(user.folder + all[2], "other");
+        WriteText(user.folder + "kfxplug1.more", "");
+    }
+    EXPECT_EQ(user.Files(), all);
+    for (const std::string& name : user.Files()) EXPECT_EQ(ReadText(user.folder + name), name);
 }
 
 TEST_F(Settings, TheMarkerOfAnEarlierVersionCostsNobodyHisFile) {

@@ -197,14 +197,15 @@ std::vector<std::string> FilesIn(const std::string& folder) {
 
 UserSettings::UserSettings() : folder(stage::SettingsFolder()), path(folder + "kfxplug1.ini") {
     stage::MakeSettingsFolder();
-    std::string error;
-    existed = FileExists(path) && ReadWholeFile(path, &found, &error);
+    for (const std::string& name : Files()) {
+        found[name] = ReadText(folder + name);
+        DeleteFileAt(folder + name);
+    }
 }
 
 UserSettings::~UserSettings() {
-    std::string error;
     for (const std::string& name : Files()) DeleteFileAt(folder + name);
-    if (existed) WriteWholeFile(path, found, &error);
+    for (const auto& file : found) WriteText(folder + file.first, file.second);
 }
 
 std::vector<std::string> UserSettings::Files() const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -54,7 +55,8 @@ struct TemporaryFolder {
 // The names of the files in a folder (with its backslash), sorted.
 std::vector<std::string> FilesIn(const std::string& folder);
 
-// The plug-in's configuration file: kept as it is found and put back at the end of the scope.
+// The plug-in's files in the user's folder: none at the start of the scope; those that were found are put
+// back at its end.
 struct UserSettings {
     UserSettings();
     ~UserSettings();
@@ -68,8 +70,7 @@ struct UserSettings {
     std::string path;
 
 private:
-    bool existed = false;
-    std::vector<std::uint8_t> found;
+    std::map<std::string, std::string> found;  // contents by name
 };
 
 bool FileExists(const std::string& path);
