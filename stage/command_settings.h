@@ -20,9 +20,11 @@ struct CommandSettings {
 
     std::string text;
     std::string error;               // one sentence when the text cannot be offered
-    std::atomic<bool> taken{false};  // the plug-in has opened it, or there is nothing to take
+    std::atomic<bool> taken{false};  // this process has read all of it, or there is nothing to take
+    std::string path;                // where it is offered; empty without text
 
     HANDLE pipe = INVALID_HANDLE_VALUE;
+    SRWLOCK closing = SRWLOCK_INIT;  // held while the pipe is closed or disconnected
     HANDLE stop = nullptr;
     HANDLE thread = nullptr;
 };
