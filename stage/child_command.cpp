@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "stage/child_command.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
@@ -16,12 +17,10 @@ namespace {
 // In front of the child's arguments, followed by its handles of the pipe and the mutex.
 constexpr char kChildOption[] = "--child-of-stage";
 
-// How long an interrupt waits for files that are being put in place.
-constexpr DWORD kPlacingMilliseconds = 10000;
-
 // What the parent and its child share. The child sends lines of JSON through the pipe: {"temporary": path}
-// before it makes a file, {"report": ...} at its end. It takes the mutex before the first file gets its final
-// name, and keeps it until it ends; who interrupts it takes it too, so that no half of a series appears.
+// before it makes a file, {"plugin": true} before it loads one, {"report": ...} at its end. It takes the
+// mutex before the first file gets its final name, and keeps it until it ends; who interrupts it takes it
+// too, so that no half of a series appears.
 struct Shared {
     HANDLE pipe = nullptr;
     HANDLE placing = nullptr;
@@ -48,7 +47,8 @@ struct OwnedHandle {
 };
 
 BOOL WINAPI InterruptChild(DWORD) {
-    WaitForSingleObject(shared.placing, kPlacingMilliseconds);
+    // However long it takes: a child that puts its files in place ends by itself.
+    WaitForSingleObject(shared.placing, INFINITE);
     interrupted = true;
     if (child) TerminateProcess(child, kExitInterrupted);
     // The main thread ends the process. When a console is closed, returning from here would end it sooner.
@@ -75,7 +75,7 @@ std::wstring ChildCommandLine(const std::wstring& program) {
         return L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(handle));
     };
     return L"\"" + program + L"\" " + Widen(kChildOption) + number(shared.pipe) + number(shared.placing) +
-           WithoutProgram(GetCommandLineW());
+           L" " + WithoutProgram(GetCommandLineW());
 }
 
 // Makes the pipe and the mutex. The child inherits both; the parent keeps the reading end.
@@ -86,33 +86,69 @@ bool MakeShared(OwnedHandle* reading) {
            SetHandleInformation(reading->handle, HANDLE_FLAG_INHERIT, 0);
 }
 
-// A job whose processes end with the last handle to it: a child does not outlive its parent.
+// A job whose processes end with the last handle to it: a child does not outlive its parent. Null: none.
 HANDLE MakeJob() {
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
     limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
     const HANDLE job = CreateJobObjectW(nullptr, nullptr);
-    if (job) SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits);
-    return job;
+    if (!job || SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits))
+        return job;
+    CloseHandle(job);
+    return nullptr;
+}
+
+// Starts the child with the handles that it needs, and no other of this process's.
+bool CreateChild(const wchar_t* program, std::wstring commandLine, PROCESS_INFORMATION* process) {
+    STARTUPINFOEXW startup = {};
+    startup.StartupInfo.cb = sizeof startup;
+    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+    startup.StartupInfo.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    startup.StartupInfo.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+    startup.StartupInfo.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    // Each may stand in the list once, and only when it can be inherited.
+    std::vector<HANDLE> handles = {shared.pipe, shared.placing};
+    for (const HANDLE handle :
+         {startup.StartupInfo.hStdInput, startup.StartupInfo.hStdOutput, startup.StartupInfo.hStdError}) {
+        DWORD flags = 0;
+        if (handle && GetHandleInformation(handle, &flags) && (flags & HANDLE_FLAG_INHERIT) &&
+            std::find(handles.begin(), handles.end(), handle) == handles.end()) {
+            handles.push_back(handle);
+        }
+    }
+    SIZE_T size = 0;
+    InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+    std::vector<std::uint64_t> memory(size / sizeof(std::uint64_t) + 1);
+    startup.lpAttributeList = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory.data());
+    if (!InitializeProcThreadAttributeList(startup.lpAttributeList, 1, 0, &size)) return false;
+    const bool created =
+        UpdateProcThreadAttribute(startup.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
+                                  handles.data(), handles.size() * sizeof(HANDLE), nullptr, nullptr) &&
+        CreateProcessW(program, commandLine.data(), nullptr, nullptr, TRUE,
+                       CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
+                       &startup.StartupInfo, process);
+    DeleteProcThreadAttributeList(startup.lpAttributeList);
+    return created;
 }
 
 bool StartChild(HANDLE job, PROCESS_INFORMATION* process) {
     wchar_t program[32768];
-    GetModuleFileNameW(nullptr, program, 32768);
-    std::wstring commandLine = ChildCommandLine(program);
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
-    startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
-    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    if (!CreateProcessW(program, commandLine.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
-                        nullptr, &startup, process)) {
+    const DWORD length = GetModuleFileNameW(nullptr, program, 32768);
+    if (length == 0 || length == 32768) return false;
+    // One more way to the user's settings, which no command needs.
+    SetEnvironmentVariableW(L"APPDATA", nullptr);
+    if (!CreateChild(program, ChildCommandLine(program), process)) return false;
+    if (!AssignProcessToJobObject(job, process->hProcess)) {
+        const DWORD error = GetLastError();
+        TerminateProcess(process->hProcess, kExitPlugin);
+        CloseHandle(process->hThread);
+        CloseHandle(process->hProcess);
+        SetLastError(error);
         return false;
     }
-    if (job) AssignProcessToJobObject(job, process->hProcess);
     child = process->hProcess;
     if (interrupted) TerminateProcess(process->hProcess, kExitInterrupted);
     ResumeThread(process->hThread);
+    CloseHandle(process->hThread);
     return true;
 }
 
@@ -132,23 +168,43 @@ std::string CodeText(DWORD code) {
     return text;
 }
 
-// Reads the child's lines. False: there is no report among them.
-bool ReadLines(const std::string& lines, Report* report, std::vector<std::string>* temporary) {
+// What the child has sent until its end.
+struct Received {
     bool reported = false;
+    bool usedPlugin = false;
+    Report report;
+    std::vector<std::string> temporary;
+};
+
+// Throws where a line does not hold what it should.
+void ReadLine(const nlohmann::ordered_json& line, Received* received) {
+    if (line.contains("temporary")) received->temporary.push_back(line.at("temporary").get<std::string>());
+    if (line.contains("plugin")) received->usedPlugin = true;
+    if (!line.contains("report")) return;
+    const auto& sent = line.at("report");
+    Report report;
+    report.exitCode = static_cast<ExitCode>(sent.at("exitCode").get<int>());
+    report.error = sent.at("error").get<std::string>();
+    report.notes = sent.at("notes").get<std::vector<std::string>>();
+    report.text = sent.at("text").get<std::string>();
+    report.result = sent.at("result");
+    received->report = report;
+    received->reported = true;
+}
+
+// A plug-in can write to the pipe, too: a line that is not as it should be says nothing.
+Received ReadLines(const std::string& lines) {
+    Received received;
     for (size_t start = 0, end; (end = lines.find('\n', start)) != std::string::npos; start = end + 1) {
         const auto line = nlohmann::ordered_json::parse(lines.substr(start, end - start), nullptr, false);
         if (!line.is_object()) continue;
-        if (line.contains("temporary")) temporary->push_back(line["temporary"].get<std::string>());
-        if (!line.contains("report")) continue;
-        const auto& sent = line["report"];
-        report->exitCode = static_cast<ExitCode>(sent["exitCode"].get<int>());
-        report->error = sent["error"].get<std::string>();
-        report->notes = sent["notes"].get<std::vector<std::string>>();
-        report->text = sent["text"].get<std::string>();
-        report->result = sent["result"];
-        reported = true;
+        try {
+            ReadLine(line, &received);
+        } catch (const nlohmann::json::exception&) {
+            continue;
+        }
     }
-    return reported;
+    return received;
 }
 
 void Send(const nlohmann::ordered_json& line) {
@@ -159,7 +215,12 @@ void Send(const nlohmann::ordered_json& line) {
     WriteFile(shared.pipe, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
-void SendTemporary(const std::string& path) { Send({{"temporary", path}}); }
+// The whole path: the plug-in may have changed the current folder, which the parent does not follow.
+void SendTemporary(const std::string& path) {
+    wchar_t whole[32768];
+    const DWORD length = GetFullPathNameW(Widen(path).c_str(), 32768, whole, nullptr);
+    Send({{"temporary", length > 0 && length < 32768 ? Narrow(whole) : path}});
+}
 
 void TakePlacing() { WaitForSingleObject(shared.placing, INFINITE); }
 
@@ -177,8 +238,9 @@ Report RunChildCommand() {
     OwnedHandle reading, job;
     PROCESS_INFORMATION process = {};
     job.handle = MakeJob();
-    if (!MakeShared(&reading)) {
-        return FailedReport(kExitPlugin, "no pipe could be made: " + SystemErrorText(GetLastError()) + ".");
+    if (!job.handle || !MakeShared(&reading)) {
+        return FailedReport(kExitPlugin, "the command's process cannot be prepared: " +
+                                             SystemErrorText(GetLastError()) + ".");
     }
     SetConsoleCtrlHandler(InterruptChild, TRUE);
     if (!StartChild(job.handle, &process)) {
@@ -190,15 +252,20 @@ Report RunChildCommand() {
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD code = 0;
     GetExitCodeProcess(process.hProcess, &code);
+    // Who holds the mutex keeps the interrupt handler from using the handle.
+    if (WaitForSingleObject(shared.placing, 0) != WAIT_TIMEOUT) {
+        child = nullptr;
+        CloseHandle(process.hProcess);
+    }
 
-    Report report;
-    std::vector<std::string> temporary;
-    if (ReadLines(lines, &report, &temporary)) return report;
+    const Received received = ReadLines(lines);
+    if (received.reported) return received.report;
     LeaveUnfinishedLine();
-    for (const std::string& path : temporary) DeleteFileW(Widen(path).c_str());
+    for (const std::string& path : received.temporary) DeleteFileW(Widen(path).c_str());
     if (interrupted) return FailedReport(kExitInterrupted, "interrupted.");
-    return FailedReport(kExitPlugin, "the plug-in has ended the command before it was done (exit code " +
-                                         CodeText(code) + ").");
+    const char* const ended = received.usedPlugin ? "the plug-in has ended the command before it was done"
+                                                  : "the command's process was ended before it was done";
+    return FailedReport(kExitPlugin, ended + (" (exit code " + CodeText(code) + ")."));
 }
 
 bool BecomeChild(std::vector<std::string>* arguments) {
@@ -211,6 +278,10 @@ bool BecomeChild(std::vector<std::string>* arguments) {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     WatchWriting({SendTemporary, TakePlacing});
     return true;
+}
+
+void TellOfPlugin() {
+    if (shared.pipe) Send({{"plugin", true}});
 }
 
 void EndChild(const Report& report) {

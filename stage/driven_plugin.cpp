@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "stage/commands.h"
 
+#include "stage/child_command.h"
 #include "stage/folder_answers.h"
 #include "stage/text_windows.h"
 
@@ -33,6 +34,7 @@ DrivenPlugin::DrivenPlugin(const CommandLine& line, std::uint8_t capabilities, H
     BeginSession(session, capabilities);
     run.error = settings.error;
     const std::string path = line.plugin.empty() ? DefaultPluginPath() : SystemPath(line.plugin);
+    TellOfPlugin();
     if (!run.error.empty() || !LoadPlugin(path, AnswerFolderLookups, &library, &run.error)) {
         run.exitCode = kExitPlugin;
         return;

@@ -57,7 +57,8 @@ struct FolderFunction {
     void* answer;  // null: not answered
 };
 
-// Every way to a folder of the user's, and to functions that are not imported.
+// The system's functions that find a folder of the user's, and those that find functions that are not
+// imported.
 const FolderFunction kFolderFunctions[] = {
     {"SHGetSpecialFolderLocation", AddressOf(AnswerLocation)},
     {"SHGetPathFromIDListA", AddressOf(AnswerPath)},

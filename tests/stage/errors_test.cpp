@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
 #include "tests/stage/stage_process.h"
 #include "tests/stage/test_animations.h"
 
@@ -144,6 +146,12 @@ TEST_F(Errors, APluginThatEndsTheProcessIsReported) {
     }
 }
 
+TEST_F(Errors, WhatAPluginWritesToThePipeIsNoReport) {
+    _putenv("KFX_MISBEHAVIOUR=report");
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("the plug-in has ended the command before it was done (exit code 0)"));
+}
+
 TEST_F(Errors, APluginThatCrashesIsReported) {
     _putenv("KFX_MISBEHAVIOUR=crash");
     EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
@@ -158,9 +166,13 @@ TEST_F(Errors, APluginThatCrashesIsReported) {
 
 TEST_F(Errors, APluginThatHangsInAMessageIsGivenUp) {
     _putenv("KFX_MISBEHAVIOUR=window");
+    const HANDLE chosen = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingChosen");
+    ResetEvent(chosen);
     EXPECT_THAT(Failing(6, Apply({"--effect", "Bump", "--timeout", "1", "--plugin",
                                   FileBesideTest("misbehaving_plugin.dll")})),
                 HasSubstr("stopped answering (1 s"));
+    EXPECT_EQ(WaitForSingleObject(chosen, 0), WAIT_OBJECT_0) << "the plug-in was not sent the message";
+    CloseHandle(chosen);
 }
 
 TEST_F(Errors, APluginThatHangsIsGivenUp) {

@@ -9,6 +9,7 @@
 #include <shlobj.h>
 
 #include "host/host_records.h"
+#include "stage/import_table.h"
 
 // Room inside this DLL's image, where a test can write tables that the DLL's own headers then name.
 extern "C" __declspec(dllexport) std::uint8_t kfxScratch[256];
@@ -42,6 +43,42 @@ void MeetTest() {
     CloseHandle(go);
 }
 
+// Writes to the pipe that the command line names what is no report, and ends the command.
+void SendNoReport() {
+    const char* const option = std::strstr(GetCommandLineA(), "--child-of-stage ");
+    if (!option) return;
+    const auto pipe = static_cast<std::uintptr_t>(std::strtoull(option + 17, nullptr, 10));
+    const std::string lines = "{\"report\": 5}\n{\"temporary\": []}\n";
+    DWORD written = 0;
+    WriteFile(reinterpret_cast<HANDLE>(pipe), lines.data(), static_cast<DWORD>(lines.size()), &written,
+              nullptr);
+    ExitProcess(0);
+}
+
+// Moves a file, and meets the test when one has got its final name.
+int filesMoved = 0;
+
+BOOL WINAPI MoveAndMeet(LPCWSTR from, LPCWSTR to, DWORD flags) {
+    if (filesMoved++ == 1) MeetTest();
+    return MoveFileExW(from, to, flags);
+}
+
+// Lets the real plug-in do its work, in a program that moves its files so.
+int BuildAndMeet(HWND parent, kfx::HostContext* context) {
+    // The files are moved after the plug-in is let go.
+    HMODULE own = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<LPCSTR>(&MoveAndMeet), &own);
+    for (const kfx::stage::Import& import : kfx::stage::ImportsOf(GetModuleHandleA(nullptr))) {
+        if (import.slot && import.function && std::strcmp(import.function, "MoveFileExW") == 0)
+            kfx::stage::SetImport(import, reinterpret_cast<void*>(&MoveAndMeet));
+    }
+    const HMODULE real = LoadLibraryA("kfxplug1.dll");
+    const auto build = reinterpret_cast<int (*)(HWND, kfx::HostContext*)>(
+        reinterpret_cast<void*>(GetProcAddress(real, "PLUGIN16DoBuild")));
+    return build(parent, context);
+}
+
 // What a host takes for the window of a plug-in: a dialog with an effect list and a preview. It hangs when an
 // effect is chosen.
 void ShowBareWindow(HWND parent) {
@@ -59,7 +96,10 @@ void ShowBareWindow(HWND parent) {
                               reinterpret_cast<HMENU>(INT_PTR{50}), nullptr, nullptr);
             SendMessageA(effects, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("Bump"));
         }
-        if (message == WM_COMMAND && word == MAKEWPARAM(50, CBN_CLOSEUP)) Sleep(INFINITE);
+        if (message == WM_COMMAND && word == MAKEWPARAM(50, CBN_CLOSEUP)) {
+            SetEvent(CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingChosen"));
+            Sleep(INFINITE);
+        }
         if (message == WM_COMMAND && LOWORD(word) == IDCANCEL) EndDialog(window, 0);
         return message == WM_INITDIALOG;
     };
@@ -73,7 +113,7 @@ extern "C" __declspec(dllexport) int PLUGIN16GetPluginParams(kfx::PluginInfo* in
     return 1;
 }
 
-extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostContext*) {
+extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostContext* context) {
     const char* variable = std::getenv("KFX_MISBEHAVIOUR");
     const std::string misbehaviour = variable ? variable : "";
     if (misbehaviour == "hang") Sleep(INFINITE);
@@ -84,10 +124,13 @@ extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostConte
     if (misbehaviour == "crash") RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr);
     if (misbehaviour == "message") Say(parent, "It is raining.");
     if (misbehaviour == "meet") MeetTest();
+    if (misbehaviour == "report") SendNoReport();
+    if (misbehaviour == "placing") return BuildAndMeet(parent, context);
     if (misbehaviour == "window") ShowBareWindow(parent);
     if (misbehaviour == "folders") {
         Say(parent, "settings " + UsersFolder(CSIDL_APPDATA) + ", profile " + UsersFolder(CSIDL_PROFILE) +
-                        ", by name " + Found("SHGetFolderPathA") + ", documents " +
+                        ", by name " + Found("SHGetFolderPathA") + ", by variable " +
+                        (std::getenv("APPDATA") ? "found" : "none") + ", documents " +
                         UsersFolder(CSIDL_PERSONAL) + ".");
     }
     return 1;

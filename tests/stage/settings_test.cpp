@@ -126,7 +126,7 @@ TEST_F(Settings, WhatHasNoControlInTheWindowReachesThePlugin) {
 
 TEST_F(Settings, ADrivenPluginFindsNoFolderButTheDocuments) {
     const std::string said = Misbehave("folders").err;
-    EXPECT_THAT(said, HasSubstr("settings none, profile none, by name none, documents "));
+    EXPECT_THAT(said, HasSubstr("settings none, profile none, by name none, by variable none, documents "));
     EXPECT_THAT(said, Not(HasSubstr("documents none")));
 }
 

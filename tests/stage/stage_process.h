@@ -27,6 +27,10 @@ struct RunningStage {
 // Starts kestrel-stage.exe without waiting. False: it did not start.
 bool StartStage(const std::vector<std::string>& arguments, RunningStage* stage);
 
+// A process that this one (a handle) has started, opened with these rights; null: there is none. To be
+// closed.
+void* OpenChildOf(void* process, unsigned long access);
+
 // Waits for its end, ends it when it hangs (which fails the test), and returns its exit code.
 int WaitForStage(RunningStage* stage);
 
