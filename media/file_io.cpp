@@ -71,15 +71,17 @@ bool IsDevice(const fs::path& path) {
     return fs::is_other(path, failure) && !failure;
 }
 
-// False: `*reason` is what the C library says about it, if anything.
-bool WriteBytes(const fs::path& path, const std::vector<std::uint8_t>& content, std::string* reason) {
+// False: `*reason` is what the C library says about it, if anything. A temporary file is removed then.
+bool WriteBytes(const fs::path& path, bool temporary, const std::vector<std::uint8_t>& content,
+                std::string* reason) {
     errno = 0;
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
     file.flush();
-    if (file.is_open() && file.fail()) {
+    if (temporary && file.is_open() && file.fail()) {
         // A full disk that still took a part of the bytes gives no reason, and on Windows an older one that
-        // has nothing to do with it is left in errno. The next byte gets the true one.
+        // has nothing to do with it is left in errno. The next byte gets the true one;
+        // a device or pipe must not receive it.
         errno = 0;
         file.clear();
         file.put('\0');
@@ -167,7 +169,8 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
             writeWatch.making(temporary.paths[i].u8string());
         }
         std::string reason;
-        if (!WriteBytes(temporary.paths[i].empty() ? targets[i] : temporary.paths[i], content, &reason)) {
+        const bool isTemporary = !temporary.paths[i].empty();
+        if (!WriteBytes(isTemporary ? temporary.paths[i] : targets[i], isTemporary, content, &reason)) {
             *error = Failure(paths[i], "the file cannot be written", reason);
             return false;
         }
