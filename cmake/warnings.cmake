@@ -6,7 +6,7 @@ target_include_directories(kfx_flags INTERFACE ${CMAKE_SOURCE_DIR})
 # Floating point: one rounding per operation, in the order written, with every compiler. A fused multiply-add or a
 # wider intermediate result would move results by a bit between machines.
 # - GCC and Clang: -ffp-contract=off (their own defaults are "fast" and "on"). Nothing of -ffast-math is given; the
-#   effects' -fno-math-errno and -fno-trapping-math leave results alone, see effects/CMakeLists.txt.
+#   kernels' -fno-math-errno and -fno-trapping-math leave results alone, see kfx_kernel_flags.
 # - MSVC: /fp:precise, never /fp:fast and never /fp:contract. Before Visual Studio 2022 /fp:precise itself contracts
 #   where fused multiply-adds are allowed (/arch:AVX2, ARM64): there nothing but /fp:strict is right.
 # - No x87 code: 64-bit targets compute in SSE2 or the like. framework/math refuses to compile anywhere else.
@@ -61,4 +61,13 @@ if(MSVC)
 else()
     target_compile_options(kfx_plugin_flags INTERFACE
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-threadsafe-statics>)
+endif()
+
+# kfx_kernel_flags: for effects, their machinery and the framework's mathematics, on top of the plug-in's flags. Nobody asks the C library's errno or
+# the floating-point status for an error, and loops with a square root or a comparison become vectors only when the
+# compiler knows. No result changes.
+add_library(kfx_kernel_flags INTERFACE)
+target_link_libraries(kfx_kernel_flags INTERFACE kfx_plugin_flags)
+if(NOT MSVC)
+    target_compile_options(kfx_kernel_flags INTERFACE -fno-math-errno -fno-trapping-math)
 endif()

@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-#include "effects/shared/neighbor_filter.h"
 #include "framework/cpu.h"
+#include "kernels/neighbor_filter.h"
 #if KFX_HAS_AVX2
 #include <immintrin.h>
 #endif

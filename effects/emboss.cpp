@@ -4,11 +4,11 @@
 // sum divides the result: the harsh look is intended.
 #include "effects/emboss.h"
 
-#include "effects/emboss_fast.h"
-#include "effects/shared/convolution.h"
 #include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
+#include "kernels/convolution.h"
+#include "kernels/emboss_estimate.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

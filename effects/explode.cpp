@@ -3,8 +3,8 @@
 // sets the strength: intended.
 #include "effects/explode.h"
 
-#include "effects/shared/implode_kernel.h"
 #include "framework/settings.h"
+#include "kernels/implosion.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

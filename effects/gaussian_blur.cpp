@@ -8,11 +8,11 @@
 #include <cmath>
 #include <cstring>
 
-#include "effects/box_blur.h"
-#include "effects/separable_blur.h"
 #include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
+#include "kernels/box_blur.h"
+#include "kernels/separable_blur.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

@@ -7,10 +7,10 @@
 
 #include <cstring>
 
-#include "effects/shared/hsb.h"
 #include "framework/cpu.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
+#include "kernels/hsb_shift.h"
 #include "resources/panel_controls.h"
 #if KFX_HAS_AVX2
 #include <immintrin.h>

@@ -4,8 +4,8 @@
 // intended.
 #include "effects/implode.h"
 
-#include "effects/shared/implode_kernel.h"
 #include "framework/settings.h"
+#include "kernels/implosion.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "effects/flare_painter.h"
 #include "framework/effect_record.h"
+#include "kernels/flare_painter.h"
 
 namespace kfx {
 

@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "effects/smear.h"
 #include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
+#include "kernels/smear.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

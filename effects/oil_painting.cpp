@@ -9,11 +9,11 @@
 #include <cmath>
 #include <cstring>
 
-#include "effects/oil_painter.h"
-#include "effects/shared/region_copy.h"
 #include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
+#include "kernels/diamond_mode.h"
+#include "kernels/region_copy.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

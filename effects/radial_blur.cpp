@@ -8,12 +8,12 @@
 #include <cmath>
 #include <cstring>
 
-#include "effects/arc_blur.h"
-#include "effects/shared/packed_sums.h"
-#include "effects/shared/region_copy.h"
 #include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
+#include "kernels/arc_blur.h"
+#include "kernels/packed_sums.h"
+#include "kernels/region_copy.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

@@ -7,10 +7,10 @@
 
 #include <cmath>
 
-#include "effects/ripple_blend.h"
-#include "effects/shared/radial_field.h"
 #include "framework/math/elementary.h"
 #include "framework/settings.h"
+#include "kernels/radial_field.h"
+#include "kernels/shifted_blend.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

@@ -5,10 +5,10 @@
 
 #include <cmath>
 
-#include "effects/shared/region_distortion.h"
 #include "framework/cpu.h"
 #include "framework/math/elementary.h"
 #include "framework/settings.h"
+#include "kernels/region_distortion.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

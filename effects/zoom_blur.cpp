@@ -6,9 +6,9 @@
 
 #include <algorithm>
 
-#include "effects/shared/packed_sums.h"
 #include "framework/memory_guards.h"
 #include "framework/settings.h"
+#include "kernels/packed_sums.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

@@ -3,9 +3,9 @@
 
 #include <vector>
 
-#include "effects/shared/convolution.h"
 #include "framework/effect_operations.h"
-#include "tests/effects/effect_checks.h"
+#include "kernels/convolution.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

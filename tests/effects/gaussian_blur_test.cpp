@@ -6,8 +6,8 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "effects/box_blur.h"
-#include "tests/effects/effect_checks.h"
+#include "kernels/box_blur.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

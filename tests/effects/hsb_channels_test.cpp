@@ -3,10 +3,10 @@
 
 #include <string>
 
-#include "effects/shared/hsb.h"
 #include "framework/cpu.h"
 #include "framework/memory_guards.h"
-#include "tests/effects/effect_checks.h"
+#include "kernels/hsb_shift.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "effects/explode.h"
-#include "effects/shared/bilinear_sampler.h"
-#include "tests/effects/effect_checks.h"
+#include "kernels/bilinear_sampler.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

@@ -10,7 +10,7 @@
 #include "framework/movable_memory_native.h"
 #include "framework/panel.h"
 #include "framework/random.h"
-#include "tests/effects/effect_checks.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

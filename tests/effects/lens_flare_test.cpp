@@ -8,7 +8,7 @@
 
 #include "framework/cpu.h"
 #include "framework/math/elementary.h"
-#include "tests/effects/effect_checks.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "effects/motion_blur.h"
 
-#include "tests/effects/effect_checks.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "effects/obscure.h"
 
-#include "tests/effects/effect_checks.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

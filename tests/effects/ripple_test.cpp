@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tests/effects/effect_checks.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

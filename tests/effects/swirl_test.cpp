@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "tests/effects/effect_checks.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <ctime>
 
 #include "framework/random.h"
-#include "tests/effects/effect_checks.h"
+#include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {

@@ -12,28 +12,32 @@
 namespace kfx {
 namespace {
 
+// The exported entry points: to the plug-in what `main` is to a program.
+const std::string kEntryPoints = "host/entry_points_windows";
+
 // What each folder may include besides itself. Tests and benchmarks may include everything.
 const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"resources", {}},
-    {"host", {"framework"}},
+    {"host", {}},
     {"framework", {"host", "resources"}},
-    {"effects", {"framework", "resources"}},
-    {"builder", {"effects", "framework", "host", "resources"}},
+    {"kernels", {"framework"}},
+    {"effects", {"framework", "kernels", "resources"}},
+    {"builder", {"framework", "host", "resources"}},
     {"documents", {"framework", "resources"}},
     {"window", {"builder", "documents", "effects", "framework", "host", "resources"}},
+    {kEntryPoints, {"host", "resources", "window"}},
     {"media", {}},
     {"stage", {"host", "media"}},
-    {"cli", {"builder", "documents", "effects", "framework", "host", "media", "resources"}},
-};
-
-// The exported entry points stand at the way's very start: the host calls them, they open the window.
-const std::map<std::string, std::set<std::string>> kMayIncludeBesides = {
-    {"host/entry_points_windows.cpp", {"resources", "window"}},
 };
 
 // Folders that are compiled natively too.
-const std::set<std::string> kPortable = {"host",      "framework", "effects", "builder",
-                                         "documents", "media",     "cli"};
+const std::set<std::string> kPortable = {"host",    "framework", "kernels", "effects",
+                                         "builder", "documents", "media"};
+
+// The row of the table that holds for a file.
+std::string PlaceOf(const std::string& path) {
+    return path.rfind(kEntryPoints, 0) == 0 ? kEntryPoints : TopFolder(path);
+}
 
 bool IsWindowsHeader(std::string name) {
     std::transform(name.begin(), name.end(), name.begin(),
@@ -82,17 +86,44 @@ TEST(Includes, NoFilesIncludeEachOtherInACircle) {
 
 TEST(Includes, FoldersIncludeOnlyWhatTheirPlaceOnTheWayAllows) {
     for (const auto& [path, source] : ReadSourceTree()) {
-        const std::string from = TopFolder(path);
+        const std::string from = PlaceOf(path);
         const auto allowed = kMayInclude.find(from);
         if (allowed == kMayInclude.end()) continue;
-        const auto besides = kMayIncludeBesides.find(path);
         for (const auto& include : source.ownIncludes) {
-            const std::string to = TopFolder(include);
+            const std::string to = PlaceOf(include);
             if (include.find('/') == std::string::npos || to == from) continue;
-            if (besides != kMayIncludeBesides.end() && besides->second.count(to)) continue;
             EXPECT_TRUE(allowed->second.count(to)) << path << " includes \"" << include << "\"";
         }
     }
+}
+
+TEST(Includes, TheTableNamesEveryFolderAndAllowsNothingThatNobodyUses) {
+    std::map<std::string, std::set<std::string>> used;
+    for (const auto& [path, source] : ReadSourceTree()) {
+        const std::string from = PlaceOf(path);
+        if (from == "tests" || from == "bench") continue;
+        EXPECT_TRUE(kMayInclude.count(from)) << path;
+        for (const auto& include : source.ownIncludes)
+            if (include.find('/') != std::string::npos && PlaceOf(include) != from)
+                used[from].insert(PlaceOf(include));
+    }
+    for (const auto& [from, allowed] : kMayInclude)
+        for (const auto& to : allowed) EXPECT_TRUE(used[from].count(to)) << from << " may include " << to;
+}
+
+TEST(Includes, TheTableIsAGraphWithoutACircle) {
+    std::map<std::string, int> height;  // of each place above what it includes
+    for (size_t round = 0; round <= kMayInclude.size(); ++round) {
+        bool raised = false;
+        for (const auto& [from, allowed] : kMayInclude)
+            for (const auto& to : allowed)
+                if (height[from] <= height[to]) {
+                    height[from] = height[to] + 1;
+                    raised = true;
+                }
+        if (!raised) return;
+    }
+    ADD_FAILURE() << "folders may include each other in a circle";
 }
 
 TEST(Includes, PortableFoldersIncludeNoWindowsHeaderOutsideTheirWindowsFiles) {

@@ -8,8 +8,7 @@ namespace kfx {
 
 namespace {
 
-const char* const kFolders[] = {"host",      "framework", "effects", "builder", "documents", "window",
-                                "resources", "media",     "stage",   "cli",     "tests",     "bench"};
+constexpr char kResults[] = "out";  // what ./run makes
 
 // Sorts the line's include, if it is one, into the source's lists.
 void NoteInclude(const std::string& line, SourceFile& source) {
@@ -40,9 +39,10 @@ SourceFile ReadSource(const std::filesystem::path& path) {
 
 std::map<std::string, SourceFile> ReadSourceTree() {
     std::map<std::string, SourceFile> sources;
-    for (const char* folder : kFolders) {
-        if (!std::filesystem::is_directory(folder)) continue;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    for (const auto& folder : std::filesystem::directory_iterator(".")) {
+        const std::string name = folder.path().filename().string();
+        if (!folder.is_directory() || name[0] == '.' || name == kResults) continue;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(name)) {
             const auto extension = entry.path().extension();
             if (extension != ".h" && extension != ".cpp") continue;
             SourceFile source = ReadSource(entry.path());

@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: MIT
+// Emboss's matrix is nearly separable. With the bell g(k) = exp(-k^2 / sigma^2), R the sum of g(kx) * p over
+// kx >= 0 along a row and L that over kx < 0, a row above or level with the pixel contributes 8 g(ky) (R -
+// L), a row below it -8 g(ky) (R + L); what that counts on the anti-diagonal, the centre included, is taken
+// back. That is some 3 n products a sample instead of n^2, added in another order than the one defined, so
+// the sum is only a candidate: it differs from the defined one by no more than a bound that is computed from
+// the weights. Where no rounding boundary lies within the bound the byte is certain; the other samples are
+// summed again in the defined order.
+#include "kernels/emboss_estimate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "framework/cpu.h"
+#include "framework/math/elementary.h"
+#include "framework/memory_guards.h"
+#include "kernels/convolution.h"
+
+namespace kfx {
+namespace {
+
+constexpr double kGreatestBound = 0.05;    // beyond it too many samples would be summed twice
+constexpr double kGreatestLoss = 2e-4;     // of levels, by leaving out the matrix's outer weights
+constexpr double kUnitRoundoff = 1.2e-16;  // of double precision, a little more than 2^-53
+
+struct Separation {
+    int32_t reach;       // weights farther out are left out
+    const double* bell;  // g(0), which is 1, to g(reach)
+    double scale;        // 1 / the sum that divides
+    double bound;        // of |candidate - defined value|, in levels
+};
+
+// The weight that the candidate gives matrix entry (ky, kx).
+double CandidateWeight(const Separation& plan, int32_t ky, int32_t kx) {
+    if (std::max(std::abs(ky), std::abs(kx)) > plan.reach || kx == -ky) return 0;
+    const double weight = 8 * plan.bell[std::abs(ky)] * plan.bell[std::abs(kx)];
+    return kx >= 0 && ky >= 0 ? weight : -weight;
+}
+
+// How far the candidate's weights are from the matrix, and the sum of the matrix's magnitudes.
+void CompareWeights(const Separation& plan, int32_t n, const double* matrix, double* difference,
+                    double* magnitude) {
+    *difference = *magnitude = 0;
+    for (int32_t i = 0; i < n; ++i)
+        for (int32_t j = 0; j < n; ++j, ++matrix) {
+            *difference += std::fabs(*matrix - CandidateWeight(plan, i - n / 2, j - n / 2));
+            *magnitude += std::fabs(*matrix);
+        }
+}
+
+// Chooses the least reach that loses little, and computes the bound. A sum of m terms is off by at most m
+// roundoffs of the sum of their magnitudes, whatever the order; each of the candidate's products goes through
+// no more than 3 * reach + 16 roundings.
+bool PlanSeparation(int32_t n, const double* matrix, double sigma, double* bell, Separation* plan) {
+    const double divisor = MatrixDivisor(n, matrix);
+    plan->bell = bell;
+    plan->scale = 1 / divisor;
+    for (int32_t k = 0; k <= n / 2; ++k) bell[k] = Exp(-(k * k) / (sigma * sigma));
+    double difference = 0, magnitude = 0;
+    int32_t most = n / 2;
+    for (int32_t least = std::min(1, most); least < most;) {
+        plan->reach = (least + most) / 2;
+        CompareWeights(*plan, n, matrix, &difference, &magnitude);
+        if (difference * 255 / std::fabs(divisor) <= kGreatestLoss)
+            most = plan->reach;
+        else
+            least = plan->reach + 1;
+    }
+    plan->reach = most;
+    CompareWeights(*plan, n, matrix, &difference, &magnitude);
+    double takenBack = 0;  // magnitude of what is added along the rows and taken back on the anti-diagonal
+    for (int32_t k = 1; k <= plan->reach; ++k) takenBack += 32 * bell[k] * bell[k];
+    const double rounding = kUnitRoundoff * ((static_cast<double>(n) * n + 2) * magnitude +
+                                             (3 * plan->reach + 16) * (magnitude + takenBack));
+    plan->bound = (difference + rounding) * 255 / std::fabs(divisor) + 1e-10;
+    return plan->reach >= 1 && plan->bound < kGreatestBound;  // not for a NaN
+}
+
+// The rows that a result row is made of. Each ring holds rows -reach .. reach around it.
+struct RowSet {
+    const double* const* level;    // 8 (R - L) without the pixel itself: the centre counts nothing
+    const double* const* above;    // 8 (R - L)
+    const double* const* below;    // -8 (R + L)
+    const double* const* samples;  // the bytes, `reach` pixels of the other end to either side
+};
+
+struct RowSums {
+    double* level;
+    double* above;
+    double* below;
+};
+
+// The three sums of one row for each sample.
+KFX_INLINE void SumAlongRow(const Separation& plan, const double* padded, size_t count, const RowSums& out) {
+    constexpr size_t kBlock = 24;  // two sums of each in registers
+    const double* centre = padded + 3 * static_cast<ptrdiff_t>(plan.reach);
+    for (size_t first = 0; first < count; first += kBlock) {
+        double right[kBlock] = {}, left[kBlock] = {};
+        for (int32_t k = 1; k <= plan.reach; ++k) {
+            const double weight = plan.bell[k];
+            const double* ahead = centre + first + 3 * static_cast<ptrdiff_t>(k);
+            const double* behind = centre + first - 3 * static_cast<ptrdiff_t>(k);
+            for (size_t s = 0; s < kBlock; ++s) right[s] += weight * ahead[s];
+            for (size_t s = 0; s < kBlock; ++s) left[s] += weight * behind[s];
+        }
+        const double* samples = centre + first;
+        for (size_t s = 0; s < kBlock; ++s) out.level[first + s] = 8 * (right[s] - left[s]);
+        for (size_t s = 0; s < kBlock; ++s) right[s] += samples[s];
+        for (size_t s = 0; s < kBlock; ++s) out.above[first + s] = 8 * (right[s] - left[s]);
+        for (size_t s = 0; s < kBlock; ++s) out.below[first + s] = -8 * (right[s] + left[s]);
+    }
+}
+
+// Candidate bytes of one row, and for each whether it is in doubt. Returns whether any is.
+KFX_INLINE bool RoundRow(const Separation& plan, const RowSet& rows, size_t count, uint8_t* __restrict bytes,
+                         uint8_t* __restrict doubts) {
+    constexpr size_t kBlock = 32;
+    const int32_t reach = plan.reach;
+    int32_t anyDoubt = 0;
+    for (size_t first = 0; first < count; first += kBlock) {
+        double sums[kBlock];
+        const double* level = rows.level[reach] + first;
+        for (size_t s = 0; s < kBlock; ++s) sums[s] = level[s];
+        for (int32_t k = 1; k <= reach; ++k) {
+            const double weight = plan.bell[k];
+            const double* up = rows.above[reach + k] + first;
+            const double* down = rows.below[reach - k] + first;
+            for (size_t s = 0; s < kBlock; ++s) sums[s] += weight * (up[s] + down[s]);
+            // The anti-diagonal: above to the left, below to the right.
+            const double square = 8 * weight * weight;
+            const double* upLeft = rows.samples[reach + k] + first + 3 * static_cast<ptrdiff_t>(reach - k);
+            const double* downRight = rows.samples[reach - k] + first + 3 * static_cast<ptrdiff_t>(reach + k);
+            for (size_t s = 0; s < kBlock; ++s) sums[s] += square * (upLeft[s] + downRight[s]);
+        }
+        // Rounding up from a half is truncation of the value plus a half; boundaries then lie at 1 .. 255.
+        int32_t nearest[kBlock], whole[kBlock], doubt[kBlock];
+        for (size_t s = 0; s < kBlock; ++s) {
+            sums[s] = std::min(std::max(sums[s] * plan.scale + 0.5, 0.0), 256.0);
+            nearest[s] = static_cast<int32_t>(sums[s] + 0.5);
+            whole[s] = static_cast<int32_t>(sums[s]);
+        }
+        for (size_t s = 0; s < kBlock; ++s) doubt[s] = std::fabs(sums[s] - nearest[s]) < plan.bound;
+        for (size_t s = 0; s < kBlock; ++s) {
+            doubt[s] &= (nearest[s] > 0) & (nearest[s] < 256);
+            anyDoubt |= doubt[s];
+            bytes[first + s] = static_cast<uint8_t>(std::min(whole[s], 255));
+            doubts[first + s] = static_cast<uint8_t>(doubt[s]);
+        }
+    }
+    return anyDoubt != 0;
+}
+
+void SumAlongRowPlain(const Separation& plan, const double* padded, size_t count, const RowSums& out) {
+    SumAlongRow(plan, padded, count, out);
+}
+KFX_AVX2 void SumAlongRowAvx2(const Separation& plan, const double* padded, size_t count,
+                              const RowSums& out) {
+    SumAlongRow(plan, padded, count, out);
+}
+bool RoundRowPlain(const Separation& plan, const RowSet& rows, size_t count, uint8_t* bytes,
+                   uint8_t* doubts) {
+    return RoundRow(plan, rows, count, bytes, doubts);
+}
+KFX_AVX2 bool RoundRowAvx2(const Separation& plan, const RowSet& rows, size_t count, uint8_t* bytes,
+                           uint8_t* doubts) {
+    return RoundRow(plan, rows, count, bytes, doubts);
+}
+
+// `count` pixels of a row from column x on as doubles; columns outside are those of the other end.
+void WidenRow(const uint8_t* row, int32_t width, int32_t x, int32_t count, double* out) {
+    while (count > 0) {
+        const int32_t inside = WrapCoordinate(x, width);
+        const int32_t run = std::min(count, width - inside);
+        const uint8_t* samples = row + 3 * static_cast<size_t>(inside);
+        for (ptrdiff_t s = 0; s < 3 * static_cast<ptrdiff_t>(run); ++s) out[s] = samples[s];
+        out += 3 * static_cast<ptrdiff_t>(run);
+        x += run;
+        count -= run;
+    }
+}
+
+constexpr int32_t kStripColumns = 256;  // a strip's rings stay in the cache, however wide the picture is
+constexpr size_t kLongestBlock = 32;
+
+struct Workspace {
+    double* ring;  // 2 * reach + 1 rows, each as samples and its three sums
+    size_t rowSize;
+    const double** pointers;
+    uint8_t* bytes;
+    uint8_t* doubts;
+};
+
+struct Matrix {
+    int32_t n;
+    const double* weights;
+    double divisor;
+};
+
+// The columns from `left` on.
+void EmbossStrip(const WorkingImage* from, WorkingImage* to, const Separation& plan, const Matrix& matrix,
+                 int32_t left, int32_t columns, const Workspace& space) {
+    const bool avx2 = UseAvx2();
+    const int32_t height = from->height;
+    const int32_t ringRows = 2 * plan.reach + 1;
+    const size_t samples = 3 * static_cast<size_t>(columns);
+    const auto place = [&](int32_t row, int32_t which) {
+        return space.ring + static_cast<size_t>(4 * (row % ringRows) + which) * space.rowSize;
+    };
+    int32_t ready = 0;  // rows from -reach on that are in the ring
+    for (int32_t r = 0; r < height; ++r) {
+        for (; ready < r + ringRows; ++ready) {
+            const uint8_t* row = StoredRow(from, WrapCoordinate(ready - plan.reach, height));
+            WidenRow(row, from->width, left - plan.reach, columns + 2 * plan.reach, place(ready, 0));
+            (avx2 ? SumAlongRowAvx2 : SumAlongRowPlain)(plan, place(ready, 0), samples,
+                                                        {place(ready, 1), place(ready, 2), place(ready, 3)});
+        }
+        for (int32_t k = 0; k < ringRows; ++k)
+            for (int32_t which = 0; which < 4; ++which)
+                space.pointers[which * ringRows + k] = place(r + k, which);
+        const double* const* set = space.pointers;
+        const RowSet rows = {set + ringRows, set + 2 * ringRows, set + 3 * ringRows, set};
+        uint8_t* out = StoredRow(to, r) + 3 * static_cast<size_t>(left);
+        const bool anyDoubt =
+            (avx2 ? RoundRowAvx2 : RoundRowPlain)(plan, rows, samples, space.bytes, space.doubts);
+        std::memcpy(out, space.bytes, samples);
+        if (!anyDoubt) continue;
+        for (int32_t x = 0; x < columns; ++x, out += 3) {
+            const uint8_t* doubt = space.doubts + 3 * static_cast<size_t>(x);
+            if (doubt[0] | doubt[1] | doubt[2])
+                ConvolvePixel(from, matrix.n, matrix.weights, matrix.divisor, left + x, r, out);
+        }
+    }
+}
+
+// False: memory ran out.
+bool EmbossStrips(const WorkingImage* from, WorkingImage* to, const Separation& plan, const Matrix& matrix) {
+    const auto ringRows = 2 * static_cast<size_t>(plan.reach) + 1;
+    const size_t samples = 3 * static_cast<size_t>(std::min(kStripColumns, from->width));
+    const size_t rowSize = samples + 6 * static_cast<size_t>(plan.reach) + kLongestBlock;
+    const Scratch<double> ring(4 * rowSize * ringRows);
+    const Scratch<const double*> pointers(4 * ringRows);
+    const Scratch<uint8_t> bytes(2 * (samples + kLongestBlock));
+    if (!ring.address || !pointers.address || !bytes.address) return false;
+    const Workspace space = {ring.address, rowSize, pointers.address, bytes.address,
+                             bytes.address + samples + kLongestBlock};
+    for (int32_t left = 0; left < from->width; left += kStripColumns)
+        EmbossStrip(from, to, plan, matrix, left, std::min(kStripColumns, from->width - left), space);
+    return true;
+}
+
+}  // namespace
+
+ImageHandle EmbossWithinBound(ImageHandle source, int32_t n, const double* matrix, double sigma) {
+    const ImageLock from(source);
+    const Scratch<double> bell(static_cast<size_t>(n / 2) + 1);
+    Separation plan;
+    if (!from.image || from.image->bitCount != 24 || from.image->width < n || from.image->height < n)
+        return nullptr;
+    if (!bell.address || !PlanSeparation(n, matrix, sigma, bell.address, &plan)) return nullptr;
+    MemoryOwner owner(CreateLike(from.image));
+    const ImageLock to(owner.memory);
+    const Matrix whole = {n, matrix, MatrixDivisor(n, matrix)};
+    if (!to.image || !EmbossStrips(from.image, to.image, plan, whole)) return nullptr;
+    return owner.Release();
+}
+
+}  // namespace kfx

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/radial_field.h"
+
+#include <cmath>
+
+namespace kfx {
+namespace {
+
+constexpr size_t kLargestTable = size_t{64} << 20;  // bytes; beyond it computing again is kinder than keeping
+
+// Only round whole and half pixels are the offsets to both sides the same doubles.
+bool IsMirrored(double center) { return std::fabs(center) < 1e9 && center * 2 == std::floor(center * 2); }
+
+}  // namespace
+
+RadialAxis::RadialAxis(int32_t pixels, double center, double scale)
+    : size(pixels),
+      distinct(0),
+      offset(static_cast<size_t>(pixels)),
+      distance(static_cast<size_t>(pixels)),
+      square(static_cast<size_t>(pixels)) {
+    if (!Ready()) return;
+    const bool mirrored = IsMirrored(center);
+    const int64_t twice = mirrored ? static_cast<int64_t>(center * 2) : 0;
+    // Distances in half pixels; they all have the parity of the nearest one.
+    const int64_t last = 2 * (int64_t{pixels} - 1);
+    const int64_t nearest = twice < 0 ? -twice : twice > last ? twice - last : twice & 1;
+    for (int32_t i = 0; i < pixels; ++i) {
+        const double away = (i - center) * scale;
+        const int64_t halves = 2 * int64_t{i} - twice;
+        const int32_t number =
+            mirrored ? static_cast<int32_t>(((halves < 0 ? -halves : halves) - nearest) / 2) : i;
+        offset.address[i] = away;
+        distance.address[i] = number;
+        square.address[number] = away * away;
+        if (number >= distinct) distinct = number + 1;
+    }
+}
+
+DistanceRun DistancesWithin(double radius, const double* columnSquares, int32_t count, double rowSquare) {
+    const double most = radius * radius;
+    DistanceRun run = {0, count};
+    while (run.first < run.end && columnSquares[run.first] + rowSquare >= most) ++run.first;
+    while (run.end > run.first && columnSquares[run.end - 1] + rowSquare >= most) --run.end;
+    return run;
+}
+
+void KeepRadialField(RadialField* field, KernelCache* cache, const void* key, size_t keyBytes) {
+    const size_t rowSize = RadialRowSize(*field);
+    const auto rowCount = static_cast<size_t>(field->rows->distinct);
+    if (!cache || rowCount > kLargestTable / sizeof(double) / rowSize) return;
+    bool fresh;
+    auto* table =
+        static_cast<double*>(CachedTable(cache, key, keyBytes, rowCount * rowSize * sizeof(double), &fresh));
+    if (!table) return;
+    if (fresh) {
+        for (size_t k = 0; k < rowCount; ++k)
+            field->compute(field->settings, field->columns->square.address, field->columns->distinct,
+                           field->rows->square.address[k], table + k * rowSize);
+        KeepTable(cache);
+    }
+    field->table = table;
+}
+
+const double* RadialRowAt(const RadialField& field, int32_t y) {
+    const int32_t k = field.rows->distance.address[y];
+    if (field.table) return field.table + static_cast<size_t>(k) * RadialRowSize(field);
+    field.compute(field.settings, field.columns->square.address, field.columns->distinct,
+                  field.rows->square.address[k], field.row);
+    return field.row;
+}
+
+}  // namespace kfx

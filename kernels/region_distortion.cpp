@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/region_distortion.h"
+
+#include <cstring>
+
+#include "framework/memory_guards.h"
+#include "kernels/bilinear_sampler.h"
+
+namespace kfx {
+namespace {
+
+// The columns of a row inside the region, from *first up to *end. Squared distances never fall on the way out
+// from the centre, so the region is one run.
+void FindRun(const RadialAxis& columns, double rowSquare, double radiusSquare, int32_t* first, int32_t* end) {
+    const double* square = columns.square.address;
+    const int32_t* distance = columns.distance.address;
+    *first = 0;
+    *end = columns.size;
+    while (*first < *end && square[distance[*first]] + rowSquare >= radiusSquare) ++*first;
+    while (*end > *first && square[distance[*end - 1]] + rowSquare >= radiusSquare) --*end;
+}
+
+void CopyRun(const uint8_t* from, int32_t first, int32_t end, uint8_t* to) {
+    std::memcpy(to + 3 * static_cast<size_t>(first), from + 3 * static_cast<size_t>(first),
+                3 * static_cast<size_t>(end - first));
+}
+
+}  // namespace
+
+AspectScales MakeAspectScales(int32_t width, int32_t height) {
+    AspectScales scales = {1, 1};
+    if (width > height) scales.y = static_cast<double>(width) / height;
+    if (width < height) scales.x = static_cast<double>(height) / width;
+    return scales;
+}
+
+ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& distortion, uint32_t background,
+                          KernelCache* cache) {
+    if (source->bitCount != 24) return nullptr;
+    const int32_t width = source->width;
+    const AspectScales scales = MakeAspectScales(width, source->height);
+    MemoryOwner owner(CreateLike(source));
+    const ImageLock to(owner.memory);
+    const RadialAxis columns(width, distortion.centerX, scales.x);
+    const RadialAxis rows(source->height, distortion.centerY, scales.y);
+    const Scratch<double> points(2 * static_cast<size_t>(width));
+    const Scratch<double> fieldRow(distortion.valuesPerPixel * static_cast<size_t>(width));
+    if (!to.image || !columns.Ready() || !rows.Ready() || !points.address || !fieldRow.address)
+        return nullptr;
+
+    RadialField field = {
+        &columns, &rows,           distortion.compute, distortion.settings, distortion.valuesPerPixel,
+        nullptr,  fieldRow.address};
+    KeepRadialField(&field, cache, distortion.key, distortion.keyBytes);
+    SampleRun run = {};
+    run.columns = &columns;
+    run.centerX = distortion.centerX;
+    run.centerY = distortion.centerY;
+    run.scaleX = scales.x;
+    run.scaleY = scales.y;
+    run.x = points.address;
+    run.y = points.address + width;
+    for (int32_t y = 0; y < source->height; ++y) {
+        const uint8_t* in = PictureRow(source, y);
+        uint8_t* out = PictureRow(to.image, y);
+        int32_t end;
+        FindRun(columns, rows.square.address[rows.distance.address[y]], distortion.radius * distortion.radius,
+                &run.first, &end);
+        CopyRun(in, 0, run.first, out);
+        CopyRun(in, end, width, out);
+        if (run.first == end) continue;
+        run.count = end - run.first;
+        run.rowOffset = rows.offset.address[y];
+        run.values = RadialRowAt(field, y);
+        distortion.locate(run);
+        SampleRow(source, run.x, run.y, run.count, background, out + 3 * static_cast<size_t>(run.first));
+    }
+    return owner.Release();
+}
+
+}  // namespace kfx

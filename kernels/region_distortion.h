@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+// What Swirl, Implode and Explode share: inside an ellipse round a centre each pixel is sampled elsewhere,
+// outside it the picture stays.
+#pragma once
+
+#include "framework/working_image.h"
+#include "kernels/radial_field.h"
+
+namespace kfx {
+
+// Where a run of pixels of one row is sampled.
+struct SampleRun {
+    int32_t first;
+    int32_t count;
+    const RadialAxis* columns;
+    double rowOffset;
+    const double* values;  // the row of the field: RadialRowAt()
+    double centerX;
+    double centerY;
+    double scaleX;  // offsets stand scaled; dividing by these leads back to pixels
+    double scaleY;
+    double* x;  // out: `count` points each
+    double* y;
+};
+
+struct RegionDistortion {
+    double centerX;  // pixels
+    double centerY;
+    double radius;      // of the region, along the longer side
+    RadialRow compute;  // the field's values, needed inside the region only
+    size_t valuesPerPixel;
+    const void* settings;
+    void (*locate)(const SampleRun& run);
+    const void* key;  // for the cache: picture size and settings
+    size_t keyBytes;
+};
+
+// Scales that turn the picture's ellipse into a circle: 1 along the longer side.
+struct AspectScales {
+    double x;
+    double y;
+};
+AspectScales MakeAspectScales(int32_t width, int32_t height);
+
+// A new image, or null when the picture is not 24 bits deep or memory ran out. `background` (0x00BBGGRR) is
+// what lies outside the picture; `cache` may be null.
+ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& distortion, uint32_t background,
+                          KernelCache* cache);
+
+}  // namespace kfx

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: MIT
+// Message boxes, texts, lists and help, called as the plug-in's dialogs call them. The test program carries
+// the plug-in's resources itself.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "resources/resource_ids.h"
+#include "tests/dll/support/dialog_thread.h"
+#include "tests/dll/support/idle_owner.h"
+#include "tests/support/wait_for.h"
+#include "window/dialog_services.h"
+#include "window/plugin_state.h"
+
+namespace kfx {
+namespace {
+
+constexpr int kNoSuchCommand = 9;
+
+std::string TextOf(HWND window) {
+    char text[2048] = "";
+    GetWindowTextA(window, text, sizeof text);
+    return text;
+}
+
+// A message box as long as it is not answered. It has come to rest when it is at hand.
+class OpenBox {
+public:
+    explicit OpenBox(int (*show)(HWND, const char*), const char* text = "Text") {
+        const bool started =
+            test::StartDialog([show, text, answer = answer_](HWND owner) { *answer = show(owner, text); });
+        if (started) window = test::WaitForIdleDialog();
+    }
+    ~OpenBox() {
+        if (window) Answer(IDCANCEL);
+    }
+    OpenBox(const OpenBox&) = delete;
+    OpenBox& operator=(const OpenBox&) = delete;
+
+    // 0, which no button is, when the box does not come or does not close.
+    int Answer(int button) {
+        if (!window) return 0;
+        PostMessageA(window, WM_COMMAND, static_cast<WPARAM>(button), 0);
+        window = nullptr;
+        return test::WaitUntilDialogEnds() ? *answer_ : 0;
+    }
+
+    bool WaitForFocusOn(int control) const {
+        GUITHREADINFO info = {};
+        info.cbSize = sizeof info;
+        const DWORD thread = GetWindowThreadProcessId(window, nullptr);
+        return test::WaitFor(
+            [&] { return GetGUIThreadInfo(thread, &info) && info.hwndFocus == GetDlgItem(window, control); });
+    }
+
+    HWND window = nullptr;
+
+private:
+    // The box's as well: one that does not close outlives this.
+    const std::shared_ptr<int> answer_ = std::make_shared<int>(0);
+};
+
+class DialogServices : public testing::Test {
+protected:
+    void SetUp() override { plugin.module = GetModuleHandleA(nullptr); }
+    void TearDown() override { plugin = {}; }
+};
+
+TEST_F(DialogServices, a_message_has_its_text_and_the_focus_on_ok) {
+    OpenBox box(ShowMessage, "~!!~20 is no placeholder here");
+    ASSERT_TRUE(box.window);
+    EXPECT_TRUE(IsWindowVisible(box.window));
+    EXPECT_EQ(TextOf(box.window), "Message");
+    EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_TEXT)), "~!!~20 is no placeholder here");
+    EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_OK)), "Ok");
+    EXPECT_TRUE(box.WaitForFocusOn(IDC_MESSAGE_OK));
+    EXPECT_EQ(box.Answer(IDC_MESSAGE_OK), IDOK);
+}
+
+TEST_F(DialogServices, a_question_has_the_focus_on_yes) {
+    for (int (*const ask)(HWND, const char*) : {AskYesNo, AskYesNoCancel}) {
+        OpenBox box(ask);
+        ASSERT_TRUE(box.window);
+        EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_YES)), "Yes");
+        EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_NO)), "No");
+        EXPECT_TRUE(box.WaitForFocusOn(IDC_MESSAGE_YES));
+        EXPECT_EQ(box.Answer(IDC_MESSAGE_NO), IDNO);
+    }
+}
+
+TEST_F(DialogServices, every_button_answers_with_its_number) {
+    for (const int button : {IDC_MESSAGE_OK, IDC_MESSAGE_CANCEL, IDC_MESSAGE_YES, IDC_MESSAGE_NO}) {
+        EXPECT_EQ(OpenBox(AskYesNoCancel).Answer(button), button);
+    }
+}
+
+TEST_F(DialogServices, other_commands_leave_a_message_open) {
+    OpenBox box(ShowMessage);
+    ASSERT_TRUE(box.window);
+    SendMessageA(box.window, WM_COMMAND, kNoSuchCommand, 0);
+    EXPECT_EQ(box.Answer(IDC_MESSAGE_OK), IDOK);
+}
+
+TEST_F(DialogServices, a_message_stands_in_the_middle_of_the_screen) {
+    OpenBox box(ShowMessage);
+    ASSERT_TRUE(box.window);
+    RECT place;
+    GetWindowRect(box.window, &place);
+    EXPECT_EQ(place.left, (GetSystemMetrics(SM_CXSCREEN) - (place.right - place.left)) / 2);
+    EXPECT_EQ(place.top, (GetSystemMetrics(SM_CYSCREEN) - (place.bottom - place.top)) / 2);
+}
+
+TEST_F(DialogServices, a_missing_text_says_that_the_table_is_damaged) {
+    EXPECT_STREQ(LoadText(IDS_MEMORY_ERROR), "Memory error");
+    EXPECT_STREQ(LoadText(65000), "String table error - this application may be damaged");
+}
+
+// A hidden window with one child.
+struct Parent {
+    Parent(const char* className, const char* text, DWORD style = 0)
+        : window(CreateWindowExA(0, "STATIC", "", 0, 0, 0, 400, 400, nullptr, nullptr, nullptr, nullptr)),
+          child(CreateWindowExA(0, className, text, WS_CHILD | style, 0, 0, 100, 200, window, nullptr,
+                                nullptr, nullptr)) {}
+    ~Parent() { DestroyWindow(window); }
+    Parent(const Parent&) = delete;
+    Parent& operator=(const Parent&) = delete;
+
+    const HWND window;
+    const HWND child;
+};
+
+std::string AfterReplacement(const char* className, const char* text) {
+    const Parent parent(className, text);
+    ReplacePlaceholders(parent.window);
+    return TextOf(parent.child);
+}
+
+TEST_F(DialogServices, placeholders_of_statics_and_buttons_become_texts_of_the_table) {
+    EXPECT_EQ(AfterReplacement("STATIC", "~!!~6"), "Memory error");
+    EXPECT_EQ(AfterReplacement("button", "~!!~6"), "Memory error");
+    EXPECT_EQ(AfterReplacement("Static", "before ~!!~6 behind"), "Memory error");
+}
+
+TEST_F(DialogServices, other_controls_and_texts_without_a_number_stay) {
+    EXPECT_EQ(AfterReplacement("EDIT", "~!!~6"), "~!!~6");
+    EXPECT_EQ(AfterReplacement("STATIC", "~!!~0"), "~!!~0");
+    EXPECT_EQ(AfterReplacement("STATIC", "~!!~-6"), "~!!~-6");
+    EXPECT_EQ(AfterReplacement("STATIC", "~!!~x"), "~!!~x");
+    EXPECT_EQ(AfterReplacement("STATIC", "~!~6"), "~!~6");
+    EXPECT_EQ(AfterReplacement("STATIC", "~!!~65000"), "~!!~65000");
+}
+
+std::vector<std::string> ItemsFrom(const std::string& items) {
+    const Parent parent("COMBOBOX", "", CBS_DROPDOWNLIST);
+    SendMessageA(parent.child, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("from before"));
+    FillList(parent.child, items.c_str());
+    std::vector<std::string> found;
+    for (LRESULT i = 0; i < SendMessageA(parent.child, CB_GETCOUNT, 0, 0); ++i) {
+        char item[1000] = "";
+        SendMessageA(parent.child, CB_GETLBTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(item));
+        found.push_back(item);
+    }
+    return found;
+}
+
+TEST_F(DialogServices, a_list_takes_the_pieces_between_semicolons_but_no_empty_ones) {
+    EXPECT_EQ(ItemsFrom("a;;b;"), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(ItemsFrom(";;;"), std::vector<std::string>());
+    EXPECT_EQ(ItemsFrom(""), std::vector<std::string>());
+    EXPECT_EQ(ItemsFrom("one"), std::vector<std::string>{"one"});
+    EXPECT_EQ(ItemsFrom(std::string(300, 'x') + ";y"),
+              (std::vector<std::string>{std::string(260, 'x'), "y"}));
+}
+
+std::vector<std::string> helpReferences;
+uint64_t helpAnswer;
+
+uint64_t TakeRequest(uint64_t, uint32_t request, uint64_t, uint64_t pointer) {
+    if (request == static_cast<uint32_t>(HostRequest::ShowHelp))
+        helpReferences.push_back(reinterpret_cast<const char*>(pointer));
+    return helpAnswer;
+}
+
+TEST_F(DialogServices, help_is_asked_for_by_document_and_topic) {
+    HostContext host = {};
+    host.callback = TakeRequest;
+    plugin.host = &host;
+    helpAnswer = 1;
+    helpReferences.clear();
+    ShowHelp(nullptr, "PREFACE");
+    ShowHelp(nullptr, nullptr);
+    ShowHelp(nullptr, std::string(300, 't').c_str());
+    EXPECT_EQ(helpReferences, (std::vector<std::string>{"KFXPLUG1.HTML#PREFACE", "KFXPLUG1.HTML",
+                                                        "KFXPLUG1.HTML#" + std::string(246, 't')}));
+}
+
+int ShowHelpAsMessage(HWND owner, const char* topic) {
+    ShowHelp(owner, topic);
+    return 0;
+}
+
+TEST_F(DialogServices, help_that_the_host_cannot_show_is_reported) {
+    HostContext host = {};
+    for (const HostCallback callback : {HostCallback{TakeRequest}, HostCallback{nullptr}}) {
+        host.callback = callback;
+        plugin.host = &host;
+        helpAnswer = 0;
+        OpenBox box(ShowHelpAsMessage, "PREFACE");
+        ASSERT_TRUE(box.window);
+        EXPECT_EQ(TextOf(GetDlgItem(box.window, IDC_MESSAGE_TEXT)),
+                  "There has been an error displaying the Help document.");
+        box.Answer(IDC_MESSAGE_OK);
+    }
+}
+
+}  // namespace
+}  // namespace kfx

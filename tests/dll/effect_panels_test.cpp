@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: MIT
+// The effects' panels in the plug-in's window: what is cloned, where it stands, what is shown when.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "resources/resource_ids.h"
+#include "tests/dll/support/plugin_session.h"
+
+namespace kfx::test {
+namespace {
+
+struct PanelRow {
+    const char* name;
+    int panel;
+    int first, last;  // control ids
+};
+
+// Row by row as in the effect list.
+constexpr PanelRow kPanels[] = {{"Bump", 7413, 0, -1},
+                                {"Emboss", 7400, 100, 105},
+                                {"Explode", 7418, 205, 213},
+                                {"Gaussian Blur", 7404, 121, 126},
+                                {"Glass Block", 7402, 115, 117},
+                                {"HSB and Channels", 7410, 161, 174},
+                                {"Implode", 7417, 196, 204},
+                                {"Lens Flare", 7401, 106, 114},
+                                {"Motion Blur", 7414, 184, 192},
+                                {"Neon", 7416, 0, -1},
+                                {"Normalize", 7419, 214, 214},
+                                {"Obscure", 7405, 127, 129},
+                                {"Oil Painting", 7406, 130, 132},
+                                {"Radial Blur", 7403, 118, 120},
+                                {"Raster", 7411, 175, 180},
+                                {"Ripple", 7409, 142, 160},
+                                {"Solarize", 7412, 181, 183},
+                                {"Swirl", 7415, 193, 195},
+                                {"Water Drops", 7408, 139, 141},
+                                {"Zoom Blur", 7407, 133, 138}};
+
+struct Child {
+    HWND window;
+    int id;
+    bool shown;
+};
+
+std::vector<Child> ChildrenOf(HWND window) {
+    std::vector<Child> children;
+    for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        const bool shown = (GetWindowLongPtrA(child, GWL_STYLE) & WS_VISIBLE) != 0;
+        children.push_back({child, GetDlgCtrlID(child), shown});
+    }
+    return children;
+}
+
+bool IsPanelControl(int id) { return (id >= 100 && id <= 1198) || (id >= 10100 && id <= 11198); }
+
+std::set<int> ShownPanelControls(HWND window) {
+    std::set<int> shown;
+    for (const Child& child : ChildrenOf(window))
+        if (child.shown && IsPanelControl(child.id)) shown.insert(child.id);
+    return shown;
+}
+
+std::set<int> IdsOf(const PanelRow& row) {
+    std::set<int> ids;
+    for (int id = row.first; id <= row.last; ++id) ids.insert(id);
+    return ids;
+}
+
+std::string ClassOf(HWND window) {
+    char name[64] = "";
+    GetClassNameA(window, name, sizeof name);
+    for (char& c : name) c = static_cast<char>(tolower(c));
+    return name;
+}
+
+RECT PlaceIn(HWND window, HWND child) {
+    RECT place;
+    GetWindowRect(child, &place);
+    MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
+TEST(Panels, each_effect_shows_its_own_controls_and_no_others) {
+    FakeHost host;
+    PluginSession session(host);
+    for (int row = 0; row < 20; ++row) {
+        session.Choose(IDC_EFFECT, row);
+        EXPECT_EQ(ShownPanelControls(session.Window()), IdsOf(kPanels[row])) << kPanels[row].name;
+    }
+}
+
+TEST(Panels, the_windows_own_controls_are_never_touched) {
+    FakeHost host;
+    PluginSession session(host);
+    std::set<std::pair<int, bool>> before;
+    for (const Child& child : ChildrenOf(session.Window()))
+        if (!IsPanelControl(child.id)) before.insert({child.id, child.shown});
+    // One that the user has hidden stays hidden.
+    ShowWindow(session.Control(IDC_LOGO), SW_HIDE);
+    before.erase({IDC_LOGO, true});
+    before.insert({IDC_LOGO, false});
+    for (const int row : {0, 15, 9, 5}) {
+        session.Choose(IDC_EFFECT, row);
+        std::set<std::pair<int, bool>> after;
+        for (const Child& child : ChildrenOf(session.Window()))
+            if (!IsPanelControl(child.id)) after.insert({child.id, child.shown});
+        EXPECT_EQ(after, before) << kPanels[row].name;
+    }
+}
+
+TEST(Panels, identifiers_are_unique_and_complete) {
+    FakeHost host;
+    PluginSession session(host);
+    std::multiset<int> found, expected;
+    for (const Child& child : ChildrenOf(session.Window()))
+        if (IsPanelControl(child.id)) found.insert(child.id);
+    for (const PanelRow& row : kPanels)
+        for (const int id : IdsOf(row)) expected.insert(id);
+    EXPECT_EQ(found, expected);
+}
+
+// Sliders, labels and captions stand in rows of 12 dialog units from 216 on.
+TEST(Panels, sliders_stand_on_the_grid_with_label_and_caption) {
+    FakeHost host;
+    PluginSession session(host);
+    int sliders = 0;
+    for (const PanelRow& row : kPanels) {
+        int y = 216;
+        for (const int id : IdsOf(row)) {
+            const HWND slider = session.Control(id);
+            if (ClassOf(slider) != "scrollbar") continue;
+            const std::pair<HWND, RECT> parts[] = {{slider, {80, y, 80 + 168, y + 9}},
+                                                   {session.Control(id + 1), {252, y, 252 + 32, y + 10}},
+                                                   {session.Control(id + 2), {16, y, 16 + 60, y + 9}}};
+            for (const auto& [control, units] : parts) {
+                RECT expected = units;
+                MapDialogRect(session.Window(), &expected);
+                const RECT place = PlaceIn(session.Window(), control);
+                EXPECT_EQ(place.left, expected.left) << row.name << " " << GetDlgCtrlID(control);
+                EXPECT_EQ(place.right, expected.right) << row.name << " " << GetDlgCtrlID(control);
+                // The grid's row may start a pixel off where dialog units do not divide evenly.
+                EXPECT_NEAR(place.top, expected.top, 1) << row.name << " " << GetDlgCtrlID(control);
+                EXPECT_NEAR(place.bottom, expected.bottom, 1) << row.name << " " << GetDlgCtrlID(control);
+            }
+            y += 12;
+            ++sliders;
+        }
+    }
+    EXPECT_EQ(sliders, 36);
+}
+
+// Measured in a panel made from the same template.
+TEST(Panels, a_drop_down_list_is_200_pixels_taller_than_its_template_and_nothing_else_is) {
+    FakeHost host;
+    PluginSession session(host);
+    const HMODULE library = GetModuleHandleA("kfxplug1.dll");
+    for (const PanelRow& row : kPanels) {
+        const HWND panel = CreateDialogParamA(
+            library, MAKEINTRESOURCEA(row.panel), nullptr,
+            [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
+        ASSERT_TRUE(panel) << row.name;
+        char caption[40] = "";
+        GetWindowTextA(panel, caption, sizeof caption);
+        EXPECT_STREQ(caption, "Kestrel #1");
+        for (const Child& original : ChildrenOf(panel)) {
+            const HWND clone = session.Control(original.id);
+            const RECT wanted = PlaceIn(panel, original.window);
+            const RECT place = session.CreatedControls()[original.id];
+            const int more = ClassOf(original.window) == "combobox" ? 200 : 0;
+            EXPECT_EQ(place.left, wanted.left) << original.id;
+            EXPECT_EQ(place.top, wanted.top) << original.id;
+            EXPECT_EQ(place.right, wanted.right) << original.id;
+            EXPECT_EQ(place.bottom, wanted.bottom + more) << original.id;
+            EXPECT_EQ(ClassOf(clone), ClassOf(original.window)) << original.id;
+        }
+        DestroyWindow(panel);
+    }
+}
+
+TEST(Panels, sliders_take_their_range_from_their_text_and_their_position_from_the_setting) {
+    FakeHost host;
+    PluginSession session(host);
+    int least = -1, most = -1;
+    GetScrollRange(session.Control(IDC_EMBOSS_DEPTH), SB_CTL, &least, &most);
+    EXPECT_EQ(least, 15);
+    EXPECT_EQ(most, 50);
+    EXPECT_EQ(session.TextOf(IDC_EMBOSS_DEPTH), "15,50,25");
+    EXPECT_EQ(session.PositionOf(IDC_EMBOSS_DEPTH), 15) << "the setting wins over the template's 25";
+    EXPECT_EQ(session.TextOf(IDC_EMBOSS_DEPTH + 1), "15");
+    EXPECT_EQ(session.PositionOf(IDC_SWIRL_ANGLE), 1485);
+    EXPECT_EQ(session.TextOf(IDC_SWIRL_ANGLE + 1), "45");
+}
+
+TEST(Panels, a_setting_outside_the_range_stands_at_its_end) {
+    FakeHost host;
+    SessionOptions options;
+    options.configuration = "Style000Depth = 4000\nStyle000Radius = 0\n";
+    PluginSession session(host, options);
+    EXPECT_EQ(session.PositionOf(IDC_EMBOSS_DEPTH), 50);
+    EXPECT_EQ(session.PositionOf(IDC_EMBOSS_RADIUS), 4);
+    EXPECT_EQ(session.TextOf(IDC_EMBOSS_DEPTH + 1), "4000") << "the label shows the setting";
+}
+
+TEST(Panels, check_boxes_and_lists_start_from_their_settings) {
+    FakeHost host;
+    SessionOptions options;
+    options.configuration = "Style010HSBEnable = 0\nStyle010ChannelsEnable = 1\nStyle010ChannelsOption = 4\n";
+    PluginSession session(host, options);
+    EXPECT_FALSE(session.IsChecked(IDC_HSB_ENABLE));
+    EXPECT_TRUE(session.IsChecked(IDC_HSB_CHANNELS_ENABLE));
+    EXPECT_EQ(session.SelectionOf(IDC_HSB_CHANNELS), 4);
+    EXPECT_THAT(session.ItemsOf(IDC_HSB_CHANNELS),
+                testing::ElementsAre("Red - Blue", "Red - Green", "Green - Blue", "Left 1", "Left 2",
+                                     "Right 1", "Right 2"));
+}
+
+// "Invert colors" is bound like a slider: its setting is not shown, and a click stores its scroll position,
+// which is 0.
+TEST(Panels, invert_colors_opens_unchecked_and_a_click_stores_0) {
+    FakeHost host;
+    SessionOptions options;
+    options.configuration = "Style010InvertColors = 1\n";
+    PluginSession session(host, options);
+    EXPECT_FALSE(session.IsChecked(IDC_HSB_INVERT));
+    session.Choose(IDC_EFFECT, 5);
+    session.Click(IDC_HSB_INVERT);
+    EXPECT_TRUE(session.IsChecked(IDC_HSB_INVERT));
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), testing::HasSubstr("Style010InvertColors = 0\r\n"));
+}
+
+TEST(EffectList, choosing_another_effect_repaints_the_preview_and_is_remembered) {
+    FakeHost host;
+    PluginSession session(host);
+    session.ClearEvents();
+    session.Choose(IDC_EFFECT, 6);
+    EXPECT_THAT(session.Events(), testing::Contains("preview"));
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), testing::HasSubstr("MainEffect = 6\r\n"));
+}
+
+TEST(EffectList, choosing_the_current_effect_changes_nothing) {
+    FakeHost host;
+    PluginSession session(host);
+    session.ClearEvents();
+    session.Choose(IDC_EFFECT, 14);
+    EXPECT_THAT(session.Events(), testing::IsEmpty());
+    EXPECT_EQ(ShownPanelControls(session.Window()), IdsOf(kPanels[14]));
+}
+
+TEST(EffectList, only_closing_up_chooses) {
+    FakeHost host;
+    PluginSession session(host);
+    SendMessageA(session.Control(IDC_EFFECT), CB_SETCURSEL, 6, 0);
+    session.Command(IDC_EFFECT, CBN_SELCHANGE);
+    EXPECT_EQ(ShownPanelControls(session.Window()), IdsOf(kPanels[14]));
+}
+
+TEST(EffectList, no_selection_counts_as_the_first_row) {
+    FakeHost host;
+    PluginSession session(host);
+    session.Choose(IDC_EFFECT, -1);
+    EXPECT_EQ(ShownPanelControls(session.Window()), IdsOf(kPanels[0]));
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), testing::HasSubstr("MainEffect = 0\r\n"));
+}
+
+}  // namespace
+}  // namespace kfx::test

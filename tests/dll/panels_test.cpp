@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+// The effects' panels as they stand in the DLL, held against the effect table.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "effects/effect_table.h"
+#include "tests/dll/support/plugin_session.h"
+
+namespace kfx {
+namespace {
+
+INT_PTR CALLBACK DoNothing(HWND, UINT, WPARAM, LPARAM) { return FALSE; }
+
+std::string TextOf(HWND window) {
+    char text[300] = "";
+    GetWindowTextA(window, text, sizeof text);
+    return text;
+}
+
+std::string ClassOf(HWND window) {
+    char name[64] = "";
+    GetClassNameA(window, name, sizeof name);
+    std::transform(name, name + sizeof name, name,
+                   [](unsigned char c) { return static_cast<char>(toupper(c)); });
+    return name;
+}
+
+// A panel on its own, hidden.
+struct Panel {
+    explicit Panel(const EffectRecord& effect)
+        : module(LoadLibraryA(test::PluginPath().c_str())),
+          window(CreateDialogParamA(module, MAKEINTRESOURCEA(effect.panelTemplate), nullptr, DoNothing, 0)) {}
+    ~Panel() {
+        DestroyWindow(window);
+        FreeLibrary(module);
+    }
+    Panel(const Panel&) = delete;
+    Panel& operator=(const Panel&) = delete;
+
+    HWND Control(uint32_t id) const { return GetDlgItem(window, static_cast<int>(id)); }
+
+    // A place and size in pixels, as the system makes it of dialog units.
+    std::vector<LONG> Pixels(LONG x, LONG y, LONG width, LONG height) const {
+        RECT place = {x, y, width, height};
+        MapDialogRect(window, &place);
+        return {place.left, place.top, place.right, place.bottom};
+    }
+
+    std::vector<LONG> PlaceOf(HWND control) const {
+        RECT place;
+        GetWindowRect(control, &place);
+        MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+        return {place.left, place.top, place.right - place.left, place.bottom - place.top};
+    }
+
+    const HMODULE module;
+    const HWND window;
+};
+
+class Panels : public testing::TestWithParam<size_t> {
+protected:
+    const EffectRecord& effect = *EffectAt(GetParam());
+    const Panel panel{effect};
+};
+
+TEST_P(Panels, are_the_size_of_the_window_and_carry_their_caption) {
+    ASSERT_NE(panel.window, nullptr);
+    EXPECT_EQ(TextOf(panel.window), "Kestrel #1");
+    RECT client;
+    GetClientRect(panel.window, &client);
+    EXPECT_EQ((std::vector<LONG>{client.left, client.top, client.right, client.bottom}),
+              panel.Pixels(0, 0, 480, 328));
+}
+
+TEST_P(Panels, hold_exactly_the_controls_that_the_effect_lists) {
+    std::vector<uint32_t> listed, present;
+    for (const uint32_t* id = effect.controlIds; *id; ++id) listed.push_back(*id);
+    for (HWND child = GetWindow(panel.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        present.push_back(static_cast<uint32_t>(GetDlgCtrlID(child)));
+    }
+    EXPECT_THAT(present, testing::UnorderedElementsAreArray(listed));
+}
+
+TEST_P(Panels, have_a_slider_in_each_row_with_its_range_label_and_caption) {
+    // Rows stand in the order of the ids, 12 units apart.
+    std::vector<const EffectControl*> sliders;
+    for (size_t i = 0; i < effect.controlCount; ++i) {
+        if (effect.controls[i].kind == ControlKind::Slider) sliders.push_back(&effect.controls[i]);
+    }
+    std::sort(sliders.begin(), sliders.end(), [](const auto* a, const auto* b) { return a->id < b->id; });
+    LONG y = 216;
+    for (const EffectControl* row : sliders) {
+        const HWND slider = panel.Control(row->id), label = panel.Control(row->id + 1u),
+                   caption = panel.Control(row->id + 2u);
+        EXPECT_EQ(ClassOf(slider), "SCROLLBAR");
+        EXPECT_EQ(TextOf(slider), row->text);
+        EXPECT_EQ(GetWindowLongA(slider, GWL_STYLE) & SBS_VERT, 0);
+        EXPECT_EQ(panel.PlaceOf(slider), panel.Pixels(80, y, 168, 9));
+        EXPECT_EQ(ClassOf(label), "STATIC");
+        EXPECT_EQ(TextOf(label), "");
+        // The dialog manager turns a template's border into a sunken edge.
+        EXPECT_NE(GetWindowLongA(label, GWL_EXSTYLE) & WS_EX_CLIENTEDGE, 0);
+        EXPECT_EQ(panel.PlaceOf(label), panel.Pixels(252, y, 32, 10));
+        EXPECT_EQ(ClassOf(caption), "STATIC");
+        EXPECT_EQ(TextOf(caption).back(), ':');
+        EXPECT_EQ(GetWindowLongA(caption, GWL_STYLE) & SS_TYPEMASK, SS_RIGHT);
+        EXPECT_EQ(panel.PlaceOf(caption), panel.Pixels(16, y, 60, 9));
+        y += 12;
+    }
+}
+
+// Written out: nothing but the resource script reads the captions.
+TEST_P(Panels, name_their_controls) {
+    const std::map<uint32_t, const char*> names = {
+        {102, "Radius:"},    {105, "Depth:"},        {108, "Center X:"},   {111, "Center Y:"},
+        {114, "Depth:"},     {117, "Block size:"},   {120, "Angle:"},      {123, "Radius:"},
+        {126, "Depth:"},     {129, "Level:"},        {132, "Radius:"},     {135, "Radius:"},
+        {138, "Cycles:"},    {141, "Radius:"},       {144, "Center X:"},   {147, "Center Y:"},
+        {150, "Amplitude:"}, {153, "Wavelength:"},   {156, "Phase:"},      {159, "Energy:"},
+        {160, "Dissipate"},  {163, "Hue:"},          {166, "Saturation:"}, {169, "Brightness:"},
+        {170, "Enable HSB"}, {171, "Invert colors"}, {173, "Channels:"},   {174, "Enable channels"},
+        {177, "Density:"},   {180, "Size:"},         {183, "Threshold:"},  {186, "Depth:"},
+        {189, "Radius:"},    {192, "Angle:"},        {195, "Angle:"},      {198, "Radius:"},
+        {201, "Center X:"},  {204, "Center Y:"},     {207, "Radius:"},     {210, "Center X:"},
+        {213, "Center Y:"},  {214, "Distributed"},
+    };
+    for (const uint32_t* id = effect.controlIds; *id; ++id) {
+        const auto name = names.find(*id);
+        if (name != names.end()) {
+            EXPECT_EQ(TextOf(panel.Control(*id)), name->second) << *id;
+        } else {
+            EXPECT_TRUE(ClassOf(panel.Control(*id)) == "SCROLLBAR" || TextOf(panel.Control(*id)).empty())
+                << *id;
+        }
+    }
+}
+
+TEST_P(Panels, keep_their_controls_from_touching_each_other) {
+    std::vector<HWND> children;
+    for (HWND child = GetWindow(panel.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        children.push_back(child);
+    }
+    for (size_t i = 0; i < children.size(); ++i) {
+        for (size_t k = i + 1; k < children.size(); ++k) {
+            RECT a, b, common;
+            GetWindowRect(children[i], &a);
+            GetWindowRect(children[k], &b);
+            EXPECT_FALSE(IntersectRect(&common, &a, &b))
+                << GetDlgCtrlID(children[i]) << " and " << GetDlgCtrlID(children[k]);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Effects, Panels, testing::Range(size_t{0}, EffectCount()),
+                         [](const auto& parameter) {
+                             std::string name = EffectAt(parameter.param)->name;
+                             name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
+                             return name;
+                         });
+
+}  // namespace
+}  // namespace kfx

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#include "tests/dll/support/memory_ledger.h"
+
+#include <map>
+#include <mutex>
+
+#include "tests/dll/support/import_patch.h"
+
+namespace kfx::test {
+namespace {
+
+std::mutex ledgerMutex;
+std::map<HGLOBAL, size_t> ledgerLocks;  // every live block and how often it is locked
+size_t strangeFrees;
+size_t allocations;
+size_t refusedAllocation;
+
+// Call with the mutex held.
+bool IsRefused() { return ++allocations == refusedAllocation; }
+
+HGLOBAL WINAPI Allocate(UINT flags, SIZE_T bytes) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    if (IsRefused()) return nullptr;
+    const HGLOBAL memory = GlobalAlloc(flags, bytes);
+    if (memory) ledgerLocks[memory] = 0;
+    return memory;
+}
+
+HGLOBAL WINAPI Resize(HGLOBAL memory, SIZE_T bytes, UINT flags) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    if (IsRefused()) return nullptr;
+    const HGLOBAL moved = GlobalReAlloc(memory, bytes, flags);
+    if (moved && moved != memory) {
+        ledgerLocks[moved] = ledgerLocks[memory];
+        ledgerLocks.erase(memory);
+    }
+    return moved;
+}
+
+HGLOBAL WINAPI Free(HGLOBAL memory) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    if (ledgerLocks.erase(memory) == 0) ++strangeFrees;
+    return GlobalFree(memory);
+}
+
+LPVOID WINAPI Lock(HGLOBAL memory) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    void* address = GlobalLock(memory);
+    const auto found = ledgerLocks.find(memory);
+    if (address && found != ledgerLocks.end()) ++found->second;
+    return address;
+}
+
+BOOL WINAPI Unlock(HGLOBAL memory) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    const auto found = ledgerLocks.find(memory);
+    if (found != ledgerLocks.end() && found->second) --found->second;
+    return GlobalUnlock(memory);
+}
+
+}  // namespace
+
+struct MemoryLedger::Patches {
+    explicit Patches(HMODULE module)
+        : allocate(module, "GlobalAlloc", AddressOfFunction(Allocate)),
+          resize(module, "GlobalReAlloc", AddressOfFunction(Resize)),
+          free(module, "GlobalFree", AddressOfFunction(Free)),
+          lock(module, "GlobalLock", AddressOfFunction(Lock)),
+          unlock(module, "GlobalUnlock", AddressOfFunction(Unlock)) {}
+    ImportPatch allocate, resize, free, lock, unlock;
+};
+
+MemoryLedger::MemoryLedger(HMODULE module) : patches(std::make_unique<Patches>(module)) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    ledgerLocks.clear();
+    strangeFrees = allocations = refusedAllocation = 0;
+}
+
+MemoryLedger::~MemoryLedger() = default;
+
+LedgerCounts CountLedger() {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    size_t locked = 0;
+    for (const auto& [memory, locks] : ledgerLocks) locked += locks != 0;
+    return {ledgerLocks.size(), locked, strangeFrees, allocations};
+}
+
+void HandOver(HGLOBAL memory) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    ledgerLocks[memory] = 0;
+}
+
+void RefuseGlobalAllocation(size_t number) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    allocations = 0;
+    refusedAllocation = number;
+}
+
+}  // namespace kfx::test
