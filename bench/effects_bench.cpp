@@ -66,7 +66,7 @@ const std::map<std::string, Changes> kHeaviest = {
 
 // One row of the table: an effect under one choice of settings.
 struct Work {
-    const EffectRecord* effect;
+    const Effect* effect;
     bool heaviest;
     KernelInput input;
     std::string text;  // "45, 50"
@@ -75,7 +75,7 @@ struct Work {
 std::vector<Work> ListWork() {
     std::vector<Work> list;
     for (size_t i = 0; i < EffectCount(); ++i) {
-        const EffectRecord* effect = EffectAt(i);
+        const Effect* effect = EffectAt(i);
         for (const bool heaviest : {false, true}) {
             const auto changes = kHeaviest.find(effect->name);
             if (heaviest && changes == kHeaviest.end()) continue;
@@ -83,8 +83,8 @@ std::vector<Work> ListWork() {
             if (heaviest)
                 for (const auto& [variable, value] : changes->second) *variable = value;
             Work work = {effect, heaviest, {}, ""};
-            for (size_t c = 0; c < effect->controlCount; ++c) {
-                work.input.values[c] = ReadControl(effect->controls[c], nullptr);
+            for (size_t c = 0; c < effect->controls.count; ++c) {
+                work.input.values[c] = ReadControl(effect->controls.rows[c], nullptr);
                 work.text += (c ? ", " : "") + std::to_string(work.input.values[c]);
             }
             ReadBackgroundColor(&work.input.background);
@@ -130,7 +130,7 @@ bool KeepsTables(const Work& work) {
     KernelCache cache;
     KernelInput input = work.input;
     input.cache = &cache;
-    FreeMemory(work.effect->kernel(picture, input));
+    FreeMemory(work.effect->apply(picture, input));
     FreeMemory(picture);
     return cache.address != nullptr;
 }
@@ -154,8 +154,8 @@ void Register(const std::vector<Work>& list) {
                 ->Repetitions(3);
         };
         for (const Load& load : kLoads) {
-            add(work.effect->kernel, load, "first", false);
-            if (KeepsTables(work)) add(work.effect->kernel, load, "later", true);
+            add(work.effect->apply, load, "first", false);
+            if (KeepsTables(work)) add(work.effect->apply, load, "later", true);
         }
         if (const EffectKernel reference = test::ReferenceOf(work.effect->name))
             add(reference, kLoads[0], "reference", false);

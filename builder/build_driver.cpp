@@ -224,9 +224,9 @@ bool NoteSize(Build* build, int32_t index) {
     FrameEntry entry;
     if (!GetFrame(build->frames, index, &entry)) return false;
     const ImageLock lock(entry.image);
-    if (!lock.image) return false;
-    build->width = std::max(build->width, lock.image->width);
-    build->height = std::max(build->height, lock.image->height);
+    if (!lock) return false;
+    build->width = std::max(build->width, lock->width);
+    build->height = std::max(build->height, lock->height);
     return true;
 }
 

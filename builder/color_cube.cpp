@@ -193,7 +193,7 @@ void SumUpCube(ColorCube* cube) {
 bool ReduceCube(ColorCube* cube, uint32_t limit) {
     const uint32_t nodeCount = CubeNodes(cube->depth);
     const Scratch<uint32_t> order(nodeCount);
-    if (!order.address) return false;
+    if (!order) return false;
     uint32_t count = 0;
     uint32_t leaves = 0;
     for (uint32_t node = 1; node < nodeCount; ++node) {
@@ -208,7 +208,7 @@ bool ReduceCube(ColorCube* cube, uint32_t limit) {
     const uint32_t ranks = RankErrors(cube, order.address, count);
     const Scratch<int32_t> counted(size_t{ranks} + 1);
     const Scratch<uint32_t> firstKilled(size_t{ranks} + 1);
-    if (!counted.address || !firstKilled.address) return false;
+    if (!counted || !firstKilled) return false;
     const PassTables tables = {counted.address, firstKilled.address};
     FillTables(cube, order.address, count, tables);
     MergeUpTo(cube, LastThreshold(*cube, limit, order.address, count, tables));

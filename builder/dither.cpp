@@ -22,9 +22,8 @@ constexpr int32_t kWaveRows = 4;  // rows that are converted together
 
 // A new 8-bit picture of each pixel's luminance. Sources of other depths stay black.
 ImageHandle MakeLuminance(const WorkingImage* from) {
-    MemoryOwner owner(CreateDib(from->width, from->height, nullptr, 8));
-    const ImageLock to(owner.memory);
-    if (!to.image) return nullptr;
+    NewImage to(CreateDib(from->width, from->height, nullptr, 8));
+    if (!to) return nullptr;
     uint8_t colors[kPaletteBytes];
     ReadColorTable(from, colors);
     for (int32_t r = 0; r < from->height; ++r) {
@@ -40,7 +39,7 @@ ImageHandle MakeLuminance(const WorkingImage* from) {
             }
         }
     }
-    return owner.Release();
+    return to.Release();
 }
 
 // Brightness shifts the curve, contrast steepens it. A contrast of 128 makes the step infinite, more makes it
@@ -77,11 +76,10 @@ void DitherGrayRow(uint8_t* row, uint8_t* below, int32_t width, const uint8_t cu
 }
 
 ImageHandle DitherGray(const WorkingImage* from, const RemapTarget& target) {
-    MemoryOwner owner(CreateDib(from->width, from->height, target.palette, target.bitsPerPixel));
-    const ImageLock to(owner.memory);
+    NewImage to(CreateDib(from->width, from->height, target.palette, target.bitsPerPixel));
     const MemoryOwner luminance(MakeLuminance(from));
     const ImageLock working(luminance.memory);
-    if (!to.image || !working.image) return nullptr;
+    if (!to || !working) return nullptr;
 
     uint8_t smallest = 255;
     uint8_t largest = 0;
@@ -98,7 +96,7 @@ ImageHandle DitherGray(const WorkingImage* from, const RemapTarget& target) {
         DitherGrayRow(StoredRow(working.image, r), below, from->width, curve, smallest, largest,
                       StoredRow(to.image, r));
     }
-    return owner.Release();
+    return to.Release();
 }
 
 // A row of the source as blue-green-red bytes, made in `spread` (zeroed) where the source has them not;
@@ -251,8 +249,7 @@ void FillPalette(const RemapTarget& target, ColorDither* dither) {
 }
 
 ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
-    MemoryOwner owner(CreateDib(from->width, from->height, target->palette, target->bitsPerPixel));
-    const ImageLock to(owner.memory);
+    NewImage to(CreateDib(from->width, from->height, target->palette, target->bitsPerPixel));
     const auto width = static_cast<size_t>(from->width);
     const size_t rowErrors = kLanes * (width + 1);
     const size_t errorCount = (kWaveRows + 1) * rowErrors;
@@ -260,9 +257,9 @@ ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
     // stand.
     const size_t spreadBytes = from->bitCount == 24 ? 0 : 3 * width;
     const Scratch<int16_t> errors(errorCount + kWaveRows * spreadBytes / sizeof(int16_t));
-    if (!to.image || !errors.address) return nullptr;
+    if (!to || !errors) return nullptr;
     ColorDither dither;
-    dither.index = IndexFor(target, to.image->bitCount);
+    dither.index = IndexFor(target, to->bitCount);
     dither.width = from->width;
     if (!dither.index) return nullptr;
     FillPalette(*target, &dither);
@@ -270,7 +267,7 @@ ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
     ReadColorTable(from, colors);
 
     auto* spreadRows = reinterpret_cast<uint8_t*>(errors.address + errorCount);
-    const DitherRows ditherRows = ChooseDitherRows(to.image->bitCount);
+    const DitherRows ditherRows = ChooseDitherRows(to->bitCount);
     for (int32_t r = 0; r < from->height; r += kWaveRows) {
         DitherRow rows[kWaveRows];
         const int32_t count = std::min(kWaveRows, from->height - r);
@@ -284,14 +281,14 @@ ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
         std::memcpy(errors.address, errors.address + static_cast<size_t>(count) * rowErrors,
                     rowErrors * sizeof(int16_t));
     }
-    return owner.Release();
+    return to.Release();
 }
 
 }  // namespace
 
 ImageHandle DitherRemap(ImageHandle source, RemapTarget* target) {
     const ImageLock from(source);
-    if (!from.image || from.image->bitCount == 1) return nullptr;
+    if (!from || from->bitCount == 1) return nullptr;
     return target->bitsPerPixel == 1 ? DitherGray(from.image, *target) : DitherColors(from.image, target);
 }
 

@@ -52,9 +52,9 @@ bool ForEachRow(const FrameList& frames, UseRow useRow) {
         FrameEntry entry;
         if (!GetFrame(frames, i, &entry)) return false;
         const ImageLock lock(entry.image);
-        if (!lock.image || lock.image->bitCount != 24) return false;
-        for (int32_t y = 0; y < lock.image->height; ++y)
-            if (!useRow(PictureRow(lock.image, y), lock.image->width)) return true;
+        if (!lock || lock->bitCount != 24) return false;
+        for (int32_t y = 0; y < lock->height; ++y)
+            if (!useRow(PictureRow(lock.image, y), lock->width)) return true;
     }
     return true;
 }

@@ -151,26 +151,24 @@ ColorIndex* IndexFor(RemapTarget* target, int32_t imageBitCount) {
 
 ImageHandle PlainRemap(ImageHandle source, RemapTarget* target) {
     const ImageLock from(source);
-    if (!from.image) return nullptr;
-    MemoryOwner owner(
-        CreateDib(from.image->width, from.image->height, target->palette, target->bitsPerPixel));
-    const ImageLock to(owner.memory);
-    if (!to.image) return nullptr;
-    if (from.image->bitCount <= 8) {
+    if (!from) return nullptr;
+    NewImage to(CreateDib(from->width, from->height, target->palette, target->bitsPerPixel));
+    if (!to) return nullptr;
+    if (from->bitCount <= 8) {
         uint8_t map[256];
-        MapEntries(from.image, *target, SearchedEntries(*target, to.image->bitCount), map);
+        MapEntries(from.image, *target, SearchedEntries(*target, to->bitCount), map);
         RemapIndices(from.image, map, to.image);
-        return owner.Release();
+        return to.Release();
     }
 
     // Two colours are told apart by luminance alone: no table of colours is asked.
-    ColorIndex* index = to.image->bitCount == 1 ? nullptr : IndexFor(target, to.image->bitCount);
-    if (!index && to.image->bitCount != 1) return nullptr;
-    if (from.image->bitCount == 24)
+    ColorIndex* index = to->bitCount == 1 ? nullptr : IndexFor(target, to->bitCount);
+    if (!index && to->bitCount != 1) return nullptr;
+    if (from->bitCount == 24)
         RemapColors<3>(from.image, index, to.image);
     else
         RemapColors<4>(from.image, index, to.image);
-    return owner.Release();
+    return to.Release();
 }
 
 }  // namespace kfx

@@ -29,9 +29,9 @@ void MarkRow8(const uint8_t* bits, int32_t width, uint8_t* row, uint8_t index) {
 bool MarkBackground(ImageHandle full, uint32_t background, ImageHandle converted, int32_t index) {
     const ImageLock from(full);
     const ImageLock to(converted);
-    if (!from.image || !to.image) return false;
-    for (int32_t y = 0; y < to.image->height; ++y)
-        for (int32_t x = 0; x < to.image->width; ++x)
+    if (!from || !to) return false;
+    for (int32_t y = 0; y < to->height; ++y)
+        for (int32_t x = 0; x < to->width; ++x)
             if (((GetDibPixel(from.image, x, y) ^ background) & kColorMask) == 0)
                 SetDibPixel(to.image, x, y, static_cast<uint32_t>(index));
     return true;
@@ -40,12 +40,12 @@ bool MarkBackground(ImageHandle full, uint32_t background, ImageHandle converted
 bool MarkUnchanged(ImageHandle mask, ImageHandle converted, int32_t index) {
     const ImageLock unchanged(mask);
     const ImageLock to(converted);
-    if (!unchanged.image || !to.image) return false;
-    const int32_t width = std::min(unchanged.image->width, to.image->width);
-    const int32_t height = std::min(unchanged.image->height, to.image->height);
+    if (!unchanged || !to) return false;
+    const int32_t width = std::min(unchanged->width, to->width);
+    const int32_t height = std::min(unchanged->height, to->height);
     for (int32_t y = 0; y < height; ++y) {
         const uint8_t* bits = PictureRow(unchanged.image, y);
-        if (to.image->bitCount == 8) {
+        if (to->bitCount == 8) {
             MarkRow8(bits, width, PictureRow(to.image, y), static_cast<uint8_t>(index));
             continue;
         }

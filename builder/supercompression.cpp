@@ -82,15 +82,14 @@ ImageHandle UpdateComposite(ImageHandle composite, ImageHandle frame) {
     constexpr uint8_t kBlackAndWhite[] = {0, 0, 0, 255, 255, 255};
     const ImageLock shown(composite);
     const ImageLock next(frame);
-    if (!shown.image || !next.image) return nullptr;
-    MemoryOwner owner(CreateDib(shown.image->width, shown.image->height, kBlackAndWhite, 1));
-    const ImageLock mask(owner.memory);
-    if (!mask.image) return nullptr;
-    if (shown.image->bitCount == 24 && next.image->bitCount == 24)
+    if (!shown || !next) return nullptr;
+    NewImage mask(CreateDib(shown->width, shown->height, kBlackAndWhite, 1));
+    if (!mask) return nullptr;
+    if (shown->bitCount == 24 && next->bitCount == 24)
         Compare24Bits(shown.image, next.image, mask.image);
     else
         CompareAnyDepth(shown.image, next.image, mask.image);
-    return owner.Release();
+    return mask.Release();
 }
 
 }  // namespace kfx

@@ -4,38 +4,38 @@
 #include <array>
 #include <utility>
 
-#include "effects/bump.h"
-#include "effects/emboss.h"
-#include "effects/explode.h"
-#include "effects/gaussian_blur.h"
-#include "effects/glass_block.h"
-#include "effects/hsb_channels.h"
-#include "effects/implode.h"
-#include "effects/lens_flare.h"
-#include "effects/motion_blur.h"
-#include "effects/neon.h"
-#include "effects/normalize.h"
-#include "effects/obscure.h"
-#include "effects/oil_painting.h"
-#include "effects/radial_blur.h"
-#include "effects/raster.h"
-#include "effects/ripple.h"
-#include "effects/solarize.h"
-#include "effects/swirl.h"
-#include "effects/water_drops.h"
-#include "effects/zoom_blur.h"
+#include "effects/effects.h"
 #include "framework/panel.h"
 
 namespace kfx {
 namespace {
 
-constexpr const EffectRecord* kRecords[] = {
-    &kBumpEffect,        &kEmbossEffect,   &kExplodeEffect,     &kGaussianBlurEffect, &kGlassBlockEffect,
-    &kHsbChannelsEffect, &kImplodeEffect,  &kLensFlareEffect,   &kMotionBlurEffect,   &kNeonEffect,
-    &kNormalizeEffect,   &kObscureEffect,  &kOilPaintingEffect, &kRadialBlurEffect,   &kRasterEffect,
-    &kRippleEffect,      &kSolarizeEffect, &kSwirlEffect,       &kWaterDropsEffect,   &kZoomBlurEffect,
+// A row a line: the row's number is the effect's number in the configuration file.
+// clang-format off
+constexpr const Effect* kEffects[] = {
+    &kBump,
+    &kEmboss,
+    &kExplode,
+    &kGaussianBlur,
+    &kGlassBlock,
+    &kHsbChannels,
+    &kImplode,
+    &kLensFlare,
+    &kMotionBlur,
+    &kNeon,
+    &kNormalize,
+    &kObscure,
+    &kOilPainting,
+    &kRadialBlur,
+    &kRaster,
+    &kRipple,
+    &kSolarize,
+    &kSwirl,
+    &kWaterDrops,
+    &kZoomBlur,
 };
-constexpr size_t kCount = std::size(kRecords);
+// clang-format on
+constexpr size_t kCount = std::size(kEffects);
 
 // No effect answers a background colour of its own.
 int32_t AnswerNothing(void*, int32_t) { return -1; }
@@ -47,15 +47,15 @@ int32_t IgnoreNotification(void*, uint32_t) { return 1; }
 template <size_t kRow>
 EffectDescriptor MakeDescriptor() {
     EffectDescriptor row = {};
-    row.name = kRecords[kRow]->name;
+    row.name = kEffects[kRow]->name;
     row.init = [](EffectInitContext* context) {
-        return int32_t{InitializePanel(*kRecords[kRow], context->window)};
+        return int32_t{InitializePanel(*kEffects[kRow], context->window)};
     };
-    row.preview = [](EffectRunContext* context) { return PreviewEffect(*kRecords[kRow], context); };
-    row.build = [](EffectBuildContext* context) { return BuildEffect(*kRecords[kRow], context); };
+    row.preview = [](EffectRunContext* context) { return PreviewEffect(*kEffects[kRow], context); };
+    row.build = [](EffectBuildContext* context) { return BuildEffect(*kEffects[kRow], context); };
     row.query = AnswerNothing;
     row.notify = IgnoreNotification;
-    row.controls = kRecords[kRow]->controlIds;
+    row.controls = kEffects[kRow]->controls.ids;
     return row;
 }
 
@@ -69,7 +69,7 @@ const std::array<EffectDescriptor, kCount> kTable = MakeTable(std::make_index_se
 
 }  // namespace
 
-const EffectRecord* EffectAt(size_t index) { return index < kCount ? kRecords[index] : nullptr; }
+const Effect* EffectAt(size_t index) { return index < kCount ? kEffects[index] : nullptr; }
 
 const EffectDescriptor* DescriptorAt(size_t index) { return index < kCount ? &kTable[index] : nullptr; }
 

@@ -9,7 +9,7 @@
 namespace kfx {
 
 // The record of row `index`; null outside the table.
-const EffectRecord* EffectAt(size_t index);
+const Effect* EffectAt(size_t index);
 
 // The table row of the same number, with its operations; null outside the table.
 const EffectDescriptor* DescriptorAt(size_t index);

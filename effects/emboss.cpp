@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Emboss: a Gaussian bell whose quadrant to the right of and above the pixel is positive and the rest
 // negative, with a zeroed anti-diagonal, turns edges into relief. The weights nearly cancel and their tiny
-// sum divides the result: the harsh look is intended.
-#include "effects/emboss.h"
-
+// sum divides the result: the harsh look belongs to the definition.
+#include "effects/effects.h"
 #include "framework/math/elementary.h"
-#include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "kernels/convolution.h"
 #include "kernels/emboss_estimate.h"
@@ -17,20 +15,20 @@ namespace {
 constexpr int32_t kDeepest = 16383;
 
 bool HoldsMatrix(ImageHandle source, int32_t n) {
-    const ImageLock lock(source);
-    return lock.image && lock.image->width >= n && lock.image->height >= n;
+    const ImageLock from(source);
+    return from && from->width >= n && from->height >= n;
 }
 
-}  // namespace
-
-ImageHandle ApplyEmboss(ImageHandle source, int32_t radius, int32_t depth) {
+// A picture smaller than the matrix stays as it is.
+ImageHandle ApplyEmboss(ImageHandle source, const KernelInput& input) {
+    const double sigma = input.values[0] / 10.0;  // the bell's spread, pixels
+    const int32_t depth = input.values[1];
     // A matrix that no picture can hold is not worth making, and its size must not overflow.
     if (depth < 0 || depth > kDeepest || !HoldsMatrix(source, depth | 1)) return nullptr;
     const int32_t n = depth | 1;  // the next odd number
     const int32_t half = n / 2;
-    const double sigma = radius / 10.0;
     const Scratch<double> matrix(static_cast<size_t>(n) * static_cast<size_t>(n));
-    if (!matrix.address) return nullptr;
+    if (!matrix) return nullptr;
     double* weight = matrix.address;
     for (int32_t ky = -half; ky <= half; ++ky, weight += n) {
         for (int32_t kx = -half; kx <= half; ++kx) weight[half + kx] = -(kx * kx + ky * ky) / (sigma * sigma);
@@ -42,20 +40,14 @@ ImageHandle ApplyEmboss(ImageHandle source, int32_t radius, int32_t depth) {
     return fast ? fast : ConvolveImage(source, n, matrix.address);
 }
 
-namespace {
-
-ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
-    return ApplyEmboss(source, input.values[0], input.values[1]);
-}
-
-constexpr EffectControl kControls[] = {
+constexpr auto kControls = MakeControls({
     {ControlKind::Slider, IDC_EMBOSS_RADIUS, &settings.style000Radius, EMBOSS_RADIUS_RANGE},
     {ControlKind::Slider, IDC_EMBOSS_DEPTH, &settings.style000Depth, EMBOSS_DEPTH_RANGE},
-};
-constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_EMBOSS_RADIUS), SLIDER_IDS(IDC_EMBOSS_DEPTH), 0};
+});
 
 }  // namespace
 
-const EffectRecord kEmbossEffect = {"Emboss", IDD_PANEL_EMBOSS, kControlIds, kControls, 2, Kernel, nullptr};
+const Effect kEmboss = {
+    .name = "Emboss", .panel = IDD_PANEL_EMBOSS, .controls = kControls, .apply = ApplyEmboss};
 
 }  // namespace kfx

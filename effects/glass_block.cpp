@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Glass Block: square cells, each showing the surroundings of its centre at half size by taking every second
 // pixel. Where a cell leaves the picture, rows repeat the last row but columns show their own column: the two
-// rules differ on purpose.
-#include "effects/glass_block.h"
-
+// rules differ by definition.
 #include <algorithm>
 #include <cstring>
 
-#include "framework/memory_guards.h"
+#include "effects/effects.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
 
@@ -30,19 +28,18 @@ void FillRow(const uint8_t* from, const int32_t* columns, int32_t width, uint8_t
     }
 }
 
-}  // namespace
-
-ImageHandle ApplyGlassBlock(ImageHandle source, int32_t size) {
+// Pictures of every depth. A size below 1 has no cells.
+ImageHandle ApplyGlassBlock(ImageHandle source, const KernelInput& input) {
+    int32_t size = input.values[0];  // half a cell's side, pixels
     const ImageLock from(source);
-    if (!from.image || size < 1) return nullptr;
-    const int32_t width = from.image->width;
-    const int32_t height = from.image->height;
+    if (!from || size < 1) return nullptr;
+    const int32_t width = from->width;
+    const int32_t height = from->height;
     // A cell larger than the picture changes nothing more and must not overflow.
     size = std::min(size, std::max(width, height));
-    MemoryOwner owner(CreateLike(from.image));
-    const ImageLock to(owner.memory);
+    NewImage to(CreateLike(from.image));
     const Scratch<int32_t> columns(static_cast<size_t>(width));
-    if (!to.image || !columns.address) return nullptr;
+    if (!to || !columns) return nullptr;
 
     for (int32_t x = 0; x < width; ++x) {
         const int32_t column = Magnified(x, size);
@@ -57,29 +54,22 @@ ImageHandle ApplyGlassBlock(ImageHandle source, int32_t size) {
         const int32_t twin = y >= size && rowAt(y - size) == row ? y - size : y - 1;
         if (twin >= 0 && rowAt(twin) == row)
             std::memcpy(PictureRow(to.image, y), PictureRow(to.image, twin), stride);
-        else if (from.image->bitCount == 24)
+        else if (from->bitCount == 24)
             FillRow(PictureRow(from.image, row), columns.address, width, PictureRow(to.image, y));
         else
             for (int32_t x = 0; x < width; ++x)
                 SetDibPixel(to.image, x, y, GetDibPixel(from.image, columns.address[x], row));
     }
-    return owner.Release();
+    return to.Release();
 }
 
-namespace {
-
-ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
-    return ApplyGlassBlock(source, input.values[0]);
-}
-
-constexpr EffectControl kControls[] = {
+constexpr auto kControls = MakeControls({
     {ControlKind::Slider, IDC_GLASS_BLOCK_SIZE, &settings.style002Size, GLASS_BLOCK_SIZE_RANGE},
-};
-constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_GLASS_BLOCK_SIZE), 0};
+});
 
 }  // namespace
 
-const EffectRecord kGlassBlockEffect = {
-    "Glass Block", IDD_PANEL_GLASS_BLOCK, kControlIds, kControls, 1, Kernel, nullptr};
+const Effect kGlassBlock = {
+    .name = "Glass Block", .panel = IDD_PANEL_GLASS_BLOCK, .controls = kControls, .apply = ApplyGlassBlock};
 
 }  // namespace kfx

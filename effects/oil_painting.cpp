@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Oil Painting: a mode filter over brightness in a diamond-shaped neighbourhood. Three oddities are part of
-// the look: the diamond's rows above and below stand one pixel to the right of its middle row; the picture's
-// rightmost column and top row are not filtered and come out in the background colour; on ties the brightness
-// that came first to the greatest count wins.
-#include "effects/oil_painting.h"
-
+// Oil Painting: a mode filter over brightness in a diamond-shaped neighbourhood. Three oddities belong to the
+// definition: the diamond's rows above and below stand one pixel to the right of its middle row; the
+// picture's rightmost column and top row are not filtered and come out in the background colour; on ties the
+// brightness that came first to the greatest count wins.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
+#include "effects/effects.h"
 #include "framework/math/elementary.h"
-#include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "kernels/diamond_mode.h"
 #include "kernels/region_copy.h"
@@ -19,8 +17,8 @@
 namespace kfx {
 namespace {
 
-constexpr int32_t kFarthestReach =
-    99;  // the panel asks for 9 at most; keeps the canvas near the picture's size
+// The panel asks for 9 at most; keeps the canvas near the picture's size.
+constexpr int32_t kFarthestReach = 99;
 
 // How far the diamond reaches from its centre, in pixels.
 int32_t ReachOf(int32_t radius) {
@@ -62,7 +60,7 @@ bool Paint(const WorkingImage* canvas, int32_t n, uint16_t* counters, WorkingIma
     const Scratch<uint8_t> levels(stride * static_cast<size_t>(canvas->height) + kReadAhead);
     const Scratch<DiamondSpan> spans(2 * static_cast<size_t>(n) + 1);
     const Scratch<size_t> winners(static_cast<size_t>(canvas->width));
-    if (!levels.address || !spans.address || !winners.address) return false;
+    if (!levels || !spans || !winners) return false;
     ComputeLevels(canvas, levels.address, stride);
     ListSpans(n, spans.address);
     const Diamond diamond = {n, spans.address};
@@ -80,44 +78,35 @@ bool Paint(const WorkingImage* canvas, int32_t n, uint16_t* counters, WorkingIma
     return true;
 }
 
-}  // namespace
-
-ImageHandle ApplyOilPainting(ImageHandle source, int32_t radius, uint32_t background) {
+ImageHandle ApplyOilPainting(ImageHandle source, const KernelInput& input) {
     int32_t width, height;
     {
         const ImageLock from(source);
-        if (!from.image || from.image->bitCount != 24) return nullptr;
-        width = from.image->width;
-        height = from.image->height;
+        if (!from || from->bitCount != 24) return nullptr;
+        width = from->width;
+        height = from->height;
     }
-    const int32_t n = ReachOf(radius);
-    const MemoryOwner framed(FrameImage(source, width + 2 * n, height + 2 * n, n, n, background));
-    const ImageLock canvas(framed.memory);
-    if (!canvas.image) return nullptr;
-    const MemoryOwner painted(CreateLike(canvas.image));
-    const ImageLock out(painted.memory);
-    if (!out.image) return nullptr;
-    FillImage(out.image, background);
+    const int32_t n = ReachOf(input.values[0]);
+    const NewImage canvas(FrameImage(source, width + 2 * n, height + 2 * n, n, n, input.background));
+    if (!canvas) return nullptr;
+    const NewImage painted(CreateLike(canvas.image));
+    if (!painted) return nullptr;
+    FillImage(painted.image, input.background);
     // Without memory for the count the picture is all background.
     const Scratch<uint16_t> counters(CounterCount(n));
-    if (counters.address && !Paint(canvas.image, n, counters.address, out.image)) return nullptr;
-    return CropImage(painted.memory, {n, n, width + n, height + n});
+    if (counters && !Paint(canvas.image, n, counters.address, painted.image)) return nullptr;
+    return CropImage(painted.owner.memory, {n, n, width + n, height + n});
 }
 
-namespace {
-
-ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
-    return ApplyOilPainting(source, input.values[0], input.background);
-}
-
-constexpr EffectControl kControls[] = {
+constexpr auto kControls = MakeControls({
     {ControlKind::Slider, IDC_OIL_PAINTING_RADIUS, &settings.style006Radius, OIL_PAINTING_RADIUS_RANGE},
-};
-constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_OIL_PAINTING_RADIUS), 0};
+});
 
 }  // namespace
 
-const EffectRecord kOilPaintingEffect = {
-    "Oil Painting", IDD_PANEL_OIL_PAINTING, kControlIds, kControls, 1, Kernel, nullptr};
+const Effect kOilPainting = {.name = "Oil Painting",
+                             .panel = IDD_PANEL_OIL_PAINTING,
+                             .controls = kControls,
+                             .apply = ApplyOilPainting};
 
 }  // namespace kfx

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Radial Blur: every pixel becomes the average of samples along an arc about the picture's centre. It works
 // in place on a copy, from the top left to the bottom right, so that pixels already blurred feed the samples
-// of later ones: the order is part of the look.
-#include "effects/radial_blur.h"
-
+// of later ones: the order belongs to the definition.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
+#include "effects/effects.h"
 #include "framework/math/elementary.h"
-#include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "kernels/arc_blur.h"
 #include "kernels/packed_sums.h"
@@ -39,52 +37,43 @@ uint32_t BlurredPixel(const WorkingImage* image, int32_t x, int32_t y, const Arc
     return Rgb(red / count, green / count, blue / count);
 }
 
-}  // namespace
-
-ImageHandle ApplyRadialBlur(ImageHandle source, int32_t angle, uint32_t background) {
+// Pictures of every depth, whose pixel values are averaged byte by byte.
+ImageHandle ApplyRadialBlur(ImageHandle source, const KernelInput& input) {
     const ImageLock from(source);
-    if (!from.image) return nullptr;
-    const int32_t width = from.image->width;
-    const int32_t height = from.image->height;
+    if (!from) return nullptr;
+    const int32_t width = from->width;
+    const int32_t height = from->height;
     const double centerX = width * 0.5;
     const double centerY = height * 0.5;
     const double radius = std::sqrt(centerX * centerX + centerY * centerY);
-    const double arcWidth = std::clamp(angle, -kFullTurn, kFullTurn) * 3.141592653589793 / 180.0;
+    const double arcWidth = std::clamp(input.values[0], -kFullTurn, kFullTurn) * 3.141592653589793 / 180.0;
     const auto count = static_cast<int32_t>(std::fabs(std::sqrt(radius) * (arcWidth * 4.0) + 2.0));
     if (count < 2) return nullptr;  // only for negative angles
 
-    MemoryOwner owner(CreateLike(from.image));
-    const ImageLock to(owner.memory);
+    NewImage to(CreateLike(from.image));
     const Scratch<double> cosines(static_cast<size_t>(count));
     const Scratch<double> sines(static_cast<size_t>(count));
-    if (!to.image || !cosines.address || !sines.address) return nullptr;
+    if (!to || !cosines || !sines) return nullptr;
     CopyPixels(to.image, from.image, width, height);
     const double step = arcWidth / (count - 1);
     for (int32_t i = 0; i < count; ++i) sines.address[i] = i * step - (count - 1) * step * 0.5;
     SinCosRow(sines.address, count, sines.address, cosines.address);
     const Arc arc = {count, cosines.address, sines.address, centerX, centerY, radius};
-    if (from.image->bitCount == 24 && count <= kMostPackedSamples)
-        return BlurArcs(to.image, arc, background) ? owner.Release() : nullptr;
+    if (from->bitCount == 24 && count <= kMostPackedSamples)
+        return BlurArcs(to.image, arc, input.background) ? to.Release() : nullptr;
     for (int32_t y = 0; y < height; ++y)
         for (int32_t x = 0; x < width; ++x)
-            SetDibPixel(to.image, x, y, BlurredPixel(to.image, x, y, arc, background));
-    return owner.Release();
+            SetDibPixel(to.image, x, y, BlurredPixel(to.image, x, y, arc, input.background));
+    return to.Release();
 }
 
-namespace {
-
-ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
-    return ApplyRadialBlur(source, input.values[0], input.background);
-}
-
-constexpr EffectControl kControls[] = {
+constexpr auto kControls = MakeControls({
     {ControlKind::Slider, IDC_RADIAL_BLUR_ANGLE, &settings.style003Angle, RADIAL_BLUR_ANGLE_RANGE},
-};
-constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_RADIAL_BLUR_ANGLE), 0};
+});
 
 }  // namespace
 
-const EffectRecord kRadialBlurEffect = {
-    "Radial Blur", IDD_PANEL_RADIAL_BLUR, kControlIds, kControls, 1, Kernel, nullptr};
+const Effect kRadialBlur = {
+    .name = "Radial Blur", .panel = IDD_PANEL_RADIAL_BLUR, .controls = kControls, .apply = ApplyRadialBlur};
 
 }  // namespace kfx

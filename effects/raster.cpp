@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Raster: horizontal scan lines, bands of rows blended towards the background colour between untouched bands
 // of the same height.
-#include "effects/raster.h"
-
 #include <cstring>
 
+#include "effects/effects.h"
 #include "framework/cpu.h"
-#include "framework/memory_guards.h"
 #include "framework/settings.h"
 #include "resources/panel_controls.h"
 
@@ -35,11 +33,6 @@ KFX_INLINE void TintBytes(const uint8_t* from, size_t count, uint32_t remaining,
     for (size_t k = 0; i + k < count; ++k) to[i + k] = tint(from[i + k], added[k]);
 }
 
-KFX_AVX2 void TintBytesAvx2(const uint8_t* from, size_t count, uint32_t remaining, const uint8_t added[96],
-                            uint8_t* to) {
-    TintBytes(from, count, remaining, added, to);
-}
-
 struct Tint {
     uint8_t values[3][256];  // what each value of blue, green and red becomes
     bool regular;            // the density is one of the slider's, so the two below serve, too
@@ -57,10 +50,7 @@ void MakeTint(int32_t density, uint32_t background, Tint* tint) {
 
 void TintRow(const uint8_t* from, size_t width, const Tint& tint, uint8_t* to) {
     if (tint.regular) {
-        if (UseAvx2())
-            TintBytesAvx2(from, 3 * width, tint.remaining, tint.added, to);
-        else
-            TintBytes(from, 3 * width, tint.remaining, tint.added, to);
+        Fastest<TintBytes>()(from, 3 * width, tint.remaining, tint.added, to);
         return;
     }
     for (size_t x = 0; x < width; ++x, from += 3, to += 3)
@@ -69,42 +59,37 @@ void TintRow(const uint8_t* from, size_t width, const Tint& tint, uint8_t* to) {
 
 bool IsLine(int32_t y, int32_t size) { return size > 0 && y / size % 2 == 0; }
 
-}  // namespace
-
-ImageHandle ApplyRaster(ImageHandle source, int32_t density, int32_t size, uint32_t background) {
+// Scan lines of `size` rows, with gaps of as many rows between them, starting with a line at the top;
+// `density` is their opacity in 255ths. Sizes below 1 draw no line.
+ImageHandle ApplyRaster(ImageHandle source, const KernelInput& input) {
+    const int32_t density = input.values[0];
+    const int32_t size = input.values[1];
     const ImageLock from(source);
-    if (!from.image || from.image->bitCount != 24) return nullptr;
-    MemoryOwner owner(CreateLike(from.image));
-    const ImageLock to(owner.memory);
-    if (!to.image) return nullptr;
+    if (!from || from->bitCount != 24) return nullptr;
+    NewImage to(CreateLike(from.image));
+    if (!to) return nullptr;
 
     Tint tint;
-    MakeTint(density, background, &tint);
-    const auto width = static_cast<size_t>(from.image->width);
-    for (int32_t y = 0; y < from.image->height; ++y) {
+    MakeTint(density, input.background, &tint);
+    const auto width = static_cast<size_t>(from->width);
+    for (int32_t y = 0; y < from->height; ++y) {
         const uint8_t* in = PictureRow(from.image, y);
         if (IsLine(y, size))
             TintRow(in, width, tint, PictureRow(to.image, y));
         else
             std::memcpy(PictureRow(to.image, y), in, 3 * width);
     }
-    return owner.Release();
+    return to.Release();
 }
 
-namespace {
-
-ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
-    return ApplyRaster(source, input.values[0], input.values[1], input.background);
-}
-
-constexpr EffectControl kControls[] = {
+constexpr auto kControls = MakeControls({
     {ControlKind::Slider, IDC_RASTER_DENSITY, &settings.style011Density, RASTER_DENSITY_RANGE},
     {ControlKind::Slider, IDC_RASTER_SIZE, &settings.style011Size, RASTER_SIZE_RANGE},
-};
-constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_RASTER_DENSITY), SLIDER_IDS(IDC_RASTER_SIZE), 0};
+});
 
 }  // namespace
 
-const EffectRecord kRasterEffect = {"Raster", IDD_PANEL_RASTER, kControlIds, kControls, 2, Kernel, nullptr};
+const Effect kRaster = {
+    .name = "Raster", .panel = IDD_PANEL_RASTER, .controls = kControls, .apply = ApplyRaster};
 
 }  // namespace kfx

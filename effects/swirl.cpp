@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Swirl: the ellipse that touches the picture's edges is twisted about the centre, most in the middle and not
 // at all at its rim. The slider runs from 0 to 2880 for -1440 to +1440 degrees.
-#include "effects/swirl.h"
-
 #include <cmath>
 
+#include "effects/effects.h"
 #include "framework/cpu.h"
 #include "framework/math/elementary.h"
 #include "framework/settings.h"
@@ -57,39 +56,35 @@ KFX_INLINE void LocateRun(const SampleRun& run) {
     }
 }
 
-KFX_AVX2 void LocateRunAvx2(const SampleRun& run) { LocateRun(run); }
+void LocateTurned(const SampleRun& run) { Fastest<LocateRun>()(run); }
 
-void LocateTurned(const SampleRun& run) { UseAvx2() ? LocateRunAvx2(run) : LocateRun(run); }
-
-}  // namespace
-
-ImageHandle ApplySwirl(ImageHandle source, int32_t position, uint32_t background, KernelCache* cache) {
+ImageHandle ApplySwirl(ImageHandle source, const KernelInput& input) {
     const ImageLock from(source);
-    if (!from.image) return nullptr;
-    const int32_t width = from.image->width;
-    const int32_t height = from.image->height;
+    if (!from) return nullptr;
+    const int32_t width = from->width;
+    const int32_t height = from->height;
     // In 32 bits with wrap-around, as far as numbers from a file may stray.
-    const auto degrees = static_cast<int32_t>(static_cast<uint32_t>(position) - kNoTurn);
+    const auto degrees = static_cast<int32_t>(static_cast<uint32_t>(input.values[0]) - kNoTurn);
     const Turn turn = {(width > height ? width : height) * 0.5, degrees * kPi / 180};
-    const int32_t key[] = {width, height, position};
-    const RegionDistortion distortion = {width * 0.5, height * 0.5, turn.radius, ComputeTurns, 2,
-                                         &turn,       LocateTurned, key,         sizeof key};
-    return DistortRegion(from.image, distortion, background, cache);
+    const int32_t key[] = {width, height, input.values[0]};
+    const RegionDistortion distortion = {.centerX = width * 0.5,
+                                         .centerY = height * 0.5,
+                                         .radius = turn.radius,
+                                         .compute = ComputeTurns,
+                                         .valuesPerPixel = 2,
+                                         .settings = &turn,
+                                         .locate = LocateTurned,
+                                         .key = key,
+                                         .keyBytes = sizeof key};
+    return DistortRegion(from.image, distortion, input.background, input.cache);
 }
 
-namespace {
-
-ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
-    return ApplySwirl(source, input.values[0], input.background, input.cache);
-}
-
-constexpr EffectControl kControls[] = {
+constexpr auto kControls = MakeControls({
     {ControlKind::Slider, IDC_SWIRL_ANGLE, &settings.style015Angle, SWIRL_ANGLE_RANGE},
-};
-constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_SWIRL_ANGLE), 0};
+});
 
 }  // namespace
 
-const EffectRecord kSwirlEffect = {"Swirl", IDD_PANEL_SWIRL, kControlIds, kControls, 1, Kernel, nullptr};
+const Effect kSwirl = {.name = "Swirl", .panel = IDD_PANEL_SWIRL, .controls = kControls, .apply = ApplySwirl};
 
 }  // namespace kfx

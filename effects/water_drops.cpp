@@ -1,136 +1,41 @@
 // SPDX-License-Identifier: MIT
 // Water Drops: every pixel is taken from a random neighbour, as if the picture were seen through drops of
 // water. The generator is seeded anew for every frame, with the clock's second: frames of the same second
-// scatter alike. Even apertures lean one pixel to the left and up. Both are intended.
-#include "effects/water_drops.h"
-
-#include <algorithm>
-#include <cstring>
-
-#include "framework/cpu.h"
-#include "framework/memory_guards.h"
+// scatter alike. Even apertures lean one pixel to the left and up. Both belong to the definition.
+#include "effects/effects.h"
 #include "framework/random.h"
 #include "framework/settings.h"
+#include "kernels/scatter.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {
 namespace {
 
-// Pixels from `first` to `end` of a row: `numbers` holds two random numbers a pixel, first the column's, then
-// the row's.
-void ScatterPixels(const WorkingImage* from, int32_t y, int32_t first, int32_t end, const uint16_t* numbers,
-                   int32_t aperture, WorkingImage* to) {
-    const int32_t half = aperture >> 1;
-    for (int32_t x = first; x < end; ++x) {
-        const int32_t dx = numbers[2 * x] % aperture - half;
-        const int32_t dy = numbers[2 * x + 1] % aperture - half;
-        uint32_t pixel = GetDibPixel(from, x + dx, y + dy);
-        if (pixel == kNoPixel) pixel = GetDibPixel(from, x, y);
-        SetDibPixel(to, x, y, pixel);
-    }
-}
-
-// How to take the remainder of a random number without dividing: the quotient is the upper half of a product,
-// shifted. With the factor rounded up that is exact for every number of 15 bits.
-struct Remainder {
-    uint16_t divisor;  // 2 to kLargestDivisor
-    uint16_t factor;
-    uint16_t shift;
-};
-constexpr int32_t kLargestDivisor = 4096;
-
-Remainder MakeRemainder(int32_t divisor) {
-    uint32_t bits = 0;
-    const auto d = static_cast<uint32_t>(divisor);
-    while (d >> (bits + 1)) ++bits;
-    uint32_t factor = ((uint32_t{1} << (16 + bits)) + d - 1) / d;
-    if (factor == 65536) factor = 32768, --bits;  // a power of two
-    return {static_cast<uint16_t>(d), static_cast<uint16_t>(factor), static_cast<uint16_t>(bits)};
-}
-
-// Where each of `count` 24-bit pixels comes from, in bytes from its own place; rows are stored bottom-up.
-KFX_INLINE void FindOffsets(const uint16_t* numbers, int32_t count, const Remainder& remainder,
-                            int32_t stride, int32_t* __restrict offsets) {
-    const Remainder r = remainder;
-    const auto half = static_cast<int32_t>(r.divisor >> 1);
-    for (int32_t i = 0; i < count; ++i) {
-        const uint16_t across = numbers[2 * i];
-        const uint16_t down = numbers[2 * i + 1];
-        const auto acrossQuotient =
-            static_cast<uint16_t>(static_cast<uint32_t>(across) * r.factor >> 16 >> r.shift);
-        const auto downQuotient =
-            static_cast<uint16_t>(static_cast<uint32_t>(down) * r.factor >> 16 >> r.shift);
-        const int32_t dx = across - acrossQuotient * r.divisor - half;
-        const int32_t dy = down - downQuotient * r.divisor - half;
-        offsets[i] = 3 * dx - dy * stride;
-    }
-}
-
-KFX_AVX2 void FindOffsetsAvx2(const uint16_t* numbers, int32_t count, const Remainder& remainder,
-                              int32_t stride, int32_t* offsets) {
-    FindOffsets(numbers, count, remainder, stride, offsets);
-}
-
-// A row of which no pixel comes from above or below the picture: those that cannot come from beside it either
-// are copied without asking.
-void ScatterInnerRow(const WorkingImage* from, int32_t y, const uint16_t* numbers, const Remainder& remainder,
-                     int32_t* offsets, WorkingImage* to) {
-    const int32_t width = from->width;
-    const int32_t aperture = remainder.divisor;
-    const int32_t first = std::min(aperture >> 1, width);
-    const int32_t end = std::max(first, width - (aperture - 1 - (aperture >> 1)));
-    const auto stride = static_cast<int32_t>(StrideOf(from));
-    if (UseAvx2())
-        FindOffsetsAvx2(numbers + 2 * first, end - first, remainder, stride, offsets);
-    else
-        FindOffsets(numbers + 2 * first, end - first, remainder, stride, offsets);
-    ScatterPixels(from, y, 0, first, numbers, aperture, to);
-    const uint8_t* in = PictureRow(from, y) + 3 * static_cast<size_t>(first);
-    uint8_t* out = PictureRow(to, y) + 3 * static_cast<size_t>(first);
-    for (int32_t i = 0; i < end - first; ++i, in += 3, out += 3) std::memcpy(out, in + offsets[i], 3);
-    ScatterPixels(from, y, end, width, numbers, aperture, to);
-}
-
-}  // namespace
-
-ImageHandle ApplyWaterDrops(ImageHandle source, int32_t aperture) {
+// Pictures of every depth. An aperture below 1 leaves the picture as it is.
+ImageHandle ApplyWaterDrops(ImageHandle source, const KernelInput& input) {
+    const int32_t aperture = input.values[0];  // pixels
     const ImageLock from(source);
-    if (!from.image || aperture < 1) return nullptr;
-    MemoryOwner owner(CreateLike(from.image));
-    const ImageLock to(owner.memory);
-    const int32_t width = from.image->width;
-    const int32_t height = from.image->height;
-    const size_t numberCount = 2 * static_cast<size_t>(width);
+    if (!from || aperture < 1) return nullptr;
+    NewImage to(CreateLike(from.image));
+    const size_t numberCount = 2 * static_cast<size_t>(from->width);
     const Scratch<uint16_t> numbers(numberCount);
-    const Scratch<int32_t> offsets(static_cast<size_t>(width));
-    if (!to.image || !numbers.address || !offsets.address) return nullptr;
-    const bool simple = from.image->bitCount == 24 && aperture > 1 && aperture <= kLargestDivisor;
-    const Remainder remainder = simple ? MakeRemainder(aperture) : Remainder{};
+    const Scratch<int32_t> offsets(static_cast<size_t>(from->width));
+    if (!to || !numbers || !offsets) return nullptr;
     RandomSequence sequence = SeedRandom(ClockSeconds());
-    for (int32_t y = 0; y < height; ++y) {
+    for (int32_t y = 0; y < from->height; ++y) {
         NextRandoms(&sequence, numbers.address, numberCount);
-        if (simple && y >= aperture >> 1 && y < height - (aperture - 1 - (aperture >> 1)))
-            ScatterInnerRow(from.image, y, numbers.address, remainder, offsets.address, to.image);
-        else
-            ScatterPixels(from.image, y, 0, width, numbers.address, aperture, to.image);
+        ScatterRow(from.image, y, numbers.address, aperture, offsets.address, to.image);
     }
-    return owner.Release();
+    return to.Release();
 }
 
-namespace {
-
-ImageHandle Kernel(ImageHandle source, const KernelInput& input) {
-    return ApplyWaterDrops(source, input.values[0]);
-}
-
-constexpr EffectControl kControls[] = {
+constexpr auto kControls = MakeControls({
     {ControlKind::Slider, IDC_WATER_DROPS_APERTURE, &settings.style008Aperture, WATER_DROPS_APERTURE_RANGE},
-};
-constexpr uint32_t kControlIds[] = {SLIDER_IDS(IDC_WATER_DROPS_APERTURE), 0};
+});
 
 }  // namespace
 
-const EffectRecord kWaterDropsEffect = {
-    "Water Drops", IDD_PANEL_WATER_DROPS, kControlIds, kControls, 1, Kernel, nullptr};
+const Effect kWaterDrops = {
+    .name = "Water Drops", .panel = IDD_PANEL_WATER_DROPS, .controls = kControls, .apply = ApplyWaterDrops};
 
 }  // namespace kfx

@@ -13,7 +13,7 @@
 #endif
 
 // For a loop that is written once and compiled twice: it takes on the instruction set of the function that
-// calls it.
+// calls it. See Fastest().
 #if defined(__GNUC__)
 #define KFX_INLINE inline __attribute__((always_inline))
 #else
@@ -29,5 +29,21 @@ bool UseAvx2();
 // Switches the AVX2 variants off (or on again where supported), so that tests and benchmarks can compare both
 // paths.
 void AllowAvx2(bool allowed);
+
+template <auto kLoop>
+struct CompiledTwice;
+
+template <typename Result, typename... Parameters, Result (*kLoop)(Parameters...)>
+struct CompiledTwice<kLoop> {
+    KFX_AVX2 static Result Avx2(Parameters... parameters) { return kLoop(parameters...); }
+};
+
+// The function `kLoop`, which is declared KFX_INLINE, compiled for AVX2 where that may be used and for the
+// plain instruction set otherwise. Loops whose arithmetic is the same in lanes need nothing else:
+//     Fastest<ScaleRow>()(row, count);
+template <auto kLoop>
+inline decltype(kLoop) Fastest() {
+    return UseAvx2() ? CompiledTwice<kLoop>::Avx2 : kLoop;
+}
 
 }  // namespace kfx

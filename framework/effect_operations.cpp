@@ -9,10 +9,10 @@ namespace kfx {
 namespace {
 
 // False: the background colour could not be read.
-bool ReadInput(const EffectRecord& effect, void* window, KernelCache* cache, KernelInput* input) {
+bool ReadInput(const Effect& effect, void* window, KernelCache* cache, KernelInput* input) {
     *input = {};
-    for (size_t i = 0; i < effect.controlCount; ++i)
-        input->values[i] = ReadControl(effect.controls[i], window);
+    for (size_t i = 0; i < effect.controls.count; ++i)
+        input->values[i] = ReadControl(effect.controls.rows[i], window);
     input->cache = cache;
     return ReadBackgroundColor(&input->background);
 }
@@ -23,12 +23,12 @@ bool TakeResult(const FrameList& frames, int32_t index, const FrameEntry& entry,
 }
 
 // False: the list could not be locked, or the window has gone.
-bool BuildEachFrame(const EffectRecord& effect, EffectBuildContext* context, const KernelInput& input) {
+bool BuildEachFrame(const Effect& effect, EffectBuildContext* context, const KernelInput& input) {
     const FrameList& frames = *context->frames;
     for (int32_t i = 0; i < frames.count; ++i) {
         FrameEntry entry;
         if (!GetFrame(frames, i, &entry)) return false;
-        if (!TakeResult(frames, i, entry, effect.kernel(entry.image, input))) return false;
+        if (!TakeResult(frames, i, entry, effect.apply(entry.image, input))) return false;
         RequestProgress(context->host, i, frames.count);
         if (!IsPanelOpen(context->window)) return false;
     }
@@ -69,14 +69,14 @@ bool BuildInTwoPasses(const GatheringPasses& passes, EffectBuildContext* context
 
 }  // namespace
 
-ImageHandle ApplyKernel(const EffectRecord& effect, ImageHandle image, const KernelInput& input) {
-    const ImageHandle result = effect.kernel(image, input);
+ImageHandle ApplyKernel(const Effect& effect, ImageHandle image, const KernelInput& input) {
+    const ImageHandle result = effect.apply(image, input);
     if (!result) return image;
     FreeMemory(image);
     return result;
 }
 
-int32_t PreviewEffect(const EffectRecord& effect, EffectRunContext* context) {
+int32_t PreviewEffect(const Effect& effect, EffectRunContext* context) {
     KernelCache cache;
     KernelInput input;
     const bool read = ReadInput(effect, context->window, &cache, &input);
@@ -86,7 +86,7 @@ int32_t PreviewEffect(const EffectRecord& effect, EffectRunContext* context) {
     return 1;
 }
 
-int32_t BuildEffect(const EffectRecord& effect, EffectBuildContext* context) {
+int32_t BuildEffect(const Effect& effect, EffectBuildContext* context) {
     KernelCache cache;
     KernelInput input;
     if (!ReadInput(effect, context->window, &cache, &input)) return 0;

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "framework/effect_record.h"
+#include "framework/effect.h"
 #include "framework/frame_list.h"
 #include "host/host_records.h"
 
@@ -45,15 +45,15 @@ struct EffectDescriptor {
 };
 
 // Renders the first source frame into context->image, which stays null without a source. Always 1.
-int32_t PreviewEffect(const EffectRecord& effect, EffectRunContext* context);
+int32_t PreviewEffect(const Effect& effect, EffectRunContext* context);
 
 // Decodes the source into context->frames and transforms every frame, reporting progress; a frame for which
 // the kernel has no picture stays as it came. 0: memory was refused while decoding, or the source or the list
 // could not be locked; what the list holds is the caller's, as ever.
-int32_t BuildEffect(const EffectRecord& effect, EffectBuildContext* context);
+int32_t BuildEffect(const Effect& effect, EffectBuildContext* context);
 
 // Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept
 // when the kernel has none. For preview, build and command lines alike.
-ImageHandle ApplyKernel(const EffectRecord& effect, ImageHandle image, const KernelInput& input);
+ImageHandle ApplyKernel(const Effect& effect, ImageHandle image, const KernelInput& input);
 
 }  // namespace kfx

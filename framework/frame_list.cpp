@@ -40,7 +40,7 @@ bool AppendFrame(FrameList* list, const FrameEntry& entry) {
 bool GetFrame(const FrameList& list, int32_t index, FrameEntry* entry) {
     if (index < 0 || index >= list.count) return false;
     const MemoryLock lock(list.entries);
-    if (!lock.address) return false;
+    if (!lock) return false;
     *entry = static_cast<const FrameEntry*>(lock.address)[index];
     return true;
 }
@@ -48,7 +48,7 @@ bool GetFrame(const FrameList& list, int32_t index, FrameEntry* entry) {
 bool PutFrame(const FrameList& list, int32_t index, const FrameEntry& entry) {
     if (index < 0 || index >= list.count) return false;
     const MemoryLock lock(list.entries);
-    if (!lock.address) return false;
+    if (!lock) return false;
     static_cast<FrameEntry*>(lock.address)[index] = entry;
     list.owned[index] = {entry.image, entry.changeMask};
     return true;

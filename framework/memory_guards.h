@@ -8,7 +8,7 @@
 
 namespace kfx {
 
-// Holds a block locked for its scope. `address` is null when the lock failed.
+// Holds a block locked for its scope. Test it before use: false when the lock failed.
 struct MemoryLock {
     explicit MemoryLock(MemoryHandle block) : memory(block), address(LockMemory(block)) {}
     ~MemoryLock() {
@@ -16,6 +16,7 @@ struct MemoryLock {
     }
     MemoryLock(const MemoryLock&) = delete;
     MemoryLock& operator=(const MemoryLock&) = delete;
+    explicit operator bool() const { return address != nullptr; }
 
     const MemoryHandle memory;
     void* const address;
@@ -37,8 +38,8 @@ struct MemoryOwner {
     MemoryHandle memory;
 };
 
-// A zeroed working table of `count` elements of a plain type, freed at the end of the scope. Test `address`
-// before use: null when memory ran out or the size would overflow.
+// A zeroed working table of `count` elements of a plain type, freed at the end of the scope. Test it before
+// use: false when memory ran out or the size would overflow.
 template <typename T>
 struct Scratch {
     explicit Scratch(size_t count)
@@ -51,6 +52,8 @@ struct Scratch {
     }
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
+    explicit operator bool() const { return address != nullptr; }
+    T& operator[](size_t index) const { return address[index]; }
 
     const MemoryHandle memory;
     T* const address;

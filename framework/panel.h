@@ -6,13 +6,13 @@
 
 #include <cstdint>
 
-#include "framework/effect_record.h"
+#include "framework/effect.h"
 
 namespace kfx {
 
 // Clones the effect's panel template into the window and binds its controls. False: the panel could not be
 // made.
-bool InitializePanel(const EffectRecord& effect, void* window);
+bool InitializePanel(const Effect& effect, void* window);
 
 // A control's current value: a slider's position clamped into its range, 1 or 0 for a check box, a list's
 // index.

@@ -6,7 +6,7 @@
 
 namespace kfx {
 
-bool InitializePanel(const EffectRecord&, void*) { return true; }
+bool InitializePanel(const Effect&, void*) { return true; }
 
 int32_t ReadControl(const EffectControl& control, void*) {
     const int32_t value = *control.variable;

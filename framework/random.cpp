@@ -52,10 +52,6 @@ KFX_INLINE size_t StepLanes(uint32_t* state, uint16_t* __restrict numbers, size_
     return done;
 }
 
-KFX_AVX2 size_t StepLanesAvx2(uint32_t* state, uint16_t* numbers, size_t count) {
-    return StepLanes(state, numbers, count);
-}
-
 bool clockHeld;        // written by HoldClock and ReleaseClock only
 uint32_t heldSeconds;  // written by HoldClock only
 
@@ -92,7 +88,7 @@ void NextRandoms(RandomSequence* sequence, uint16_t* numbers, size_t count) {
         return;
     }
     uint32_t state = sequence->state;
-    size_t i = UseAvx2() ? StepLanesAvx2(&state, numbers, count) : StepLanes(&state, numbers, count);
+    size_t i = Fastest<StepLanes>()(&state, numbers, count);
     for (; i < count; ++i) {
         state = Step(state);
         numbers[i] = NumberOf(state);

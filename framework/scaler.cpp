@@ -163,7 +163,7 @@ void HorizontalPass(const WorkingImage* from, WorkingImage* to, const PassTable&
 bool RunHorizontalPass(const WorkingImage* from, WorkingImage* to, const PassTable& table) {
     const size_t pixelBytes = from->bitCount / 8u;
     const Scratch<float> lanes(static_cast<size_t>(from->width) * kRowsAtOnce * pixelBytes);
-    if (!lanes.address) return false;
+    if (!lanes) return false;
     if (pixelBytes == 3)
         HorizontalPass<3>(from, to, table, lanes.address);
     else
@@ -188,7 +188,7 @@ bool RunPasses(const WorkingImage* from, WorkingImage* to, const PassTable& acro
     const MemoryOwner owner(verticalFirst ? CreateDib(from->width, to->height, nullptr, from->bitCount)
                                           : CreateDib(to->width, from->height, nullptr, from->bitCount));
     const ImageLock between(owner.memory);
-    if (!between.image) return false;
+    if (!between) return false;
     if (!verticalFirst) {
         if (!RunHorizontalPass(from, between.image, across)) return false;
         VerticalPass(between.image, to, down);
@@ -202,17 +202,15 @@ bool RunPasses(const WorkingImage* from, WorkingImage* to, const PassTable& acro
 
 ImageHandle Resample(ImageHandle source, int32_t width, int32_t height, double blur) {
     const ImageLock from(source);
-    if (!from.image) return nullptr;
-    if (width == from.image->width && height == from.image->height && blur == 1.0)
-        return DuplicateImage(from.image);
+    if (!from) return nullptr;
+    if (width == from->width && height == from->height && blur == 1.0) return DuplicateImage(from.image);
     uint8_t palette[kPaletteBytes];
     ReadColorTable(from.image, palette);
-    MemoryOwner owner(CreateDib(width, height, palette, from.image->bitCount));
-    const ImageLock to(owner.memory);
-    if (!to.image) return nullptr;
+    NewImage to(CreateDib(width, height, palette, from->bitCount));
+    if (!to) return nullptr;
 
-    const Direction across = MakeDirection(from.image->width, width, blur);
-    const Direction down = MakeDirection(from.image->height, height, blur);
+    const Direction across = MakeDirection(from->width, width, blur);
+    const Direction down = MakeDirection(from->height, height, blur);
     const ResamplingFilter& filter =
         FilterAt(across.scale * down.scale > 1.0 ? kMitchellFilter : kLanczosFilter);
     const double widest =
@@ -221,26 +219,26 @@ ImageHandle Resample(ImageHandle source, int32_t width, int32_t height, double b
     const Scratch<Contribution> work(mostWeights);
     PassTable acrossTable(width, mostWeights);
     PassTable downTable(height, mostWeights);
-    if (!work.address || !acrossTable.spans.address || !acrossTable.weights.address ||
-        !downTable.spans.address || !downTable.weights.address)
+    if (!work || !acrossTable.spans.address || !acrossTable.weights.address || !downTable.spans.address ||
+        !downTable.weights.address)
         return nullptr;
     FillTable(across, filter, work.address, &acrossTable);
     FillTable(down, filter, work.address, &downTable);
 
-    if (from.image->bitCount <= 8)
+    if (from->bitCount <= 8)
         PickPixels(from.image, to.image, acrossTable, downTable);
     else if (!RunPasses(from.image, to.image, acrossTable, downTable))
         return nullptr;
-    return owner.Release();
+    return to.Release();
 }
 
 ImageHandle ScaleByPercentage(ImageHandle source, int32_t horizontalPercentage, int32_t verticalPercentage) {
     double width, height;
     {
         const ImageLock lock(source);
-        if (!lock.image || horizontalPercentage < 0 || verticalPercentage < 0) return nullptr;
-        width = static_cast<double>(lock.image->width) * horizontalPercentage / 100 + 0.5;
-        height = static_cast<double>(lock.image->height) * verticalPercentage / 100 + 0.5;
+        if (!lock || horizontalPercentage < 0 || verticalPercentage < 0) return nullptr;
+        width = static_cast<double>(lock->width) * horizontalPercentage / 100 + 0.5;
+        height = static_cast<double>(lock->height) * verticalPercentage / 100 + 0.5;
     }
     if (width > INT32_MAX || height > INT32_MAX) return nullptr;
     return Resample(source, std::max(static_cast<int32_t>(width), 1),

@@ -38,7 +38,7 @@ ImageHandle DecodeFrame(const AnimationFrame& frame) {
     MemoryOwner image(CreateDib(frame.width, frame.height, palette, frame.bitCount));
     {
         const ImageLock lock(image.memory);
-        if (!lock.image) return nullptr;
+        if (!lock) return nullptr;
         CopyRows(frame, lock.image);
     }
     // The common case needs no second copy of the picture.

@@ -63,26 +63,25 @@ ImageHandle CreateDib(int32_t width, int32_t height, const uint8_t* palette, int
     const uint64_t bytes = sizeof(WorkingImage) + imageSize + 4 * uint64_t{colors};
     if (bytes > kLargestImage) return nullptr;
 
-    MemoryOwner owner(AllocateMemory(static_cast<size_t>(bytes)));
-    const ImageLock lock(owner.memory);
-    if (!lock.image) return nullptr;
-    lock.image->headerSize = sizeof(WorkingImage);
-    lock.image->width = width;
-    lock.image->height = height;
-    lock.image->planes = 1;
-    lock.image->bitCount = static_cast<uint16_t>(bitCount);
-    lock.image->imageSize = static_cast<uint32_t>(imageSize);
-    lock.image->colorsUsed = colors;
-    lock.image->colorsImportant = colors;
+    NewImage made(AllocateMemory(static_cast<size_t>(bytes)));
+    if (!made) return nullptr;
+    made->headerSize = sizeof(WorkingImage);
+    made->width = width;
+    made->height = height;
+    made->planes = 1;
+    made->bitCount = static_cast<uint16_t>(bitCount);
+    made->imageSize = static_cast<uint32_t>(imageSize);
+    made->colorsUsed = colors;
+    made->colorsImportant = colors;
     if (palette) {
-        uint8_t* table = ColorTableOf(lock.image);
+        uint8_t* table = ColorTableOf(made.image);
         for (uint32_t i = 0; i < colors; ++i, table += 4, palette += 3) {
             table[0] = palette[2];
             table[1] = palette[1];
             table[2] = palette[0];
         }
     }
-    return owner.Release();
+    return made.Release();
 }
 
 uint32_t GetDibPixel(const WorkingImage* image, int32_t x, int32_t y) {
@@ -156,34 +155,32 @@ ImageHandle CreateLike(const WorkingImage* image) {
 }
 
 ImageHandle DuplicateImage(const WorkingImage* image) {
-    MemoryOwner owner(CreateLike(image));
-    const ImageLock lock(owner.memory);
-    if (!lock.image) return nullptr;
-    std::memcpy(PixelsOf(lock.image), PixelsOf(image), StrideOf(image) * static_cast<size_t>(image->height));
-    return owner.Release();
+    NewImage copy(CreateLike(image));
+    if (!copy) return nullptr;
+    std::memcpy(PixelsOf(copy.image), PixelsOf(image), StrideOf(image) * static_cast<size_t>(image->height));
+    return copy.Release();
 }
 
 ImageHandle ConvertTo24Bits(ImageHandle source) {
     const ImageLock from(source);
-    if (!from.image) return nullptr;
-    MemoryOwner owner(CreateDib(from.image->width, from.image->height, nullptr, 24));
-    const ImageLock to(owner.memory);
-    if (!to.image) return nullptr;
+    if (!from) return nullptr;
+    NewImage to(CreateDib(from->width, from->height, nullptr, 24));
+    if (!to) return nullptr;
 
-    const auto width = static_cast<size_t>(from.image->width);
+    const auto width = static_cast<size_t>(from->width);
     uint32_t colors[256];
-    if (from.image->bitCount <= 8) ReadColors(from.image, colors);
-    for (int32_t r = 0; r < from.image->height; ++r) {
+    if (from->bitCount <= 8) ReadColors(from.image, colors);
+    for (int32_t r = 0; r < from->height; ++r) {
         const uint8_t* row = StoredRow(from.image, r);
         uint8_t* out = StoredRow(to.image, r);
-        if (from.image->bitCount == 24)
+        if (from->bitCount == 24)
             std::memcpy(out, row, 3 * width);
-        else if (from.image->bitCount == 32)
+        else if (from->bitCount == 32)
             for (size_t x = 0; x < width; ++x) std::memcpy(out + 3 * x, row + 4 * x, 3);
         else
-            ExpandRow(row, from.image->bitCount, from.image->width, colors, out);
+            ExpandRow(row, from->bitCount, from->width, colors, out);
     }
-    return owner.Release();
+    return to.Release();
 }
 
 }  // namespace kfx

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "framework/movable_memory.h"
+#include "framework/memory_guards.h"
 
 namespace kfx {
 
@@ -109,7 +109,7 @@ ImageHandle DuplicateImage(const WorkingImage* image);
 // colour table says. Null: the source cannot be locked, or memory ran out.
 ImageHandle ConvertTo24Bits(ImageHandle source);
 
-// Holds an image locked for its scope; `image` is null when the lock failed.
+// Holds an image locked for its scope. Test it before use: false when the lock failed.
 struct ImageLock {
     explicit ImageLock(ImageHandle handle)
         : memory(handle), image(static_cast<WorkingImage*>(LockMemory(handle))) {}
@@ -118,8 +118,23 @@ struct ImageLock {
     }
     ImageLock(const ImageLock&) = delete;
     ImageLock& operator=(const ImageLock&) = delete;
+    explicit operator bool() const { return image != nullptr; }
+    WorkingImage* operator->() const { return image; }
 
     const MemoryHandle memory;
+    WorkingImage* const image;
+};
+
+// A new image, owned and locked for its scope, unless it is released to the caller. Test it before use: false
+// when there was no memory for it or the lock failed.
+struct NewImage {
+    explicit NewImage(ImageHandle made) : owner(made), lock(made), image(lock.image) {}
+    explicit operator bool() const { return image != nullptr; }
+    WorkingImage* operator->() const { return image; }
+    ImageHandle Release() { return owner.Release(); }
+
+    MemoryOwner owner;
+    const ImageLock lock;
     WorkingImage* const image;
 };
 

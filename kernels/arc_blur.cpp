@@ -65,19 +65,6 @@ KFX_INLINE void FindSteps(const Arc& arc, double dy, int32_t width, int32_t* __r
     for (int32_t x = 0; x < width; ++x) steps[x] = SampleStep(copy, x - copy.centerX, dy);
 }
 
-void FindStepsPlain(const Arc& arc, double dy, int32_t width, int32_t* steps) {
-    FindSteps(arc, dy, width, steps);
-}
-KFX_AVX2 void FindStepsAvx2(const Arc& arc, double dy, int32_t width, int32_t* steps) {
-    FindSteps(arc, dy, width, steps);
-}
-bool FindPlacesPlain(const Blur& blur, int32_t x, int32_t count, int32_t step) {
-    return FindPlaces(blur, x, count, step);
-}
-KFX_AVX2 bool FindPlacesAvx2(const Blur& blur, int32_t x, int32_t count, int32_t step) {
-    return FindPlaces(blur, x, count, step);
-}
-
 template <bool kAllInside>
 void BlurStretch(const Blur& blur, int32_t count, int32_t samples, uint8_t* out) {
     const uint8_t* first = PixelsOf(blur.image);
@@ -97,12 +84,12 @@ bool BlurArcs(WorkingImage* image, const Arc& arc, uint32_t background) {
     const Scratch<double> byRow(2 * count);
     const Scratch<int32_t> places(count * kStretch);
     const Scratch<int32_t> stepsOfRow(static_cast<size_t>(image->width));
-    if (!byRow.address || !places.address || !stepsOfRow.address) return false;
+    if (!byRow || !places || !stepsOfRow) return false;
     const int32_t* steps = stepsOfRow.address;
     Blur blur = {image, &arc, byRow.address, byRow.address + count, places.address, 0, {}};
     blur.background = BlueOf(background) | GreenOf(background) << 8 | RedOf(background) << 16;
-    const auto findPlaces = UseAvx2() ? FindPlacesAvx2 : FindPlacesPlain;
-    const auto findSteps = UseAvx2() ? FindStepsAvx2 : FindStepsPlain;
+    const auto findPlaces = Fastest<FindPlaces>();
+    const auto findSteps = Fastest<FindSteps>();
 
     for (int32_t y = 0; y < image->height; ++y) {
         const double dy = y - arc.centerY;

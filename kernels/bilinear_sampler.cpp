@@ -4,9 +4,7 @@
 #include <cmath>
 
 #include "framework/cpu.h"
-#if KFX_HAS_AVX2
-#include <immintrin.h>
-#endif
+#include "kernels/vector_bytes.h"
 
 namespace kfx {
 namespace {
@@ -90,7 +88,6 @@ KFX_AVX2 void SampleRowAvx2(const WorkingImage* image, const double* x, const do
     const uint8_t* top = PictureRow(image, 0);
     const size_t stride = StrideOf(image);
     const __m256d half = _mm256_set1_pd(0.5);
-    const __m128i dropFourth = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
     InnerPoints points;
     int32_t i = 0;
     for (; i + 4 <= count; i += 4, out += 12) {
@@ -104,9 +101,7 @@ KFX_AVX2 void SampleRowAvx2(const WorkingImage* image, const double* x, const do
             _mm_packs_epi32(BlendPoint(points, 0, top, stride), BlendPoint(points, 1, top, stride));
         const __m128i second =
             _mm_packs_epi32(BlendPoint(points, 2, top, stride), BlendPoint(points, 3, top, stride));
-        const __m128i pixels = _mm_shuffle_epi8(_mm_packus_epi16(first, second), dropFourth);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), pixels);
-        _mm_storeu_si32(out + 8, _mm_srli_si128(pixels, 8));
+        StoreFourPixels(_mm_packus_epi16(first, second), out);
     }
     for (; i < count; ++i, out += 3) PutColor(SampleBilinear(image, x[i], y[i], fallback), out);
 }

@@ -31,17 +31,16 @@ void AverageLine(const uint8_t* from, size_t fromStep, int32_t length, int64_t r
 ImageHandle BoxBlur(ImageHandle source, int32_t depth) {
     const ImageLock from(source);
     const int64_t reach = depth / 6;
-    if (!from.image || reach < 1 || from.image->bitCount < 24) return nullptr;
-    const int32_t width = from.image->width;
-    const int32_t height = from.image->height;
-    MemoryOwner owner(DuplicateImage(from.image));
-    const ImageLock to(owner.memory);
+    if (!from || reach < 1 || from->bitCount < 24) return nullptr;
+    const int32_t width = from->width;
+    const int32_t height = from->height;
+    NewImage to(DuplicateImage(from.image));
     // The three channels after the horizontal pass, one plane after the other.
     const size_t planeBytes = static_cast<size_t>(width) * static_cast<size_t>(height);
     const Scratch<uint8_t> planes(3 * planeBytes);
-    if (!to.image || !planes.address) return nullptr;
+    if (!to || !planes) return nullptr;
 
-    const size_t step = from.image->bitCount / 8u;
+    const size_t step = from->bitCount / 8u;
     for (size_t channel = 0; channel < 3; ++channel) {
         uint8_t* plane = planes.address + channel * planeBytes;
         for (int32_t r = 0; r < height; ++r)
@@ -51,7 +50,7 @@ ImageHandle BoxBlur(ImageHandle source, int32_t depth) {
             AverageLine(plane + x, static_cast<size_t>(width), height, reach,
                         StoredRow(to.image, 0) + static_cast<size_t>(x) * step + channel, StrideOf(to.image));
     }
-    return owner.Release();
+    return to.Release();
 }
 
 }  // namespace kfx

@@ -33,15 +33,6 @@ KFX_INLINE void SumBlock(const double* const* rows, size_t first, int32_t n, con
     for (size_t s = 0; s < kBlock; ++s) out[s] = sums[s];
 }
 
-void SumBlockPlain(const double* const* rows, size_t first, int32_t n, const double* matrix, double* out) {
-    SumBlock(rows, first, n, matrix, out);
-}
-
-KFX_AVX2 void SumBlockAvx2(const double* const* rows, size_t first, int32_t n, const double* matrix,
-                           double* out) {
-    SumBlock(rows, first, n, matrix, out);
-}
-
 // A row of bytes as doubles, `half` pixels of the other end to either side.
 void WidenRow(const uint8_t* row, int32_t width, int32_t half, double* out) {
     for (int32_t x = -half; x < width + half; ++x, out += 3) {
@@ -79,21 +70,20 @@ void ConvolvePixel(const WorkingImage* source, int32_t n, const double* matrix, 
 
 ImageHandle ConvolveImage(ImageHandle source, int32_t n, const double* matrix) {
     const ImageLock from(source);
-    if (!from.image || from.image->bitCount != 24) return nullptr;
-    const int32_t width = from.image->width;
-    const int32_t height = from.image->height;
+    if (!from || from->bitCount != 24) return nullptr;
+    const int32_t width = from->width;
+    const int32_t height = from->height;
     if (n < 1 || n % 2 == 0 || width < n || height < n) return nullptr;
     const size_t samples = 3 * static_cast<size_t>(width);
     // Room for a last block that begins before the row's end.
     const size_t rowSamples = samples + 3 * static_cast<size_t>(n) + kBlock;
-    MemoryOwner owner(CreateLike(from.image));
-    const ImageLock to(owner.memory);
+    NewImage to(CreateLike(from.image));
     const Scratch<double> ring(rowSamples * static_cast<size_t>(n));
     const Scratch<const double*> rows(static_cast<size_t>(n));
-    if (!to.image || !ring.address || !rows.address) return nullptr;
+    if (!to || !ring || !rows) return nullptr;
 
     const double divisor = MatrixDivisor(n, matrix);
-    const auto sumBlock = UseAvx2() ? SumBlockAvx2 : SumBlockPlain;
+    const auto sumBlock = Fastest<SumBlock>();
     const int32_t half = n / 2;
     // The n rows under the matrix, widened; row -half + k stands at place k % n.
     int32_t widened = 0;
@@ -111,7 +101,7 @@ ImageHandle ConvolveImage(ImageHandle source, int32_t n, const double* matrix) {
                 out[first + s] = ToByte(sums[s] / divisor);
         }
     }
-    return owner.Release();
+    return to.Release();
 }
 
 }  // namespace kfx

@@ -3,7 +3,7 @@
 // kx >= 0 along a row and L that over kx < 0, a row above or level with the pixel contributes 8 g(ky) (R -
 // L), a row below it -8 g(ky) (R + L); what that counts on the anti-diagonal, the centre included, is taken
 // back. That is some 3 n products a sample instead of n^2, added in another order than the one defined, so
-// the sum is only a candidate: it differs from the defined one by no more than a bound that is computed from
+// the sum is only an estimate: it differs from the defined one by no more than a bound that is computed from
 // the weights. Where no rounding boundary lies within the bound the byte is certain; the other samples are
 // summed again in the defined order.
 #include "kernels/emboss_estimate.h"
@@ -28,29 +28,29 @@ struct Separation {
     int32_t reach;       // weights farther out are left out
     const double* bell;  // g(0), which is 1, to g(reach)
     double scale;        // 1 / the sum that divides
-    double bound;        // of |candidate - defined value|, in levels
+    double bound;        // of |estimate - defined value|, in levels
 };
 
-// The weight that the candidate gives matrix entry (ky, kx).
-double CandidateWeight(const Separation& plan, int32_t ky, int32_t kx) {
+// The weight that the estimate gives matrix entry (ky, kx).
+double EstimateWeight(const Separation& plan, int32_t ky, int32_t kx) {
     if (std::max(std::abs(ky), std::abs(kx)) > plan.reach || kx == -ky) return 0;
     const double weight = 8 * plan.bell[std::abs(ky)] * plan.bell[std::abs(kx)];
     return kx >= 0 && ky >= 0 ? weight : -weight;
 }
 
-// How far the candidate's weights are from the matrix, and the sum of the matrix's magnitudes.
+// How far the estimate's weights are from the matrix, and the sum of the matrix's magnitudes.
 void CompareWeights(const Separation& plan, int32_t n, const double* matrix, double* difference,
                     double* magnitude) {
     *difference = *magnitude = 0;
     for (int32_t i = 0; i < n; ++i)
         for (int32_t j = 0; j < n; ++j, ++matrix) {
-            *difference += std::fabs(*matrix - CandidateWeight(plan, i - n / 2, j - n / 2));
+            *difference += std::fabs(*matrix - EstimateWeight(plan, i - n / 2, j - n / 2));
             *magnitude += std::fabs(*matrix);
         }
 }
 
 // Chooses the least reach that loses little, and computes the bound. A sum of m terms is off by at most m
-// roundoffs of the sum of their magnitudes, whatever the order; each of the candidate's products goes through
+// roundoffs of the sum of their magnitudes, whatever the order; each of the estimate's products goes through
 // no more than 3 * reach + 16 roundings.
 bool PlanSeparation(int32_t n, const double* matrix, double sigma, double* bell, Separation* plan) {
     const double divisor = MatrixDivisor(n, matrix);
@@ -112,7 +112,7 @@ KFX_INLINE void SumAlongRow(const Separation& plan, const double* padded, size_t
     }
 }
 
-// Candidate bytes of one row, and for each whether it is in doubt. Returns whether any is.
+// Estimate bytes of one row, and for each whether it is in doubt. Returns whether any is.
 KFX_INLINE bool RoundRow(const Separation& plan, const RowSet& rows, size_t count, uint8_t* __restrict bytes,
                          uint8_t* __restrict doubts) {
     constexpr size_t kBlock = 32;
@@ -151,22 +151,6 @@ KFX_INLINE bool RoundRow(const Separation& plan, const RowSet& rows, size_t coun
     return anyDoubt != 0;
 }
 
-void SumAlongRowPlain(const Separation& plan, const double* padded, size_t count, const RowSums& out) {
-    SumAlongRow(plan, padded, count, out);
-}
-KFX_AVX2 void SumAlongRowAvx2(const Separation& plan, const double* padded, size_t count,
-                              const RowSums& out) {
-    SumAlongRow(plan, padded, count, out);
-}
-bool RoundRowPlain(const Separation& plan, const RowSet& rows, size_t count, uint8_t* bytes,
-                   uint8_t* doubts) {
-    return RoundRow(plan, rows, count, bytes, doubts);
-}
-KFX_AVX2 bool RoundRowAvx2(const Separation& plan, const RowSet& rows, size_t count, uint8_t* bytes,
-                           uint8_t* doubts) {
-    return RoundRow(plan, rows, count, bytes, doubts);
-}
-
 // `count` pixels of a row from column x on as doubles; columns outside are those of the other end.
 void WidenRow(const uint8_t* row, int32_t width, int32_t x, int32_t count, double* out) {
     while (count > 0) {
@@ -200,7 +184,8 @@ struct Matrix {
 // The columns from `left` on.
 void EmbossStrip(const WorkingImage* from, WorkingImage* to, const Separation& plan, const Matrix& matrix,
                  int32_t left, int32_t columns, const Workspace& space) {
-    const bool avx2 = UseAvx2();
+    const auto sumAlongRow = Fastest<SumAlongRow>();
+    const auto roundRow = Fastest<RoundRow>();
     const int32_t height = from->height;
     const int32_t ringRows = 2 * plan.reach + 1;
     const size_t samples = 3 * static_cast<size_t>(columns);
@@ -212,8 +197,7 @@ void EmbossStrip(const WorkingImage* from, WorkingImage* to, const Separation& p
         for (; ready < r + ringRows; ++ready) {
             const uint8_t* row = StoredRow(from, WrapCoordinate(ready - plan.reach, height));
             WidenRow(row, from->width, left - plan.reach, columns + 2 * plan.reach, place(ready, 0));
-            (avx2 ? SumAlongRowAvx2 : SumAlongRowPlain)(plan, place(ready, 0), samples,
-                                                        {place(ready, 1), place(ready, 2), place(ready, 3)});
+            sumAlongRow(plan, place(ready, 0), samples, {place(ready, 1), place(ready, 2), place(ready, 3)});
         }
         for (int32_t k = 0; k < ringRows; ++k)
             for (int32_t which = 0; which < 4; ++which)
@@ -221,8 +205,7 @@ void EmbossStrip(const WorkingImage* from, WorkingImage* to, const Separation& p
         const double* const* set = space.pointers;
         const RowSet rows = {set + ringRows, set + 2 * ringRows, set + 3 * ringRows, set};
         uint8_t* out = StoredRow(to, r) + 3 * static_cast<size_t>(left);
-        const bool anyDoubt =
-            (avx2 ? RoundRowAvx2 : RoundRowPlain)(plan, rows, samples, space.bytes, space.doubts);
+        const bool anyDoubt = roundRow(plan, rows, samples, space.bytes, space.doubts);
         std::memcpy(out, space.bytes, samples);
         if (!anyDoubt) continue;
         for (int32_t x = 0; x < columns; ++x, out += 3) {
@@ -241,7 +224,7 @@ bool EmbossStrips(const WorkingImage* from, WorkingImage* to, const Separation& 
     const Scratch<double> ring(4 * rowSize * ringRows);
     const Scratch<const double*> pointers(4 * ringRows);
     const Scratch<uint8_t> bytes(2 * (samples + kLongestBlock));
-    if (!ring.address || !pointers.address || !bytes.address) return false;
+    if (!ring || !pointers || !bytes) return false;
     const Workspace space = {ring.address, rowSize, pointers.address, bytes.address,
                              bytes.address + samples + kLongestBlock};
     for (int32_t left = 0; left < from->width; left += kStripColumns)
@@ -255,14 +238,12 @@ ImageHandle EmbossWithinBound(ImageHandle source, int32_t n, const double* matri
     const ImageLock from(source);
     const Scratch<double> bell(static_cast<size_t>(n / 2) + 1);
     Separation plan;
-    if (!from.image || from.image->bitCount != 24 || from.image->width < n || from.image->height < n)
-        return nullptr;
-    if (!bell.address || !PlanSeparation(n, matrix, sigma, bell.address, &plan)) return nullptr;
-    MemoryOwner owner(CreateLike(from.image));
-    const ImageLock to(owner.memory);
+    if (!from || from->bitCount != 24 || from->width < n || from->height < n) return nullptr;
+    if (!bell || !PlanSeparation(n, matrix, sigma, bell.address, &plan)) return nullptr;
+    NewImage to(CreateLike(from.image));
     const Matrix whole = {n, matrix, MatrixDivisor(n, matrix)};
-    if (!to.image || !EmbossStrips(from.image, to.image, plan, whole)) return nullptr;
-    return owner.Release();
+    if (!to || !EmbossStrips(from.image, to.image, plan, whole)) return nullptr;
+    return to.Release();
 }
 
 }  // namespace kfx

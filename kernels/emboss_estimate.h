@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A cheap sum for Emboss with a proven bound on its error.
+// An estimate for Emboss with a proven bound on its error.
 #pragma once
 
 #include "framework/working_image.h"

@@ -69,15 +69,10 @@ KFX_INLINE void FillFromRoots(const FlareRun& run, float* __restrict strengths) 
 }
 
 template <FlareKind kKind>
-KFX_AVX2 void FillFromRootsAvx2(const FlareRun& run, float* strengths) {
-    FillFromRoots<kKind>(run, strengths);
-}
-
-template <FlareKind kKind>
 void FillFast(const FlareRun& run, float* strengths) {
     const bool nearby = run.dy > -kNear && run.dy < kNear && run.dx > -kNear && run.dx < kNear - run.count;
     if (nearby) {
-        UseAvx2() ? FillFromRootsAvx2<kKind>(run, strengths) : FillFromRoots<kKind>(run, strengths);
+        Fastest<FillFromRoots<kKind>>()(run, strengths);
         return;
     }
     FillExactly<kKind>(run, strengths);

@@ -4,9 +4,7 @@
 #include <cmath>
 
 #include "framework/cpu.h"
-#if KFX_HAS_AVX2
-#include <immintrin.h>
-#endif
+#include "kernels/vector_bytes.h"
 
 namespace kfx {
 namespace {
@@ -173,20 +171,17 @@ KFX_AVX2 inline __m128i ToRgbLanes(const HsbLanes& lanes) {
 
 // Shifts as many pixels as can be loaded by fours without reading beyond the row; how many.
 KFX_AVX2 int32_t ShiftPixelsAvx2(uint8_t* row, int32_t count, const HsbShift& shift) {
-    const __m128i dropFourth = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
     const __m256d hue = _mm256_set1_pd(shift.hue);
     const __m256d saturation = _mm256_set1_pd(shift.saturation);
     const __m256d brightness = _mm256_set1_pd(shift.brightness);
     int32_t x = 0;
     for (; x + 6 <= count; x += 4, row += 12) {
-        const __m128i pixels = _mm_loadu_si128(reinterpret_cast<const __m128i*>(row));
+        const __m128i pixels = LoadBytes(row);
         HsbLanes lanes = ToHsbLanes(LoadChannel(pixels, 2), LoadChannel(pixels, 1), LoadChannel(pixels, 0));
         lanes.hue = _mm256_add_pd(lanes.hue, hue);
         lanes.saturation = _mm256_mul_pd(lanes.saturation, saturation);
         lanes.brightness = _mm256_mul_pd(lanes.brightness, brightness);
-        const __m128i shifted = _mm_shuffle_epi8(ToRgbLanes(lanes), dropFourth);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(row), shifted);
-        _mm_storeu_si32(row + 8, _mm_srli_si128(shifted, 8));
+        StoreFourPixels(ToRgbLanes(lanes), row);
     }
     return x;
 }

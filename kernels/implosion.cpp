@@ -48,18 +48,16 @@ KFX_INLINE void LocateRun(const SampleRun& run) {
     }
 }
 
-KFX_AVX2 void LocateRunAvx2(const SampleRun& run) { LocateRun(run); }
-
-void LocatePulled(const SampleRun& run) { UseAvx2() ? LocateRunAvx2(run) : LocateRun(run); }
+void LocatePulled(const SampleRun& run) { Fastest<LocateRun>()(run); }
 
 }  // namespace
 
 ImageHandle ImplodePicture(ImageHandle source, double strength, int32_t centerX, int32_t centerY,
                            uint32_t background, KernelCache* cache) {
     const ImageLock from(source);
-    if (!from.image) return nullptr;
-    const int32_t width = from.image->width;
-    const int32_t height = from.image->height;
+    if (!from) return nullptr;
+    const int32_t width = from->width;
+    const int32_t height = from->height;
     const double x = centerX / 100.0 * width;
     const double y = centerY / 100.0 * height;
     const Pull pull = {width >= height ? x : y, -strength};

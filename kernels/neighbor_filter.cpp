@@ -20,14 +20,13 @@ void PadRow(const uint8_t* row, size_t bytes, uint8_t* padded) {
 
 ImageHandle FilterNeighbors(ImageHandle source, NeighborRowFilter filter) {
     const ImageLock from(source);
-    if (!from.image || from.image->bitCount != 24) return nullptr;
-    const int32_t height = from.image->height;
-    const size_t bytes = 3 * static_cast<size_t>(from.image->width);
+    if (!from || from->bitCount != 24) return nullptr;
+    const int32_t height = from->height;
+    const size_t bytes = 3 * static_cast<size_t>(from->width);
     const size_t paddedBytes = bytes + 6;
-    MemoryOwner owner(CreateLike(from.image));
-    const ImageLock to(owner.memory);
+    NewImage to(CreateLike(from.image));
     const Scratch<uint8_t> padded(3 * paddedBytes);
-    if (!to.image || !padded.address) return nullptr;
+    if (!to || !padded) return nullptr;
 
     // Three padded rows take turns; picture row y stands in place y % 3.
     const auto place = [&](int32_t y) { return padded.address + static_cast<size_t>(y % 3) * paddedBytes; };
@@ -37,7 +36,7 @@ ImageHandle FilterNeighbors(ImageHandle source, NeighborRowFilter filter) {
         filter(place(std::max(y - 1, 0)), place(y), place(std::min(y + 1, height - 1)), bytes,
                PictureRow(to.image, y));
     }
-    return owner.Release();
+    return to.Release();
 }
 
 }  // namespace kfx

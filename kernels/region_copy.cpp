@@ -57,26 +57,23 @@ void FillImage(WorkingImage* image, uint32_t value) {
 ImageHandle FrameImage(ImageHandle source, int32_t newWidth, int32_t newHeight, int32_t left, int32_t top,
                        uint32_t fill) {
     const ImageLock from(source);
-    if (!from.image) return nullptr;
-    MemoryOwner owner(CreateWithSize(from.image, newWidth, newHeight));
-    const ImageLock to(owner.memory);
-    if (!to.image) return nullptr;
+    if (!from) return nullptr;
+    NewImage to(CreateWithSize(from.image, newWidth, newHeight));
+    if (!to) return nullptr;
     FillImage(to.image, fill);
-    CopyTo(to.image, from.image, left, top, from.image->width, from.image->height);
-    return owner.Release();
+    CopyTo(to.image, from.image, left, top, from->width, from->height);
+    return to.Release();
 }
 
 ImageHandle CropImage(ImageHandle source, const PixelRect& rect) {
     const ImageLock from(source);
     const int64_t width = int64_t{rect.right} - rect.left;
     const int64_t height = int64_t{rect.bottom} - rect.top;
-    if (!from.image || width < 1 || width > INT32_MAX || height < 1 || height > INT32_MAX) return nullptr;
-    MemoryOwner owner(CreateWithSize(from.image, static_cast<int32_t>(width), static_cast<int32_t>(height)));
-    const ImageLock to(owner.memory);
-    if (!to.image) return nullptr;
-    CopyTo(to.image, from.image, -int64_t{rect.left}, -int64_t{rect.top}, from.image->width,
-           from.image->height);
-    return owner.Release();
+    if (!from || width < 1 || width > INT32_MAX || height < 1 || height > INT32_MAX) return nullptr;
+    NewImage to(CreateWithSize(from.image, static_cast<int32_t>(width), static_cast<int32_t>(height)));
+    if (!to) return nullptr;
+    CopyTo(to.image, from.image, -int64_t{rect.left}, -int64_t{rect.top}, from->width, from->height);
+    return to.Release();
 }
 
 }  // namespace kfx

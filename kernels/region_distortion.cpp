@@ -39,14 +39,12 @@ ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& di
     if (source->bitCount != 24) return nullptr;
     const int32_t width = source->width;
     const AspectScales scales = MakeAspectScales(width, source->height);
-    MemoryOwner owner(CreateLike(source));
-    const ImageLock to(owner.memory);
+    NewImage to(CreateLike(source));
     const RadialAxis columns(width, distortion.centerX, scales.x);
     const RadialAxis rows(source->height, distortion.centerY, scales.y);
     const Scratch<double> points(2 * static_cast<size_t>(width));
     const Scratch<double> fieldRow(distortion.valuesPerPixel * static_cast<size_t>(width));
-    if (!to.image || !columns.Ready() || !rows.Ready() || !points.address || !fieldRow.address)
-        return nullptr;
+    if (!to || !columns.Ready() || !rows.Ready() || !points || !fieldRow) return nullptr;
 
     RadialField field = {
         &columns, &rows,           distortion.compute, distortion.settings, distortion.valuesPerPixel,
@@ -75,7 +73,7 @@ ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& di
         distortion.locate(run);
         SampleRow(source, run.x, run.y, run.count, background, out + 3 * static_cast<size_t>(run.first));
     }
-    return owner.Release();
+    return to.Release();
 }
 
 }  // namespace kfx

@@ -56,54 +56,31 @@ KFX_INLINE void BlurSamples(const float* const* rows, const float* weights, int3
 KFX_INLINE void Widen(const uint8_t* bytes, size_t count, float* __restrict out) {
     for (size_t s = 0; s < count; ++s) out[s] = bytes[s];
 }
-void WidenPlain(const uint8_t* bytes, size_t count, float* __restrict out) { Widen(bytes, count, out); }
-KFX_AVX2 void WidenAvx2(const uint8_t* bytes, size_t count, float* __restrict out) {
-    Widen(bytes, count, out);
-}
-
 struct BlurFunctions {
-    int32_t taps;  // 0: any number
     void (*toFloats)(const float* const* rows, const float* weights, int32_t n, size_t count, float* out);
     void (*toBytes)(const float* const* rows, const float* weights, int32_t n, size_t count, uint8_t* out);
 };
 
+// `kTaps` 0: any number.
 template <int kTaps>
-void PlainToFloats(const float* const* rows, const float* weights, int32_t n, size_t count,
-                   float* __restrict out) {
-    BlurSamples<kTaps>(rows, weights, n, count, out);
-}
-template <int kTaps>
-void PlainToBytes(const float* const* rows, const float* weights, int32_t n, size_t count,
-                  uint8_t* __restrict out) {
-    BlurSamples<kTaps>(rows, weights, n, count, out);
-}
-template <int kTaps>
-KFX_AVX2 void Avx2ToFloats(const float* const* rows, const float* weights, int32_t n, size_t count,
-                           float* out) {
-    BlurSamples<kTaps>(rows, weights, n, count, out);
-}
-template <int kTaps>
-KFX_AVX2 void Avx2ToBytes(const float* const* rows, const float* weights, int32_t n, size_t count,
-                          uint8_t* out) {
-    BlurSamples<kTaps>(rows, weights, n, count, out);
+BlurFunctions FunctionsFor() {
+    return {Fastest<BlurSamples<kTaps, float>>(), Fastest<BlurSamples<kTaps, uint8_t>>()};
 }
 
-// The panel's depths make 5 to 11 taps; the row for any number comes last.
-constexpr BlurFunctions kPlain[] = {{5, PlainToFloats<5>, PlainToBytes<5>},
-                                    {7, PlainToFloats<7>, PlainToBytes<7>},
-                                    {9, PlainToFloats<9>, PlainToBytes<9>},
-                                    {11, PlainToFloats<11>, PlainToBytes<11>},
-                                    {0, PlainToFloats<0>, PlainToBytes<0>}};
-constexpr BlurFunctions kAvx2[] = {{5, Avx2ToFloats<5>, Avx2ToBytes<5>},
-                                   {7, Avx2ToFloats<7>, Avx2ToBytes<7>},
-                                   {9, Avx2ToFloats<9>, Avx2ToBytes<9>},
-                                   {11, Avx2ToFloats<11>, Avx2ToBytes<11>},
-                                   {0, Avx2ToFloats<0>, Avx2ToBytes<0>}};
-
-const BlurFunctions& ChooseFunctions(int32_t n) {
-    const BlurFunctions* row = UseAvx2() ? kAvx2 : kPlain;
-    while (row->taps && row->taps != n) ++row;
-    return *row;
+// The panel's depths make 5 to 11 taps.
+BlurFunctions ChooseFunctions(int32_t n) {
+    switch (n) {
+        case 5:
+            return FunctionsFor<5>();
+        case 7:
+            return FunctionsFor<7>();
+        case 9:
+            return FunctionsFor<9>();
+        case 11:
+            return FunctionsFor<11>();
+        default:
+            return FunctionsFor<0>();
+    }
 }
 
 // Near the ends of a line the weights are cut off: this is the sum of those left at a position.
@@ -119,7 +96,7 @@ uint8_t CutValue(float sum, float weightSum) {
 }
 
 struct Blur {
-    const BlurFunctions* functions;
+    BlurFunctions functions;
     const float* weights;
     int32_t n;
     const float** rows;  // n pointers, working space
@@ -131,7 +108,7 @@ void BlurRow(const Blur& blur, const float* padded, int32_t width, float* out) {
     const int32_t half = blur.n / 2;
     for (int32_t j = 0; j < blur.n; ++j)
         blur.rows[j] = padded + 3 * static_cast<ptrdiff_t>(blur.n - half + j);
-    blur.functions->toFloats(blur.rows, blur.weights, blur.n, 3 * static_cast<size_t>(width), out);
+    blur.functions.toFloats(blur.rows, blur.weights, blur.n, 3 * static_cast<size_t>(width), out);
     for (int32_t x = 0; x < width; ++x) {
         if (x == half) x = std::max(x, width - half);
         if (x >= width) break;
@@ -154,7 +131,7 @@ void BlurColumns(const Blur& blur, const float* ring, size_t samples, int32_t y,
     for (int32_t j = begin; j < end; ++j)
         blur.rows[j] = ring + static_cast<size_t>((firstRow + j) % blur.n) * samples;
     if (y >= half && y < height - half) {
-        blur.functions->toBytes(blur.rows, blur.weights, blur.n, samples, out);
+        blur.functions.toBytes(blur.rows, blur.weights, blur.n, samples, out);
         return;
     }
     const float weightSum = CutWeightSum(blur.weights, blur.n, y, height);
@@ -176,10 +153,10 @@ bool BlurRowsAndColumns(const WorkingImage* from, WorkingImage* to, const float*
     const Scratch<float> padded(samples + 2 * margin);
     const Scratch<float> ring(samples * static_cast<size_t>(n));
     const Scratch<const float*> rows(static_cast<size_t>(n));
-    if (!padded.address || !ring.address || !rows.address) return false;
+    if (!padded || !ring || !rows) return false;
 
-    const Blur blur = {&ChooseFunctions(n), weights, n, rows.address};
-    const auto widen = UseAvx2() ? WidenAvx2 : WidenPlain;
+    const Blur blur = {ChooseFunctions(n), weights, n, rows.address};
+    const auto widen = Fastest<Widen>();
     int32_t blurred = 0;  // rows that have been through the horizontal pass
     for (int32_t y = 0; y < height; ++y) {
         for (; blurred < std::min(height, y - n / 2 + n); ++blurred) {

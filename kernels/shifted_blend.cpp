@@ -4,9 +4,7 @@
 #include <algorithm>
 
 #include "framework/cpu.h"
-#if KFX_HAS_AVX2
-#include <immintrin.h>
-#endif
+#include "kernels/vector_bytes.h"
 
 namespace kfx {
 namespace {
@@ -129,7 +127,6 @@ KFX_AVX2 void BlendRowAvx2(const WorkingImage* from, int32_t y, const double* sh
     const uint8_t* top = PictureRow(from, 0);
     const size_t stride = StrideOf(from);
     uint8_t* out = PictureRow(to, y);
-    const __m128i dropFourth = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
     const __m256d row = _mm256_set1_pd(y);
     const __m256d four = _mm256_set1_pd(4);
     __m256d column = _mm256_setr_pd(0, 1, 2, 3);
@@ -145,9 +142,7 @@ KFX_AVX2 void BlendRowAvx2(const WorkingImage* from, int32_t y, const double* sh
             _mm_packs_epi32(BlendPlace(places, 0, top, stride), BlendPlace(places, 1, top, stride));
         const __m128i second =
             _mm_packs_epi32(BlendPlace(places, 2, top, stride), BlendPlace(places, 3, top, stride));
-        const __m128i pixels = _mm_shuffle_epi8(_mm_packus_epi16(first, second), dropFourth);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), pixels);
-        _mm_storeu_si32(out + 8, _mm_srli_si128(pixels, 8));
+        StoreFourPixels(_mm_packus_epi16(first, second), out);
     }
     BlendRun(from, x, from->width, y, shifts, to);
 }

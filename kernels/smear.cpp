@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A sum of weights times bytes in double precision depends on its order, so what runs side by side are the
-// sums of neighbouring pixels. With AVX2 a whole-number candidate comes first: where its error cannot reach a
+// sums of neighbouring pixels. With AVX2 a whole-number estimate comes first: where its error cannot reach a
 // whole level the byte is certain. Flat surroundings, whose sums lie right on a level, have a table; what is
 // left is summed in order.
 #include "kernels/smear.h"
@@ -71,16 +71,10 @@ KFX_INLINE void SumBlock(const Smear& smear, int32_t x, int32_t r, uint8_t* out)
     for (int32_t s = 0; s < kSmearSamples; ++s) out[s] = Truncate(sums[s]);
 }
 
-void SumBlockPlain(const Smear& smear, int32_t x, int32_t r, uint8_t* out) { SumBlock(smear, x, r, out); }
-
 #if KFX_HAS_AVX2
 
-KFX_AVX2 void SumBlockAvx2(const Smear& smear, int32_t x, int32_t r, uint8_t* out) {
-    SumBlock(smear, x, r, out);
-}
-
-// The candidate's taps: those of the smear that fall on the same pixel are one.
-struct Candidate {
+// The estimate's taps: those of the smear that fall on the same pixel are one.
+struct Estimate {
     Smear merged;
     WholeWeights weights;
     ptrdiff_t* offsets;       // of each merged tap's samples from the pixel's, in bytes
@@ -101,7 +95,7 @@ int32_t MergeTaps(const Smear& smear, Tap* merged) {
     return count;
 }
 
-// How many of the candidate's taps lie inside the picture for a block at x of row r. The taps walk away from
+// How many of the estimate's taps lie inside the picture for a block at x of row r. The taps walk away from
 // the pixel, so those outside are the last ones.
 struct Inside {
     int32_t whole;   // all samples inside
@@ -127,12 +121,12 @@ Inside FindInside(const Smear& merged, int32_t x) {
 }
 
 // Settles the samples in doubt; exact sums replace whole blocks when they are many.
-void SettleDoubts(const Smear& smear, const Candidate& candidate, int32_t used, const uint8_t* doubts,
+void SettleDoubts(const Smear& smear, const Estimate& estimate, int32_t used, const uint8_t* doubts,
                   int32_t x, int32_t r, uint8_t* out) {
     constexpr int32_t kManyPixels = 3;
     uint8_t least[kSmearSamples], greatest[kSmearSamples];
-    RangeOfSamples(candidate.samples, used, least, greatest);
-    const bool sawBackground = used < candidate.merged.count;
+    RangeOfSamples(estimate.samples, used, least, greatest);
+    const bool sawBackground = used < estimate.merged.count;
     int32_t open[kSmearPixels];
     int32_t openCount = 0;
     for (int32_t pixel = 0; pixel < kSmearPixels; ++pixel) {
@@ -140,39 +134,39 @@ void SettleDoubts(const Smear& smear, const Candidate& candidate, int32_t used, 
         for (int32_t s = 3 * pixel; s < 3 * pixel + 3; ++s) {
             if (!doubts[s]) continue;
             if (least[s] == greatest[s] && (!sawBackground || least[s] == smear.background[s]))
-                out[s] = candidate.flat[least[s]];
+                out[s] = estimate.flat[least[s]];
             else
                 settled = false;
         }
         if (!settled) open[openCount++] = pixel;
     }
     if (openCount >= kManyPixels)
-        SumBlockAvx2(smear, x, r, out);
+        Fastest<SumBlock>()(smear, x, r, out);
     else
         for (int32_t i = 0; i < openCount; ++i) SumPixel(smear, x + open[i], r, out + 3 * open[i]);
 }
 
 // `inside` is FindInside for x, `rows` how many taps lie within the picture's rows.
-void CandidateBlock(const Smear& smear, const Candidate& candidate, const Inside& inside, int32_t rows,
-                    int32_t x, int32_t r, uint8_t* out) {
-    const Smear& merged = candidate.merged;
+void EstimateBlock(const Smear& smear, const Estimate& estimate, const Inside& inside, int32_t rows,
+                   int32_t x, int32_t r, uint8_t* out) {
+    const Smear& merged = estimate.merged;
     const uint8_t* pixel = StoredRow(merged.from, r) + 3 * static_cast<size_t>(x);
     const int32_t whole = std::min(inside.whole, rows);
     // Taps go in pairs; beside an odd last one stands the background, or a tap without weight.
     const int32_t used = (std::min(inside.partly, rows) + 1) & ~1;
-    for (int32_t i = 0; i < whole; ++i) candidate.samples[i] = pixel + candidate.offsets[i];
+    for (int32_t i = 0; i < whole; ++i) estimate.samples[i] = pixel + estimate.offsets[i];
     for (int32_t i = whole; i < used; ++i)
-        candidate.samples[i] = i < merged.count
-                                   ? SamplesAt(merged, merged.taps[i], x, r,
-                                               candidate.mixed + static_cast<size_t>(i) * kSmearSamples)
-                                   : candidate.samples[0];
+        estimate.samples[i] = i < merged.count
+                                  ? SamplesAt(merged, merged.taps[i], x, r,
+                                              estimate.mixed + static_cast<size_t>(i) * kSmearSamples)
+                                  : estimate.samples[0];
     uint8_t doubts[kSmearSamples];
-    if (SumWholeWeights(candidate.weights, candidate.samples, used / 2, smear.background, out, doubts))
-        SettleDoubts(smear, candidate, used, doubts, x, r, out);
+    if (SumWholeWeights(estimate.weights, estimate.samples, used / 2, smear.background, out, doubts))
+        SettleDoubts(smear, estimate, used, doubts, x, r, out);
 }
 
 // False: memory ran out.
-bool SmearByCandidate(const Smear& smear, WorkingImage* to) {
+bool SmearByEstimate(const Smear& smear, WorkingImage* to) {
     const auto room = static_cast<size_t>(smear.count) + 2;
     const int32_t width = to->width;
     const Scratch<Tap> merged(room);
@@ -182,12 +176,10 @@ bool SmearByCandidate(const Smear& smear, WorkingImage* to) {
     const Scratch<const uint8_t*> samples(room);
     const Scratch<uint8_t> mixed(room * kSmearSamples);
     const Scratch<Inside> insides(static_cast<size_t>(width / kSmearPixels) + 1);
-    if (!merged.address || !weights.address || !parts.address || !offsets.address || !samples.address ||
-        !mixed.address || !insides.address)
-        return false;
+    if (!merged || !weights || !parts || !offsets || !samples || !mixed || !insides) return false;
 
     const int32_t count = MergeTaps(smear, merged.address);
-    Candidate candidate = {
+    Estimate estimate = {
         {smear.from, merged.address, count, smear.background},
         {parts.address, parts.address + room, parts.address + 2 * room, parts.address + 3 * room, 0},
         offsets.address,
@@ -200,17 +192,17 @@ bool SmearByCandidate(const Smear& smear, WorkingImage* to) {
         offsets.address[i] =
             tap.dy * static_cast<ptrdiff_t>(StrideOf(to)) + 3 * static_cast<ptrdiff_t>(tap.dx);
     }
-    RoundWeights(weights.address, count, &candidate.weights);
+    RoundWeights(weights.address, count, &estimate.weights);
     for (int32_t value = 0; value < 256; ++value) {
         double sum = 0;
         for (int32_t i = 0; i < smear.count; ++i) sum += smear.taps[i].weight * value;
-        candidate.flat[value] = Truncate(sum);
+        estimate.flat[value] = Truncate(sum);
     }
     // The last block of a row may overlap the one before it.
     const auto blockAt = [&](int32_t block) { return std::min(block * kSmearPixels, width - kSmearPixels); };
     const int32_t blocks = (width + kSmearPixels - 1) / kSmearPixels;
     for (int32_t block = 0; block < blocks; ++block)
-        insides.address[block] = FindInside(candidate.merged, blockAt(block));
+        insides.address[block] = FindInside(estimate.merged, blockAt(block));
     // A long smear reads hundreds of rows for each of its own: strips of blocks keep them in the cache.
     constexpr int32_t kBlocksInStrip = 20;
     for (int32_t strip = 0; strip < blocks; strip += kBlocksInStrip) {
@@ -219,8 +211,8 @@ bool SmearByCandidate(const Smear& smear, WorkingImage* to) {
             while (rows < count && WithinRows(smear, merged.address[rows], r)) ++rows;
             for (int32_t block = strip; block < std::min(blocks, strip + kBlocksInStrip); ++block) {
                 const int32_t x = blockAt(block);
-                CandidateBlock(smear, candidate, insides.address[block], rows, x, r,
-                               StoredRow(to, r) + 3 * static_cast<size_t>(x));
+                EstimateBlock(smear, estimate, insides.address[block], rows, x, r,
+                              StoredRow(to, r) + 3 * static_cast<size_t>(x));
             }
         }
     }
@@ -239,7 +231,7 @@ bool SmearImage(const WorkingImage* from, WorkingImage* to, const Tap* taps, int
     const Smear smear = {from, taps, count, pattern};
     const int32_t width = from->width;
 #if KFX_HAS_AVX2
-    if (UseAvx2() && width >= kSmearPixels && count <= kMostWholeTaps) return SmearByCandidate(smear, to);
+    if (UseAvx2() && width >= kSmearPixels && count <= kMostWholeTaps) return SmearByEstimate(smear, to);
 #endif
     for (int32_t r = 0; r < from->height; ++r) {
         uint8_t* out = StoredRow(to, r);
@@ -248,7 +240,7 @@ bool SmearImage(const WorkingImage* from, WorkingImage* to, const Tap* taps, int
         else
             for (int32_t next = 0; next < width; next += kSmearPixels) {
                 const int32_t x = std::min(next, width - kSmearPixels);
-                SumBlockPlain(smear, x, r, out + 3 * static_cast<size_t>(x));
+                Fastest<SumBlock>()(smear, x, r, out + 3 * static_cast<size_t>(x));
             }
     }
     return true;

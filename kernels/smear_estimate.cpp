@@ -2,9 +2,7 @@
 #include "kernels/smear_estimate.h"
 
 #include <cmath>
-#if KFX_HAS_AVX2
-#include <immintrin.h>
-#endif
+#include "kernels/vector_bytes.h"
 
 namespace kfx {
 namespace {
@@ -43,10 +41,6 @@ void RoundWeights(const double* weights, int32_t count, WholeWeights* whole) {
 #if KFX_HAS_AVX2
 namespace {
 
-KFX_AVX2 inline __m128i Load(const uint8_t* bytes) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
-}
-
 struct Sums {
     int32_t high[kSmearSamples];
     int32_t low[kSmearSamples];
@@ -60,8 +54,8 @@ KFX_AVX2 inline void SumPairs(const WholeWeights& weights, const uint8_t* const*
         const __m256i highPair = _mm256_set1_epi32(weights.highPairs[i]);
         const __m256i lowPair = _mm256_set1_epi32(weights.lowPairs[i]);
         for (int v = 0; v < 3; ++v) {
-            const __m128i first = Load(samples[2 * i] + 16 * v);
-            const __m128i second = Load(samples[2 * i + 1] + 16 * v);
+            const __m128i first = LoadBytes(samples[2 * i] + 16 * v);
+            const __m128i second = LoadBytes(samples[2 * i + 1] + 16 * v);
             const __m256i left = _mm256_cvtepu8_epi16(_mm_unpacklo_epi8(first, second));
             const __m256i right = _mm256_cvtepu8_epi16(_mm_unpackhi_epi8(first, second));
             high[2 * v] = _mm256_add_epi32(high[2 * v], _mm256_madd_epi16(left, highPair));
@@ -108,10 +102,10 @@ KFX_AVX2 bool SumWholeWeights(const WholeWeights& weights, const uint8_t* const*
 KFX_AVX2 void RangeOfSamples(const uint8_t* const* samples, int32_t count, uint8_t* least,
                              uint8_t* greatest) {
     __m128i low[3], high[3];
-    for (int v = 0; v < 3; ++v) low[v] = high[v] = Load(samples[0] + 16 * v);
+    for (int v = 0; v < 3; ++v) low[v] = high[v] = LoadBytes(samples[0] + 16 * v);
     for (int32_t i = 1; i < count; ++i)
         for (int v = 0; v < 3; ++v) {
-            const __m128i bytes = Load(samples[i] + 16 * v);
+            const __m128i bytes = LoadBytes(samples[i] + 16 * v);
             low[v] = _mm_min_epu8(low[v], bytes);
             high[v] = _mm_max_epu8(high[v], bytes);
         }

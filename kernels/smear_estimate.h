@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A cheap sum for smears: weights as whole numbers, whose products can be added in any order.
+// An estimate for smears: weights as whole numbers, whose products can be added in any order.
 #pragma once
 
 #include <cstddef>

@@ -7,6 +7,8 @@
 #include <new>
 #include <system_error>
 
+#include "media/utf8_path.h"
+
 namespace kfx {
 namespace {
 
@@ -16,10 +18,9 @@ namespace fs = std::filesystem;
 constexpr std::size_t kMaxFileSize = std::size_t{1} << 30;
 constexpr std::size_t kReadStep = std::size_t{1} << 16;
 
-// std::filesystem opens by the wide name where the system has one, so any name works on Windows too.
 bool PathFromUtf8(const std::string& path, fs::path* result, std::string* error) {
     try {
-        *result = fs::u8path(path);
+        *result = PathOf(path);
         if (!result->empty() && path.find('\0') == std::string::npos) return true;
     } catch (const std::exception&) {
         // Windows cannot convert what is not UTF-8.
@@ -166,7 +167,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
         targets[i] = BehindLinks(targets[i]);
         temporary.paths.push_back(IsDevice(targets[i]) ? fs::path() : UnusedNameBeside(targets[i]));
         if (writeWatch.making && !temporary.paths[i].empty()) {
-            writeWatch.making(temporary.paths[i].u8string());
+            writeWatch.making(Utf8Of(temporary.paths[i]));
         }
         std::string reason;
         const bool isTemporary = !temporary.paths[i].empty();

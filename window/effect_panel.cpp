@@ -90,18 +90,18 @@ int32_t ReadSlider(HWND slider) {
 
 }  // namespace
 
-bool InitializePanel(const EffectRecord& effect, void* window) {
+bool InitializePanel(const Effect& effect, void* window) {
     const auto target = static_cast<HWND>(window);
     PanelCloning cloning = {target, true};
-    const HWND panel = CreateDialogParamA(plugin.module, MAKEINTRESOURCEA(effect.panelTemplate), target,
+    const HWND panel = CreateDialogParamA(plugin.module, MAKEINTRESOURCEA(effect.panel), target,
                                           PanelProcedure, reinterpret_cast<LPARAM>(&cloning));
     if (!panel) return false;
     DestroyWindow(panel);
     if (!cloning.complete) return false;
-    for (size_t i = 0; i < effect.controlCount; ++i) {
-        const HWND control = GetDlgItem(target, effect.controls[i].id);
+    for (size_t i = 0; i < effect.controls.count; ++i) {
+        const HWND control = GetDlgItem(target, effect.controls.rows[i].id);
         if (!control) return false;
-        BindEffectControl(control, effect.controls[i]);
+        BindEffectControl(control, effect.controls.rows[i]);
     }
     return true;
 }

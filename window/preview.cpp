@@ -39,9 +39,9 @@ ImageHandle ScaleToFit(ImageHandle picture, int width, int height) {
     int percentage = 100;
     {
         const ImageLock lock(picture);
-        if (!lock.image || (lock.image->width <= width && lock.image->height <= height)) return picture;
+        if (!lock || (lock->width <= width && lock->height <= height)) return picture;
         percentage = static_cast<int>(
-            std::min(int64_t{width} * 100 / lock.image->width, int64_t{height} * 100 / lock.image->height));
+            std::min(int64_t{width} * 100 / lock->width, int64_t{height} * 100 / lock->height));
     }
     const ImageHandle scaled = ScaleByPercentage(picture, percentage, percentage);
     if (!scaled) return picture;
@@ -104,7 +104,7 @@ void DrawPreview(HWND window, const DRAWITEMSTRUCT& item) {
     FrameRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNSHADOW));
     IntersectClipRect(item.hDC, inner.left, inner.top, inner.right, inner.bottom);
     const ImageLock lock(picture.memory);
-    if (lock.image)
+    if (lock)
         DrawPicture(item.hDC, inner, lock.image);
     else
         DrawPrompt(item.hDC, item.rcItem);

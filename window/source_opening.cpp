@@ -19,7 +19,7 @@ namespace {
 
 bool IsSoundAnimation(MemoryHandle block) {
     const MemoryLock lock(block);
-    return lock.address && IsAnimation(lock.address, MemorySize(block));
+    return lock && IsAnimation(lock.address, MemorySize(block));
 }
 
 void ShowSource(HWND window) {

@@ -385,7 +385,7 @@ TEST_F(Refusals, a_quantized_build_fails_with_a_message_or_gives_whole_frames) {
 
 TEST_F(Refusals, a_preview_shows_the_picture_the_frame_or_nothing) {
     for (size_t row = 0; row < EffectCount(); ++row) {
-        const EffectRecord& effect = *EffectAt(row);
+        const Effect& effect = *EffectAt(row);
         const Picture frame(FetchFirstFrame());
         EffectRunContext whole = {};
         PreviewEffect(effect, &whole);

@@ -298,7 +298,7 @@ TEST_F(EffectProtocol, a_build_closes_the_window_with_1_whatever_came_of_it) {
 
 }  // namespace
 
-const EffectRecord* EffectAt(size_t) { return nullptr; }
+const Effect* EffectAt(size_t) { return nullptr; }
 
 const EffectDescriptor* DescriptorAt(size_t index) { return index < kRows ? &kTable[index] : nullptr; }
 

@@ -33,9 +33,9 @@ std::string ClassOf(HWND window) {
 
 // A panel on its own, hidden.
 struct Panel {
-    explicit Panel(const EffectRecord& effect)
+    explicit Panel(const Effect& effect)
         : module(LoadLibraryA(test::PluginPath().c_str())),
-          window(CreateDialogParamA(module, MAKEINTRESOURCEA(effect.panelTemplate), nullptr, DoNothing, 0)) {}
+          window(CreateDialogParamA(module, MAKEINTRESOURCEA(effect.panel), nullptr, DoNothing, 0)) {}
     ~Panel() {
         DestroyWindow(window);
         FreeLibrary(module);
@@ -65,7 +65,7 @@ struct Panel {
 
 class Panels : public testing::TestWithParam<size_t> {
 protected:
-    const EffectRecord& effect = *EffectAt(GetParam());
+    const Effect& effect = *EffectAt(GetParam());
     const Panel panel{effect};
 };
 
@@ -80,7 +80,7 @@ TEST_P(Panels, are_the_size_of_the_window_and_carry_their_caption) {
 
 TEST_P(Panels, hold_exactly_the_controls_that_the_effect_lists) {
     std::vector<uint32_t> listed, present;
-    for (const uint32_t* id = effect.controlIds; *id; ++id) listed.push_back(*id);
+    for (const uint32_t* id = effect.controls.ids; *id; ++id) listed.push_back(*id);
     for (HWND child = GetWindow(panel.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
         present.push_back(static_cast<uint32_t>(GetDlgCtrlID(child)));
     }
@@ -90,8 +90,8 @@ TEST_P(Panels, hold_exactly_the_controls_that_the_effect_lists) {
 TEST_P(Panels, have_a_slider_in_each_row_with_its_range_label_and_caption) {
     // Rows stand in the order of the ids, 12 units apart.
     std::vector<const EffectControl*> sliders;
-    for (size_t i = 0; i < effect.controlCount; ++i) {
-        if (effect.controls[i].kind == ControlKind::Slider) sliders.push_back(&effect.controls[i]);
+    for (size_t i = 0; i < effect.controls.count; ++i) {
+        if (effect.controls.rows[i].kind == ControlKind::Slider) sliders.push_back(&effect.controls.rows[i]);
     }
     std::sort(sliders.begin(), sliders.end(), [](const auto* a, const auto* b) { return a->id < b->id; });
     LONG y = 216;
@@ -130,7 +130,7 @@ TEST_P(Panels, name_their_controls) {
         {201, "Center X:"},  {204, "Center Y:"},     {207, "Radius:"},     {210, "Center X:"},
         {213, "Center Y:"},  {214, "Distributed"},
     };
-    for (const uint32_t* id = effect.controlIds; *id; ++id) {
+    for (const uint32_t* id = effect.controls.ids; *id; ++id) {
         const auto name = names.find(*id);
         if (name != names.end()) {
             EXPECT_EQ(TextOf(panel.Control(*id)), name->second) << *id;

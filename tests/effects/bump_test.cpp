@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "effects/bump.h"
+#include "effects/effects.h"
 
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
 
-TEST(Bump, EqualsItsReferenceOnPicturesOfAllSizes) { ExpectReferenceOnTrickyPictures(kBumpEffect, {}); }
+TEST(Bump, EqualsItsReferenceOnPicturesOfAllSizes) { ExpectReferenceOnTrickyPictures(kBump, {}); }
 
 TEST(Bump, AUniformPictureStaysUniform) {
     const Picture source = FlatPicture(7, 5, 0x123456);
-    EXPECT_TRUE(SamePicture(source.handle, Apply(kBumpEffect, source.handle, {}).handle));
+    EXPECT_TRUE(SamePicture(source.handle, Apply(kBump, source.handle, {}).handle));
 }
 
 TEST(Bump, AWhitePixelWhitensItsNeighboursAboveAndToTheLeftOnly) {
@@ -19,7 +19,7 @@ TEST(Bump, AWhitePixelWhitensItsNeighboursAboveAndToTheLeftOnly) {
         const ImageLock lock(source.handle);
         SetDibPixel(lock.image, 3, 3, 0xFFFFFF);
     }
-    const Picture result = Apply(kBumpEffect, source.handle, {});
+    const Picture result = Apply(kBump, source.handle, {});
     for (int32_t y = 0; y < 7; ++y)
         for (int32_t x = 0; x < 7; ++x) {
             const bool white =
@@ -36,16 +36,16 @@ TEST(Bump, NeighboursOutsideThePictureAreTheCentresOwnRowAndColumn) {
         for (int32_t i = 0; i < 4; ++i) SetDibPixel(lock.image, i % 2, i / 2, greys[i] * 0x010101);
     }
     // Top left: above row and left column read the corner itself: 10 + 40 + 90 + 160 - 10 - 10 - 10.
-    EXPECT_EQ(PixelOf(Apply(kBumpEffect, source.handle, {}).handle, 0, 0), 0xFFFFFFu);
+    EXPECT_EQ(PixelOf(Apply(kBump, source.handle, {}).handle, 0, 0), 0xFFFFFFu);
     {
         const ImageLock lock(source.handle);
         SetDibPixel(lock.image, 1, 1, 0);
     }
-    EXPECT_EQ(PixelOf(Apply(kBumpEffect, source.handle, {}).handle, 0, 0), 110u * 0x010101);
+    EXPECT_EQ(PixelOf(Apply(kBump, source.handle, {}).handle, 0, 0), 110u * 0x010101);
 }
 
 TEST(Bump, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kBumpEffect, RandomPicture(9, 8, 1).handle, {});
+    ExpectRefusedMemoryIsSurvived(kBump, RandomPicture(9, 8, 1).handle, {});
 }
 
 }  // namespace

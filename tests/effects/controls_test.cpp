@@ -107,15 +107,15 @@ const PanelRow kPanels[] = {
 TEST(EffectControls, AreReadInTheirOrderAndTiedToTheirVariables) {
     size_t row = 0;
     for (size_t i = 0; i < EffectCount(); ++i) {
-        const EffectRecord& effect = *EffectAt(i);
-        for (size_t c = 0; c < effect.controlCount; ++c, ++row) {
+        const Effect& effect = *EffectAt(i);
+        for (size_t c = 0; c < effect.controls.count; ++c, ++row) {
             ASSERT_LT(row, std::size(kRows));
             SCOPED_TRACE(kRows[row].id);
             EXPECT_STREQ(effect.name, kRows[row].effect);
-            EXPECT_EQ(effect.controls[c].id, kRows[row].id);
-            EXPECT_EQ(effect.controls[c].kind, kRows[row].kind);
-            EXPECT_EQ(effect.controls[c].variable, &(settings.*kRows[row].variable));
-            EXPECT_STREQ(effect.controls[c].text, kRows[row].text);
+            EXPECT_EQ(effect.controls.rows[c].id, kRows[row].id);
+            EXPECT_EQ(effect.controls.rows[c].kind, kRows[row].kind);
+            EXPECT_EQ(effect.controls.rows[c].variable, &(settings.*kRows[row].variable));
+            EXPECT_STREQ(effect.controls.rows[c].text, kRows[row].text);
         }
     }
     EXPECT_EQ(row, std::size(kRows));
@@ -129,17 +129,16 @@ TEST(EffectControls, HaveTheirBuiltInValues) {
 TEST(EffectControls, StandInTheTablesOrderUnderTheirPanels) {
     ASSERT_EQ(EffectCount(), std::size(kPanels));
     for (size_t i = 0; i < EffectCount(); ++i) {
-        const EffectRecord& effect = *EffectAt(i);
+        const Effect& effect = *EffectAt(i);
         SCOPED_TRACE(effect.name);
         EXPECT_STREQ(effect.name, kPanels[i].effect);
         EXPECT_STREQ(DescriptorAt(i)->name, kPanels[i].effect);
-        EXPECT_EQ(effect.panelTemplate, kPanels[i].panel);
+        EXPECT_EQ(effect.panel, kPanels[i].panel);
         std::vector<uint32_t> listed, expected(static_cast<size_t>(kPanels[i].last - kPanels[i].first + 1));
         std::iota(expected.begin(), expected.end(), kPanels[i].first);
         if (!kPanels[i].first) expected.clear();
         // The one list whose order is not that of the ids: the box beside the list comes last.
-        if (effect.panelTemplate == 7410)
-            std::rotate(expected.begin() + 10, expected.begin() + 11, expected.end());
+        if (effect.panel == 7410) std::rotate(expected.begin() + 10, expected.begin() + 11, expected.end());
         for (const uint32_t* id = DescriptorAt(i)->controls; *id; ++id) listed.push_back(*id);
         EXPECT_EQ(listed, expected);
     }

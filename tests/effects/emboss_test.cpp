@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/emboss.h"
+#include "effects/effects.h"
 
 #include <vector>
 
@@ -12,27 +12,27 @@ namespace {
 
 TEST(Emboss, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const Values& values : {Values{5, 15}, Values{4, 15}, Values{20, 16}, Values{10, 3}, Values{45, 5}})
-        ExpectReferenceOnTrickyPictures(kEmbossEffect, values);
+        ExpectReferenceOnTrickyPictures(kEmboss, values);
 }
 
 TEST(Emboss, EqualsItsReferenceUnderEveryRadiusOfThePanel) {
     const Picture random = RandomPicture(47, 31, 6);
     const Picture shaded = ShadedPicture(47, 31, 6);
     for (int32_t radius = 4; radius <= 45; ++radius) {
-        EXPECT_TRUE(SameAsReference(kEmbossEffect, random.handle, {radius, 15}));
-        EXPECT_TRUE(SameAsReference(kEmbossEffect, shaded.handle, {radius, 24}));
+        EXPECT_TRUE(SameAsReference(kEmboss, random.handle, {radius, 15}));
+        EXPECT_TRUE(SameAsReference(kEmboss, shaded.handle, {radius, 24}));
     }
 }
 
 TEST(Emboss, EqualsItsReferenceAtItsHeaviest) {
-    EXPECT_TRUE(SameAsReference(kEmbossEffect, RandomPicture(73, 59, 6).handle, {45, 50}));
-    EXPECT_TRUE(SameAsReference(kEmbossEffect, ShadedPicture(51, 51, 6).handle, {45, 50}));
-    EXPECT_TRUE(SameAsReference(kEmbossEffect, FlatPicture(60, 60, 0x808080).handle, {45, 50}));
+    EXPECT_TRUE(SameAsReference(kEmboss, RandomPicture(73, 59, 6).handle, {45, 50}));
+    EXPECT_TRUE(SameAsReference(kEmboss, ShadedPicture(51, 51, 6).handle, {45, 50}));
+    EXPECT_TRUE(SameAsReference(kEmboss, FlatPicture(60, 60, 0x808080).handle, {45, 50}));
 }
 
 TEST(Emboss, EqualsItsReferenceOnPicturesOfSeveralStrips) {
-    EXPECT_TRUE(SameAsReference(kEmbossEffect, RandomPicture(530, 19, 6).handle, {5, 15}));
-    EXPECT_TRUE(SameAsReference(kEmbossEffect, ShadedPicture(300, 27, 6).handle, {45, 26}));
+    EXPECT_TRUE(SameAsReference(kEmboss, RandomPicture(530, 19, 6).handle, {5, 15}));
+    EXPECT_TRUE(SameAsReference(kEmboss, ShadedPicture(300, 27, 6).handle, {45, 26}));
 }
 
 TEST(Emboss, EqualsItsReferenceWhereValuesLieOnRoundingBoundaries) {
@@ -48,31 +48,31 @@ TEST(Emboss, EqualsItsReferenceWhereValuesLieOnRoundingBoundaries) {
             }
     }
     for (const int32_t radius : {4, 5, 6, 7})
-        EXPECT_TRUE(SameAsReference(kEmbossEffect, source.handle, {radius, 15}));
+        EXPECT_TRUE(SameAsReference(kEmboss, source.handle, {radius, 15}));
 }
 
 TEST(Emboss, EqualsItsReferenceBeyondThePanelsRange) {
     const Picture source = RandomPicture(23, 21, 3);
     for (const int32_t radius : {0, 1, 2, 3, -5, 1000, INT32_MAX, INT32_MIN})
         for (const int32_t depth : {0, 1, 2, 9, 21, 22, -1, -15, 100000, INT32_MAX, INT32_MIN})
-            EXPECT_TRUE(SameAsReference(kEmbossEffect, source.handle, {radius, depth}));
+            EXPECT_TRUE(SameAsReference(kEmboss, source.handle, {radius, depth}));
 }
 
 TEST(Emboss, PicturesSmallerThanTheMatrixStayAsTheyAre) {
     for (const Size size : {Size{14, 40}, Size{40, 14}, Size{1, 1}}) {
         const Picture source = RandomPicture(size.width, size.height, 2);
         KernelCache cache;
-        EXPECT_EQ(ApplyEmboss(source.handle, 5, 15), nullptr);
-        EXPECT_EQ(ApplyKernel(kEmbossEffect, source.handle, MakeInput({5, 15}, 0, &cache)), source.handle);
+        EXPECT_EQ(Apply(kEmboss, source.handle, {5, 15}).handle, nullptr);
+        EXPECT_EQ(ApplyKernel(kEmboss, source.handle, MakeInput({5, 15}, 0, &cache)), source.handle);
     }
-    EXPECT_NE(Picture(ApplyEmboss(RandomPicture(15, 15, 2).handle, 5, 15)).handle, nullptr);
+    EXPECT_NE(Apply(kEmboss, RandomPicture(15, 15, 2).handle, {5, 15}).handle, nullptr);
 }
 
 TEST(Emboss, AnEvenDepthMakesTheNextOddMatrix) {
-    EXPECT_EQ(ApplyEmboss(RandomPicture(16, 16, 2).handle, 20, 16), nullptr);
+    EXPECT_EQ(Apply(kEmboss, RandomPicture(16, 16, 2).handle, {20, 16}).handle, nullptr);
     const Picture source = RandomPicture(17, 17, 2);
-    EXPECT_TRUE(SamePicture(Picture(ApplyEmboss(source.handle, 20, 17)).handle,
-                            Picture(ApplyEmboss(source.handle, 20, 16)).handle));
+    EXPECT_TRUE(SamePicture(Apply(kEmboss, source.handle, {20, 17}).handle,
+                            Apply(kEmboss, source.handle, {20, 16}).handle));
 }
 
 TEST(Emboss, TheBorderWrapsAround) {
@@ -85,8 +85,8 @@ TEST(Emboss, TheBorderWrapsAround) {
             SetDibPixel(lock.image, i, 39, 0xFFFFFF);
         }
     }
-    const Picture without(ApplyEmboss(plain.handle, 20, 15));
-    const Picture with(ApplyEmboss(edges.handle, 20, 15));
+    const Picture without = Apply(kEmboss, plain.handle, {20, 15});
+    const Picture with = Apply(kEmboss, edges.handle, {20, 15});
     EXPECT_NE(PixelOf(without.handle, 39, 20), PixelOf(with.handle, 39, 20)) << "left edge on the right one";
     EXPECT_NE(PixelOf(without.handle, 20, 0), PixelOf(with.handle, 20, 0)) << "bottom edge on the top one";
     EXPECT_EQ(PixelOf(without.handle, 20, 20), PixelOf(with.handle, 20, 20));
@@ -103,7 +103,7 @@ TEST(Emboss, ThePositiveQuadrantLiesToTheRightAndAboveAsThePictureIsSeen) {
                 for (int32_t j = 0; j < 3; ++j)
                     SetDibPixel(lock.image, 20 + dx * (2 + i), 20 + dy * (2 + j), 0xFFFFFF);
         }
-        return PixelOf(Picture(ApplyEmboss(source.handle, 20, 15)).handle, 20, 20);
+        return PixelOf(Apply(kEmboss, source.handle, {20, 15}).handle, 20, 20);
     };
     EXPECT_EQ(centre(+1, -1), 0u);
     EXPECT_NE(centre(-1, +1), 0u);
@@ -111,9 +111,9 @@ TEST(Emboss, ThePositiveQuadrantLiesToTheRightAndAboveAsThePictureIsSeen) {
 }
 
 TEST(Emboss, AnySettingAndRefusedMemoryAreSurvived) {
-    ExpectAnyValueIsSurvived(kEmbossEffect, {5, 5});
-    ExpectRefusedMemoryIsSurvived(kEmbossEffect, RandomPicture(20, 18, 1).handle, {5, 15});
-    ExpectRefusedMemoryIsSurvived(kEmbossEffect, RandomPicture(60, 55, 1).handle, {45, 50});
+    ExpectAnyValueIsSurvived(kEmboss, {5, 5});
+    ExpectRefusedMemoryIsSurvived(kEmboss, RandomPicture(20, 18, 1).handle, {5, 15});
+    ExpectRefusedMemoryIsSurvived(kEmboss, RandomPicture(60, 55, 1).handle, {45, 50});
 }
 
 TEST(ConvolveImage, MatrixRowsRunUpwardsAsThePictureIsSeen) {

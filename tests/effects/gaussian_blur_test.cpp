@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "effects/gaussian_blur.h"
+#include "effects/effects.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
 #include <cstdlib>
 
+#include "kernels/bell_weights.h"
 #include "kernels/box_blur.h"
+#include "kernels/line_blur.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -14,29 +16,29 @@ namespace {
 
 TEST(GaussianBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const Values& values : {Values{5, 15}, Values{5, 25}, Values{4, 16}, Values{45, 50}, Values{20, 40}})
-        ExpectReferenceOnTrickyPictures(kGaussianBlurEffect, values);
+        ExpectReferenceOnTrickyPictures(kGaussianBlur, values);
 }
 
 TEST(GaussianBlur, EqualsItsReferenceWithEveryNumberOfTaps) {
     for (int32_t depth = -10; depth <= 60; ++depth)
-        EXPECT_TRUE(SameAsReference(kGaussianBlurEffect, RandomPicture(71, 18, 4).handle, {13, depth}));
+        EXPECT_TRUE(SameAsReference(kGaussianBlur, RandomPicture(71, 18, 4).handle, {13, depth}));
     // An even number of taps: the lower side is even and smaller than the taps.
     for (const int32_t height : {2, 4, 6, 8, 10})
-        EXPECT_TRUE(SameAsReference(kGaussianBlurEffect, RandomPicture(30, height, 4).handle, {45, 50}));
+        EXPECT_TRUE(SameAsReference(kGaussianBlur, RandomPicture(30, height, 4).handle, {45, 50}));
 }
 
 TEST(GaussianBlur, EqualsItsReferenceBeyondThePanelsRange) {
     const Picture source = RandomPicture(41, 33, 3);
     for (const int32_t radius : {0, 1, -5, 1000, INT32_MAX, INT32_MIN})
         for (const int32_t depth : {0, -1, -15, -1000, 150, 195, 300, 100000, INT32_MAX, INT32_MIN})
-            EXPECT_TRUE(SameAsReference(kGaussianBlurEffect, source.handle, {radius, depth}));
+            EXPECT_TRUE(SameAsReference(kGaussianBlur, source.handle, {radius, depth}));
 }
 
 TEST(GaussianBlur, EqualsItsReferenceOnColourIndicesAndThirtyTwoBits) {
     for (const int32_t bits : {8, 32})
         for (const Size size : {Size{31, 19}, Size{3, 19}, Size{19, 3}, Size{1, 1}})
-            EXPECT_TRUE(SameAsReference(kGaussianBlurEffect,
-                                        RandomPicture(size.width, size.height, 5, bits).handle, {45, 50}));
+            EXPECT_TRUE(SameAsReference(kGaussianBlur, RandomPicture(size.width, size.height, 5, bits).handle,
+                                        {45, 50}));
 }
 
 TEST(GaussianBlur, PicturesAsWideAsTheTapsAreGaussianAndNarrowerOnesABox) {
@@ -45,10 +47,10 @@ TEST(GaussianBlur, PicturesAsWideAsTheTapsAreGaussianAndNarrowerOnesABox) {
     for (const auto& [depth, taps] : kCases) {
         const Picture narrow = RandomPicture(taps - 1, 30, 3);
         EXPECT_TRUE(SamePicture(Picture(BoxBlur(narrow.handle, depth)).handle,
-                                Picture(ApplyGaussianBlur(narrow.handle, 5, depth)).handle));
+                                Apply(kGaussianBlur, narrow.handle, {5, depth}).handle));
         const Picture wide = RandomPicture(taps, 30, 3);
         EXPECT_FALSE(SamePicture(Picture(BoxBlur(wide.handle, depth)).handle,
-                                 Picture(ApplyGaussianBlur(wide.handle, 5, depth)).handle));
+                                 Apply(kGaussianBlur, wide.handle, {5, depth}).handle));
     }
     // A white pixel spreads as far as the taps reach.
     Picture dot = FlatPicture(31, 31, 0);
@@ -57,7 +59,7 @@ TEST(GaussianBlur, PicturesAsWideAsTheTapsAreGaussianAndNarrowerOnesABox) {
         SetDibPixel(lock.image, 15, 15, 0xFFFFFF);
     }
     for (const auto& [depth, taps] : kCases) {
-        const Picture blurred(ApplyGaussianBlur(dot.handle, 45, depth));
+        const Picture blurred = Apply(kGaussianBlur, dot.handle, {45, depth});
         for (int32_t x = 0; x < 31; ++x)
             EXPECT_EQ(PixelOf(blurred.handle, x, 15) != 0, std::abs(x - 15) <= taps / 2) << x;
     }
@@ -65,12 +67,12 @@ TEST(GaussianBlur, PicturesAsWideAsTheTapsAreGaussianAndNarrowerOnesABox) {
 
 TEST(GaussianBlur, ALowPictureUsesAsManyTapsAsItIsHigh) {
     for (int32_t height = 1; height < 11; ++height)
-        EXPECT_TRUE(SameAsReference(kGaussianBlurEffect, ShadedPicture(40, height, 4).handle, {30, 50}));
+        EXPECT_TRUE(SameAsReference(kGaussianBlur, ShadedPicture(40, height, 4).handle, {30, 50}));
 }
 
 TEST(GaussianBlur, AFlatPictureComesBackFlatWithinTheRounding) {
     for (const uint32_t grey : {0u, 1u, 100u, 254u, 255u}) {
-        const Picture result(ApplyGaussianBlur(FlatPicture(40, 30, grey * 0x010101).handle, 45, 50));
+        const Picture result = Apply(kGaussianBlur, FlatPicture(40, 30, grey * 0x010101).handle, {45, 50});
         for (int32_t y = 0; y < 30; ++y)
             for (int32_t x = 0; x < 40; ++x) {
                 const uint32_t pixel = PixelOf(result.handle, x, y);
@@ -120,10 +122,10 @@ TEST(BoxBlur, NeedsADepthOfSixAndColours) {
 }
 
 TEST(GaussianBlur, AnySettingAndRefusedMemoryAreSurvived) {
-    ExpectAnyValueIsSurvived(kGaussianBlurEffect, {5, 15});
-    ExpectRefusedMemoryIsSurvived(kGaussianBlurEffect, RandomPicture(40, 30, 1).handle, {5, 15});
-    ExpectRefusedMemoryIsSurvived(kGaussianBlurEffect, RandomPicture(40, 30, 1, 8).handle, {5, 15});
-    ExpectRefusedMemoryIsSurvived(kGaussianBlurEffect, RandomPicture(4, 30, 1).handle, {5, 15});
+    ExpectAnyValueIsSurvived(kGaussianBlur, {5, 15});
+    ExpectRefusedMemoryIsSurvived(kGaussianBlur, RandomPicture(40, 30, 1).handle, {5, 15});
+    ExpectRefusedMemoryIsSurvived(kGaussianBlur, RandomPicture(40, 30, 1, 8).handle, {5, 15});
+    ExpectRefusedMemoryIsSurvived(kGaussianBlur, RandomPicture(4, 30, 1).handle, {5, 15});
 }
 
 }  // namespace

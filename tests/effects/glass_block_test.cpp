@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/glass_block.h"
+#include "effects/effects.h"
 
 #include "tests/support/effect_checks.h"
 
@@ -17,17 +17,16 @@ Picture CoordinatePicture(int32_t width, int32_t height) {
 }
 
 TEST(GlassBlock, EqualsItsReferenceOnPicturesOfAllSizes) {
-    for (const int32_t size : {1, 2, 4, 20, 64, 1000})
-        ExpectReferenceOnTrickyPictures(kGlassBlockEffect, {size});
+    for (const int32_t size : {1, 2, 4, 20, 64, 1000}) ExpectReferenceOnTrickyPictures(kGlassBlock, {size});
 }
 
 TEST(GlassBlock, EqualsItsReferenceAtEveryDepth) {
     for (const int32_t bits : {1, 4, 8, 32})
-        EXPECT_TRUE(SameAsReference(kGlassBlockEffect, RandomPicture(45, 33, 5, bits).handle, {4}));
+        EXPECT_TRUE(SameAsReference(kGlassBlock, RandomPicture(45, 33, 5, bits).handle, {4}));
 }
 
 TEST(GlassBlock, CellsShowEverySecondRowAroundTheirCentre) {
-    const Picture result(ApplyGlassBlock(CoordinatePicture(100, 120).handle, 20));
+    const Picture result = Apply(kGlassBlock, CoordinatePicture(100, 120).handle, {20});
     for (int32_t y = 0; y < 20; ++y)
         EXPECT_EQ(GreenOf(PixelOf(result.handle, 0, y)), static_cast<uint32_t>(2 * y));
     for (int32_t y = 20; y < 60; ++y)
@@ -35,7 +34,7 @@ TEST(GlassBlock, CellsShowEverySecondRowAroundTheirCentre) {
 }
 
 TEST(GlassBlock, RowsPastThePictureRepeatTheLastRowAndColumnsShowTheirOwn) {
-    const Picture result(ApplyGlassBlock(CoordinatePicture(30, 30).handle, 20));
+    const Picture result = Apply(kGlassBlock, CoordinatePicture(30, 30).handle, {20});
     EXPECT_EQ(PixelOf(result.handle, 3, 14), Rgb(6, 28, 7));
     EXPECT_EQ(PixelOf(result.handle, 3, 15), Rgb(6, 29, 7));
     EXPECT_EQ(PixelOf(result.handle, 3, 19), Rgb(6, 29, 7));
@@ -45,19 +44,20 @@ TEST(GlassBlock, RowsPastThePictureRepeatTheLastRowAndColumnsShowTheirOwn) {
 }
 
 TEST(GlassBlock, APictureNarrowerThanHalfACellDoublesItsColumnsWhileTheyAreInside) {
-    const Picture result(ApplyGlassBlock(CoordinatePicture(9, 3).handle, 64));
+    const Picture result = Apply(kGlassBlock, CoordinatePicture(9, 3).handle, {64});
     const uint32_t columns[] = {0, 2, 4, 6, 8, 5, 6, 7, 8};
     for (int32_t x = 0; x < 9; ++x) EXPECT_EQ(RedOf(PixelOf(result.handle, x, 0)), columns[x]) << x;
 }
 
 TEST(GlassBlock, ASizeBelowOneLeavesThePictureAlone) {
     const Picture source = RandomPicture(9, 9, 1);
-    for (const int32_t size : {0, -1, -64}) EXPECT_EQ(ApplyGlassBlock(source.handle, size), nullptr);
+    for (const int32_t size : {0, -1, -64})
+        EXPECT_EQ(Apply(kGlassBlock, source.handle, {size}).handle, nullptr);
 }
 
 TEST(GlassBlock, AnySettingAndRefusedMemoryAreSurvived) {
-    ExpectAnyValueIsSurvived(kGlassBlockEffect, {20});
-    ExpectRefusedMemoryIsSurvived(kGlassBlockEffect, RandomPicture(50, 50, 1).handle, {20});
+    ExpectAnyValueIsSurvived(kGlassBlock, {20});
+    ExpectRefusedMemoryIsSurvived(kGlassBlock, RandomPicture(50, 50, 1).handle, {20});
 }
 
 }  // namespace

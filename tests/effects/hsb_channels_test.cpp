@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/hsb_channels.h"
+#include "effects/effects.h"
 
 #include <string>
 
@@ -15,25 +15,25 @@ namespace {
 const Values kBuiltIn = {180, 100, 100, 1, 0, 0, 0};
 
 uint32_t Adjusted(uint32_t color, const Values& values) {
-    return PixelOf(Apply(kHsbChannelsEffect, FlatPicture(1, 1, color).handle, values).handle, 0, 0);
+    return PixelOf(Apply(kHsbChannels, FlatPicture(1, 1, color).handle, values).handle, 0, 0);
 }
 
 TEST(HsbChannels, EqualsItsReferenceOnPicturesOfAllSizes) {
-    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, kBuiltIn);
-    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, {200, 140, 120, 1, 3, 1, 1});
-    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, {360, 100, 100, 1, 0, 0, 0});
-    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, {0, 200, 200, 1, 0, 0, 1});
-    ExpectReferenceOnTrickyPictures(kHsbChannelsEffect, {77, 0, 33, 1, 6, 1, 0});
+    ExpectReferenceOnTrickyPictures(kHsbChannels, kBuiltIn);
+    ExpectReferenceOnTrickyPictures(kHsbChannels, {200, 140, 120, 1, 3, 1, 1});
+    ExpectReferenceOnTrickyPictures(kHsbChannels, {360, 100, 100, 1, 0, 0, 0});
+    ExpectReferenceOnTrickyPictures(kHsbChannels, {0, 200, 200, 1, 0, 0, 1});
+    ExpectReferenceOnTrickyPictures(kHsbChannels, {77, 0, 33, 1, 6, 1, 0});
 }
 
 TEST(HsbChannels, EqualsItsReferenceForEveryHueSaturationAndBrightness) {
     const Picture source = RandomPicture(211, 5, 2);
     for (int32_t i = 0; i <= 360; i += 7)
-        ASSERT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle, {i, 200 - i / 2, 130, 1, 0, 0, 0}));
+        ASSERT_TRUE(SameAsReference(kHsbChannels, source.handle, {i, 200 - i / 2, 130, 1, 0, 0, 0}));
     for (int32_t i = 0; i <= 200; i += 3)
-        ASSERT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle, {180, 100, i, 1, 0, 0, 0}));
+        ASSERT_TRUE(SameAsReference(kHsbChannels, source.handle, {180, 100, i, 1, 0, 0, 0}));
     for (int32_t i = 0; i <= 200; i += 3)
-        ASSERT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle, {180, i, 100, 1, 0, 0, 0}));
+        ASSERT_TRUE(SameAsReference(kHsbChannels, source.handle, {180, i, 100, 1, 0, 0, 0}));
 }
 
 TEST(HsbChannels, EqualsItsReferenceOnGreysAndPureColours) {
@@ -53,8 +53,8 @@ TEST(HsbChannels, EqualsItsReferenceOnGreysAndPureColours) {
     for (const int32_t hue : {0, 60, 120, 179, 180, 181, 240, 300, 360})
         for (const int32_t saturation : {0, 1, 100, 200})
             for (const int32_t brightness : {0, 99, 200})
-                ASSERT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle,
-                                            {hue, saturation, brightness, 1, 0, 0, 0}));
+                ASSERT_TRUE(
+                    SameAsReference(kHsbChannels, source.handle, {hue, saturation, brightness, 1, 0, 0, 0}));
 }
 
 TEST(HsbChannels, EqualsItsReferenceOutsideTheSliders) {
@@ -63,7 +63,7 @@ TEST(HsbChannels, EqualsItsReferenceOutsideTheSliders) {
         for (const int32_t odd : {0, -1, -300, 7, 256, 1000, INT32_MAX, INT32_MIN}) {
             Values values = {181, 101, 102, 1, 1, 1, 1};
             values[i] = odd;
-            EXPECT_TRUE(SameAsReference(kHsbChannelsEffect, source.handle, values)) << i;
+            EXPECT_TRUE(SameAsReference(kHsbChannels, source.handle, values)) << i;
         }
 }
 
@@ -115,7 +115,7 @@ TEST(HsbChannels, BothWaysOfShiftingAgreeOnAllColours) {
 
 TEST(HsbChannels, AllStagesOffGiveAnUnchangedCopy) {
     const Picture source = RandomPicture(13, 9, 4);
-    const Picture result = Apply(kHsbChannelsEffect, source.handle, {20, 170, 130, 0, 3, 0, 0});
+    const Picture result = Apply(kHsbChannels, source.handle, {20, 170, 130, 0, 3, 0, 0});
     EXPECT_TRUE(SamePicture(source.handle, result.handle));
     EXPECT_NE(source.handle, result.handle);
 }
@@ -165,11 +165,10 @@ TEST(HsbChannels, BlackStaysBlackUnderEveryShift) {
                 EXPECT_EQ(Adjusted(0, {hue, saturation, brightness, 1, 0, 0, 0}), 0u);
 }
 
-TEST(HsbChannels, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kHsbChannelsEffect, kBuiltIn); }
+TEST(HsbChannels, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kHsbChannels, kBuiltIn); }
 
 TEST(HsbChannels, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kHsbChannelsEffect, RandomPicture(9, 8, 1).handle,
-                                  {200, 140, 120, 1, 3, 1, 1});
+    ExpectRefusedMemoryIsSurvived(kHsbChannels, RandomPicture(9, 8, 1).handle, {200, 140, 120, 1, 3, 1, 1});
 }
 
 }  // namespace

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "effects/implode.h"
+#include "effects/effects.h"
 
 #include <cmath>
 
-#include "effects/explode.h"
 #include "kernels/bilinear_sampler.h"
 #include "tests/support/effect_checks.h"
 
@@ -21,26 +20,26 @@ Picture CoordinatePicture(int32_t width, int32_t height) {
 }
 
 TEST(Implode, EqualsItsReferenceOnPicturesOfAllSizes) {
-    ExpectReferenceOnTrickyPictures(kImplodeEffect, {50, 50, 50});
-    ExpectReferenceOnTrickyPictures(kImplodeEffect, {100, 30, 70});
-    ExpectReferenceOnTrickyPictures(kImplodeEffect, {1, 90, 10});
+    ExpectReferenceOnTrickyPictures(kImplode, {50, 50, 50});
+    ExpectReferenceOnTrickyPictures(kImplode, {100, 30, 70});
+    ExpectReferenceOnTrickyPictures(kImplode, {1, 90, 10});
 }
 
 TEST(Implode, EqualsItsReferenceOutsideTheSliders) {
     const Picture sources[] = {RandomPicture(23, 17, 1), RandomPicture(17, 23, 2)};
     for (const Picture& source : sources)
         for (const int32_t odd : {0, -1, -50, 150, 1000, INT32_MAX, INT32_MIN}) {
-            EXPECT_TRUE(SameAsReference(kImplodeEffect, source.handle, {odd, 50, 50}));
-            EXPECT_TRUE(SameAsReference(kImplodeEffect, source.handle, {50, odd, 50}));
-            EXPECT_TRUE(SameAsReference(kImplodeEffect, source.handle, {50, 50, odd}));
-            EXPECT_TRUE(SameAsReference(kExplodeEffect, source.handle, {odd, 50, 50}));
-            EXPECT_TRUE(SameAsReference(kExplodeEffect, source.handle, {50, odd, odd}));
+            EXPECT_TRUE(SameAsReference(kImplode, source.handle, {odd, 50, 50}));
+            EXPECT_TRUE(SameAsReference(kImplode, source.handle, {50, odd, 50}));
+            EXPECT_TRUE(SameAsReference(kImplode, source.handle, {50, 50, odd}));
+            EXPECT_TRUE(SameAsReference(kExplode, source.handle, {odd, 50, 50}));
+            EXPECT_TRUE(SameAsReference(kExplode, source.handle, {50, odd, odd}));
         }
 }
 
 TEST(Implode, CentredInASquareTheRegionIsTheInscribedCircle) {
     const Picture source = RandomPicture(50, 50, 3);
-    const Picture result = Apply(kImplodeEffect, source.handle, {50, 50, 50});
+    const Picture result = Apply(kImplode, source.handle, {50, 50, 50});
     int32_t changed = 0;
     for (int32_t y = 0; y < 50; ++y)
         for (int32_t x = 0; x < 50; ++x) {
@@ -56,7 +55,7 @@ TEST(Implode, CentredInASquareTheRegionIsTheInscribedCircle) {
 
 TEST(Implode, CentreAtTenPercentOfAWidePictureGivesARegionOfATenthOfTheWidth) {
     const Picture source = RandomPicture(200, 100, 4);
-    const Picture result = Apply(kImplodeEffect, source.handle, {50, 10, 50});
+    const Picture result = Apply(kImplode, source.handle, {50, 10, 50});
     for (int32_t y = 0; y < 100; ++y)
         for (int32_t x = 0; x < 200; ++x) {
             const int32_t square = (x - 20) * (x - 20) + 4 * (y - 50) * (y - 50);
@@ -72,12 +71,12 @@ TEST(Implode, TheCentrePixelSamplesItsOwnPlace) {
     const Picture source = RandomPicture(40, 40, 5);
     const ImageLock lock(source.handle);
     const uint32_t own = SampleBilinear(lock.image, 20, 20, 0);
-    EXPECT_EQ(PixelOf(Apply(kImplodeEffect, source.handle, {100, 50, 50}).handle, 20, 20), own);
-    EXPECT_EQ(PixelOf(Apply(kExplodeEffect, source.handle, {100, 50, 50}).handle, 20, 20), own);
+    EXPECT_EQ(PixelOf(Apply(kImplode, source.handle, {100, 50, 50}).handle, 20, 20), own);
+    EXPECT_EQ(PixelOf(Apply(kExplode, source.handle, {100, 50, 50}).handle, 20, 20), own);
 }
 
 TEST(Implode, FullStrengthHalfWayOutSamplesAtTheRootOfTwoTimesTheDistance) {
-    const Picture result = Apply(kImplodeEffect, CoordinatePicture(100, 100).handle, {100, 50, 50});
+    const Picture result = Apply(kImplode, CoordinatePicture(100, 100).handle, {100, 50, 50});
     const double place = 50 - 25 * std::sqrt(2.0) + 0.5;  // the sampler looks half a pixel to the right
     EXPECT_NEAR(RedOf(PixelOf(result.handle, 25, 50)), 2 * place, 0.51);
     EXPECT_EQ(GreenOf(PixelOf(result.handle, 25, 50)), 101u);
@@ -86,31 +85,31 @@ TEST(Implode, FullStrengthHalfWayOutSamplesAtTheRootOfTwoTimesTheDistance) {
 TEST(Implode, PointsSampledOutsideTakeTheBackground) {
     const Picture source = RandomPicture(100, 100, 6);
     // The region reaches 50 pixels up from a centre 10 pixels below the top.
-    const Picture result = Apply(kImplodeEffect, source.handle, {100, 50, 10}, 0x123456);
+    const Picture result = Apply(kImplode, source.handle, {100, 50, 10}, 0x123456);
     EXPECT_EQ(PixelOf(result.handle, 50, 0), 0x123456u);
 }
 
 TEST(Implode, OneCacheServesFramesOfAllSizes) {
     for (const Values& others : {Values{51, 40, 60}, Values{50, 41, 60}, Values{50, 40, 61}}) {
-        ExpectOneCacheServesAllFrames(kImplodeEffect, {50, 40, 60}, others);
-        ExpectOneCacheServesAllFrames(kExplodeEffect, {50, 40, 60}, others);
+        ExpectOneCacheServesAllFrames(kImplode, {50, 40, 60}, others);
+        ExpectOneCacheServesAllFrames(kExplode, {50, 40, 60}, others);
     }
 }
 
-TEST(Implode, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kImplodeEffect, {50, 50, 50}); }
+TEST(Implode, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kImplode, {50, 50, 50}); }
 
 TEST(Implode, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kImplodeEffect, RandomPicture(9, 8, 1).handle, {50, 50, 50});
+    ExpectRefusedMemoryIsSurvived(kImplode, RandomPicture(9, 8, 1).handle, {50, 50, 50});
 }
 
 TEST(Explode, EqualsItsReferenceOnPicturesOfAllSizes) {
-    ExpectReferenceOnTrickyPictures(kExplodeEffect, {50, 50, 50});
-    ExpectReferenceOnTrickyPictures(kExplodeEffect, {100, 30, 70});
-    ExpectReferenceOnTrickyPictures(kExplodeEffect, {1, 10, 90});
+    ExpectReferenceOnTrickyPictures(kExplode, {50, 50, 50});
+    ExpectReferenceOnTrickyPictures(kExplode, {100, 30, 70});
+    ExpectReferenceOnTrickyPictures(kExplode, {1, 10, 90});
 }
 
 TEST(Explode, FullStrengthHalfWayOutSamplesAtSevenTenthsOfTheDistance) {
-    const Picture result = Apply(kExplodeEffect, CoordinatePicture(100, 100).handle, {100, 50, 50});
+    const Picture result = Apply(kExplode, CoordinatePicture(100, 100).handle, {100, 50, 50});
     const double place = 50 - 25 * std::sqrt(0.5) + 0.5;
     EXPECT_NEAR(RedOf(PixelOf(result.handle, 25, 50)), 2 * place, 0.51);
     EXPECT_EQ(GreenOf(PixelOf(result.handle, 25, 50)), 101u);
@@ -118,7 +117,7 @@ TEST(Explode, FullStrengthHalfWayOutSamplesAtSevenTenthsOfTheDistance) {
 
 TEST(Explode, OutsideTheRegionThePictureStaysAndItsRimSamplesItsOwnPlace) {
     const Picture source = CoordinatePicture(100, 100);
-    const Picture result = Apply(kExplodeEffect, source.handle, {50, 50, 50});
+    const Picture result = Apply(kExplode, source.handle, {50, 50, 50});
     for (int32_t y = 0; y < 100; ++y)
         for (int32_t x = 0; x < 100; ++x)
             if ((x - 50) * (x - 50) + (y - 50) * (y - 50) >= 2500) {
@@ -128,10 +127,10 @@ TEST(Explode, OutsideTheRegionThePictureStaysAndItsRimSamplesItsOwnPlace) {
     EXPECT_EQ(PixelOf(result.handle, 1, 50), Rgb(3, 101, 0));
 }
 
-TEST(Explode, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kExplodeEffect, {50, 50, 50}); }
+TEST(Explode, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kExplode, {50, 50, 50}); }
 
 TEST(Explode, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kExplodeEffect, RandomPicture(8, 9, 1).handle, {50, 50, 50});
+    ExpectRefusedMemoryIsSurvived(kExplode, RandomPicture(8, 9, 1).handle, {50, 50, 50});
 }
 
 }  // namespace

@@ -17,17 +17,17 @@ namespace {
 
 using Refuse = void (*)(size_t number);
 
-Values BuiltInValues(const EffectRecord& effect) {
+Values BuiltInValues(const Effect& effect) {
     Values values;
-    for (size_t i = 0; i < effect.controlCount; ++i)
-        values.push_back(ReadControl(effect.controls[i], nullptr));
+    for (size_t i = 0; i < effect.controls.count; ++i)
+        values.push_back(ReadControl(effect.controls.rows[i], nullptr));
     return values;
 }
 
-bool KeepsTables(const EffectRecord& effect) {
+bool KeepsTables(const Effect& effect) {
     KernelCache cache;
     const Picture source = RandomPicture(20, 16, 1);
-    const Picture result(effect.kernel(source.handle, MakeInput(BuiltInValues(effect), 0, &cache)));
+    const Picture result(effect.apply(source.handle, MakeInput(BuiltInValues(effect), 0, &cache)));
     return cache.address != nullptr;
 }
 
@@ -47,14 +47,14 @@ protected:
 
     // Runs the effect over all frames with one cache and refuses the attempt of that number while frame
     // `refused` is made. Answers whether there was such an attempt.
-    bool RunRefusing(const EffectRecord& effect, const std::vector<Picture>& expected, size_t refused,
+    bool RunRefusing(const Effect& effect, const std::vector<Picture>& expected, size_t refused,
                      Refuse refuse, size_t number) {
         const Values values = BuiltInValues(effect);
         KernelCache cache;
         bool reached = false;
         for (size_t i = 0; i < frames.size(); ++i) {
             if (i == refused) refuse(number);
-            const Picture actual(effect.kernel(frames[i].handle, MakeInput(values, kTestBackground, &cache)));
+            const Picture actual(effect.apply(frames[i].handle, MakeInput(values, kTestBackground, &cache)));
             if (i == refused) {
                 const MemoryCounts counts = CountMemory();
                 reached = (refuse == RefuseAllocation ? counts.allocations : counts.locks) >= number;
@@ -83,7 +83,7 @@ TEST_F(KernelTables, are_kept_by_these_effects) {
 
 TEST_F(KernelTables, are_right_in_every_frame_after_a_refusal) {
     for (size_t row = 0; row < EffectCount(); ++row) {
-        const EffectRecord& effect = *EffectAt(row);
+        const Effect& effect = *EffectAt(row);
         std::vector<Picture> expected;
         for (const Picture& frame : frames)
             expected.push_back(Apply(effect, frame.handle, BuiltInValues(effect)));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/lens_flare.h"
+#include "effects/effects.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +8,7 @@
 
 #include "framework/cpu.h"
 #include "framework/math/elementary.h"
+#include "kernels/flare_elements.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -16,28 +17,28 @@ namespace {
 const Values kBuiltIn = {50, 50, 175};
 
 TEST(LensFlare, EqualsItsReferenceOnPicturesOfAllSizes) {
-    ExpectReferenceOnTrickyPictures(kLensFlareEffect, kBuiltIn);
-    ExpectReferenceOnTrickyPictures(kLensFlareEffect, {20, 30, 300});
-    ExpectReferenceOnTrickyPictures(kLensFlareEffect, {99, 1, 50});
+    ExpectReferenceOnTrickyPictures(kLensFlare, kBuiltIn);
+    ExpectReferenceOnTrickyPictures(kLensFlare, {20, 30, 300});
+    ExpectReferenceOnTrickyPictures(kLensFlare, {99, 1, 50});
 }
 
 TEST(LensFlare, EqualsItsReferenceOnALargerPicture) {
     const Picture source = RandomPicture(321, 243, 2);
-    EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {25, 30, 300}));
-    EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {71, 64, 220}));
+    EXPECT_TRUE(SameAsReference(kLensFlare, source.handle, {25, 30, 300}));
+    EXPECT_TRUE(SameAsReference(kLensFlare, source.handle, {71, 64, 220}));
 }
 
 TEST(LensFlare, EqualsItsReferenceAtEveryDepth) {
     for (const int32_t bits : {1, 4, 8, 32})
-        EXPECT_TRUE(SameAsReference(kLensFlareEffect, RandomPicture(61, 40, 3, bits).handle, {40, 60, 250}));
+        EXPECT_TRUE(SameAsReference(kLensFlare, RandomPicture(61, 40, 3, bits).handle, {40, 60, 250}));
 }
 
 TEST(LensFlare, EqualsItsReferenceOutsideTheSliders) {
     const Picture source = RandomPicture(60, 45, 4);
     for (const int32_t odd : {-500, -1, 0, 100, 101, 700, 12345}) {
-        EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {odd, 50, 175}));
-        EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {50, odd, 175}));
-        EXPECT_TRUE(SameAsReference(kLensFlareEffect, source.handle, {40, 40, odd}));
+        EXPECT_TRUE(SameAsReference(kLensFlare, source.handle, {odd, 50, 175}));
+        EXPECT_TRUE(SameAsReference(kLensFlare, source.handle, {50, odd, 175}));
+        EXPECT_TRUE(SameAsReference(kLensFlare, source.handle, {40, 40, odd}));
     }
 }
 
@@ -73,7 +74,7 @@ TEST(LensFlare, ElementsStandAlongTheLineFromTheLightThroughTheCentre) {
 
 TEST(LensFlare, PixelsFarFromEveryElementKeepTheirValue) {
     const Picture source = RandomPicture(200, 100, 5);
-    const Picture result = Apply(kLensFlareEffect, source.handle, {50, 50, 50});
+    const Picture result = Apply(kLensFlare, source.handle, {50, 50, 50});
     // The scale is 100, the greatest element reaches half of that.
     for (int32_t y = 0; y < 100; ++y)
         for (int32_t x = 0; x < 200; ++x)
@@ -89,7 +90,7 @@ TEST(LensFlare, IndexedPicturesAreBlendedAsIfTheIndexWereAColour) {
         const ImageLock lock(source.handle);
         for (int32_t i = 0; i < 400; ++i) SetDibPixel(lock.image, i % 20, i / 20, 3);
     }
-    const Picture result = Apply(kLensFlareEffect, source.handle, kBuiltIn);
+    const Picture result = Apply(kLensFlare, source.handle, kBuiltIn);
     // Index 3 is taken for a red of 3; what comes out as red becomes the index.
     EXPECT_GT(PixelOf(result.handle, 10, 10), 200u);
     EXPECT_LT(PixelOf(result.handle, 10, 10), 256u);
@@ -102,7 +103,7 @@ TEST(LensFlare, TheTopByteOfA32BitPixelIsZeroWhereverSomethingWasPainted) {
         for (int32_t y = 0; y < 100; ++y)
             for (int32_t x = 0; x < 200; ++x) SetDibPixel(lock.image, x, y, 0xAB102030);
     }
-    const Picture result = Apply(kLensFlareEffect, source.handle, {50, 50, 50});
+    const Picture result = Apply(kLensFlare, source.handle, {50, 50, 50});
     EXPECT_EQ(PixelOf(result.handle, 100, 50) >> 24, 0u);
     EXPECT_EQ(PixelOf(result.handle, 60, 50) >> 24, 0u);
     EXPECT_EQ(PixelOf(result.handle, 0, 0), 0xAB102030u);
@@ -180,15 +181,15 @@ TEST(LensFlare, FastStrengthsEqualThoseOfTheDistancesRightBesideARim) {
 
 TEST(LensFlare, AFlareSmallerThanAPixelPaintsNothing) {
     const Picture source = RandomPicture(1, 1, 6);
-    EXPECT_TRUE(SamePicture(source.handle, Apply(kLensFlareEffect, source.handle, {50, 50, 50}).handle));
+    EXPECT_TRUE(SamePicture(source.handle, Apply(kLensFlare, source.handle, {50, 50, 50}).handle));
     const Picture larger = RandomPicture(40, 30, 7);
-    EXPECT_TRUE(SamePicture(larger.handle, Apply(kLensFlareEffect, larger.handle, {50, 50, -200}).handle));
+    EXPECT_TRUE(SamePicture(larger.handle, Apply(kLensFlare, larger.handle, {50, 50, -200}).handle));
 }
 
-TEST(LensFlare, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kLensFlareEffect, kBuiltIn); }
+TEST(LensFlare, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kLensFlare, kBuiltIn); }
 
 TEST(LensFlare, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kLensFlareEffect, RandomPicture(9, 8, 1).handle, kBuiltIn);
+    ExpectRefusedMemoryIsSurvived(kLensFlare, RandomPicture(9, 8, 1).handle, kBuiltIn);
 }
 
 }  // namespace

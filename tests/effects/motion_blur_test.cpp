@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "effects/motion_blur.h"
+#include "effects/effects.h"
 
+#include "kernels/bell_weights.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -19,15 +20,15 @@ bool Lit(const Picture& picture, int32_t x, int32_t y) { return RedOf(PixelOf(pi
 TEST(MotionBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const Values& values :
          {Values{25, 5, 45}, Values{5, 20, 0}, Values{50, 40, 200}, Values{25, 9, 301}})
-        ExpectReferenceOnTrickyPictures(kMotionBlurEffect, values);
+        ExpectReferenceOnTrickyPictures(kMotionBlur, values);
 }
 
 TEST(MotionBlur, EqualsItsReferenceInEveryDirection) {
     const Picture source = RandomPicture(67, 45, 8);
     for (int32_t angle = 0; angle < 360; angle += 15)
-        EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {20, 12, angle}));
-    EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {50, 300, 45}));
-    EXPECT_TRUE(SameAsReference(kMotionBlurEffect, FlatPicture(67, 45, 0xC86432).handle, {50, 300, 45}));
+        EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {20, 12, angle}));
+    EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {50, 300, 45}));
+    EXPECT_TRUE(SameAsReference(kMotionBlur, FlatPicture(67, 45, 0xC86432).handle, {50, 300, 45}));
 }
 
 TEST(MotionBlur, EqualsItsReferenceWhereSumsLieOnALevel) {
@@ -41,10 +42,10 @@ TEST(MotionBlur, EqualsItsReferenceWhereSumsLieOnALevel) {
                 if (x / 100 == 1) SetDibPixel(lock.image, x, y, 0xC0A020);
     }
     for (const int32_t angle : {90, 270, 80, 45})
-        EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {5, 150, angle}));
-    EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {5, 150, 90}, 0x406080));
+        EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {5, 150, angle}));
+    EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {5, 150, 90}, 0x406080));
     // A single other pixel leaves two neighbours in doubt rather than a whole block.
-    EXPECT_TRUE(SameAsReference(kMotionBlurEffect, Dot(120, 20, 60, 10).handle, {5, 60, 90}, 0));
+    EXPECT_TRUE(SameAsReference(kMotionBlur, Dot(120, 20, 60, 10).handle, {5, 60, 90}, 0));
 }
 
 TEST(MotionBlur, EqualsItsReferenceBeyondThePanelsRange) {
@@ -52,11 +53,11 @@ TEST(MotionBlur, EqualsItsReferenceBeyondThePanelsRange) {
     for (const int32_t depth : {1, -1, -25, 1000, INT32_MAX})
         for (const int32_t radius : {-5, 0, 1, 5, 700})
             for (const int32_t angle : {-45, 400, INT32_MIN})
-                EXPECT_TRUE(SameAsReference(kMotionBlurEffect, source.handle, {depth, radius, angle}));
+                EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {depth, radius, angle}));
 }
 
 TEST(MotionBlur, RadiusFiveSmearsOverElevenTaps) {
-    const Picture result(ApplyMotionBlur(Dot(40, 9, 20, 4).handle, 50, 5, 90, 0));
+    const Picture result = Apply(kMotionBlur, Dot(40, 9, 20, 4).handle, {50, 5, 90}, 0);
     for (int32_t x = 0; x < 40; ++x) EXPECT_EQ(Lit(result, x, 4), x >= 10 && x <= 20) << x;
 }
 
@@ -64,14 +65,14 @@ TEST(MotionBlur, FarTapsOfALongSmearCarryAlmostNoWeightAtASmallDepth) {
     double weights[601];
     BuildMotionWeights(601, 5, weights);
     EXPECT_LT(weights[600], 1e-100);
-    const Picture result(ApplyMotionBlur(Dot(400, 3, 399, 1).handle, 5, 300, 90, 0));
+    const Picture result = Apply(kMotionBlur, Dot(400, 3, 399, 1).handle, {5, 300, 90}, 0);
     EXPECT_TRUE(Lit(result, 395, 1));
     EXPECT_FALSE(Lit(result, 300, 1));
 }
 
 TEST(MotionBlur, AngleZeroSmearsDownTheColumnAndHalfATurnSmearsUp) {
-    const Picture zero(ApplyMotionBlur(Dot(9, 40, 4, 20).handle, 50, 5, 0, 0));
-    const Picture half(ApplyMotionBlur(Dot(9, 40, 4, 20).handle, 50, 5, 180, 0));
+    const Picture zero = Apply(kMotionBlur, Dot(9, 40, 4, 20).handle, {50, 5, 0}, 0);
+    const Picture half = Apply(kMotionBlur, Dot(9, 40, 4, 20).handle, {50, 5, 180}, 0);
     // The taps lie above the pixel at angle 0, so the dot shows in the pixels below it.
     for (int32_t y = 0; y < 40; ++y) {
         EXPECT_EQ(Lit(zero, 4, y), y >= 20 && y <= 30) << y;
@@ -84,7 +85,7 @@ TEST(MotionBlur, AngleZeroSmearsDownTheColumnAndHalfATurnSmearsUp) {
 TEST(MotionBlur, BordersTakeOnTheBackgroundByTheWeightsOutside) {
     double weights[11];
     BuildMotionWeights(11, 25, weights);
-    const Picture result(ApplyMotionBlur(FlatPicture(30, 5, 0xFFFFFF).handle, 25, 5, 90, 0));
+    const Picture result = Apply(kMotionBlur, FlatPicture(30, 5, 0xFFFFFF).handle, {25, 5, 90}, 0);
     double inside = 0;
     for (int32_t x = 29; x > 19; --x) {
         inside += weights[29 - x] * 255;
@@ -102,8 +103,8 @@ TEST(MotionBlur, WithoutARadiusTheTapsGrowUntilTheLastWeightRoundsToNothing) {
             if (static_cast<int32_t>(255 * weights[n - 1]) == 0) break;
             taps = n;
         }
-        const Picture automatic(ApplyMotionBlur(source.handle, depth, 0, 30, 0x7F7F7F));
-        const Picture chosen(ApplyMotionBlur(source.handle, depth, (taps - 1) / 2, 30, 0x7F7F7F));
+        const Picture automatic = Apply(kMotionBlur, source.handle, {depth, 0, 30}, 0x7F7F7F);
+        const Picture chosen = Apply(kMotionBlur, source.handle, {depth, (taps - 1) / 2, 30}, 0x7F7F7F);
         EXPECT_TRUE(SamePicture(chosen.handle, automatic.handle)) << depth << ": " << taps << " taps";
     }
 }
@@ -123,15 +124,15 @@ TEST(MotionBlur, WeightsSumToOneAndFall) {
 
 TEST(MotionBlur, ADepthOfNothingOrAnEndlessRadiusLeavesThePictureAlone) {
     const Picture source = RandomPicture(9, 9, 1);
-    EXPECT_EQ(ApplyMotionBlur(source.handle, 0, 5, 45, 0), nullptr);
-    EXPECT_EQ(ApplyMotionBlur(source.handle, 25, INT32_MAX, 45, 0), nullptr);
-    EXPECT_EQ(ApplyMotionBlur(RandomPicture(9, 9, 1, 8).handle, 25, 5, 45, 0), nullptr);
+    EXPECT_EQ(Apply(kMotionBlur, source.handle, {0, 5, 45}, 0).handle, nullptr);
+    EXPECT_EQ(Apply(kMotionBlur, source.handle, {25, INT32_MAX, 45}, 0).handle, nullptr);
+    EXPECT_EQ(Apply(kMotionBlur, RandomPicture(9, 9, 1, 8).handle, {25, 5, 45}, 0).handle, nullptr);
 }
 
 TEST(MotionBlur, AnySettingAndRefusedMemoryAreSurvived) {
-    ExpectAnyValueIsSurvived(kMotionBlurEffect, {25, 5, 45});
-    ExpectRefusedMemoryIsSurvived(kMotionBlurEffect, RandomPicture(30, 20, 1).handle, {25, 5, 45});
-    ExpectRefusedMemoryIsSurvived(kMotionBlurEffect, RandomPicture(30, 20, 1).handle, {25, 0, 45});
+    ExpectAnyValueIsSurvived(kMotionBlur, {25, 5, 45});
+    ExpectRefusedMemoryIsSurvived(kMotionBlur, RandomPicture(30, 20, 1).handle, {25, 5, 45});
+    ExpectRefusedMemoryIsSurvived(kMotionBlur, RandomPicture(30, 20, 1).handle, {25, 0, 45});
 }
 
 }  // namespace

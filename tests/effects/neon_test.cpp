@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/neon.h"
+#include "effects/effects.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,7 @@
 namespace kfx::test {
 namespace {
 
-TEST(Neon, EqualsItsReferenceOnPicturesOfAllSizes) { ExpectReferenceOnTrickyPictures(kNeonEffect, {}); }
+TEST(Neon, EqualsItsReferenceOnPicturesOfAllSizes) { ExpectReferenceOnTrickyPictures(kNeon, {}); }
 
 TEST(Neon, SinglePrecisionTruncatesToTheDefinedByteForEverySumOfSquares) {
     for (int32_t squares = 0; squares <= 2 * 765 * 765; ++squares) {
@@ -22,7 +22,7 @@ TEST(Neon, SinglePrecisionTruncatesToTheDefinedByteForEverySumOfSquares) {
 
 TEST(Neon, AUniformPictureBecomesBlack) {
     const Picture source = FlatPicture(6, 5, 0xC8640A);
-    EXPECT_TRUE(SamePicture(FlatPicture(6, 5, 0).handle, Apply(kNeonEffect, source.handle, {}).handle));
+    EXPECT_TRUE(SamePicture(FlatPicture(6, 5, 0).handle, Apply(kNeon, source.handle, {}).handle));
 }
 
 TEST(Neon, ABoundaryBetweenBlackAndWhiteSaturatesOnBothSides) {
@@ -32,7 +32,7 @@ TEST(Neon, ABoundaryBetweenBlackAndWhiteSaturatesOnBothSides) {
         for (int32_t y = 0; y < 4; ++y)
             for (int32_t x = 4; x < 8; ++x) SetDibPixel(lock.image, x, y, 0xFFFFFF);
     }
-    const Picture result = Apply(kNeonEffect, source.handle, {});
+    const Picture result = Apply(kNeon, source.handle, {});
     for (int32_t y = 0; y < 4; ++y)
         for (int32_t x = 0; x < 8; ++x)
             EXPECT_EQ(PixelOf(result.handle, x, y), x == 3 || x == 4 ? 0xFFFFFFu : 0u) << x << ", " << y;
@@ -47,7 +47,7 @@ TEST(Neon, OuterRowsAndColumnsSeeTheGradientTowardTheInsideOnly) {
             for (int32_t x = 0; x < 6; ++x)
                 SetDibPixel(lock.image, x, y, static_cast<uint32_t>(10 * x) * 0x010101);
     }
-    const Picture result = Apply(kNeonEffect, source.handle, {});
+    const Picture result = Apply(kNeon, source.handle, {});
     EXPECT_EQ(PixelOf(result.handle, 0, 1), 16u * 0x010101);  // 30 / 1.8
     EXPECT_EQ(PixelOf(result.handle, 5, 1), 16u * 0x010101);
     EXPECT_EQ(PixelOf(result.handle, 2, 1), 33u * 0x010101);  // 60 / 1.8
@@ -55,7 +55,7 @@ TEST(Neon, OuterRowsAndColumnsSeeTheGradientTowardTheInsideOnly) {
 }
 
 TEST(Neon, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kNeonEffect, RandomPicture(9, 8, 1).handle, {});
+    ExpectRefusedMemoryIsSurvived(kNeon, RandomPicture(9, 8, 1).handle, {});
 }
 
 }  // namespace

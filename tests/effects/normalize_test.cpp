@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/normalize.h"
+#include "effects/effects.h"
 
 #include <cstring>
 #include <utility>
@@ -50,7 +50,7 @@ std::vector<std::vector<uint8_t>> Build(const std::vector<const Picture*>& pictu
     sourceAnimation = MakeMemory(MakeAnimationBlock(frames));
     FrameList list = {};
     EffectBuildContext context = {nullptr, &list, 0, nullptr};
-    EXPECT_EQ(BuildEffect(kNormalizeEffect, &context), 1);
+    EXPECT_EQ(BuildEffect(kNormalize, &context), 1);
     std::vector<std::vector<uint8_t>> results;
     for (int32_t i = 0; i < list.count; ++i) {
         FrameEntry entry;
@@ -64,7 +64,7 @@ std::vector<std::vector<uint8_t>> Build(const std::vector<const Picture*>& pictu
 }
 
 TEST(Normalize, EqualsItsReferenceOnPicturesOfAllSizes) {
-    ExpectReferenceOnTrickyPictures(kNormalizeEffect, kPerFrame);
+    ExpectReferenceOnTrickyPictures(kNormalize, kPerFrame);
 }
 
 TEST(Normalize, EqualsItsReferenceForEveryRangeOfLevels) {
@@ -79,7 +79,7 @@ TEST(Normalize, EqualsItsReferenceForEveryRangeOfLevels) {
                     SetDibPixel(lock.image, x, 1, x % 2 ? Rgb(grey, 0, 255) : Rgb(0, grey, grey));
                 }
             }
-            ASSERT_TRUE(SameAsReference(kNormalizeEffect, source.handle, kPerFrame)) << low << ", " << high;
+            ASSERT_TRUE(SameAsReference(kNormalize, source.handle, kPerFrame)) << low << ", " << high;
         }
 }
 
@@ -88,7 +88,7 @@ TEST(Normalize, AFullRangeIsMappedOnto254Levels) {
     const Picture source = GreyPicture(100, 10, [](int32_t i) {
         return i < 20 ? 0u : i < 40 ? 255u : static_cast<uint32_t>(i) * 7 % 256;
     });
-    const Picture result = Apply(kNormalizeEffect, source.handle, kPerFrame);
+    const Picture result = Apply(kNormalize, source.handle, kPerFrame);
     for (int32_t y = 0; y < 10; ++y)
         for (int32_t x = 0; x < 100; ++x)
             EXPECT_EQ(RedOf(PixelOf(result.handle, x, y)), RedOf(PixelOf(source.handle, x, y)) * 254 / 255);
@@ -97,9 +97,9 @@ TEST(Normalize, AFullRangeIsMappedOnto254Levels) {
 
 TEST(Normalize, FiftyPixelsAreStretchedBetweenTheirOwnEnds) {
     const Picture source = GreyPicture(10, 5, [](int32_t i) { return 60 + static_cast<uint32_t>(i); });
-    const Picture result = Apply(kNormalizeEffect, source.handle, kPerFrame);
+    const Picture result = Apply(kNormalize, source.handle, kPerFrame);
     // The luminance of a grey is up to two below it; the range's own levels lie in the picture.
-    EXPECT_TRUE(SameAsReference(kNormalizeEffect, source.handle, kPerFrame));
+    EXPECT_TRUE(SameAsReference(kNormalize, source.handle, kPerFrame));
     EXPECT_LT(RedOf(PixelOf(result.handle, 0, 0)), 13u);
     EXPECT_GE(RedOf(PixelOf(result.handle, 9, 4)), 254u);
 }
@@ -110,20 +110,20 @@ TEST(Normalize, ChannelsBeyondTheRangeOfLuminanceAreClipped) {
         const ImageLock lock(source.handle);
         SetDibPixel(lock.image, 0, 0, Rgb(255, 60, 0));  // its own luminance lies within the others'
     }
-    const Picture result = Apply(kNormalizeEffect, source.handle, kPerFrame);
+    const Picture result = Apply(kNormalize, source.handle, kPerFrame);
     EXPECT_EQ(PixelOf(result.handle, 0, 0), Rgb(255, 0, 0));
 }
 
 TEST(Normalize, OneLuminanceLeavesThePictureUnchanged) {
-    EXPECT_EQ(Apply(kNormalizeEffect, FlatPicture(9, 9, 0x336699).handle, kPerFrame).handle, nullptr);
-    EXPECT_EQ(Apply(kNormalizeEffect, FlatPicture(1, 1, 0).handle, kPerFrame).handle, nullptr);
+    EXPECT_EQ(Apply(kNormalize, FlatPicture(9, 9, 0x336699).handle, kPerFrame).handle, nullptr);
+    EXPECT_EQ(Apply(kNormalize, FlatPicture(1, 1, 0).handle, kPerFrame).handle, nullptr);
 }
 
 TEST(Normalize, ARareLevelBesideOneThatHoldsNearlyEverythingStillCounts) {
     // Less than a percent differs: both ends first fall on one level, then the first and last occupied ones
     // count.
     const Picture source = GreyPicture(100, 10, [](int32_t i) { return i ? 100u : 200u; });
-    const Picture result = Apply(kNormalizeEffect, source.handle, kPerFrame);
+    const Picture result = Apply(kNormalize, source.handle, kPerFrame);
     EXPECT_GE(RedOf(PixelOf(result.handle, 0, 0)), 254u);
     EXPECT_LT(RedOf(PixelOf(result.handle, 1, 0)), 10u);
 }
@@ -133,7 +133,7 @@ TEST(Normalize, DistributedStretchesAllFramesByOneHistogram) {
     const Picture dark = GreyPicture(50, 20, [](int32_t i) { return 20 + static_cast<uint32_t>(i) % 60; });
     const Picture light = GreyPicture(50, 20, [](int32_t i) { return 120 + static_cast<uint32_t>(i) % 90; });
     const auto frames = Build({&dark, &light});
-    const Picture expected = Apply(kNormalizeEffect, Stacked(dark, light).handle, kPerFrame);
+    const Picture expected = Apply(kNormalize, Stacked(dark, light).handle, kPerFrame);
     ASSERT_EQ(frames.size(), 2u);
     for (int32_t y = 0; y < 20; ++y)
         for (int32_t x = 0; x < 50; ++x) {
@@ -151,7 +151,7 @@ TEST(Normalize, WithoutDistributedEachFrameIsStretchedByItself) {
     const auto frames = Build({&dark, &flat});
     settings.style019Distributed = 1;
     ASSERT_EQ(frames.size(), 2u);
-    EXPECT_EQ(frames[0], BytesOf(Apply(kNormalizeEffect, dark.handle, kPerFrame).handle));
+    EXPECT_EQ(frames[0], BytesOf(Apply(kNormalize, dark.handle, kPerFrame).handle));
     EXPECT_EQ(frames[1], BytesOf(flat.handle));
 }
 
@@ -167,22 +167,23 @@ TEST(Normalize, FramesOfOneLuminanceStayAlsoWhenDistributed) {
 TEST(Normalize, WithoutMemoryForTheHistogramEveryFrameStays) {
     const Picture picture = GreyPicture(20, 20, [](int32_t i) { return 50 + static_cast<uint32_t>(i) % 60; });
     const size_t blocks = CountMemory().liveBlocks;
+    const GatheringPasses& passes = *kNormalize.gathering;
     uint64_t record[2] = {0, 0};
     RefuseAllocation(1);
-    GatherLuminance(picture.handle, record);
+    passes.gather(picture.handle, record);
     ResetMemoryCounts();
-    GatherLuminance(picture.handle, record);  // memory is back, but the first frame is missing
-    EXPECT_EQ(ApplyGatheredLuminance(picture.handle, record), nullptr);
-    ReleaseLuminance(record);
+    passes.gather(picture.handle, record);  // memory is back, but the first frame is missing
+    EXPECT_EQ(passes.apply(picture.handle, record), nullptr);
+    passes.release(record);
     EXPECT_EQ(CountMemory().liveBlocks, blocks);
     EXPECT_EQ(record[0], 0u);
 }
 #endif
 
-TEST(Normalize, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kNormalizeEffect, {1}); }
+TEST(Normalize, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kNormalize, {1}); }
 
 TEST(Normalize, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kNormalizeEffect, RandomPicture(9, 8, 1).handle, kPerFrame);
+    ExpectRefusedMemoryIsSurvived(kNormalize, RandomPicture(9, 8, 1).handle, kPerFrame);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/obscure.h"
+#include "effects/effects.h"
 
 #include "tests/support/effect_checks.h"
 
@@ -7,18 +7,17 @@ namespace kfx::test {
 namespace {
 
 TEST(Obscure, EqualsItsReferenceOnPicturesOfAllSizes) {
-    for (const int32_t level : {1, 2, 3, 8, 64, 1000})
-        ExpectReferenceOnTrickyPictures(kObscureEffect, {level});
+    for (const int32_t level : {1, 2, 3, 8, 64, 1000}) ExpectReferenceOnTrickyPictures(kObscure, {level});
 }
 
 TEST(Obscure, TilesTallerThanSixteenBitSumsHoldAreAveragedExactly) {
-    EXPECT_TRUE(SameAsReference(kObscureEffect, FlatPicture(3, 700, 0xFFFFFF).handle, {600}));
-    EXPECT_TRUE(SameAsReference(kObscureEffect, RandomPicture(5, 700, 9).handle, {515}));
+    EXPECT_TRUE(SameAsReference(kObscure, FlatPicture(3, 700, 0xFFFFFF).handle, {600}));
+    EXPECT_TRUE(SameAsReference(kObscure, RandomPicture(5, 700, 9).handle, {515}));
 }
 
 TEST(Obscure, EqualsItsReferenceAtEveryDepth) {
     for (const int32_t bits : {1, 4, 8, 32})
-        EXPECT_TRUE(SameAsReference(kObscureEffect, RandomPicture(29, 23, 5, bits).handle, {4}));
+        EXPECT_TRUE(SameAsReference(kObscure, RandomPicture(29, 23, 5, bits).handle, {4}));
 }
 
 TEST(Obscure, TilesCutOffAtTheEdgesAverageTheirOwnPixelsOnly) {
@@ -28,7 +27,7 @@ TEST(Obscure, TilesCutOffAtTheEdgesAverageTheirOwnPixelsOnly) {
         SetDibPixel(lock.image, 4, 0, 0x0000FF);
         SetDibPixel(lock.image, 4, 2, 0x00FF00);
     }
-    const Picture result(ApplyObscure(source.handle, 2));
+    const Picture result = Apply(kObscure, source.handle, {2});
     EXPECT_EQ(PixelOf(result.handle, 4, 0), 127u);  // of two pixels
     EXPECT_EQ(PixelOf(result.handle, 4, 1), 127u);
     EXPECT_EQ(PixelOf(result.handle, 4, 2), 0x00FF00u);  // of one
@@ -42,27 +41,28 @@ TEST(Obscure, LevelTwoAveragesSquaresOfFourPixels) {
         const uint32_t reds[] = {1, 2, 3, 5};
         for (int32_t i = 0; i < 4; ++i) SetDibPixel(lock.image, i % 2, i / 2, reds[i]);
     }
-    EXPECT_TRUE(SamePicture(FlatPicture(2, 2, 2).handle, Picture(ApplyObscure(source.handle, 2)).handle));
+    EXPECT_TRUE(SamePicture(FlatPicture(2, 2, 2).handle, Apply(kObscure, source.handle, {2}).handle));
 }
 
 TEST(Obscure, APictureOfOnePixelComesBackUnchanged) {
     const Picture source = FlatPicture(1, 1, 0xABCDEF);
-    EXPECT_TRUE(SamePicture(source.handle, Picture(ApplyObscure(source.handle, 2)).handle));
+    EXPECT_TRUE(SamePicture(source.handle, Apply(kObscure, source.handle, {2}).handle));
 }
 
 TEST(Obscure, ATileOfOneColourKeepsIt) {
     const Picture source = FlatPicture(37, 41, 0xFE01C9);
-    EXPECT_TRUE(SamePicture(source.handle, Picture(ApplyObscure(source.handle, 8)).handle));
+    EXPECT_TRUE(SamePicture(source.handle, Apply(kObscure, source.handle, {8}).handle));
 }
 
 TEST(Obscure, ALevelBelowOneLeavesThePictureAlone) {
     const Picture source = RandomPicture(9, 9, 1);
-    for (const int32_t level : {0, -1, -64}) EXPECT_EQ(ApplyObscure(source.handle, level), nullptr);
+    for (const int32_t level : {0, -1, -64})
+        EXPECT_EQ(Apply(kObscure, source.handle, {level}).handle, nullptr);
 }
 
 TEST(Obscure, AnySettingAndRefusedMemoryAreSurvived) {
-    ExpectAnyValueIsSurvived(kObscureEffect, {8});
-    ExpectRefusedMemoryIsSurvived(kObscureEffect, RandomPicture(50, 50, 1).handle, {8});
+    ExpectAnyValueIsSurvived(kObscure, {8});
+    ExpectRefusedMemoryIsSurvived(kObscure, RandomPicture(50, 50, 1).handle, {8});
 }
 
 }  // namespace

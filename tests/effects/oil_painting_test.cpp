@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/oil_painting.h"
+#include "effects/effects.h"
 
 #include "tests/support/effect_checks.h"
 
@@ -17,40 +17,39 @@ Picture FewLevels(int32_t width, int32_t height, uint32_t seed, uint32_t levels)
 }
 
 TEST(OilPainting, EqualsItsReferenceOnPicturesOfAllSizes) {
-    for (const int32_t radius : {100, 250, 400})
-        ExpectReferenceOnTrickyPictures(kOilPaintingEffect, {radius});
+    for (const int32_t radius : {100, 250, 400}) ExpectReferenceOnTrickyPictures(kOilPainting, {radius});
 }
 
 TEST(OilPainting, EqualsItsReferenceWhereManyLevelsTie) {
     for (const uint32_t levels : {2u, 3u, 5u, 16u, 100u})
         for (const int32_t radius : {100, 200, 300, 400})
-            EXPECT_TRUE(SameAsReference(kOilPaintingEffect, FewLevels(53, 37, levels, levels).handle,
-                                        {radius}, 0x7F7F7F));
+            EXPECT_TRUE(
+                SameAsReference(kOilPainting, FewLevels(53, 37, levels, levels).handle, {radius}, 0x7F7F7F));
 }
 
 TEST(OilPainting, EqualsItsReferenceBeyondThePanelsRange) {
     const Picture source = RandomPicture(23, 17, 3);
     for (const int32_t radius : {0, -1, -100, INT32_MIN, 1, 99, 401, 1000, 5000, INT32_MAX})
-        EXPECT_TRUE(SameAsReference(kOilPaintingEffect, source.handle, {radius}));
+        EXPECT_TRUE(SameAsReference(kOilPainting, source.handle, {radius}));
 }
 
 TEST(OilPainting, TheReachGrowsByTwoWithEachHundredBegun) {
     const Picture source = RandomPicture(60, 50, 6);
-    const auto painted = [&](int32_t radius) { return Picture(ApplyOilPainting(source.handle, radius, 0)); };
+    const auto painted = [&](int32_t radius) { return Apply(kOilPainting, source.handle, {radius}, 0); };
     EXPECT_FALSE(SamePicture(painted(100).handle, painted(101).handle));
     EXPECT_TRUE(SamePicture(painted(101).handle, painted(200).handle));
     EXPECT_TRUE(SamePicture(painted(301).handle, painted(400).handle));
     EXPECT_FALSE(SamePicture(painted(300).handle, painted(400).handle));
     // Reach 3 at radius 100: a level seen 3 pixels away can win, one 4 pixels away cannot.
-    EXPECT_TRUE(SameAsReference(kOilPaintingEffect, source.handle, {100}));
+    EXPECT_TRUE(SameAsReference(kOilPainting, source.handle, {100}));
 }
 
 TEST(OilPainting, AOneColourPictureKeepsItsColourButForTheRightColumnAndTheTopRow) {
     const Picture source = FlatPicture(40, 30, 0x123456);
     // The border is wide enough to outvote the picture at its corners, so it has the same brightness here.
-    const Picture result(ApplyOilPainting(source.handle, 250, 0x123456));
+    const Picture result = Apply(kOilPainting, source.handle, {250}, 0x123456);
     EXPECT_TRUE(SamePicture(source.handle, result.handle));
-    const Picture framed(ApplyOilPainting(source.handle, 250, 0xFFFFFF));
+    const Picture framed = Apply(kOilPainting, source.handle, {250}, 0xFFFFFF);
     for (int32_t y = 8; y < 22; ++y) EXPECT_EQ(PixelOf(framed.handle, 20, y), 0x123456u);
     for (int32_t y = 0; y < 30; ++y) EXPECT_EQ(PixelOf(framed.handle, 39, y), 0xFFFFFFu);
     for (int32_t x = 0; x < 40; ++x) EXPECT_EQ(PixelOf(framed.handle, x, 0), 0xFFFFFFu);
@@ -60,7 +59,7 @@ TEST(OilPainting, AOneColourPictureKeepsItsColourButForTheRightColumnAndTheTopRo
 
 TEST(OilPainting, AContrastingBackgroundCanWinAtTheEdges) {
     const Picture source = RandomPicture(40, 30, 9);
-    const Picture result(ApplyOilPainting(source.handle, 250, 0x00FF00));
+    const Picture result = Apply(kOilPainting, source.handle, {250}, 0x00FF00);
     EXPECT_EQ(PixelOf(result.handle, 0, 29), 0x00FF00u);
     EXPECT_EQ(PixelOf(result.handle, 2, 15), 0x00FF00u);
     EXPECT_NE(PixelOf(result.handle, 20, 15), 0x00FF00u);
@@ -68,13 +67,12 @@ TEST(OilPainting, AContrastingBackgroundCanWinAtTheEdges) {
 
 TEST(OilPainting, RefusedMemoryGivesNothingOrTheBackground) {
     const Picture background = FlatPicture(20, 15, kTestBackground);
-    ExpectRefusedMemoryIsSurvived(kOilPaintingEffect, RandomPicture(20, 15, 1).handle, {250},
-                                  background.handle);
+    ExpectRefusedMemoryIsSurvived(kOilPainting, RandomPicture(20, 15, 1).handle, {250}, background.handle);
 }
 
 TEST(OilPainting, AnySettingIsSurvived) {
-    ExpectAnyValueIsSurvived(kOilPaintingEffect, {250});
-    EXPECT_EQ(ApplyOilPainting(RandomPicture(9, 9, 1, 8).handle, 250, 0), nullptr);
+    ExpectAnyValueIsSurvived(kOilPainting, {250});
+    EXPECT_EQ(Apply(kOilPainting, RandomPicture(9, 9, 1, 8).handle, {250}, 0).handle, nullptr);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/radial_blur.h"
+#include "effects/effects.h"
 
 #include "tests/support/effect_checks.h"
 
@@ -18,29 +18,29 @@ Picture TurnedByHalf(ImageHandle source) {
 }
 
 TEST(RadialBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
-    for (const int32_t angle : {1, 5, 17, 45}) ExpectReferenceOnTrickyPictures(kRadialBlurEffect, {angle});
+    for (const int32_t angle : {1, 5, 17, 45}) ExpectReferenceOnTrickyPictures(kRadialBlur, {angle});
 }
 
 TEST(RadialBlur, EqualsItsReferenceOnALargerPicture) {
-    EXPECT_TRUE(SameAsReference(kRadialBlurEffect, ShadedPicture(301, 222, 1).handle, {5}));
-    EXPECT_TRUE(SameAsReference(kRadialBlurEffect, RandomPicture(222, 301, 2).handle, {45}));
+    EXPECT_TRUE(SameAsReference(kRadialBlur, ShadedPicture(301, 222, 1).handle, {5}));
+    EXPECT_TRUE(SameAsReference(kRadialBlur, RandomPicture(222, 301, 2).handle, {45}));
 }
 
 TEST(RadialBlur, EqualsItsReferenceBeyondThePanelsRange) {
     const Picture source = RandomPicture(50, 37, 3);
     for (const int32_t angle : {0, -1, -5, -10, -45, 90, 360, 361, -360, -400, INT32_MAX, INT32_MIN})
-        EXPECT_TRUE(SameAsReference(kRadialBlurEffect, source.handle, {angle}));
+        EXPECT_TRUE(SameAsReference(kRadialBlur, source.handle, {angle}));
 }
 
 TEST(RadialBlur, EqualsItsReferenceAtEveryDepth) {
     for (const int32_t bits : {1, 4, 8, 32})
-        EXPECT_TRUE(SameAsReference(kRadialBlurEffect, RandomPicture(29, 23, 5, bits).handle, {20}));
+        EXPECT_TRUE(SameAsReference(kRadialBlur, RandomPicture(29, 23, 5, bits).handle, {20}));
 }
 
 TEST(RadialBlur, TheCentreOfEvenSidesKeepsItsColour) {
     const Picture source = RandomPicture(40, 30, 3);
     // Whatever was blurred before: all samples of the centre are the centre.
-    EXPECT_EQ(PixelOf(Apply(kRadialBlurEffect, source.handle, {45}).handle, 20, 15),
+    EXPECT_EQ(PixelOf(Apply(kRadialBlur, source.handle, {45}).handle, 20, 15),
               PixelOf(source.handle, 20, 15));
 }
 
@@ -48,18 +48,18 @@ TEST(RadialBlur, AngleOneAveragesTwoSamplesHalfADegreeToEitherSide) {
     // On a hundred pixels half a degree never leaves the pixel, on two hundred the corner's two samples are
     // its neighbours; a third one between them would be the corner itself.
     const Picture small = RandomPicture(100, 100, 1);
-    EXPECT_TRUE(SamePicture(small.handle, Apply(kRadialBlurEffect, small.handle, {1}).handle));
+    EXPECT_TRUE(SamePicture(small.handle, Apply(kRadialBlur, small.handle, {1}).handle));
     Picture large = FlatPicture(200, 200, 0);
     {
         const ImageLock lock(large.handle);
         SetDibPixel(lock.image, 1, 0, 0xFFFFFF);
     }
-    EXPECT_EQ(PixelOf(Apply(kRadialBlurEffect, large.handle, {1}).handle, 0, 0), 0x7F7F7Fu);
+    EXPECT_EQ(PixelOf(Apply(kRadialBlur, large.handle, {1}).handle, 0, 0), 0x7F7F7Fu);
 }
 
 TEST(RadialBlur, EdgesWhoseArcsLeaveThePictureTakeOnTheBackground) {
     const Picture source = FlatPicture(60, 40, 0xFFFFFF);
-    const Picture result = Apply(kRadialBlurEffect, source.handle, {45}, 0x00FF00);
+    const Picture result = Apply(kRadialBlur, source.handle, {45}, 0x00FF00);
     const uint32_t corner = PixelOf(result.handle, 0, 0);
     EXPECT_LT(RedOf(corner), 255u);
     EXPECT_EQ(GreenOf(corner), 255u);
@@ -74,22 +74,21 @@ TEST(RadialBlur, APixelOfThirtyTwoSetBitsCountsAsOutside) {
         for (int32_t y = 0; y < 20; ++y)
             for (int32_t x = 0; x < 20; ++x) SetDibPixel(lock.image, x, y, 0xFFFFFFFF);
     }
-    const Picture result = Apply(kRadialBlurEffect, source.handle, {5}, 0x102030);
+    const Picture result = Apply(kRadialBlur, source.handle, {5}, 0x102030);
     EXPECT_EQ(PixelOf(result.handle, 10, 10), 0x102030u);
     EXPECT_EQ(PixelOf(result.handle, 3, 4), 0x102030u);
 }
 
 TEST(RadialBlur, PixelsAlreadyBlurredFeedLaterOnes) {
     const Picture source = RandomPicture(40, 40, 4);
-    const Picture straight = Apply(kRadialBlurEffect, source.handle, {30});
-    const Picture turned =
-        TurnedByHalf(Apply(kRadialBlurEffect, TurnedByHalf(source.handle).handle, {30}).handle);
+    const Picture straight = Apply(kRadialBlur, source.handle, {30});
+    const Picture turned = TurnedByHalf(Apply(kRadialBlur, TurnedByHalf(source.handle).handle, {30}).handle);
     EXPECT_FALSE(SamePicture(straight.handle, turned.handle)) << "the order of the pixels left no trace";
 }
 
 TEST(RadialBlur, AnySettingAndRefusedMemoryAreSurvived) {
-    ExpectAnyValueIsSurvived(kRadialBlurEffect, {5});
-    ExpectRefusedMemoryIsSurvived(kRadialBlurEffect, RandomPicture(50, 50, 1).handle, {5});
+    ExpectAnyValueIsSurvived(kRadialBlur, {5});
+    ExpectRefusedMemoryIsSurvived(kRadialBlur, RandomPicture(50, 50, 1).handle, {5});
 }
 
 }  // namespace

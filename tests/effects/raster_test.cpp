@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/raster.h"
+#include "effects/effects.h"
 
 #include "tests/support/effect_checks.h"
 
@@ -7,9 +7,9 @@ namespace kfx::test {
 namespace {
 
 TEST(Raster, EqualsItsReferenceOnPicturesOfAllSizes) {
-    ExpectReferenceOnTrickyPictures(kRasterEffect, {160, 1});
-    ExpectReferenceOnTrickyPictures(kRasterEffect, {255, 8});
-    ExpectReferenceOnTrickyPictures(kRasterEffect, {1, 3});
+    ExpectReferenceOnTrickyPictures(kRaster, {160, 1});
+    ExpectReferenceOnTrickyPictures(kRaster, {255, 8});
+    ExpectReferenceOnTrickyPictures(kRaster, {1, 3});
 }
 
 TEST(Raster, EqualsItsReferenceForEveryDensityAndValue) {
@@ -22,58 +22,57 @@ TEST(Raster, EqualsItsReferenceForEveryDensityAndValue) {
         }
     }
     for (int32_t density = 0; density < 256; ++density)
-        ASSERT_TRUE(SameAsReference(kRasterEffect, source.handle, {density, 1}));
+        ASSERT_TRUE(SameAsReference(kRaster, source.handle, {density, 1}));
 }
 
 TEST(Raster, EqualsItsReferenceOutsideTheSliders) {
     const Picture source = RandomPicture(37, 21, 2);
     for (const int32_t odd : {0, -1, -300, 256, 1000, INT32_MAX, INT32_MIN}) {
-        EXPECT_TRUE(SameAsReference(kRasterEffect, source.handle, {odd, 1}));
-        EXPECT_TRUE(SameAsReference(kRasterEffect, source.handle, {160, odd}));
+        EXPECT_TRUE(SameAsReference(kRaster, source.handle, {odd, 1}));
+        EXPECT_TRUE(SameAsReference(kRaster, source.handle, {160, odd}));
     }
 }
 
 TEST(Raster, FullDensityPaintsLinesInTheBackgroundColour) {
     const Picture source = RandomPicture(9, 8, 3);
-    const Picture result = Apply(kRasterEffect, source.handle, {255, 1}, 0x123456);
+    const Picture result = Apply(kRaster, source.handle, {255, 1}, 0x123456);
     for (int32_t y = 0; y < 8; ++y)
         for (int32_t x = 0; x < 9; ++x)
             EXPECT_EQ(PixelOf(result.handle, x, y), y % 2 ? PixelOf(source.handle, x, y) : 0x123456u);
 }
 
 TEST(Raster, LeastDensityHardlyChangesALine) {
-    EXPECT_EQ(PixelOf(Apply(kRasterEffect, FlatPicture(3, 1, 0xFFFFFF).handle, {1, 1}, 0).handle, 1, 0),
-              0xFEFEFEu);
+    EXPECT_EQ(PixelOf(Apply(kRaster, FlatPicture(3, 1, 0xFFFFFF).handle, {1, 1}, 0).handle, 1, 0), 0xFEFEFEu);
 }
 
 TEST(Raster, LinesAndGapsAlternateWithEqualHeightFromTheTop) {
     for (const int32_t size : {1, 3, 8}) {
-        const Picture result = Apply(kRasterEffect, FlatPicture(2, 40, 0).handle, {255, size}, 0x00FF00);
+        const Picture result = Apply(kRaster, FlatPicture(2, 40, 0).handle, {255, size}, 0x00FF00);
         for (int32_t y = 0; y < 40; ++y)
             EXPECT_EQ(PixelOf(result.handle, 0, y), y / size % 2 == 0 ? 0x00FF00u : 0u) << size << ", " << y;
     }
 }
 
 TEST(Raster, APictureOfOneRowIsALine) {
-    EXPECT_EQ(PixelOf(Apply(kRasterEffect, FlatPicture(4, 1, 0).handle, {255, 1}, 0x112233).handle, 3, 0),
+    EXPECT_EQ(PixelOf(Apply(kRaster, FlatPicture(4, 1, 0).handle, {255, 1}, 0x112233).handle, 3, 0),
               0x112233u);
 }
 
 TEST(Raster, MidGreyAtDensity160TurnsWhiteInto174) {
-    const Picture result = Apply(kRasterEffect, FlatPicture(1, 1, 0xFFFFFF).handle, {160, 1}, 0x7F7F7F);
+    const Picture result = Apply(kRaster, FlatPicture(1, 1, 0xFFFFFF).handle, {160, 1}, 0x7F7F7F);
     EXPECT_EQ(PixelOf(result.handle, 0, 0), 0xAEAEAEu);
 }
 
 TEST(Raster, LinesWithoutAHeightAreNotDrawn) {
     const Picture source = RandomPicture(6, 5, 4);
     for (const int32_t size : {0, -1, INT32_MIN})
-        EXPECT_TRUE(SamePicture(source.handle, Apply(kRasterEffect, source.handle, {160, size}).handle));
+        EXPECT_TRUE(SamePicture(source.handle, Apply(kRaster, source.handle, {160, size}).handle));
 }
 
-TEST(Raster, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kRasterEffect, {160, 1}); }
+TEST(Raster, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kRaster, {160, 1}); }
 
 TEST(Raster, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kRasterEffect, RandomPicture(9, 8, 1).handle, {160, 1});
+    ExpectRefusedMemoryIsSurvived(kRaster, RandomPicture(9, 8, 1).handle, {160, 1});
 }
 
 }  // namespace

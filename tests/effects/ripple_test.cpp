@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/ripple.h"
+#include "effects/effects.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,17 +25,17 @@ Picture ColumnPicture(int32_t width, int32_t height) {
 }
 
 TEST(Ripple, EqualsItsReferenceOnPicturesOfAllSizes) {
-    ExpectReferenceOnTrickyPictures(kRippleEffect, kBuiltIn);
-    ExpectReferenceOnTrickyPictures(kRippleEffect, {0, 200, 8000, 5000, 360, 100, 1});
-    ExpectReferenceOnTrickyPictures(kRippleEffect, {100, 100, 8000, 400, 180, 15, 0});
-    ExpectReferenceOnTrickyPictures(kRippleEffect, {37, 151, 70, 400, 0, 1, 0});
+    ExpectReferenceOnTrickyPictures(kRipple, kBuiltIn);
+    ExpectReferenceOnTrickyPictures(kRipple, {0, 200, 8000, 5000, 360, 100, 1});
+    ExpectReferenceOnTrickyPictures(kRipple, {100, 100, 8000, 400, 180, 15, 0});
+    ExpectReferenceOnTrickyPictures(kRipple, {37, 151, 70, 400, 0, 1, 0});
 }
 
 TEST(Ripple, EqualsItsReferenceAtEveryDepth) {
     for (const int32_t bits : {1, 4, 8, 32})
         for (const Size& size : {Size{17, 11}, Size{64, 9}})
-            EXPECT_TRUE(SameAsReference(kRippleEffect, RandomPicture(size.width, size.height, 3, bits).handle,
-                                        kBuiltIn));
+            EXPECT_TRUE(
+                SameAsReference(kRipple, RandomPicture(size.width, size.height, 3, bits).handle, kBuiltIn));
 }
 
 TEST(Ripple, EqualsItsReferenceOutsideTheSliders) {
@@ -44,13 +44,13 @@ TEST(Ripple, EqualsItsReferenceOutsideTheSliders) {
         for (const int32_t odd : {0, -1, -777, 100000, INT32_MAX, INT32_MIN}) {
             Values values = kBuiltIn;
             values[i] = odd;
-            EXPECT_TRUE(SameAsReference(kRippleEffect, source.handle, values)) << i;
+            EXPECT_TRUE(SameAsReference(kRipple, source.handle, values)) << i;
         }
 }
 
 TEST(Ripple, TheLeastAmplitudeMixesAPixelWithItsNeighboursOnly) {
     const Picture source = RandomPicture(30, 30, 5);
-    const Picture result = Apply(kRippleEffect, source.handle, {100, 100, 70, 1200, 180, 15, 0});
+    const Picture result = Apply(kRipple, source.handle, {100, 100, 70, 1200, 180, 15, 0});
     EXPECT_FALSE(SamePicture(source.handle, result.handle));
     for (int32_t y = 1; y < 29; ++y)
         for (int32_t x = 1; x < 29; ++x) {
@@ -69,7 +69,7 @@ TEST(Ripple, TheLeastAmplitudeMixesAPixelWithItsNeighboursOnly) {
 TEST(Ripple, EnergyMattersOnlyWhenWavesDissipate) {
     const Picture source = RandomPicture(30, 20, 6);
     const auto with = [&](int32_t energy, int32_t dissipate) {
-        return Apply(kRippleEffect, source.handle, {100, 100, 2500, 1200, 180, energy, dissipate});
+        return Apply(kRipple, source.handle, {100, 100, 2500, 1200, 180, energy, dissipate});
     };
     EXPECT_TRUE(SamePicture(with(15, 0).handle, with(90, 0).handle));
     EXPECT_FALSE(SamePicture(with(15, 1).handle, with(90, 1).handle));
@@ -78,7 +78,7 @@ TEST(Ripple, EnergyMattersOnlyWhenWavesDissipate) {
 TEST(Ripple, BeyondTheLowerRightCornersDistanceDissipatingWavesTurnOver) {
     // The centre lies half a picture below and to the right: that corner is the nearest one.
     const Picture source = ColumnPicture(100, 100);
-    const Picture result = Apply(kRippleEffect, source.handle, {200, 200, 1000, kEndless, kCrest, 100, 1});
+    const Picture result = Apply(kRipple, source.handle, {200, 200, 1000, kEndless, kCrest, 100, 1});
     const double far = std::sqrt(2 * 50.0 * 50.0);
     for (const int32_t i : {40, 60, 80}) {
         const double distance = std::sqrt(2.0) * (150 - i);
@@ -91,7 +91,7 @@ TEST(Ripple, BeyondTheLowerRightCornersDistanceDissipatingWavesTurnOver) {
 
 TEST(Ripple, CentreZeroLiesHalfAPictureToTheLeftAndAbove) {
     const Picture source = ColumnPicture(100, 60);
-    const Picture result = Apply(kRippleEffect, source.handle, {0, 0, 1000, kEndless, kCrest, 100, 1});
+    const Picture result = Apply(kRipple, source.handle, {0, 0, 1000, kEndless, kCrest, 100, 1});
     const double far = std::sqrt(90.0 * 90.0 + 150.0 * 150.0);  // to (100, 60) from (-50, -30)
     for (const int32_t x : {0, 20, 50, 80}) {
         const double shift = 10 * (1 - std::sqrt((x + 50.0) * (x + 50.0) + 35.0 * 35.0) / far);
@@ -101,29 +101,28 @@ TEST(Ripple, CentreZeroLiesHalfAPictureToTheLeftAndAbove) {
 
 TEST(Ripple, ClampedPointsAlwaysFindTheirNeighboursSoNoDarkSeamArises) {
     // A neighbour beyond the last column or row would be black, but a point there has no fraction left.
-    const Picture result = Apply(kRippleEffect, FlatPicture(50, 40, 0xFFFFFF).handle, kBuiltIn);
+    const Picture result = Apply(kRipple, FlatPicture(50, 40, 0xFFFFFF).handle, kBuiltIn);
     for (int32_t y = 0; y < 40; ++y)
         for (int32_t x = 0; x < 50; ++x)
             EXPECT_GE(RedOf(PixelOf(result.handle, x, y)), 254u) << x << ", " << y;
 }
 
 TEST(Ripple, WavesWithoutALengthLeaveThePictureAsItIs) {
-    EXPECT_EQ(Apply(kRippleEffect, RandomPicture(9, 9, 7).handle, {100, 100, 2500, 0, 180, 15, 1}).handle,
-              nullptr);
+    EXPECT_EQ(Apply(kRipple, RandomPicture(9, 9, 7).handle, {100, 100, 2500, 0, 180, 15, 1}).handle, nullptr);
 }
 
 TEST(Ripple, OneCacheServesFramesOfAllSizes) {
     for (size_t i = 0; i < kBuiltIn.size(); ++i) {
         Values others = kBuiltIn;
         others[i] = others[i] ? others[i] - 1 : 1;
-        ExpectOneCacheServesAllFrames(kRippleEffect, kBuiltIn, others);
+        ExpectOneCacheServesAllFrames(kRipple, kBuiltIn, others);
     }
 }
 
-TEST(Ripple, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kRippleEffect, kBuiltIn); }
+TEST(Ripple, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kRipple, kBuiltIn); }
 
 TEST(Ripple, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kRippleEffect, RandomPicture(9, 8, 1).handle, kBuiltIn);
+    ExpectRefusedMemoryIsSurvived(kRipple, RandomPicture(9, 8, 1).handle, kBuiltIn);
 }
 
 }  // namespace

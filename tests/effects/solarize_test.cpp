@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/solarize.h"
+#include "effects/effects.h"
 
 #include "tests/support/effect_checks.h"
 
@@ -7,17 +7,16 @@ namespace kfx::test {
 namespace {
 
 uint32_t Solarized(uint32_t color, int32_t threshold) {
-    return PixelOf(Apply(kSolarizeEffect, FlatPicture(1, 1, color).handle, {threshold}).handle, 0, 0);
+    return PixelOf(Apply(kSolarize, FlatPicture(1, 1, color).handle, {threshold}).handle, 0, 0);
 }
 
 TEST(Solarize, EqualsItsReferenceOnPicturesOfAllSizes) {
-    for (const int32_t threshold : {128, 1, 255, 77})
-        ExpectReferenceOnTrickyPictures(kSolarizeEffect, {threshold});
+    for (const int32_t threshold : {128, 1, 255, 77}) ExpectReferenceOnTrickyPictures(kSolarize, {threshold});
 }
 
 TEST(Solarize, EqualsItsReferenceOutsideTheSlider) {
     for (const int32_t threshold : {0, -1, -300, 256, 257, 1000, INT32_MAX, INT32_MIN})
-        EXPECT_TRUE(SameAsReference(kSolarizeEffect, RandomPicture(67, 5, 2).handle, {threshold}));
+        EXPECT_TRUE(SameAsReference(kSolarize, RandomPicture(67, 5, 2).handle, {threshold}));
 }
 
 TEST(Solarize, ThresholdOneTurnsOnlyZeros) {
@@ -36,15 +35,15 @@ TEST(Solarize, TheDarkSideOfTheThresholdTurns) {
 }
 
 TEST(Solarize, RowPaddingStaysZero) {
-    const Picture result = Apply(kSolarizeEffect, RandomPicture(5, 3, 3).handle, {128});
+    const Picture result = Apply(kSolarize, RandomPicture(5, 3, 3).handle, {128});
     const ImageLock lock(result.handle);
     for (int32_t r = 0; r < 3; ++r) EXPECT_EQ(StoredRow(lock.image, r)[15], 0);
 }
 
-TEST(Solarize, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kSolarizeEffect, {128}); }
+TEST(Solarize, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kSolarize, {128}); }
 
 TEST(Solarize, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kSolarizeEffect, RandomPicture(9, 8, 1).handle, {128});
+    ExpectRefusedMemoryIsSurvived(kSolarize, RandomPicture(9, 8, 1).handle, {128});
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/swirl.h"
+#include "effects/effects.h"
 
 #include <cstdlib>
 
@@ -16,12 +16,12 @@ uint32_t MeanOfFour(ImageHandle image, int32_t x, int32_t y, int shift) {
 
 TEST(Swirl, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const int32_t position : {1485, 0, 1440, 2880, 1400})
-        ExpectReferenceOnTrickyPictures(kSwirlEffect, {position});
+        ExpectReferenceOnTrickyPictures(kSwirl, {position});
 }
 
 TEST(Swirl, Position1440LeavesTheOutsideIdenticalAndBlendsTheInsideByHalfAPixel) {
     const Picture source = ShadedPicture(60, 60, 3);
-    const Picture result = Apply(kSwirlEffect, source.handle, {1440});
+    const Picture result = Apply(kSwirl, source.handle, {1440});
     for (int32_t y = 0; y < 59; ++y) {
         for (int32_t x = 0; x < 59; ++x) {
             const int32_t square = (x - 30) * (x - 30) + (y - 30) * (y - 30);
@@ -41,9 +41,9 @@ TEST(Swirl, Position1440LeavesTheOutsideIdenticalAndBlendsTheInsideByHalfAPixel)
 TEST(Swirl, BothEndsTurnFourTimesAtTheCentreInOppositeDirections) {
     // Half way out a quarter of the four turns is left, one full turn: the picture as it stands.
     const Picture source = ShadedPicture(400, 400, 5);
-    const Picture left = Apply(kSwirlEffect, source.handle, {0});
-    const Picture right = Apply(kSwirlEffect, source.handle, {2880});
-    const Picture still = Apply(kSwirlEffect, source.handle, {1440});
+    const Picture left = Apply(kSwirl, source.handle, {0});
+    const Picture right = Apply(kSwirl, source.handle, {2880});
+    const Picture still = Apply(kSwirl, source.handle, {1440});
     EXPECT_FALSE(SamePicture(left.handle, right.handle));
     for (const Picture* turned : {&left, &right}) {
         for (const int32_t x : {100, 300}) {
@@ -58,7 +58,7 @@ TEST(Swirl, BothEndsTurnFourTimesAtTheCentreInOppositeDirections) {
 
 TEST(Swirl, InASquareTheCircleTouchesAllEdgesAndTheCornersStay) {
     const Picture source = RandomPicture(64, 64, 7);
-    const Picture result = Apply(kSwirlEffect, source.handle, {1440 + 90});
+    const Picture result = Apply(kSwirl, source.handle, {1440 + 90});
     for (const int32_t x : {0, 1, 8, 55, 62, 63})
         for (const int32_t y : {0, 1, 62, 63})
             EXPECT_EQ(PixelOf(result.handle, x, y), PixelOf(source.handle, x, y)) << x << ", " << y;
@@ -70,7 +70,7 @@ TEST(Swirl, InASquareTheCircleTouchesAllEdgesAndTheCornersStay) {
 
 TEST(Swirl, InAWidePictureTheEllipseTouchesAllEdges) {
     const Picture source = RandomPicture(200, 100, 8);
-    const Picture result = Apply(kSwirlEffect, source.handle, {1440 + 90});
+    const Picture result = Apply(kSwirl, source.handle, {1440 + 90});
     EXPECT_EQ(PixelOf(result.handle, 2, 2), PixelOf(source.handle, 2, 2));
     EXPECT_EQ(PixelOf(result.handle, 20, 15), PixelOf(source.handle, 20, 15));
     EXPECT_EQ(PixelOf(result.handle, 0, 50), PixelOf(source.handle, 0, 50));  // on the rim
@@ -82,19 +82,19 @@ TEST(Swirl, InAWidePictureTheEllipseTouchesAllEdges) {
 
 TEST(Swirl, APositionOutsideTheSliderTurnsFartherAndWrapsIn32Bits) {
     for (const int32_t position : {-100000, 100000, INT32_MAX, INT32_MIN, INT32_MIN + 1439})
-        EXPECT_TRUE(SameAsReference(kSwirlEffect, ShadedPicture(31, 20, 9).handle, {position}));
+        EXPECT_TRUE(SameAsReference(kSwirl, ShadedPicture(31, 20, 9).handle, {position}));
 }
 
-TEST(Swirl, OneCacheServesFramesOfAllSizes) { ExpectOneCacheServesAllFrames(kSwirlEffect, {1485}, {1500}); }
+TEST(Swirl, OneCacheServesFramesOfAllSizes) { ExpectOneCacheServesAllFrames(kSwirl, {1485}, {1500}); }
 
-TEST(Swirl, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kSwirlEffect, {1485}); }
+TEST(Swirl, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kSwirl, {1485}); }
 
 TEST(Swirl, RefusedMemoryIsSurvived) {
-    ExpectRefusedMemoryIsSurvived(kSwirlEffect, RandomPicture(9, 8, 1).handle, {1485});
+    ExpectRefusedMemoryIsSurvived(kSwirl, RandomPicture(9, 8, 1).handle, {1485});
 }
 
 TEST(Swirl, AnotherDepthThan24BitsIsLeftAlone) {
-    EXPECT_EQ(Apply(kSwirlEffect, RandomPicture(9, 8, 1, 8).handle, {1485}).handle, nullptr);
+    EXPECT_EQ(Apply(kSwirl, RandomPicture(9, 8, 1, 8).handle, {1485}).handle, nullptr);
 }
 
 }  // namespace

@@ -124,7 +124,7 @@ struct SettingsScope {
     ~SettingsScope() { settings = Settings(); }
 };
 
-std::vector<std::string> HashesOfBuild(const EffectRecord& effect, const Case& current) {
+std::vector<std::string> HashesOfBuild(const Effect& effect, const Case& current) {
     const SettingsScope scope(current);
     // Water Drops takes its seed from the clock.
     if (current.seed != "-") HoldClock(static_cast<uint32_t>(std::stoul(current.seed)));
@@ -149,7 +149,7 @@ std::vector<std::string> HashesOfBuild(const EffectRecord& effect, const Case& c
 class EffectVectors : public ::testing::TestWithParam<size_t> {};
 
 TEST_P(EffectVectors, BuildGivesTheIndependentlyComputedFrames) {
-    const EffectRecord& effect = *EffectAt(GetParam());
+    const Effect& effect = *EffectAt(GetParam());
     size_t builds = 0;
     for (const Case& current : ReadCases()) {
         if (current.effect != effect.name) continue;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/water_drops.h"
+#include "effects/effects.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -35,7 +35,7 @@ struct Offsets {
 
 Offsets OffsetsOf(int32_t aperture) {
     const HeldClock clock(12345);
-    const Picture result = Apply(kWaterDropsEffect, CoordinatePicture(200, 200).handle, {aperture});
+    const Picture result = Apply(kWaterDrops, CoordinatePicture(200, 200).handle, {aperture});
     Offsets offsets;
     for (int32_t y = 10; y < 190; ++y)
         for (int32_t x = 10; x < 190; ++x) {
@@ -52,7 +52,7 @@ Offsets OffsetsOf(int32_t aperture) {
 TEST(WaterDrops, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const int32_t aperture : {3, 4, 5, 12}) {
         const HeldClock clock(1700000000u + static_cast<uint32_t>(aperture));
-        ExpectReferenceOnTrickyPictures(kWaterDropsEffect, {aperture});
+        ExpectReferenceOnTrickyPictures(kWaterDrops, {aperture});
     }
 }
 
@@ -60,8 +60,8 @@ TEST(WaterDrops, EqualsItsReferenceAtEveryDepth) {
     const HeldClock clock(99);
     for (const int32_t bits : {1, 4, 8, 32})
         for (const Size& size : {Size{17, 11}, Size{64, 9}, Size{1, 20}})
-            EXPECT_TRUE(SameAsReference(kWaterDropsEffect,
-                                        RandomPicture(size.width, size.height, 3, bits).handle, {5}));
+            EXPECT_TRUE(
+                SameAsReference(kWaterDrops, RandomPicture(size.width, size.height, 3, bits).handle, {5}));
 }
 
 TEST(WaterDrops, EqualsItsReferenceForEveryApertureOutsideTheSlider) {
@@ -70,7 +70,7 @@ TEST(WaterDrops, EqualsItsReferenceForEveryApertureOutsideTheSlider) {
     for (const int32_t aperture :
          {-5, 0,  1,  2,  6,   7,    8,     9,     10,    11,    13,    14,      15,       16,
           17, 31, 32, 33, 100, 1023, 16384, 32767, 32768, 32769, 65537, 1000000, INT32_MAX})
-        EXPECT_TRUE(SameAsReference(kWaterDropsEffect, source.handle, {aperture}));
+        EXPECT_TRUE(SameAsReference(kWaterDrops, source.handle, {aperture}));
 }
 
 TEST(WaterDrops, OddAperturesScatterEvenlyAndEvenOnesLeanToTheLeftAndUp) {
@@ -86,7 +86,7 @@ TEST(WaterDrops, OddAperturesScatterEvenlyAndEvenOnesLeanToTheLeftAndUp) {
 
 TEST(WaterDrops, PixelsWhoseSourceLiesOutsideKeepTheirValueAndNeverTurnBlack) {
     const HeldClock clock(4);
-    const Picture result = Apply(kWaterDropsEffect, CoordinatePicture(20, 20).handle, {12});
+    const Picture result = Apply(kWaterDrops, CoordinatePicture(20, 20).handle, {12});
     int32_t kept = 0;
     for (int32_t y = 0; y < 20; ++y)
         for (int32_t x = 0; x < 20; ++x) {
@@ -101,23 +101,23 @@ TEST(WaterDrops, InAColumnOfOnePixelOnlySidewaysSourcesAreReplaced) {
     // Sources above and below still count, so a picture of one column is scattered, too; one pixel cannot be.
     const HeldClock clock(5);
     const Picture column = CoordinatePicture(1, 60);
-    const Picture scattered = Apply(kWaterDropsEffect, column.handle, {5});
+    const Picture scattered = Apply(kWaterDrops, column.handle, {5});
     EXPECT_FALSE(SamePicture(column.handle, scattered.handle));
     for (int32_t y = 0; y < 60; ++y) {
         const auto from = static_cast<int32_t>(GreenOf(PixelOf(scattered.handle, 0, y)));
         EXPECT_LE(std::abs(from - y), 2);
     }
     const Picture pixel = CoordinatePicture(1, 1);
-    EXPECT_TRUE(SamePicture(pixel.handle, Apply(kWaterDropsEffect, pixel.handle, {5}).handle));
+    EXPECT_TRUE(SamePicture(pixel.handle, Apply(kWaterDrops, pixel.handle, {5}).handle));
 }
 
 TEST(WaterDrops, FramesOfOneSecondScatterAlikeAndOthersDoNot) {
     const Picture source = RandomPicture(50, 20, 6);
     HoldClock(1000);
-    const Picture first = Apply(kWaterDropsEffect, source.handle, {5});
-    const Picture second = Apply(kWaterDropsEffect, source.handle, {5});
+    const Picture first = Apply(kWaterDrops, source.handle, {5});
+    const Picture second = Apply(kWaterDrops, source.handle, {5});
     HoldClock(1001);  // a build may run across a second: its frames then have the new second's pattern
-    const Picture later = Apply(kWaterDropsEffect, source.handle, {5});
+    const Picture later = Apply(kWaterDrops, source.handle, {5});
     ReleaseClock();
     EXPECT_TRUE(SamePicture(first.handle, second.handle));
     EXPECT_FALSE(SamePicture(first.handle, later.handle));
@@ -132,20 +132,20 @@ TEST(WaterDrops, A32BitPixelWithAllBitsSetCountsAsOutside) {
             for (int32_t x = 0; x < 30; ++x)
                 SetDibPixel(lock.image, x, y, (x + y) % 2 ? 0xFFFFFFFF : static_cast<uint32_t>(x << 8 | y));
     }
-    const Picture result = Apply(kWaterDropsEffect, source.handle, {5});
+    const Picture result = Apply(kWaterDrops, source.handle, {5});
     for (int32_t y = 0; y < 30; ++y)
         for (int32_t x = 0; x < 30; ++x)
             if ((x + y) % 2 == 0) {
                 EXPECT_NE(PixelOf(result.handle, x, y), 0xFFFFFFFF) << x << ", " << y;
             }
-    EXPECT_TRUE(SameAsReference(kWaterDropsEffect, source.handle, {5}));
+    EXPECT_TRUE(SameAsReference(kWaterDrops, source.handle, {5}));
 }
 
-TEST(WaterDrops, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kWaterDropsEffect, {5}); }
+TEST(WaterDrops, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kWaterDrops, {5}); }
 
 TEST(WaterDrops, RefusedMemoryIsSurvived) {
     const HeldClock clock(9);
-    ExpectRefusedMemoryIsSurvived(kWaterDropsEffect, RandomPicture(9, 8, 1).handle, {5});
+    ExpectRefusedMemoryIsSurvived(kWaterDrops, RandomPicture(9, 8, 1).handle, {5});
 }
 
 TEST(Random, TheSequenceOfSeedOneIsTheWindowsRuntimes) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "effects/zoom_blur.h"
+#include "effects/effects.h"
 
 #include "tests/support/effect_checks.h"
 
@@ -8,27 +8,26 @@ namespace {
 
 TEST(ZoomBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const Values& values : {Values{240, 8}, Values{100, 4}, Values{240, 40}, Values{1000, 40}})
-        ExpectReferenceOnTrickyPictures(kZoomBlurEffect, values);
+        ExpectReferenceOnTrickyPictures(kZoomBlur, values);
 }
 
 TEST(ZoomBlur, EqualsItsReferenceBeyondThePanelsRange) {
     const Picture source = RandomPicture(50, 37, 3);
     for (const int32_t displacement : {0, 1, -240, 50000, INT32_MAX, INT32_MIN})
         for (const int32_t cycles : {-3, 0, 1, 2, 9, 255, 256, 300})
-            EXPECT_TRUE(SameAsReference(kZoomBlurEffect, source.handle, {displacement, cycles}));
+            EXPECT_TRUE(SameAsReference(kZoomBlur, source.handle, {displacement, cycles}));
 }
 
 TEST(ZoomBlur, EqualsItsReferenceAtEveryDepth) {
     for (const int32_t bits : {1, 4, 8, 32})
         for (const int32_t cycles : {0, 8})
-            EXPECT_TRUE(
-                SameAsReference(kZoomBlurEffect, RandomPicture(29, 23, 5, bits).handle, {240, cycles}));
+            EXPECT_TRUE(SameAsReference(kZoomBlur, RandomPicture(29, 23, 5, bits).handle, {240, cycles}));
 }
 
 TEST(ZoomBlur, TheCentreIsNeverChanged) {
     const Picture source = RandomPicture(40, 31, 7);
     for (const Values& values : {Values{240, 8}, Values{1000, 40}})
-        EXPECT_EQ(PixelOf(Apply(kZoomBlurEffect, source.handle, values).handle, 20, 15),
+        EXPECT_EQ(PixelOf(Apply(kZoomBlur, source.handle, values).handle, 20, 15),
                   PixelOf(source.handle, 20, 15));
 }
 
@@ -36,8 +35,8 @@ TEST(ZoomBlur, SamplingEndsOnceMirroredSamplesLeaveThePicture) {
     // Each step is 10 percent: from the 12th sample on they lie beyond the centre, and the corner's leave the
     // picture.
     const Picture source = RandomPicture(40, 30, 7);
-    const Picture all = Apply(kZoomBlurEffect, source.handle, {1000, 40});
-    const Picture first21 = Apply(kZoomBlurEffect, source.handle, {1000, 21});
+    const Picture all = Apply(kZoomBlur, source.handle, {1000, 40});
+    const Picture first21 = Apply(kZoomBlur, source.handle, {1000, 21});
     EXPECT_EQ(PixelOf(all.handle, 0, 0), PixelOf(first21.handle, 0, 0));
     EXPECT_NE(PixelOf(all.handle, 15, 12), PixelOf(first21.handle, 15, 12));
 }
@@ -49,20 +48,20 @@ TEST(ZoomBlur, NoSampleIsLostBeforeTheScaleTurnsNegative) {
         const ImageLock lock(source.handle);
         SetDibPixel(lock.image, 20, 15, 0xFFFFFF);
     }
-    const Picture result = Apply(kZoomBlurEffect, source.handle, {1000, 11});
+    const Picture result = Apply(kZoomBlur, source.handle, {1000, 11});
     for (int32_t y = 0; y < 30; ++y)
         for (int32_t x = 0; x < 40; ++x)
             EXPECT_GE(RedOf(PixelOf(result.handle, x, y)), 255u / 11) << x << "," << y;
 }
 
 TEST(ZoomBlur, OneCacheServesFramesOfAllSizes) {
-    ExpectOneCacheServesAllFrames(kZoomBlurEffect, {240, 8}, {250, 8});
-    ExpectOneCacheServesAllFrames(kZoomBlurEffect, {240, 8}, {240, 9});
+    ExpectOneCacheServesAllFrames(kZoomBlur, {240, 8}, {250, 8});
+    ExpectOneCacheServesAllFrames(kZoomBlur, {240, 8}, {240, 9});
 }
 
 TEST(ZoomBlur, AnySettingAndRefusedMemoryAreSurvived) {
-    ExpectAnyValueIsSurvived(kZoomBlurEffect, {240, 8});
-    ExpectRefusedMemoryIsSurvived(kZoomBlurEffect, RandomPicture(50, 50, 1).handle, {240, 8});
+    ExpectAnyValueIsSurvived(kZoomBlur, {240, 8});
+    ExpectRefusedMemoryIsSurvived(kZoomBlur, RandomPicture(50, 50, 1).handle, {240, 8});
 }
 
 }  // namespace

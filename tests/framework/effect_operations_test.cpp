@@ -35,10 +35,11 @@ ImageHandle Shrink(ImageHandle, const KernelInput& input) {
 ImageHandle AnswerNone(ImageHandle, const KernelInput&) { return nullptr; }
 
 int32_t sliderVariable = 70;
-constexpr EffectControl kSlider[] = {{ControlKind::Slider, 100, &sliderVariable, "4,45,5"}};
-constexpr uint32_t kNoIds[] = {0};
+constexpr auto kSlider = MakeControls({{ControlKind::Slider, 100, &sliderVariable, "4,45,5"}});
 
-EffectRecord MakeEffect(EffectKernel kernel) { return {"Test", 7400, kNoIds, kSlider, 1, kernel, nullptr}; }
+Effect MakeEffect(EffectKernel kernel) {
+    return {.name = "Test", .panel = 7400, .controls = kSlider, .apply = kernel};
+}
 
 class EffectOperations : public testing::Test {
 protected:
@@ -160,7 +161,7 @@ constexpr GatheringPasses kPasses = {
 TEST_F(EffectOperations, a_gathering_build_sees_all_frames_first_and_counts_both_passes) {
     HoldSource(3);
     gathered = appliedAfter = released = 0;
-    EffectRecord effect = MakeEffect(AnswerNone);
+    Effect effect = MakeEffect(AnswerNone);
     effect.gathering = &kPasses;
     EXPECT_EQ(BuildEffect(effect, &context), 1);
     EXPECT_EQ(appliedAfter, 3);
@@ -173,7 +174,7 @@ TEST_F(EffectOperations, a_build_gathers_only_when_the_settings_ask_for_it) {
     HoldSource(2);
     gathered = 0;
     sliderVariable = 10;
-    EffectRecord effect = MakeEffect(Shrink);
+    Effect effect = MakeEffect(Shrink);
     effect.gathering = &kPasses;
     BuildEffect(effect, &context);
     sliderVariable = 70;

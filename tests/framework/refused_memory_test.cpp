@@ -160,10 +160,9 @@ constexpr GatheringPasses kPasses = {[](const KernelInput&) { return gatheringWa
                                          return CreateDib(2, 1, nullptr, 24);
                                      },
                                      [](uint64_t[2]) { unreleased -= gatheredFrames != 0; }};
-constexpr uint32_t kNoIds[] = {0};
 
 TEST(RefusedMemory, an_effect_fails_by_every_refusal_outside_its_kernel_and_releases_what_it_gathered) {
-    const EffectRecord effect = {"Test", 7400, kNoIds, nullptr, 0, Shrink, &kPasses};
+    const Effect effect = {.name = "Test", .apply = Shrink, .gathering = &kPasses};
     const Picture picture = RandomPicture(5, 3, 1, 8);
     const BlockFrame frame = {BytesOf(picture.handle), {}};
     settings.localBackgroundUse = 0;

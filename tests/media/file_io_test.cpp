@@ -8,6 +8,7 @@
 
 #include "media/animation.h"
 #include "media/animation_writer.h"
+#include "media/utf8_path.h"
 #include "tests/media/gif_builder.h"
 
 #ifdef _WIN32
@@ -50,7 +51,7 @@ struct Folder {
         std::error_code ignored;
         fs::remove_all(path, ignored);
     }
-    std::string File(const std::string& name) const { return path.u8string() + "/" + name; }
+    std::string File(const std::string& name) const { return Utf8Of(path) + "/" + name; }
     std::size_t Count() const {
         return static_cast<std::size_t>(
             std::distance(fs::directory_iterator(path), fs::directory_iterator()));
@@ -84,7 +85,7 @@ TEST(FileIo, NamesAreUtf8) {
         "bung \xE2\x82\xAC \xE9\xB3\xA5.gif";
     ASSERT_TRUE(WriteWholeFile(folder.File(name), {1, 2, 3}, &error)) << error;
     EXPECT_EQ(ContentOf(folder.File(name)), (Bytes{1, 2, 3}));
-    EXPECT_TRUE(fs::exists(folder.path / fs::u8path(name)));
+    EXPECT_TRUE(fs::exists(folder.path / PathOf(name)));
 }
 
 TEST(FileIo, AMissingFileIsNamedInTheError) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/reference/bump_reference.h"
+#include "tests/reference/reference_table.h"
 
 #include <algorithm>
 

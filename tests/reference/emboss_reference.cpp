@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/reference/emboss_reference.h"
+#include "tests/reference/reference_table.h"
 
 #include <vector>
 

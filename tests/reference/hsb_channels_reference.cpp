@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/reference/hsb_channels_reference.h"
+#include "tests/reference/reference_table.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/reference/radial_blur_reference.h"
+#include "tests/reference/reference_table.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,27 +3,6 @@
 
 #include <cstring>
 
-#include "tests/reference/bump_reference.h"
-#include "tests/reference/emboss_reference.h"
-#include "tests/reference/explode_reference.h"
-#include "tests/reference/gaussian_blur_reference.h"
-#include "tests/reference/glass_block_reference.h"
-#include "tests/reference/hsb_channels_reference.h"
-#include "tests/reference/implode_reference.h"
-#include "tests/reference/lens_flare_reference.h"
-#include "tests/reference/motion_blur_reference.h"
-#include "tests/reference/neon_reference.h"
-#include "tests/reference/normalize_reference.h"
-#include "tests/reference/obscure_reference.h"
-#include "tests/reference/oil_painting_reference.h"
-#include "tests/reference/radial_blur_reference.h"
-#include "tests/reference/raster_reference.h"
-#include "tests/reference/ripple_reference.h"
-#include "tests/reference/solarize_reference.h"
-#include "tests/reference/swirl_reference.h"
-#include "tests/reference/water_drops_reference.h"
-#include "tests/reference/zoom_blur_reference.h"
-
 namespace kfx::test {
 namespace {
 

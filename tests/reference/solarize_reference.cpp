@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/reference/solarize_reference.h"
+#include "tests/reference/reference_table.h"
 
 #include "framework/memory_guards.h"
 

@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "effects/emboss.h"
-#include "effects/swirl.h"
+#include "effects/effects.h"
 #include "framework/working_image.h"
 #include "tests/stage/stage_process.h"
 #include "tests/stage/test_animations.h"
@@ -71,7 +70,10 @@ TEST(Apply, TrueColourFramesAreTheKernelsBytes) {
     const Animation source = ReadBack(folder.path + "in.gif");
     const Animation result = ReadBack(folder.path + "out.webp");
     ASSERT_EQ(result.frames.size(), source.frames.size());
-    const auto emboss = [](ImageHandle image) { return ApplyEmboss(image, 9, 20); };
+    const auto emboss = [](ImageHandle image) {
+        KernelCache cache;
+        return kEmboss.apply(image, {.values = {9, 20}, .background = 0, .cache = &cache});
+    };
     for (size_t i = 0; i < source.frames.size(); ++i) {
         EXPECT_EQ(result.frames[i].pixels, Under(emboss, source, source.frames[i])) << "frame " << i;
     }
@@ -173,7 +175,7 @@ TEST(Apply, EveryKindOfParameterIsSetAsTheWindowShowsIt) {
                        {"--effect", "Swirl", "--set", "Angle=-90"}));
     const auto swirl = [](ImageHandle image) {
         KernelCache cache;
-        return ApplySwirl(image, 1440 - 90, 0x7F7F7F, &cache);
+        return kSwirl.apply(image, {.values = {1440 - 90}, .background = 0x7F7F7F, .cache = &cache});
     };
     EXPECT_EQ(ReadBack(folder.path + "swirl.webp").frames[0].pixels, Under(swirl, source, source.frames[0]));
 }

@@ -21,7 +21,7 @@ struct Avx2Scope {
     Avx2Scope& operator=(const Avx2Scope&) = delete;
 };
 
-std::string Describe(const EffectRecord& effect, ImageHandle source, const Values& values) {
+std::string Describe(const Effect& effect, ImageHandle source, const Values& values) {
     std::string text = effect.name;
     for (const int32_t value : values) text += " " + std::to_string(value);
     const ImageLock lock(source);
@@ -39,13 +39,13 @@ KernelInput MakeInput(const Values& values, uint32_t background, KernelCache* ca
     return input;
 }
 
-Picture Apply(const EffectRecord& effect, ImageHandle source, const Values& values, uint32_t background) {
+Picture Apply(const Effect& effect, ImageHandle source, const Values& values, uint32_t background) {
     KernelCache cache;
-    return Picture(effect.kernel(source, MakeInput(values, background, &cache)));
+    return Picture(effect.apply(source, MakeInput(values, background, &cache)));
 }
 
-::testing::AssertionResult SameAsReference(const EffectRecord& effect, ImageHandle source,
-                                           const Values& values, uint32_t background) {
+::testing::AssertionResult SameAsReference(const Effect& effect, ImageHandle source, const Values& values,
+                                           uint32_t background) {
     const EffectKernel reference = ReferenceOf(effect.name);
     if (!reference) return ::testing::AssertionFailure() << effect.name << " has no reference";
     KernelCache unused;
@@ -55,7 +55,7 @@ Picture Apply(const EffectRecord& effect, ImageHandle source, const Values& valu
         const Avx2Scope scope(avx2);
         KernelCache cache;
         for (int frame = 0; frame < 2; ++frame) {
-            const Picture actual(effect.kernel(source, MakeInput(values, background, &cache)));
+            const Picture actual(effect.apply(source, MakeInput(values, background, &cache)));
             const ::testing::AssertionResult same = SamePicture(expected.handle, actual.handle);
             if (!same)
                 return ::testing::AssertionFailure()
@@ -69,7 +69,7 @@ Picture Apply(const EffectRecord& effect, ImageHandle source, const Values& valu
     return ::testing::AssertionSuccess();
 }
 
-void ExpectReferenceOnTrickyPictures(const EffectRecord& effect, const Values& values) {
+void ExpectReferenceOnTrickyPictures(const Effect& effect, const Values& values) {
     uint32_t seed = 1;
     for (const Size& size : TrickySizes()) {
         EXPECT_TRUE(SameAsReference(effect, RandomPicture(size.width, size.height, seed++).handle, values));
@@ -77,7 +77,7 @@ void ExpectReferenceOnTrickyPictures(const EffectRecord& effect, const Values& v
     }
 }
 
-void ExpectOneCacheServesAllFrames(const EffectRecord& effect, const Values& values, const Values& others) {
+void ExpectOneCacheServesAllFrames(const Effect& effect, const Values& values, const Values& others) {
     struct Frame {
         Size size;
         const Values* values;
@@ -90,16 +90,16 @@ void ExpectOneCacheServesAllFrames(const EffectRecord& effect, const Values& val
     uint32_t seed = 1;
     for (const Frame& frame : frames) {
         const Picture source = RandomPicture(frame.size.width, frame.size.height, seed++);
-        const Picture actual(effect.kernel(source.handle, MakeInput(*frame.values, kTestBackground, &cache)));
+        const Picture actual(effect.apply(source.handle, MakeInput(*frame.values, kTestBackground, &cache)));
         EXPECT_TRUE(SamePicture(Apply(effect, source.handle, *frame.values).handle, actual.handle))
             << Describe(effect, source.handle, *frame.values);
     }
 }
 
 #ifdef _WIN32
-void ExpectRefusedMemoryIsSurvived(const EffectRecord&, ImageHandle, const Values&, ImageHandle) {}
+void ExpectRefusedMemoryIsSurvived(const Effect&, ImageHandle, const Values&, ImageHandle) {}
 #else
-void ExpectRefusedMemoryIsSurvived(const EffectRecord& effect, ImageHandle source, const Values& values,
+void ExpectRefusedMemoryIsSurvived(const Effect& effect, ImageHandle source, const Values& values,
                                    ImageHandle fallback) {
     const Picture expected = Apply(effect, source, values);
     const size_t blocks = CountMemory().liveBlocks;
@@ -120,7 +120,7 @@ void ExpectRefusedMemoryIsSurvived(const EffectRecord& effect, ImageHandle sourc
 }
 #endif
 
-void ExpectAnyValueIsSurvived(const EffectRecord& effect, const Values& values) {
+void ExpectAnyValueIsSurvived(const Effect& effect, const Values& values) {
     const int32_t kOdd[] = {0,    1,      2,       -1,          -2,      -15,        -1000,
                             1000, 100000, INT_MAX, INT_MAX - 1, INT_MIN, INT_MIN + 1};
     const Picture sources[] = {RandomPicture(9, 7, 1), RandomPicture(1, 1, 2), RandomPicture(40, 21, 3)};

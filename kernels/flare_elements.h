@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
+// The parts of a lens flare: the glows of the light, and its reflections on the line through the picture's
+// centre.
 #pragma once
 
-#include "framework/effect_record.h"
 #include "kernels/flare_painter.h"
 
 namespace kfx {
@@ -21,12 +22,8 @@ constexpr int32_t kFlareElements = 19;
 void BuildFlareElements(int32_t lightX, int32_t lightY, int32_t width, int32_t height, double scale,
                         FlareElement elements[kFlareElements]);
 
-// Paints the flare of a light in a camera's lens. The light stands at `centerX` and `centerY` percent of
-// width and height; `intensity` is the flare's scale in percent of the longer side; a scale below one pixel
-// paints nothing. Any depth, though only 24 and 32 bits look like anything. A new image, or null when memory
-// ran out.
-ImageHandle ApplyLensFlare(ImageHandle source, int32_t centerX, int32_t centerY, int32_t intensity);
-
-extern const EffectRecord kLensFlareEffect;
+// Paints the glows and then the elements of a light at a column and row, possibly outside the picture, onto
+// an image of any depth. `scale` in pixels; `strengths` has room for a row.
+void PaintFlare(WorkingImage* image, int32_t lightX, int32_t lightY, double scale, float* strengths);
 
 }  // namespace kfx
