@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "builder/color_index.h"
 #include "framework/working_image.h"
+#include "kernels/color_index.h"
 
 namespace kfx {
 
@@ -33,23 +33,5 @@ ImageHandle DitherRemap(ImageHandle source, RemapTarget* target);
 // The target's colour index, made ready for an image of that bit count: indices always fit its pixels. Null:
 // memory ran out.
 ColorIndex* IndexFor(RemapTarget* target, int32_t imageBitCount);
-
-// Writes the palette index of column x into a zeroed row.
-template <int kBits>
-inline void PutIndex(uint8_t* row, int32_t x, uint32_t index) {
-    if constexpr (kBits == 8)
-        row[x] = static_cast<uint8_t>(index);
-    else if constexpr (kBits == 4)
-        row[x >> 1] |= static_cast<uint8_t>(x & 1 ? index : index << 4);
-    else
-        row[x >> 3] |= static_cast<uint8_t>(index << (7 - (x & 7)));
-}
-
-// The index in column x of a row of 1, 4 or 8 bits.
-inline uint8_t GetIndex(const uint8_t* row, int32_t bitCount, int32_t x) {
-    if (bitCount == 8) return row[x];
-    if (bitCount == 4) return static_cast<uint8_t>(x & 1 ? row[x >> 1] & 15 : row[x >> 1] >> 4);
-    return static_cast<uint8_t>(row[x >> 3] >> (7 - (x & 7)) & 1);
-}
 
 }  // namespace kfx

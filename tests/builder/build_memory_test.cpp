@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "builder/build_driver.h"
-#include "builder/color_index.h"
 #include "builder/remap.h"
 #include "framework/movable_memory_native.h"
 #include "framework/source_animation.h"
+#include "kernels/color_index.h"
 #include "tests/builder/recording_host.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"

@@ -5,18 +5,11 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "framework/random.h"
 #include "tests/support/effect_checks.h"
+#include "tests/support/held_clock.h"
 
 namespace kfx::test {
 namespace {
-
-struct HeldClock {
-    explicit HeldClock(uint32_t seconds) { HoldClock(seconds); }
-    ~HeldClock() { ReleaseClock(); }
-    HeldClock(const HeldClock&) = delete;
-    HeldClock& operator=(const HeldClock&) = delete;
-};
 
 // Red is the column, green the row.
 Picture CoordinatePicture(int32_t width, int32_t height) {
@@ -146,53 +139,6 @@ TEST(WaterDrops, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kWaterDrops, {5}
 TEST(WaterDrops, RefusedMemoryIsSurvived) {
     const HeldClock clock(9);
     ExpectRefusedMemoryIsSurvived(kWaterDrops, RandomPicture(9, 8, 1).handle, {5});
-}
-
-TEST(Random, TheSequenceOfSeedOneIsTheWindowsRuntimes) {
-    RandomSequence sequence = SeedRandom(1);
-    uint16_t numbers[5];
-    NextRandoms(&sequence, numbers, 5);
-    const uint16_t expected[] = {41, 18467, 6334, 26500, 19169};
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(numbers[i], expected[i]);
-}
-
-#ifdef _WIN32
-TEST(Random, TheComputedSequenceIsTheRuntimesOwn) {
-    for (const uint32_t seed : {0u, 1u, 77u, 0x80000000u, 0xFFFFFFFFu}) {
-        uint16_t computed[1000], called[1000];
-        RandomSequence sequence = SeedRandom(seed);
-        ASSERT_TRUE(sequence.computed);
-        NextRandoms(&sequence, computed, 1000);
-        sequence = SeedRandom(seed);
-        sequence.computed = false;
-        NextRandoms(&sequence, called, 1000);
-        for (int i = 0; i < 1000; ++i) ASSERT_EQ(computed[i], called[i]) << seed << ", " << i;
-    }
-}
-#endif
-
-TEST(Random, AnyLengthsAskedForGiveOneSequence) {
-    for (const uint32_t seed : {0u, 1u, 77u, 0x80000000u, 0xFFFFFFFFu}) {
-        RandomSequence whole = SeedRandom(seed);
-        uint16_t numbers[400];
-        NextRandoms(&whole, numbers, 400);
-        RandomSequence pieces = SeedRandom(seed);
-        size_t at = 0;
-        for (size_t length = 0; at + length <= 400; at += length++) {
-            uint16_t piece[64];
-            NextRandoms(&pieces, piece, length);
-            for (size_t i = 0; i < length; ++i)
-                ASSERT_EQ(piece[i], numbers[at + i]) << seed << ", " << at + i;
-        }
-    }
-}
-
-TEST(Random, TheClockTellsTheTimeUnlessItIsHeld) {
-    const auto before = static_cast<uint32_t>(std::time(nullptr));
-    const uint32_t now = ClockSeconds();
-    EXPECT_LE(now - before, 60u);
-    const HeldClock clock(42);
-    EXPECT_EQ(ClockSeconds(), 42u);
 }
 
 }  // namespace

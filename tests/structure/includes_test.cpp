@@ -22,7 +22,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"framework", {"host", "resources"}},
     {"kernels", {"framework"}},
     {"effects", {"framework", "kernels", "resources"}},
-    {"builder", {"framework", "host", "resources"}},
+    {"builder", {"framework", "host", "kernels", "resources"}},
     {"documents", {"framework", "resources"}},
     {"window", {"builder", "documents", "effects", "framework", "host", "resources"}},
     {kEntryPoints, {"host", "resources", "window"}},

@@ -50,6 +50,15 @@ TEST(Sources, HoldNoTabsAndNoTrailingSpaces) {
     }
 }
 
+// Whoever looks for hand-written vector instructions finds them in one place; the lanes of the elementary
+// functions stand with these. Elsewhere a loop is compiled twice with Fastest().
+TEST(Sources, KeepIntrinsicsInKernels) {
+    for (const auto& [path, source] : ReadSourceTree()) {
+        if (TopFolder(path) == "kernels" || path == "framework/math/lanes.h") continue;
+        for (const auto& include : source.systemIncludes) EXPECT_NE(include, "immintrin.h") << path;
+    }
+}
+
 // A library's last bit differs from compiler to compiler, and from thread to thread where it computes with
 // x87 code; framework/math/elementary.h has functions whose does not. Square roots and roundings are exact
 // anywhere.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "builder/color_index.h"
+#include "kernels/color_index.h"
 
 #include <algorithm>
 #include <cstring>
@@ -169,10 +169,6 @@ KFX_INLINE void FindAnswersOf(ColorIndex* index, uint32_t place) {
         FindNearest(index, place);
 }
 
-#if KFX_HAS_AVX2
-KFX_AVX2 void FindAnswersAvx2(ColorIndex* index, uint32_t place) { FindAnswersOf(index, place); }
-#endif
-
 bool SamePalette(const ColorIndex& index, const uint8_t* palette, int32_t count) {
     if (index.count != count) return false;
     for (int32_t i = 0; i < count; ++i, palette += 3)
@@ -213,11 +209,6 @@ bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count,
     return true;
 }
 
-void FindAnswers(ColorIndex* index, uint32_t place) {
-#if KFX_HAS_AVX2
-    if (UseAvx2()) return FindAnswersAvx2(index, place);
-#endif
-    FindAnswersOf(index, place);
-}
+void FindAnswers(ColorIndex* index, uint32_t place) { Fastest<FindAnswersOf>()(index, place); }
 
 }  // namespace kfx
