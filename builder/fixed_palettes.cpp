@@ -92,7 +92,7 @@ struct PaletteSize {
 
 constexpr PaletteSize kSizes[] = {{2, 1},   {16, 4},  {32, 5},  {64, 6},  {128, 7},
                                   {216, 8}, {256, 8}, {256, 8}, {256, 8}, {8, 3}};
-constexpr int32_t kDefaultChoice = 6;
+constexpr int32_t kDefaultChoice = kOrthogonal256;
 
 void Fill(uint8_t* palette, int32_t choice) {
     std::memset(palette, 0, kPaletteBytes);
@@ -141,19 +141,6 @@ int32_t BuildFixedPalette(uint8_t* palette, int32_t choice, int32_t* bitsPerPixe
     if (palette) Fill(palette, choice);
     if (bitsPerPixel) *bitsPerPixel = size.bitsPerPixel;
     return size.colors;
-}
-
-std::array<uint8_t, kPaletteResourceBytes> MakePaletteResource(const PaletteTable& palette) {
-    std::array<uint8_t, kPaletteResourceBytes> bytes = {};
-    std::memcpy(&bytes[0], "QRVNRSRC", 8);
-    std::memcpy(&bytes[8], "256 colour palette", 18);  // of 64 bytes
-    bytes[73] = 1;                                     // one chunk
-    std::memcpy(&bytes[75], "CMAP", 4);
-    bytes[79] = 1;
-    bytes[83] = kPaletteBytes & 255;
-    bytes[84] = kPaletteBytes >> 8;
-    std::memcpy(&bytes[85], palette.data(), kPaletteBytes);
-    return bytes;
 }
 
 }  // namespace kfx

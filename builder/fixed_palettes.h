@@ -12,7 +12,7 @@ namespace kfx {
 
 using PaletteTable = std::array<uint8_t, kPaletteBytes>;  // 256 red-green-blue triples
 
-constexpr int32_t kFixedPaletteChoices = 9;  // rows of the palette list
+constexpr int32_t kOrthogonal256 = 6;  // the choice of the cube of 256 colours
 
 // Fills `palette` (768 bytes, unused entries zero) and sets `*bitsPerPixel`; either may be null. Choices: 0
 // black and white, 1 sixteen colours, 2 to 4 and 6 orthogonal cubes of 32, 64, 128 and 256, 5 the 216 safe
@@ -22,11 +22,5 @@ int32_t BuildFixedPalette(uint8_t* palette, int32_t choice, int32_t* bitsPerPixe
 
 extern const PaletteTable kSafePalette;   // choice 5
 extern const PaletteTable kCubeAndGrays;  // choice 7
-
-// The two tables also travel as raw data resources of the module.
-constexpr size_t kPaletteResourceBytes = 853;
-
-// A palette as the bytes of such a resource.
-std::array<uint8_t, kPaletteResourceBytes> MakePaletteResource(const PaletteTable& palette);
 
 }  // namespace kfx

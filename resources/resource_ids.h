@@ -78,8 +78,6 @@
 #define IDS_GROUP_OUTPUT 21
 #define IDS_GROUP_EFFECT 22
 #define IDS_MESSAGE_TITLE 23
-#define IDS_PALETTE_FIRST 1600  // one for each fixed palette, in the palette list's order
-#define IDS_PALETTE_LAST 1608
 
 // Data. The palettes' resources have names: "PALETTE216", "PALETTE256G".
 #define IDR_LOGO_FRAMES 9001

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "builder/fixed_palettes.h"
 #include "documents/control_kinds.h"
 #include "framework/working_image.h"
 #include "host/host_requests.h"
@@ -14,35 +15,14 @@
 namespace kfx {
 namespace {
 
-// The colours offered for a colour button: eight levels of red, eight of green, four of blue.
-struct OfferedPalette {
-    uint8_t bytes[kPaletteBytes];
-};
-
-OfferedPalette MakeOfferedPalette() {
-    constexpr uint8_t kEight[] = {0, 36, 72, 108, 144, 180, 216, 255};
-    constexpr uint8_t kFour[] = {0, 85, 170, 255};
-    OfferedPalette palette;
-    uint8_t* byte = palette.bytes;
-    for (const uint8_t red : kEight) {
-        for (const uint8_t green : kEight) {
-            for (const uint8_t blue : kFour) {
-                *byte++ = red;
-                *byte++ = green;
-                *byte++ = blue;
-            }
-        }
-    }
-    return palette;
-}
-
 void ChooseColor(HWND control) {
     const auto* variable = static_cast<const uint32_t*>(VariableOf(control));
     if (!variable) return;
-    const OfferedPalette palette = MakeOfferedPalette();
+    uint8_t palette[kPaletteBytes];
+    BuildFixedPalette(palette, kOrthogonal256, nullptr);
     uint32_t color = *variable;
     const HWND window = plugin.window;
-    if (!RequestChooseColor(plugin.host, window, palette.bytes, &color) || !IsOpen(window)) return;
+    if (!RequestChooseColor(plugin.host, window, palette, &color) || !IsOpen(window)) return;
     SetColorButton(control, color);
 }
 

@@ -3,20 +3,21 @@
 
 #include "documents/control_kinds.h"
 #include "framework/source_animation.h"
+#include "resources/palette_names.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/plugin_state.h"
 #include "window/source_opening.h"
 
-#define PALETTE_NAMES                                                                                     \
-    "Black and white;Sixteen-color Windows;32-color orthogonal;64-color orthogonal;128-color orthogonal;" \
-    "216-color safe;256-color orthogonal;256-color with gray;256 gray levels"
+#define FIXED_PALETTE_NAMES                                                                    \
+    PALETTE_NAME_0 ";" PALETTE_NAME_1 ";" PALETTE_NAME_2 ";" PALETTE_NAME_3 ";" PALETTE_NAME_4 \
+                   ";" PALETTE_NAME_5 ";" PALETTE_NAME_6 ";" PALETTE_NAME_7 ";" PALETTE_NAME_8
 
 namespace kfx {
 namespace {
 
-constexpr char kPaletteNames[] = PALETTE_NAMES;
-constexpr char kPaletteNamesWithSource[] = PALETTE_NAMES ";Match original";
+constexpr char kPaletteNames[] = FIXED_PALETTE_NAMES;
+constexpr char kPaletteNamesWithSource[] = FIXED_PALETTE_NAMES ";" PALETTE_NAME_SOURCE;
 
 struct CheckBoxRow {
     int id;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/support/animation_blocks.h"
+#include "tests/support/palette_resource.h"
 
 namespace kfx::test {
 namespace {

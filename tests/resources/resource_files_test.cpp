@@ -8,6 +8,7 @@
 #include "builder/fixed_palettes.h"
 #include "effects/effect_table.h"
 #include "tests/support/animation_blocks.h"
+#include "tests/support/palette_resource.h"
 
 namespace kfx {
 namespace {
@@ -15,7 +16,7 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 Bytes ResourceOf(const PaletteTable& palette) {
-    const auto resource = MakePaletteResource(palette);
+    const auto resource = test::MakePaletteResource(palette);
     return Bytes(resource.begin(), resource.end());
 }
 
