@@ -67,19 +67,19 @@ class GoldenBuilds : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(GoldenBuilds, requests_records_and_images_are_those_of_the_transcript) {
     const std::string input = GetParam();
-    const std::string logs = "expected/" + input + ".";
     const std::vector<uint8_t> block = ReadTestFile(GoldenPath("inputs/" + input + ".source.bin").c_str());
     const std::vector<NamedOptions> all = AllOptions();
     ASSERT_EQ(all.size(), 20u);
     for (const NamedOptions& named : all) {
-        const std::vector<std::string> expected = ReadGoldenLines(logs + named.name + ".log");
+        const std::vector<std::string> expected = ReadGoldenBuild(input, named.name);
+        ASSERT_FALSE(expected.empty()) << input << ", " << named.name;
         RecordingHost host;
         host.refusedRequest = named.refusedRequest;
         host.refusedOccurrence = named.refusedOccurrence;
         BuildWith(&host, block, named.options);
         ASSERT_EQ(host.lines.size(), expected.size()) << input << "." << named.name;
         for (size_t i = 0; i < expected.size(); ++i)
-            ASSERT_EQ(host.lines[i], expected[i]) << input << "." << named.name << ".log, line " << i + 1;
+            ASSERT_EQ(host.lines[i], expected[i]) << input << ", " << named.name << ", line " << i + 1;
     }
 }
 

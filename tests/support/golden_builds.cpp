@@ -17,4 +17,16 @@ std::vector<std::string> ReadGoldenLines(const std::string& name) {
     return lines;
 }
 
+std::vector<std::string> ReadGoldenBuild(const std::string& input, const std::string& options) {
+    std::vector<std::string> lines;
+    bool wanted = false;
+    for (const std::string& line : ReadGoldenLines("expected/" + input + ".log")) {
+        if (line.rfind("BUILD ", 0) == 0)
+            wanted = line == "BUILD " + options;
+        else if (wanted)
+            lines.push_back(line);
+    }
+    return lines;
+}
+
 }  // namespace kfx::test

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The independently computed builds in tests/data/builder/, for whoever reproduces them.
+// The independently computed builds in tests/data/builder/ (see tests/data/README.md), for whoever
+// reproduces them.
 #pragma once
 
 #include <string>
@@ -16,5 +17,8 @@ std::string GoldenPath(const std::string& name);
 
 // The lines of a file of that folder; fails the test when it is missing.
 std::vector<std::string> ReadGoldenLines(const std::string& name);
+
+// The transcript of the build of an input with these options; empty when there is none.
+std::vector<std::string> ReadGoldenBuild(const std::string& input, const std::string& options);
 
 }  // namespace kfx::test
