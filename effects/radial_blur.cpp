@@ -68,7 +68,8 @@ ImageHandle ApplyRadialBlur(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_RADIAL_BLUR_ANGLE, &settings.style003Angle, RADIAL_BLUR_ANGLE_RANGE},
+    {ControlKind::Slider, IDC_RADIAL_BLUR_ANGLE, &settings.style003Angle, RADIAL_BLUR_ANGLE_RANGE,
+     RADIAL_BLUR_ANGLE_CAPTION},
 });
 
 }  // namespace

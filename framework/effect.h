@@ -24,6 +24,7 @@ struct EffectControl {
     uint16_t id;
     int32_t* variable;
     const char* text;
+    const char* caption = nullptr;  // of a slider or list, as it stands in the panel, such as "Angle:"
 };
 
 constexpr size_t kMostControls = 8;                    // of one effect
