@@ -3,7 +3,7 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 work=$root/.work
-display_pid=
+displays=()  # the process numbers of our Xvfb
 session_started=
 
 # Progress goes to the error stream: standard output belongs to what is run.
@@ -42,24 +42,59 @@ build_if_needed() {
 start_wine() {
     [ -z "$session_started" ] || return 0
     export WINEPREFIX=$work/wine WINEARCH=win64 WINEDEBUG=-all
-    mkdir -p "$work/logs"
-    [ -n "${1:-}" ] || start_display
+    mkdir -p "$work/logs" "$work/sessions"
     session_started=yes
-    mkdir -p "$work/sessions"
     touch "$work/sessions/$$"
+    if [ -n "${1:-}" ]; then
+        make_prefix
+        manage_windows Y
+    else
+        start_display
+        make_prefix
+        manage_windows N
+    fi
+}
 
+# start_wine_sessions COUNT: prefixes with a display each, for test programs side by side; see cmake/wine.
+start_wine_sessions() {
+    local number prefix
+    start_wine
+    KFX_WINE_SESSIONS=$WINEPREFIX@$DISPLAY
+    for ((number = 2; number <= $1; ++number)); do
+        prefix=$work/wine.$number
+        copy_prefix "$prefix"
+        start_display
+        WINEPREFIX=$prefix manage_windows N
+        KFX_WINE_SESSIONS+=" $prefix@$DISPLAY"
+    done
+    export KFX_WINE_SESSIONS
+}
+
+make_prefix() {
     if [ ! -f "$WINEPREFIX/.complete" ]; then
         say "Making the Wine prefix (once)"
-        rm -rf "$WINEPREFIX"
+        rm -rf "$WINEPREFIX" "$WINEPREFIX".*
         if ! timeout 1200 "$root/cmake/wine" wineboot --init >"$work/logs/wineboot.log" 2>&1; then
             fail "Wine could not make its prefix; see ${work#"$root"/}/logs/wineboot.log."
         fi
-        wine_server -w
+        wine_server "$WINEPREFIX" -w
         touch "$WINEPREFIX/.complete"
     fi
     # Debian's Wine does not find its own fonts: without them, the buttons of title bars are letters.
     ln -sf /usr/share/wine/fonts/* "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null || true
-    if [ -n "${1:-}" ]; then manage_windows Y; else manage_windows N; fi
+}
+
+# copy_prefix PREFIX: a second prefix. Wine's own files are only read and therefore linked, all others are copies.
+copy_prefix() {
+    [ ! -f "$1/.complete" ] || return 0
+    rm -rf "$1"
+    mkdir -p "$1"
+    if ! { tar -C "$WINEPREFIX" --exclude=./drive_c/windows -cf - . | tar -C "$1" -xf - &&
+        rm -f "$1/.complete" &&
+        cp -al "$WINEPREFIX/drive_c/windows" "$1/drive_c/" &&
+        touch "$1/.complete"; }; then
+        fail "the Wine prefix could not be copied to ${1#"$root"/}."
+    fi
 }
 
 # manage_windows Y|N: whether a window manager frames Wine's windows. An Xvfb has none, and Wine would wait seconds for
@@ -74,11 +109,12 @@ manage_windows() {
 # An Xvfb on a display number of its own choice. The limit is for one that hangs: a loaded machine takes seconds.
 start_display() {
     local number_file=$work/logs/display.$$ waited
-    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" >"$work/logs/xvfb.log" 2>&1 &
-    display_pid=$!
+    rm -f "$number_file"
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" >>"$work/logs/xvfb.log" 2>&1 &
+    displays+=($!)
     for ((waited = 0; waited < 1200; ++waited)); do
         [ ! -s "$number_file" ] || break
-        kill -0 "$display_pid" 2>/dev/null || break
+        kill -0 "${displays[-1]}" 2>/dev/null || break
         sleep 0.1
     done
     [ -s "$number_file" ] || fail "Xvfb did not start; see ${work#"$root"/}/logs/xvfb.log."
@@ -87,33 +123,38 @@ start_display() {
     rm -f "$number_file"
 }
 
-# The wineserver of our own prefix only.
+# wine_server PREFIX ARGUMENT...: tells the server of this prefix only.
 wine_server() {
-    local server
+    local server prefix=$1
+    shift
     for server in /usr/lib/wine/wineserver64 /usr/lib/wine/wineserver wineserver; do
         if command -v "$server" >/dev/null 2>&1; then
-            WINEPREFIX=$work/wine timeout 600 "$server" "$@" 2>/dev/null || true
+            WINEPREFIX=$prefix timeout 600 "$server" "$@" 2>/dev/null || true
             return 0
         fi
     done
 }
 
-# Ends what the session started, programs that hang included; another session in the same prefix goes on undisturbed.
+# Ends what the session started, programs that hang included; another session in the same prefixes goes on undisturbed.
 end_session() {
-    local other
+    local other prefix
     if [ -n "$session_started" ]; then
         rm -f "$work/sessions/$$"
         for other in "$work"/sessions/*; do
             [ -e "$other" ] || break
             kill -0 "$(basename "$other")" 2>/dev/null || rm -f "$other"
         done
-        rmdir "$work/sessions" 2>/dev/null && wine_server -k
+        if rmdir "$work/sessions" 2>/dev/null; then
+            for prefix in "$work"/wine "$work"/wine.*; do
+                [ ! -d "$prefix" ] || wine_server "$prefix" -k
+            done
+        fi
     fi
-    if [ -n "$display_pid" ]; then
-        kill "$display_pid" 2>/dev/null || true
-        wait "$display_pid" 2>/dev/null || true
+    if [ ${#displays[@]} -gt 0 ]; then
+        kill "${displays[@]}" 2>/dev/null || true
+        wait "${displays[@]}" 2>/dev/null || true
     fi
-    session_started= display_pid=
+    session_started= displays=()
 }
 trap end_session EXIT
 trap 'exit 130' INT

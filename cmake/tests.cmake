@@ -5,15 +5,12 @@
 set(KFX_TEST_TIMEOUT 1800)
 
 # kfx_add_test(NAME SOURCES a.cpp ... LIBRARIES kfx_... [ARGUMENTS ...] [TIMEOUT seconds]
-#              [NATIVE_ONLY | WINDOWS_ONLY] [WINDOW])
-# Without a word on the side, the program is built by both toolchains and runs natively and under Wine.
-# WINDOW: it shows windows or touches the user's settings, so that no other such program may run beside it.
-# Programs with kfx_plugin_test_support open the plug-in's window; they take turns as well, but run beside those with
-# WINDOW. A program with both runs beside neither: whatever asks for the focus or the active window needs that, because
-# each window that another program opens takes both away.
+#              [NATIVE_ONLY | WINDOWS_ONLY])
+# Without a word on the side, the program is built by both toolchains and runs natively and under Wine. There it has a
+# display and a user folder to itself (see cmake/wine): it may show windows, ask for the focus and change settings.
 # The working directory is the root of the sources: test data is read from tests/data/.
 function(kfx_add_test name)
-    cmake_parse_arguments(arg "NATIVE_ONLY;WINDOWS_ONLY;WINDOW" "TIMEOUT" "SOURCES;LIBRARIES;ARGUMENTS" ${ARGN})
+    cmake_parse_arguments(arg "NATIVE_ONLY;WINDOWS_ONLY" "TIMEOUT" "SOURCES;LIBRARIES;ARGUMENTS" ${ARGN})
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "kfx_add_test(${name}): unknown words: ${arg_UNPARSED_ARGUMENTS}")
     endif()
@@ -31,18 +28,11 @@ function(kfx_add_test name)
         target_compile_options(${name} PRIVATE -O1)
     endif()
     add_test(NAME ${name} COMMAND ${name} ${arg_ARGUMENTS} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
-    set(locks)
-    if(arg_WINDOW)
-        list(APPEND locks display)
-    endif()
-    if("kfx_plugin_test_support" IN_LIST arg_LIBRARIES)
-        list(APPEND locks plugin_window)
-    endif()
-    kfx_set_test_properties(${name} ${arg_TIMEOUT} "${locks}")
+    kfx_set_test_properties(${name} ${arg_TIMEOUT})
 endfunction()
 
 # What every ctest entry carries; also for tests that are not GoogleTest programs.
-function(kfx_set_test_properties name timeout locks)
+function(kfx_set_test_properties name timeout)
     set(reports ${KFX_TEST_REPORTS})
     if(CMAKE_HOST_UNIX AND WIN32)
         set(reports Z:${KFX_TEST_REPORTS})  # the host's root as Wine shows it
@@ -57,9 +47,6 @@ function(kfx_set_test_properties name timeout locks)
         math(EXPR timeout "${timeout} * 10")
     endif()
     set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} ENVIRONMENT "${environment}")
-    if(locks)
-        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "${locks}")
-    endif()
 endfunction()
 
 # kfx_add_fuzzer(NAME SOURCES a.cpp ... LIBRARIES kfx_... [CORPUS folder])
@@ -82,6 +69,6 @@ function(kfx_add_fuzzer name)
         add_executable(${name} ${arg_SOURCES} ${CMAKE_SOURCE_DIR}/tests/fuzz/replay_main.cpp)
         target_link_libraries(${name} PRIVATE kfx_flags ${arg_LIBRARIES})
         add_test(NAME ${name} COMMAND ${name} ${arg_CORPUS} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
-        kfx_set_test_properties(${name} ${KFX_TEST_TIMEOUT} "")
+        kfx_set_test_properties(${name} ${KFX_TEST_TIMEOUT})
     endif()
 endfunction()

@@ -23,16 +23,17 @@ std::string FolderOfProgram() {
     return std::filesystem::path(path).parent_path().string();
 }
 
-// A folder that no other session of this or another program uses.
+// A new folder. Process numbers alone do not tell two Wine prefixes apart.
 std::string MakeSessionFolder() {
     static int number = 0;
-    const std::string folder = FolderOfProgram() + "\\..\\sessions\\" +
-                               std::to_string(GetCurrentProcessId()) + "." + std::to_string(++number);
-    // A program that was ended by force may have had this number and left its files.
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-    std::filesystem::create_directories(folder + "\\AppData");
-    std::filesystem::create_directories(folder + "\\Documents");
+    const std::string sessions = FolderOfProgram() + "\\..\\sessions\\";
+    std::filesystem::create_directories(sessions);
+    std::string folder;
+    do {
+        folder = sessions + std::to_string(GetCurrentProcessId()) + "." + std::to_string(++number);
+    } while (!std::filesystem::create_directory(folder));
+    std::filesystem::create_directory(folder + "\\AppData");
+    std::filesystem::create_directory(folder + "\\Documents");
     return folder;
 }
 
