@@ -87,7 +87,7 @@ std::vector<Work> ListWork() {
                 work.input.values[c] = ReadControl(effect->controls.rows[c], nullptr);
                 work.text += (c ? ", " : "") + std::to_string(work.input.values[c]);
             }
-            ReadBackgroundColor(&work.input.background);
+            ReadBackgroundColor(nullptr, &work.input.background);
             list.push_back(work);
         }
     }

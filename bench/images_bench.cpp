@@ -33,30 +33,26 @@ std::vector<uint8_t> MakeBitmap(int32_t width, int32_t height, int32_t bitCount)
     return test::BytesOf(made.handle);
 }
 
-// A host's block of equal frames becomes the source animation.
-void HoldSource(const std::vector<uint8_t>& bitmap, size_t frames) {
+// A host's block of equal frames.
+MemoryHandle MakeSource(const std::vector<uint8_t>& bitmap, size_t frames) {
     const std::vector<test::BlockFrame> list(frames, test::BlockFrame{bitmap, {}});
-    sourceAnimation = test::MakeMemory(test::MakeAnimationBlock(list));
-}
-
-void DropSource() {
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
+    return test::MakeMemory(test::MakeAnimationBlock(list));
 }
 
 void DecodeFrames(benchmark::State& state) {
     const auto width = static_cast<int32_t>(state.range(0));
     const auto height = static_cast<int32_t>(state.range(1));
     constexpr size_t kFrames = 8;
-    HoldSource(MakeBitmap(width, height, static_cast<int32_t>(state.range(2))), kFrames);
+    const MemoryOwner source(
+        MakeSource(MakeBitmap(width, height, static_cast<int32_t>(state.range(2))), kFrames));
     for (auto _ : state) {
         FrameList frames = {};
-        if (DecodeAllFrames(&frames) != DecodeResult::Whole) state.SkipWithError("not decoded");
+        if (DecodeAllFrames(source.memory, &frames) != DecodeResult::Whole)
+            state.SkipWithError("not decoded");
         FreeFrames(&frames);
     }
     state.counters["frames"] =
         benchmark::Counter(static_cast<double>(kFrames * state.iterations()), benchmark::Counter::kIsRate);
-    DropSource();
 }
 
 template <ImageHandle (*kResample)(ImageHandle, int32_t, int32_t, double)>

@@ -144,7 +144,11 @@ void WholeBuild(benchmark::State& state, bool dither, bool supercompress, bool f
     options.dither = dither;
     options.supercompress = supercompress;
     options.fastRemap = fast;
-    const BuildEnvironment environment = {nullptr, &host, &effect, [](void*, BuildMessage) {}};
+    const BuildEnvironment environment = {.window = nullptr,
+                                          .host = &host,
+                                          .source = nullptr,
+                                          .effect = &effect,
+                                          .showMessage = [](void*, BuildMessage) {}};
     FrameAt(0);
     for (auto _ : state)
         if (!RunBuild(environment, options)) state.SkipWithError("the build failed");

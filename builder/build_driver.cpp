@@ -104,7 +104,7 @@ void AskBackgroundColor(Build* build) {
 // Takes the source animation's own palette; where it has none, one is computed. False: the source could not
 // be read.
 bool ChooseSourcePalette(Build* build) {
-    const MemoryLock lock(sourceAnimation);
+    const MemoryLock lock(build->environment.source);
     AnimationHeader header;
     const SourceState source = ReadSourceHeader(lock, &header);
     if (source == SourceState::Refused) return false;
@@ -131,9 +131,12 @@ bool RunEffect(Build* build) {
     const EffectDescriptor* effect = build->environment.effect;
     if (effect && effect->build) {
         if (!TellStatus(*build, "Building")) return false;
-        EffectBuildContext context = {build->environment.window, &build->frames, 0, HostOf(*build)};
+        EffectBuildContext context = {.window = build->environment.window,
+                                      .frames = &build->frames,
+                                      .source = build->environment.source,
+                                      .host = HostOf(*build)};
         if (!effect->build(&context) || IsAbandoned(*build)) return false;
-    } else if (DecodeAllFrames(&build->frames) == DecodeResult::Incomplete) {
+    } else if (DecodeAllFrames(build->environment.source, &build->frames) == DecodeResult::Incomplete) {
         // No effect to decode the frames: they are built unchanged, all or none.
         return false;
     }

@@ -47,11 +47,12 @@ enum class BuildMessage {
 struct BuildEnvironment {
     void* window;
     const HostContext* host;
+    MemoryHandle source;             // the source animation's block, or null; the caller's
     const EffectDescriptor* effect;  // null, or without a build operation: frames stay unchanged
     void (*showMessage)(void* window, BuildMessage message);  // called at most once
 };
 
-// Builds the source animation (framework/source_animation.h). The wait cursor is the caller's. 1: every frame
+// Builds environment.source. The wait cursor is the caller's. 1: every frame
 // was added and the task closed; 0: a message has been shown. Frees every image that it made, whatever
 // happens.
 int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& options);

@@ -9,12 +9,13 @@ namespace kfx {
 namespace {
 
 // False: the background colour could not be read.
-bool ReadInput(const Effect& effect, void* window, KernelCache* cache, KernelInput* input) {
+bool ReadInput(const Effect& effect, void* window, MemoryHandle source, KernelCache* cache,
+               KernelInput* input) {
     *input = {};
     for (size_t i = 0; i < effect.controls.count; ++i)
         input->values[i] = ReadControl(effect.controls.rows[i], window);
     input->cache = cache;
-    return ReadBackgroundColor(&input->background);
+    return ReadBackgroundColor(source, &input->background);
 }
 
 // Puts the entry back with a kernel's result, if there is one.
@@ -79,9 +80,9 @@ ImageHandle ApplyKernel(const Effect& effect, ImageHandle image, const KernelInp
 int32_t PreviewEffect(const Effect& effect, EffectRunContext* context) {
     KernelCache cache;
     KernelInput input;
-    const bool read = ReadInput(effect, context->window, &cache, &input);
+    const bool read = ReadInput(effect, context->window, context->source, &cache, &input);
     context->flags |= kRunFirstFrameOnly;
-    context->image = FetchFirstFrame();
+    context->image = FetchFirstFrame(context->source);
     if (context->image && read) context->image = ApplyKernel(effect, context->image, input);
     return 1;
 }
@@ -89,9 +90,9 @@ int32_t PreviewEffect(const Effect& effect, EffectRunContext* context) {
 int32_t BuildEffect(const Effect& effect, EffectBuildContext* context) {
     KernelCache cache;
     KernelInput input;
-    if (!ReadInput(effect, context->window, &cache, &input)) return 0;
+    if (!ReadInput(effect, context->window, context->source, &cache, &input)) return 0;
     // Without a source there are no frames, which the build driver judges; some of them are no animation.
-    if (DecodeAllFrames(context->frames) == DecodeResult::Incomplete) return 0;
+    if (DecodeAllFrames(context->source, context->frames) == DecodeResult::Incomplete) return 0;
     const bool gathers = effect.gathering && effect.gathering->wanted(input);
     return gathers ? BuildInTwoPasses(*effect.gathering, context) : BuildEachFrame(effect, context, input);
 }

@@ -22,13 +22,14 @@ struct EffectRunContext {
     ImageHandle image;  // out: the rendered picture, the caller's to free
     int32_t width;      // of the preview area, pixels
     int32_t height;
-    uint32_t flags;  // kRun...
+    uint32_t flags;       // kRun...
+    MemoryHandle source;  // the source animation's block, or null
 };
 
 struct EffectBuildContext {
     void* window;
     FrameList* frames;
-    uint64_t unused;
+    MemoryHandle source;  // the source animation's block, or null
     const HostContext* host;
 };
 
@@ -44,12 +45,13 @@ struct EffectDescriptor {
     void* reserved;            // null
 };
 
-// Renders the first source frame into context->image, which stays null without a source. Always 1.
+// Renders the first frame of context->source into context->image, which stays null without a source.
+// Always 1.
 int32_t PreviewEffect(const Effect& effect, EffectRunContext* context);
 
-// Decodes the source into context->frames and transforms every frame, reporting progress; a frame for which
-// the kernel has no picture stays as it came. 0: memory was refused while decoding, or the source or the list
-// could not be locked; what the list holds is the caller's, as ever.
+// Decodes context->source into context->frames and transforms every frame, reporting progress; a frame for
+// which the kernel has no picture stays as it came. 0: memory was refused while decoding, or the source or
+// the list could not be locked; what the list holds is the caller's, as ever.
 int32_t BuildEffect(const Effect& effect, EffectBuildContext* context);
 
 // Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept

@@ -6,9 +6,6 @@
 #include "framework/panel.h"
 
 namespace kfx {
-
-MemoryHandle sourceAnimation = nullptr;
-
 namespace {
 
 constexpr uint32_t kMidGrey = 0x7F7F7F;
@@ -55,8 +52,8 @@ SourceState ReadSourceHeader(const MemoryLock& lock, AnimationHeader* header) {
     return ReadAnimationHeader(lock.address, size, header) ? SourceState::Animation : SourceState::None;
 }
 
-ImageHandle FetchFirstFrame() {
-    const MemoryLock lock(sourceAnimation);
+ImageHandle FetchFirstFrame(MemoryHandle source) {
+    const MemoryLock lock(source);
     AnimationHeader header;
     if (ReadSourceHeader(lock, &header) != SourceState::Animation) return nullptr;
     size_t offset = header.firstBlock;
@@ -65,12 +62,12 @@ ImageHandle FetchFirstFrame() {
     return DecodeFrame(frame);
 }
 
-DecodeResult DecodeAllFrames(FrameList* list) {
-    const MemoryLock lock(sourceAnimation);
+DecodeResult DecodeAllFrames(MemoryHandle source, FrameList* list) {
+    const MemoryLock lock(source);
     AnimationHeader header;
-    const SourceState source = ReadSourceHeader(lock, &header);
-    if (source != SourceState::Animation)
-        return source == SourceState::None ? DecodeResult::None : DecodeResult::Incomplete;
+    const SourceState state = ReadSourceHeader(lock, &header);
+    if (state != SourceState::Animation)
+        return state == SourceState::None ? DecodeResult::None : DecodeResult::Incomplete;
     size_t offset = header.firstBlock;
     for (uint32_t i = 0; i < header.frameCount; ++i) {
         AnimationFrame frame;
@@ -92,14 +89,14 @@ DecodeResult DecodeAllFrames(FrameList* list) {
     return DecodeResult::Whole;
 }
 
-bool ReadBackgroundColor(uint32_t* color) {
+bool ReadBackgroundColor(MemoryHandle source, uint32_t* color) {
     if (LocalBackgroundChosen(color)) return true;
     *color = kMidGrey;
-    const MemoryLock lock(sourceAnimation);
+    const MemoryLock lock(source);
     AnimationHeader header;
-    const SourceState source = ReadSourceHeader(lock, &header);
-    if (source == SourceState::Animation && header.hasBackground) *color = header.background;
-    return source != SourceState::Refused;
+    const SourceState state = ReadSourceHeader(lock, &header);
+    if (state == SourceState::Animation && header.hasBackground) *color = header.background;
+    return state != SourceState::Refused;
 }
 
 }  // namespace kfx

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The source animation that the host handed over, and its frames as 24-bit working images.
+// The source animation that the host handed over, and its frames as 24-bit working images. `source` is the
+// animation's block, or null without one; it stays its owner's and is only read.
 #pragma once
 
 #include <cstdint>
@@ -10,10 +11,6 @@
 #include "host/animation_block.h"
 
 namespace kfx {
-
-// The current source animation's block, or null. The window (or a command line in its place) sets and frees
-// it; this folder and the builder only look.
-extern MemoryHandle sourceAnimation;
 
 // What the source is, as far as it can be told.
 enum class SourceState {
@@ -28,7 +25,7 @@ SourceState ReadSourceHeader(const MemoryLock& lock, AnimationHeader* header);
 
 // The first frame as a new 24-bit image, the caller's to free. Null: no source, no sound frame, or memory ran
 // out.
-ImageHandle FetchFirstFrame();
+ImageHandle FetchFirstFrame(MemoryHandle source);
 
 // How reading the source ended.
 enum class DecodeResult {
@@ -38,11 +35,11 @@ enum class DecodeResult {
 };
 
 // Appends every frame to the list. What was appended stays, however it ends.
-DecodeResult DecodeAllFrames(FrameList* list);
+DecodeResult DecodeAllFrames(MemoryHandle source, FrameList* list);
 
 // What geometric effects show where they sample outside the picture (0x00BBGGRR): the local background colour
 // when the user has switched it on, else the source's own background, else mid-grey. False: the source could
 // not be read, so nobody knows.
-bool ReadBackgroundColor(uint32_t* color);
+bool ReadBackgroundColor(MemoryHandle source, uint32_t* color);
 
 }  // namespace kfx

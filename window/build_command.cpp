@@ -7,6 +7,7 @@
 #include "window/dialog_services.h"
 #include "window/effect_list.h"
 #include "window/guards.h"
+#include "window/plugin_state.h"
 
 namespace kfx {
 namespace {
@@ -54,6 +55,7 @@ int32_t Build(HWND window, const HostContext* host, BuildMode mode) {
     BuildEnvironment environment = {};
     environment.window = window;
     environment.host = host;
+    environment.source = plugin.source;
     environment.effect = EffectInUse(window);
     environment.showMessage = ShowBuildMessage;
     return RunBuild(environment, OptionsForMode(ReadOptions(window), mode));

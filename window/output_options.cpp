@@ -106,9 +106,9 @@ void TakeCustomPalette(HWND window) {
 }
 
 void EnableDependentControls(HWND window) {
-    SetDefaultButton(window, sourceAnimation ? IDC_BUILD : IDC_SELECT);
-    Enable(window, IDC_BUILD, sourceAnimation != nullptr);
-    Enable(window, IDC_TEST, sourceAnimation != nullptr);
+    SetDefaultButton(window, plugin.source ? IDC_BUILD : IDC_SELECT);
+    Enable(window, IDC_BUILD, plugin.source != nullptr);
+    Enable(window, IDC_TEST, plugin.source != nullptr);
     Enable(window, IDC_BACKGROUND_COLOR, IsDlgButtonChecked(window, IDC_LOCAL_BACKGROUND) == BST_CHECKED);
 }
 

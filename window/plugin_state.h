@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// What the window's functions share. The source animation's handle is framework/source_animation.h's;
-// everything that outlives the window is framework/settings.h's.
+// What the window's functions share. Everything that outlives the window is framework/settings.h's.
 #pragma once
 
 #include <windows.h>
 
 #include <cstdint>
 
+#include "framework/movable_memory.h"
 #include "framework/settings.h"
 #include "host/host_records.h"
 
@@ -28,6 +28,9 @@ struct PluginState {
     const HostContext* host;
     uint32_t buttonStyle;
     bool configurationUnread;  // for a reason that does not allow to write it anew when the window closes
+
+    // The source animation's block, or null; owned here, freed when the window closes.
+    MemoryHandle source;
 
     // Outer size of the file dialogs: the host's at first, then as the user left the last one.
     int32_t fileDialogWidth;

@@ -28,6 +28,7 @@ ImageHandle Render(HWND window, const RECT& inner) {
     context.window = window;
     context.width = WidthOf(inner);
     context.height = HeightOf(inner);
+    context.source = plugin.source;
     if (effect->preview(&context)) return context.image;
     FreeMemory(context.image);
     return nullptr;

@@ -49,7 +49,7 @@ void OpenSourceAnimation(HWND window, bool reopen) {
         return;
     }
     FreeSourceAnimation();
-    sourceAnimation = opened;
+    plugin.source = opened;
     std::snprintf(settings.fileNamePath, sizeof settings.fileNamePath, "%.*s",
                   static_cast<int>(sizeof request.path), request.path);
     ShowSource(window);
@@ -62,8 +62,8 @@ void OpenSourceAnimation(HWND window, bool reopen) {
 }
 
 void FreeSourceAnimation() {
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
+    FreeMemory(plugin.source);
+    plugin.source = nullptr;
 }
 
 bool RememberedSourceExists() {
@@ -73,7 +73,7 @@ bool RememberedSourceExists() {
 }
 
 bool ReadSourceFacts(SourceFacts* facts) {
-    const MemoryLock lock(sourceAnimation);
+    const MemoryLock lock(plugin.source);
     AnimationHeader header;
     if (ReadSourceHeader(lock, &header) != SourceState::Animation) return false;
     *facts = {header.width, header.height, header.globalColors};

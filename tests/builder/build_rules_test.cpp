@@ -99,7 +99,7 @@ EffectDescriptor EffectWith(int32_t (*build)(EffectBuildContext*), int32_t (*que
 }
 
 int32_t Decode(EffectBuildContext* context) {
-    DecodeAllFrames(context->frames);
+    DecodeAllFrames(context->source, context->frames);
     return 1;
 }
 
@@ -351,7 +351,7 @@ TEST(Build, an_effect_without_a_build_entry_builds_the_source_frames_unchanged) 
 TEST(Build, an_effect_that_fails_is_a_memory_error_and_nothing_reaches_the_host) {
     const EffectDescriptor failing = EffectWith(
         [](EffectBuildContext* context) {
-            DecodeAllFrames(context->frames);
+            DecodeAllFrames(context->source, context->frames);
             return 0;
         },
         nullptr);

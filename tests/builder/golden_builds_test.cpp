@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "framework/memory_guards.h"
 #include "framework/source_animation.h"
 #include "tests/builder/recording_host.h"
 #include "tests/support/animation_blocks.h"
@@ -94,10 +95,10 @@ TEST(GoldenBuilds, decoded_frames_are_those_that_the_transcripts_were_computed_f
     for (const char* input : kGoldenInputs) {
         const std::vector<uint8_t> expected =
             ReadTestFile(GoldenPath("inputs/" + std::string(input) + ".frames.bin").c_str());
-        sourceAnimation =
-            MakeMemory(ReadTestFile(GoldenPath("inputs/" + std::string(input) + ".source.bin").c_str()));
+        const MemoryOwner source(
+            MakeMemory(ReadTestFile(GoldenPath("inputs/" + std::string(input) + ".source.bin").c_str())));
         FrameList frames = {};
-        EXPECT_EQ(DecodeAllFrames(&frames), DecodeResult::Whole);
+        EXPECT_EQ(DecodeAllFrames(source.memory, &frames), DecodeResult::Whole);
         std::vector<uint8_t> decoded(4);
         decoded[0] = static_cast<uint8_t>(frames.count);
         for (int32_t i = 0; i < frames.count; ++i) {
@@ -110,8 +111,6 @@ TEST(GoldenBuilds, decoded_frames_are_those_that_the_transcripts_were_computed_f
         }
         EXPECT_EQ(decoded, expected) << input;
         FreeFrames(&frames);
-        FreeMemory(sourceAnimation);
-        sourceAnimation = nullptr;
     }
 }
 

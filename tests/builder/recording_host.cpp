@@ -61,7 +61,7 @@ void NoteMessage(void*, BuildMessage message) {
 }
 
 int32_t DecodeUnchanged(EffectBuildContext* context) {
-    return DecodeAllFrames(context->frames) != DecodeResult::Incomplete;
+    return DecodeAllFrames(context->source, context->frames) != DecodeResult::Incomplete;
 }
 
 int32_t NoBackground(void*, int32_t) { return -1; }
@@ -81,14 +81,16 @@ int32_t BuildWith(RecordingHost* host, const std::vector<uint8_t>& block, const 
     unchanged.build = DecodeUnchanged;
     unchanged.query = NoBackground;
     const MemoryOwner source(MakeMemory(block));
-    sourceAnimation = source.memory;
     int window = 0;
-    const BuildEnvironment environment = {&window, &host->context, effect ? effect : &unchanged, NoteMessage};
+    const BuildEnvironment environment = {.window = &window,
+                                          .host = &host->context,
+                                          .source = source.memory,
+                                          .effect = effect ? effect : &unchanged,
+                                          .showMessage = NoteMessage};
     current = host;
     currentTask = nullptr;
     const int32_t result = RunBuild(environment, options);
     current = nullptr;
-    sourceAnimation = nullptr;
     host->lines.push_back("RET " + std::to_string(result));
     return result;
 }

@@ -69,10 +69,11 @@ uint64_t TakeRequest(uint64_t, uint32_t request, uint64_t word, uint64_t pointer
 
 void NoteMessage(void*, BuildMessage message) { current->messages.push_back(message); }
 
-Outcome Build(const EffectDescriptor& effect, const BuildOptions& options) {
+Outcome Build(MemoryHandle source, const EffectDescriptor& effect, const BuildOptions& options) {
     HostContext host = {};
     host.callback = TakeRequest;
-    const BuildEnvironment environment = {nullptr, &host, &effect, NoteMessage};
+    const BuildEnvironment environment = {
+        .window = nullptr, .host = &host, .source = source, .effect = &effect, .showMessage = NoteMessage};
     Outcome outcome;
     current = &outcome;
     outcome.result = RunBuild(environment, options);
@@ -252,12 +253,11 @@ protected:
     Refusals() {
         HoldClock(12345);  // Water Drops takes its seed from it
         BuiltInSettings();
-        sourceAnimation = MakeMemory(SmallAnimation());
+        source = MakeMemory(SmallAnimation());
     }
     ~Refusals() override {
         ResetMemoryCounts();
-        FreeMemory(sourceAnimation);
-        sourceAnimation = nullptr;
+        FreeMemory(source);
         settings = Settings();
         ReleaseClock();
         std::printf("%zu allocations, %zu locks and %zu sizes refused\n", refused[0] + refused[1],
@@ -268,14 +268,14 @@ protected:
     // background.
     void NoteVariants(const EffectDescriptor& effect) {
         FrameList list = {};
-        DecodeAllFrames(&list);
+        DecodeAllFrames(source, &list);
         const std::vector<MadeFrame> untransformed = TakeFrames(&list);
         HostContext host = {};
-        EffectBuildContext context = {nullptr, &list, 0, &host};
+        EffectBuildContext context = {nullptr, &list, source, &host};
         if (effect.build)
             ASSERT_EQ(effect.build(&context), 1);
         else
-            DecodeAllFrames(&list);
+            DecodeAllFrames(source, &list);
         const std::vector<MadeFrame> transformed = TakeFrames(&list);
         ASSERT_EQ(untransformed.size(), kFrames);
         ASSERT_EQ(transformed.size(), kFrames);
@@ -300,7 +300,7 @@ protected:
                     giving.build = GiveFrames;
                     giving.query = output.effectHasBackground ? GreenBackground : NoBackground;
                     givenFrames = {variants[0][first], variants[1][second]};
-                    expected[choice] = Build(giving, output.options);
+                    expected[choice] = Build(source, giving, output.options);
                 }
                 if (SameOutcome(outcome, expected[choice])) return true;
             }
@@ -328,7 +328,7 @@ protected:
                 std::string(effect.name) + ", " + refusal.name + " " + std::to_string(number) + " refused";
             const MemoryCounts before = CountMemory();
             refusal.refuse(number);
-            const Outcome outcome = Build(effect, output.options);
+            const Outcome outcome = Build(source, effect, output.options);
             const MemoryCounts after = CountMemory();
             ResetMemoryCounts();
             ASSERT_EQ(after.liveBlocks, before.liveBlocks) << name;
@@ -354,6 +354,7 @@ protected:
         for (size_t i = 0; i < std::size(kRefusals); ++i) Sweep(effect, kRefusals[i], &refused[i]);
     }
 
+    MemoryHandle source = nullptr;
     Output output = {};
     std::vector<std::vector<MadeFrame>> variants;           // of each frame
     std::map<std::pair<size_t, size_t>, Outcome> expected;  // by the variants chosen
@@ -376,8 +377,8 @@ INSTANTIATE_TEST_SUITE_P(Outputs, RefusalsByOutput, testing::ValuesIn(Outputs())
 
 // More colours than a palette holds: the quantizer builds its tree.
 TEST_F(Refusals, a_quantized_build_fails_with_a_message_or_gives_whole_frames) {
-    FreeMemory(sourceAnimation);
-    sourceAnimation = MakeMemory(MakeAnimationBlock(
+    FreeMemory(source);
+    source = MakeMemory(MakeAnimationBlock(
         {{BytesOf(RandomPicture(17, 17, 1).handle), {}}, {BytesOf(RandomPicture(17, 17, 2).handle), {}}}));
     output.options.customPalette = true;
     SweepBuilds(NoEffect());
@@ -386,8 +387,9 @@ TEST_F(Refusals, a_quantized_build_fails_with_a_message_or_gives_whole_frames) {
 TEST_F(Refusals, a_preview_shows_the_picture_the_frame_or_nothing) {
     for (size_t row = 0; row < EffectCount(); ++row) {
         const Effect& effect = *EffectAt(row);
-        const Picture frame(FetchFirstFrame());
+        const Picture frame(FetchFirstFrame(source));
         EffectRunContext whole = {};
+        whole.source = source;
         PreviewEffect(effect, &whole);
         const Picture rendered(whole.image);
         for (size_t i = 0; i < std::size(kRefusals); ++i) {
@@ -395,6 +397,7 @@ TEST_F(Refusals, a_preview_shows_the_picture_the_frame_or_nothing) {
             for (size_t number = 1;; ++number) {
                 const MemoryCounts before = CountMemory();
                 EffectRunContext context = {};
+                context.source = source;
                 refusal.refuse(number);
                 EXPECT_EQ(PreviewEffect(effect, &context), 1);
                 const bool reached = CountMemory().*refusal.attempts >= number;

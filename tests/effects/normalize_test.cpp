@@ -47,9 +47,9 @@ std::vector<std::vector<uint8_t>> Build(const std::vector<const Picture*>& pictu
         frames.emplace_back();
         frames.back().bitmap = BytesOf(picture->handle);
     }
-    sourceAnimation = MakeMemory(MakeAnimationBlock(frames));
+    const MemoryOwner source(MakeMemory(MakeAnimationBlock(frames)));
     FrameList list = {};
-    EffectBuildContext context = {nullptr, &list, 0, nullptr};
+    EffectBuildContext context = {nullptr, &list, source.memory, nullptr};
     EXPECT_EQ(BuildEffect(kNormalize, &context), 1);
     std::vector<std::vector<uint8_t>> results;
     for (int32_t i = 0; i < list.count; ++i) {
@@ -58,8 +58,6 @@ std::vector<std::vector<uint8_t>> Build(const std::vector<const Picture*>& pictu
         results.push_back(BytesOf(entry.image));
     }
     FreeFrames(&list);
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
     return results;
 }
 

@@ -128,9 +128,10 @@ std::vector<std::string> HashesOfBuild(const Effect& effect, const Case& current
     const SettingsScope scope(current);
     // Water Drops takes its seed from the clock.
     if (current.seed != "-") HoldClock(static_cast<uint32_t>(std::stoul(current.seed)));
-    sourceAnimation = MakeMemory(ReadTestFile((kFolder + "inputs/" + current.input + ".bin").c_str()));
+    const MemoryOwner source(
+        MakeMemory(ReadTestFile((kFolder + "inputs/" + current.input + ".bin").c_str())));
     FrameList frames = {};
-    EffectBuildContext context = {nullptr, &frames, 0, nullptr};
+    EffectBuildContext context = {nullptr, &frames, source.memory, nullptr};
     EXPECT_EQ(BuildEffect(effect, &context), 1);
     std::vector<std::string> hashes;
     for (int32_t i = 0; i < frames.count; ++i) {
@@ -140,8 +141,6 @@ std::vector<std::string> HashesOfBuild(const Effect& effect, const Case& current
         hashes.push_back(Sha256(bytes.data(), bytes.size()));
     }
     FreeFrames(&frames);
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
     ReleaseClock();
     return hashes;
 }

@@ -51,13 +51,16 @@ protected:
     }
     void TearDown() override {
         FreeFrames(&frames);
-        FreeMemory(sourceAnimation);
-        sourceAnimation = nullptr;
+        FreeMemory(source);
+    }
+
+    void HoldBlock(const std::vector<uint8_t>& block) {
+        context.source = run.source = source = MakeMemory(block);
     }
 
     void HoldSource(size_t frameCount) {
         const std::vector<BlockFrame> made(frameCount, BlockFrame{BytesOf(picture.handle), {}});
-        sourceAnimation = MakeMemory(MakeAnimationBlock(made));
+        HoldBlock(MakeAnimationBlock(made));
     }
 
     // A copy: the packed member may stand at any address.
@@ -71,14 +74,15 @@ protected:
     }
 
     const Picture picture = RandomPicture(5, 3, 1);
+    MemoryHandle source = nullptr;
     HostContext host = {};
     FrameList frames = {};
-    EffectBuildContext context = {nullptr, &frames, 0, &host};
+    EffectBuildContext context = {nullptr, &frames, nullptr, &host};
+    EffectRunContext run = {};
 };
 
 TEST_F(EffectOperations, a_preview_is_the_kernels_picture_of_the_first_frame) {
     HoldSource(2);
-    EffectRunContext run = {};
     EXPECT_EQ(PreviewEffect(MakeEffect(Shrink), &run), 1);
     const Picture rendered(run.image);
     const ImageLock lock(rendered.handle);
@@ -90,14 +94,12 @@ TEST_F(EffectOperations, a_preview_is_the_kernels_picture_of_the_first_frame) {
 
 TEST_F(EffectOperations, a_preview_keeps_the_frame_when_the_kernel_has_no_picture) {
     HoldSource(1);
-    EffectRunContext run = {};
     EXPECT_EQ(PreviewEffect(MakeEffect(AnswerNone), &run), 1);
     const Picture rendered(run.image);
     EXPECT_TRUE(SamePicture(picture.handle, rendered.handle));
 }
 
 TEST_F(EffectOperations, a_preview_without_a_source_succeeds_with_no_picture) {
-    EffectRunContext run = {};
     EXPECT_EQ(PreviewEffect(MakeEffect(Shrink), &run), 1);
     EXPECT_EQ(run.image, nullptr);
     EXPECT_TRUE(seenValues.empty());
@@ -130,7 +132,7 @@ TEST_F(EffectOperations, a_build_without_a_source_succeeds_with_no_frames) {
 TEST_F(EffectOperations, a_build_of_a_malformed_source_succeeds_with_no_frames) {
     std::vector<uint8_t> block = MakeAnimationBlock({{BytesOf(picture.handle), {}}});
     block[0] = '?';
-    sourceAnimation = MakeMemory(block);
+    HoldBlock(block);
     EXPECT_EQ(BuildEffect(MakeEffect(Shrink), &context), 1);
     EXPECT_EQ(Count(), 0);
     EXPECT_TRUE(progress.empty());
@@ -140,7 +142,7 @@ TEST_F(EffectOperations, a_build_of_some_of_the_source_s_frames_fails) {
     std::vector<uint8_t> block =
         MakeAnimationBlock({{BytesOf(picture.handle), {}}, {BytesOf(picture.handle), {}}});
     block[808 + 40 + BytesOf(picture.handle).size()] = '?';  // the second frame's tag
-    sourceAnimation = MakeMemory(block);
+    HoldBlock(block);
     EXPECT_EQ(BuildEffect(MakeEffect(Shrink), &context), 0);
     EXPECT_TRUE(seenValues.empty());
 }

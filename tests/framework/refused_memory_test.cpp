@@ -50,29 +50,25 @@ bool FreeIfMade(ImageHandle image) {
 TEST(RefusedMemory, first_frame) {
     for (const int32_t bitCount : {1, 8, 24}) {
         const Picture picture = RandomPicture(5, 3, 1, bitCount);
-        sourceAnimation = MakeMemory(MakeAnimationBlock({{BytesOf(picture.handle), {}}}));
-        RefuseEachInTurn([] { return FreeIfMade(FetchFirstFrame()); });
-        FreeMemory(sourceAnimation);
-        sourceAnimation = nullptr;
+        const MemoryOwner source(MakeMemory(MakeAnimationBlock({{BytesOf(picture.handle), {}}})));
+        RefuseEachInTurn([&source] { return FreeIfMade(FetchFirstFrame(source.memory)); });
     }
 }
 
 TEST(RefusedMemory, all_frames) {
     const Picture picture = RandomPicture(5, 3, 1, 8);
     const BlockFrame frame = {BytesOf(picture.handle), {}};
-    sourceAnimation = MakeMemory(MakeAnimationBlock({frame, frame, frame}));
+    const MemoryOwner source(MakeMemory(MakeAnimationBlock({frame, frame, frame})));
     int32_t most = 0;
-    RefuseEachInTurn([&most] {
+    RefuseEachInTurn([&most, &source] {
         FrameList list = {};
-        const DecodeResult result = DecodeAllFrames(&list);
+        const DecodeResult result = DecodeAllFrames(source.memory, &list);
         EXPECT_NE(result, DecodeResult::None);
         most = std::max(most, int32_t{list.count});
         FreeFrames(&list);
         return result == DecodeResult::Whole;
     });
     EXPECT_EQ(most, 3);
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
 }
 
 TEST(RefusedMemory, images_and_copies) {
@@ -107,41 +103,37 @@ TEST(RefusedMemory, kernel_cache) {
 TEST(RefusedMemory, a_source_that_cannot_be_read_is_not_a_missing_one) {
     uint32_t color = 0;
     FrameList list = {};
-    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::None) << "none at all";
-    EXPECT_TRUE(ReadBackgroundColor(&color));
+    EXPECT_EQ(DecodeAllFrames(nullptr, &list), DecodeResult::None) << "none at all";
+    EXPECT_TRUE(ReadBackgroundColor(nullptr, &color));
     settings.localBackgroundUse = 0;
-    sourceAnimation = MakeMemory(MakeAnimationBlock({}));
+    const MemoryOwner source(MakeMemory(MakeAnimationBlock({})));
     for (void (*const refuse)(size_t) : {RefuseLock, RefuseSize}) {
         refuse(1);
-        EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Incomplete);
+        EXPECT_EQ(DecodeAllFrames(source.memory, &list), DecodeResult::Incomplete);
         refuse(1);
-        EXPECT_FALSE(ReadBackgroundColor(&color));
+        EXPECT_FALSE(ReadBackgroundColor(source.memory, &color));
     }
     ResetMemoryCounts();
-    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Whole);
+    EXPECT_EQ(DecodeAllFrames(source.memory, &list), DecodeResult::Whole);
     FreeFrames(&list);
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
     settings = Settings();
 }
 
 TEST(RefusedMemory, frames_before_a_refusal_stay_in_the_list) {
     const Picture picture = RandomPicture(5, 3, 1, 24);
     const BlockFrame frame = {BytesOf(picture.handle), {}};
-    sourceAnimation = MakeMemory(MakeAnimationBlock({frame, frame}));
+    const MemoryOwner source(MakeMemory(MakeAnimationBlock({frame, frame})));
     FrameList list = {};
     ResetMemoryCounts();
-    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Whole);
+    EXPECT_EQ(DecodeAllFrames(source.memory, &list), DecodeResult::Whole);
     const size_t last = CountMemory().allocations;
     FreeFrames(&list);
     RefuseAllocation(last);
-    EXPECT_EQ(DecodeAllFrames(&list), DecodeResult::Incomplete);
+    EXPECT_EQ(DecodeAllFrames(source.memory, &list), DecodeResult::Incomplete);
     ResetMemoryCounts();
     const int32_t count = list.count;
     EXPECT_EQ(count, 1);
     FreeFrames(&list);
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
 }
 
 // A kernel and two passes to which nothing is refused.
@@ -166,22 +158,20 @@ TEST(RefusedMemory, an_effect_fails_by_every_refusal_outside_its_kernel_and_rele
     const Picture picture = RandomPicture(5, 3, 1, 8);
     const BlockFrame frame = {BytesOf(picture.handle), {}};
     settings.localBackgroundUse = 0;
-    sourceAnimation = MakeMemory(MakeAnimationBlock({frame, frame}));
+    const MemoryOwner source(MakeMemory(MakeAnimationBlock({frame, frame})));
     for (const bool gathers : {false, true}) {
         gatheringWanted = gathers;
-        RefuseEachInTurn([&effect] {
+        RefuseEachInTurn([&effect, &source] {
             gatheredFrames = unreleased = 0;
             FrameList list = {};
             HostContext host = {};
-            EffectBuildContext context = {nullptr, &list, 0, &host};
+            EffectBuildContext context = {nullptr, &list, source.memory, &host};
             const int32_t result = BuildEffect(effect, &context);
             FreeFrames(&list);
             EXPECT_EQ(unreleased, 0);
             return result == 1;
         });
     }
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
     settings = Settings();
 }
 

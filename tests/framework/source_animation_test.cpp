@@ -10,15 +10,12 @@
 namespace kfx::test {
 namespace {
 
-// The current source animation for one test.
+// A source animation for one test.
 struct Source {
-    explicit Source(const std::vector<uint8_t>& block) { sourceAnimation = MakeMemory(block); }
-    ~Source() {
-        FreeMemory(sourceAnimation);
-        sourceAnimation = nullptr;
-    }
-    Source(const Source&) = delete;
-    Source& operator=(const Source&) = delete;
+    explicit Source(const std::vector<uint8_t>& block) : owner(MakeMemory(block)) {}
+    operator MemoryHandle() const { return owner.memory; }
+
+    const MemoryOwner owner;
 };
 
 struct Frames {
@@ -36,7 +33,7 @@ TEST(FirstFrame, comes_back_in_24_bits_at_every_depth) {
         const Source source(
             MakeAnimationBlock({MakeFrame(picture, 1), MakeFrame(RandomPicture(3, 3, 4), 5)}));
         const Picture expected(ConvertTo24Bits(picture.handle));
-        const Picture frame(FetchFirstFrame());
+        const Picture frame(FetchFirstFrame(source));
         EXPECT_TRUE(SamePicture(expected.handle, frame.handle)) << bitCount;
     }
 }
@@ -49,7 +46,7 @@ TEST(FirstFrame, a_one_bit_frame_with_a_white_and_black_palette_still_has_index_
         SetDibPixel(lock.image, 1, 0, 1);
     }
     const Source source(MakeAnimationBlock({MakeFrame(picture, 1)}));
-    const Picture frame(FetchFirstFrame());
+    const Picture frame(FetchFirstFrame(source));
     EXPECT_EQ(PixelOf(frame.handle, 0, 0), 0x000000u);
     EXPECT_EQ(PixelOf(frame.handle, 1, 0), 0xFFFFFFu);
 }
@@ -57,18 +54,18 @@ TEST(FirstFrame, a_one_bit_frame_with_a_white_and_black_palette_still_has_index_
 TEST(FirstFrame, leaves_the_padding_of_the_hosts_rows_behind) {
     const Picture picture = RandomPicture(3, 2, 1);
     const Source source(MakeAnimationBlock({MakeFrame(picture, 1)}));
-    const Picture frame(FetchFirstFrame());
+    const Picture frame(FetchFirstFrame(source));
     const ImageLock lock(frame.handle);
     for (int32_t r = 0; r < 2; ++r) {
         for (size_t i = 9; i < 12; ++i) EXPECT_EQ(StoredRow(lock.image, r)[i], 0) << "row " << r;
     }
 }
 
-TEST(FirstFrame, is_none_without_a_source) { EXPECT_EQ(FetchFirstFrame(), nullptr); }
+TEST(FirstFrame, is_none_without_a_source) { EXPECT_EQ(FetchFirstFrame(nullptr), nullptr); }
 
 TEST(FirstFrame, is_none_when_the_closing_tag_comes_first) {
     const Source source(MakeAnimationBlock({}));
-    EXPECT_EQ(FetchFirstFrame(), nullptr);
+    EXPECT_EQ(FetchFirstFrame(source), nullptr);
 }
 
 // The first block counts, not the header's number of frames.
@@ -76,7 +73,7 @@ TEST(FirstFrame, is_there_even_when_the_header_announces_none) {
     std::vector<uint8_t> block = MakeAnimationBlock({MakeFrame(RandomPicture(3, 3, 4), 5)});
     block[16] = 0;
     const Source source(block);
-    const Picture frame(FetchFirstFrame());
+    const Picture frame(FetchFirstFrame(source));
     EXPECT_NE(frame.handle, nullptr);
 }
 
@@ -86,7 +83,7 @@ TEST(FirstFrame, is_none_when_tag_or_bitmap_header_are_wrong) {
         std::vector<uint8_t> block = sound;
         ++block[at];
         const Source source(block);
-        EXPECT_EQ(FetchFirstFrame(), nullptr) << "damaged at " << at;
+        EXPECT_EQ(FetchFirstFrame(source), nullptr) << "damaged at " << at;
     }
 }
 
@@ -95,7 +92,7 @@ TEST(AllFrames, each_becomes_an_entry_with_its_four_fields) {
     const Picture second = RandomPicture(7, 2, 2);
     const Source source(MakeAnimationBlock({MakeFrame(first, 10), MakeFrame(second, 20)}));
     Frames frames;
-    ASSERT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
+    ASSERT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::Whole);
     ASSERT_EQ(frames.list.count, 2);
     EXPECT_EQ(MemorySize(frames.list.entries), 112u);
     FrameEntry entry;
@@ -117,8 +114,8 @@ TEST(AllFrames, each_becomes_an_entry_with_its_four_fields) {
 TEST(AllFrames, are_appended_to_what_the_list_holds) {
     const Source source(MakeAnimationBlock({MakeFrame(RandomPicture(3, 3, 4), 5)}));
     Frames frames;
-    ASSERT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
-    ASSERT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
+    ASSERT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::Whole);
+    ASSERT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::Whole);
     EXPECT_EQ(frames.list.count, 2);
 }
 
@@ -127,7 +124,7 @@ TEST(AllFrames, an_early_closing_tag_gives_an_empty_list_and_success) {
     block[16] = 3;
     const Source source(block);
     Frames frames;
-    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
+    EXPECT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::Whole);
     EXPECT_EQ(frames.list.count, 0);
 }
 
@@ -136,7 +133,7 @@ TEST(AllFrames, no_announced_frames_give_an_empty_list_and_success_even_if_block
     block[16] = 0;
     const Source source(block);
     Frames frames;
-    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
+    EXPECT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::Whole);
     EXPECT_EQ(frames.list.count, 0);
     EXPECT_EQ(frames.list.entries, nullptr);
 }
@@ -147,13 +144,13 @@ TEST(AllFrames, only_as_many_as_announced_are_read) {
     block[16] = 1;
     const Source source(block);
     Frames frames;
-    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Whole);
+    EXPECT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::Whole);
     EXPECT_EQ(frames.list.count, 1);
 }
 
 TEST(AllFrames, fail_without_a_source) {
     Frames frames;
-    EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::None);
+    EXPECT_EQ(DecodeAllFrames(nullptr, &frames.list), DecodeResult::None);
     EXPECT_EQ(frames.list.count, 0);
 }
 
@@ -167,7 +164,7 @@ TEST(AllFrames, a_damaged_second_frame_leaves_the_first_in_the_list) {
         ++block[at];
         const Source source(block);
         Frames frames;
-        EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::Incomplete);
+        EXPECT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::Incomplete);
         EXPECT_EQ(frames.list.count, 1);
     }
 }
@@ -180,14 +177,14 @@ TEST(AllFrames, a_damaged_header_or_first_frame_gives_an_empty_list) {
         ++block[at];
         const Source source(block);
         Frames frames;
-        EXPECT_EQ(DecodeAllFrames(&frames.list), DecodeResult::None) << "damaged at " << at;
+        EXPECT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::None) << "damaged at " << at;
         EXPECT_EQ(frames.list.count, 0);
     }
 }
 
-uint32_t Background() {
+uint32_t Background(MemoryHandle source) {
     uint32_t color = 0;
-    EXPECT_TRUE(ReadBackgroundColor(&color));
+    EXPECT_TRUE(ReadBackgroundColor(source, &color));
     return color;
 }
 
@@ -199,28 +196,28 @@ TEST(Background, is_the_users_choice_while_local_background_is_on) {
     const Settings saved = settings;
     settings.localBackgroundUse = 1;
     settings.localBackgroundColor = 0x20C0FF;
-    EXPECT_EQ(Background(), 0x20C0FFu);
+    EXPECT_EQ(Background(source), 0x20C0FFu);
     settings.localBackgroundUse = 0;
-    EXPECT_EQ(Background(), 0x123456u);
+    EXPECT_EQ(Background(source), 0x123456u);
     settings = saved;
 }
 
 TEST(Background, is_mid_grey_without_a_choice_a_source_or_a_background_of_its_own) {
     const Settings saved = settings;
     settings.localBackgroundUse = 0;
-    EXPECT_EQ(Background(), 0x7F7F7Fu);
+    EXPECT_EQ(Background(nullptr), 0x7F7F7Fu);
     BlockOptions options;
     options.background = 0x123456;
     {
         const Source source(MakeAnimationBlock({}, options));
-        EXPECT_EQ(Background(), 0x7F7F7Fu) << "the colour is there, its flag is not";
+        EXPECT_EQ(Background(source), 0x7F7F7Fu) << "the colour is there, its flag is not";
     }
     options.hasBackground = true;
     std::vector<uint8_t> other = MakeAnimationBlock({}, options);
     other[0] = 'p';
     {
         const Source source(other);
-        EXPECT_EQ(Background(), 0x7F7F7Fu) << "not an animation";
+        EXPECT_EQ(Background(source), 0x7F7F7Fu) << "not an animation";
     }
     settings = saved;
 }

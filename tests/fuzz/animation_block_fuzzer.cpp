@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "framework/frame_list.h"
+#include "framework/memory_guards.h"
 #include "framework/movable_memory.h"
 #include "framework/source_animation.h"
 #include "host/animation_block.h"
@@ -16,17 +17,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
 
     // Frames are decoded from blocks that the walk refuses as well: the decoder must hold by itself.
-    sourceAnimation = AllocateMemory(size);
-    std::memcpy(LockMemory(sourceAnimation), data, size);
-    UnlockMemory(sourceAnimation);
-    FreeMemory(FetchFirstFrame());
+    const MemoryOwner source(AllocateMemory(size));
+    std::memcpy(LockMemory(source.memory), data, size);
+    UnlockMemory(source.memory);
+    FreeMemory(FetchFirstFrame(source.memory));
     uint32_t background;
-    if (!ReadBackgroundColor(&background)) std::abort();
+    if (!ReadBackgroundColor(source.memory, &background)) std::abort();
     FrameList frames = {};
-    const DecodeResult decoded = DecodeAllFrames(&frames);
+    const DecodeResult decoded = DecodeAllFrames(source.memory, &frames);
     if (sound && decoded != DecodeResult::Whole) std::abort();
     FreeFrames(&frames);
-    FreeMemory(sourceAnimation);
-    sourceAnimation = nullptr;
     return 0;
 }

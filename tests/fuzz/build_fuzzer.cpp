@@ -7,7 +7,6 @@
 #include "builder/build_driver.h"
 #include "framework/memory_guards.h"
 #include "framework/movable_memory_native.h"
-#include "framework/source_animation.h"
 #include "host/host_records.h"
 
 namespace {
@@ -53,14 +52,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             if (!lock.address) return 0;
             std::memcpy(lock.address, data + 2, size - 2);
         }
-        kfx::sourceAnimation = source.memory;
         kfx::HostContext host = {};
         host.callback = ReadAll;
         kfx::EffectDescriptor effect = {};
         effect.query = [](void*, int32_t) { return int32_t{0x302010}; };
-        const kfx::BuildEnvironment environment = {nullptr, &host, &effect, [](void*, kfx::BuildMessage) {}};
+        const kfx::BuildEnvironment environment = {.window = nullptr,
+                                                   .host = &host,
+                                                   .source = source.memory,
+                                                   .effect = &effect,
+                                                   .showMessage = [](void*, kfx::BuildMessage) {}};
         kfx::RunBuild(environment, OptionsFrom(data[0], data[1]));
-        kfx::sourceAnimation = nullptr;
     }
     if (kfx::CountMemory().liveBlocks != before || kfx::CountMemory().lockedBlocks != 0) std::abort();
     return 0;
