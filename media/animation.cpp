@@ -11,63 +11,63 @@ namespace kfx {
 namespace {
 
 struct Signature {
-    std::size_t offset;
+    size_t offset;
     const char* bytes;
 };
 
 struct Format {
-    Signature signatures[2];  // both must stand; an empty one always does
-    bool (*read)(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
+    Signature signatures[2];  // a file of the format has both; an empty one matches any file
+    bool (*read)(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
                  std::string* error);
 };
 
+constexpr Signature kAnyFile = {.offset = 0, .bytes = ""};
+
 constexpr Format kFormats[] = {
-    {{{0, "GIF8"}, {0, ""}}, ReadGif},
-    {{{0, "RIFF"}, {8, "WEBP"}}, ReadWebp},
-    {{{0, "\x89PNG\r\n\x1a\n"}, {0, ""}}, ReadPng},
-    {{{0, "BM"}, {0, ""}}, ReadBmp},
+    {.signatures = {{.offset = 0, .bytes = "GIF8"}, kAnyFile}, .read = ReadGif},
+    {.signatures = {{.offset = 0, .bytes = "RIFF"}, {.offset = 8, .bytes = "WEBP"}}, .read = ReadWebp},
+    {.signatures = {{.offset = 0, .bytes = "\x89PNG\r\n\x1a\n"}, kAnyFile}, .read = ReadPng},
+    {.signatures = {{.offset = 0, .bytes = "BM"}, kAnyFile}, .read = ReadBmp},
 };
 
-bool Matches(const Signature& signature, const std::uint8_t* data, std::size_t size) {
-    const std::size_t length = std::strlen(signature.bytes);
+bool Matches(const Signature& signature, const uint8_t* data, size_t size) {
+    const size_t length = std::strlen(signature.bytes);
     return size >= signature.offset + length &&
            std::memcmp(data + signature.offset, signature.bytes, length) == 0;
 }
 
-const Format* FormatOf(const std::uint8_t* data, std::size_t size) {
-    for (const Format& format : kFormats) {
-        if (Matches(format.signatures[0], data, size) && Matches(format.signatures[1], data, size)) {
+const Format* FormatOf(const uint8_t* data, size_t size) {
+    for (const Format& format : kFormats)
+        if (Matches(format.signatures[0], data, size) && Matches(format.signatures[1], data, size))
             return &format;
-        }
-    }
     return nullptr;
 }
 
-bool ReadFormat(const std::uint8_t* data, std::size_t size, const ReadLimits& limits, Animation* animation,
+bool ReadFormat(const uint8_t* data, size_t size, const ReadLimits& limits, Animation* animation,
                 std::string* error) {
     if (size == 0) {
         *error = "the file is empty";
         return false;
     }
     const Format* format = FormatOf(data, size);
-    if (format == nullptr) {
+    if (!format) {
         *error = "the file is not a GIF, WebP, PNG or BMP picture";
         return false;
     }
-    PixelBudget budget{limits, 0};
+    PixelBudget budget = {.limits = limits};
     return format->read(data, size, &budget, animation, error);
 }
 
 }  // namespace
 
-bool SpendPixels(PixelBudget* budget, std::uint64_t width, std::uint64_t height, std::string* error) {
-    const auto maxSide = static_cast<std::uint64_t>(budget->limits.maxSide);
+bool SpendPixels(PixelBudget* budget, uint64_t width, uint64_t height, std::string* error) {
+    const auto maxSide = static_cast<uint64_t>(budget->limits.maxSide);
     if (width > maxSide || height > maxSide) {
         *error = "the picture of " + std::to_string(width) + " x " + std::to_string(height) +
                  " pixels is too large: a side may have " + std::to_string(maxSide);
         return false;
     }
-    const std::uint64_t area = width * height;
+    const uint64_t area = width * height;
     if (area > budget->limits.maxPixels - budget->spent) {
         *error = "the frames together have more than " + std::to_string(budget->limits.maxPixels) +
                  " pixels, which is too much to hold";
@@ -78,19 +78,19 @@ bool SpendPixels(PixelBudget* budget, std::uint64_t width, std::uint64_t height,
 }
 
 void NoteTransparency(Frame* frame) {
-    std::uint8_t allAlphas = 255;
-    for (std::size_t i = 3; i < frame->pixels.size(); i += 4) allAlphas &= frame->pixels[i];
+    uint8_t allAlphas = 255;
+    for (size_t i = 3; i < frame->pixels.size(); i += 4) allAlphas &= frame->pixels[i];
     frame->transparent = allAlphas != 255;
 }
 
-std::string DamageWarning(std::size_t frames) {
+std::string DamageWarning(size_t frames) {
     if (frames == 1) return "the file is damaged or cut after its first frame; only that frame is used";
     return "the file is damaged or cut after frame " + std::to_string(frames) +
            "; only the frames up to there are used";
 }
 
-bool ReadAnimationFromMemory(const std::uint8_t* data, std::size_t size, Animation* animation,
-                             std::string* error, const ReadLimits& limits) {
+bool ReadAnimationFromMemory(const uint8_t* data, size_t size, Animation* animation, std::string* error,
+                             const ReadLimits& limits) {
     *animation = Animation();
     bool success = false;
     try {
@@ -105,7 +105,7 @@ bool ReadAnimationFromMemory(const std::uint8_t* data, std::size_t size, Animati
 bool ReadAnimation(const std::string& path, Animation* animation, std::string* error,
                    const ReadLimits& limits) {
     *animation = Animation();
-    std::vector<std::uint8_t> file;
+    std::vector<uint8_t> file;
     if (!ReadWholeFile(path, &file, error)) return false;
     if (ReadAnimationFromMemory(file.data(), file.size(), animation, error, limits)) return true;
     *error = path + ": " + *error + ".";

@@ -10,9 +10,9 @@
 namespace kfx {
 
 struct RgbColor {
-    std::uint8_t red = 0;
-    std::uint8_t green = 0;
-    std::uint8_t blue = 0;
+    uint8_t red = 0;
+    uint8_t green = 0;
+    uint8_t blue = 0;
 };
 
 inline bool operator==(RgbColor a, RgbColor b) {
@@ -30,14 +30,14 @@ enum Disposal {
 // One moment of an animation, composited to the full canvas as a viewer shows it.
 struct Frame {
     // Red, green, blue, alpha (straight, not premultiplied), top row first: 4 * width * height bytes.
-    std::vector<std::uint8_t> pixels;
+    std::vector<uint8_t> pixels;
     // When `indexed`: width * height indices into the animation's global palette, else empty. Set exactly
     // when the composited frame is opaque and each of its pixels is a global palette entry.
-    std::vector<std::uint8_t> indices;
+    std::vector<uint8_t> indices;
     bool indexed = false;
     // At least one pixel has an alpha below 255.
     bool transparent = false;
-    // What the file says about the frame: its place on the canvas, what happens after it, its time.
+    // From the file: the frame's place on the canvas, what happens to the canvas after it, and its time.
     int left = 0;
     int top = 0;
     int disposal = kDisposalUnspecified;
@@ -62,10 +62,11 @@ struct Animation {
     std::string warning;
 };
 
-// What a file may ask for; checked against its headers before anything of that size is allocated.
+// The largest animation that is read; checked against the file's headers before memory of that size is
+// allocated.
 struct ReadLimits {
-    int maxSide = 16384;                                 // pixels, width and height
-    std::uint64_t maxPixels = std::uint64_t{512} << 20;  // summed over all frames
+    int maxSide = 16384;                       // pixels, width and height
+    uint64_t maxPixels = uint64_t{512} << 20;  // summed over all frames
 };
 
 // Reads the file at `path` (UTF-8); the content, not the name, decides the format. Returns false with one
@@ -75,7 +76,7 @@ bool ReadAnimation(const std::string& path, Animation* animation, std::string* e
                    const ReadLimits& limits = ReadLimits());
 
 // The same from a whole file in memory; the error is then a clause without path and full stop.
-bool ReadAnimationFromMemory(const std::uint8_t* data, std::size_t size, Animation* animation,
-                             std::string* error, const ReadLimits& limits = ReadLimits());
+bool ReadAnimationFromMemory(const uint8_t* data, size_t size, Animation* animation, std::string* error,
+                             const ReadLimits& limits = ReadLimits());
 
 }  // namespace kfx

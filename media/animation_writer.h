@@ -16,7 +16,7 @@ namespace kfx {
 
 // A frame to draw on the canvas. Indices cover the whole canvas, top row first: width * height bytes.
 struct GifFrame {
-    std::vector<std::uint8_t> indices;
+    std::vector<uint8_t> indices;
     std::vector<RgbColor> palette;  // the frame's own, at most 256; empty: the global one
     int transparentIndex = -1;      // pixels with this index leave the canvas as it is; -1: none
     int delay = 0;                  // hundredths of a second, 0 to 65535
@@ -34,27 +34,26 @@ struct GifAnimation {
 
 // Each frame but the first is stored as the smallest rectangle that shows the same pictures.
 bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error);
-bool EncodeGif(const GifAnimation& gif, std::vector<std::uint8_t>* file, std::string* error);
+bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error);
 
 // Uses the size, the loop count and each frame's pixels and delay. Sides are limited to 16383. A frame that
 // equals its predecessor is stored as a longer delay. Colours of fully transparent pixels are not kept.
 bool WriteWebp(const std::string& path, const Animation& animation, std::string* error);
-bool EncodeWebp(const Animation& animation, std::vector<std::uint8_t>* file, std::string* error);
+bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error);
 
 // A single RGBA picture, top row first: 4 * width * height bytes.
 struct Picture {
     int width = 0;
     int height = 0;
-    std::vector<std::uint8_t> pixels;
+    std::vector<uint8_t> pixels;
 };
 
 bool WritePng(const std::string& path, const Picture& picture, std::string* error);
-bool EncodePng(int width, int height, const std::uint8_t* rgba, std::vector<std::uint8_t>* file,
-               std::string* error);
+bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>* file, std::string* error);
 
 // The names that WritePngFrames uses: `path` itself for one frame, else "NAME-000.png", "NAME-001.png", ...
 // beside it, with as many digits as the last number needs, but at least three.
-std::vector<std::string> PngFramePaths(const std::string& path, std::size_t frameCount);
+std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCount);
 
 // All frames or none: when one cannot be written, those before it are removed again.
 bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error);

@@ -69,9 +69,9 @@ void FillSquare(Picture* picture, int left, int top, int side, RgbColor color) {
     const int bottom = std::min(top + side, picture->height);
     for (int y = std::max(top, 0); y < bottom; ++y) {
         for (int x = std::max(left, 0); x < right; ++x) {
-            const std::size_t pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(picture->width) +
-                                      static_cast<std::size_t>(x);
-            std::uint8_t* target = picture->pixels.data() + 4 * pixel;
+            const size_t pixel =
+                static_cast<size_t>(y) * static_cast<size_t>(picture->width) + static_cast<size_t>(x);
+            uint8_t* target = picture->pixels.data() + 4 * pixel;
             target[0] = color.red;
             target[1] = color.green;
             target[2] = color.blue;

@@ -8,12 +8,12 @@
 namespace kfx {
 namespace {
 
-constexpr std::size_t kFileHeaderSize = 14;
-constexpr std::uint32_t kCoreHeaderSize = 12;
-constexpr std::uint32_t kInfoHeaderSize = 40;
-constexpr std::uint32_t kInfoHeaderWithAlphaMaskSize = 56;
+constexpr size_t kFileHeaderSize = 14;
+constexpr uint32_t kCoreHeaderSize = 12;
+constexpr uint32_t kInfoHeaderSize = 40;
+constexpr uint32_t kInfoHeaderWithAlphaMaskSize = 56;
 
-enum Compression : std::uint32_t {
+enum Compression : uint32_t {
     kPlain = 0,
     kRunLength8 = 1,
     kRunLength4 = 2,
@@ -22,32 +22,30 @@ enum Compression : std::uint32_t {
 };
 
 struct BmpHeader {
-    std::uint32_t headerSize = 0;
+    uint32_t headerSize = 0;
     int width = 0;
     int height = 0;
     bool topDown = false;
     unsigned bitCount = 0;
-    std::uint32_t compression = kPlain;
-    std::uint32_t masks[4] = {};  // red, green, blue, alpha
-    std::size_t pixelOffset = 0;
+    uint32_t compression = kPlain;
+    uint32_t masks[4] = {};  // red, green, blue, alpha
+    size_t pixelOffset = 0;
     std::vector<RgbColor> palette;
 };
 
-std::uint32_t ReadU16(const std::uint8_t* bytes) {
-    return static_cast<std::uint32_t>(bytes[0] | bytes[1] << 8);
-}
+uint32_t ReadU16(const uint8_t* bytes) { return static_cast<uint32_t>(bytes[0] | bytes[1] << 8); }
 
-std::uint32_t ReadU32(const std::uint8_t* bytes) { return ReadU16(bytes) | ReadU16(bytes + 2) << 16; }
+uint32_t ReadU32(const uint8_t* bytes) { return ReadU16(bytes) | ReadU16(bytes + 2) << 16; }
 
 // Sizes, order and storage from either kind of header; false when no file of this kind has such values.
-bool ReadSizes(const std::uint8_t* info, BmpHeader* header) {
+bool ReadSizes(const uint8_t* info, BmpHeader* header) {
     if (header->headerSize == kCoreHeaderSize) {
         header->width = static_cast<int>(ReadU16(info + 4));
         header->height = static_cast<int>(ReadU16(info + 6));
         header->bitCount = ReadU16(info + 10);
     } else {
-        const auto width = static_cast<std::int32_t>(ReadU32(info + 4));
-        const auto height = static_cast<std::int32_t>(ReadU32(info + 8));
+        const auto width = static_cast<int32_t>(ReadU32(info + 4));
+        const auto height = static_cast<int32_t>(ReadU32(info + 8));
         if (width < 0 || height == INT32_MIN) return false;
         header->width = width;
         header->height = height < 0 ? -height : height;
@@ -75,45 +73,45 @@ bool IsKnownStorage(const BmpHeader& header) {
     }
 }
 
-// The masks stand inside later headers and behind an early one.
-bool ReadMasks(const std::uint8_t* data, std::size_t size, BmpHeader* header) {
+// Later headers contain the masks; the 40-byte header is followed by them.
+bool ReadMasks(const uint8_t* data, size_t size, BmpHeader* header) {
     if (header->compression == kPlain) {
-        const std::uint32_t bits16[] = {0x7C00, 0x03E0, 0x001F, 0};
-        const std::uint32_t bits32[] = {0xFF0000, 0x00FF00, 0x0000FF, 0};
+        const uint32_t bits16[] = {0x7C00, 0x03E0, 0x001F, 0};
+        const uint32_t bits32[] = {0xFF0000, 0x00FF00, 0x0000FF, 0};
         std::copy_n(header->bitCount == 16 ? bits16 : bits32, 4, header->masks);
         return true;
     }
     const bool hasAlpha =
         header->compression == kAlphaBitFields || header->headerSize >= kInfoHeaderWithAlphaMaskSize;
-    const std::size_t count = hasAlpha ? 4 : 3;
-    const std::size_t start = kFileHeaderSize + kInfoHeaderSize;
+    const size_t count = hasAlpha ? 4 : 3;
+    const size_t start = kFileHeaderSize + kInfoHeaderSize;
     if (size < start + 4 * count) return false;
-    for (std::size_t i = 0; i < count; ++i) header->masks[i] = ReadU32(data + start + 4 * i);
+    for (size_t i = 0; i < count; ++i) header->masks[i] = ReadU32(data + start + 4 * i);
     return true;
 }
 
-// Colours stand behind the header (and behind masks that follow it); a missing count means all.
-bool ReadPalette(const std::uint8_t* data, std::size_t size, BmpHeader* header) {
+// Colours follow the header, or the masks when masks follow the header; a count of 0 means all.
+bool ReadPalette(const uint8_t* data, size_t size, BmpHeader* header) {
     if (header->bitCount > 8) return true;
     const bool isCore = header->headerSize == kCoreHeaderSize;
-    const std::size_t entrySize = isCore ? 3 : 4;
-    const std::size_t start = kFileHeaderSize + header->headerSize;
-    std::size_t count = std::size_t{1} << header->bitCount;
+    const size_t entrySize = isCore ? 3 : 4;
+    const size_t start = kFileHeaderSize + header->headerSize;
+    size_t count = size_t{1} << header->bitCount;
     if (!isCore) {
-        const std::size_t used = ReadU32(data + kFileHeaderSize + 32);
+        const size_t used = ReadU32(data + kFileHeaderSize + 32);
         if (used != 0) count = std::min(used, count);
     }
     // The pixels may begin before a full-length palette would end.
     if (header->pixelOffset > start) count = std::min(count, (header->pixelOffset - start) / entrySize);
     if (count == 0 || size < start || (size - start) / entrySize < count) return false;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint8_t* entry = data + start + entrySize * i;
+    for (size_t i = 0; i < count; ++i) {
+        const uint8_t* entry = data + start + entrySize * i;
         header->palette.push_back({entry[2], entry[1], entry[0]});
     }
     return true;
 }
 
-bool ReadHeader(const std::uint8_t* data, std::size_t size, BmpHeader* header) {
+bool ReadHeader(const uint8_t* data, size_t size, BmpHeader* header) {
     if (size < kFileHeaderSize + kCoreHeaderSize) return false;
     header->pixelOffset = ReadU32(data + 10);
     header->headerSize = ReadU32(data + kFileHeaderSize);
@@ -126,40 +124,38 @@ bool ReadHeader(const std::uint8_t* data, std::size_t size, BmpHeader* header) {
 
 // Where a channel stands in a pixel's value.
 struct Channel {
-    std::uint32_t mask;
+    uint32_t mask;
     unsigned shift;
-    std::uint64_t range;
+    uint64_t range;
 };
 
-Channel MakeChannel(std::uint32_t mask) {
+Channel MakeChannel(uint32_t mask) {
     unsigned shift = 0;
     while (mask != 0 && (mask >> shift & 1) == 0) ++shift;
-    return {mask, shift, std::uint64_t{mask >> shift}};
+    return {mask, shift, uint64_t{mask >> shift}};
 }
 
 // The channel's level stretched to 0 to 255; `absent` when the file has no such channel.
-std::uint8_t LevelOf(const Channel& channel, std::uint32_t value, std::uint8_t absent) {
+uint8_t LevelOf(const Channel& channel, uint32_t value, uint8_t absent) {
     if (channel.mask == 0) return absent;
-    const std::uint64_t level = (value & channel.mask) >> channel.shift;
-    return static_cast<std::uint8_t>((level * 255 + channel.range / 2) / channel.range);
+    const uint64_t level = (value & channel.mask) >> channel.shift;
+    return static_cast<uint8_t>((level * 255 + channel.range / 2) / channel.range);
 }
 
-std::uint8_t* RowOf(const BmpHeader& header, std::vector<std::uint8_t>* pixels, std::size_t bytes,
-                    int storedRow) {
+uint8_t* RowOf(const BmpHeader& header, std::vector<uint8_t>* pixels, size_t bytes, int storedRow) {
     const int row = header.topDown ? storedRow : header.height - 1 - storedRow;
-    return pixels->data() + bytes * static_cast<std::size_t>(row) * static_cast<std::size_t>(header.width);
+    return pixels->data() + bytes * static_cast<size_t>(row) * static_cast<size_t>(header.width);
 }
 
-bool DecodeColors(const BmpHeader& header, const std::uint8_t* data, std::size_t size,
-                  std::vector<std::uint8_t>* pixels) {
-    const std::size_t stride = (static_cast<std::size_t>(header.width) * header.bitCount + 31) / 32 * 4;
-    if (size / stride < static_cast<std::size_t>(header.height)) return false;
+bool DecodeColors(const BmpHeader& header, const uint8_t* data, size_t size, std::vector<uint8_t>* pixels) {
+    const size_t stride = (static_cast<size_t>(header.width) * header.bitCount + 31) / 32 * 4;
+    if (size / stride < static_cast<size_t>(header.height)) return false;
     const unsigned bytes = header.bitCount / 8;
     const Channel channels[] = {MakeChannel(header.masks[0]), MakeChannel(header.masks[1]),
                                 MakeChannel(header.masks[2]), MakeChannel(header.masks[3])};
     for (int y = 0; y < header.height; ++y, data += stride) {
-        std::uint8_t* target = RowOf(header, pixels, 4, y);
-        const std::uint8_t* source = data;
+        uint8_t* target = RowOf(header, pixels, 4, y);
+        const uint8_t* source = data;
         for (int x = 0; x < header.width; ++x, source += bytes, target += 4) {
             if (bytes == 3) {
                 target[0] = source[2];
@@ -168,26 +164,25 @@ bool DecodeColors(const BmpHeader& header, const std::uint8_t* data, std::size_t
                 target[3] = 255;
                 continue;
             }
-            const std::uint32_t value = bytes == 2 ? ReadU16(source) : ReadU32(source);
-            for (int channel = 0; channel < 4; ++channel) {
+            const uint32_t value = bytes == 2 ? ReadU16(source) : ReadU32(source);
+            for (int channel = 0; channel < 4; ++channel)
                 target[channel] = LevelOf(channels[channel], value, channel == 3 ? 255 : 0);
-            }
         }
     }
     return true;
 }
 
-bool DecodePlainIndices(const BmpHeader& header, const std::uint8_t* data, std::size_t size,
-                        std::vector<std::uint8_t>* indices) {
-    const std::size_t stride = (static_cast<std::size_t>(header.width) * header.bitCount + 31) / 32 * 4;
-    if (size / stride < static_cast<std::size_t>(header.height)) return false;
+bool DecodePlainIndices(const BmpHeader& header, const uint8_t* data, size_t size,
+                        std::vector<uint8_t>* indices) {
+    const size_t stride = (static_cast<size_t>(header.width) * header.bitCount + 31) / 32 * 4;
+    if (size / stride < static_cast<size_t>(header.height)) return false;
     const unsigned perByte = 8 / header.bitCount;
     const unsigned mask = (1u << header.bitCount) - 1;
     for (int y = 0; y < header.height; ++y, data += stride) {
-        std::uint8_t* target = RowOf(header, indices, 1, y);
+        uint8_t* target = RowOf(header, indices, 1, y);
         for (unsigned x = 0; x < static_cast<unsigned>(header.width); ++x) {
             const unsigned shift = 8 - header.bitCount * (x % perByte + 1);
-            target[x] = static_cast<std::uint8_t>(data[x / perByte] >> shift & mask);
+            target[x] = static_cast<uint8_t>(data[x / perByte] >> shift & mask);
         }
     }
     return true;
@@ -197,19 +192,19 @@ bool DecodePlainIndices(const BmpHeader& header, const std::uint8_t* data, std::
 // picture (1), a jump (2, followed by its x and y) or that many single values, padded to 16 bits. Values are
 // bytes, or two pixels each with 4 bits. Pixels that are jumped over keep index 0; a missing end is no
 // damage.
-void DecodeRunLength(const BmpHeader& header, const std::uint8_t* data, std::size_t size,
-                     std::vector<std::uint8_t>* indices) {
+void DecodeRunLength(const BmpHeader& header, const uint8_t* data, size_t size,
+                     std::vector<uint8_t>* indices) {
     int x = 0;
     int y = 0;
     const bool halves = header.bitCount == 4;
-    const auto put = [&](std::uint8_t value, unsigned position) {
+    const auto put = [&](uint8_t value, unsigned position) {
         if (halves) value = position % 2 == 0 ? value >> 4 : value & 15;
         if (x < header.width && y < header.height) RowOf(header, indices, 1, y)[x++] = value;
     };
-    std::size_t at = 0;
+    size_t at = 0;
     while (size - at >= 2 && y < header.height) {
         const unsigned count = data[at];
-        const std::uint8_t value = data[at + 1];
+        const uint8_t value = data[at + 1];
         at += 2;
         if (count > 0) {
             for (unsigned i = 0; i < count; ++i) put(value, i);
@@ -224,7 +219,7 @@ void DecodeRunLength(const BmpHeader& header, const std::uint8_t* data, std::siz
             y += data[at + 1];
             at += 2;
         } else {
-            const std::size_t bytes = halves ? (value + 1u) / 2 : value;
+            const size_t bytes = halves ? (value + 1u) / 2 : value;
             if (size - at < bytes) return;
             for (unsigned i = 0; i < value; ++i) put(data[at + (halves ? i / 2 : i)], i);
             at = std::min(size, at + bytes + bytes % 2);
@@ -232,7 +227,7 @@ void DecodeRunLength(const BmpHeader& header, const std::uint8_t* data, std::siz
     }
 }
 
-bool DecodeIndices(const BmpHeader& header, const std::uint8_t* data, std::size_t size, Frame* frame) {
+bool DecodeIndices(const BmpHeader& header, const uint8_t* data, size_t size, Frame* frame) {
     frame->indices.assign(frame->pixels.size() / 4, 0);
     if (header.compression == kPlain) {
         if (!DecodePlainIndices(header, data, size, &frame->indices)) return false;
@@ -240,10 +235,10 @@ bool DecodeIndices(const BmpHeader& header, const std::uint8_t* data, std::size_
         DecodeRunLength(header, data, size, &frame->indices);
     }
     frame->indexed = true;
-    for (std::size_t i = 0; i < frame->indices.size(); ++i) {
+    for (size_t i = 0; i < frame->indices.size(); ++i) {
         const bool known = frame->indices[i] < header.palette.size();
         const RgbColor color = known ? header.palette[frame->indices[i]] : RgbColor();
-        std::uint8_t* pixel = frame->pixels.data() + 4 * i;
+        uint8_t* pixel = frame->pixels.data() + 4 * i;
         pixel[0] = color.red;
         pixel[1] = color.green;
         pixel[2] = color.blue;
@@ -256,24 +251,22 @@ bool DecodeIndices(const BmpHeader& header, const std::uint8_t* data, std::size_
 
 }  // namespace
 
-bool ReadBmp(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
+bool ReadBmp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
              std::string* error) {
     BmpHeader header;
     if (!ReadHeader(data, size, &header)) {
         *error = "the BMP file is damaged or of an unknown kind";
         return false;
     }
-    if (!SpendPixels(budget, static_cast<std::uint64_t>(header.width),
-                     static_cast<std::uint64_t>(header.height), error)) {
+    if (!SpendPixels(budget, static_cast<uint64_t>(header.width), static_cast<uint64_t>(header.height),
+                     error))
         return false;
-    }
     animation->width = header.width;
     animation->height = header.height;
     Frame frame;
-    frame.pixels.resize(std::size_t{4} * static_cast<std::size_t>(header.width) *
-                        static_cast<std::size_t>(header.height));
-    const std::uint8_t* stored = data + header.pixelOffset;
-    const std::size_t storedSize = size - header.pixelOffset;
+    frame.pixels.resize(size_t{4} * static_cast<size_t>(header.width) * static_cast<size_t>(header.height));
+    const uint8_t* stored = data + header.pixelOffset;
+    const size_t storedSize = size - header.pixelOffset;
     const bool complete = header.bitCount > 8 ? DecodeColors(header, stored, storedSize, &frame.pixels)
                                               : DecodeIndices(header, stored, storedSize, &frame);
     if (!complete) {

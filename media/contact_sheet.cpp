@@ -36,20 +36,19 @@ Picture MakeSheet(int width, int height) {
     Picture sheet;
     sheet.width = width;
     sheet.height = height;
-    sheet.pixels.resize(4 * static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    sheet.pixels.resize(4 * static_cast<size_t>(width) * static_cast<size_t>(height));
     return sheet;
 }
 
-std::uint8_t* PixelAt(Picture* picture, int x, int y) {
+uint8_t* PixelAt(Picture* picture, int x, int y) {
     return picture->pixels.data() +
-           4 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(picture->width) +
-                static_cast<std::size_t>(x));
+           4 * (static_cast<size_t>(y) * static_cast<size_t>(picture->width) + static_cast<size_t>(x));
 }
 
 void FillPlace(Picture* sheet, const Place& place, RgbColor color) {
     for (int y = place.top; y < place.top + place.height; ++y) {
         for (int x = place.left; x < place.left + place.width; ++x) {
-            std::uint8_t* pixel = PixelAt(sheet, x, y);
+            uint8_t* pixel = PixelAt(sheet, x, y);
             pixel[0] = color.red;
             pixel[1] = color.green;
             pixel[2] = color.blue;
@@ -60,45 +59,44 @@ void FillPlace(Picture* sheet, const Place& place, RgbColor color) {
 
 // The largest size within the bounds that keeps the picture's shape; never larger than the picture.
 Place FitInto(const SheetPicture& picture, int maxWidth, int maxHeight) {
-    std::int64_t width = picture.width;
-    std::int64_t height = picture.height;
+    int64_t width = picture.width;
+    int64_t height = picture.height;
     if (width > maxWidth) {
-        height = std::max<std::int64_t>(1, height * maxWidth / width);
+        height = std::max<int64_t>(1, height * maxWidth / width);
         width = maxWidth;
     }
     if (height > maxHeight) {
-        width = std::max<std::int64_t>(1, width * maxHeight / height);
+        width = std::max<int64_t>(1, width * maxHeight / height);
         height = maxHeight;
     }
     return {0, 0, static_cast<int>(width), static_cast<int>(height)};
 }
 
 // One reduced pixel: the mean of the source pixels under it, each laid over the chequered ground first.
-void AverageArea(const SheetPicture& picture, const Place& area, int ground, std::uint8_t* target) {
-    std::uint64_t sums[3] = {};
+void AverageArea(const SheetPicture& picture, const Place& area, int ground, uint8_t* target) {
+    uint64_t sums[3] = {};
     for (int y = area.top; y < area.top + area.height; ++y) {
-        const std::uint8_t* source =
-            picture.pixels + 4 * (static_cast<std::size_t>(y) * static_cast<std::size_t>(picture.width) +
-                                  static_cast<std::size_t>(area.left));
+        const uint8_t* source =
+            picture.pixels + 4 * (static_cast<size_t>(y) * static_cast<size_t>(picture.width) +
+                                  static_cast<size_t>(area.left));
         for (int x = 0; x < area.width; ++x, source += 4) {
             const int alpha = source[3];
             for (int channel = 0; channel < 3; ++channel) {
                 const int level = source[channel] * alpha + ground * (255 - alpha);
-                sums[channel] += static_cast<std::uint64_t>(level);
+                sums[channel] += static_cast<uint64_t>(level);
             }
         }
     }
-    const std::uint64_t weight =
-        std::uint64_t{255} * static_cast<std::uint64_t>(area.width) * static_cast<std::uint64_t>(area.height);
-    for (int channel = 0; channel < 3; ++channel) {
-        target[channel] = static_cast<std::uint8_t>((sums[channel] + weight / 2) / weight);
-    }
+    const uint64_t weight =
+        uint64_t{255} * static_cast<uint64_t>(area.width) * static_cast<uint64_t>(area.height);
+    for (int channel = 0; channel < 3; ++channel)
+        target[channel] = static_cast<uint8_t>((sums[channel] + weight / 2) / weight);
     target[3] = 255;
 }
 
 void DrawThumbnail(Picture* sheet, const SheetPicture& picture, const Place& place) {
     const auto sourceEdge = [](int position, int shown, int stored) {
-        return static_cast<int>(static_cast<std::int64_t>(position) * stored / shown);
+        return static_cast<int>(static_cast<int64_t>(position) * stored / shown);
     };
     for (int y = 0; y < place.height; ++y) {
         const int top = sourceEdge(y, place.height, picture.height);
@@ -117,8 +115,8 @@ void DrawThumbnail(Picture* sheet, const SheetPicture& picture, const Place& pla
 std::string CutText(const std::string& text, int width, int scale) {
     const int fitting = (width / scale + kGlyphAdvance - kGlyphWidth) / kGlyphAdvance;
     if (static_cast<int>(text.size()) <= fitting) return text;
-    if (fitting < 3) return text.substr(0, static_cast<std::size_t>(std::max(fitting, 0)));
-    return text.substr(0, static_cast<std::size_t>(fitting - 2)) + "..";
+    if (fitting < 3) return text.substr(0, static_cast<size_t>(std::max(fitting, 0)));
+    return text.substr(0, static_cast<size_t>(fitting - 2)) + "..";
 }
 
 void DrawCell(Picture* sheet, const SheetPicture& picture, const Place& cell) {
@@ -138,10 +136,10 @@ int RowHeight(const SheetRow& row, int cellHeight) {
 }
 
 bool IsShowable(const SheetPicture& picture) {
-    return picture.width > 0 && picture.height > 0 && picture.pixels != nullptr;
+    return picture.width > 0 && picture.height > 0 && picture.pixels;
 }
 
-SheetPicture PictureOf(const Animation& animation, std::size_t frame) {
+SheetPicture PictureOf(const Animation& animation, size_t frame) {
     SheetPicture picture;
     picture.width = animation.width;
     picture.height = animation.height;
@@ -150,18 +148,18 @@ SheetPicture PictureOf(const Animation& animation, std::size_t frame) {
     return picture;
 }
 
-int TimeBefore(const Animation& animation, std::size_t frame) {
+int TimeBefore(const Animation& animation, size_t frame) {
     int time = 0;
-    for (std::size_t i = 0; i < frame; ++i) time += animation.frames[i].delay;
+    for (size_t i = 0; i < frame; ++i) time += animation.frames[i].delay;
     return time;
 }
 
 // The frame of the result that belongs to a frame of the source: the same number, or where equal frames were
 // stored as one, the frame that is shown at the same moment.
-std::size_t FrameBeside(const Animation& source, std::size_t frame, const Animation& result) {
+size_t FrameBeside(const Animation& source, size_t frame, const Animation& result) {
     if (source.frames.size() == result.frames.size()) return frame;
     const int moment = TimeBefore(source, frame);
-    std::size_t shown = 0;
+    size_t shown = 0;
     while (shown + 1 < result.frames.size() && TimeBefore(result, shown + 1) <= moment) ++shown;
     return shown;
 }
@@ -215,8 +213,8 @@ Picture DrawContactSheet(const std::string& title, const std::vector<SheetRow>& 
 Picture DrawGallery(const std::string& title, const std::vector<SheetPicture>& pictures, int columns,
                     int thumbnailWidth, int thumbnailHeight) {
     std::vector<SheetRow> rows;
-    const auto perRow = static_cast<std::size_t>(std::max(columns, 1));
-    for (std::size_t i = 0; i < pictures.size(); ++i) {
+    const auto perRow = static_cast<size_t>(std::max(columns, 1));
+    for (size_t i = 0; i < pictures.size(); ++i) {
         if (i % perRow == 0) rows.emplace_back();
         rows.back().pictures.push_back(pictures[i]);
     }
@@ -226,13 +224,13 @@ Picture DrawGallery(const std::string& title, const std::vector<SheetPicture>& p
 Picture DrawComparison(const std::string& title, const Animation& source, const Animation& result,
                        int columns, int thumbnailWidth, int thumbnailHeight) {
     if (source.frames.empty() || result.frames.empty()) return {};
-    const std::size_t frames = source.frames.size();
-    const std::size_t shown = std::min(frames, static_cast<std::size_t>(std::max(columns, 1)));
+    const size_t frames = source.frames.size();
+    const size_t shown = std::min(frames, static_cast<size_t>(std::max(columns, 1)));
     std::vector<SheetRow> rows(2);
     rows[0].title = "Source";
     rows[1].title = "Result";
-    for (std::size_t i = 0; i < shown; ++i) {
-        const std::size_t frame = i * frames / shown;
+    for (size_t i = 0; i < shown; ++i) {
+        const size_t frame = i * frames / shown;
         rows[0].pictures.push_back(PictureOf(source, frame));
         rows[1].pictures.push_back(PictureOf(result, FrameBeside(source, frame, result)));
     }

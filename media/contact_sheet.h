@@ -15,7 +15,7 @@ namespace kfx {
 struct SheetPicture {
     int width = 0;
     int height = 0;
-    const std::uint8_t* pixels = nullptr;
+    const uint8_t* pixels = nullptr;
     std::string label;  // under the thumbnail, ASCII; cut where it would not fit
 };
 

@@ -14,9 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Far beyond any animation, and a stop for devices that never end.
-constexpr std::size_t kMaxFileSize = std::size_t{1} << 30;
-constexpr std::size_t kReadStep = std::size_t{1} << 16;
+// Larger than any animation. A device that never ends is given up here.
+constexpr size_t kMaxFileSize = size_t{1} << 30;
+constexpr size_t kReadStep = size_t{1} << 16;
 
 bool PathFromUtf8(const std::string& path, fs::path* result, std::string* error) {
     try {
@@ -33,20 +33,19 @@ std::string Failure(const std::string& path, const char* what, const std::string
     return path + ": " + what + (reason.empty() ? "" : " (" + reason + ")") + ".";
 }
 
-// What the C library left behind, if it said anything.
+// The reason for the last failure as the C library knows it; empty when it knows none.
 std::string LastReason() { return errno != 0 ? std::generic_category().message(errno) : ""; }
 
-// Set at the start of a program.
+// Set once, at the start of a program.
 WriteWatch writeWatch;
 
-// Removes temporary files, except those without a name: never made, or renamed since.
+// Removes temporary files at the end. An empty path stands for a file that was never made or was renamed.
 struct TemporaryFiles {
     std::vector<fs::path> paths;
     ~TemporaryFiles() {
         std::error_code ignored;
-        for (const fs::path& path : paths) {
+        for (const fs::path& path : paths)
             if (!path.empty()) fs::remove(path, ignored);
-        }
     }
 };
 
@@ -59,43 +58,44 @@ fs::path UnusedNameBeside(const fs::path& target) {
     }
 }
 
-// A link stays a link: what it leads to is replaced.
+// The file that a link leads to: that file is replaced and the link stays.
 fs::path BehindLinks(const fs::path& path) {
     std::error_code failure;
     const fs::path target = fs::canonical(path, failure);
     return failure ? path : target;
 }
 
-// Devices and pipes take bytes as they come; renaming a file over them would remove them.
+// Devices and pipes are written to directly: renaming a file over one would remove it.
 bool IsDevice(const fs::path& path) {
     std::error_code failure;
     return fs::is_other(path, failure) && !failure;
 }
 
-// False: `*reason` is what the C library says about it, if anything. A temporary file is removed then.
-bool WriteBytes(const fs::path& path, bool temporary, const std::vector<std::uint8_t>& content,
+// On failure returns false; `*reason` is the C library's reason, empty when it knows none. The caller removes
+// a temporary file then.
+bool WriteBytes(const fs::path& path, bool temporary, const std::vector<uint8_t>& content,
                 std::string* reason) {
     errno = 0;
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
     file.flush();
     if (temporary && file.is_open() && file.fail()) {
-        // A full disk that still took a part of the bytes gives no reason, and on Windows an older one that
-        // has nothing to do with it is left in errno. The next byte gets the true one;
-        // a device or pipe must not receive it.
+        // When a full disk took only a part of the bytes, errno has no reason, or on Windows the reason of
+        // an earlier failure. Writing one more byte sets the true reason. A device or pipe must not receive
+        // such a byte.
         errno = 0;
         file.clear();
         file.put('\0');
         file.flush();
         file.setstate(std::ios::failbit);
     } else {
-        file.close();  // some file systems notice only here that there is no room
+        file.close();  // some file systems report a full disk only here
     }
     *reason = LastReason();
     return !file.fail();
 }
 
-bool ReadBytes(const std::string& path, std::vector<std::uint8_t>* content, std::string* error) {
+bool ReadBytes(const std::string& path, std::vector<uint8_t>* content, std::string* error) {
     content->clear();
     fs::path name;
     if (!PathFromUtf8(path, &name, error)) return false;
@@ -110,16 +110,17 @@ bool ReadBytes(const std::string& path, std::vector<std::uint8_t>* content, std:
         *error = Failure(path, "the file cannot be opened", LastReason());
         return false;
     }
-    std::size_t size = 0;
+    size_t size = 0;
     while (file) {
         if (size > kMaxFileSize) {
             *error = Failure(path, "the file is larger than 1 GiB", "");
             return false;
         }
-        // resize() doubles the capacity, so the copies stay few without trusting a size told beforehand.
+        // The announced size of a file may be wrong, so the buffer grows as bytes come; resize() doubles its
+        // capacity and so copies seldom.
         content->resize(size + kReadStep);
         file.read(reinterpret_cast<char*>(content->data() + size), kReadStep);
-        size += static_cast<std::size_t>(file.gcount());
+        size += static_cast<size_t>(file.gcount());
     }
     content->resize(size);
     if (file.bad()) {
@@ -131,7 +132,7 @@ bool ReadBytes(const std::string& path, std::vector<std::uint8_t>* content, std:
 
 }  // namespace
 
-bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, std::string* error) {
+bool ReadWholeFile(const std::string& path, std::vector<uint8_t>* content, std::string* error) {
     try {
         return ReadBytes(path, content, error);
     } catch (const std::bad_alloc&) {
@@ -140,8 +141,8 @@ bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, 
     }
 }
 
-bool WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& content, std::string* error) {
-    const auto copyContent = [&content](std::size_t, std::vector<std::uint8_t>* copy, std::string* clause) {
+bool WriteWholeFile(const std::string& path, const std::vector<uint8_t>& content, std::string* error) {
+    const auto copyContent = [&content](size_t, std::vector<uint8_t>* copy, std::string* clause) {
         try {
             *copy = content;
             return true;
@@ -157,8 +158,8 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
                      std::string* error) {
     std::vector<fs::path> targets(paths.size());
     TemporaryFiles temporary;
-    std::vector<std::uint8_t> content;
-    for (std::size_t i = 0; i < paths.size(); ++i) {
+    std::vector<uint8_t> content;
+    for (size_t i = 0; i < paths.size(); ++i) {
         if (!PathFromUtf8(paths[i], &targets[i], error)) return false;
         if (!makeContent(i, &content, error)) {
             *error = paths[i] + ": " + *error + ".";
@@ -166,9 +167,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
         }
         targets[i] = BehindLinks(targets[i]);
         temporary.paths.push_back(IsDevice(targets[i]) ? fs::path() : UnusedNameBeside(targets[i]));
-        if (writeWatch.making && !temporary.paths[i].empty()) {
-            writeWatch.making(Utf8Of(temporary.paths[i]));
-        }
+        if (writeWatch.making && !temporary.paths[i].empty()) writeWatch.making(Utf8Of(temporary.paths[i]));
         std::string reason;
         const bool isTemporary = !temporary.paths[i].empty();
         if (!WriteBytes(isTemporary ? temporary.paths[i] : targets[i], isTemporary, content, &reason)) {
@@ -177,17 +176,16 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
         }
     }
     if (writeWatch.placing) writeWatch.placing();
-    for (std::size_t i = 0; i < paths.size(); ++i) {
+    for (size_t i = 0; i < paths.size(); ++i) {
         if (temporary.paths[i].empty()) continue;
         std::error_code failure;
         fs::rename(temporary.paths[i], targets[i], failure);
         if (failure) {
             *error = Failure(paths[i], "the file cannot be written", failure.message());
-            // Half a series would pass for a whole one.
+            // A part of a series could be taken for all of it.
             std::error_code ignored;
-            for (std::size_t done = 0; done < i; ++done) {
+            for (size_t done = 0; done < i; ++done)
                 if (!IsDevice(targets[done])) fs::remove(targets[done], ignored);
-            }
             return false;
         }
         temporary.paths[i].clear();

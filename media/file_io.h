@@ -11,23 +11,22 @@
 namespace kfx {
 
 // Reads a whole file. On failure returns false with one sentence in *error, path first.
-bool ReadWholeFile(const std::string& path, std::vector<std::uint8_t>* content, std::string* error);
+bool ReadWholeFile(const std::string& path, std::vector<uint8_t>* content, std::string* error);
 
 // Writes a file so that `path` holds either its old content or all of the new one: the bytes go to a
 // temporary name in the same folder, which is renamed at the end and removed on failure. Links are followed;
 // devices and pipes are written to directly.
-bool WriteWholeFile(const std::string& path, const std::vector<std::uint8_t>& content, std::string* error);
+bool WriteWholeFile(const std::string& path, const std::vector<uint8_t>& content, std::string* error);
 
 // Several files that appear together: all are written under temporary names before the first is renamed,
 // and when a rename fails, the files already in place are removed. `makeContent` is asked for one file at a
 // time, so that only one has to be in memory; it returns false with a sentence in *error to give up.
-using MakeContent =
-    std::function<bool(std::size_t index, std::vector<std::uint8_t>* content, std::string* error)>;
+using MakeContent = std::function<bool(size_t index, std::vector<uint8_t>* content, std::string* error)>;
 bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& makeContent,
                      std::string* error);
 
-// For a program that may be ended from outside while it writes: whoever ends it can learn what is to be
-// removed then. Either may be null.
+// For a program that may be ended by another one while it writes: these calls tell that other program which
+// files to remove then. Either may be null.
 struct WriteWatch {
     void (*making)(const std::string& path) = nullptr;  // called before each temporary file is made
     void (*placing)() = nullptr;                        // called before the first gets its final name

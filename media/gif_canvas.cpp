@@ -6,9 +6,9 @@
 namespace kfx {
 namespace {
 
-std::int16_t FindColor(const std::vector<RgbColor>& palette, RgbColor color) {
+int16_t FindColor(const std::vector<RgbColor>& palette, RgbColor color) {
     const auto found = std::find(palette.begin(), palette.end(), color);
-    return found == palette.end() ? kOffPalette : static_cast<std::int16_t>(found - palette.begin());
+    return found == palette.end() ? kOffPalette : static_cast<int16_t>(found - palette.begin());
 }
 
 }  // namespace
@@ -17,7 +17,7 @@ GifCanvas MakeGifCanvas(int width, int height) {
     GifCanvas canvas;
     canvas.width = width;
     canvas.height = height;
-    const std::size_t area = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    const size_t area = static_cast<size_t>(width) * static_cast<size_t>(height);
     canvas.pixels.assign(4 * area, 0);
     canvas.globalIndices.assign(area, kOffPalette);
     return canvas;
@@ -28,25 +28,25 @@ FrameColors MakeFrameColors(const std::vector<RgbColor>& palette, const std::vec
     FrameColors result;
     result.transparentIndex = transparentIndex;
     const bool isGlobal = &palette == &globalPalette;
-    for (std::size_t i = 0; i < 256; ++i) {
+    for (size_t i = 0; i < 256; ++i) {
         const bool stored = i < palette.size();
         result.colors[i] = stored ? palette[i] : RgbColor();
         result.globalIndices[i] =
-            isGlobal && stored ? static_cast<std::int16_t>(i) : FindColor(globalPalette, result.colors[i]);
+            isGlobal && stored ? static_cast<int16_t>(i) : FindColor(globalPalette, result.colors[i]);
     }
     return result;
 }
 
-void DrawGifRow(GifCanvas* canvas, int left, int top, const std::uint8_t* indices, int count,
+void DrawGifRow(GifCanvas* canvas, int left, int top, const uint8_t* indices, int count,
                 const FrameColors& colors) {
     if (top >= canvas->height || left >= canvas->width) return;
     const int visible = std::min(count, canvas->width - left);
-    const std::size_t start = static_cast<std::size_t>(top) * static_cast<std::size_t>(canvas->width) +
-                              static_cast<std::size_t>(left);
-    std::uint8_t* pixel = canvas->pixels.data() + 4 * start;
-    std::int16_t* globalIndex = canvas->globalIndices.data() + start;
+    const size_t start =
+        static_cast<size_t>(top) * static_cast<size_t>(canvas->width) + static_cast<size_t>(left);
+    uint8_t* pixel = canvas->pixels.data() + 4 * start;
+    int16_t* globalIndex = canvas->globalIndices.data() + start;
     for (int x = 0; x < visible; ++x, pixel += 4, ++globalIndex) {
-        const std::uint8_t index = indices[x];
+        const uint8_t index = indices[x];
         if (index == colors.transparentIndex) continue;
         const RgbColor color = colors.colors[index];
         pixel[0] = color.red;
@@ -71,9 +71,9 @@ void DisposeGifFrame(GifCanvas* canvas, const Rectangle& frame, int disposal, Gi
     const int right = std::min(frame.left + frame.width, canvas->width);
     const int bottom = std::min(frame.top + frame.height, canvas->height);
     for (int y = frame.top; y < bottom && frame.left < right; ++y) {
-        const auto row = static_cast<std::ptrdiff_t>(y) * canvas->width;
+        const auto row = static_cast<ptrdiff_t>(y) * canvas->width;
         std::fill(canvas->pixels.begin() + 4 * (row + frame.left), canvas->pixels.begin() + 4 * (row + right),
-                  std::uint8_t{0});
+                  uint8_t{0});
         std::fill(canvas->globalIndices.begin() + row + frame.left,
                   canvas->globalIndices.begin() + row + right, kOffPalette);
     }

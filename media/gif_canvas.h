@@ -20,17 +20,17 @@ struct Rectangle {
 // Pixel colours of a frame; indices beyond the stored palette show black.
 struct FrameColors {
     RgbColor colors[256];
-    std::int16_t globalIndices[256];  // the global palette's entry of the same colour, or kOffPalette
+    int16_t globalIndices[256];  // the global palette's entry of the same colour, or kOffPalette
     int transparentIndex = -1;
 };
 
-constexpr std::int16_t kOffPalette = -1;
+constexpr int16_t kOffPalette = -1;
 
 struct GifCanvas {
     int width = 0;
     int height = 0;
-    std::vector<std::uint8_t> pixels;         // RGBA, top row first
-    std::vector<std::int16_t> globalIndices;  // of each pixel, kOffPalette where transparent
+    std::vector<uint8_t> pixels;         // RGBA, top row first
+    std::vector<int16_t> globalIndices;  // of each pixel, kOffPalette where transparent
 };
 
 // A fully transparent canvas: viewers show what is behind the picture, not the file's background colour.
@@ -43,11 +43,11 @@ FrameColors MakeFrameColors(const std::vector<RgbColor>& palette, const std::vec
 
 // Draws `count` indices from (left, top) to the right, cut at the canvas' border; `left` and `top` are not
 // negative.
-void DrawGifRow(GifCanvas* canvas, int left, int top, const std::uint8_t* indices, int count,
+void DrawGifRow(GifCanvas* canvas, int left, int top, const uint8_t* indices, int count,
                 const FrameColors& colors);
 
-// What happens to the canvas after a frame's time; `before` is the canvas before the frame was drawn and is
-// used up when it is needed (kDisposalPrevious).
+// What happens to the canvas after a frame's time; `before` is the canvas before the frame was drawn; its
+// content is moved away when the disposal is kDisposalPrevious.
 void DisposeGifFrame(GifCanvas* canvas, const Rectangle& frame, int disposal, GifCanvas* before);
 
 // Whether DisposeGifFrame needs the canvas before the frame.

@@ -14,15 +14,14 @@ namespace kfx {
 namespace {
 
 struct MemoryInput {
-    const std::uint8_t* data;
-    std::size_t size;
-    std::size_t position;
+    const uint8_t* data;
+    size_t size;
+    size_t position;
 };
 
 int ReadFromMemory(GifFileType* gif, GifByteType* target, int length) {
     auto* input = static_cast<MemoryInput*>(gif->UserData);
-    const std::size_t count =
-        std::min(static_cast<std::size_t>(std::max(length, 0)), input->size - input->position);
+    const size_t count = std::min(static_cast<size_t>(std::max(length, 0)), input->size - input->position);
     std::memcpy(target, input->data + input->position, count);
     input->position += count;
     return static_cast<int>(count);
@@ -40,13 +39,15 @@ struct GifReader {
     GraphicsControlBlock control;  // for the next image only
 };
 
-constexpr GraphicsControlBlock kNoControl = {DISPOSAL_UNSPECIFIED, false, 0, NO_TRANSPARENT_COLOR};
+constexpr GraphicsControlBlock kNoControl = {.DisposalMode = DISPOSAL_UNSPECIFIED,
+                                             .UserInputFlag = false,
+                                             .DelayTime = 0,
+                                             .TransparentColor = NO_TRANSPARENT_COLOR};
 
 std::vector<RgbColor> ColorsOf(const ColorMapObject* map) {
-    std::vector<RgbColor> colors(static_cast<std::size_t>(map->ColorCount));
-    for (std::size_t i = 0; i < colors.size(); ++i) {
+    std::vector<RgbColor> colors(static_cast<size_t>(map->ColorCount));
+    for (size_t i = 0; i < colors.size(); ++i)
         colors[i] = {map->Colors[i].Red, map->Colors[i].Green, map->Colors[i].Blue};
-    }
     return colors;
 }
 
@@ -55,10 +56,10 @@ void ReadScreen(GifReader* reader) {
     Animation* animation = reader->animation;
     animation->width = gif->SWidth;
     animation->height = gif->SHeight;
-    if (gif->SColorMap == nullptr) return;
+    if (!gif->SColorMap) return;
     animation->globalPalette = ColorsOf(gif->SColorMap);
     animation->hasGlobalPalette = true;
-    const auto backgroundIndex = static_cast<std::size_t>(gif->SBackGroundColor);
+    const auto backgroundIndex = static_cast<size_t>(gif->SBackGroundColor);
     if (backgroundIndex < animation->globalPalette.size()) {
         animation->hasBackground = true;
         animation->background = animation->globalPalette[backgroundIndex];
@@ -72,11 +73,9 @@ bool ReadExtension(GifReader* reader) {
     if (DGifGetExtension(reader->gif, &code, &block) == GIF_ERROR) return false;
     Animation* animation = reader->animation;
     bool isLoopExtension = false;
-    if (code == COMMENT_EXT_FUNC_CODE && block != nullptr && !animation->comment.empty()) {
-        animation->comment += '\n';
-    }
-    for (bool first = true; block != nullptr; first = false) {
-        const std::size_t length = block[0];
+    if (code == COMMENT_EXT_FUNC_CODE && block && !animation->comment.empty()) animation->comment += '\n';
+    for (bool first = true; block; first = false) {
+        const size_t length = block[0];
         const char* text = reinterpret_cast<const char*>(block + 1);
         if (code == GRAPHICS_EXT_FUNC_CODE && first) {
             DGifExtensionToGCB(length, block + 1, &reader->control);
@@ -93,14 +92,13 @@ bool ReadExtension(GifReader* reader) {
     return true;
 }
 
-// The data of an image without pixels still has to be passed over.
+// An image without pixels has data, too, which must be skipped.
 bool SkipImageData(GifFileType* gif) {
     int codeSize = 0;
     GifByteType* block = nullptr;
     if (DGifGetCode(gif, &codeSize, &block) == GIF_ERROR) return false;
-    while (block != nullptr) {
+    while (block)
         if (DGifGetCodeNext(gif, &block) == GIF_ERROR) return false;
-    }
     return true;
 }
 
@@ -110,12 +108,13 @@ bool DrawImage(GifReader* reader, const Rectangle& frame, const FrameColors& col
         int first;
         int step;
     };
-    constexpr Pass kInterlaced[] = {{0, 8}, {4, 8}, {2, 4}, {1, 2}};
-    constexpr Pass kSequential[] = {{0, 1}};
+    constexpr Pass kInterlaced[] = {
+        {.first = 0, .step = 8}, {.first = 4, .step = 8}, {.first = 2, .step = 4}, {.first = 1, .step = 2}};
+    constexpr Pass kSequential[] = {{.first = 0, .step = 1}};
     const bool interlaced = reader->gif->Image.Interlace;
     const Pass* passes = interlaced ? kInterlaced : kSequential;
     const int passCount = interlaced ? 4 : 1;
-    std::vector<std::uint8_t> row(static_cast<std::size_t>(frame.width));
+    std::vector<uint8_t> row(static_cast<size_t>(frame.width));
     for (int pass = 0; pass < passCount; ++pass) {
         for (int y = passes[pass].first; y < frame.height; y += passes[pass].step) {
             if (DGifGetLine(reader->gif, row.data(), frame.width) == GIF_ERROR) return false;
@@ -134,46 +133,44 @@ void TakeCanvas(const GifCanvas& canvas, Frame* frame) {
     if (!frame->indexed) return;
     frame->indices.resize(indices.size());
     std::transform(indices.begin(), indices.end(), frame->indices.begin(),
-                   [](std::int16_t index) { return static_cast<std::uint8_t>(index); });
+                   [](int16_t index) { return static_cast<uint8_t>(index); });
 }
 
-enum class ImageResult { kDone, kDamaged, kRefused };
+enum class ImageResult { Done, Damaged, Refused };
 
 ImageResult ReadImage(GifReader* reader, std::string* error) {
     GifFileType* gif = reader->gif;
     Animation* animation = reader->animation;
-    if (DGifGetImageDesc(gif) == GIF_ERROR) return ImageResult::kDamaged;
+    if (DGifGetImageDesc(gif) == GIF_ERROR) return ImageResult::Damaged;
     const GifImageDesc& image = gif->Image;
     const Rectangle place = {image.Left, image.Top, image.Width, image.Height};
     if (animation->frames.empty()) {
-        // A screen without size: viewers take the first image's.
+        // For a screen without a size, viewers take the size of the first image.
         if (animation->width == 0) animation->width = place.left + place.width;
         if (animation->height == 0) animation->height = place.top + place.height;
     }
-    const auto canvasWidth = static_cast<std::uint64_t>(animation->width);
-    const auto canvasHeight = static_cast<std::uint64_t>(animation->height);
-    const auto imageWidth = static_cast<std::uint64_t>(place.width);
-    const auto imageHeight = static_cast<std::uint64_t>(place.height);
-    if (!SpendPixels(reader->budget, canvasWidth, canvasHeight, error)) return ImageResult::kRefused;
+    const auto canvasWidth = static_cast<uint64_t>(animation->width);
+    const auto canvasHeight = static_cast<uint64_t>(animation->height);
+    const auto imageWidth = static_cast<uint64_t>(place.width);
+    const auto imageHeight = static_cast<uint64_t>(place.height);
+    if (!SpendPixels(reader->budget, canvasWidth, canvasHeight, error)) return ImageResult::Refused;
     // An image beyond its canvas is cut, but has to be decoded first.
     if (imageWidth * imageHeight > canvasWidth * canvasHeight &&
-        !SpendPixels(reader->budget, imageWidth, imageHeight, error)) {
-        return ImageResult::kRefused;
-    }
-    if (animation->width == 0 || animation->height == 0) return ImageResult::kDamaged;
-    if (image.ColorMap == nullptr && gif->SColorMap == nullptr) return ImageResult::kDamaged;
+        !SpendPixels(reader->budget, imageWidth, imageHeight, error))
+        return ImageResult::Refused;
+    if (animation->width == 0 || animation->height == 0) return ImageResult::Damaged;
+    if (!image.ColorMap && !gif->SColorMap) return ImageResult::Damaged;
 
     if (animation->frames.empty()) reader->canvas = MakeGifCanvas(animation->width, animation->height);
     const GraphicsControlBlock control = reader->control;
     reader->control = kNoControl;
     const std::vector<RgbColor> localPalette =
-        image.ColorMap != nullptr ? ColorsOf(image.ColorMap) : std::vector<RgbColor>();
-    const FrameColors colors =
-        MakeFrameColors(image.ColorMap != nullptr ? localPalette : animation->globalPalette,
-                        animation->globalPalette, control.TransparentColor);
+        image.ColorMap ? ColorsOf(image.ColorMap) : std::vector<RgbColor>();
+    const FrameColors colors = MakeFrameColors(image.ColorMap ? localPalette : animation->globalPalette,
+                                               animation->globalPalette, control.TransparentColor);
     GifCanvas before;
     if (RestoresCanvas(control.DisposalMode)) before = reader->canvas;
-    if (!DrawImage(reader, place, colors)) return ImageResult::kDamaged;
+    if (!DrawImage(reader, place, colors)) return ImageResult::Damaged;
 
     Frame frame;
     frame.left = place.left;
@@ -183,7 +180,7 @@ ImageResult ReadImage(GifReader* reader, std::string* error) {
     TakeCanvas(reader->canvas, &frame);
     animation->frames.push_back(std::move(frame));
     DisposeGifFrame(&reader->canvas, place, control.DisposalMode, &before);
-    return ImageResult::kDone;
+    return ImageResult::Done;
 }
 
 // True when the file was read up to its trailer; false for damage, or for a refusal with a clause in *error.
@@ -194,7 +191,7 @@ bool ReadRecords(GifReader* reader, std::string* error) {
         if (type == TERMINATE_RECORD_TYPE) return true;
         if (type == EXTENSION_RECORD_TYPE) {
             if (!ReadExtension(reader)) return false;
-        } else if (ReadImage(reader, error) != ImageResult::kDone) {
+        } else if (ReadImage(reader, error) != ImageResult::Done) {
             return false;
         }
     }
@@ -202,17 +199,18 @@ bool ReadRecords(GifReader* reader, std::string* error) {
 
 }  // namespace
 
-bool ReadGif(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
+bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
              std::string* error) {
-    MemoryInput input = {data, size, 0};
+    MemoryInput input = {.data = data, .size = size, .position = 0};
     int code = 0;
     const std::unique_ptr<GifFileType, GifCloser> gif(DGifOpen(&input, ReadFromMemory, &code));
-    if (gif == nullptr) {
+    if (!gif) {
         *error = code == D_GIF_ERR_NOT_ENOUGH_MEM ? "there is not enough memory for the picture"
                                                   : "the GIF file is damaged at its beginning";
         return false;
     }
-    GifReader reader = {gif.get(), budget, animation, GifCanvas(), kNoControl};
+    GifReader reader = {
+        .gif = gif.get(), .budget = budget, .animation = animation, .canvas = {}, .control = kNoControl};
     ReadScreen(&reader);
     error->clear();
     const bool whole = ReadRecords(&reader, error);

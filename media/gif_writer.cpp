@@ -14,10 +14,10 @@ namespace {
 
 constexpr int kMaxGifSide = 65535;
 constexpr int kMaxGifNumber = 65535;  // delays and loop counts are stored in 16 bits
-constexpr std::size_t kMaxBlockSize = 255;
+constexpr size_t kMaxBlockSize = 255;
 
 int AppendToVector(GifFileType* gif, const GifByteType* bytes, int length) {
-    auto* file = static_cast<std::vector<std::uint8_t>*>(gif->UserData);
+    auto* file = static_cast<std::vector<uint8_t>*>(gif->UserData);
     try {
         file->insert(file->end(), bytes, bytes + length);
     } catch (const std::bad_alloc&) {
@@ -43,31 +43,28 @@ bool MakeColorMap(const std::vector<RgbColor>& palette, ColorMap* map) {
     int count = 2;
     while (count < static_cast<int>(palette.size())) count *= 2;
     map->reset(GifMakeMapObject(count, nullptr));
-    if (*map == nullptr) return false;
-    for (std::size_t i = 0; i < palette.size(); ++i) {
+    if (!*map) return false;
+    for (size_t i = 0; i < palette.size(); ++i)
         (*map)->Colors[i] = {palette[i].red, palette[i].green, palette[i].blue};
-    }
     return true;
 }
 
 // One clause on what is wrong with the animation, or null.
 const char* FaultOf(const GifAnimation& gif) {
-    if (gif.width < 1 || gif.height < 1 || gif.width > kMaxGifSide || gif.height > kMaxGifSide) {
+    if (gif.width < 1 || gif.height < 1 || gif.width > kMaxGifSide || gif.height > kMaxGifSide)
         return "a GIF animation may have 1 to 65535 pixels a side";
-    }
     if (gif.frames.empty()) return "a GIF animation needs at least one frame";
     if (gif.globalPalette.size() > 256) return "a GIF palette may have 256 colours at most";
-    const std::size_t area = static_cast<std::size_t>(gif.width) * static_cast<std::size_t>(gif.height);
+    const size_t area = static_cast<size_t>(gif.width) * static_cast<size_t>(gif.height);
     for (const GifFrame& frame : gif.frames) {
         const std::vector<RgbColor>& palette = frame.palette.empty() ? gif.globalPalette : frame.palette;
         if (palette.size() > 256) return "a GIF palette may have 256 colours at most";
         if (palette.empty()) return "a GIF frame needs a palette";
         if (frame.indices.size() != area) return "a GIF frame must cover the whole animation";
-        const std::uint8_t highest = *std::max_element(frame.indices.begin(), frame.indices.end());
+        const uint8_t highest = *std::max_element(frame.indices.begin(), frame.indices.end());
         // The transparent index needs no colour of its own, but a place in the stored palette.
-        if (highest >= palette.size() && highest != frame.transparentIndex) {
+        if (highest >= palette.size() && highest != frame.transparentIndex)
             return "a GIF frame has pixels beyond its palette";
-        }
     }
     return nullptr;
 }
@@ -79,7 +76,7 @@ Rectangle BoundsOf(int width, int height, const Predicate& counts) {
     int right = -1;
     int top = height;
     int bottom = -1;
-    std::size_t pixel = 0;
+    size_t pixel = 0;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x, ++pixel) {
             if (!counts(pixel)) continue;
@@ -96,9 +93,9 @@ Rectangle BoundsOf(int width, int height, const Predicate& counts) {
 // What has to be stored of a frame: where it changes the canvas, and when the canvas is cleared after it,
 // whatever there is to clear.
 Rectangle StoredPart(const GifCanvas& before, const GifCanvas& after, int disposal) {
-    return BoundsOf(after.width, after.height, [&](std::size_t pixel) {
-        const std::uint8_t* old = before.pixels.data() + 4 * pixel;
-        const std::uint8_t* now = after.pixels.data() + 4 * pixel;
+    return BoundsOf(after.width, after.height, [&](size_t pixel) {
+        const uint8_t* old = before.pixels.data() + 4 * pixel;
+        const uint8_t* now = after.pixels.data() + 4 * pixel;
         return !std::equal(now, now + 4, old) || (disposal == kDisposalBackground && now[3] != 0);
     });
 }
@@ -117,8 +114,8 @@ bool PutLoopCount(GifFileType* gif, int loopCount) {
 bool PutComment(GifFileType* gif, const std::string& comment) {
     if (comment.empty()) return true;
     if (EGifPutExtensionLeader(gif, COMMENT_EXT_FUNC_CODE) == GIF_ERROR) return false;
-    for (std::size_t at = 0; at < comment.size(); at += kMaxBlockSize) {
-        const std::size_t length = std::min(kMaxBlockSize, comment.size() - at);
+    for (size_t at = 0; at < comment.size(); at += kMaxBlockSize) {
+        const size_t length = std::min(kMaxBlockSize, comment.size() - at);
         if (EGifPutExtensionBlock(gif, static_cast<int>(length), comment.data() + at) == GIF_ERROR)
             return false;
     }
@@ -133,7 +130,7 @@ bool PutFrame(GifFileType* gif, const GifFrame& frame, std::vector<RgbColor> pal
     GifByteType bytes[4];
     const auto length = EGifGCBToExtension(&control, bytes);
     // A transparent index behind the palette's end gets an entry that is never seen.
-    const auto needed = static_cast<std::size_t>(std::max(frame.transparentIndex + 1, 0));
+    const auto needed = static_cast<size_t>(std::max(frame.transparentIndex + 1, 0));
     if (palette.size() < needed) {
         palette.resize(needed);
         isLocal = true;
@@ -141,13 +138,12 @@ bool PutFrame(GifFileType* gif, const GifFrame& frame, std::vector<RgbColor> pal
     ColorMap map;
     if (isLocal && !MakeColorMap(palette, &map)) return false;
     if (EGifPutExtension(gif, GRAPHICS_EXT_FUNC_CODE, static_cast<int>(length), bytes) == GIF_ERROR ||
-        EGifPutImageDesc(gif, part.left, part.top, part.width, part.height, false, map.get()) == GIF_ERROR) {
+        EGifPutImageDesc(gif, part.left, part.top, part.width, part.height, false, map.get()) == GIF_ERROR)
         return false;
-    }
-    std::vector<GifPixelType> row(static_cast<std::size_t>(part.width));
+    std::vector<GifPixelType> row(static_cast<size_t>(part.width));
     for (int y = 0; y < part.height; ++y) {
         const auto start =
-            frame.indices.begin() + static_cast<std::ptrdiff_t>(part.top + y) * gif->SWidth + part.left;
+            frame.indices.begin() + static_cast<ptrdiff_t>(part.top + y) * gif->SWidth + part.left;
         std::copy_n(start, part.width, row.begin());  // the library masks the row it is given in place
         if (EGifPutLine(gif, row.data(), part.width) == GIF_ERROR) return false;
     }
@@ -158,14 +154,14 @@ bool PutFrames(GifFileType* file, const GifAnimation& gif) {
     GifCanvas canvas = MakeGifCanvas(gif.width, gif.height);
     GifCanvas before;
     const std::vector<RgbColor> noPalette;
-    for (std::size_t i = 0; i < gif.frames.size(); ++i) {
+    for (size_t i = 0; i < gif.frames.size(); ++i) {
         const GifFrame& frame = gif.frames[i];
         const bool isLocal = !frame.palette.empty();
         const std::vector<RgbColor>& palette = isLocal ? frame.palette : gif.globalPalette;
         const FrameColors colors = MakeFrameColors(palette, noPalette, frame.transparentIndex);
         before = canvas;
         for (int y = 0; y < gif.height; ++y) {
-            const std::ptrdiff_t start = static_cast<std::ptrdiff_t>(y) * gif.width;
+            const ptrdiff_t start = static_cast<ptrdiff_t>(y) * gif.width;
             DrawGifRow(&canvas, 0, y, frame.indices.data() + start, gif.width, colors);
         }
         // The first frame stays whole: some viewers take the animation's size from it.
@@ -177,26 +173,25 @@ bool PutFrames(GifFileType* file, const GifAnimation& gif) {
     return true;
 }
 
-bool EncodeChecked(const GifAnimation& gif, std::vector<std::uint8_t>* file) {
+bool EncodeChecked(const GifAnimation& gif, std::vector<uint8_t>* file) {
     int code = 0;
     GifHandle handle(EGifOpen(file, AppendToVector, &code));
     ColorMap globalMap;
-    if (handle == nullptr || !MakeColorMap(gif.globalPalette, &globalMap)) return false;
+    if (!handle || !MakeColorMap(gif.globalPalette, &globalMap)) return false;
     EGifSetGifVersion(handle.get(), true);
     constexpr int kColorResolution = 8;
     if (EGifPutScreenDesc(handle.get(), gif.width, gif.height, kColorResolution, 0, globalMap.get()) ==
             GIF_ERROR ||
         !PutLoopCount(handle.get(), gif.loopCount) || !PutComment(handle.get(), gif.comment) ||
-        !PutFrames(handle.get(), gif)) {
+        !PutFrames(handle.get(), gif))
         return false;
-    }
     // Closing writes the trailer and frees the handle, also when it fails.
     return EGifCloseFile(handle.release(), &code) != GIF_ERROR;
 }
 
 }  // namespace
 
-bool EncodeGif(const GifAnimation& gif, std::vector<std::uint8_t>* file, std::string* error) {
+bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error) {
     file->clear();
     if (const char* fault = FaultOf(gif)) {
         *error = fault;
@@ -214,7 +209,7 @@ bool EncodeGif(const GifAnimation& gif, std::vector<std::uint8_t>* file, std::st
 }
 
 bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error) {
-    const auto encode = [&gif](std::size_t, std::vector<std::uint8_t>* file, std::string* clause) {
+    const auto encode = [&gif](size_t, std::vector<uint8_t>* file, std::string* clause) {
         return EncodeGif(gif, file, clause);
     };
     return WriteWholeFiles({path}, encode, error);

@@ -22,28 +22,25 @@ struct FreeDeleter {
     void operator()(unsigned char* memory) const { std::free(memory); }
 };
 
-std::uint32_t PackColor(const std::uint8_t* rgb) {
-    return static_cast<std::uint32_t>(rgb[0] << 16 | rgb[1] << 8 | rgb[2]);
-}
+uint32_t PackColor(const uint8_t* rgb) { return static_cast<uint32_t>(rgb[0] << 16 | rgb[1] << 8 | rgb[2]); }
 
 // The file's palette becomes the global one, and opaque pictures get their indices back from it.
 void TakePalette(const LodePNGColorMode& color, Animation* animation) {
     if (color.colortype != LCT_PALETTE || color.palettesize == 0) return;
     animation->hasGlobalPalette = true;
-    for (std::size_t i = 0; i < color.palettesize; ++i) {
+    for (size_t i = 0; i < color.palettesize; ++i) {
         const unsigned char* entry = color.palette + 4 * i;
         animation->globalPalette.push_back({entry[0], entry[1], entry[2]});
     }
     Frame& frame = animation->frames[0];
     if (frame.transparent) return;
-    std::unordered_map<std::uint32_t, std::uint8_t> indexOfColor;
-    for (std::size_t i = 0; i < color.palettesize; ++i) {
-        indexOfColor.emplace(PackColor(color.palette + 4 * i), static_cast<std::uint8_t>(i));
-    }
+    std::unordered_map<uint32_t, uint8_t> indexOfColor;
+    for (size_t i = 0; i < color.palettesize; ++i)
+        indexOfColor.emplace(PackColor(color.palette + 4 * i), static_cast<uint8_t>(i));
     frame.indices.resize(frame.pixels.size() / 4);
-    for (std::size_t i = 0; i < frame.indices.size(); ++i) {
+    for (size_t i = 0; i < frame.indices.size(); ++i) {
         const auto found = indexOfColor.find(PackColor(frame.pixels.data() + 4 * i));
-        // A palette that is too short for the picture's indices shows black, which may not be in it.
+        // Indices beyond the palette are shown as black, which the palette may not have.
         if (found == indexOfColor.end()) {
             frame.indices.clear();
             return;
@@ -55,7 +52,7 @@ void TakePalette(const LodePNGColorMode& color, Animation* animation) {
 
 }  // namespace
 
-bool ReadPng(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
+bool ReadPng(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
              std::string* error) {
     DecoderState state;
     unsigned width = 0;
@@ -64,10 +61,9 @@ bool ReadPng(const std::uint8_t* data, std::size_t size, PixelBudget* budget, An
     if (code == 0 && !SpendPixels(budget, width, height, error)) return false;
     unsigned char* decoded = nullptr;
     if (code == 0) {
-        // Eight bytes a pixel at most, a filter byte a row; interlacing about doubles the rows. What unpacks
-        // to more than that is not this picture.
-        state.png.decoder.zlibsettings.max_output_size =
-            std::size_t{8} * width * height + std::size_t{4} * height + 64;
+        // A pixel has at most eight bytes and a row one filter byte; interlacing at most doubles the rows.
+        // Data that unpack to more than that are not those of this picture.
+        state.png.decoder.zlibsettings.max_output_size = size_t{8} * width * height + size_t{4} * height + 64;
         code = lodepng_decode(&decoded, &width, &height, &state.png, data, size);
     }
     const std::unique_ptr<unsigned char, FreeDeleter> pixels(decoded);
@@ -79,7 +75,7 @@ bool ReadPng(const std::uint8_t* data, std::size_t size, PixelBudget* budget, An
     animation->width = static_cast<int>(width);
     animation->height = static_cast<int>(height);
     Frame frame;
-    frame.pixels.assign(decoded, decoded + std::size_t{4} * width * height);
+    frame.pixels.assign(decoded, decoded + size_t{4} * width * height);
     NoteTransparency(&frame);
     animation->frames.push_back(std::move(frame));
     TakePalette(state.png.info_png.color, animation);

@@ -11,7 +11,7 @@
 namespace kfx {
 namespace {
 
-constexpr std::size_t kLeastDigits = 3;
+constexpr size_t kLeastDigits = 3;
 
 struct FreeDeleter {
     void operator()(unsigned char* memory) const { std::free(memory); }
@@ -23,24 +23,23 @@ struct SplitName {
 };
 
 SplitName SplitExtension(const std::string& path) {
-    const std::size_t folderEnd = path.find_last_of("/\\");
-    const std::size_t nameStart = folderEnd == std::string::npos ? 0 : folderEnd + 1;
-    const std::size_t dot = path.rfind('.');
+    const size_t folderEnd = path.find_last_of("/\\");
+    const size_t nameStart = folderEnd == std::string::npos ? 0 : folderEnd + 1;
+    const size_t dot = path.rfind('.');
     if (dot == std::string::npos || dot <= nameStart) return {path, ".png"};
     return {path.substr(0, dot), path.substr(dot)};
 }
 
 }  // namespace
 
-bool EncodePng(int width, int height, const std::uint8_t* rgba, std::vector<std::uint8_t>* file,
-               std::string* error) {
+bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>* file, std::string* error) {
     file->clear();
     if (width < 1 || height < 1) {
         *error = "a PNG picture needs at least one pixel";
         return false;
     }
     unsigned char* encoded = nullptr;
-    std::size_t size = 0;
+    size_t size = 0;
     const unsigned code =
         lodepng_encode32(&encoded, &size, rgba, static_cast<unsigned>(width), static_cast<unsigned>(height));
     const std::unique_ptr<unsigned char, FreeDeleter> owner(encoded);
@@ -58,19 +57,19 @@ bool EncodePng(int width, int height, const std::uint8_t* rgba, std::vector<std:
 }
 
 bool WritePng(const std::string& path, const Picture& picture, std::string* error) {
-    const auto encode = [&picture](std::size_t, std::vector<std::uint8_t>* file, std::string* clause) {
+    const auto encode = [&picture](size_t, std::vector<uint8_t>* file, std::string* clause) {
         return EncodePng(picture.width, picture.height, picture.pixels.data(), file, clause);
     };
     return WriteWholeFiles({path}, encode, error);
 }
 
-std::vector<std::string> PngFramePaths(const std::string& path, std::size_t frameCount) {
+std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCount) {
     if (frameCount == 1) return {path};
     const SplitName name = SplitExtension(path);
-    const std::size_t lastDigits = std::to_string(frameCount == 0 ? 0 : frameCount - 1).size();
-    const std::size_t digits = std::max(kLeastDigits, lastDigits);
+    const size_t lastDigits = std::to_string(frameCount == 0 ? 0 : frameCount - 1).size();
+    const size_t digits = std::max(kLeastDigits, lastDigits);
     std::vector<std::string> paths;
-    for (std::size_t i = 0; i < frameCount; ++i) {
+    for (size_t i = 0; i < frameCount; ++i) {
         const std::string number = std::to_string(i);
         paths.push_back(name.stem + "-" + std::string(digits - number.size(), '0') + number + name.extension);
     }
@@ -82,7 +81,7 @@ bool WritePngFrames(const std::string& path, const Animation& animation, std::st
         *error = path + ": there are no frames to write.";
         return false;
     }
-    const auto encode = [&animation](std::size_t i, std::vector<std::uint8_t>* file, std::string* clause) {
+    const auto encode = [&animation](size_t i, std::vector<uint8_t>* file, std::string* clause) {
         return EncodePng(animation.width, animation.height, animation.frames[i].pixels.data(), file, clause);
     };
     return WriteWholeFiles(PngFramePaths(path, animation.frames.size()), encode, error);

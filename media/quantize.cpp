@@ -10,39 +10,37 @@ namespace kfx {
 namespace {
 
 struct CountedColor {
-    std::array<std::uint8_t, 3> levels;
-    std::uint64_t count;
+    std::array<uint8_t, 3> levels;
+    uint64_t count;
 };
 
 // A run of the list of colours, to be shown by one palette entry.
 struct Box {
-    std::size_t begin;
-    std::size_t end;
+    size_t begin;
+    size_t end;
     int widestAxis;  // the channel with the largest spread
     double spread;   // summed squared distance from the mean in that channel
     int split;       // the highest level below or at the mean there
     RgbColor mean;
 };
 
-std::uint32_t PackColor(const std::uint8_t* rgb) {
-    return static_cast<std::uint32_t>(rgb[0] << 16 | rgb[1] << 8 | rgb[2]);
-}
+uint32_t PackColor(const uint8_t* rgb) { return static_cast<uint32_t>(rgb[0] << 16 | rgb[1] << 8 | rgb[2]); }
 
-Box MeasureBox(const std::vector<CountedColor>& colors, std::size_t begin, std::size_t end) {
+Box MeasureBox(const std::vector<CountedColor>& colors, size_t begin, size_t end) {
     double total = 0;
     double sums[3] = {};
     double squares[3] = {};
-    for (std::size_t i = begin; i < end; ++i) {
+    for (size_t i = begin; i < end; ++i) {
         const auto weight = static_cast<double>(colors[i].count);
         total += weight;
-        for (std::size_t axis = 0; axis < 3; ++axis) {
+        for (size_t axis = 0; axis < 3; ++axis) {
             const double level = colors[i].levels[axis];
             sums[axis] += weight * level;
             squares[axis] += weight * level * level;
         }
     }
     Box box = {begin, end, 0, -1, 0, {}};
-    std::uint8_t mean[3];
+    uint8_t mean[3];
     for (int axis = 0; axis < 3; ++axis) {
         const double spread = squares[axis] - sums[axis] * sums[axis] / total;
         if (spread > box.spread) {
@@ -50,29 +48,29 @@ Box MeasureBox(const std::vector<CountedColor>& colors, std::size_t begin, std::
             box.widestAxis = axis;
             box.split = static_cast<int>(sums[axis] / total);
         }
-        mean[axis] = static_cast<std::uint8_t>(sums[axis] / total + 0.5);
+        mean[axis] = static_cast<uint8_t>(sums[axis] / total + 0.5);
     }
     box.mean = {mean[0], mean[1], mean[2]};
     return box;
 }
 
 // Divides the box at the mean of its widest channel, which leaves less squared error than the median does.
-std::size_t SplitPoint(std::vector<CountedColor>* colors, const Box& box) {
-    const auto axis = static_cast<std::size_t>(box.widestAxis);
+size_t SplitPoint(std::vector<CountedColor>* colors, const Box& box) {
+    const auto axis = static_cast<size_t>(box.widestAxis);
     const auto begin = colors->begin();
-    const auto middle = std::partition(
-        begin + static_cast<std::ptrdiff_t>(box.begin), begin + static_cast<std::ptrdiff_t>(box.end),
-        [&](const CountedColor& color) { return color.levels[axis] <= box.split; });
-    return static_cast<std::size_t>(middle - begin);
+    const auto middle =
+        std::partition(begin + static_cast<ptrdiff_t>(box.begin), begin + static_cast<ptrdiff_t>(box.end),
+                       [&](const CountedColor& color) { return color.levels[axis] <= box.split; });
+    return static_cast<size_t>(middle - begin);
 }
 
-std::vector<RgbColor> CutIntoPalette(std::vector<CountedColor>* colors, std::size_t maxColors) {
+std::vector<RgbColor> CutIntoPalette(std::vector<CountedColor>* colors, size_t maxColors) {
     std::vector<Box> boxes = {MeasureBox(*colors, 0, colors->size())};
     while (boxes.size() < maxColors) {
         const auto widest = std::max_element(boxes.begin(), boxes.end(),
                                              [](const Box& a, const Box& b) { return a.spread < b.spread; });
         const Box box = *widest;
-        const std::size_t middle = SplitPoint(colors, box);
+        const size_t middle = SplitPoint(colors, box);
         if (middle == box.begin || middle == box.end) {
             // All of one colour, as far as the rounding of the sums tells.
             if (widest->spread <= 0) break;
@@ -88,10 +86,10 @@ std::vector<RgbColor> CutIntoPalette(std::vector<CountedColor>* colors, std::siz
     return palette;
 }
 
-std::uint8_t NearestEntry(const std::vector<RgbColor>& palette, const std::array<std::uint8_t, 3>& levels) {
-    std::size_t nearest = 0;
+uint8_t NearestEntry(const std::vector<RgbColor>& palette, const std::array<uint8_t, 3>& levels) {
+    size_t nearest = 0;
     int least = 3 * 256 * 256;
-    for (std::size_t i = 0; i < palette.size(); ++i) {
+    for (size_t i = 0; i < palette.size(); ++i) {
         const int red = levels[0] - palette[i].red;
         const int green = levels[1] - palette[i].green;
         const int blue = levels[2] - palette[i].blue;
@@ -101,17 +99,17 @@ std::uint8_t NearestEntry(const std::vector<RgbColor>& palette, const std::array
             nearest = i;
         }
     }
-    return static_cast<std::uint8_t>(nearest);
+    return static_cast<uint8_t>(nearest);
 }
 
-bool IsOpaque(const std::uint8_t* pixel) { return pixel[3] >= 128; }
+bool IsOpaque(const uint8_t* pixel) { return pixel[3] >= 128; }
 
 // The opaque colours in the order of their first appearance, so that equal pictures get equal palettes.
-std::vector<CountedColor> CountColors(const std::uint8_t* rgba, std::size_t area) {
+std::vector<CountedColor> CountColors(const uint8_t* rgba, size_t area) {
     std::vector<CountedColor> colors;
-    std::unordered_map<std::uint32_t, std::size_t> places;
-    for (std::size_t i = 0; i < area; ++i) {
-        const std::uint8_t* pixel = rgba + 4 * i;
+    std::unordered_map<uint32_t, size_t> places;
+    for (size_t i = 0; i < area; ++i) {
+        const uint8_t* pixel = rgba + 4 * i;
         if (!IsOpaque(pixel)) continue;
         const auto [place, added] = places.emplace(PackColor(pixel), colors.size());
         if (added) colors.push_back({{pixel[0], pixel[1], pixel[2]}, 0});
@@ -122,36 +120,32 @@ std::vector<CountedColor> CountColors(const std::uint8_t* rgba, std::size_t area
 
 }  // namespace
 
-void QuantizeFrame(const std::uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame) {
-    const std::size_t area = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+void QuantizeFrame(const uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame) {
+    const size_t area = static_cast<size_t>(width) * static_cast<size_t>(height);
     std::vector<CountedColor> colors = CountColors(rgba, area);
     bool transparent = false;
-    for (std::size_t i = 0; i < area && !transparent; ++i) transparent = !IsOpaque(rgba + 4 * i);
-    const std::size_t available =
-        static_cast<std::size_t>(std::clamp(maxColors, 2, 256)) - (transparent ? 1 : 0);
+    for (size_t i = 0; i < area && !transparent; ++i) transparent = !IsOpaque(rgba + 4 * i);
+    const size_t available = static_cast<size_t>(std::clamp(maxColors, 2, 256)) - (transparent ? 1 : 0);
 
     frame->palette.clear();
-    if (colors.size() <= available) {
-        for (const CountedColor& color : colors) {
+    if (colors.size() <= available)
+        for (const CountedColor& color : colors)
             frame->palette.push_back({color.levels[0], color.levels[1], color.levels[2]});
-        }
-    } else {
+    else
         frame->palette = CutIntoPalette(&colors, available);
-    }
-    std::unordered_map<std::uint32_t, std::uint8_t> indices;
-    for (const CountedColor& color : colors) {
+    std::unordered_map<uint32_t, uint8_t> indices;
+    for (const CountedColor& color : colors)
         indices.emplace(PackColor(color.levels.data()), NearestEntry(frame->palette, color.levels));
-    }
     frame->transparentIndex = -1;
     if (transparent) {
         frame->transparentIndex = static_cast<int>(frame->palette.size());
         frame->palette.push_back({});
     }
     frame->indices.resize(area);
-    for (std::size_t i = 0; i < area; ++i) {
-        const std::uint8_t* pixel = rgba + 4 * i;
+    for (size_t i = 0; i < area; ++i) {
+        const uint8_t* pixel = rgba + 4 * i;
         frame->indices[i] = IsOpaque(pixel) ? indices.find(PackColor(pixel))->second
-                                            : static_cast<std::uint8_t>(frame->transparentIndex);
+                                            : static_cast<uint8_t>(frame->transparentIndex);
     }
 }
 

@@ -14,6 +14,6 @@ namespace kfx {
 // divided at the mean of the channel with the largest squared error, again and again (Wan, Wong and
 // Prusinkiewicz, "An algorithm for multidimensional data clustering", ACM TOMS 14, 1988), and each colour
 // goes to its nearest entry, without dithering.
-void QuantizeFrame(const std::uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame);
+void QuantizeFrame(const uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame);
 
 }  // namespace kfx

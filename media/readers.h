@@ -11,29 +11,26 @@
 
 namespace kfx {
 
-// What may still be decoded.
+// The limits, and how many pixels were counted against them so far.
 struct PixelBudget {
-    ReadLimits limits;
-    std::uint64_t spent = 0;
+    ReadLimits limits = {};
+    uint64_t spent = 0;
 };
 
 // Called before every allocation or decoding of width x height pixels: false with a clause in *error when a
 // side or the running sum is beyond the limits.
-bool SpendPixels(PixelBudget* budget, std::uint64_t width, std::uint64_t height, std::string* error);
+bool SpendPixels(PixelBudget* budget, uint64_t width, uint64_t height, std::string* error);
 
 // Sets `transparent` from the pixels.
 void NoteTransparency(Frame* frame);
 
-bool ReadGif(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
-             std::string* error);
-bool ReadWebp(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
+bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);
+bool ReadWebp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
               std::string* error);
-bool ReadPng(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
-             std::string* error);
-bool ReadBmp(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
-             std::string* error);
+bool ReadPng(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);
+bool ReadBmp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);
 
 // The warning of a file whose end is missing or damaged after `frames` complete frames.
-std::string DamageWarning(std::size_t frames);
+std::string DamageWarning(size_t frames);
 
 }  // namespace kfx

@@ -26,18 +26,16 @@ double CenterOf(int sample) { return (sample + 0.5) / kSamples; }
 Scenery MakeScenery() {
     Scenery scenery;
     scenery.rows = static_cast<int>(kWaterLine) * kSamples;
-    for (int row = 0; row < scenery.rows; ++row) {
-        for (int column = 0; column < kFineWidth; ++column) {
+    for (int row = 0; row < scenery.rows; ++row)
+        for (int column = 0; column < kFineWidth; ++column)
             scenery.samples.push_back(DrawScenery(CenterOf(column), CenterOf(row)));
-        }
-    }
     return scenery;
 }
 
 Light SceneryAt(const Scenery& scenery, double x, double y) {
     const int column = std::clamp(static_cast<int>(std::floor(x * kSamples)), 0, kFineWidth - 1);
     const int row = std::clamp(static_cast<int>(std::floor(y * kSamples)), 0, scenery.rows - 1);
-    return scenery.samples[static_cast<std::size_t>(row) * kFineWidth + static_cast<std::size_t>(column)];
+    return scenery.samples[static_cast<size_t>(row) * kFineWidth + static_cast<size_t>(column)];
 }
 
 // The lake: the scenery upside down, displaced by waves, darker towards the viewer, with the sun's path on
@@ -69,8 +67,8 @@ Light SampleAt(const Scenery& scenery, int column, int row, double time) {
 }
 
 // A little grain, the same in every frame, hides the steps of the palette in the sky.
-std::uint8_t LevelOf(double light, double grain) {
-    return static_cast<std::uint8_t>(std::clamp(255 * light + 3.2 * (grain - 0.5) + 0.5, 0.0, 255.0));
+uint8_t LevelOf(double light, double grain) {
+    return static_cast<uint8_t>(std::clamp(255 * light + 3.2 * (grain - 0.5) + 0.5, 0.0, 255.0));
 }
 
 Picture DrawFrame(const Scenery& scenery, int frameIndex) {

@@ -15,7 +15,7 @@ struct Point {
 
 double Length(double x, double y) { return std::sqrt(x * x + y * y); }
 
-// Mirror images lie under the line where a thing meets the water, and tremble with it.
+// Mirror images lie below the line where a thing meets the water, and are displaced as the water is.
 Point MirrorPoint(double x, double y, double foot, double time) {
     return {x + 0.5 * WaterShift(x, y, time), 2 * foot - y};
 }
@@ -30,7 +30,7 @@ bool IsLeftOf(Point a, Point b, double x, double y) {
     return (b.x - a.x) * (y - a.y) - (b.y - a.y) * (x - a.x) < 0;
 }
 
-// Corners in the order in which the hands of a clock pass them.
+// The corners are given clockwise.
 bool IsInTriangle(Point a, Point b, Point c, double x, double y) {
     return !IsLeftOf(a, b, x, y) && !IsLeftOf(b, c, x, y) && !IsLeftOf(c, a, x, y);
 }
@@ -65,7 +65,7 @@ Touch BallAbove(double x, double y, double time) {
     const double gleam = SmoothStep(0.24, 0.0, gleamDistance);
     const double rim = SmoothStep(0.50, 0.0, towardsEye);
     Light color = paint * light + Light{0.10, 0.13, 0.24} * (0.6 * rim);
-    // Light that the water throws up from below.
+    // Light reflected by the water from below.
     color = color + Light{0.26, 0.15, 0.10} * std::max(0.0, down - 0.2);
     return {Mix(color, Light{1, 0.98, 0.92}, 0.92 * gleam), 1};
 }
@@ -84,9 +84,8 @@ Touch BoatAbove(double x, double y, double time) {
         return {hull * (0.85 + 0.012 * across), 1};
     }
     if (std::fabs(across) < 0.8 && above >= 7 && above < 48) return {{0.22, 0.15, 0.12}, 1};
-    if (IsInTriangle({2, 46}, {2, 11}, {20, 11}, across, above)) {
+    if (IsInTriangle({2, 46}, {2, 11}, {20, 11}, across, above))
         return {Mix(Light{0.98, 0.94, 0.84}, Light{0.80, 0.62, 0.60}, Clamp01(across / 20)), 1};
-    }
     if (IsInTriangle({-2, 11}, {-2, 40}, {-15, 11}, across, above)) {
         const bool stripe = static_cast<int>(above / 5) % 2 == 0;
         return {stripe ? Light{0.82, 0.20, 0.16} : Light{0.95, 0.90, 0.82}, 1};
@@ -132,11 +131,10 @@ Touch TailAt(double across, double down) {
     if (std::fabs(across) > half || Length(across * 0.9, down - 12) > 27) return {};
     const double reach = Length(across * 0.9, down - 12) / 27;
     Light color = {0.58, 0.57, 0.62};
-    if (reach > 0.92) {
+    if (reach > 0.92)
         color = {0.97, 0.94, 0.90};
-    } else if (reach > 0.72) {
+    else if (reach > 0.72)
         color = {0.09, 0.08, 0.10};
-    }
     const bool vane = static_cast<int>(std::floor((across / half + 1) * 4)) % 2 == 0;
     return {color * (vane ? 1.0 : 0.86), 1};
 }

@@ -40,9 +40,8 @@ inline double Sine(double turns) {
 inline double Cosine(double turns) { return Sine(turns + 0.25); }
 
 // A value of 0 to 1 for each pair of whole numbers, without visible pattern.
-inline double HashNoise(std::int32_t x, std::int32_t y) {
-    std::uint32_t bits =
-        static_cast<std::uint32_t>(x) * 0x9E3779B1u ^ static_cast<std::uint32_t>(y) * 0x85EBCA77u;
+inline double HashNoise(int32_t x, int32_t y) {
+    uint32_t bits = static_cast<uint32_t>(x) * 0x9E3779B1u ^ static_cast<uint32_t>(y) * 0x85EBCA77u;
     bits = (bits ^ bits >> 15) * 0x2C1B3C6Du;
     bits = (bits ^ bits >> 12) * 0x297A2D39u;
     return static_cast<double>((bits ^ bits >> 15) >> 8) / 16777216.0;
@@ -54,8 +53,8 @@ inline double ValueNoise(double x, double y) {
     const double top = std::floor(y);
     const double across = SmoothStep(0, 1, x - left);
     const double down = SmoothStep(0, 1, y - top);
-    const auto column = static_cast<std::int32_t>(left);
-    const auto row = static_cast<std::int32_t>(top);
+    const auto column = static_cast<int32_t>(left);
+    const auto row = static_cast<int32_t>(top);
     const double upper = HashNoise(column, row) * (1 - across) + HashNoise(column + 1, row) * across;
     const double lower = HashNoise(column, row + 1) * (1 - across) + HashNoise(column + 1, row + 1) * across;
     return upper * (1 - down) + lower * down;

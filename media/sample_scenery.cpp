@@ -73,9 +73,8 @@ Light HillColor(const HillLayer& hills, double x, double y) {
 }  // namespace
 
 Light DrawScenery(double x, double y) {
-    for (int i = 2; i >= 0; --i) {
+    for (int i = 2; i >= 0; --i)
         if (y >= RidgeOf(kHills[i], x)) return HillColor(kHills[i], x, y);
-    }
     return SkyAt(x, y);
 }
 

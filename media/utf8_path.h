@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Paths between UTF-8 text and the file system. By the wide name where the system has one, so that any name
-// works on Windows, too.
+// Conversion between UTF-8 text and paths of the file system. On Windows the path has wide characters, so
+// that any name works there, too.
 #pragma once
 
 #include <filesystem>

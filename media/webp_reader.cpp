@@ -9,9 +9,9 @@
 namespace kfx {
 namespace {
 
-constexpr std::size_t kRiffHeaderSize = 12;  // "RIFF", size, "WEBP"
-constexpr std::size_t kChunkHeaderSize = 8;  // name, size
-constexpr std::size_t kChunkPadding = 2;     // chunks begin at even offsets
+constexpr size_t kRiffHeaderSize = 12;  // "RIFF", size, "WEBP"
+constexpr size_t kChunkHeaderSize = 8;  // name, size
+constexpr size_t kChunkPadding = 2;     // chunks begin at even offsets
 
 struct DemuxerDeleter {
     void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
@@ -28,30 +28,30 @@ struct FrameIterator {
     ~FrameIterator() { WebPDemuxReleaseIterator(&at); }
 };
 
-std::uint32_t ReadU32(const std::uint8_t* bytes) {
-    return bytes[0] | static_cast<std::uint32_t>(bytes[1]) << 8 | static_cast<std::uint32_t>(bytes[2]) << 16 |
-           static_cast<std::uint32_t>(bytes[3]) << 24;
+uint32_t ReadU32(const uint8_t* bytes) {
+    return bytes[0] | static_cast<uint32_t>(bytes[1]) << 8 | static_cast<uint32_t>(bytes[2]) << 16 |
+           static_cast<uint32_t>(bytes[3]) << 24;
 }
 
 // The complete chunks of a file that was cut, with a size that says so; empty when none is complete. The
 // decoder refuses a file that ends before its announced size.
-std::vector<std::uint8_t> CompleteChunks(const std::uint8_t* data, std::size_t size) {
-    std::size_t end = kRiffHeaderSize;
+std::vector<uint8_t> CompleteChunks(const uint8_t* data, size_t size) {
+    size_t end = kRiffHeaderSize;
     while (size - end >= kChunkHeaderSize) {
-        const std::size_t content = ReadU32(data + end + 4);
-        const std::size_t padded = content + content % kChunkPadding;
+        const size_t content = ReadU32(data + end + 4);
+        const size_t padded = content + content % kChunkPadding;
         if (padded > size - end - kChunkHeaderSize) break;
         end += kChunkHeaderSize + padded;
     }
     if (end == kRiffHeaderSize) return {};
-    std::vector<std::uint8_t> whole(data, data + end);
-    const auto riffSize = static_cast<std::uint32_t>(end - kChunkHeaderSize);
-    for (unsigned i = 0; i < 4; ++i) whole[4 + i] = static_cast<std::uint8_t>(riffSize >> (8 * i));
+    std::vector<uint8_t> whole(data, data + end);
+    const auto riffSize = static_cast<uint32_t>(end - kChunkHeaderSize);
+    for (unsigned i = 0; i < 4; ++i) whole[4 + i] = static_cast<uint8_t>(riffSize >> (8 * i));
     return whole;
 }
 
 // WebP counts how often an animation is shown, Animation how often it is repeated after that.
-int RepeatsOf(std::uint32_t shownTimes) {
+int RepeatsOf(uint32_t shownTimes) {
     if (shownTimes == 0) return kLoopForever;
     return shownTimes == 1 ? kLoopNone : static_cast<int>(shownTimes - 1);
 }
@@ -68,12 +68,11 @@ int HundredthsOf(int milliseconds, int* carry) {
 }
 
 bool SpendFrames(const WebPDemuxer* demuxer, PixelBudget* budget, std::string* error) {
-    const std::uint64_t width = WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_WIDTH);
-    const std::uint64_t height = WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_HEIGHT);
-    const std::uint32_t frames = WebPDemuxGetI(demuxer, WEBP_FF_FRAME_COUNT);
-    for (std::uint32_t i = 0; i < frames; ++i) {
+    const uint64_t width = WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_WIDTH);
+    const uint64_t height = WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_HEIGHT);
+    const uint32_t frames = WebPDemuxGetI(demuxer, WEBP_FF_FRAME_COUNT);
+    for (uint32_t i = 0; i < frames; ++i)
         if (!SpendPixels(budget, width, height, error)) return false;
-    }
     return true;
 }
 
@@ -82,22 +81,20 @@ void ReadCanvas(const WebPDemuxer* demuxer, Animation* animation) {
     animation->height = static_cast<int>(WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_HEIGHT));
     if ((WebPDemuxGetI(demuxer, WEBP_FF_FORMAT_FLAGS) & ANIMATION_FLAG) == 0) return;
     animation->loopCount = RepeatsOf(WebPDemuxGetI(demuxer, WEBP_FF_LOOP_COUNT));
-    const std::uint32_t background = WebPDemuxGetI(demuxer, WEBP_FF_BACKGROUND_COLOR);  // 0xAARRGGBB
+    const uint32_t background = WebPDemuxGetI(demuxer, WEBP_FF_BACKGROUND_COLOR);  // 0xAARRGGBB
     animation->hasBackground = true;
-    animation->background = {static_cast<std::uint8_t>(background >> 16),
-                             static_cast<std::uint8_t>(background >> 8),
-                             static_cast<std::uint8_t>(background)};
+    animation->background = {static_cast<uint8_t>(background >> 16), static_cast<uint8_t>(background >> 8),
+                             static_cast<uint8_t>(background)};
 }
 
-// Decodes frames until the end or the first damaged one, which is told by returning false.
+// Decodes frames until the end, or until the first damaged one: then returns false.
 bool ReadFrames(const WebPDemuxer* demuxer, WebPAnimDecoder* decoder, Animation* animation) {
-    const std::size_t bytes =
-        4 * static_cast<std::size_t>(animation->width) * static_cast<std::size_t>(animation->height);
+    const size_t bytes = 4 * static_cast<size_t>(animation->width) * static_cast<size_t>(animation->height);
     FrameIterator frames;
     int carry = 0;
     bool more = WebPDemuxGetFrame(demuxer, 1, &frames.at) != 0;
     while (more) {
-        std::uint8_t* canvas = nullptr;
+        uint8_t* canvas = nullptr;
         int endTime = 0;
         if (!WebPAnimDecoderGetNext(decoder, &canvas, &endTime)) return false;
         Frame frame;
@@ -116,20 +113,20 @@ bool ReadFrames(const WebPDemuxer* demuxer, WebPAnimDecoder* decoder, Animation*
 
 }  // namespace
 
-bool ReadWebp(const std::uint8_t* data, std::size_t size, PixelBudget* budget, Animation* animation,
+bool ReadWebp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
               std::string* error) {
     const char* const kDamaged = "the WebP file is damaged";
     WebPData file = {data, size};
     Demuxer demuxer(WebPDemux(&file));
-    std::vector<std::uint8_t> repaired;
+    std::vector<uint8_t> repaired;
     bool whole = true;
-    if (demuxer == nullptr) {
+    if (!demuxer) {
         whole = false;
         repaired = CompleteChunks(data, size);
         file = {repaired.data(), repaired.size()};
         if (!repaired.empty()) demuxer.reset(WebPDemux(&file));
     }
-    if (demuxer == nullptr || WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT) == 0) {
+    if (!demuxer || WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT) == 0) {
         *error = kDamaged;
         return false;
     }
@@ -143,7 +140,7 @@ bool ReadWebp(const std::uint8_t* data, std::size_t size, PixelBudget* budget, A
     }
     options.color_mode = MODE_RGBA;
     const Decoder decoder(WebPAnimDecoderNew(&file, &options));
-    if (decoder == nullptr) {
+    if (!decoder) {
         *error = kDamaged;
         return false;
     }

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "media/animation.h"
 #include "media/animation_writer.h"
@@ -20,6 +22,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #endif
 
 namespace kfx {
@@ -52,9 +55,8 @@ struct Folder {
         fs::remove_all(path, ignored);
     }
     std::string File(const std::string& name) const { return Utf8Of(path) + "/" + name; }
-    std::size_t Count() const {
-        return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator(path), fs::directory_iterator()));
+    size_t Count() const {
+        return static_cast<size_t>(std::distance(fs::directory_iterator(path), fs::directory_iterator()));
     }
 };
 
@@ -65,19 +67,19 @@ Bytes ContentOf(const std::string& path) {
     return content;
 }
 
-TEST(FileIo, ContentSurvivesAndNoTemporaryNameStays) {
+TEST(FileIo, Content_survives_and_no_temporary_name_stays) {
     const Folder folder;
     std::string error;
-    for (const std::size_t size : {0u, 1u, 65535u, 65536u, 65537u, 300000u}) {
+    for (const size_t size : {0u, 1u, 65535u, 65536u, 65537u, 300000u}) {
         Bytes content(size);
-        for (std::size_t i = 0; i < size; ++i) content[i] = static_cast<std::uint8_t>(i * 31 >> 3);
+        for (size_t i = 0; i < size; ++i) content[i] = static_cast<uint8_t>(i * 31 >> 3);
         ASSERT_TRUE(WriteWholeFile(folder.File("data"), content, &error)) << error;
         EXPECT_TRUE(ContentOf(folder.File("data")) == content) << size;
         EXPECT_EQ(folder.Count(), 1u);
     }
 }
 
-TEST(FileIo, NamesAreUtf8) {
+TEST(FileIo, Names_are_UTF_8) {
     const Folder folder;
     std::string error;
     const std::string name =
@@ -88,7 +90,7 @@ TEST(FileIo, NamesAreUtf8) {
     EXPECT_TRUE(fs::exists(folder.path / PathOf(name)));
 }
 
-TEST(FileIo, AMissingFileIsNamedInTheError) {
+TEST(FileIo, A_missing_file_is_named_in_the_error) {
     const Folder folder;
     Bytes content;
     std::string error;
@@ -97,17 +99,31 @@ TEST(FileIo, AMissingFileIsNamedInTheError) {
     EXPECT_FALSE(ReadWholeFile(folder.File(""), &content, &error));
     EXPECT_EQ(error, folder.File("") + ": this is a folder, not a file.");
     EXPECT_FALSE(ReadWholeFile("", &content, &error));
-    EXPECT_FALSE(ReadWholeFile(std::string("a\0b", 3), &content, &error));
 }
 
-TEST(FileIo, AFolderThatIsMissingIsNamedInTheError) {
+TEST(FileIo, A_name_with_a_NUL_byte_is_refused_and_not_cut_short) {
+    const Folder folder;
+    std::string error;
+    ASSERT_TRUE(WriteWholeFile(folder.File("a"), {5}, &error)) << error;
+    const std::string name = folder.File("a") + std::string("\0b", 2);
+    Bytes content;
+    EXPECT_FALSE(ReadWholeFile(name, &content, &error));
+    EXPECT_EQ(error, name + ": this is not a file name.");
+    error.clear();
+    EXPECT_FALSE(WriteWholeFile(name, {6}, &error));
+    EXPECT_EQ(error, name + ": this is not a file name.");
+    EXPECT_EQ(ContentOf(folder.File("a")), Bytes{5});
+    EXPECT_EQ(folder.Count(), 1u);
+}
+
+TEST(FileIo, A_folder_that_is_missing_is_named_in_the_error) {
     const Folder folder;
     std::string error;
     EXPECT_FALSE(WriteWholeFile(folder.File("none/x.gif"), {1}, &error));
     EXPECT_EQ(error, folder.File("none/x.gif") + ": the file cannot be written (No such file or directory).");
 }
 
-TEST(FileIo, AFolderOfTheFinalNameStaysAndNoTemporaryFileDoes) {
+TEST(FileIo, A_folder_of_the_final_name_stays_and_no_temporary_file_does) {
     const Folder folder;
     fs::create_directories(folder.path / "x.gif" / "inner");
     std::string error;
@@ -116,7 +132,7 @@ TEST(FileIo, AFolderOfTheFinalNameStaysAndNoTemporaryFileDoes) {
     EXPECT_EQ(folder.Count(), 1u);
 }
 
-TEST(FileIo, AFileThatHasTheTemporaryNameIsLeftAlone) {
+TEST(FileIo, A_file_that_has_the_temporary_name_is_left_alone) {
     const Folder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif.part"), {7}, &error));
@@ -125,11 +141,11 @@ TEST(FileIo, AFileThatHasTheTemporaryNameIsLeftAlone) {
     EXPECT_EQ(ContentOf(folder.File("x.gif")), Bytes{8});
 }
 
-TEST(FileIo, WhenOneOfSeveralFilesCannotBeMadeNoneAppears) {
+TEST(FileIo, When_one_of_several_files_cannot_be_made_none_appears) {
     const Folder folder;
     std::string error;
-    const auto makeContent = [](std::size_t i, Bytes* content, std::string* clause) {
-        *content = {static_cast<std::uint8_t>(i)};
+    const auto makeContent = [](size_t i, Bytes* content, std::string* clause) {
+        *content = {static_cast<uint8_t>(i)};
         *clause = "the third one fails";
         return i != 2;
     };
@@ -139,11 +155,11 @@ TEST(FileIo, WhenOneOfSeveralFilesCannotBeMadeNoneAppears) {
     EXPECT_EQ(folder.Count(), 0u);
 }
 
-TEST(FileIo, WhenOneOfSeveralFilesCannotBePlacedTheOthersAreRemoved) {
+TEST(FileIo, When_one_of_several_files_cannot_be_placed_the_others_are_removed) {
     const Folder folder;
     fs::create_directories(folder.path / "b" / "inner");
     std::string error;
-    const auto makeContent = [](std::size_t, Bytes* content, std::string*) {
+    const auto makeContent = [](size_t, Bytes* content, std::string*) {
         *content = {1};
         return true;
     };
@@ -152,7 +168,7 @@ TEST(FileIo, WhenOneOfSeveralFilesCannotBePlacedTheOthersAreRemoved) {
     EXPECT_EQ(folder.Count(), 1u);  // the folder
 }
 
-TEST(FileIo, WritersPutFilesInPlaceAndReadersTakeThem) {
+TEST(FileIo, Writers_put_files_in_place_and_readers_take_them) {
     const Folder folder;
     std::string error;
     const Animation source = test::RandomAnimation(9, 7, 3, 21, false);
@@ -179,7 +195,7 @@ TEST(FileIo, WritersPutFilesInPlaceAndReadersTakeThem) {
     EXPECT_EQ(test::ShowFrame(animation, 0), "RG");
 }
 
-TEST(FileIo, AFailedWriterLeavesTheOldFile) {
+TEST(FileIo, A_failed_writer_leaves_the_old_file) {
     const Folder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {9}, &error));
@@ -191,7 +207,7 @@ TEST(FileIo, AFailedWriterLeavesTheOldFile) {
     EXPECT_EQ(error, folder.File("x.png") + ": there are no frames to write.");
 }
 
-TEST(FileIo, AFileOfNoKnownFormatIsNamedInTheError) {
+TEST(FileIo, A_file_of_no_known_format_is_named_in_the_error) {
     const Folder folder;
     std::string error;
     Animation animation;
@@ -216,7 +232,7 @@ struct FileSizeLimit {
     ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before); }
 };
 
-TEST(FileIo, WhenTheBytesDoNotFitThePartialFileIsRemoved) {
+TEST(FileIo, When_the_bytes_do_not_fit_the_partial_file_is_removed) {
     const Folder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {9}, &error));
@@ -229,7 +245,7 @@ TEST(FileIo, WhenTheBytesDoNotFitThePartialFileIsRemoved) {
     EXPECT_EQ(folder.Count(), 1u);
 }
 
-TEST(FileIo, ALinkStaysALinkAndItsTargetIsReplaced) {
+TEST(FileIo, A_link_stays_a_link_and_its_target_is_replaced) {
     const Folder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("real"), {1}, &error));
@@ -240,19 +256,65 @@ TEST(FileIo, ALinkStaysALinkAndItsTargetIsReplaced) {
     EXPECT_EQ(folder.Count(), 2u);
 }
 
-TEST(FileIo, APipeGetsTheBytesAndIsNotReplaced) {
+TEST(FileIo, A_pipe_gets_the_bytes_and_is_not_replaced) {
     const Folder folder;
     std::string error;
     ASSERT_EQ(mkfifo(folder.File("pipe").c_str(), 0600), 0);
     const int reader = open(folder.File("pipe").c_str(), O_RDONLY | O_NONBLOCK);
     ASSERT_GE(reader, 0);
     EXPECT_TRUE(WriteWholeFile(folder.File("pipe"), {7, 8, 9}, &error)) << error;
-    std::uint8_t bytes[4] = {};
+    uint8_t bytes[4] = {};
     EXPECT_EQ(read(reader, bytes, sizeof(bytes)), 3);
     EXPECT_EQ(bytes[2], 9);
     close(reader);
     EXPECT_TRUE(fs::is_fifo(folder.path / "pipe"));
     EXPECT_EQ(folder.Count(), 1u);
+}
+
+TEST(FileIo, A_pipe_that_takes_only_a_part_is_an_error_and_stays) {
+    const Folder folder;
+    std::string error;
+    ASSERT_EQ(mkfifo(folder.File("pipe").c_str(), 0600), 0);
+    const int reader = open(folder.File("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    // The reader closes while the writer waits for room in the pipe.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::atomic<bool> written = false;
+    std::thread closing([reader, &written] {
+        uint8_t byte = 0;
+        while (read(reader, &byte, 1) != 1 && !written) std::this_thread::yield();
+        close(reader);
+    });
+    EXPECT_FALSE(WriteWholeFile(folder.File("pipe"), Bytes(4 << 20, 1), &error));
+    written = true;
+    closing.join();
+    EXPECT_EQ(error, folder.File("pipe") + ": the file cannot be written (Broken pipe).");
+    EXPECT_TRUE(fs::is_fifo(folder.path / "pipe"));
+    EXPECT_EQ(folder.Count(), 1u);
+}
+
+// A terminal of the test's own is a device that any user may write to; nothing can be renamed over it.
+TEST(FileIo, A_device_gets_the_bytes_also_through_a_link) {
+    const Folder folder;
+    std::string error;
+    const int controller = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(controller, 0);
+    ASSERT_EQ(grantpt(controller), 0);
+    ASSERT_EQ(unlockpt(controller), 0);
+    const std::string terminal = ptsname(controller);
+    const int keepOpen = open(terminal.c_str(), O_RDWR | O_NOCTTY);
+    ASSERT_GE(keepOpen, 0);
+    fs::create_symlink(terminal, folder.path / "link");
+    for (const std::string& path : {terminal, folder.File("link")}) {
+        EXPECT_TRUE(WriteWholeFile(path, {'a', 'b', 'c'}, &error)) << error;
+        char bytes[8] = {};
+        EXPECT_EQ(read(controller, bytes, sizeof(bytes)), 3);
+        EXPECT_EQ(std::string(bytes, 3), "abc");
+    }
+    EXPECT_TRUE(fs::is_symlink(folder.path / "link"));
+    EXPECT_TRUE(fs::is_character_file(terminal));
+    close(keepOpen);
+    close(controller);
 }
 #endif
 

@@ -11,7 +11,7 @@
 
 namespace kfx::test {
 
-using Bytes = std::vector<std::uint8_t>;
+using Bytes = std::vector<uint8_t>;
 
 // Index 0 to 7 of the palette that all these files use: K black, R red, G green, B blue, Y yellow, M magenta,
 // C cyan, W white.
@@ -44,7 +44,7 @@ Bytes BuildGif(const TestGif& gif);
 
 // A frame as text: letters of TextPalette, '.' fully transparent, '?' any other colour; rows separated by
 // '/'.
-std::string ShowFrame(const Animation& animation, std::size_t frame);
+std::string ShowFrame(const Animation& animation, size_t frame);
 
 // Random RGBA frames, opaque unless `transparent`: then about a third of the pixels is fully transparent.
 Animation RandomAnimation(int width, int height, int frames, unsigned seed, bool transparent);

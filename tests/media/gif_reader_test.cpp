@@ -46,7 +46,7 @@ TestGif Gif(int width, int height, const std::vector<TestImage>& images) {
     return gif;
 }
 
-TEST(GifReader, AFrameKeptOrUnspecifiedStaysUnderTheNextOne) {
+TEST(GifReader, A_frame_kept_or_unspecified_stays_under_the_next_one) {
     for (const int disposal : {0, 1, 5, 6, 7}) {
         const Animation animation =
             ReadOrFail(BuildGif(Gif(3, 2, {Part("RRR/RRR", 0, 0, disposal), Part("GG", 1, 1, 0)})));
@@ -57,14 +57,14 @@ TEST(GifReader, AFrameKeptOrUnspecifiedStaysUnderTheNextOne) {
     }
 }
 
-TEST(GifReader, DisposalToBackgroundClearsTheFramesRectangleToTransparent) {
+TEST(GifReader, Disposal_to_background_clears_the_rectangle_to_transparent) {
     const Animation animation = ReadOrFail(
         BuildGif(Gif(3, 3, {Part("RRR/RRR/RRR", 0, 0, 1), Part("GG/GG", 1, 1, 2), Part("B", 0, 0, 1)})));
     EXPECT_EQ(ShowFrame(animation, 1), "RRR/RGG/RGG");
     EXPECT_EQ(ShowFrame(animation, 2), "BRR/R../R..");
 }
 
-TEST(GifReader, DisposalToPreviousRestoresWhatStoodBeforeTheFrame) {
+TEST(GifReader, Disposal_to_previous_restores_what_stood_before_the_frame) {
     for (const int disposal : {3, 4}) {
         const Animation animation =
             ReadOrFail(BuildGif(Gif(3, 2,
@@ -76,12 +76,12 @@ TEST(GifReader, DisposalToPreviousRestoresWhatStoodBeforeTheFrame) {
     }
 }
 
-TEST(GifReader, DisposalToPreviousOfTheFirstFrameRestoresAnEmptyCanvas) {
+TEST(GifReader, Disposal_to_previous_of_the_first_frame_restores_an_empty_canvas) {
     const Animation animation = ReadOrFail(BuildGif(Gif(2, 1, {Part("RR", 0, 0, 3), Part("G", 1, 0, 0)})));
     EXPECT_EQ(ShowFrame(animation, 1), ".G");
 }
 
-TEST(GifReader, TransparentPixelsLeaveTheCanvasAsItIs) {
+TEST(GifReader, Transparent_pixels_leave_the_canvas_as_it_is) {
     const Animation animation =
         ReadOrFail(BuildGif(Gif(3, 1, {Part("R.B", 0, 0, 1), Part(".G.", 0, 0, 1), Part("..Y", 0, 0, 1)})));
     EXPECT_EQ(ShowFrame(animation, 0), "R.B");
@@ -91,7 +91,7 @@ TEST(GifReader, TransparentPixelsLeaveTheCanvasAsItIs) {
     EXPECT_FALSE(animation.frames[1].transparent);
 }
 
-TEST(GifReader, TheCanvasAroundASmallFirstFrameIsTransparentNotTheBackgroundColour) {
+TEST(GifReader, The_canvas_around_a_small_first_frame_is_transparent_not_the_background_colour) {
     TestGif gif = Gif(3, 2, {Part("R", 1, 0, 0)});
     gif.backgroundIndex = 2;
     const Animation animation = ReadOrFail(BuildGif(gif));
@@ -100,7 +100,7 @@ TEST(GifReader, TheCanvasAroundASmallFirstFrameIsTransparentNotTheBackgroundColo
     EXPECT_EQ(animation.background, (RgbColor{0, 255, 0}));
 }
 
-TEST(GifReader, ImagesBeyondTheCanvasAreCut) {
+TEST(GifReader, Images_beyond_the_canvas_are_cut) {
     const Animation animation = ReadOrFail(BuildGif(
         Gif(2, 2,
             {Part("RR/RR", 0, 0, 0), Part("GGG/GGG/GGG", 1, 1, 2), Part("B", 5, 5, 2), Part("Y", 0, 0, 0)})));
@@ -109,7 +109,7 @@ TEST(GifReader, ImagesBeyondTheCanvasAreCut) {
     EXPECT_EQ(ShowFrame(animation, 3), "YR/R.");
 }
 
-TEST(GifReader, InterlacedRowsComeOutInOrder) {
+TEST(GifReader, Interlaced_rows_come_out_in_order) {
     for (const int height : {1, 2, 3, 4, 5, 7, 8, 9, 17}) {
         std::string picture;
         for (int y = 0; y < height; ++y) {
@@ -124,7 +124,7 @@ TEST(GifReader, InterlacedRowsComeOutInOrder) {
     }
 }
 
-TEST(GifReader, AnImageUsesItsLocalPaletteForItsPixels) {
+TEST(GifReader, An_image_uses_its_local_palette_for_its_pixels) {
     TestImage local = Part("YR", 0, 0, 0);
     local.localPalette = "YRB";
     TestGif gif = Gif(3, 1, {Part("GGG", 0, 0, 0), local});
@@ -138,13 +138,13 @@ TEST(GifReader, AnImageUsesItsLocalPaletteForItsPixels) {
     EXPECT_FALSE(withoutGlobal.frames[0].indexed);
 }
 
-TEST(GifReader, AnImageWithoutAnyPaletteIsDamage) {
+TEST(GifReader, An_image_without_any_palette_is_damage) {
     TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
     gif.hasGlobalPalette = false;
     EXPECT_EQ(ErrorOf(BuildGif(gif)), "the GIF file is damaged before the end of its first frame");
 }
 
-TEST(GifReader, AnOpaqueFrameOnTheGlobalPaletteKeepsItsIndices) {
+TEST(GifReader, An_opaque_frame_on_the_global_palette_keeps_its_indices) {
     const Animation animation = ReadOrFail(BuildGif(Gif(4, 1, {Part("KRGB", 0, 0, 0), Part("W", 1, 0, 0)})));
     ASSERT_TRUE(animation.frames[0].indexed);
     EXPECT_EQ(animation.frames[0].indices, (Bytes{0, 1, 2, 3}));
@@ -153,7 +153,7 @@ TEST(GifReader, AnOpaqueFrameOnTheGlobalPaletteKeepsItsIndices) {
     EXPECT_EQ(animation.globalPalette, test::TextPalette());
 }
 
-TEST(GifReader, LocalColoursThatTheGlobalPaletteHasGetItsIndices) {
+TEST(GifReader, Local_colours_that_the_global_palette_has_get_its_indices) {
     TestImage local = Part("BY", 0, 0, 0);
     local.localPalette = "YB";
     const Animation animation = ReadOrFail(BuildGif(Gif(3, 1, {Part("RRR", 0, 0, 0), local})));
@@ -161,14 +161,14 @@ TEST(GifReader, LocalColoursThatTheGlobalPaletteHasGetItsIndices) {
     EXPECT_EQ(animation.frames[1].indices, (Bytes{3, 4, 1}));
 }
 
-TEST(GifReader, AFrameWithTransparentPixelsIsNotIndexed) {
+TEST(GifReader, A_frame_with_transparent_pixels_is_not_indexed) {
     const Animation animation = ReadOrFail(BuildGif(Gif(2, 1, {Part("R.", 0, 0, 0), Part(".G", 0, 0, 0)})));
     EXPECT_FALSE(animation.frames[0].indexed);
     EXPECT_TRUE(animation.frames[0].indices.empty());
     EXPECT_TRUE(animation.frames[1].indexed);
 }
 
-TEST(GifReader, DelaysAndPlacesAreThoseOfTheFile) {
+TEST(GifReader, Delays_and_places_are_those_of_the_file) {
     TestImage first = Part("RR", 0, 0, 0);
     first.delay = 7;
     TestImage second = Part("G", 1, 0, 0);
@@ -180,7 +180,7 @@ TEST(GifReader, DelaysAndPlacesAreThoseOfTheFile) {
     EXPECT_EQ(animation.frames[1].top, 0);
 }
 
-TEST(GifReader, TheControlExtensionHoldsForOneImageOnly) {
+TEST(GifReader, The_control_extension_holds_for_one_image_only) {
     TestImage first = Part("R.", 0, 0, 2);
     first.delay = 7;
     TestImage second = Part("WW", 0, 0, 0);  // white has the index that was transparent before
@@ -192,7 +192,7 @@ TEST(GifReader, TheControlExtensionHoldsForOneImageOnly) {
     EXPECT_EQ(animation.frames[1].disposal, 0);
 }
 
-TEST(GifReader, TheLoopExtensionGivesTheRepeats) {
+TEST(GifReader, The_loop_extension_gives_the_repeats) {
     TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
     EXPECT_EQ(ReadOrFail(BuildGif(gif)).loopCount, kLoopNone);
     gif.loopCount = 0;
@@ -201,16 +201,16 @@ TEST(GifReader, TheLoopExtensionGivesTheRepeats) {
     EXPECT_EQ(ReadOrFail(BuildGif(gif)).loopCount, 300);
 }
 
-TEST(GifReader, CommentsAreJoinedByLineFeeds) {
+TEST(GifReader, Comments_are_joined_by_line_feeds) {
     TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
     gif.comments = {"drawn by hand", "twice"};
     EXPECT_EQ(ReadOrFail(BuildGif(gif)).comment, "drawn by hand\ntwice");
 }
 
-TEST(GifReader, ACutFileGivesItsCompleteFramesAndAWarning) {
+TEST(GifReader, A_cut_file_gives_its_complete_frames_and_a_warning) {
     const Bytes file = BuildGif(Gif(3, 1, {Part("RGB", 0, 0, 0), Part("YYY", 0, 0, 0)}));
-    for (std::size_t length = 0; length < file.size(); ++length) {
-        const Bytes cut(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length));
+    for (size_t length = 0; length < file.size(); ++length) {
+        const Bytes cut(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
         Animation animation;
         std::string error;
         if (ReadAnimationFromMemory(cut.data(), cut.size(), &animation, &error)) {
@@ -230,18 +230,18 @@ TEST(GifReader, ACutFileGivesItsCompleteFramesAndAWarning) {
     EXPECT_EQ(ReadOrFail(file).warning, "");
 }
 
-TEST(GifReader, AFileWithoutFramesIsAnError) {
+TEST(GifReader, A_file_without_frames_is_an_error) {
     EXPECT_EQ(ErrorOf(BuildGif(Gif(5, 5, {}))), "the GIF file has no frames");
 }
 
-TEST(GifReader, AScreenWithoutSizeTakesTheFirstImages) {
+TEST(GifReader, A_screen_without_size_takes_that_of_the_first_image) {
     const Animation animation = ReadOrFail(BuildGif(Gif(0, 0, {Part("RG/BY", 0, 0, 0)})));
     EXPECT_EQ(animation.width, 2);
     EXPECT_EQ(animation.height, 2);
     EXPECT_EQ(ShowFrame(animation, 0), "RG/BY");
 }
 
-TEST(GifReader, AbsurdSizesAreRefusedBeforeAnythingIsAllocated) {
+TEST(GifReader, Absurd_sizes_are_refused_before_anything_is_allocated) {
     // 65535 x 65535 pixels would be 16 GiB: reading them at all would take far longer than a test may.
     EXPECT_EQ(ErrorOf(BuildGif(Gif(65535, 65535, {Part("R", 0, 0, 0)}))),
               "the picture of 65535 x 65535 pixels is too large: a side may have 16384");
@@ -251,7 +251,7 @@ TEST(GifReader, AbsurdSizesAreRefusedBeforeAnythingIsAllocated) {
               "the frames together have more than 536870912 pixels, which is too much to hold");
 }
 
-TEST(GifReader, TheBudgetCountsAllFramesTogether) {
+TEST(GifReader, The_budget_counts_all_frames_together) {
     const Bytes file =
         BuildGif(Gif(1000, 1000, {Part("R", 0, 0, 0), Part("R", 0, 0, 0), Part("R", 0, 0, 0)}));
     ReadLimits limits;
@@ -264,11 +264,11 @@ TEST(GifReader, TheBudgetCountsAllFramesTogether) {
               "the frames together have more than 2999999 pixels, which is too much to hold");
 }
 
-TEST(GifReader, AnImageFarLargerThanItsCanvasCountsInTheBudget) {
+TEST(GifReader, An_image_far_larger_than_its_canvas_counts_in_the_budget) {
     Bytes file = BuildGif(Gif(2, 2, {Part("RR/RR", 0, 0, 0)}));
-    const std::size_t descriptor = 13 + 24 + 8;  // screen, palette, graphics control
+    const size_t descriptor = 13 + 24 + 8;  // screen, palette, graphics control
     ASSERT_EQ(file[descriptor], 0x2C);
-    for (const std::size_t offset : {5u, 6u, 7u, 8u}) file[descriptor + offset] = 0x3F;  // 16191 x 16191
+    for (const size_t offset : {5u, 6u, 7u, 8u}) file[descriptor + offset] = 0x3F;  // 16191 x 16191
     ReadLimits limits;
     limits.maxPixels = 1000000;
     EXPECT_EQ(ErrorOf(file, limits),

@@ -17,13 +17,12 @@ namespace {
 
 using test::Bytes;
 
-Picture FlatPicture(int width, int height, RgbColor color, std::uint8_t alpha = 255) {
+Picture FlatPicture(int width, int height, RgbColor color, uint8_t alpha = 255) {
     Picture picture;
     picture.width = width;
     picture.height = height;
-    for (int i = 0; i < width * height; ++i) {
+    for (int i = 0; i < width * height; ++i)
         picture.pixels.insert(picture.pixels.end(), {color.red, color.green, color.blue, alpha});
-    }
     return picture;
 }
 
@@ -31,10 +30,10 @@ SheetPicture Shown(const Picture& picture, const std::string& label) {
     return {picture.width, picture.height, picture.pixels.data(), label};
 }
 
-std::size_t CountPixels(const Picture& picture, RgbColor color) {
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < picture.pixels.size(); i += 4) {
-        const std::uint8_t* pixel = picture.pixels.data() + i;
+size_t CountPixels(const Picture& picture, RgbColor color) {
+    size_t count = 0;
+    for (size_t i = 0; i < picture.pixels.size(); i += 4) {
+        const uint8_t* pixel = picture.pixels.data() + i;
         count += RgbColor{pixel[0], pixel[1], pixel[2]} == color;
     }
     return count;
@@ -50,7 +49,7 @@ std::string ShowGlyph(char character) {
     return rows;
 }
 
-TEST(BitmapFont, EveryVisibleCharacterLooksDifferent) {
+TEST(BitmapFont, Every_visible_character_looks_different) {
     std::set<std::string> shapes;
     for (char character = ' '; character <= '~'; ++character) shapes.insert(ShowGlyph(character));
     EXPECT_EQ(shapes.size(), 95u);
@@ -59,7 +58,7 @@ TEST(BitmapFont, EveryVisibleCharacterLooksDifferent) {
     EXPECT_EQ(ShowGlyph('T'), "#####/..#../..#../..#../..#../..#../..#../...../...../");
 }
 
-TEST(BitmapFont, TextIsCutAtTheBorder) {
+TEST(BitmapFont, Text_is_cut_at_the_border) {
     Picture picture = FlatPicture(20, 10, {0, 0, 0});
     DrawBitmapText(&picture, -8, -4, "WWWWWWWW", 3, {255, 255, 255});
     EXPECT_GT(CountPixels(picture, {255, 255, 255}), 0u);
@@ -67,7 +66,7 @@ TEST(BitmapFont, TextIsCutAtTheBorder) {
     EXPECT_EQ(TextWidth("ab", 2), 22);
 }
 
-TEST(ContactSheet, PicturesThatFitAreShownPixelForPixel) {
+TEST(ContactSheet, Pictures_that_fit_are_shown_pixel_for_pixel) {
     const Picture red = FlatPicture(40, 30, {200, 10, 20});
     const Picture blue = FlatPicture(40, 30, {20, 10, 200});
     const Picture sheet =
@@ -76,27 +75,27 @@ TEST(ContactSheet, PicturesThatFitAreShownPixelForPixel) {
     EXPECT_EQ(CountPixels(sheet, {20, 10, 200}), 2400u);
 }
 
-TEST(ContactSheet, LargePicturesAreReducedInShapeAndAveraged) {
+TEST(ContactSheet, Large_pictures_are_reduced_in_shape_and_averaged) {
     Picture stripes = FlatPicture(200, 100, {0, 0, 0});
-    for (std::size_t i = 0; i < stripes.pixels.size(); i += 8) stripes.pixels[i] = 255;
+    for (size_t i = 0; i < stripes.pixels.size(); i += 8) stripes.pixels[i] = 255;
     const Picture sheet = DrawContactSheet("", {{"", {Shown(stripes, "")}}}, 50, 50);
     EXPECT_EQ(CountPixels(sheet, {128, 0, 0}), 50u * 25u);
 }
 
-TEST(ContactSheet, TransparencyShowsAChequeredGround) {
+TEST(ContactSheet, Transparency_shows_a_chequered_ground) {
     const Picture clear = FlatPicture(16, 16, {0, 0, 0}, 0);
     const Picture sheet = DrawContactSheet("", {{"", {Shown(clear, "")}}}, 50, 50);
     EXPECT_EQ(CountPixels(sheet, {255, 255, 255}), 128u);
     EXPECT_EQ(CountPixels(sheet, {208, 208, 208}), 128u);
 }
 
-TEST(ContactSheet, NothingToShowGivesAnEmptyPicture) {
+TEST(ContactSheet, Nothing_to_show_gives_an_empty_picture) {
     EXPECT_EQ(DrawContactSheet("title", {}, 100, 100).width, 0);
     EXPECT_EQ(DrawGallery("title", {}, 3, 100, 100).width, 0);
     EXPECT_EQ(DrawGallery("title", {SheetPicture()}, 3, 100, 100).width, 0);
 }
 
-TEST(ContactSheet, AGalleryBreaksIntoRows) {
+TEST(ContactSheet, A_gallery_breaks_into_rows) {
     const Picture tile = FlatPicture(10, 10, {1, 200, 3});
     const std::vector<SheetPicture> pictures(5, Shown(tile, "a long label that is cut"));
     const Picture wide = DrawGallery("", pictures, 5, 50, 50);
@@ -107,33 +106,33 @@ TEST(ContactSheet, AGalleryBreaksIntoRows) {
     EXPECT_GT(tall.height, wide.height);
 }
 
-TEST(ContactSheet, AComparisonShowsTheSameFramesOfBoth) {
+TEST(ContactSheet, A_comparison_shows_the_same_frames_of_both) {
     Animation source;
     source.width = 8;
     source.height = 8;
     Animation result = source;
-    for (std::uint8_t i = 0; i < 10; ++i) {
+    for (uint8_t i = 0; i < 10; ++i) {
         source.frames.emplace_back();
-        source.frames.back().pixels = FlatPicture(8, 8, {static_cast<std::uint8_t>(100 + i), 0, 0}).pixels;
+        source.frames.back().pixels = FlatPicture(8, 8, {static_cast<uint8_t>(100 + i), 0, 0}).pixels;
         result.frames.emplace_back();
-        result.frames.back().pixels = FlatPicture(8, 8, {0, static_cast<std::uint8_t>(100 + i), 0}).pixels;
+        result.frames.back().pixels = FlatPicture(8, 8, {0, static_cast<uint8_t>(100 + i), 0}).pixels;
     }
     const Picture sheet = DrawComparison("compared", source, result, 3, 50, 50);
     for (const int frame : {0, 3, 6}) {
-        EXPECT_EQ(CountPixels(sheet, {static_cast<std::uint8_t>(100 + frame), 0, 0}), 64u);
-        EXPECT_EQ(CountPixels(sheet, {0, static_cast<std::uint8_t>(100 + frame), 0}), 64u);
+        EXPECT_EQ(CountPixels(sheet, {static_cast<uint8_t>(100 + frame), 0, 0}), 64u);
+        EXPECT_EQ(CountPixels(sheet, {0, static_cast<uint8_t>(100 + frame), 0}), 64u);
     }
     EXPECT_EQ(CountPixels(sheet, {101, 0, 0}), 0u);
 }
 
-TEST(ContactSheet, AComparisonGoesByTimeWhenEqualFramesWereJoined) {
+TEST(ContactSheet, A_comparison_goes_by_time_when_equal_frames_were_joined) {
     Animation source;
     source.width = 8;
     source.height = 8;
     Animation result = source;
     for (const int level : {10, 10, 30}) {
         source.frames.emplace_back();
-        source.frames.back().pixels = FlatPicture(8, 8, {static_cast<std::uint8_t>(level), 0, 0}).pixels;
+        source.frames.back().pixels = FlatPicture(8, 8, {static_cast<uint8_t>(level), 0, 0}).pixels;
         source.frames.back().delay = 5;
     }
     result.frames = {source.frames[0], source.frames[2]};
@@ -144,12 +143,12 @@ TEST(ContactSheet, AComparisonGoesByTimeWhenEqualFramesWereJoined) {
     EXPECT_EQ(DrawComparison("", source, Animation(), 3, 50, 50).width, 0);
 }
 
-TEST(Quantize, FewColoursAreKeptExactly) {
+TEST(Quantize, Few_colours_are_kept_exactly) {
     const Animation noise = test::RandomAnimation(16, 16, 1, 41, false);
     GifFrame frame;
     QuantizeFrame(noise.frames[0].pixels.data(), 16, 16, 256, &frame);
     EXPECT_EQ(frame.transparentIndex, -1);
-    for (std::size_t i = 0; i < 256; ++i) {
+    for (size_t i = 0; i < 256; ++i) {
         const RgbColor shown = frame.palette[frame.indices[i]];
         EXPECT_EQ(shown.red, noise.frames[0].pixels[4 * i]);
         EXPECT_EQ(shown.green, noise.frames[0].pixels[4 * i + 1]);
@@ -157,36 +156,35 @@ TEST(Quantize, FewColoursAreKeptExactly) {
     }
 }
 
-TEST(Quantize, TransparentPixelsTakeAnIndexOfTheirOwn) {
+TEST(Quantize, Transparent_pixels_take_an_index_of_their_own) {
     const Animation noise = test::RandomAnimation(40, 40, 1, 42, true);
     GifFrame frame;
     QuantizeFrame(noise.frames[0].pixels.data(), 40, 40, 256, &frame);
     EXPECT_EQ(frame.palette.size(), 256u);
     ASSERT_EQ(frame.transparentIndex, 255);
-    for (std::size_t i = 0; i < frame.indices.size(); ++i) {
+    for (size_t i = 0; i < frame.indices.size(); ++i)
         EXPECT_EQ(frame.indices[i] == 255, noise.frames[0].pixels[4 * i + 3] == 0);
-    }
 }
 
-TEST(Quantize, EachColourGoesToItsNearestEntryOfASmallPalette) {
+TEST(Quantize, Each_colour_goes_to_its_nearest_entry_of_a_small_palette) {
     const Animation noise = test::RandomAnimation(30, 30, 1, 43, false);
     GifFrame frame;
     QuantizeFrame(noise.frames[0].pixels.data(), 30, 30, 16, &frame);
     ASSERT_EQ(frame.palette.size(), 16u);
-    const auto distance = [](const std::uint8_t* pixel, RgbColor color) {
+    const auto distance = [](const uint8_t* pixel, RgbColor color) {
         const int red = pixel[0] - color.red;
         const int green = pixel[1] - color.green;
         const int blue = pixel[2] - color.blue;
         return red * red + green * green + blue * blue;
     };
-    for (std::size_t i = 0; i < frame.indices.size(); ++i) {
-        const std::uint8_t* pixel = noise.frames[0].pixels.data() + 4 * i;
+    for (size_t i = 0; i < frame.indices.size(); ++i) {
+        const uint8_t* pixel = noise.frames[0].pixels.data() + 4 * i;
         const int chosen = distance(pixel, frame.palette[frame.indices[i]]);
         for (const RgbColor color : frame.palette) ASSERT_LE(chosen, distance(pixel, color));
     }
 }
 
-TEST(Quantize, TwoFarGroupsOfColoursGetAnEntryEach) {
+TEST(Quantize, Two_far_groups_of_colours_get_an_entry_each) {
     Picture picture = FlatPicture(2, 2, {10, 20, 30});
     const Bytes others = {12, 20, 30, 255, 200, 90, 90, 255, 202, 90, 90, 255};
     std::copy(others.begin(), others.end(), picture.pixels.begin() + 4);
@@ -200,39 +198,39 @@ TEST(Quantize, TwoFarGroupsOfColoursGetAnEntryEach) {
 }
 
 // FNV-1a, 64 bits.
-std::uint64_t HashOf(const Bytes& bytes) {
-    std::uint64_t hash = 0xCBF29CE484222325u;
-    for (const std::uint8_t byte : bytes) hash = (hash ^ byte) * 0x100000001B3u;
+uint64_t HashOf(const Bytes& bytes) {
+    uint64_t hash = 0xCBF29CE484222325u;
+    for (const uint8_t byte : bytes) hash = (hash ^ byte) * 0x100000001B3u;
     return hash;
 }
 
-TEST(SampleAnimation, EveryBuildDrawsTheSamePixels) {
+TEST(SampleAnimation, Every_build_draws_the_same_pixels) {
     const Picture picture = DrawSampleFrame(5);
     ASSERT_EQ(picture.pixels.size(), 4u * 320 * 240);
     EXPECT_EQ(HashOf(picture.pixels), 0x8997D7020B2D3D40u);
 }
 
-TEST(SampleAnimation, ItLoopsMovesAndNeedsMoreThanAPaletteOfColours) {
+TEST(SampleAnimation, It_loops_moves_and_needs_more_than_a_palette_of_colours) {
     const Picture first = DrawSampleFrame(0);
     const Picture second = DrawSampleFrame(1);
     EXPECT_TRUE(first.pixels == DrawSampleFrame(kSampleFrameCount).pixels);
-    std::set<std::uint32_t> colors;
-    std::size_t moved = 0;
-    for (std::size_t i = 0; i < first.pixels.size(); i += 4) {
-        colors.insert(static_cast<std::uint32_t>(first.pixels[i] << 16 | first.pixels[i + 1] << 8 |
-                                                 first.pixels[i + 2]));
-        moved += !std::equal(first.pixels.begin() + static_cast<std::ptrdiff_t>(i),
-                             first.pixels.begin() + static_cast<std::ptrdiff_t>(i + 4),
-                             second.pixels.begin() + static_cast<std::ptrdiff_t>(i));
+    std::set<uint32_t> colors;
+    size_t moved = 0;
+    for (size_t i = 0; i < first.pixels.size(); i += 4) {
+        colors.insert(
+            static_cast<uint32_t>(first.pixels[i] << 16 | first.pixels[i + 1] << 8 | first.pixels[i + 2]));
+        moved += !std::equal(first.pixels.begin() + static_cast<ptrdiff_t>(i),
+                             first.pixels.begin() + static_cast<ptrdiff_t>(i + 4),
+                             second.pixels.begin() + static_cast<ptrdiff_t>(i));
         ASSERT_EQ(first.pixels[i + 3], 255);
     }
     EXPECT_GT(colors.size(), 10000u);
     EXPECT_GT(moved, 5000u);
 }
 
-TEST(SampleAnimation, ItsFramesAreStoredWithPalettesOfTheirOwn) {
+TEST(SampleAnimation, Its_frames_are_stored_with_palettes_of_their_own) {
     const GifAnimation gif = DrawSampleAnimation();
-    ASSERT_EQ(gif.frames.size(), static_cast<std::size_t>(kSampleFrameCount));
+    ASSERT_EQ(gif.frames.size(), static_cast<size_t>(kSampleFrameCount));
     EXPECT_EQ(gif.loopCount, kLoopForever);
     Bytes file;
     std::string error;
@@ -241,12 +239,12 @@ TEST(SampleAnimation, ItsFramesAreStoredWithPalettesOfTheirOwn) {
     ASSERT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
     ASSERT_EQ(animation.frames.size(), gif.frames.size());
     EXPECT_EQ(animation.comment, gif.comment);
-    for (std::size_t i = 0; i < gif.frames.size(); ++i) {
+    for (size_t i = 0; i < gif.frames.size(); ++i) {
         EXPECT_EQ(animation.frames[i].delay, kSampleDelay);
         const GifFrame& stored = gif.frames[i];
-        for (std::size_t pixel = 0; pixel < stored.indices.size(); ++pixel) {
+        for (size_t pixel = 0; pixel < stored.indices.size(); ++pixel) {
             const RgbColor color = stored.palette[stored.indices[pixel]];
-            const std::uint8_t* shown = animation.frames[i].pixels.data() + 4 * pixel;
+            const uint8_t* shown = animation.frames[i].pixels.data() + 4 * pixel;
             ASSERT_EQ(shown[0] << 16 | shown[1] << 8 | shown[2],
                       color.red << 16 | color.green << 8 | color.blue);
         }

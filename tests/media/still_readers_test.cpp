@@ -43,13 +43,13 @@ Bytes MakePng(unsigned width, unsigned height, LodePNGColorType type, unsigned d
     for (LodePNGColorMode* mode : {&state.info_raw, &state.info_png.color}) {
         mode->colortype = type;
         mode->bitdepth = depth;
-        for (std::size_t i = 0; i < palette.size(); ++i) {
+        for (size_t i = 0; i < palette.size(); ++i) {
             const unsigned char alpha = static_cast<int>(i) == transparentEntry ? 0 : 255;
             lodepng_palette_add(mode, palette[i].red, palette[i].green, palette[i].blue, alpha);
         }
     }
     unsigned char* encoded = nullptr;
-    std::size_t size = 0;
+    size_t size = 0;
     EXPECT_EQ(lodepng_encode(&encoded, &size, raw.data(), width, height, &state), 0u);
     Bytes file(encoded, encoded + size);
     std::free(encoded);
@@ -57,7 +57,7 @@ Bytes MakePng(unsigned width, unsigned height, LodePNGColorType type, unsigned d
     return file;
 }
 
-TEST(PngReader, APalettePictureKeepsItsPaletteAndIndices) {
+TEST(PngReader, A_palette_picture_keeps_its_palette_and_indices) {
     const Animation animation =
         ReadOrFail(MakePng(4, 2, LCT_PALETTE, 8, {0, 1, 2, 3, 7, 6, 5, 4}, test::TextPalette(), false, -1));
     EXPECT_EQ(ShowFrame(animation, 0), "KRGB/WCMY");
@@ -67,7 +67,7 @@ TEST(PngReader, APalettePictureKeepsItsPaletteAndIndices) {
     EXPECT_EQ(animation.frames[0].indices, (Bytes{0, 1, 2, 3, 7, 6, 5, 4}));
 }
 
-TEST(PngReader, FewBitsAndInterlaceMakeNoDifference) {
+TEST(PngReader, Few_bits_and_interlace_make_no_difference) {
     // Two pixels a byte, without padding between rows.
     for (const bool interlaced : {false, true}) {
         const Bytes packed = {0x01, 0x23, 0x47, 0x65, 0x43, 0x12, 0x34, 0x50};
@@ -78,7 +78,7 @@ TEST(PngReader, FewBitsAndInterlaceMakeNoDifference) {
     }
 }
 
-TEST(PngReader, ATransparentPaletteEntryIsTransparent) {
+TEST(PngReader, A_transparent_palette_entry_is_transparent) {
     const Animation animation =
         ReadOrFail(MakePng(3, 1, LCT_PALETTE, 8, {1, 2, 3}, test::TextPalette(), false, 2));
     EXPECT_EQ(ShowFrame(animation, 0), "R.B");
@@ -86,7 +86,7 @@ TEST(PngReader, ATransparentPaletteEntryIsTransparent) {
     EXPECT_FALSE(animation.frames[0].indexed);
 }
 
-TEST(PngReader, GreyAndDeepPicturesBecomeEightBitColours) {
+TEST(PngReader, Grey_and_deep_pictures_become_eight_bit_colours) {
     const Animation grey = ReadOrFail(MakePng(2, 1, LCT_GREY, 8, {0, 255}, {}, false, -1));
     EXPECT_EQ(ShowFrame(grey, 0), "KW");
     EXPECT_FALSE(grey.hasGlobalPalette);
@@ -94,33 +94,31 @@ TEST(PngReader, GreyAndDeepPicturesBecomeEightBitColours) {
     EXPECT_EQ(ShowFrame(ReadOrFail(MakePng(2, 1, LCT_RGB, 16, raw, {}, false, -1)), 0), "RB");
 }
 
-TEST(PngReader, ACutOrChangedFileIsAnError) {
+TEST(PngReader, A_cut_or_changed_file_is_an_error) {
     const Bytes file = MakePng(4, 2, LCT_RGBA, 8, Bytes(32, 90), {}, true, -1);
     // The last twelve bytes are an empty end mark, which the decoder does not miss.
-    for (std::size_t length = 1; length < file.size() - 12; ++length) {
-        EXPECT_NE(ErrorOf(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length))), "")
-            << length;
-    }
+    for (size_t length = 1; length < file.size() - 12; ++length)
+        EXPECT_NE(ErrorOf(Bytes(file.begin(), file.begin() + static_cast<ptrdiff_t>(length))), "") << length;
     Bytes changed = file;
     changed[file.size() - 20] ^= 1;
     EXPECT_EQ(ErrorOf(changed).find("the PNG file is damaged ("), 0u);
 }
 
-TEST(PngReader, AbsurdSizesAreRefusedBeforeAnythingIsAllocated) {
+TEST(PngReader, Absurd_sizes_are_refused_before_anything_is_allocated) {
     Bytes file = MakePng(1, 1, LCT_GREY, 8, {0}, {}, false, -1);
     file[16] = file[20] = 0x7F;  // the highest bytes of width and height
     const unsigned checksum = lodepng_crc32(file.data() + 12, 17);
-    for (unsigned i = 0; i < 4; ++i) file[29 + i] = static_cast<std::uint8_t>(checksum >> (24 - 8 * i));
+    for (unsigned i = 0; i < 4; ++i) file[29 + i] = static_cast<uint8_t>(checksum >> (24 - 8 * i));
     EXPECT_EQ(ErrorOf(file),
               "the picture of 2130706433 x 2130706433 pixels is too large: a side may have 16384");
 }
 
 void PutU16(Bytes* file, unsigned value) {
-    file->push_back(static_cast<std::uint8_t>(value));
-    file->push_back(static_cast<std::uint8_t>(value >> 8));
+    file->push_back(static_cast<uint8_t>(value));
+    file->push_back(static_cast<uint8_t>(value >> 8));
 }
 
-void PutU32(Bytes* file, std::uint32_t value) {
+void PutU32(Bytes* file, uint32_t value) {
     PutU16(file, value & 0xFFFF);
     PutU16(file, value >> 16);
 }
@@ -129,41 +127,41 @@ void PutU32(Bytes* file, std::uint32_t value) {
 Bytes MakeBmp(int width, int height, unsigned bitCount, unsigned compression, const Bytes& extra,
               const Bytes& pixels) {
     Bytes file = {'B', 'M'};
-    PutU32(&file, static_cast<std::uint32_t>(54 + extra.size() + pixels.size()));
+    PutU32(&file, static_cast<uint32_t>(54 + extra.size() + pixels.size()));
     PutU32(&file, 0);
-    PutU32(&file, static_cast<std::uint32_t>(54 + extra.size()));
+    PutU32(&file, static_cast<uint32_t>(54 + extra.size()));
     PutU32(&file, 40);
-    PutU32(&file, static_cast<std::uint32_t>(width));
-    PutU32(&file, static_cast<std::uint32_t>(height));
+    PutU32(&file, static_cast<uint32_t>(width));
+    PutU32(&file, static_cast<uint32_t>(height));
     PutU16(&file, 1);
     PutU16(&file, bitCount);
     PutU32(&file, compression);
-    PutU32(&file, static_cast<std::uint32_t>(pixels.size()));
+    PutU32(&file, static_cast<uint32_t>(pixels.size()));
     PutU32(&file, 2835);
     PutU32(&file, 2835);
-    PutU32(&file, bitCount <= 8 ? static_cast<std::uint32_t>(extra.size() / 4) : 0);
+    PutU32(&file, bitCount <= 8 ? static_cast<uint32_t>(extra.size() / 4) : 0);
     PutU32(&file, 0);
     file.insert(file.end(), extra.begin(), extra.end());
     file.insert(file.end(), pixels.begin(), pixels.end());
     return file;
 }
 
-Bytes BmpPalette(std::size_t entries) {
+Bytes BmpPalette(size_t entries) {
     Bytes palette;
-    for (std::size_t i = 0; i < entries; ++i) {
+    for (size_t i = 0; i < entries; ++i) {
         const RgbColor color = i < 8 ? test::TextPalette()[i] : RgbColor{9, 9, 9};
         palette.insert(palette.end(), {color.blue, color.green, color.red, 0});
     }
     return palette;
 }
 
-TEST(BmpReader, RowsRunUpwardsUnlessTheHeightIsNegative) {
+TEST(BmpReader, Rows_run_upwards_unless_the_height_is_negative) {
     const Bytes pixels = {1, 2, 3, 0, 4, 5, 6, 0};
     EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(3, 2, 8, 0, BmpPalette(8), pixels)), 0), "YMC/RGB");
     EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(3, -2, 8, 0, BmpPalette(8), pixels)), 0), "RGB/YMC");
 }
 
-TEST(BmpReader, IndicesOfOneFourAndEightBitsAreKept) {
+TEST(BmpReader, Indices_of_one_four_and_eight_bits_are_kept) {
     const Animation one = ReadOrFail(MakeBmp(10, 1, 1, 0, BmpPalette(2), {0xA5, 0x40, 0, 0}));
     EXPECT_EQ(ShowFrame(one, 0), "RKRKKRKRKR");
     const Animation four = ReadOrFail(MakeBmp(3, 1, 4, 0, BmpPalette(8), {0x12, 0x70, 0, 0}));
@@ -176,12 +174,12 @@ TEST(BmpReader, IndicesOfOneFourAndEightBitsAreKept) {
     EXPECT_FALSE(beyond.frames[0].indexed) << "an index without a colour is not on the palette";
 }
 
-TEST(BmpReader, TrueColourOfSixteenTwentyFourAndThirtyTwoBits) {
+TEST(BmpReader, True_colour_of_sixteen_twenty_four_and_thirty_two_bits) {
     EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(2, 1, 24, 0, {}, {0, 0, 255, 255, 0, 0, 0, 0})), 0), "RB");
     EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(2, 1, 32, 0, {}, {0, 255, 0, 0, 255, 255, 0, 0})), 0), "GC");
     EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(2, 1, 16, 0, {}, {0x00, 0x7C, 0xE0, 0x03})), 0), "RG");
     Bytes masks;
-    for (const std::uint32_t mask : {0xF800u, 0x07E0u, 0x001Fu}) PutU32(&masks, mask);
+    for (const uint32_t mask : {0xF800u, 0x07E0u, 0x001Fu}) PutU32(&masks, mask);
     EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(2, 1, 16, 3, masks, {0x00, 0xF8, 0xFF, 0xFF})), 0), "RW");
     PutU32(&masks, 0xFF000000);
     const Animation alpha = ReadOrFail(MakeBmp(1, 1, 32, 6, masks, {0, 0xF8, 0, 0x80}));
@@ -189,7 +187,7 @@ TEST(BmpReader, TrueColourOfSixteenTwentyFourAndThirtyTwoBits) {
     EXPECT_TRUE(alpha.frames[0].transparent);
 }
 
-TEST(BmpReader, RunLengthsOfEightBitsWithJumpsAndSingles) {
+TEST(BmpReader, Run_lengths_of_eight_bits_with_jumps_and_singles) {
     const Bytes pixels = {3, 1, 0, 0,              // RRR, end of row
                           0, 3, 2, 3, 4, 0, 0, 0,  // GBY as single values with padding, end of row
                           0, 2, 2, 1, 1, 7,        // jump by (2, 1), W
@@ -198,12 +196,12 @@ TEST(BmpReader, RunLengthsOfEightBitsWithJumpsAndSingles) {
     EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(4, 4, 8, 1, BmpPalette(8), pixels)), 0), "KKWM/KKKK/GBYK/RRRK");
 }
 
-TEST(BmpReader, RunLengthsOfFourBitsAlternateTwoColours) {
+TEST(BmpReader, Run_lengths_of_four_bits_alternate_two_colours) {
     const Bytes pixels = {5, 0x12, 0, 0, 0, 5, 0x34, 0x56, 0x70, 0, 0, 1};
     EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(5, 2, 4, 2, BmpPalette(8), pixels)), 0), "BYMCW/RGRGR");
 }
 
-TEST(BmpReader, TheOldestHeaderIsRead) {
+TEST(BmpReader, The_oldest_header_is_read) {
     Bytes file = {'B', 'M'};
     PutU32(&file, 0);
     PutU32(&file, 0);
@@ -215,16 +213,14 @@ TEST(BmpReader, TheOldestHeaderIsRead) {
     EXPECT_EQ(ShowFrame(ReadOrFail(file), 0), "BRRRRRRRB");
 }
 
-TEST(BmpReader, ACutFileIsAnError) {
+TEST(BmpReader, A_cut_file_is_an_error) {
     const Bytes file = MakeBmp(3, 2, 8, 0, BmpPalette(8), {1, 2, 3, 0, 4, 5, 6, 0});
-    for (std::size_t length = 1; length < file.size(); ++length) {
-        EXPECT_NE(ErrorOf(Bytes(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length))), "")
-            << length;
-    }
+    for (size_t length = 1; length < file.size(); ++length)
+        EXPECT_NE(ErrorOf(Bytes(file.begin(), file.begin() + static_cast<ptrdiff_t>(length))), "") << length;
     EXPECT_EQ(ErrorOf(Bytes(file.begin(), file.end() - 1)), "the BMP file ends before its last row");
 }
 
-TEST(BmpReader, ValuesThatNoBitmapHasAreAnError) {
+TEST(BmpReader, Values_that_no_bitmap_has_are_an_error) {
     const std::string unknown = "the BMP file is damaged or of an unknown kind";
     EXPECT_EQ(ErrorOf(MakeBmp(3, 2, 7, 0, BmpPalette(8), Bytes(8))), unknown);
     EXPECT_EQ(ErrorOf(MakeBmp(-3, 2, 8, 0, BmpPalette(8), Bytes(8))), unknown);

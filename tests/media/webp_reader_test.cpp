@@ -27,12 +27,12 @@ bool Read(const Bytes& file, Animation* animation, std::string* error,
 }
 
 // Where the frames' chunks begin in the file.
-std::vector<std::size_t> FrameChunks(const Bytes& file) {
-    std::vector<std::size_t> chunks;
-    std::size_t at = 12;
+std::vector<size_t> FrameChunks(const Bytes& file) {
+    std::vector<size_t> chunks;
+    size_t at = 12;
     while (at + 8 <= file.size()) {
-        std::size_t size = 0;
-        for (std::size_t i = 4; i-- > 0;) size = size << 8 | file[at + 4 + i];
+        size_t size = 0;
+        for (size_t i = 4; i-- > 0;) size = size << 8 | file[at + 4 + i];
         if (std::memcmp(file.data() + at, "ANMF", 4) == 0) chunks.push_back(at);
         at += 8 + size + size % 2;
     }
@@ -40,26 +40,26 @@ std::vector<std::size_t> FrameChunks(const Bytes& file) {
 }
 
 // A frame's duration in milliseconds: 24 bits behind its place and size.
-std::uint8_t* DurationOf(Bytes* file, std::size_t chunk) { return file->data() + chunk + 8 + 12; }
+uint8_t* DurationOf(Bytes* file, size_t chunk) { return file->data() + chunk + 8 + 12; }
 
-TEST(WebpReader, TheFilesDurationsAreThoseOfTheFramesBeforeTheirEnd) {
+TEST(WebpReader, Durations_are_those_of_the_file) {
     Animation source = RandomAnimation(6, 6, 3, 31, false);
     source.frames[0].delay = 4;
     source.frames[1].delay = 9;
     source.frames[2].delay = 25;
     Bytes file = WebpOf(source);
-    const std::vector<std::size_t> chunks = FrameChunks(file);
+    const std::vector<size_t> chunks = FrameChunks(file);
     ASSERT_EQ(chunks.size(), 3u);
     const int expected[] = {40, 90, 250};
-    for (std::size_t i = 0; i < 3; ++i) {
-        const std::uint8_t* duration = DurationOf(&file, chunks[i]);
+    for (size_t i = 0; i < 3; ++i) {
+        const uint8_t* duration = DurationOf(&file, chunks[i]);
         EXPECT_EQ(duration[0] | duration[1] << 8 | duration[2] << 16, expected[i]);
     }
 }
 
-std::vector<int> DelaysWithDuration(std::uint8_t milliseconds) {
+std::vector<int> DelaysWithDuration(uint8_t milliseconds) {
     Bytes file = WebpOf(RandomAnimation(6, 6, 6, 32, false));
-    for (const std::size_t chunk : FrameChunks(file)) {
+    for (const size_t chunk : FrameChunks(file)) {
         DurationOf(&file, chunk)[0] = milliseconds;
         DurationOf(&file, chunk)[1] = 0;
     }
@@ -71,7 +71,7 @@ std::vector<int> DelaysWithDuration(std::uint8_t milliseconds) {
     return delays;
 }
 
-TEST(WebpReader, MillisecondsBecomeHundredthsThatKeepThePace) {
+TEST(WebpReader, Milliseconds_become_hundredths_that_keep_the_pace) {
     EXPECT_EQ(DelaysWithDuration(40), (std::vector<int>{4, 4, 4, 4, 4, 4}));
     EXPECT_EQ(DelaysWithDuration(33), (std::vector<int>{3, 4, 3, 3, 4, 3}));
     EXPECT_EQ(DelaysWithDuration(16), (std::vector<int>{2, 2, 2, 2, 2, 2}))
@@ -79,7 +79,7 @@ TEST(WebpReader, MillisecondsBecomeHundredthsThatKeepThePace) {
     EXPECT_EQ(DelaysWithDuration(0), (std::vector<int>{0, 0, 0, 0, 0, 0}));
 }
 
-TEST(WebpReader, AStillPictureIsOneFrameThatDoesNotRepeat) {
+TEST(WebpReader, A_still_picture_is_one_frame_that_does_not_repeat) {
     const Animation source = RandomAnimation(17, 5, 1, 33, true);
     Animation animation;
     std::string error;
@@ -92,16 +92,16 @@ TEST(WebpReader, AStillPictureIsOneFrameThatDoesNotRepeat) {
     EXPECT_TRUE(animation.frames[0].transparent);
 }
 
-TEST(WebpReader, ACutFileGivesItsCompleteFramesAndAWarning) {
+TEST(WebpReader, A_cut_file_gives_its_complete_frames_and_a_warning) {
     const Animation source = RandomAnimation(6, 6, 3, 34, false);
     const Bytes file = WebpOf(source);
-    const std::vector<std::size_t> chunks = FrameChunks(file);
+    const std::vector<size_t> chunks = FrameChunks(file);
     ASSERT_EQ(chunks.size(), 3u);
-    for (std::size_t length = 0; length < file.size(); ++length) {
-        const Bytes cut(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(length));
+    for (size_t length = 0; length < file.size(); ++length) {
+        const Bytes cut(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
         const auto begun =
-            std::count_if(chunks.begin(), chunks.end(), [&](std::size_t at) { return at <= length; });
-        const std::size_t complete = static_cast<std::size_t>(std::max<std::ptrdiff_t>(begun, 1) - 1);
+            std::count_if(chunks.begin(), chunks.end(), [&](size_t at) { return at <= length; });
+        const size_t complete = static_cast<size_t>(std::max<ptrdiff_t>(begun, 1) - 1);
         Animation animation;
         std::string error;
         const bool success = Read(cut, &animation, &error);
@@ -117,7 +117,7 @@ TEST(WebpReader, ACutFileGivesItsCompleteFramesAndAWarning) {
     }
 }
 
-TEST(WebpReader, TheBudgetCountsAllFramesTogether) {
+TEST(WebpReader, The_budget_counts_all_frames_together) {
     const Bytes file = WebpOf(RandomAnimation(10, 10, 3, 35, false));
     ReadLimits limits;
     limits.maxPixels = 299;

@@ -19,9 +19,8 @@ using test::ShowFrame;
 Bytes IndicesOf(const std::string& picture) {
     static const std::string letters = "KRGBYMCW.";
     Bytes indices;
-    for (const char letter : picture) {
-        if (letter != '/') indices.push_back(static_cast<std::uint8_t>(letters.find(letter)));
-    }
+    for (const char letter : picture)
+        if (letter != '/') indices.push_back(static_cast<uint8_t>(letters.find(letter)));
     return indices;
 }
 
@@ -74,7 +73,7 @@ Bytes WebpOrFail(const Animation& animation) {
     return file;
 }
 
-TEST(GifWriter, WhatWasWrittenIsReadBack) {
+TEST(GifWriter, What_was_written_is_read_back) {
     GifAnimation gif = TextGif(4, 2, {TextFrame("KRGB/YMCW"), TextFrame("WCMY/BGRK")});
     gif.frames[0].delay = 12;
     gif.frames[1].delay = 65535;
@@ -92,7 +91,7 @@ TEST(GifWriter, WhatWasWrittenIsReadBack) {
     EXPECT_EQ(animation.globalPalette, test::TextPalette());
 }
 
-TEST(GifWriter, EveryLoopCountSurvives) {
+TEST(GifWriter, Every_loop_count_survives) {
     for (const int loopCount : {kLoopNone, kLoopForever, 1, 255, 256, 65535}) {
         GifAnimation gif = TextGif(1, 1, {TextFrame("R")});
         gif.loopCount = loopCount;
@@ -100,15 +99,15 @@ TEST(GifWriter, EveryLoopCountSurvives) {
     }
 }
 
-TEST(GifWriter, LongCommentsAreDividedAndComeBackWhole) {
-    for (const std::size_t length : {1u, 254u, 255u, 256u, 510u, 1000u}) {
+TEST(GifWriter, Long_comments_are_divided_and_come_back_whole) {
+    for (const size_t length : {1u, 254u, 255u, 256u, 510u, 1000u}) {
         GifAnimation gif = TextGif(1, 1, {TextFrame("R")});
-        for (std::size_t i = 0; i < length; ++i) gif.comment += static_cast<char>(i * 7);
+        for (size_t i = 0; i < length; ++i) gif.comment += static_cast<char>(i * 7);
         EXPECT_EQ(RoundTrip(gif).comment, gif.comment) << length;
     }
 }
 
-TEST(GifWriter, OnlyTheChangedRectangleIsStored) {
+TEST(GifWriter, Only_the_changed_rectangle_is_stored) {
     const Animation animation = RoundTrip(
         TextGif(5, 4, {TextFrame("RRRRR/RRRRR/RRRRR/RRRRR"), TextFrame("RRRRR/RRGRR/RRRGR/RRRRR")}));
     EXPECT_EQ(ShowFrame(animation, 1), "RRRRR/RRGRR/RRRGR/RRRRR");
@@ -116,7 +115,7 @@ TEST(GifWriter, OnlyTheChangedRectangleIsStored) {
     EXPECT_EQ(animation.frames[1].top, 1);
 }
 
-TEST(GifWriter, AnUnchangedFrameIsKeptWithItsTime) {
+TEST(GifWriter, An_unchanged_frame_is_kept_with_its_time) {
     GifAnimation gif = TextGif(3, 1, {TextFrame("RGB"), TextFrame("RGB"), TextFrame("...")});
     gif.frames[1].delay = 50;
     gif.frames[2].delay = 60;
@@ -128,7 +127,7 @@ TEST(GifWriter, AnUnchangedFrameIsKeptWithItsTime) {
     EXPECT_EQ(animation.frames[2].delay, 60);
 }
 
-TEST(GifWriter, AFrameThatIsClearedAfterwardsKeepsAllThatThereIsToClear) {
+TEST(GifWriter, A_frame_that_is_cleared_afterwards_keeps_all_that_there_is_to_clear) {
     // The second frame changes one pixel, but its disposal clears the red ones too.
     const Animation animation = RoundTrip(
         TextGif(4, 1, {TextFrame("RR.."), TextFrame("..G.", kDisposalBackground), TextFrame("...B")}));
@@ -136,7 +135,7 @@ TEST(GifWriter, AFrameThatIsClearedAfterwardsKeepsAllThatThereIsToClear) {
     EXPECT_EQ(ShowFrame(animation, 2), "...B");
 }
 
-TEST(GifWriter, AFrameDisposedToThePreviousIsCroppedToWhatItChanges) {
+TEST(GifWriter, A_frame_disposed_to_the_previous_is_cropped_to_what_it_changes) {
     const Animation animation = RoundTrip(
         TextGif(4, 1, {TextFrame("RRRR"), TextFrame("RRGR", kDisposalPrevious), TextFrame("B...")}));
     EXPECT_EQ(ShowFrame(animation, 1), "RRGR");
@@ -144,7 +143,7 @@ TEST(GifWriter, AFrameDisposedToThePreviousIsCroppedToWhatItChanges) {
     EXPECT_EQ(ShowFrame(animation, 2), "BRRR");
 }
 
-TEST(GifWriter, RandomFramesOfEveryKindLookTheSameCroppedOrNot) {
+TEST(GifWriter, Random_frames_of_every_kind_look_the_same_cropped_or_not) {
     // Small pictures of few colours and many transparent pixels, so that cropping has something to do; what a
     // viewer shows is composed here from the uncropped frames.
     std::srand(1);
@@ -153,7 +152,7 @@ TEST(GifWriter, RandomFramesOfEveryKindLookTheSameCroppedOrNot) {
         const int height = 1 + std::rand() % 4;
         std::vector<GifFrame> frames;
         std::vector<std::string> expected;
-        std::string canvas(static_cast<std::size_t>(width * height), '.');
+        std::string canvas(static_cast<size_t>(width * height), '.');
         for (int i = 0; i < 6; ++i) {
             std::string picture(canvas.size(), '.');
             for (char& letter : picture) letter = "R....GB...."[std::rand() % 11];
@@ -161,15 +160,14 @@ TEST(GifWriter, RandomFramesOfEveryKindLookTheSameCroppedOrNot) {
             frames.push_back(TextFrame(picture, disposal));
             frames.back().transparentIndex = 8;
             const std::string before = canvas;
-            for (std::size_t p = 0; p < canvas.size(); ++p) {
+            for (size_t p = 0; p < canvas.size(); ++p)
                 if (picture[p] != '.') canvas[p] = picture[p];
-            }
             expected.push_back(canvas);
             if (disposal == kDisposalBackground) canvas.assign(canvas.size(), '.');
             if (disposal == kDisposalPrevious) canvas = before;
         }
         const Animation animation = RoundTrip(TextGif(width, height, frames));
-        for (std::size_t i = 0; i < expected.size(); ++i) {
+        for (size_t i = 0; i < expected.size(); ++i) {
             std::string shown = ShowFrame(animation, i);
             shown.erase(std::remove(shown.begin(), shown.end(), '/'), shown.end());
             ASSERT_EQ(shown, expected[i]) << "round " << round << ", frame " << i;
@@ -177,21 +175,20 @@ TEST(GifWriter, RandomFramesOfEveryKindLookTheSameCroppedOrNot) {
     }
 }
 
-TEST(GifWriter, LocalPalettesOfAnySizeColourTheirFrames) {
-    for (const std::size_t count : {1u, 2u, 3u, 17u, 255u, 256u}) {
+TEST(GifWriter, Local_palettes_of_any_size_colour_their_frames) {
+    for (const size_t count : {1u, 2u, 3u, 17u, 255u, 256u}) {
         GifAnimation gif;
         gif.width = 16;
         gif.height = 16;
         GifFrame frame;
-        for (std::size_t i = 0; i < count; ++i) {
-            frame.palette.push_back({static_cast<std::uint8_t>(i), static_cast<std::uint8_t>(255 - i), 77});
-        }
-        for (std::size_t i = 0; i < 256; ++i) frame.indices.push_back(static_cast<std::uint8_t>(i % count));
+        for (size_t i = 0; i < count; ++i)
+            frame.palette.push_back({static_cast<uint8_t>(i), static_cast<uint8_t>(255 - i), 77});
+        for (size_t i = 0; i < 256; ++i) frame.indices.push_back(static_cast<uint8_t>(i % count));
         gif.frames = {frame};
         const Animation animation = RoundTrip(gif);
         EXPECT_FALSE(animation.hasGlobalPalette);
-        for (std::size_t i = 0; i < 256; ++i) {
-            const std::uint8_t* pixel = animation.frames[0].pixels.data() + 4 * i;
+        for (size_t i = 0; i < 256; ++i) {
+            const uint8_t* pixel = animation.frames[0].pixels.data() + 4 * i;
             ASSERT_EQ(pixel[0], i % count) << count;
             ASSERT_EQ(pixel[1], 255 - i % count);
             ASSERT_EQ(pixel[2], 77);
@@ -200,7 +197,7 @@ TEST(GifWriter, LocalPalettesOfAnySizeColourTheirFrames) {
     }
 }
 
-TEST(GifWriter, ColoursThatStandTwiceInThePaletteKeepTheirIndices) {
+TEST(GifWriter, Colours_that_stand_twice_in_the_palette_keep_their_indices) {
     GifAnimation gif = TextGif(4, 1, {TextFrame("KRGB")});
     gif.globalPalette = {{9, 9, 9}, {1, 2, 3}, {9, 9, 9}, {1, 2, 3}};
     const Animation animation = RoundTrip(gif);
@@ -208,22 +205,22 @@ TEST(GifWriter, ColoursThatStandTwiceInThePaletteKeepTheirIndices) {
     EXPECT_EQ(animation.frames[0].indices, (Bytes{0, 1, 2, 3}));
 }
 
-TEST(GifWriter, LargeFramesOfNoiseSurvive) {
+TEST(GifWriter, Large_frames_of_noise_survive) {
     GifAnimation gif;
     gif.width = 199;
     gif.height = 131;
-    for (int i = 0; i < 256; ++i) gif.globalPalette.push_back({static_cast<std::uint8_t>(i), 0, 0});
+    for (int i = 0; i < 256; ++i) gif.globalPalette.push_back({static_cast<uint8_t>(i), 0, 0});
     const Animation noise = RandomAnimation(199, 131, 2, 5, false);
     for (const Frame& source : noise.frames) {
         GifFrame frame;
-        for (std::size_t i = 0; i < source.pixels.size(); i += 4) frame.indices.push_back(source.pixels[i]);
+        for (size_t i = 0; i < source.pixels.size(); i += 4) frame.indices.push_back(source.pixels[i]);
         gif.frames.push_back(frame);
     }
     const Animation animation = RoundTrip(gif);
-    for (std::size_t i = 0; i < 2; ++i) EXPECT_TRUE(animation.frames[i].indices == gif.frames[i].indices);
+    for (size_t i = 0; i < 2; ++i) EXPECT_TRUE(animation.frames[i].indices == gif.frames[i].indices);
 }
 
-TEST(GifWriter, WhatTheFormatCannotHoldIsRefusedWithAReason) {
+TEST(GifWriter, What_the_format_cannot_hold_is_refused_with_a_reason) {
     EXPECT_EQ(ErrorOf(TextGif(1, 1, {})), "a GIF animation needs at least one frame");
     EXPECT_EQ(ErrorOf(TextGif(0, 1, {TextFrame("")})), "a GIF animation may have 1 to 65535 pixels a side");
     EXPECT_EQ(ErrorOf(TextGif(65536, 1, {TextFrame("R")})),
@@ -240,45 +237,45 @@ TEST(GifWriter, WhatTheFormatCannotHoldIsRefusedWithAReason) {
     EXPECT_EQ(ErrorOf(large), "a GIF palette may have 256 colours at most");
 }
 
-TEST(WebpWriter, OpaqueFramesAreReadBackExactly) {
+TEST(WebpWriter, Opaque_frames_are_read_back_exactly) {
     const Animation source = RandomAnimation(37, 23, 4, 11, false);
     const Animation animation = ReadOrFail(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 4u);
     EXPECT_EQ(animation.width, 37);
     EXPECT_EQ(animation.height, 23);
     EXPECT_EQ(animation.loopCount, kLoopForever);
-    for (std::size_t i = 0; i < 4; ++i) {
+    for (size_t i = 0; i < 4; ++i) {
         EXPECT_TRUE(animation.frames[i].pixels == source.frames[i].pixels) << i;
         EXPECT_FALSE(animation.frames[i].transparent);
     }
 }
 
-TEST(WebpWriter, TransparencyIsReadBackExactly) {
+TEST(WebpWriter, Transparency_is_read_back_exactly) {
     const Animation source = RandomAnimation(19, 40, 3, 12, true);
     const Animation animation = ReadOrFail(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 3u);
-    for (std::size_t frame = 0; frame < 3; ++frame) {
+    for (size_t frame = 0; frame < 3; ++frame) {
         EXPECT_TRUE(animation.frames[frame].transparent);
-        for (std::size_t i = 0; i < source.frames[frame].pixels.size(); i += 4) {
-            const std::uint8_t* expected = source.frames[frame].pixels.data() + i;
-            const std::uint8_t* actual = animation.frames[frame].pixels.data() + i;
+        for (size_t i = 0; i < source.frames[frame].pixels.size(); i += 4) {
+            const uint8_t* expected = source.frames[frame].pixels.data() + i;
+            const uint8_t* actual = animation.frames[frame].pixels.data() + i;
             ASSERT_EQ(actual[3], expected[3]) << i / 4;
-            // The colour under full transparency is nobody's business.
+            // Colours under full transparency need not survive.
             ASSERT_TRUE(expected[3] == 0 || std::memcmp(actual, expected, 3) == 0) << i / 4;
         }
     }
 }
 
-TEST(WebpWriter, FrameTimesSurviveFromTheFirstToTheLast) {
+TEST(WebpWriter, Frame_times_survive_from_the_first_to_the_last) {
     Animation source = RandomAnimation(8, 8, 4, 13, false);
     const int delays[] = {1, 7, 100, 1234};
-    for (std::size_t i = 0; i < 4; ++i) source.frames[i].delay = delays[i];
+    for (size_t i = 0; i < 4; ++i) source.frames[i].delay = delays[i];
     const Animation animation = ReadOrFail(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 4u);
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(animation.frames[i].delay, delays[i]);
+    for (size_t i = 0; i < 4; ++i) EXPECT_EQ(animation.frames[i].delay, delays[i]);
 }
 
-TEST(WebpWriter, AFrameWithoutTimeIsNoError) {
+TEST(WebpWriter, A_frame_without_time_is_no_error) {
     Animation source = RandomAnimation(8, 8, 3, 14, false);
     source.frames[1].delay = 0;
     const Animation animation = ReadOrFail(WebpOrFail(source));
@@ -287,7 +284,7 @@ TEST(WebpWriter, AFrameWithoutTimeIsNoError) {
     EXPECT_TRUE(animation.frames[2].pixels == source.frames[2].pixels);
 }
 
-TEST(WebpWriter, AnUnchangedFrameBecomesALongerDelay) {
+TEST(WebpWriter, An_unchanged_frame_becomes_a_longer_delay) {
     Animation source = RandomAnimation(8, 8, 2, 15, false);
     source.frames.insert(source.frames.begin() + 1, source.frames[0]);
     const Animation animation = ReadOrFail(WebpOrFail(source));
@@ -295,7 +292,7 @@ TEST(WebpWriter, AnUnchangedFrameBecomesALongerDelay) {
     EXPECT_EQ(animation.frames[0].delay, 2 * source.frames[0].delay);
 }
 
-TEST(WebpWriter, LoopCountsSurvive) {
+TEST(WebpWriter, Loop_counts_survive) {
     for (const int loopCount : {kLoopNone, kLoopForever, 1, 65534}) {
         Animation source = RandomAnimation(4, 4, 2, 16, false);
         source.loopCount = loopCount;
@@ -303,7 +300,7 @@ TEST(WebpWriter, LoopCountsSurvive) {
     }
 }
 
-TEST(WebpWriter, WhatTheFormatCannotHoldIsRefusedWithAReason) {
+TEST(WebpWriter, What_the_format_cannot_hold_is_refused_with_a_reason) {
     Animation source = RandomAnimation(4, 4, 1, 17, false);
     Bytes file;
     std::string error;
@@ -318,7 +315,7 @@ TEST(WebpWriter, WhatTheFormatCannotHoldIsRefusedWithAReason) {
     EXPECT_EQ(error, "a WebP animation needs at least one frame");
 }
 
-TEST(PngWriter, PicturesAreReadBackExactly) {
+TEST(PngWriter, Pictures_are_read_back_exactly) {
     for (const bool transparent : {false, true}) {
         const Animation source = RandomAnimation(33, 21, 1, 18, transparent);
         Bytes file;
@@ -331,7 +328,7 @@ TEST(PngWriter, PicturesAreReadBackExactly) {
     }
 }
 
-TEST(PngWriter, FramesAreNumberedBesideTheName) {
+TEST(PngWriter, Frames_are_numbered_beside_the_name) {
     using Names = std::vector<std::string>;
     EXPECT_EQ(PngFramePaths("out/wave.png", 1), Names{"out/wave.png"});
     EXPECT_EQ(PngFramePaths("out/wave.png", 2), (Names{"out/wave-000.png", "out/wave-001.png"}));
