@@ -20,7 +20,7 @@ constexpr int kAboutButtons[] = {IDC_ABOUT_CLOSE, IDC_ABOUT_WEB_PAGE, IDC_ABOUT_
 
 Logo aboutLogo = {};  // runs while the box is open
 
-void OpenAbout(HWND box, HFONT titleFont) {
+void OnInitAbout(HWND box, HFONT titleFont) {
     SetDialogFonts(box);
     ReplacePlaceholders(box);
     for (const int button : kAboutButtons) GiveButtonLook(box, button);
@@ -34,7 +34,7 @@ void OpenAbout(HWND box, HFONT titleFont) {
     CenterOnScreen(box);
 }
 
-void DrawAboutItem(const DRAWITEMSTRUCT& item) {
+void OnDrawAboutItem(const DRAWITEMSTRUCT& item) {
     if (item.CtlID == IDC_ABOUT_LOGO)
         DrawLogo(&aboutLogo, item);
     else
@@ -46,7 +46,7 @@ void OpenWebPage(HWND box) {
     if (reinterpret_cast<INT_PTR>(answer) <= 32) ShowMessage(box, LoadText(IDS_BROWSER_NOT_OPENED));
 }
 
-void TakeAboutCommand(HWND box, int id) {
+void OnAboutCommand(HWND box, int id) {
     switch (id) {
         case IDC_ABOUT_CLOSE:
         case IDCANCEL:  // Escape and the close box
@@ -61,25 +61,25 @@ void TakeAboutCommand(HWND box, int id) {
     }
 }
 
-INT_PTR DrawStaticTransparent(HDC dc) {
+INT_PTR OnColorAboutStatic(HDC dc) {
     SetTextColor(dc, GetSysColor(COLOR_WINDOWTEXT));
     SetBkMode(dc, TRANSPARENT);
     return reinterpret_cast<INT_PTR>(GetStockObject(HOLLOW_BRUSH));
 }
 
 INT_PTR CALLBACK AboutProcedure(HWND box, UINT message, WPARAM word, LPARAM data) {
-    if (TakeLogoTick(aboutLogo, word)) return TRUE;
+    if (OnLogoTick(aboutLogo, word)) return TRUE;
     switch (message) {
         case WM_INITDIALOG:
-            OpenAbout(box, reinterpret_cast<HFONT>(data));
+            OnInitAbout(box, reinterpret_cast<HFONT>(data));
             return TRUE;
         case WM_CTLCOLORSTATIC:
-            return DrawStaticTransparent(reinterpret_cast<HDC>(word));
+            return OnColorAboutStatic(reinterpret_cast<HDC>(word));
         case WM_DRAWITEM:
-            DrawAboutItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(data));
+            OnDrawAboutItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(data));
             return TRUE;
         case WM_COMMAND:
-            TakeAboutCommand(box, LOWORD(word));
+            OnAboutCommand(box, LOWORD(word));
             return TRUE;
         case WM_DESTROY:
             StopLogo(&aboutLogo);

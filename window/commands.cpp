@@ -14,6 +14,7 @@
 #include "window/output_options.h"
 #include "window/paths.h"
 #include "window/plugin_state.h"
+#include "window/plugin_window.h"
 #include "window/source_opening.h"
 
 namespace kfx {
@@ -62,17 +63,16 @@ void ShowDocumentMenu(HWND window) {
     DestroyMenu(menu);
 }
 
-void ShowDocumentMessage(void* window, const char* text) { ShowMessage(static_cast<HWND>(window), text); }
-
 void OpenDocument(HWND window) {
     char path[kTextBytes];
     std::memcpy(path, settings.currentFileName, sizeof path);
     if (!AskDocumentToOpen(window, path) || !IsOpen(window)) return;
-    if (!ReadDocument(window, path, ShowDocumentMessage)) return;
+    if (!ReadDocument(window, path, ShowMessage)) return;
+    SendMessageA(window, kWindowMessage, kShowCurrentPanel, 0);
     std::memcpy(settings.currentFileName, path, sizeof path);
     // The document's check boxes bring what depends on them, within what this host accepts.
     ApplyHostLimits(window);
-    TakeCustomPalette(window);
+    OnCustomPalette(window);
     EnableDependentControls(window);
 }
 
@@ -80,7 +80,7 @@ void SaveDocumentAs(HWND window) {
     char path[kTextBytes];
     std::memcpy(path, settings.currentFileName, sizeof path);
     if (!AskDocumentToSave(window, path) || !IsOpen(window)) return;
-    if (!WriteDocument(window, path, ShowDocumentMessage)) return;
+    if (!WriteDocument(window, path, ShowMessage)) return;
     std::memcpy(settings.currentFileName, path, sizeof path);
 }
 
@@ -88,7 +88,7 @@ void SaveDocument(HWND window) {
     if (lstrcmpiA(FileNameIn(settings.currentFileName), kUntitled) == 0)
         SaveDocumentAs(window);
     else
-        WriteDocument(window, settings.currentFileName, ShowDocumentMessage);
+        WriteDocument(window, settings.currentFileName, ShowMessage);
 }
 
 constexpr int kAnyNotification = -1;
@@ -104,8 +104,8 @@ constexpr CommandRow kCommands[] = {
     {IDC_BUILD, kAnyNotification, BuildAndClose},
     {IDC_CANCEL, kAnyNotification, Cancel},
     {IDC_HELP_BUTTON, kAnyNotification, ShowFirstHelpTopic},
-    {IDC_PALETTE, CBN_CLOSEUP, TakePaletteChoice, true},
-    {IDC_CUSTOM_PALETTE, kAnyNotification, TakeCustomPalette, true},
+    {IDC_PALETTE, CBN_CLOSEUP, OnPaletteChoice, true},
+    {IDC_CUSTOM_PALETTE, kAnyNotification, OnCustomPalette, true},
     {IDC_ABOUT, kAnyNotification, ShowAbout},
     {IDC_TEST, kAnyNotification, BuildTest},
     {IDC_OPEN_SAVE, kAnyNotification, ShowDocumentMenu},
@@ -113,14 +113,14 @@ constexpr CommandRow kCommands[] = {
     {IDM_DOCUMENT_SAVE, kAnyNotification, SaveDocument},
     {IDM_DOCUMENT_SAVE_AS, kAnyNotification, SaveDocumentAs},
     {IDM_BUILD_PLAIN, kAnyNotification, BuildPlain},
-    {IDC_EFFECT, CBN_CLOSEUP, TakeEffectChoice, true},
+    {IDC_EFFECT, CBN_CLOSEUP, OnEffectChoice, true},
     {IDC_SELECT, kAnyNotification, SelectSource},
     {IDM_REOPEN_SOURCE, kAnyNotification, ReopenSource},
 };
 
 }  // namespace
 
-void TakeCommand(HWND window, int id, int notification, HWND control) {
+void OnCommand(HWND window, int id, int notification, HWND control) {
     if (!IsOpen(window)) return;
     for (const CommandRow& row : kCommands) {
         if (row.id != id) continue;
@@ -128,7 +128,7 @@ void TakeCommand(HWND window, int id, int notification, HWND control) {
         if (meant && (row.evenWhileBuilding || !building)) row.run(window);
         return;
     }
-    TakeControlChange(window, control, id, notification);
+    OnControlChange(window, control, id, notification);
     if (IsOpen(window) && id == IDC_LOCAL_BACKGROUND) EnableDependentControls(window);
 }
 

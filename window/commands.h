@@ -6,6 +6,6 @@
 namespace kfx {
 
 // Takes a command of the plug-in window: by the command table, or as the change of a bound control.
-void TakeCommand(HWND window, int id, int notification, HWND control);
+void OnCommand(HWND window, int id, int notification, HWND control);
 
 }  // namespace kfx

@@ -15,57 +15,12 @@
 namespace kfx {
 namespace {
 
-void ChooseColor(HWND control) {
-    const auto* variable = static_cast<const uint32_t*>(VariableOf(control));
-    if (!variable) return;
+bool ChooseColor(uint32_t* color) {
     uint8_t palette[kPaletteBytes];
     BuildFixedPalette(palette, kOrthogonal256, nullptr);
-    uint32_t color = *variable;
     const HWND window = plugin.window;
-    if (!RequestChooseColor(plugin.host, window, palette, &color) || !IsOpen(window)) return;
-    SetColorButton(control, color);
+    return RequestChooseColor(plugin.host, window, palette, color) && IsOpen(window);
 }
-
-void StoreSlider(HWND slider) {
-    StoreControl(slider);
-    ShowSliderPosition(slider, GetScrollPos(slider, SB_CTL));
-}
-
-void StoreTrackBar(HWND trackBar) {
-    StoreControl(trackBar);
-    SetDlgItemInt(GetParent(trackBar), GetDlgCtrlID(trackBar) + 1,
-                  static_cast<UINT>(SendMessageA(trackBar, WM_USER, 0, 0)), FALSE);
-}
-
-enum class Follow {
-    Timer,    // the preview waits until the user pauses
-    Preview,  // the preview is repainted at once
-};
-
-constexpr int kAnyNotification = -1;
-constexpr int kClosedUp = CBN_CLOSEUP;  // of lists; text fields are bound to the same number
-
-struct BindingRow {
-    BoundKind kind;
-    int notification;
-    void (*store)(HWND control);
-    Follow follow;
-};
-
-void Store(HWND control) { StoreControl(control); }
-
-constexpr BindingRow kBindings[] = {
-    {BoundKind::Number, kAnyNotification, Store, Follow::Timer},
-    {BoundKind::NumberText, kAnyNotification, Store, Follow::Timer},
-    {BoundKind::CompanionNumber, kAnyNotification, Store, Follow::Timer},
-    {BoundKind::CheckBox, kAnyNotification, Store, Follow::Timer},
-    {BoundKind::List, kClosedUp, Store, Follow::Preview},
-    {BoundKind::TextField, kClosedUp, Store, Follow::Preview},
-    {BoundKind::ListBox, kAnyNotification, Store, Follow::Preview},
-    {BoundKind::ColorButton, kAnyNotification, ChooseColor, Follow::Preview},
-    {BoundKind::Slider, kAnyNotification, StoreSlider, Follow::Preview},
-    {BoundKind::TrackBar, kAnyNotification, StoreTrackBar, Follow::Preview},
-};
 
 void RestartUpdateTimer(HWND window) {
     KillTimer(window, kUpdateTimer);
@@ -74,24 +29,17 @@ void RestartUpdateTimer(HWND window) {
 
 }  // namespace
 
-void TakeControlChange(HWND window, HWND control, int id, int notification) {
+void OnControlChange(HWND window, HWND control, int id, int notification) {
     if (!control || !IsWindowVisible(window)) return;
-    const BoundKind kind = KindOf(control);
-    for (const BindingRow& row : kBindings) {
-        if (row.kind != kind) continue;
-        if (row.notification != kAnyNotification && row.notification != notification) return;
-        row.store(control);
-        if (!IsOpen(window)) return;
-        if (id < FIRST_PREVIEWED_CONTROL) return;
-        if (row.follow == Follow::Timer)
-            RestartUpdateTimer(window);
-        else
-            RepaintPreview(window);
-        return;
-    }
+    const Follow follow = OnControlNotification(control, notification, ChooseColor);
+    if (!IsOpen(window) || id < FIRST_PREVIEWED_CONTROL) return;
+    if (follow == Follow::AfterPause)
+        RestartUpdateTimer(window);
+    else if (follow == Follow::AtOnce)
+        RepaintPreview(window);
 }
 
-void TakeScroll(HWND window, HWND slider, int code, int trackedPosition) {
+void OnScroll(HWND window, HWND slider, int code, int trackedPosition) {
     int least = 0, most = 0;
     GetScrollRange(slider, SB_CTL, &least, &most);
     const int position = GetScrollPos(slider, SB_CTL);
@@ -125,7 +73,7 @@ void TakeScroll(HWND window, HWND slider, int code, int trackedPosition) {
                  reinterpret_cast<LPARAM>(slider));
 }
 
-void TakeUpdateTimer(HWND window) {
+void OnUpdateTimer(HWND window) {
     KillTimer(window, kUpdateTimer);
     RepaintPreview(window);
     NotifyCurrentEffect(window, EffectEvent::Changed);

@@ -9,12 +9,12 @@ namespace kfx {
 constexpr UINT_PTR kUpdateTimer = 15;
 
 // Takes a command of a control that no row of the command table handles.
-void TakeControlChange(HWND window, HWND control, int id, int notification);
+void OnControlChange(HWND window, HWND control, int id, int notification);
 
 // Takes a scroll message of a slider: code and position as the message carries them.
-void TakeScroll(HWND window, HWND slider, int code, int trackedPosition);
+void OnScroll(HWND window, HWND slider, int code, int trackedPosition);
 
 // The update timer ran out: the user has stopped changing parameters.
-void TakeUpdateTimer(HWND window);
+void OnUpdateTimer(HWND window);
 
 }  // namespace kfx

@@ -22,7 +22,7 @@ void FocusIfPresent(HWND box, int button) {
     if (const HWND control = GetDlgItem(box, button)) SetFocus(control);
 }
 
-void OpenMessageBox(HWND box, const char* text) {
+void OnInitMessageBox(HWND box, const char* text) {
     SetDialogFonts(box);
     ReplacePlaceholders(box);
     SetDlgItemTextA(box, IDC_MESSAGE_TEXT, text);
@@ -35,7 +35,7 @@ void OpenMessageBox(HWND box, const char* text) {
 INT_PTR CALLBACK MessageBoxProcedure(HWND box, UINT message, WPARAM word, LPARAM data) {
     switch (message) {
         case WM_INITDIALOG:
-            OpenMessageBox(box, reinterpret_cast<const char*>(data));
+            OnInitMessageBox(box, reinterpret_cast<const char*>(data));
             return FALSE;
         case WM_DRAWITEM:
             return DrawPushButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(data));

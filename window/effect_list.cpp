@@ -78,7 +78,7 @@ const EffectDescriptor* EffectInUse(HWND window) {
     return row < 0 ? nullptr : DescriptorAt(static_cast<size_t>(row));
 }
 
-void TakeEffectChoice(HWND window) {
+void OnEffectChoice(HWND window) {
     const uint32_t chosen = SelectedEffect(window);
     if (chosen == settings.mainEffect) return;
     NotifyCurrentEffect(window, EffectEvent::Leaving);

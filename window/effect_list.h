@@ -28,7 +28,7 @@ void ShowCurrentPanel(HWND window);
 const EffectDescriptor* EffectInUse(HWND window);
 
 // The user has chosen in the list: switches panel, MainEffect and preview when the effect is another one.
-void TakeEffectChoice(HWND window);
+void OnEffectChoice(HWND window);
 
 // Tells the effect numbered MainEffect.
 void NotifyCurrentEffect(HWND window, EffectEvent event);

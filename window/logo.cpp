@@ -74,7 +74,7 @@ void StopLogo(Logo* logo) {
     *logo = {};
 }
 
-bool TakeLogoTick(const Logo& logo, WPARAM word) {
+bool OnLogoTick(const Logo& logo, WPARAM word) {
     if (!logo.control || word != kLogoTimer) return false;
     InvalidateRect(logo.control, nullptr, FALSE);
     return true;

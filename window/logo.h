@@ -23,7 +23,7 @@ void StopLogo(Logo* logo);
 
 // While the logo runs, every message whose word parameter is the timer's number is a tick, whatever the
 // message: the logo is repainted, and true says that the message goes no further.
-bool TakeLogoTick(const Logo& logo, WPARAM word);
+bool OnLogoTick(const Logo& logo, WPARAM word);
 
 // Draws the current frame and steps to the next.
 void DrawLogo(Logo* logo, const DRAWITEMSTRUCT& item);

@@ -95,12 +95,12 @@ void FillPaletteList(HWND window) {
     SendMessageA(list, CB_SETCURSEL, settings.mainPalette, 0);
 }
 
-void TakePaletteChoice(HWND window) {
+void OnPaletteChoice(HWND window) {
     const LRESULT selection = SendDlgItemMessageA(window, IDC_PALETTE, CB_GETCURSEL, 0, 0);
     settings.mainPalette = selection < 0 ? 0 : static_cast<uint32_t>(selection);
 }
 
-void TakeCustomPalette(HWND window) {
+void OnCustomPalette(HWND window) {
     settings.customPalette = IsDlgButtonChecked(window, IDC_CUSTOM_PALETTE) == BST_CHECKED;
     Enable(window, IDC_PALETTE, settings.customPalette != 0);
 }

@@ -17,10 +17,10 @@ void ApplyHostLimits(HWND window);
 void FillPaletteList(HWND window);
 
 // The user has chosen in the palette list.
-void TakePaletteChoice(HWND window);
+void OnPaletteChoice(HWND window);
 
 // Stores whether a palette is to be computed; the palette list is enabled with it.
-void TakeCustomPalette(HWND window);
+void OnCustomPalette(HWND window);
 
 // Enables "Build" and "Test" while there is a source, and the background colour while it is used. Enter
 // presses "Build" while there is a source, else "Select...".

@@ -64,7 +64,7 @@ void BindControls(HWND window) {
     BindOutputOptions(window);
 }
 
-void OpenWindow(HWND window, const HostContext* host) {
+void OnInitDialog(HWND window, const HostContext* host) {
     plugin.buttonStyle = host->buttonStyle;
     plugin.host = host;
     plugin.window = windowForOthers = window;
@@ -97,7 +97,7 @@ void ComeToFront(HWND window) {
     if (IsWindowVisible(window)) SetForegroundWindow(GetLastActivePopup(window));
 }
 
-void TakeWindowMessage(HWND window, WPARAM what) {
+void OnWindowMessage(HWND window, WPARAM what) {
     if (what == kComeToFront) {
         ComeToFront(window);
     } else if (what == kShowCurrentPanel) {
@@ -110,7 +110,7 @@ void TakeWindowMessage(HWND window, WPARAM what) {
     }
 }
 
-void DrawItem(HWND window, const DRAWITEMSTRUCT& item) {
+void OnDrawItem(HWND window, const DRAWITEMSTRUCT& item) {
     switch (item.CtlID) {
         case IDC_PREVIEW:
             DrawPreview(window, item);
@@ -133,12 +133,12 @@ void DrawItem(HWND window, const DRAWITEMSTRUCT& item) {
     }
 }
 
-void TakeScrollMessage(HWND window, WPARAM word, LPARAM data) {
+void OnScrollMessage(HWND window, WPARAM word, LPARAM data) {
     // The window has no scroll bars of its own.
-    if (data) TakeScroll(window, reinterpret_cast<HWND>(data), LOWORD(word), HIWORD(word));
+    if (data) OnScroll(window, reinterpret_cast<HWND>(data), LOWORD(word), HIWORD(word));
 }
 
-void LeaveWindow(HWND window) {
+void OnDestroy(HWND window) {
     if (!plugin.window) return;
     NotifyCurrentEffect(window, EffectEvent::Leaving);
     FreeSourceAnimation();
@@ -150,37 +150,37 @@ void LeaveWindow(HWND window) {
     EndDialog(window, 0);
 }
 
-INT_PTR AnswerWindowFont(HWND window) {
+INT_PTR OnGetFont(HWND window) {
     SetWindowLongPtrA(window, DWLP_MSGRESULT, reinterpret_cast<LONG_PTR>(plugin.textFont));
     return TRUE;
 }
 
 INT_PTR CALLBACK PluginWindowProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
-    if (TakeLogoTick(windowLogo, word)) return TRUE;
+    if (OnLogoTick(windowLogo, word)) return TRUE;
     switch (message) {
         case WM_INITDIALOG:
-            OpenWindow(window, reinterpret_cast<const HostContext*>(data));
+            OnInitDialog(window, reinterpret_cast<const HostContext*>(data));
             return FALSE;
         case WM_GETFONT:
-            return AnswerWindowFont(window);
+            return OnGetFont(window);
         case kWindowMessage:
-            TakeWindowMessage(window, word);
+            OnWindowMessage(window, word);
             return TRUE;
         case WM_COMMAND:
-            TakeCommand(window, LOWORD(word), HIWORD(word), reinterpret_cast<HWND>(data));
+            OnCommand(window, LOWORD(word), HIWORD(word), reinterpret_cast<HWND>(data));
             return TRUE;
         case WM_HSCROLL:
         case WM_VSCROLL:
-            TakeScrollMessage(window, word, data);
+            OnScrollMessage(window, word, data);
             return TRUE;
         case WM_TIMER:
-            if (word == kUpdateTimer) TakeUpdateTimer(window);
+            if (word == kUpdateTimer) OnUpdateTimer(window);
             return TRUE;
         case WM_DRAWITEM:
-            DrawItem(window, *reinterpret_cast<const DRAWITEMSTRUCT*>(data));
+            OnDrawItem(window, *reinterpret_cast<const DRAWITEMSTRUCT*>(data));
             return TRUE;
         case WM_DESTROY:
-            LeaveWindow(window);
+            OnDestroy(window);
             return TRUE;
     }
     return FALSE;

@@ -4,15 +4,16 @@
 
 #include <windows.h>
 
-#include "documents/document_file.h"
 #include "host/host_records.h"
 
 namespace kfx {
 
-// The other words of kWindowMessage, beside kShowCurrentPanel.
-constexpr unsigned kFillEffectList = 0;  // sent once, when the window has opened
-constexpr unsigned kComeToFront = 2;     // sent by other threads
+// The window's own message; its word parameter says what is wanted.
+constexpr UINT kWindowMessage = 1224;
 static_assert(kWindowMessage == WM_USER + 200, "the dialogs' private messages begin at WM_USER");
+constexpr WPARAM kFillEffectList = 0;    // sent once, when the window has opened
+constexpr WPARAM kShowCurrentPanel = 1;  // brings the window up to date with its controls
+constexpr WPARAM kComeToFront = 2;       // sent by other threads
 
 // Runs the window, modal to `parent`; the host's record must outlive it. plugin's module, folders and fonts
 // are set. 1 after Build, 0 after Cancel or when the window could not open.

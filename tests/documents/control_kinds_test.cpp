@@ -16,28 +16,24 @@
 namespace kfx {
 namespace {
 
-std::vector<WPARAM> updates;        // the words of message 1224 that the window received
 std::vector<std::string> messages;  // texts of message boxes
 
-LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM word, LPARAM pointer) {
-    if (message == 1224) updates.push_back(word);
-    return DefWindowProcA(window, message, word, pointer);
+int RecordMessage(HWND, const char* text) {
+    messages.push_back(text);
+    return IDOK;
 }
-
-void RecordMessage(void*, const char* text) { messages.push_back(text); }
 
 class ControlKinds : public testing::Test {
 protected:
     void SetUp() override {
         InitCommonControls();
         WNDCLASSA windowClass = {};
-        windowClass.lpfnWndProc = WindowProcedure;
+        windowClass.lpfnWndProc = DefWindowProcA;
         windowClass.lpszClassName = "ControlKindsTest";
         RegisterClassA(&windowClass);
         window = CreateWindowExA(0, windowClass.lpszClassName, "", 0, 0, 0, 100, 100, nullptr, nullptr,
                                  nullptr, nullptr);
         ASSERT_TRUE(window);
-        updates.clear();
         messages.clear();
     }
     void TearDown() override {
@@ -354,7 +350,6 @@ TEST_F(ControlKinds, documents_hold_every_control_and_bring_it_back) {
     ASSERT_TRUE(ReadDocument(window, path.c_str(), RecordMessage));
     EXPECT_EQ(radius, 5);
     EXPECT_EQ(check, 0);
-    EXPECT_EQ(updates, std::vector<WPARAM>{1});
     EXPECT_TRUE(messages.empty());
 }
 
@@ -375,7 +370,6 @@ TEST_F(ControlKinds, a_document_with_a_header_only_changes_nothing) {
     Save("");
     EXPECT_TRUE(ReadDocument(window, path.c_str(), RecordMessage));
     EXPECT_EQ(radius, 5);
-    EXPECT_EQ(updates, (std::vector<WPARAM>{1, 1}));
 }
 
 TEST_F(ControlKinds, a_document_without_its_header_is_damaged) {
@@ -384,7 +378,6 @@ TEST_F(ControlKinds, a_document_without_its_header_is_damaged) {
     Save("SCROLL100=8\n");
     EXPECT_FALSE(ReadDocument(window, path.c_str(), RecordMessage));
     EXPECT_EQ(radius, 5);
-    EXPECT_TRUE(updates.empty());
     EXPECT_EQ(messages, std::vector<std::string>{"This file has been damaged."});
 }
 

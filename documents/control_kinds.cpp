@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include <windows.h>
+#include "documents/control_kinds.h"
+
 #include <commctrl.h>
 
 #include <cstdio>
 #include <cstring>
 
-#include "documents/control_kinds.h"
 #include "documents/document_text.h"
 #include "framework/number_text.h"
 #include "framework/settings.h"
@@ -16,16 +16,21 @@ namespace {
 
 constexpr char kPreviousProcedure[] = "KestrelFxPreviousProcedure";
 
-// What a kind does. Entries may be null: such a kind takes no part in that.
+constexpr int kAnyNotification = -1;
+
+// What a kind does. A null function: the kind takes no part in that.
 struct KindRow {
-    BoundKind kind;
-    const char* word;  // six letters, as documents name the kind
-    WNDPROC procedure;
-    void (*write)(HWND control, const char* word, std::FILE* file);
-    void (*set)(HWND control, const char* value);   // puts a line's value into the control
-    void (*refresh)(HWND control, void* variable);  // after a line has been applied
-    void (*store)(HWND control, void* variable);    // after the user has changed the control
-    bool swallowsScroll;                            // the window scrolls sliders, not they themselves
+    BoundKind kind = BoundKind::None;
+    const char* word = nullptr;  // six letters, as documents name the kind
+    WNDPROC procedure = nullptr;
+    void (*write)(HWND control, const char* word, std::FILE* file) = nullptr;
+    void (*set)(HWND control, const char* value) = nullptr;   // puts a line's value into the control
+    void (*refresh)(HWND control, void* variable) = nullptr;  // after a line has been applied
+    void (*store)(HWND control, void* variable) = nullptr;    // after the user has changed the control
+    void (*showValue)(HWND control) = nullptr;                // in a label, after it has been stored
+    bool ignoresScroll = false;                               // the window moves the slider
+    int notification = kAnyNotification;                      // the one that means a change
+    Follow follow = Follow::None;                             // None: no notification means a change
 };
 
 template <BoundKind kKind>
@@ -109,8 +114,7 @@ void StoreText(HWND control, void* variable) {
     GetWindowTextA(control, static_cast<char*>(variable), kTextBytes);
 }
 
-// Font boxes are saved but not restored: the wanted name is never filled from the line, so the list finds
-// nothing.
+// Font boxes are saved but not restored: documents select the empty name, which the list does not find.
 void SetFontBox(HWND control, const char*) {
     const char wanted[kTextBytes] = "";
     SendMessageA(control, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(wanted));
@@ -180,6 +184,8 @@ void SetSlider(HWND slider, const char* value) {
 
 void StoreSlider(HWND slider, void* variable) { StoreNumber(variable, GetScrollPos(slider, SB_CTL)); }
 
+void ShowSliderValue(HWND slider) { ShowSliderPosition(slider, GetScrollPos(slider, SB_CTL)); }
+
 int32_t TrackBarPosition(HWND bar) { return static_cast<int32_t>(SendMessageA(bar, TBM_GETPOS, 0, 0)); }
 
 void WriteTrackBar(HWND bar, const char* word, std::FILE* file) {
@@ -190,29 +196,99 @@ void SetTrackBar(HWND bar, const char* value) { SendMessageA(bar, TBM_SETPOS, TR
 
 void StoreTrackBar(HWND bar, void* variable) { StoreNumber(variable, TrackBarPosition(bar)); }
 
+void ShowTrackBarValue(HWND bar) {
+    SetDlgItemInt(GetParent(bar), GetDlgCtrlID(bar) + 1, static_cast<UINT>(TrackBarPosition(bar)), FALSE);
+}
+
 const KindRow kKinds[] = {
-    {BoundKind::ColorButton, "CLRBTN", KindProcedure<BoundKind::ColorButton>, WriteColor, SetColor,
-     RefreshColor, nullptr, false},
-    {BoundKind::Number, "SPNBTN", KindProcedure<BoundKind::Number>, WriteField, SetField, StoreField,
-     StoreField, false},
-    {BoundKind::NumberText, "SPNSGN", KindProcedure<BoundKind::NumberText>, WriteField, SetSignedField,
-     StoreFieldAsText, StoreFieldAsText, false},
-    {BoundKind::CompanionNumber, nullptr, KindProcedure<BoundKind::CompanionNumber>, nullptr, nullptr,
-     nullptr, StoreCompanion, false},
-    {BoundKind::CheckBox, "CHKBOX", KindProcedure<BoundKind::CheckBox>, WriteCheckBox, SetCheckBox,
-     RefreshCheckBox, StoreCheckBox, false},
-    {BoundKind::TextField, "TXTFLD", KindProcedure<BoundKind::TextField>, WriteText, SetText, StoreText,
-     StoreText, false},
-    {BoundKind::List, "CMBBOX", KindProcedure<BoundKind::List>, WriteSelection<CB_GETCURSEL>,
-     SetSelection<CB_SETCURSEL>, StoreSelection<CB_GETCURSEL>, StoreSelection<CB_GETCURSEL>, false},
-    {BoundKind::ListBox, "LSTBOX", KindProcedure<BoundKind::ListBox>, WriteSelection<LB_GETCURSEL>,
-     SetSelection<LB_SETCURSEL>, StoreSelection<LB_GETCURSEL>, StoreSelection<LB_GETCURSEL>, false},
-    {BoundKind::Slider, "SCROLL", KindProcedure<BoundKind::Slider>, WriteSlider, SetSlider, StoreSlider,
-     StoreSlider, true},
-    {BoundKind::TrackBar, "TRACKB", KindProcedure<BoundKind::TrackBar>, WriteTrackBar, SetTrackBar,
-     StoreTrackBar, StoreTrackBar, true},
-    {BoundKind::FontBox, "FNTBOX", KindProcedure<BoundKind::FontBox>, WriteText, SetFontBox, StoreText,
-     StoreText, false},
+    {.kind = BoundKind::ColorButton,
+     .word = "CLRBTN",
+     .procedure = KindProcedure<BoundKind::ColorButton>,
+     .write = WriteColor,
+     .set = SetColor,
+     .refresh = RefreshColor,
+     .follow = Follow::AtOnce},
+    {.kind = BoundKind::Number,
+     .word = "SPNBTN",
+     .procedure = KindProcedure<BoundKind::Number>,
+     .write = WriteField,
+     .set = SetField,
+     .refresh = StoreField,
+     .store = StoreField,
+     .follow = Follow::AfterPause},
+    {.kind = BoundKind::NumberText,
+     .word = "SPNSGN",
+     .procedure = KindProcedure<BoundKind::NumberText>,
+     .write = WriteField,
+     .set = SetSignedField,
+     .refresh = StoreFieldAsText,
+     .store = StoreFieldAsText,
+     .follow = Follow::AfterPause},
+    {.kind = BoundKind::CompanionNumber,
+     .procedure = KindProcedure<BoundKind::CompanionNumber>,
+     .store = StoreCompanion,
+     .follow = Follow::AfterPause},
+    {.kind = BoundKind::CheckBox,
+     .word = "CHKBOX",
+     .procedure = KindProcedure<BoundKind::CheckBox>,
+     .write = WriteCheckBox,
+     .set = SetCheckBox,
+     .refresh = RefreshCheckBox,
+     .store = StoreCheckBox,
+     .follow = Follow::AfterPause},
+    {.kind = BoundKind::TextField,
+     .word = "TXTFLD",
+     .procedure = KindProcedure<BoundKind::TextField>,
+     .write = WriteText,
+     .set = SetText,
+     .refresh = StoreText,
+     .store = StoreText,
+     .notification = CBN_CLOSEUP,
+     .follow = Follow::AtOnce},
+    {.kind = BoundKind::List,
+     .word = "CMBBOX",
+     .procedure = KindProcedure<BoundKind::List>,
+     .write = WriteSelection<CB_GETCURSEL>,
+     .set = SetSelection<CB_SETCURSEL>,
+     .refresh = StoreSelection<CB_GETCURSEL>,
+     .store = StoreSelection<CB_GETCURSEL>,
+     .notification = CBN_CLOSEUP,
+     .follow = Follow::AtOnce},
+    {.kind = BoundKind::ListBox,
+     .word = "LSTBOX",
+     .procedure = KindProcedure<BoundKind::ListBox>,
+     .write = WriteSelection<LB_GETCURSEL>,
+     .set = SetSelection<LB_SETCURSEL>,
+     .refresh = StoreSelection<LB_GETCURSEL>,
+     .store = StoreSelection<LB_GETCURSEL>,
+     .follow = Follow::AtOnce},
+    {.kind = BoundKind::Slider,
+     .word = "SCROLL",
+     .procedure = KindProcedure<BoundKind::Slider>,
+     .write = WriteSlider,
+     .set = SetSlider,
+     .refresh = StoreSlider,
+     .store = StoreSlider,
+     .showValue = ShowSliderValue,
+     .ignoresScroll = true,
+     .follow = Follow::AtOnce},
+    {.kind = BoundKind::TrackBar,
+     .word = "TRACKB",
+     .procedure = KindProcedure<BoundKind::TrackBar>,
+     .write = WriteTrackBar,
+     .set = SetTrackBar,
+     .refresh = StoreTrackBar,
+     .store = StoreTrackBar,
+     .showValue = ShowTrackBarValue,
+     .ignoresScroll = true,
+     .follow = Follow::AtOnce},
+    {.kind = BoundKind::FontBox,
+     .word = "FNTBOX",
+     .procedure = KindProcedure<BoundKind::FontBox>,
+     .write = WriteText,
+     .set = SetFontBox,
+     .refresh = StoreText,
+     .store = StoreText},
 };
 
 const KindRow* RowOf(BoundKind kind) {
@@ -221,7 +297,7 @@ const KindRow* RowOf(BoundKind kind) {
     return nullptr;
 }
 
-LRESULT ApplyLine(const KindRow& row, HWND control, const char* line) {
+LRESULT OnApplyLine(const KindRow& row, HWND control, const char* line) {
     const char* value = row.word ? FindLineValue(line, row.word) : nullptr;
     if (!value) return 0;
     row.set(control, value);
@@ -241,10 +317,10 @@ bool IsInput(UINT message) {
 
 bool IsDropped(HWND list) { return SendMessageA(list, CB_GETDROPPEDSTATE, 0, 0) != 0; }
 
-// Keys and the wheel change the row of a closed list, but the list sends no close-up: it is sent here. While
-// the list handles a wheel message it may send itself key messages, for which this function runs first and
-// sends the close-up. The variable then holds the new row already, and the close-up is not sent again.
-LRESULT PassInputToList(HWND list, UINT message, WPARAM word, LPARAM pointer) {
+// Keys and the wheel change the row of a closed list, but the list sends no CBN_CLOSEUP: it is sent here.
+// While the list handles a wheel message it may send itself key messages, for which this function runs first
+// and sends CBN_CLOSEUP. The variable then holds the new row already, and it is not sent again.
+LRESULT OnListInput(HWND list, UINT message, WPARAM word, LPARAM pointer) {
     const auto pass = [=] { return CallWindowProcA(PreviousProcedure(list), list, message, word, pointer); };
     if (IsDropped(list)) return pass();
     const int32_t before = Selection<CB_GETCURSEL>(list);
@@ -260,74 +336,89 @@ LRESULT PassInputToList(HWND list, UINT message, WPARAM word, LPARAM pointer) {
     return answer;
 }
 
-LRESULT HandleMessage(const KindRow& row, HWND control, UINT message, WPARAM word, LPARAM pointer) {
+LRESULT OnMessage(const KindRow& row, HWND control, UINT message, WPARAM word, LPARAM pointer) {
     if (message == kMessageWriteLine && row.write) {
         row.write(control, row.word, reinterpret_cast<std::FILE*>(pointer));
         return 0;
     }
     if (message == kMessageApplyLine && row.word)
-        return ApplyLine(row, control, reinterpret_cast<const char*>(pointer));
-    if (message == WM_HSCROLL && row.swallowsScroll) return 0;
-    if (row.kind == BoundKind::List && IsInput(message))
-        return PassInputToList(control, message, word, pointer);
+        return OnApplyLine(row, control, reinterpret_cast<const char*>(pointer));
+    if (message == WM_HSCROLL && row.ignoresScroll) return 0;
+    if (row.kind == BoundKind::List && IsInput(message)) return OnListInput(control, message, word, pointer);
     const WNDPROC previous = PreviousProcedure(control);
     if (message == WM_NCDESTROY) RemovePropA(control, kPreviousProcedure);
     return CallWindowProcA(previous, control, message, word, pointer);
 }
 
+void ChooseColor(HWND button, ChooseColorFunction chooseColor) {
+    const void* variable = VariableOf(button);
+    if (!variable) return;
+    uint32_t color;
+    std::memcpy(&color, variable, sizeof color);
+    if (chooseColor(&color)) SetColorButton(button, color);
+}
+
 template <BoundKind kKind>
 LRESULT CALLBACK KindProcedure(HWND control, UINT message, WPARAM word, LPARAM pointer) {
-    return HandleMessage(*RowOf(kKind), control, message, word, pointer);
+    return OnMessage(*RowOf(kKind), control, message, word, pointer);
 }
 
 }  // namespace
 
-void BindControl(void* control, BoundKind kind, void* variable) {
-    const HWND window = static_cast<HWND>(control);
+void BindControl(HWND control, BoundKind kind, void* variable) {
     const KindRow* row = RowOf(kind);
-    if (!window || !row) return;
-    const bool boundBefore = KindOf(window) != BoundKind::None;
+    if (!control || !row) return;
+    const bool boundBefore = KindOf(control) != BoundKind::None;
     // Binding again only changes kind and variable; the control's own procedure is known already. Where it
     // cannot be kept, the control stays what it is.
-    if (!boundBefore && !SetPropA(window, kPreviousProcedure,
-                                  reinterpret_cast<HANDLE>(GetWindowLongPtrA(window, GWLP_WNDPROC))))
+    if (!boundBefore && !SetPropA(control, kPreviousProcedure,
+                                  reinterpret_cast<HANDLE>(GetWindowLongPtrA(control, GWLP_WNDPROC))))
         return;
-    SetWindowLongPtrA(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(variable));
-    SetWindowLongPtrA(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(row->procedure));
+    SetWindowLongPtrA(control, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(variable));
+    SetWindowLongPtrA(control, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(row->procedure));
     if (kind == BoundKind::ColorButton && variable) {
         uint32_t color;
         std::memcpy(&color, variable, sizeof color);
-        SetColorText(window, color);
+        SetColorText(control, color);
     }
 }
 
-BoundKind KindOf(void* control) {
-    const LONG_PTR procedure = GetWindowLongPtrA(static_cast<HWND>(control), GWLP_WNDPROC);
+BoundKind KindOf(HWND control) {
+    const LONG_PTR procedure = GetWindowLongPtrA(control, GWLP_WNDPROC);
     for (const KindRow& row : kKinds)
         if (reinterpret_cast<LONG_PTR>(row.procedure) == procedure) return row.kind;
     return BoundKind::None;
 }
 
-void* VariableOf(void* control) {
-    return reinterpret_cast<void*>(GetWindowLongPtrA(static_cast<HWND>(control), GWLP_USERDATA));
-}
+void* VariableOf(HWND control) { return reinterpret_cast<void*>(GetWindowLongPtrA(control, GWLP_USERDATA)); }
 
-void StoreControl(void* control) {
+void StoreControl(HWND control) {
     const KindRow* row = RowOf(KindOf(control));
     if (!row || !row->store) return;
     void* variable = VariableOf(control);
-    if (variable || row->kind == BoundKind::CompanionNumber) row->store(static_cast<HWND>(control), variable);
+    if (variable || row->kind == BoundKind::CompanionNumber) row->store(control, variable);
 }
 
-void SetColorButton(void* control, uint32_t color) {
-    SetColorText(static_cast<HWND>(control), color);
-    if (void* variable = VariableOf(control)) StoreColor(static_cast<HWND>(control), variable, color);
+void SetColorButton(HWND control, uint32_t color) {
+    SetColorText(control, color);
+    if (void* variable = VariableOf(control)) StoreColor(control, variable, color);
 }
 
-void ShowSliderPosition(void* slider, int32_t position) {
-    const HWND window = static_cast<HWND>(slider);
-    const int label = GetDlgCtrlID(window) + 1;
-    SetDlgItemInt(GetParent(window), label, static_cast<UINT>(ShownPosition(label, position)), TRUE);
+Follow OnControlNotification(HWND control, int notification, ChooseColorFunction chooseColor) {
+    const KindRow* row = RowOf(KindOf(control));
+    if (!row || row->follow == Follow::None) return Follow::None;
+    if (row->notification != kAnyNotification && row->notification != notification) return Follow::None;
+    if (row->kind == BoundKind::ColorButton)
+        ChooseColor(control, chooseColor);
+    else
+        StoreControl(control);
+    if (row->showValue) row->showValue(control);
+    return row->follow;
+}
+
+void ShowSliderPosition(HWND slider, int32_t position) {
+    const int label = GetDlgCtrlID(slider) + 1;
+    SetDlgItemInt(GetParent(slider), label, static_cast<UINT>(ShownPosition(label, position)), TRUE);
 }
 
 }  // namespace kfx

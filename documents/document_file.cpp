@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include <windows.h>
+#include "documents/document_file.h"
 
 #include <cstdio>
 
 #include "documents/control_kinds.h"
-#include "documents/document_file.h"
 #include "documents/document_text.h"
 
 namespace kfx {
@@ -26,12 +25,12 @@ void ApplyLines(HWND window, std::FILE* file) {
 
 }  // namespace
 
-bool WriteDocument(void* window, const char* path, ShowMessageFunction showMessage) {
+bool WriteDocument(HWND window, const char* path, ShowMessageFunction showMessage) {
     std::FILE* file = std::fopen(path, "wt");  // t: text whatever the host's _fmode says
     bool written = file != nullptr;
     if (file) {
         WriteDocumentStart(file);
-        EnumChildWindows(static_cast<HWND>(window), WriteControl, reinterpret_cast<LPARAM>(file));
+        EnumChildWindows(window, WriteControl, reinterpret_cast<LPARAM>(file));
         WriteDocumentEnd(file);
         written = std::ferror(file) == 0;
         // A full disk may show only when the last bytes are flushed.
@@ -41,20 +40,19 @@ bool WriteDocument(void* window, const char* path, ShowMessageFunction showMessa
     return written;
 }
 
-bool ReadDocument(void* window, const char* path, ShowMessageFunction showMessage) {
+bool ReadDocument(HWND window, const char* path, ShowMessageFunction showMessage) {
     std::FILE* file = std::fopen(path, "rt");  // t: text whatever the host's _fmode says
     if (!file) {
         showMessage(window, "There has been an error opening the requested file.");
         return false;
     }
     const bool sound = ReadDocumentStart(file);
-    if (sound) ApplyLines(static_cast<HWND>(window), file);
+    if (sound) ApplyLines(window, file);
     std::fclose(file);
     if (!sound) {
         showMessage(window, "This file has been damaged.");
         return false;
     }
-    SendMessageA(static_cast<HWND>(window), kWindowMessage, kShowCurrentPanel, 0);
     return true;
 }
 
