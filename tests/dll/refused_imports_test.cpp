@@ -24,116 +24,154 @@ constexpr uint32_t kFonts = 4;
 constexpr uint64_t kMinusOne = ~uint64_t{0};
 constexpr uint64_t kFailed = 0x80004005;  // E_FAIL
 
-const std::vector<Refusal> kRefusals = {
-    // Memory and resources.
-    {"malloc", 0, false, kFirstAllocations},
-    {"calloc", 0, false, kFirstAllocations},
-    {"realloc", 0, false, kFirstAllocations},
-    {"GlobalAlloc", 0, false, kFirstAllocations},
-    {"GlobalReAlloc", 0, false, kFirstAllocations},
-    {"GlobalLock", 0, false, kFirstAllocations},
-    {"GlobalSize", 0},
-    {"FindResourceA", 0},
-    {"LoadResource", 0},
-    {"LockResource", 0},
-    {"SizeofResource", 0},
-    {"LoadStringA", 0},
-    {"LoadCursorA", 0},
-    // Files, folders and what the C runtime formats.
-    {"fopen", 0},
-    {"fgets", 0},
-    {"fclose", kMinusOne, true},
-    {"ferror", 1},
-    {"fputc", kMinusOne},
-    {"fwrite", 0},
-    {"vfprintf", kMinusOne},
-    {"_ctime64", 0},
-    {"_time64", kMinusOne},
-    {"GetFileAttributesA", kMinusOne},
-    {"GetModuleFileNameA", 0},
-    {"SHGetPathFromIDListA", 0},
-    {"SHGetSpecialFolderLocation", kFailed},
-    {"ShellExecuteA", 2},
-    {"GetOpenFileNameA", 0},
-    {"GetSaveFileNameA", 0},
-    {"MultiByteToWideChar", 0},
-    {"WideCharToMultiByte", 0},
-    {"VirtualProtect", 0},
-    {"VirtualQuery", 0},
-    // What is kept while the window is open, or while one thing is drawn.
-    {"CreateFontA", 0, false, kFonts},
-    {"CreateSolidBrush", 0, false, kFirstKept},
-    {"RestoreDC", 0, false, kFirstKept},
-    {"SaveDC", 0, false, kFirstKept},
-    {"SelectObject", 0, false, kFirstKept},
-    // Other drawing: nothing is kept from one call to the next.
-    {"CombineRgn", 0, false, kFirstDrawings},
-    {"CreatePen", 0, false, kFirstDrawings},
-    {"CreateRectRgnIndirect", 0, false, kFirstDrawings},
-    {"CreateRoundRectRgn", 0, false, kFirstDrawings},
-    {"DrawEdge", 0, false, kFirstDrawings},
-    {"DrawFocusRect", 0, false, kFirstDrawings},
-    {"DrawTextA", 0, false, kFirstDrawings},
-    {"ExtSelectClipRgn", 0, false, kFirstDrawings},
-    {"FillRect", 0, false, kFirstDrawings},
-    {"FillRgn", 0, false, kFirstDrawings},
-    {"FrameRect", 0, false, kFirstDrawings},
-    {"GetStockObject", 0, false, kFirstDrawings},
-    {"GetSysColorBrush", 0, false, kFirstDrawings},
-    {"IntersectClipRect", 0, false, kFirstDrawings},
-    {"InvalidateRect", 0, false, kFirstDrawings},
-    {"RedrawWindow", 0, false, kFirstDrawings},
-    {"RoundRect", 0, false, kFirstDrawings},
-    {"SetBkColor", 0xFFFFFFFF, false, kFirstDrawings},
-    {"SetBkMode", 0, false, kFirstDrawings},
-    {"SetBrushOrgEx", 0, false, kFirstDrawings},
-    {"SetDIBitsToDevice", 0, false, kFirstDrawings},
-    {"SetStretchBltMode", 0, false, kFirstDrawings},
-    {"SetTextColor", 0xFFFFFFFF, false, kFirstDrawings},
-    {"StretchDIBits", 0, false, kFirstDrawings},
-    // Windows, controls, messages and timers.
-    {"AppendMenuA", 0},
-    {"CheckDlgButton", 0},
-    {"CreateDialogParamA", 0},
-    {"CreatePopupMenu", 0},
-    {"CreateWindowExA", 0, false, kFirstAllocations},
-    {"DialogBoxParamA", kMinusOne},
-    {"DestroyWindow", 0},
-    {"EndDialog", 0, true},  // a dialog that is never ended stays open: no session could end
-    {"EnumChildWindows", 0},
-    {"GetClassNameA", 0},
-    {"GetCursorPos", 0},
-    {"GetDlgCtrlID", 0},
-    {"GetDlgItem", 0},
-    {"GetDlgItemInt", 0},
-    {"GetDlgItemTextA", 0},
-    {"GetFocus", 0},
-    {"GetLastActivePopup", 0},
-    {"GetParent", 0},
-    {"GetPropA", 0},
-    {"GetScrollPos", 0},
-    {"GetScrollRange", 0},
-    {"GetWindow", 0},
-    {"GetWindowRect", 0},
-    {"GetWindowTextA", 0},
-    {"GetWindowThreadProcessId", 0},
-    {"KillTimer", 0},
-    {"MapWindowPoints", 0},
-    {"PostMessageA", 0},
-    {"SendDlgItemMessageA", 0},
-    {"SetCursor", 0},
-    {"SetDlgItemInt", 0},
-    {"SetDlgItemTextA", 0},
-    {"SetFocus", 0},
-    {"SetForegroundWindow", 0},
-    {"SetPropA", 0},
-    {"SetScrollInfo", 0},
-    {"SetTimer", 0},
-    {"SetWindowLongPtrA", 0},
-    {"SetWindowPos", 0},
-    {"SetWindowTextA", 0},
-    {"TrackPopupMenu", 0},
+// Functions of one kind. A session refuses all of them at once, first their first calls, then their second
+// ones and so on: opening a window for each call would take minutes.
+struct Section {
+    const char* name;
+    std::vector<Refusal> refusals;
 };
+
+// A refusal is alone where it would keep the session from calling others of its section.
+const std::vector<Section>
+    kSections =
+        {
+            // Memory and resources.
+            {.name = "Memory",
+             .refusals =
+                 {
+                     {.function = "malloc", .firstCalls = kFirstAllocations},
+                     {.function = "calloc", .firstCalls = kFirstAllocations},
+                     {.function = "realloc", .firstCalls = kFirstAllocations},
+                     {.function = "GlobalAlloc", .firstCalls = kFirstAllocations, .alone = true},
+                     {.function = "GlobalReAlloc", .firstCalls = kFirstAllocations, .alone = true},
+                     {.function = "GlobalLock", .firstCalls = kFirstAllocations, .alone = true},
+                     {.function = "GlobalSize"},
+                     {.function = "FindResourceA", .alone = true},
+                     {.function = "LoadResource", .alone = true},
+                     {.function = "LockResource"},
+                     {.function = "SizeofResource"},
+                     {.function = "LoadStringA"},
+                     {.function = "LoadCursorA"},
+                 }},
+            // Files, folders and what the C runtime formats.
+            {.name = "Files",
+             .refusals =
+                 {
+                     {.function = "fopen", .alone = true},
+                     {.function = "fgets", .alone = true},
+                     {.function = "fclose", .answer = kMinusOne, .worksFirst = true},
+                     {.function = "ferror", .answer = 1, .alone = true},
+                     {.function = "fputc", .answer = kMinusOne},
+                     {.function = "fwrite"},
+                     {.function = "vfprintf", .answer = kMinusOne},
+                     {.function = "_ctime64"},
+                     {.function = "_time64", .answer = kMinusOne},
+                     {.function = "GetFileAttributesA", .answer = kMinusOne},
+                     {.function = "GetModuleFileNameA"},
+                     {.function = "SHGetPathFromIDListA", .alone = true},
+                     {.function = "SHGetSpecialFolderLocation", .answer = kFailed, .alone = true},
+                     {.function = "ShellExecuteA", .answer = 2},
+                     {.function = "GetOpenFileNameA"},
+                     {.function = "GetSaveFileNameA"},
+                     {.function = "MultiByteToWideChar"},
+                     {.function = "WideCharToMultiByte"},
+                     {.function = "VirtualProtect"},
+                     {.function = "VirtualQuery"},
+                 }},
+            // What is kept while the window is open, or while one thing is drawn.
+            {.name = "KeptObjects",
+             .refusals =
+                 {
+                     {.function = "CreateFontA", .firstCalls = kFonts},
+                     {.function = "CreateSolidBrush", .firstCalls = kFirstKept},
+                     {.function = "RestoreDC", .firstCalls = kFirstKept},
+                     {.function = "SaveDC", .firstCalls = kFirstKept},
+                     {.function = "SelectObject", .firstCalls = kFirstKept},
+                 }},
+            // Other drawing: nothing is kept from one call to the next.
+            {.name = "Drawing",
+             .refusals =
+                 {
+                     {.function = "CombineRgn", .firstCalls = kFirstDrawings},
+                     {.function = "CreatePen", .firstCalls = kFirstDrawings},
+                     {.function = "CreateRectRgnIndirect", .firstCalls = kFirstDrawings},
+                     {.function = "CreateRoundRectRgn", .firstCalls = kFirstDrawings},
+                     {.function = "DrawEdge", .firstCalls = kFirstDrawings},
+                     {.function = "DrawFocusRect", .firstCalls = kFirstDrawings},
+                     {.function = "DrawTextA", .firstCalls = kFirstDrawings},
+                     {.function = "ExtSelectClipRgn", .firstCalls = kFirstDrawings},
+                     {.function = "FillRect", .firstCalls = kFirstDrawings},
+                     {.function = "FillRgn", .firstCalls = kFirstDrawings},
+                     {.function = "FrameRect", .firstCalls = kFirstDrawings},
+                     {.function = "GetStockObject", .firstCalls = kFirstDrawings},
+                     {.function = "GetSysColorBrush", .firstCalls = kFirstDrawings},
+                     {.function = "IntersectClipRect", .firstCalls = kFirstDrawings},
+                     {.function = "InvalidateRect", .firstCalls = kFirstDrawings},
+                     {.function = "RedrawWindow", .firstCalls = kFirstDrawings},
+                     {.function = "RoundRect", .firstCalls = kFirstDrawings},
+                     {.function = "SetBkColor", .answer = 0xFFFFFFFF, .firstCalls = kFirstDrawings},
+                     {.function = "SetBkMode", .firstCalls = kFirstDrawings},
+                     {.function = "SetBrushOrgEx", .firstCalls = kFirstDrawings},
+                     {.function = "SetDIBitsToDevice", .firstCalls = kFirstDrawings},
+                     {.function = "SetStretchBltMode", .firstCalls = kFirstDrawings},
+                     {.function = "SetTextColor", .answer = 0xFFFFFFFF, .firstCalls = kFirstDrawings},
+                     {.function = "StretchDIBits", .firstCalls = kFirstDrawings},
+                 }},
+            // Windows, controls, messages and timers.
+            {.name = "Windows",
+             .refusals =
+                 {
+                     {.function = "AppendMenuA"},
+                     {.function = "CheckDlgButton"},
+                     {.function = "CreateDialogParamA", .alone = true},
+                     {.function = "CreatePopupMenu"},
+                     {.function = "CreateWindowExA", .firstCalls = kFirstAllocations, .alone = true},
+                     {.function = "DialogBoxParamA", .answer = kMinusOne, .alone = true},
+                     {.function = "DestroyWindow"},
+                     // a dialog that is never ended stays open: no session could end
+                     {.function = "EndDialog", .worksFirst = true},
+                     {.function = "EnumChildWindows", .alone = true},
+                     {.function = "GetClassNameA"},
+                     {.function = "GetCursorPos"},
+                     {.function = "GetDlgCtrlID"},
+                     {.function = "GetDlgItem", .alone = true},
+                     {.function = "GetDlgItemInt"},
+                     {.function = "GetDlgItemTextA"},
+                     {.function = "GetFocus"},
+                     {.function = "GetLastActivePopup"},
+                     {.function = "GetParent"},
+                     {.function = "GetPropA"},
+                     {.function = "GetScrollPos"},
+                     {.function = "GetScrollRange"},
+                     {.function = "GetWindow"},
+                     {.function = "GetWindowRect"},
+                     {.function = "GetWindowTextA"},
+                     {.function = "GetWindowThreadProcessId"},
+                     {.function = "KillTimer"},
+                     {.function = "MapWindowPoints"},
+                     {.function = "PostMessageA", .alone = true},
+                     {.function = "SendDlgItemMessageA"},
+                     {.function = "SetCursor"},
+                     {.function = "SetDlgItemInt"},
+                     {.function = "SetDlgItemTextA"},
+                     {.function = "SetFocus"},
+                     {.function = "SetForegroundWindow"},
+                     {.function = "SetPropA"},
+                     {.function = "SetScrollInfo"},
+                     {.function = "SetTimer"},
+                     {.function = "SetWindowLongPtrA"},
+                     {.function = "SetWindowPos"},
+                     {.function = "SetWindowTextA"},
+                     {.function = "TrackPopupMenu"},
+                 }},
+};
+
+std::vector<Refusal> AllRefusals() {
+    std::vector<Refusal> all;
+    for (const Section& section : kSections)
+        all.insert(all.end(), section.refusals.begin(), section.refusals.end());
+    return all;
+}
 
 // What has no failure to report, reports only a mistake in its arguments, or gives something back; and what
 // the runtime calls while the library is loaded or unloaded, before and after the table can be changed.
@@ -274,8 +312,12 @@ struct SessionRun {
     LedgerCounts memory = {};
 };
 
-// A whole session with one call refused; call 0: none.
-SessionRun RunWith(const std::string& function, uint32_t call) {
+// The number of the call that is refused, by function.
+using RefusedCalls = std::map<std::string, uint32_t>;
+
+// A whole session with these calls refused.
+SessionRun RunWith(const RefusedCalls& refused) {
+    static const std::vector<Refusal> refusals = AllRefusals();
     std::unique_ptr<RefusedImports> imports;
     SessionRun run;
     {
@@ -289,8 +331,8 @@ SessionRun RunWith(const std::string& function, uint32_t call) {
         options.configuration =
             "MainEffect = 1\nTruecolour = 0\nSampleWindowKeyLine = 1\nFileNamePath = " + PluginPath() + "\n";
         options.prepareLibrary = [&](HMODULE library) {
-            imports = std::make_unique<RefusedImports>(library, kRefusals);
-            imports->Refuse(function, call);
+            imports = std::make_unique<RefusedImports>(library, refusals);
+            for (const auto& [function, call] : refused) imports->Refuse(function, call);
         };
         PluginSession session(host, options);
         UseWindow(session);
@@ -298,41 +340,72 @@ SessionRun RunWith(const std::string& function, uint32_t call) {
         session.Close();
         run.messages = session.Messages();
         run.memory = CountLedger();
-        for (const Refusal& refusal : kRefusals)
+        for (const Refusal& refusal : refusals)
             run.calls[refusal.function] = imports->CallsTo(refusal.function);
     }
     return run;
 }
 
 const SessionRun& RunWithoutRefusal() {
-    static const SessionRun run = RunWith("", 0);
+    static const SessionRun run = RunWith({});
     return run;
 }
 
-class RefusedImport : public testing::TestWithParam<Refusal> {};
+// What one session refuses: the calls with this number to these functions.
+struct Round {
+    std::string name;
+    uint32_t call;
+    std::vector<std::string> functions;
+};
 
-TEST_P(RefusedImport, ends_no_host_and_loses_no_memory) {
-    const std::string function = GetParam().function;
-    const uint32_t calls = std::min(RunWithoutRefusal().calls.at(function), GetParam().firstCalls);
-    EXPECT_EQ(calls == 0, kNotCalled.count(function) != 0) << calls << " calls in a session";
-    for (uint32_t call = 1; call <= calls; ++call) {
-        SCOPED_TRACE(function + ", call " + std::to_string(call));
-        const SessionRun run = RunWith(function, call);
-        EXPECT_EQ(run.memory.liveBlocks, 0u);
-        EXPECT_EQ(run.memory.lockedBlocks, 0u);
-        EXPECT_EQ(run.memory.strangeFrees, 0u);
+std::ostream& operator<<(std::ostream& stream, const Round& round) { return stream << round.name; }
+
+std::vector<Round> AllRounds() {
+    std::vector<Round> rounds;
+    for (const auto& [section, refusals] : kSections) {
+        std::map<uint32_t, std::vector<std::string>> together;  // by the number of the call
+        for (const Refusal& refusal : refusals)
+            for (uint32_t call = 1; call <= refusal.firstCalls; ++call) {
+                if (refusal.alone)
+                    rounds.push_back(
+                        {std::string(refusal.function) + std::to_string(call), call, {refusal.function}});
+                else
+                    together[call].push_back(refusal.function);
+            }
+        for (const auto& [call, functions] : together)
+            rounds.push_back({std::string(section) + std::to_string(call), call, functions});
     }
+    return rounds;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RefusedImport, testing::ValuesIn(kRefusals),
-                         [](const auto& parameter) { return std::string(parameter.param.function); });
+class RefusedImport : public testing::TestWithParam<Round> {};
+
+TEST_P(RefusedImport, Refused_calls_end_no_host_and_lose_no_memory) {
+    RefusedCalls refused;
+    for (const std::string& function : GetParam().functions)
+        if (RunWithoutRefusal().calls.at(function) >= GetParam().call) refused[function] = GetParam().call;
+    const SessionRun run = RunWith(refused);
+    EXPECT_EQ(run.memory.liveBlocks, 0u);
+    EXPECT_EQ(run.memory.lockedBlocks, 0u);
+    EXPECT_EQ(run.memory.strangeFrees, 0u);
+    for (const auto& [function, call] : refused)
+        EXPECT_GE(run.calls.at(function), call) << function << " was not called so often: refuse it alone";
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RefusedImport, testing::ValuesIn(AllRounds()),
+                         [](const auto& parameter) { return parameter.param.name; });
+
+TEST(RefusedImports, A_session_calls_what_the_lists_say) {
+    for (const auto& [function, calls] : RunWithoutRefusal().calls)
+        EXPECT_EQ(calls == 0, kNotCalled.count(function) != 0) << function << ": " << calls << " calls";
+}
 
 // Every control of a panel counts: sliders, their labels and captions.
 TEST(RefusedImports, a_panel_that_cannot_be_made_whole_is_reported_and_the_window_closes) {
     for (const char* function : {"CreateDialogParamA", "CreateWindowExA"}) {
         for (uint32_t call = 1; call <= 4; ++call) {
             SCOPED_TRACE(std::string(function) + ", call " + std::to_string(call));
-            EXPECT_EQ(RunWith(function, call).messages,
+            EXPECT_EQ(RunWith({{function, call}}).messages,
                       std::vector<std::string>{"This plugin could not be initialized"});
         }
     }
@@ -344,7 +417,7 @@ TEST(RefusedImports, a_control_that_cannot_be_dressed_or_bound_works_as_it_is) {
     ASSERT_GT(calls, 8u);
     for (uint32_t call = 1; call <= 8; ++call) {
         SCOPED_TRACE(call);
-        const SessionRun run = RunWith("SetPropA", call);
+        const SessionRun run = RunWith({{"SetPropA", call}});
         EXPECT_EQ(run.messages, RunWithoutRefusal().messages);
         EXPECT_EQ(run.frames, 2u);
     }
@@ -354,7 +427,7 @@ TEST(RefusedImports, cover_everything_that_the_library_imports_and_that_can_fail
     const HMODULE library = LoadLibraryA(PluginPath().c_str());
     ASSERT_TRUE(library);
     std::set<std::string> covered = kCannotFail;
-    for (const Refusal& refusal : kRefusals) covered.insert(refusal.function);
+    for (const Refusal& refusal : AllRefusals()) covered.insert(refusal.function);
     std::set<std::string> imported;
     for (const ImportSlot& import : ImportSlots(library)) imported.insert(import.function);
     FreeLibrary(library);

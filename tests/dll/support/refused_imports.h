@@ -11,17 +11,17 @@
 
 namespace kfx::test {
 
-// What a function answers when it fails, and whether it does its work all the same (as fclose does: the file
-// is closed when its last bytes could not be written).
+// How a function fails.
 struct Refusal {
     const char* function;
-    uint64_t answer;
-    bool worksFirst = false;
-    uint32_t firstCalls = 2;  // so many of the first calls are tried, each in a session of its own
+    uint64_t answer = 0;
+    bool worksFirst = false;  // as fclose: it closes the file even where its last bytes could not be written
+    uint32_t firstCalls = 2;  // this many of the first calls are refused, each in a session of its own
+    bool alone = false;       // nothing else is refused in such a session
 };
 
-// Counts the module's calls to these functions and can refuse one of them. It changes the module's import
-// table for good: it must outlive the module.
+// Counts the module's calls to these functions and can refuse one call to each. It changes the module's
+// import table for good: it must outlive the module.
 class RefusedImports {
 public:
     RefusedImports(HMODULE module, const std::vector<Refusal>& refusals);

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
 #include "tests/dll/support/session_state.h"
 #include "tests/support/wait_for.h"
@@ -16,6 +17,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kLongestSilence = 2 * kLongestWait;  // a test that waits in vain says so before
 constexpr auto kLookInterval = 6ms;
+constexpr WPARAM kPreview = 25;
 constexpr int kMessageText = 101;
 constexpr int kFirstButtons[] = {IDOK, IDYES};
 
@@ -27,24 +29,35 @@ std::string OneLine(const std::string& text) {
     return line;
 }
 
-// Called on the window's thread for every message taken from its queue.
-LRESULT CALLBACK SeeTakenMessage(int code, WPARAM word, LPARAM data) {
-    const auto* message = reinterpret_cast<const MSG*>(data);
-    if (code == HC_ACTION && word == PM_REMOVE && message->message == kMarker && current) {
+WNDPROC dialogProcedure = nullptr;  // the plug-in window's own, while it is watched
+HHOOK windowMade = nullptr;         // until the plug-in's window has been made
+
+// Notes the marker and each drawing of the preview. Hooks would see them, too, but under Wine each message of
+// the thread would then cost a question to another process, and a window that opens handles thousands.
+LRESULT CALLBACK WatchingProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
+    if (message == kMarker && current) {
         const std::lock_guard<std::mutex> lock(current->mutex);
         current->markerSeen = true;
     }
-    return CallNextHookEx(nullptr, code, word, data);
-}
-
-// Called on the window's thread for every message sent to a window.
-LRESULT CALLBACK SeeSentMessage(int code, WPARAM word, LPARAM data) {
-    const auto* message = reinterpret_cast<const CWPSTRUCT*>(data);
-    if (code == HC_ACTION && message->message == WM_DRAWITEM && message->wParam == 25 && current) {
+    if (message == WM_DRAWITEM && word == kPreview && current) {
         const std::lock_guard<std::mutex> lock(current->standIns->mutex);
         current->standIns->events.push_back("preview");
     }
-    return CallNextHookEx(nullptr, code, word, data);
+    return CallWindowProcA(dialogProcedure, window, message, word, data);
+}
+
+// The thread's first dialog is the plug-in's window, or a message that says why there is none.
+LRESULT CALLBACK OnWindowMade(int code, WPARAM word, LPARAM data) {
+    const HHOOK hook = windowMade;
+    const HWND made = reinterpret_cast<HWND>(word);
+    char className[16] = "";
+    if (code == HCBT_CREATEWND && GetClassNameA(made, className, sizeof className) &&
+        std::strcmp(className, "#32770") == 0) {
+        dialogProcedure = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrA(made, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WatchingProcedure)));
+        UnhookWindowsHookEx(std::exchange(windowMade, nullptr));
+    }
+    return CallNextHookEx(hook, code, word, data);
 }
 
 // The host's window. The modal window tells it whenever its queue is empty.
@@ -84,8 +97,7 @@ using DoBuild = uint64_t(WINAPI*)(HWND, const HostContext*);
 void RunWindow(PluginSession::State* state) {
     current = state;
     const HWND parent = MakeParent();
-    const HHOOK taken = SetWindowsHookExA(WH_GETMESSAGE, SeeTakenMessage, nullptr, GetCurrentThreadId());
-    const HHOOK sent = SetWindowsHookExA(WH_CALLWNDPROC, SeeSentMessage, nullptr, GetCurrentThreadId());
+    windowMade = SetWindowsHookExA(WH_CBT, OnWindowMade, nullptr, GetCurrentThreadId());
     if (state->options.shiftHeld) HoldShift();
     state->windowThread = GetCurrentThreadId();
     const auto doBuild =
@@ -95,8 +107,7 @@ void RunWindow(PluginSession::State* state) {
     const uint64_t result = doBuild(parent, &state->host.context);
     const FloatingPointControls controlsAfter = ReadControls();
     SetControls(controlsBefore);
-    UnhookWindowsHookEx(taken);
-    UnhookWindowsHookEx(sent);
+    if (windowMade) UnhookWindowsHookEx(std::exchange(windowMade, nullptr));
     {
         const std::lock_guard<std::mutex> lock(state->mutex);
         state->result = result;
