@@ -26,26 +26,29 @@ PeFile ReadDll() {
     return file;
 }
 
-TEST(DllFile, IsASixtyFourBitLibrary) {
+TEST(DllFile, Is_a_library_of_64_bits) {
     const PeFile file = ReadDll();
     EXPECT_EQ(file.machine, IMAGE_FILE_MACHINE_AMD64);
     EXPECT_TRUE(file.characteristics & IMAGE_FILE_DLL);
 }
 
-TEST(DllFile, MayBeLoadedAnywhereAndRunsNoData) {
+TEST(DllFile, May_be_loaded_anywhere_and_runs_no_data) {
     const PeFile file = ReadDll();
     EXPECT_TRUE(file.dllCharacteristics & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
     EXPECT_TRUE(file.dllCharacteristics & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
 }
 
-TEST(DllFile, ExportsExactlyTheThreeEntryPointsUndecorated) {
+// Users need none; they are kept in a file beside the DLL.
+TEST(DllFile, Carries_no_symbol_table) { EXPECT_EQ(ReadDll().symbols, 0u); }
+
+TEST(DllFile, Exports_exactly_the_three_entry_points_undecorated) {
     const PeFile file = ReadDll();
     EXPECT_THAT(file.exportedNames,
                 testing::UnorderedElementsAre("DllMain", "PLUGIN16DoBuild", "PLUGIN16GetPluginParams"));
     EXPECT_EQ(file.exportedFunctions, 3u);
 }
 
-TEST(DllFile, ImportsNothingButWindowsSystemLibraries) {
+TEST(DllFile, Imports_nothing_but_the_systems_libraries) {
     const PeFile file = ReadDll();
     EXPECT_FALSE(file.importedLibraries.empty());
     for (std::string library : file.importedLibraries) {
@@ -56,7 +59,7 @@ TEST(DllFile, ImportsNothingButWindowsSystemLibraries) {
 }
 
 // Explorer and installers read the numbers; a person reads the texts.
-TEST(DllFile, VersionResourceIsFilledIn) {
+TEST(DllFile, Version_resource_is_filled_in) {
     DWORD unused = 0;
     const DWORD size = GetFileVersionInfoSizeA(dllPath, &unused);
     ASSERT_GT(size, 0u);

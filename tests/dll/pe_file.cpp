@@ -84,6 +84,7 @@ bool ReadPeFile(const char* path, PeFile& file) {
 
     file.machine = header.FileHeader.Machine;
     file.characteristics = header.FileHeader.Characteristics;
+    file.symbols = header.FileHeader.NumberOfSymbols;
     file.dllCharacteristics = header.OptionalHeader.DllCharacteristics;
     const auto& directories = header.OptionalHeader.DataDirectory;
     ReadExports(image, directories[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress, file);

@@ -1,0 +1,16 @@
+# kfx_ship(TARGET): the target's file is handed on to users, who need no symbols. They are kept in TARGET.dll.debug or
+# TARGET.exe.debug beside it; the file names it, so that a debugger finds it, and so does
+#     x86_64-w64-mingw32-addr2line -f -e kfxplug1.dll.debug ADDRESS
+function(kfx_ship target)
+    if(NOT MINGW)
+        return()
+    endif()
+    if(NOT CMAKE_OBJCOPY)
+        message(FATAL_ERROR "The toolchain's objcopy is missing: symbols cannot be kept apart from ${target}.")
+    endif()
+    set(file $<TARGET_FILE:${target}>)
+    add_custom_command(TARGET ${target} POST_BUILD
+        COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
+        COMMAND ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=${file}.debug ${file})
+    set_property(TARGET ${target} APPEND PROPERTY ADDITIONAL_CLEAN_FILES ${file}.debug)
+endfunction()
