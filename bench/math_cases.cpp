@@ -6,6 +6,7 @@
 #include <random>
 
 #include "framework/math/elementary.h"
+#include "kernels/math_rows.h"
 
 namespace kfx::bench {
 namespace {

@@ -3,10 +3,10 @@
 // negative, with a zeroed anti-diagonal, turns edges into relief. The weights nearly cancel and their tiny
 // sum divides the result: the harsh look belongs to the definition.
 #include "effects/effects.h"
-#include "framework/math/elementary.h"
 #include "framework/settings.h"
 #include "kernels/convolution.h"
 #include "kernels/emboss_estimate.h"
+#include "kernels/math_rows.h"
 #include "resources/panel_controls.h"
 
 namespace kfx {

@@ -7,9 +7,9 @@
 #include <cstring>
 
 #include "effects/effects.h"
-#include "framework/math/elementary.h"
 #include "framework/settings.h"
 #include "kernels/arc_blur.h"
+#include "kernels/math_rows.h"
 #include "kernels/packed_sums.h"
 #include "kernels/region_copy.h"
 #include "resources/panel_controls.h"

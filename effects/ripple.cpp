@@ -8,8 +8,8 @@
 #include <iterator>
 
 #include "effects/effects.h"
-#include "framework/math/elementary.h"
 #include "framework/settings.h"
+#include "kernels/math_rows.h"
 #include "kernels/radial_field.h"
 #include "kernels/shifted_blend.h"
 #include "resources/panel_controls.h"

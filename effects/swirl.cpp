@@ -5,8 +5,8 @@
 
 #include "effects/effects.h"
 #include "framework/cpu.h"
-#include "framework/math/elementary.h"
 #include "framework/settings.h"
+#include "kernels/math_rows.h"
 #include "kernels/region_distortion.h"
 #include "resources/panel_controls.h"
 

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "framework/math/elementary.h"
+#include "kernels/math_rows.h"
 
 namespace kfx {
 

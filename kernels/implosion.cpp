@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "framework/cpu.h"
-#include "framework/math/elementary.h"
+#include "kernels/math_rows.h"
 #include "kernels/region_distortion.h"
 
 namespace kfx {

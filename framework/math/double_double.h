@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Arithmetic on unevaluated sums of two doubles, written once for one number and for four in lanes: V is
-// double or Lanes (lanes.h).
+// double or a vector of four (kernels/math_lanes.h).
 #pragma once
 
 #include <cfloat>

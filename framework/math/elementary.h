@@ -7,10 +7,8 @@
 // values within the bound round alike (Ziv, "Fast evaluation of elementary mathematical functions with
 // correctly rounded last bit", ACM TOMS 17, 1991). In fewer than one in five thousand of the
 // calls that effects make they do not: then the value is computed again in fixed point, with more and more
-// places until they do.
+// places until they do. kernels/math_rows.h has the same functions for many numbers at once.
 #pragma once
-
-#include <cstdint>
 
 namespace kfx {
 
@@ -23,12 +21,5 @@ double Cos(double x);
 
 // The square root of x^2 + y^2, which overflows only when the result does.
 double Hypot(double x, double y);
-
-// The same functions of `count` arguments, four at a time where the processor can. Results may be written
-// over the arguments.
-void ExpRow(const double* x, int32_t count, double* values);
-void PowRow(const double* x, double exponent, int32_t count, double* values);
-void SinRow(const double* x, int32_t count, double* sines);
-void SinCosRow(const double* x, int32_t count, double* sines, double* cosines);
 
 }  // namespace kfx

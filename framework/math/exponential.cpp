@@ -24,15 +24,4 @@ double Exp(double x) {
     return math::TryExp(x, &value) ? value : math::ExactExp(x);
 }
 
-void ExpRow(const double* x, int32_t count, double* values) {
-    int32_t done = 0;
-#if KFX_HAS_AVX2
-    if (UseAvx2()) {
-        done = count & ~3;
-        math::ExpRowAvx2(x, done, values);
-    }
-#endif
-    for (int32_t i = done; i < count; ++i) values[i] = Exp(x[i]);
-}
-
 }  // namespace kfx

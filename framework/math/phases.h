@@ -26,10 +26,4 @@ double ExactHypot(double larger, double smaller);
 constexpr int32_t kSideRatioBits = 28;
 constexpr double kLeastSideRatio = 1.0 / (1 << kSideRatioBits);
 
-// What the rows do in lanes. `count` is a multiple of four.
-void ExpRowAvx2(const double* x, int32_t count, double* values);
-void PowRowAvx2(const double* x, double exponent, int32_t count, double* values);
-void SinRowAvx2(const double* x, int32_t count, double* sines);
-void SinCosRowAvx2(const double* x, int32_t count, double* sines, double* cosines);
-
 }  // namespace kfx::math

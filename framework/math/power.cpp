@@ -77,15 +77,4 @@ double Pow(double x, double y) {
     return x < 0 && math::IsOddInteger(y) ? -value : value;
 }
 
-void PowRow(const double* x, double exponent, int32_t count, double* values) {
-    int32_t done = 0;
-#if KFX_HAS_AVX2
-    if (UseAvx2()) {
-        done = count & ~3;
-        math::PowRowAvx2(x, exponent, done, values);
-    }
-#endif
-    for (int32_t i = done; i < count; ++i) values[i] = Pow(x[i], exponent);
-}
-
 }  // namespace kfx

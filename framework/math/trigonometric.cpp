@@ -76,30 +76,4 @@ double Cos(double x) {
     return math::TryCos(x, &cosine) ? cosine : math::ExactCos(x);
 }
 
-void SinRow(const double* x, int32_t count, double* sines) {
-    int32_t done = 0;
-#if KFX_HAS_AVX2
-    if (UseAvx2()) {
-        done = count & ~3;
-        math::SinRowAvx2(x, done, sines);
-    }
-#endif
-    for (int32_t i = done; i < count; ++i) sines[i] = Sin(x[i]);
-}
-
-void SinCosRow(const double* x, int32_t count, double* sines, double* cosines) {
-    int32_t done = 0;
-#if KFX_HAS_AVX2
-    if (UseAvx2()) {
-        done = count & ~3;
-        math::SinCosRowAvx2(x, done, sines, cosines);
-    }
-#endif
-    for (int32_t i = done; i < count; ++i) {
-        const double angle = x[i];
-        sines[i] = Sin(angle);
-        cosines[i] = Cos(angle);
-    }
-}
-
 }  // namespace kfx

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "framework/math/elementary.h"
+#include "kernels/math_rows.h"
 #include "tests/framework/math/arguments.h"
 
 namespace kfx {

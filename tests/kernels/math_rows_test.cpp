@@ -8,6 +8,7 @@
 
 #include "framework/cpu.h"
 #include "framework/math/elementary.h"
+#include "kernels/math_rows.h"
 #include "tests/framework/math/arguments.h"
 
 namespace kfx {

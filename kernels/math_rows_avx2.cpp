@@ -6,13 +6,15 @@
 #if KFX_HAS_AVX2
 #include "framework/math/elementary.h"
 #include "framework/math/exponential_phase.h"
-#include "framework/math/lanes.h"
 #include "framework/math/logarithm_phase.h"
-#include "framework/math/phases.h"
 #include "framework/math/trigonometric_phase.h"
+#include "kernels/math_lanes.h"
+#include "kernels/math_rows.h"
 
-namespace kfx::math {
+namespace kfx {
 namespace {
+
+using namespace math;
 
 constexpr int32_t kLanes = 4;
 
@@ -102,5 +104,5 @@ void SinCosRowAvx2(const double* x, int32_t count, double* sines, double* cosine
     }
 }
 
-}  // namespace kfx::math
+}  // namespace kfx
 #endif
