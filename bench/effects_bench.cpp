@@ -28,7 +28,10 @@ struct Load {
     int32_t width;
     int32_t height;
 };
-constexpr Load kLoads[] = {{"640x480", 640, 480}, {"1920x1080", 1920, 1080}};
+constexpr Load kLoads[] = {
+    {.name = "640x480", .width = 640, .height = 480},
+    {.name = "1920x1080", .width = 1920, .height = 1080},
+};
 
 using Changes = std::vector<std::pair<int32_t*, int32_t>>;
 

@@ -41,10 +41,8 @@ ImageHandle ApplyEmboss(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_EMBOSS_RADIUS, &settings.style000Radius, EMBOSS_RADIUS_RANGE,
-     EMBOSS_RADIUS_CAPTION},
-    {ControlKind::Slider, IDC_EMBOSS_DEPTH, &settings.style000Depth, EMBOSS_DEPTH_RANGE,
-     EMBOSS_DEPTH_CAPTION},
+    Slider(IDC_EMBOSS_RADIUS, &settings.style000Radius, EMBOSS_RADIUS_RANGE, EMBOSS_RADIUS_CAPTION),
+    Slider(IDC_EMBOSS_DEPTH, &settings.style000Depth, EMBOSS_DEPTH_RANGE, EMBOSS_DEPTH_CAPTION),
 });
 
 }  // namespace

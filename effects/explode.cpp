@@ -18,12 +18,9 @@ ImageHandle ApplyExplode(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_EXPLODE_RADIUS, &settings.style018Radius, EXPLODE_RADIUS_RANGE,
-     EXPLODE_RADIUS_CAPTION},
-    {ControlKind::Slider, IDC_EXPLODE_CENTER_X, &settings.style018CenterX, EXPLODE_CENTER_X_RANGE,
-     EXPLODE_CENTER_X_CAPTION},
-    {ControlKind::Slider, IDC_EXPLODE_CENTER_Y, &settings.style018CenterY, EXPLODE_CENTER_Y_RANGE,
-     EXPLODE_CENTER_Y_CAPTION},
+    Slider(IDC_EXPLODE_RADIUS, &settings.style018Radius, EXPLODE_RADIUS_RANGE, EXPLODE_RADIUS_CAPTION),
+    Slider(IDC_EXPLODE_CENTER_X, &settings.style018CenterX, EXPLODE_CENTER_X_RANGE, EXPLODE_CENTER_X_CAPTION),
+    Slider(IDC_EXPLODE_CENTER_Y, &settings.style018CenterY, EXPLODE_CENTER_Y_RANGE, EXPLODE_CENTER_Y_CAPTION),
 });
 
 }  // namespace

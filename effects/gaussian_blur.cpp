@@ -53,10 +53,10 @@ ImageHandle ApplyGaussianBlur(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_GAUSSIAN_BLUR_RADIUS, &settings.style004Radius, GAUSSIAN_BLUR_RADIUS_RANGE,
-     GAUSSIAN_BLUR_RADIUS_CAPTION},
-    {ControlKind::Slider, IDC_GAUSSIAN_BLUR_DEPTH, &settings.style004Depth, GAUSSIAN_BLUR_DEPTH_RANGE,
-     GAUSSIAN_BLUR_DEPTH_CAPTION},
+    Slider(IDC_GAUSSIAN_BLUR_RADIUS, &settings.style004Radius, GAUSSIAN_BLUR_RADIUS_RANGE,
+           GAUSSIAN_BLUR_RADIUS_CAPTION),
+    Slider(IDC_GAUSSIAN_BLUR_DEPTH, &settings.style004Depth, GAUSSIAN_BLUR_DEPTH_RANGE,
+           GAUSSIAN_BLUR_DEPTH_CAPTION),
 });
 
 }  // namespace

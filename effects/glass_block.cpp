@@ -64,8 +64,7 @@ ImageHandle ApplyGlassBlock(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_GLASS_BLOCK_SIZE, &settings.style002Size, GLASS_BLOCK_SIZE_RANGE,
-     GLASS_BLOCK_SIZE_CAPTION},
+    Slider(IDC_GLASS_BLOCK_SIZE, &settings.style002Size, GLASS_BLOCK_SIZE_RANGE, GLASS_BLOCK_SIZE_CAPTION),
 });
 
 }  // namespace

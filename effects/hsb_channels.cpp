@@ -57,17 +57,13 @@ ImageHandle AdjustColors(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_HSB_HUE, &settings.style010Hue, HSB_HUE_RANGE, HSB_HUE_CAPTION},
-    {ControlKind::Slider, IDC_HSB_SATURATION, &settings.style010Sat, HSB_SATURATION_RANGE,
-     HSB_SATURATION_CAPTION},
-    {ControlKind::Slider, IDC_HSB_BRIGHTNESS, &settings.style010Bri, HSB_BRIGHTNESS_RANGE,
-     HSB_BRIGHTNESS_CAPTION},
-    {ControlKind::CheckBox, IDC_HSB_ENABLE, &settings.style010HSBEnable, HSB_ENABLE_TEXT},
-    {ControlKind::List, IDC_HSB_CHANNELS, &settings.style010ChannelsOption, HSB_CHANNELS_ITEMS,
-     HSB_CHANNELS_CAPTION_TEXT},
-    {ControlKind::CheckBox, IDC_HSB_CHANNELS_ENABLE, &settings.style010ChannelsEnable,
-     HSB_CHANNELS_ENABLE_TEXT},
-    {ControlKind::SliderBox, IDC_HSB_INVERT, &settings.style010InvertColors, HSB_INVERT_TEXT},
+    Slider(IDC_HSB_HUE, &settings.style010Hue, HSB_HUE_RANGE, HSB_HUE_CAPTION),
+    Slider(IDC_HSB_SATURATION, &settings.style010Sat, HSB_SATURATION_RANGE, HSB_SATURATION_CAPTION),
+    Slider(IDC_HSB_BRIGHTNESS, &settings.style010Bri, HSB_BRIGHTNESS_RANGE, HSB_BRIGHTNESS_CAPTION),
+    CheckBox(IDC_HSB_ENABLE, &settings.style010HSBEnable, HSB_ENABLE_TEXT),
+    List(IDC_HSB_CHANNELS, &settings.style010ChannelsOption, HSB_CHANNELS_ITEMS, HSB_CHANNELS_CAPTION_TEXT),
+    CheckBox(IDC_HSB_CHANNELS_ENABLE, &settings.style010ChannelsEnable, HSB_CHANNELS_ENABLE_TEXT),
+    SliderBox(IDC_HSB_INVERT, &settings.style010InvertColors, HSB_INVERT_TEXT),
 });
 
 }  // namespace

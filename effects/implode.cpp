@@ -17,12 +17,9 @@ ImageHandle ApplyImplode(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_IMPLODE_RADIUS, &settings.style017Radius, IMPLODE_RADIUS_RANGE,
-     IMPLODE_RADIUS_CAPTION},
-    {ControlKind::Slider, IDC_IMPLODE_CENTER_X, &settings.style017CenterX, IMPLODE_CENTER_X_RANGE,
-     IMPLODE_CENTER_X_CAPTION},
-    {ControlKind::Slider, IDC_IMPLODE_CENTER_Y, &settings.style017CenterY, IMPLODE_CENTER_Y_RANGE,
-     IMPLODE_CENTER_Y_CAPTION},
+    Slider(IDC_IMPLODE_RADIUS, &settings.style017Radius, IMPLODE_RADIUS_RANGE, IMPLODE_RADIUS_CAPTION),
+    Slider(IDC_IMPLODE_CENTER_X, &settings.style017CenterX, IMPLODE_CENTER_X_RANGE, IMPLODE_CENTER_X_CAPTION),
+    Slider(IDC_IMPLODE_CENTER_Y, &settings.style017CenterY, IMPLODE_CENTER_Y_RANGE, IMPLODE_CENTER_Y_CAPTION),
 });
 
 }  // namespace

@@ -37,12 +37,12 @@ ImageHandle ApplyLensFlare(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_LENS_FLARE_CENTER_X, &settings.style001CenterX, LENS_FLARE_CENTER_X_RANGE,
-     LENS_FLARE_CENTER_X_CAPTION},
-    {ControlKind::Slider, IDC_LENS_FLARE_CENTER_Y, &settings.style001CenterY, LENS_FLARE_CENTER_Y_RANGE,
-     LENS_FLARE_CENTER_Y_CAPTION},
-    {ControlKind::Slider, IDC_LENS_FLARE_INTENSITY, &settings.style001Intensity, LENS_FLARE_INTENSITY_RANGE,
-     LENS_FLARE_INTENSITY_CAPTION},
+    Slider(IDC_LENS_FLARE_CENTER_X, &settings.style001CenterX, LENS_FLARE_CENTER_X_RANGE,
+           LENS_FLARE_CENTER_X_CAPTION),
+    Slider(IDC_LENS_FLARE_CENTER_Y, &settings.style001CenterY, LENS_FLARE_CENTER_Y_RANGE,
+           LENS_FLARE_CENTER_Y_CAPTION),
+    Slider(IDC_LENS_FLARE_INTENSITY, &settings.style001Intensity, LENS_FLARE_INTENSITY_RANGE,
+           LENS_FLARE_INTENSITY_CAPTION),
 });
 
 }  // namespace

@@ -67,12 +67,12 @@ ImageHandle ApplyMotionBlur(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_MOTION_BLUR_DEPTH, &settings.style014Depth, MOTION_BLUR_DEPTH_RANGE,
-     MOTION_BLUR_DEPTH_CAPTION},
-    {ControlKind::Slider, IDC_MOTION_BLUR_RADIUS, &settings.style014Radius, MOTION_BLUR_RADIUS_RANGE,
-     MOTION_BLUR_RADIUS_CAPTION},
-    {ControlKind::Slider, IDC_MOTION_BLUR_ANGLE, &settings.style014Angle, MOTION_BLUR_ANGLE_RANGE,
-     MOTION_BLUR_ANGLE_CAPTION},
+    Slider(IDC_MOTION_BLUR_DEPTH, &settings.style014Depth, MOTION_BLUR_DEPTH_RANGE,
+           MOTION_BLUR_DEPTH_CAPTION),
+    Slider(IDC_MOTION_BLUR_RADIUS, &settings.style014Radius, MOTION_BLUR_RADIUS_RANGE,
+           MOTION_BLUR_RADIUS_CAPTION),
+    Slider(IDC_MOTION_BLUR_ANGLE, &settings.style014Angle, MOTION_BLUR_ANGLE_RANGE,
+           MOTION_BLUR_ANGLE_CAPTION),
 });
 
 }  // namespace

@@ -83,8 +83,7 @@ constexpr GatheringPasses kPasses = {.wanted = IsDistributed,
                                      .apply = ApplyGatheredLuminance,
                                      .release = ReleaseLuminance};
 constexpr auto kControls = MakeControls({
-    {ControlKind::CheckBox, IDC_NORMALIZE_DISTRIBUTED, &settings.style019Distributed,
-     NORMALIZE_DISTRIBUTED_TEXT},
+    CheckBox(IDC_NORMALIZE_DISTRIBUTED, &settings.style019Distributed, NORMALIZE_DISTRIBUTED_TEXT),
 });
 
 }  // namespace

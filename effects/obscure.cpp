@@ -38,8 +38,7 @@ ImageHandle ApplyObscure(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_OBSCURE_LEVEL, &settings.style005Level, OBSCURE_LEVEL_RANGE,
-     OBSCURE_LEVEL_CAPTION},
+    Slider(IDC_OBSCURE_LEVEL, &settings.style005Level, OBSCURE_LEVEL_RANGE, OBSCURE_LEVEL_CAPTION),
 });
 
 }  // namespace

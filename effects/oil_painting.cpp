@@ -99,8 +99,8 @@ ImageHandle ApplyOilPainting(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_OIL_PAINTING_RADIUS, &settings.style006Radius, OIL_PAINTING_RADIUS_RANGE,
-     OIL_PAINTING_RADIUS_CAPTION},
+    Slider(IDC_OIL_PAINTING_RADIUS, &settings.style006Radius, OIL_PAINTING_RADIUS_RANGE,
+           OIL_PAINTING_RADIUS_CAPTION),
 });
 
 }  // namespace

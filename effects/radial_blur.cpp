@@ -58,7 +58,12 @@ ImageHandle ApplyRadialBlur(ImageHandle source, const KernelInput& input) {
     const double step = arcWidth / (count - 1);
     for (int32_t i = 0; i < count; ++i) sines.address[i] = i * step - (count - 1) * step * 0.5;
     SinCosRow(sines.address, count, sines.address, cosines.address);
-    const Arc arc = {count, cosines.address, sines.address, centerX, centerY, radius};
+    const Arc arc = {.count = count,
+                     .cosines = cosines.address,
+                     .sines = sines.address,
+                     .centerX = centerX,
+                     .centerY = centerY,
+                     .radius = radius};
     if (from->bitCount == 24 && count <= kMostPackedSamples)
         return BlurArcs(to.image, arc, input.background) ? to.Release() : nullptr;
     for (int32_t y = 0; y < height; ++y)
@@ -68,8 +73,8 @@ ImageHandle ApplyRadialBlur(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_RADIAL_BLUR_ANGLE, &settings.style003Angle, RADIAL_BLUR_ANGLE_RANGE,
-     RADIAL_BLUR_ANGLE_CAPTION},
+    Slider(IDC_RADIAL_BLUR_ANGLE, &settings.style003Angle, RADIAL_BLUR_ANGLE_RANGE,
+           RADIAL_BLUR_ANGLE_CAPTION),
 });
 
 }  // namespace

@@ -83,9 +83,8 @@ ImageHandle ApplyRaster(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_RASTER_DENSITY, &settings.style011Density, RASTER_DENSITY_RANGE,
-     RASTER_DENSITY_CAPTION},
-    {ControlKind::Slider, IDC_RASTER_SIZE, &settings.style011Size, RASTER_SIZE_RANGE, RASTER_SIZE_CAPTION},
+    Slider(IDC_RASTER_DENSITY, &settings.style011Density, RASTER_DENSITY_RANGE, RASTER_DENSITY_CAPTION),
+    Slider(IDC_RASTER_SIZE, &settings.style011Size, RASTER_SIZE_RANGE, RASTER_SIZE_CAPTION),
 });
 
 }  // namespace

@@ -93,19 +93,15 @@ ImageHandle ApplyRipple(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_RIPPLE_CENTER_X, &settings.style009CenterX, RIPPLE_CENTER_X_RANGE,
-     RIPPLE_CENTER_X_CAPTION},
-    {ControlKind::Slider, IDC_RIPPLE_CENTER_Y, &settings.style009CenterY, RIPPLE_CENTER_Y_RANGE,
-     RIPPLE_CENTER_Y_CAPTION},
-    {ControlKind::Slider, IDC_RIPPLE_AMPLITUDE, &settings.style009Amplitude, RIPPLE_AMPLITUDE_RANGE,
-     RIPPLE_AMPLITUDE_CAPTION},
-    {ControlKind::Slider, IDC_RIPPLE_WAVELENGTH, &settings.style009Wavelength, RIPPLE_WAVELENGTH_RANGE,
-     RIPPLE_WAVELENGTH_CAPTION},
-    {ControlKind::Slider, IDC_RIPPLE_PHASE, &settings.style009Phase, RIPPLE_PHASE_RANGE,
-     RIPPLE_PHASE_CAPTION},
-    {ControlKind::Slider, IDC_RIPPLE_ENERGY, &settings.style009Energy, RIPPLE_ENERGY_RANGE,
-     RIPPLE_ENERGY_CAPTION},
-    {ControlKind::CheckBox, IDC_RIPPLE_DISSIPATE, &settings.style009Dissipate, RIPPLE_DISSIPATE_TEXT},
+    Slider(IDC_RIPPLE_CENTER_X, &settings.style009CenterX, RIPPLE_CENTER_X_RANGE, RIPPLE_CENTER_X_CAPTION),
+    Slider(IDC_RIPPLE_CENTER_Y, &settings.style009CenterY, RIPPLE_CENTER_Y_RANGE, RIPPLE_CENTER_Y_CAPTION),
+    Slider(IDC_RIPPLE_AMPLITUDE, &settings.style009Amplitude, RIPPLE_AMPLITUDE_RANGE,
+           RIPPLE_AMPLITUDE_CAPTION),
+    Slider(IDC_RIPPLE_WAVELENGTH, &settings.style009Wavelength, RIPPLE_WAVELENGTH_RANGE,
+           RIPPLE_WAVELENGTH_CAPTION),
+    Slider(IDC_RIPPLE_PHASE, &settings.style009Phase, RIPPLE_PHASE_RANGE, RIPPLE_PHASE_CAPTION),
+    Slider(IDC_RIPPLE_ENERGY, &settings.style009Energy, RIPPLE_ENERGY_RANGE, RIPPLE_ENERGY_CAPTION),
+    CheckBox(IDC_RIPPLE_DISSIPATE, &settings.style009Dissipate, RIPPLE_DISSIPATE_TEXT),
 });
 
 }  // namespace

@@ -37,8 +37,8 @@ ImageHandle ApplySolarize(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_SOLARIZE_THRESHOLD, &settings.style012Threshold, SOLARIZE_THRESHOLD_RANGE,
-     SOLARIZE_THRESHOLD_CAPTION},
+    Slider(IDC_SOLARIZE_THRESHOLD, &settings.style012Threshold, SOLARIZE_THRESHOLD_RANGE,
+           SOLARIZE_THRESHOLD_CAPTION),
 });
 
 }  // namespace

@@ -80,7 +80,7 @@ ImageHandle ApplySwirl(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_SWIRL_ANGLE, &settings.style015Angle, SWIRL_ANGLE_RANGE, SWIRL_ANGLE_CAPTION},
+    Slider(IDC_SWIRL_ANGLE, &settings.style015Angle, SWIRL_ANGLE_RANGE, SWIRL_ANGLE_CAPTION),
 });
 
 }  // namespace

@@ -30,8 +30,8 @@ ImageHandle ApplyWaterDrops(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_WATER_DROPS_APERTURE, &settings.style008Aperture, WATER_DROPS_APERTURE_RANGE,
-     WATER_DROPS_APERTURE_CAPTION},
+    Slider(IDC_WATER_DROPS_APERTURE, &settings.style008Aperture, WATER_DROPS_APERTURE_RANGE,
+           WATER_DROPS_APERTURE_CAPTION),
 });
 
 }  // namespace

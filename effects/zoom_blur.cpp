@@ -56,10 +56,9 @@ ImageHandle ApplyZoomBlur(ImageHandle source, const KernelInput& input) {
 }
 
 constexpr auto kControls = MakeControls({
-    {ControlKind::Slider, IDC_ZOOM_BLUR_DISPLACEMENT, &settings.style007Displacement,
-     ZOOM_BLUR_DISPLACEMENT_RANGE, ZOOM_BLUR_DISPLACEMENT_CAPTION},
-    {ControlKind::Slider, IDC_ZOOM_BLUR_CYCLES, &settings.style007Cycles, ZOOM_BLUR_CYCLES_RANGE,
-     ZOOM_BLUR_CYCLES_CAPTION},
+    Slider(IDC_ZOOM_BLUR_DISPLACEMENT, &settings.style007Displacement, ZOOM_BLUR_DISPLACEMENT_RANGE,
+           ZOOM_BLUR_DISPLACEMENT_CAPTION),
+    Slider(IDC_ZOOM_BLUR_CYCLES, &settings.style007Cycles, ZOOM_BLUR_CYCLES_RANGE, ZOOM_BLUR_CYCLES_CAPTION),
 });
 
 }  // namespace

@@ -12,9 +12,9 @@
 namespace kfx {
 
 enum class ControlKind {
-    Slider,     // text: "min,max,default", as it stands in the panel
-    CheckBox,   // text: its caption
-    List,       // text: the items, separated by ";"
+    Slider,
+    CheckBox,
+    List,
     SliderBox,  // a check box bound like a slider: its check state is read, its variable never follows the
                 // click
 };
@@ -23,9 +23,23 @@ struct EffectControl {
     ControlKind kind;
     uint16_t id;
     int32_t* variable;
-    const char* text;
-    const char* caption = nullptr;  // of a slider or list, as it stands in the panel, such as "Angle:"
+    const char* text;  // a slider's range as "min,max,default", a box's caption, a list's items, split by ";"
+    const char* caption;  // of a slider or list, as it stands in the panel, such as "Angle:"; null for a box
 };
+
+// The rows of an effect's list of controls.
+constexpr EffectControl Slider(uint16_t id, int32_t* variable, const char* range, const char* caption) {
+    return {ControlKind::Slider, id, variable, range, caption};
+}
+constexpr EffectControl List(uint16_t id, int32_t* variable, const char* items, const char* caption) {
+    return {ControlKind::List, id, variable, items, caption};
+}
+constexpr EffectControl CheckBox(uint16_t id, int32_t* variable, const char* caption) {
+    return {ControlKind::CheckBox, id, variable, caption, nullptr};
+}
+constexpr EffectControl SliderBox(uint16_t id, int32_t* variable, const char* caption) {
+    return {ControlKind::SliderBox, id, variable, caption, nullptr};
+}
 
 constexpr size_t kMostControls = 8;                    // of one effect
 constexpr size_t kMostControlIds = 3 * kMostControls;  // a slider has three

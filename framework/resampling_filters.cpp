@@ -87,22 +87,22 @@ double WindowedSinc(double x, double support) {
 }
 
 constexpr ResamplingFilter kFilters[] = {
-    {"default", Box, 0},
-    {"point", Box, 0},
-    {"box", Box, 0.5},
-    {"triangle", Triangle, 1},
-    {"Hermite", Hermite, 1},
-    {"Hann", Hann, 1},
-    {"Hamming", Hamming, 1},
-    {"Blackman", Blackman, 1},
-    {"Gaussian", Gaussian, 1.25},
-    {"quadratic B-spline", QuadraticBSpline, 1.5},
-    {"cubic B-spline", CubicBSpline, 2},
-    {"Catmull-Rom", CatmullRom, 2},
-    {"Mitchell-Netravali", Mitchell, 2},
-    {"Lanczos", Lanczos, 3},
-    {"windowed Bessel", WindowedBessel, 3.2383},
-    {"windowed sinc", WindowedSinc, 4},
+    {.name = "default", .weight = Box, .support = 0},
+    {.name = "point", .weight = Box, .support = 0},
+    {.name = "box", .weight = Box, .support = 0.5},
+    {.name = "triangle", .weight = Triangle, .support = 1},
+    {.name = "Hermite", .weight = Hermite, .support = 1},
+    {.name = "Hann", .weight = Hann, .support = 1},
+    {.name = "Hamming", .weight = Hamming, .support = 1},
+    {.name = "Blackman", .weight = Blackman, .support = 1},
+    {.name = "Gaussian", .weight = Gaussian, .support = 1.25},
+    {.name = "quadratic B-spline", .weight = QuadraticBSpline, .support = 1.5},
+    {.name = "cubic B-spline", .weight = CubicBSpline, .support = 2},
+    {.name = "Catmull-Rom", .weight = CatmullRom, .support = 2},
+    {.name = "Mitchell-Netravali", .weight = Mitchell, .support = 2},
+    {.name = "Lanczos", .weight = Lanczos, .support = 3},
+    {.name = "windowed Bessel", .weight = WindowedBessel, .support = 3.2383},
+    {.name = "windowed sinc", .weight = WindowedSinc, .support = 4},
 };
 
 }  // namespace

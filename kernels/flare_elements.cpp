@@ -12,16 +12,25 @@ struct ElementDesign {
 };
 
 constexpr ElementDesign kElements[kFlareElements] = {
-    {{0, 14, 113}, 0.027, 0.6699, FlareKind::Disc},    {{90, 181, 142}, 0.01, 0.2692, FlareKind::Disc},
-    {{56, 140, 106}, 0.005, -0.0112, FlareKind::Disc}, {{9, 29, 19}, 0.031, 0.649, FlareKind::Spot},
-    {{24, 14, 0}, 0.015, 0.4696, FlareKind::Spot},     {{24, 14, 0}, 0.037, 0.4087, FlareKind::Spot},
-    {{42, 19, 0}, 0.022, -0.2003, FlareKind::Spot},    {{0, 9, 17}, 0.025, -0.4103, FlareKind::Spot},
-    {{0, 4, 10}, 0.058, -0.4503, FlareKind::Spot},     {{5, 5, 14}, 0.017, -0.5112, FlareKind::Spot},
-    {{9, 4, 0}, 0.2, -1.496, FlareKind::Spot},         {{9, 4, 0}, 0.5, -1.496, FlareKind::Spot},
-    {{34, 19, 0}, 0.075, 0.4487, FlareKind::Halo},     {{14, 26, 0}, 0.1, 1, FlareKind::Halo},
-    {{10, 25, 13}, 0.039, -1.301, FlareKind::Halo},    {{9, 0, 17}, 0.19, 1.309, FlareKind::Ring},
-    {{9, 16, 5}, 0.195, 1.309, FlareKind::Ring},       {{17, 4, 0}, 0.2, 1.309, FlareKind::Ring},
-    {{17, 4, 0}, 0.038, -1.301, FlareKind::Ring},
+    {.color = {0, 14, 113}, .size = 0.027, .position = 0.6699, .kind = FlareKind::Disc},
+    {.color = {90, 181, 142}, .size = 0.01, .position = 0.2692, .kind = FlareKind::Disc},
+    {.color = {56, 140, 106}, .size = 0.005, .position = -0.0112, .kind = FlareKind::Disc},
+    {.color = {9, 29, 19}, .size = 0.031, .position = 0.649, .kind = FlareKind::Spot},
+    {.color = {24, 14, 0}, .size = 0.015, .position = 0.4696, .kind = FlareKind::Spot},
+    {.color = {24, 14, 0}, .size = 0.037, .position = 0.4087, .kind = FlareKind::Spot},
+    {.color = {42, 19, 0}, .size = 0.022, .position = -0.2003, .kind = FlareKind::Spot},
+    {.color = {0, 9, 17}, .size = 0.025, .position = -0.4103, .kind = FlareKind::Spot},
+    {.color = {0, 4, 10}, .size = 0.058, .position = -0.4503, .kind = FlareKind::Spot},
+    {.color = {5, 5, 14}, .size = 0.017, .position = -0.5112, .kind = FlareKind::Spot},
+    {.color = {9, 4, 0}, .size = 0.2, .position = -1.496, .kind = FlareKind::Spot},
+    {.color = {9, 4, 0}, .size = 0.5, .position = -1.496, .kind = FlareKind::Spot},
+    {.color = {34, 19, 0}, .size = 0.075, .position = 0.4487, .kind = FlareKind::Halo},
+    {.color = {14, 26, 0}, .size = 0.1, .position = 1, .kind = FlareKind::Halo},
+    {.color = {10, 25, 13}, .size = 0.039, .position = -1.301, .kind = FlareKind::Halo},
+    {.color = {9, 0, 17}, .size = 0.19, .position = 1.309, .kind = FlareKind::Ring},
+    {.color = {9, 16, 5}, .size = 0.195, .position = 1.309, .kind = FlareKind::Ring},
+    {.color = {17, 4, 0}, .size = 0.2, .position = 1.309, .kind = FlareKind::Ring},
+    {.color = {17, 4, 0}, .size = 0.038, .position = -1.301, .kind = FlareKind::Ring},
 };
 // The one element that mirrors the light in the centre exactly, also where half a side was rounded down.
 constexpr int32_t kMirrorElement = 13;
@@ -33,9 +42,11 @@ struct GlowDesign {
 };
 
 constexpr GlowDesign kGlows[] = {
-    {{239, 239, 239}, 0.0375, FlareKind::SteepGlow},  {{245, 245, 245}, 0.078125, FlareKind::SteepGlow},
-    {{255, 38, 43}, 0.1796875, FlareKind::SteepGlow}, {{69, 59, 64}, 0.3359375, FlareKind::EvenGlow},
-    {{80, 15, 4}, 0.084375, FlareKind::RingGlow},
+    {.color = {239, 239, 239}, .radius = 0.0375, .kind = FlareKind::SteepGlow},
+    {.color = {245, 245, 245}, .radius = 0.078125, .kind = FlareKind::SteepGlow},
+    {.color = {255, 38, 43}, .radius = 0.1796875, .kind = FlareKind::SteepGlow},
+    {.color = {69, 59, 64}, .radius = 0.3359375, .kind = FlareKind::EvenGlow},
+    {.color = {80, 15, 4}, .radius = 0.084375, .kind = FlareKind::RingGlow},
 };
 
 void ToShares(const uint8_t color[3], float shares[3]) {
@@ -64,14 +75,23 @@ void PaintFlare(WorkingImage* image, int32_t lightX, int32_t lightY, double scal
     for (const GlowDesign& glow : kGlows) {
         float color[3];
         ToShares(glow.color, color);
-        PaintFlareSpot(image, {color, scale * glow.radius, lightX, lightY, glow.kind}, strengths);
+        const FlareSpot spot = {.color = color,
+                                .radius = scale * glow.radius,
+                                .column = lightX,
+                                .row = lightY,
+                                .kind = glow.kind};
+        PaintFlareSpot(image, spot, strengths);
     }
     FlareElement elements[kFlareElements];
     BuildFlareElements(lightX, lightY, image->width, image->height, scale, elements);
-    for (const FlareElement& element : elements)
-        PaintFlareSpot(image,
-                       {element.color, double{element.size}, element.column, element.row, element.kind},
-                       strengths);
+    for (const FlareElement& element : elements) {
+        const FlareSpot spot = {.color = element.color,
+                                .radius = double{element.size},
+                                .column = element.column,
+                                .row = element.row,
+                                .kind = element.kind};
+        PaintFlareSpot(image, spot, strengths);
+    }
 }
 
 }  // namespace kfx

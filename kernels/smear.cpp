@@ -179,13 +179,19 @@ bool SmearByEstimate(const Smear& smear, WorkingImage* to) {
     if (!merged || !weights || !parts || !offsets || !samples || !mixed || !insides) return false;
 
     const int32_t count = MergeTaps(smear, merged.address);
-    Estimate estimate = {
-        {smear.from, merged.address, count, smear.background},
-        {parts.address, parts.address + room, parts.address + 2 * room, parts.address + 3 * room, 0},
-        offsets.address,
-        samples.address,
-        mixed.address,
-        {}};
+    Estimate estimate = {.merged = {.from = smear.from,
+                                    .taps = merged.address,
+                                    .count = count,
+                                    .background = smear.background},
+                         .weights = {.highPairs = parts.address,
+                                     .lowPairs = parts.address + room,
+                                     .highRest = parts.address + 2 * room,
+                                     .lowRest = parts.address + 3 * room,
+                                     .margin = 0},
+                         .offsets = offsets.address,
+                         .samples = samples.address,
+                         .mixed = mixed.address,
+                         .flat = {}};
     for (int32_t i = 0; i < count; ++i) {
         const Tap& tap = merged.address[i];
         weights.address[i] = tap.weight;

@@ -35,7 +35,7 @@ ImageHandle Shrink(ImageHandle, const KernelInput& input) {
 ImageHandle AnswerNone(ImageHandle, const KernelInput&) { return nullptr; }
 
 int32_t sliderVariable = 70;
-constexpr auto kSlider = MakeControls({{ControlKind::Slider, 100, &sliderVariable, "4,45,5"}});
+constexpr auto kSlider = MakeControls({Slider(100, &sliderVariable, "4,45,5", "Depth:")});
 
 Effect MakeEffect(EffectKernel kernel) {
     return {.name = "Test", .panel = 7400, .controls = kSlider, .apply = kernel};
