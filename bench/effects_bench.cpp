@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Every effect at its built-in settings and at its heaviest, on two picture sizes: the first frame of a
+// Every effect at its built-in settings and at its greatest, on two picture sizes: the first frame of a
 // build, a later one where the effect keeps tables from frame to frame, and the literal reference beside
 // them. Times are of the processor, the least of three repetitions. --table prints them as the table of
 // docs/performance.md.
@@ -15,8 +15,8 @@
 
 #include "bench/bench_picture.h"
 #include "effects/effect_table.h"
+#include "framework/number_text.h"
 #include "framework/panel.h"
-#include "framework/settings.h"
 #include "framework/source_animation.h"
 #include "tests/reference/reference_table.h"
 
@@ -33,44 +33,25 @@ constexpr Load kLoads[] = {
     {.name = "1920x1080", .width = 1920, .height = 1080},
 };
 
-using Changes = std::vector<std::pair<int32_t*, int32_t>>;
-
-// The settings that cost most, as far as they differ from the built-in ones.
-const std::map<std::string, Changes> kHeaviest = {
-    {"Emboss", {{&settings.style000Radius, 45}, {&settings.style000Depth, 50}}},
-    {"Explode", {{&settings.style018Radius, 100}}},
-    {"Gaussian Blur", {{&settings.style004Radius, 45}, {&settings.style004Depth, 50}}},
-    {"Glass Block", {{&settings.style002Size, 64}}},
-    {"HSB and Channels",
-     {{&settings.style010Hue, 200},
-      {&settings.style010Sat, 140},
-      {&settings.style010Bri, 120},
-      {&settings.style010ChannelsEnable, 1},
-      {&settings.style010ChannelsOption, 3},
-      {&settings.style010InvertColors, 1}}},
-    {"Implode", {{&settings.style017Radius, 100}}},
-    {"Lens Flare",
-     {{&settings.style001CenterX, 25}, {&settings.style001CenterY, 30}, {&settings.style001Intensity, 300}}},
-    {"Motion Blur", {{&settings.style014Depth, 50}, {&settings.style014Radius, 300}}},
-    {"Normalize", {{&settings.style019Distributed, 0}}},
-    {"Obscure", {{&settings.style005Level, 64}}},
-    {"Oil Painting", {{&settings.style006Radius, 400}}},
-    {"Radial Blur", {{&settings.style003Angle, 45}}},
-    {"Raster", {{&settings.style011Density, 255}, {&settings.style011Size, 8}}},
-    {"Ripple",
-     {{&settings.style009Amplitude, 8000},
-      {&settings.style009Wavelength, 400},
-      {&settings.style009Dissipate, 0}}},
-    {"Solarize", {{&settings.style012Threshold, 255}}},
-    {"Swirl", {{&settings.style015Angle, 2880}}},
-    {"Water Drops", {{&settings.style008Aperture, 12}}},
-    {"Zoom Blur", {{&settings.style007Cycles, 40}}},
-};
+// Where a control stands in the row with the greatest settings: a slider at its end, a box ticked, a list on
+// its last row. A centre stays where it is: away from the middle most effects have less to do.
+int32_t GreatestValue(const EffectControl& control) {
+    const std::string caption = control.caption ? control.caption : "";
+    if (caption.find("Center") == 0) return ReadControl(control, nullptr);
+    if (control.kind == ControlKind::List) {
+        const std::string items = control.text;
+        return static_cast<int32_t>(std::count(items.begin(), items.end(), ';'));
+    }
+    if (control.kind != ControlKind::Slider) return 1;
+    ControlRange range;
+    ParseControlRange(control.text, &range);
+    return ClampToRange(range, INT32_MAX);
+}
 
 // One row of the table: an effect under one choice of settings.
 struct Work {
     const Effect* effect;
-    bool heaviest;
+    bool greatest;
     KernelInput input;
     std::string text;  // "45, 50"
 };
@@ -79,22 +60,18 @@ std::vector<Work> ListWork() {
     std::vector<Work> list;
     for (size_t i = 0; i < EffectCount(); ++i) {
         const Effect* effect = EffectAt(i);
-        for (const bool heaviest : {false, true}) {
-            const auto changes = kHeaviest.find(effect->name);
-            if (heaviest && changes == kHeaviest.end()) continue;
-            settings = Settings();
-            if (heaviest)
-                for (const auto& [variable, value] : changes->second) *variable = value;
-            Work work = {effect, heaviest, {}, ""};
+        for (const bool greatest : {false, true}) {
+            Work work = {.effect = effect, .greatest = greatest, .input = {}, .text = ""};
             for (size_t c = 0; c < effect->controls.count; ++c) {
-                work.input.values[c] = ReadControl(effect->controls.rows[c], nullptr);
+                const EffectControl& control = effect->controls.rows[c];
+                work.input.values[c] = greatest ? GreatestValue(control) : ReadControl(control, nullptr);
                 work.text += (c ? ", " : "") + std::to_string(work.input.values[c]);
             }
+            if (greatest && work.text == list.back().text) continue;
             ReadBackgroundColor(nullptr, &work.input.background);
             list.push_back(work);
         }
     }
-    settings = Settings();
     return list;
 }
 
@@ -140,7 +117,7 @@ bool KeepsTables(const Work& work) {
 
 // Names are "Emboss/defaults/640x480/first".
 std::string NameOf(const Work& work, const Load& load, const char* what) {
-    return std::string(work.effect->name) + (work.heaviest ? "/heaviest/" : "/defaults/") + load.name + "/" +
+    return std::string(work.effect->name) + (work.greatest ? "/greatest/" : "/defaults/") + load.name + "/" +
            what;
 }
 
@@ -207,7 +184,7 @@ void PrintTable(const std::vector<Work>& list, const std::map<std::string, doubl
     for (const Work& work : list) {
         const std::string first = NameOf(work, kLoads[0], "first");
         if (!times.count(first)) continue;
-        std::printf("| %s | %s%s |", work.effect->name, work.heaviest ? "heaviest: " : "", work.text.c_str());
+        std::printf("| %s | %s%s |", work.effect->name, work.greatest ? "greatest: " : "", work.text.c_str());
         for (const Load& load : kLoads)
             std::printf(" %s | %s | %s |", Milliseconds(times, NameOf(work, load, "first")).c_str(),
                         Milliseconds(times, NameOf(work, load, "later")).c_str(),

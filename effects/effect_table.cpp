@@ -10,31 +10,9 @@
 namespace kfx {
 namespace {
 
-// A row a line: the row's number is the effect's number in the configuration file.
-// clang-format off
-constexpr const Effect* kEffects[] = {
-    &kBump,
-    &kEmboss,
-    &kExplode,
-    &kGaussianBlur,
-    &kGlassBlock,
-    &kHsbChannels,
-    &kImplode,
-    &kLensFlare,
-    &kMotionBlur,
-    &kNeon,
-    &kNormalize,
-    &kObscure,
-    &kOilPainting,
-    &kRadialBlur,
-    &kRaster,
-    &kRipple,
-    &kSolarize,
-    &kSwirl,
-    &kWaterDrops,
-    &kZoomBlur,
-};
-// clang-format on
+#define KFX_EFFECT_ROW(name) &k##name,
+constexpr const Effect* kEffects[] = {KFX_FOR_EACH_EFFECT(KFX_EFFECT_ROW)};
+#undef KFX_EFFECT_ROW
 constexpr size_t kCount = std::size(kEffects);
 
 // No effect answers a background colour of its own.

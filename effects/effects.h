@@ -1,30 +1,39 @@
 // SPDX-License-Identifier: MIT
-// The twenty effects, each in a file of its own. effect_table.h has them in the order of the effect list.
+// The effects, each in a file of its own. effect_table.h has them as a table.
 #pragma once
 
 #include "framework/effect.h"
 
+// The one list of all effects, in the order of the plug-in's effect list: a row's number is what the
+// configuration file stores. row(Swirl) stands for the record kSwirl.
+// clang-format off
+#define KFX_FOR_EACH_EFFECT(row) \
+    row(Bump) \
+    row(Emboss) \
+    row(Explode) \
+    row(GaussianBlur) \
+    row(GlassBlock) \
+    row(HsbChannels) \
+    row(Implode) \
+    row(LensFlare) \
+    row(MotionBlur) \
+    row(Neon) \
+    row(Normalize) \
+    row(Obscure) \
+    row(OilPainting) \
+    row(RadialBlur) \
+    row(Raster) \
+    row(Ripple) \
+    row(Solarize) \
+    row(Swirl) \
+    row(WaterDrops) \
+    row(ZoomBlur)
+// clang-format on
+
 namespace kfx {
 
-extern const Effect kBump;
-extern const Effect kEmboss;
-extern const Effect kExplode;
-extern const Effect kGaussianBlur;
-extern const Effect kGlassBlock;
-extern const Effect kHsbChannels;
-extern const Effect kImplode;
-extern const Effect kLensFlare;
-extern const Effect kMotionBlur;
-extern const Effect kNeon;
-extern const Effect kNormalize;
-extern const Effect kObscure;
-extern const Effect kOilPainting;
-extern const Effect kRadialBlur;
-extern const Effect kRaster;
-extern const Effect kRipple;
-extern const Effect kSolarize;
-extern const Effect kSwirl;
-extern const Effect kWaterDrops;
-extern const Effect kZoomBlur;
+#define KFX_DECLARE_EFFECT(name) extern const Effect k##name;
+KFX_FOR_EACH_EFFECT(KFX_DECLARE_EFFECT)
+#undef KFX_DECLARE_EFFECT
 
 }  // namespace kfx

@@ -46,9 +46,13 @@ ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& di
     const Scratch<double> fieldRow(distortion.valuesPerPixel * static_cast<size_t>(width));
     if (!to || !columns.Ready() || !rows.Ready() || !points || !fieldRow) return nullptr;
 
-    RadialField field = {
-        &columns, &rows,           distortion.compute, distortion.settings, distortion.valuesPerPixel,
-        nullptr,  fieldRow.address};
+    RadialField field = {.columns = &columns,
+                         .rows = &rows,
+                         .compute = distortion.compute,
+                         .settings = distortion.settings,
+                         .valuesPerPixel = distortion.valuesPerPixel,
+                         .table = nullptr,
+                         .row = fieldRow.address};
     KeepRadialField(&field, cache, distortion.key, distortion.keyBytes);
     SampleRun run = {};
     run.columns = &columns;

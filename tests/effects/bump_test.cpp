@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
+
+TEST(Bump, Has_these_controls) { ExpectControls(kBump, "Bump", 7413, {}); }
 
 TEST(Bump, EqualsItsReferenceOnPicturesOfAllSizes) { ExpectReferenceOnTrickyPictures(kBump, {}); }
 

@@ -5,10 +5,20 @@
 
 #include "framework/effect_operations.h"
 #include "kernels/convolution.h"
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
+
+TEST(Emboss, Has_these_controls) {
+    ExpectControls(
+        kEmboss, "Emboss", 7400,
+        {
+            {.id = 100, .key = "Style000Radius", .builtIn = 5, .text = "4,45,5", .caption = "Radius:"},
+            {.id = 103, .key = "Style000Depth", .builtIn = 15, .text = "15,50,25", .caption = "Depth:"},
+        });
+}
 
 TEST(Emboss, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const Values& values : {Values{5, 15}, Values{4, 15}, Values{20, 16}, Values{10, 3}, Values{45, 5}})

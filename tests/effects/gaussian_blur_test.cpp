@@ -9,10 +9,20 @@
 #include "kernels/bell_weights.h"
 #include "kernels/box_blur.h"
 #include "kernels/line_blur.h"
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
+
+TEST(GaussianBlur, Has_these_controls) {
+    ExpectControls(
+        kGaussianBlur, "Gaussian Blur", 7404,
+        {
+            {.id = 121, .key = "Style004Radius", .builtIn = 5, .text = "4,45,5", .caption = "Radius:"},
+            {.id = 124, .key = "Style004Depth", .builtIn = 15, .text = "15,50,25", .caption = "Depth:"},
+        });
+}
 
 TEST(GaussianBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const Values& values : {Values{5, 15}, Values{5, 25}, Values{4, 16}, Values{45, 50}, Values{20, 40}})

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -14,6 +15,14 @@ Picture CoordinatePicture(int32_t width, int32_t height) {
         for (int32_t x = 0; x < width; ++x)
             SetDibPixel(lock.image, x, y, Rgb(static_cast<uint32_t>(x), static_cast<uint32_t>(y), 7));
     return picture;
+}
+
+TEST(GlassBlock, Has_these_controls) {
+    ExpectControls(
+        kGlassBlock, "Glass Block", 7402,
+        {
+            {.id = 115, .key = "Style002Size", .builtIn = 20, .text = "4,64,20", .caption = "Block size:"},
+        });
 }
 
 TEST(GlassBlock, EqualsItsReferenceOnPicturesOfAllSizes) {

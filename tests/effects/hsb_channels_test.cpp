@@ -6,6 +6,7 @@
 #include "framework/cpu.h"
 #include "framework/memory_guards.h"
 #include "kernels/hsb_shift.h"
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -16,6 +17,37 @@ const Values kBuiltIn = {180, 100, 100, 1, 0, 0, 0};
 
 uint32_t Adjusted(uint32_t color, const Values& values) {
     return PixelOf(Apply(kHsbChannels, FlatPicture(1, 1, color).handle, values).handle, 0, 0);
+}
+
+TEST(HsbChannels, Has_these_controls) {
+    ExpectControls(
+        kHsbChannels, "HSB and Channels", 7410,
+        {
+            {.id = 161, .key = "Style010Hue", .builtIn = 180, .text = "0,360,180", .caption = "Hue:"},
+            {.id = 164, .key = "Style010Sat", .builtIn = 100, .text = "0,200,100", .caption = "Saturation:"},
+            {.id = 167, .key = "Style010Bri", .builtIn = 100, .text = "0,200,100", .caption = "Brightness:"},
+            {.kind = ControlKind::CheckBox,
+             .id = 170,
+             .key = "Style010HSBEnable",
+             .builtIn = 1,
+             .text = "Enable HSB"},
+            {.kind = ControlKind::List,
+             .id = 172,
+             .key = "Style010ChannelsOption",
+             .builtIn = 0,
+             .text = "Red - Blue;Red - Green;Green - Blue;Left 1;Left 2;Right 1;Right 2",
+             .caption = "Channels:"},
+            {.kind = ControlKind::CheckBox,
+             .id = 174,
+             .key = "Style010ChannelsEnable",
+             .builtIn = 0,
+             .text = "Enable channels"},
+            {.kind = ControlKind::SliderBox,
+             .id = 171,
+             .key = "Style010InvertColors",
+             .builtIn = 0,
+             .text = "Invert colors"},
+        });
 }
 
 TEST(HsbChannels, EqualsItsReferenceOnPicturesOfAllSizes) {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "kernels/bilinear_sampler.h"
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -17,6 +18,16 @@ Picture CoordinatePicture(int32_t width, int32_t height) {
         for (int32_t x = 0; x < width; ++x)
             SetDibPixel(lock.image, x, y, Rgb(static_cast<uint32_t>(2 * x), static_cast<uint32_t>(2 * y), 0));
     return picture;
+}
+
+TEST(Implode, Has_these_controls) {
+    ExpectControls(
+        kImplode, "Implode", 7417,
+        {
+            {.id = 196, .key = "Style017Radius", .builtIn = 50, .text = "1,100,50", .caption = "Radius:"},
+            {.id = 199, .key = "Style017CenterX", .builtIn = 50, .text = "10,90,50", .caption = "Center X:"},
+            {.id = 202, .key = "Style017CenterY", .builtIn = 50, .text = "10,90,50", .caption = "Center Y:"},
+        });
 }
 
 TEST(Implode, EqualsItsReferenceOnPicturesOfAllSizes) {
@@ -100,6 +111,16 @@ TEST(Implode, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kImplode, {50, 50, 
 
 TEST(Implode, RefusedMemoryIsSurvived) {
     ExpectRefusedMemoryIsSurvived(kImplode, RandomPicture(9, 8, 1).handle, {50, 50, 50});
+}
+
+TEST(Explode, Has_these_controls) {
+    ExpectControls(
+        kExplode, "Explode", 7418,
+        {
+            {.id = 205, .key = "Style018Radius", .builtIn = 50, .text = "1,100,50", .caption = "Radius:"},
+            {.id = 208, .key = "Style018CenterX", .builtIn = 50, .text = "10,90,50", .caption = "Center X:"},
+            {.id = 211, .key = "Style018CenterY", .builtIn = 50, .text = "10,90,50", .caption = "Center Y:"},
+        });
 }
 
 TEST(Explode, EqualsItsReferenceOnPicturesOfAllSizes) {

@@ -9,12 +9,27 @@
 #include "framework/cpu.h"
 #include "framework/math/elementary.h"
 #include "kernels/flare_elements.h"
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
 
 const Values kBuiltIn = {50, 50, 175};
+
+TEST(LensFlare, Has_these_controls) {
+    ExpectControls(
+        kLensFlare, "Lens Flare", 7401,
+        {
+            {.id = 106, .key = "Style001CenterX", .builtIn = 50, .text = "1,99,50", .caption = "Center X:"},
+            {.id = 109, .key = "Style001CenterY", .builtIn = 50, .text = "1,99,50", .caption = "Center Y:"},
+            {.id = 112,
+             .key = "Style001Intensity",
+             .builtIn = 175,
+             .text = "50,300,175",
+             .caption = "Depth:"},
+        });
+}
 
 TEST(LensFlare, EqualsItsReferenceOnPicturesOfAllSizes) {
     ExpectReferenceOnTrickyPictures(kLensFlare, kBuiltIn);

@@ -2,6 +2,7 @@
 #include "effects/effects.h"
 
 #include "kernels/bell_weights.h"
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -16,6 +17,16 @@ Picture Dot(int32_t width, int32_t height, int32_t x, int32_t y) {
 }
 
 bool Lit(const Picture& picture, int32_t x, int32_t y) { return RedOf(PixelOf(picture.handle, x, y)) > 0; }
+
+TEST(MotionBlur, Has_these_controls) {
+    ExpectControls(
+        kMotionBlur, "Motion Blur", 7414,
+        {
+            {.id = 184, .key = "Style014Depth", .builtIn = 25, .text = "5,50,25", .caption = "Depth:"},
+            {.id = 187, .key = "Style014Radius", .builtIn = 5, .text = "5,300,5", .caption = "Radius:"},
+            {.id = 190, .key = "Style014Angle", .builtIn = 45, .text = "0,359,45", .caption = "Angle:"},
+        });
+}
 
 TEST(MotionBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const Values& values :

@@ -4,10 +4,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
+
+TEST(Neon, Has_these_controls) { ExpectControls(kNeon, "Neon", 7416, {}); }
 
 TEST(Neon, EqualsItsReferenceOnPicturesOfAllSizes) { ExpectReferenceOnTrickyPictures(kNeon, {}); }
 

@@ -11,6 +11,7 @@
 #include "framework/settings.h"
 #include "framework/source_animation.h"
 #include "tests/support/animation_blocks.h"
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -59,6 +60,17 @@ std::vector<std::vector<uint8_t>> Build(const std::vector<const Picture*>& pictu
     }
     FreeFrames(&list);
     return results;
+}
+
+TEST(Normalize, Has_these_controls) {
+    ExpectControls(kNormalize, "Normalize", 7419,
+                   {
+                       {.kind = ControlKind::CheckBox,
+                        .id = 214,
+                        .key = "Style019Distributed",
+                        .builtIn = 1,
+                        .text = "Distributed"},
+                   });
 }
 
 TEST(Normalize, EqualsItsReferenceOnPicturesOfAllSizes) {

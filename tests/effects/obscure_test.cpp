@@ -1,10 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
+
+TEST(Obscure, Has_these_controls) {
+    ExpectControls(
+        kObscure, "Obscure", 7405,
+        {
+            {.id = 127, .key = "Style005Level", .builtIn = 8, .text = "2,64,8", .caption = "Level:"},
+        });
+}
 
 TEST(Obscure, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const int32_t level : {1, 2, 3, 8, 64, 1000}) ExpectReferenceOnTrickyPictures(kObscure, {level});

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -14,6 +15,14 @@ Picture FewLevels(int32_t width, int32_t height, uint32_t seed, uint32_t levels)
         for (int32_t x = 0; x < width; ++x)
             SetDibPixel(lock.image, x, y, GetDibPixel(lock.image, x, y) % levels * (255 / levels) * 0x010101);
     return picture;
+}
+
+TEST(OilPainting, Has_these_controls) {
+    ExpectControls(
+        kOilPainting, "Oil Painting", 7406,
+        {
+            {.id = 130, .key = "Style006Radius", .builtIn = 250, .text = "100,400,250", .caption = "Radius:"},
+        });
 }
 
 TEST(OilPainting, EqualsItsReferenceOnPicturesOfAllSizes) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -15,6 +16,14 @@ Picture TurnedByHalf(ImageHandle source) {
             SetDibPixel(to.image, from.image->width - 1 - x, from.image->height - 1 - y,
                         GetDibPixel(from.image, x, y));
     return turned;
+}
+
+TEST(RadialBlur, Has_these_controls) {
+    ExpectControls(
+        kRadialBlur, "Radial Blur", 7403,
+        {
+            {.id = 118, .key = "Style003Angle", .builtIn = 5, .text = "1,45,5", .caption = "Angle:"},
+        });
 }
 
 TEST(RadialBlur, EqualsItsReferenceOnPicturesOfAllSizes) {

@@ -1,10 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
+
+TEST(Raster, Has_these_controls) {
+    ExpectControls(
+        kRaster, "Raster", 7411,
+        {
+            {.id = 175, .key = "Style011Density", .builtIn = 160, .text = "1,255,160", .caption = "Density:"},
+            {.id = 178, .key = "Style011Size", .builtIn = 1, .text = "1,8,1", .caption = "Size:"},
+        });
+}
 
 TEST(Raster, EqualsItsReferenceOnPicturesOfAllSizes) {
     ExpectReferenceOnTrickyPictures(kRaster, {160, 1});

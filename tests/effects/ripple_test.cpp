@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -22,6 +23,40 @@ Picture ColumnPicture(int32_t width, int32_t height) {
     for (int32_t y = 0; y < height; ++y)
         for (int32_t x = 0; x < width; ++x) SetDibPixel(lock.image, x, y, static_cast<uint32_t>(2 * x));
     return picture;
+}
+
+TEST(Ripple, Has_these_controls) {
+    ExpectControls(
+        kRipple, "Ripple", 7409,
+        {
+            {.id = 142,
+             .key = "Style009CenterX",
+             .builtIn = 100,
+             .text = "0,200,100",
+             .caption = "Center X:"},
+            {.id = 145,
+             .key = "Style009CenterY",
+             .builtIn = 100,
+             .text = "0,200,100",
+             .caption = "Center Y:"},
+            {.id = 148,
+             .key = "Style009Amplitude",
+             .builtIn = 2500,
+             .text = "70,8000,2500",
+             .caption = "Amplitude:"},
+            {.id = 151,
+             .key = "Style009Wavelength",
+             .builtIn = 1200,
+             .text = "400,5000,1200",
+             .caption = "Wavelength:"},
+            {.id = 154, .key = "Style009Phase", .builtIn = 180, .text = "0,360,180", .caption = "Phase:"},
+            {.id = 157, .key = "Style009Energy", .builtIn = 15, .text = "1,100,15", .caption = "Energy:"},
+            {.kind = ControlKind::CheckBox,
+             .id = 160,
+             .key = "Style009Dissipate",
+             .builtIn = 1,
+             .text = "Dissipate"},
+        });
 }
 
 TEST(Ripple, EqualsItsReferenceOnPicturesOfAllSizes) {

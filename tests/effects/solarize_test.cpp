@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -8,6 +9,17 @@ namespace {
 
 uint32_t Solarized(uint32_t color, int32_t threshold) {
     return PixelOf(Apply(kSolarize, FlatPicture(1, 1, color).handle, {threshold}).handle, 0, 0);
+}
+
+TEST(Solarize, Has_these_controls) {
+    ExpectControls(kSolarize, "Solarize", 7412,
+                   {
+                       {.id = 181,
+                        .key = "Style012Threshold",
+                        .builtIn = 128,
+                        .text = "1,255,128",
+                        .caption = "Threshold:"},
+                   });
 }
 
 TEST(Solarize, EqualsItsReferenceOnPicturesOfAllSizes) {

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
@@ -12,6 +13,14 @@ uint32_t MeanOfFour(ImageHandle image, int32_t x, int32_t y, int shift) {
     uint32_t sum = 0;
     for (int32_t i = 0; i < 4; ++i) sum += PixelOf(image, x + i % 2, y + i / 2) >> shift & 255;
     return (sum + 2) / 4;
+}
+
+TEST(Swirl, Has_these_controls) {
+    ExpectControls(
+        kSwirl, "Swirl", 7415,
+        {
+            {.id = 193, .key = "Style015Angle", .builtIn = 1485, .text = "0,2880,45", .caption = "Angle:"},
+        });
 }
 
 TEST(Swirl, EqualsItsReferenceOnPicturesOfAllSizes) {

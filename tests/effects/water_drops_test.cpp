@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 #include "tests/support/held_clock.h"
 
@@ -40,6 +41,14 @@ Offsets OffsetsOf(int32_t aperture) {
             }
         }
     return offsets;
+}
+
+TEST(WaterDrops, Has_these_controls) {
+    ExpectControls(
+        kWaterDrops, "Water Drops", 7408,
+        {
+            {.id = 139, .key = "Style008Aperture", .builtIn = 5, .text = "3,12,5", .caption = "Radius:"},
+        });
 }
 
 TEST(WaterDrops, EqualsItsReferenceOnPicturesOfAllSizes) {

@@ -1,10 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {
 namespace {
+
+TEST(ZoomBlur, Has_these_controls) {
+    ExpectControls(
+        kZoomBlur, "Zoom Blur", 7407,
+        {
+            {.id = 133,
+             .key = "Style007Displacement",
+             .builtIn = 240,
+             .text = "100,1000,240",
+             .caption = "Radius:"},
+            {.id = 136, .key = "Style007Cycles", .builtIn = 8, .text = "4,40,8", .caption = "Cycles:"},
+        });
+}
 
 TEST(ZoomBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
     for (const Values& values : {Values{240, 8}, Values{100, 4}, Values{240, 40}, Values{1000, 40}})

@@ -7,39 +7,19 @@ namespace kfx::test {
 namespace {
 
 struct Row {
-    const char* effect;
+    const Effect* effect;
     EffectKernel reference;
 };
 
-// In the order of the effect table.
-constexpr Row kReferences[] = {
-    {"Bump", ReferenceBump},
-    {"Emboss", ReferenceEmboss},
-    {"Explode", ReferenceExplode},
-    {"Gaussian Blur", ReferenceGaussianBlur},
-    {"Glass Block", ReferenceGlassBlock},
-    {"HSB and Channels", ReferenceHsbChannels},
-    {"Implode", ReferenceImplode},
-    {"Lens Flare", ReferenceLensFlare},
-    {"Motion Blur", ReferenceMotionBlur},
-    {"Neon", ReferenceNeon},
-    {"Normalize", ReferenceNormalize},
-    {"Obscure", ReferenceObscure},
-    {"Oil Painting", ReferenceOilPainting},
-    {"Radial Blur", ReferenceRadialBlur},
-    {"Raster", ReferenceRaster},
-    {"Ripple", ReferenceRipple},
-    {"Solarize", ReferenceSolarize},
-    {"Swirl", ReferenceSwirl},
-    {"Water Drops", ReferenceWaterDrops},
-    {"Zoom Blur", ReferenceZoomBlur},
-};
+#define KFX_REFERENCE_ROW(name) {.effect = &k##name, .reference = Reference##name},
+constexpr Row kReferences[] = {KFX_FOR_EACH_EFFECT(KFX_REFERENCE_ROW)};
+#undef KFX_REFERENCE_ROW
 
 }  // namespace
 
 EffectKernel ReferenceOf(const char* effect) {
     for (const Row& row : kReferences)
-        if (std::strcmp(row.effect, effect) == 0) return row.reference;
+        if (std::strcmp(row.effect->name, effect) == 0) return row.reference;
     return nullptr;
 }
 

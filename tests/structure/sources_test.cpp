@@ -2,6 +2,8 @@
 // What every source file has in common.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <regex>
 #include <set>
 
@@ -57,6 +59,30 @@ TEST(Sources, KeepIntrinsicsInKernels) {
         if (TopFolder(path) == "kernels") continue;
         for (const auto& include : source.systemIncludes) EXPECT_NE(include, "immintrin.h") << path;
     }
+}
+
+// A record that no test writes out a second time would be its own proof.
+TEST(Sources, Every_effects_controls_stand_in_a_test_of_its_own) {
+    const auto sources = ReadSourceTree();
+    std::string tests;
+    size_t effects = 0;
+    for (const auto& [path, source] : sources)
+        if (path.find("tests/effects/") == 0)
+            for (const auto& line : source.lines)
+                std::copy_if(line.begin(), line.end(), std::back_inserter(tests),
+                             [](char c) { return c != ' '; });
+    const std::regex record("^const Effect (k\\w+) =.*");
+    for (const auto& [path, source] : sources) {
+        if (TopFolder(path) != "effects") continue;
+        for (const auto& line : source.lines) {
+            std::smatch match;
+            if (!std::regex_match(line, match, record)) continue;
+            ++effects;
+            const std::string call = "ExpectControls(" + match[1].str() + ",";
+            EXPECT_NE(tests.find(call), std::string::npos) << path << ": no test has " << call;
+        }
+    }
+    EXPECT_GE(effects, 20u);
 }
 
 // A library's last bit differs from compiler to compiler, and from thread to thread where it computes with
