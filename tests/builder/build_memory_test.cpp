@@ -7,7 +7,7 @@
 #include "framework/movable_memory_native.h"
 #include "framework/source_animation.h"
 #include "kernels/color_index.h"
-#include "tests/builder/recording_host.h"
+#include "tests/builder/build_run.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 
@@ -55,13 +55,13 @@ void ExpectNothingLeft(const MemoryCounts& before, const std::string& name) {
 }
 
 // Runs the build with the seam refusing as told; the block itself is allocated first (number 1).
-int32_t BuildRefusing(RecordingHost* host, const std::vector<uint8_t>& block, const BuildOptions& options,
+int32_t BuildRefusing(BuildRun* run, const std::vector<uint8_t>& block, const BuildOptions& options,
                       size_t number, bool andAllAfter) {
     if (andAllAfter)
         RefuseAllocationsFrom(number + 1);
     else
         RefuseAllocation(number + 1);
-    const int32_t result = BuildWith(host, block, options);
+    const int32_t result = BuildWith(run, block, options);
     ResetMemoryCounts();
     return result;
 }
@@ -69,7 +69,7 @@ int32_t BuildRefusing(RecordingHost* host, const std::vector<uint8_t>& block, co
 TEST(BuildMemory, each_refused_allocation_gives_the_message_and_leaves_nothing) {
     const std::vector<uint8_t> block = ShadedBlock(3, 21, 14);
     for (const NamedOptions& named : OptionSets()) {
-        RecordingHost good;
+        BuildRun good;
         ResetMemoryCounts();
         ASSERT_EQ(BuildWith(&good, block, named.options), 1);
         const size_t allocations = CountMemory().allocations - 1;
@@ -79,12 +79,12 @@ TEST(BuildMemory, each_refused_allocation_gives_the_message_and_leaves_nothing) 
                                          " of " + std::to_string(allocations) +
                                          (andAllAfter ? " and all after" : "");
                 const MemoryCounts before = CountMemory();
-                RecordingHost host;
-                const int32_t result = BuildRefusing(&host, block, named.options, number, andAllAfter);
+                BuildRun run;
+                const int32_t result = BuildRefusing(&run, block, named.options, number, andAllAfter);
                 ExpectNothingLeft(before, name);
                 EXPECT_EQ(result, 0) << name;
-                EXPECT_TRUE(host.frames.empty()) << name;
-                EXPECT_EQ(host.messages, std::vector<BuildMessage>{BuildMessage::MemoryError}) << name;
+                EXPECT_TRUE(run.frames.empty()) << name;
+                EXPECT_EQ(run.messages, std::vector<BuildMessage>{BuildMessage::MemoryError}) << name;
             }
         }
     }
@@ -95,10 +95,10 @@ TEST(BuildMemory, a_build_leaves_nothing_whatever_the_host_refuses) {
     for (const NamedOptions& named : OptionSets()) {
         for (const uint32_t request : {0u, 1u, 2u}) {
             const MemoryCounts before = CountMemory();
-            RecordingHost host;
-            host.refusedRequest = request;
-            host.refusedOccurrence = request == 2 ? 3 : 1;
-            BuildWith(&host, block, named.options);
+            BuildRun run;
+            run.refusedRequest = request;
+            run.refusedOccurrence = request == 2 ? 3 : 1;
+            BuildWith(&run, block, named.options);
             ExpectNothingLeft(before, named.name);
         }
     }
@@ -113,21 +113,21 @@ size_t NoteLiveBlocks() {
 
 TEST(BuildMemory, a_refused_frame_frees_every_frame_before_the_task_is_closed) {
     const size_t before = CountMemory().liveBlocks;
-    RecordingHost host;
-    host.refusedRequest = 2;
-    host.refusedOccurrence = 2;
-    host.countLocks = NoteLiveBlocks;
-    EXPECT_EQ(BuildWith(&host, ShadedBlock(3, 21, 14), BuiltInOptions()), 0);
+    BuildRun run;
+    run.refusedRequest = 2;
+    run.refusedOccurrence = 2;
+    run.countLocks = NoteLiveBlocks;
+    EXPECT_EQ(BuildWith(&run, ShadedBlock(3, 21, 14), BuiltInOptions()), 0);
     EXPECT_EQ(lastLiveBlocks, before + 1) << "only the source is left at the last request";
 }
 
 TEST(BuildMemory, nothing_but_the_source_stays_locked_across_a_request) {
     for (const NamedOptions& named : OptionSets()) {
-        RecordingHost host;
-        host.countLocks = CountLocks;
-        EXPECT_EQ(BuildWith(&host, ShadedBlock(3, 21, 14), named.options), 1);
+        BuildRun run;
+        run.countLocks = CountLocks;
+        EXPECT_EQ(BuildWith(&run, ShadedBlock(3, 21, 14), named.options), 1);
         // The tables that answer for colours live, locked, through the remapping stage.
-        EXPECT_LE(host.mostLocks, 1u) << named.name;
+        EXPECT_LE(run.mostLocks, 1u) << named.name;
     }
 }
 
@@ -141,10 +141,10 @@ TEST(BuildMemory, two_colour_output_makes_no_table_of_all_colours) {
     const Picture flat = FlatPicture(21, 14, 0x305070);
     const std::vector<uint8_t> block = MakeAnimationBlock({{BytesOf(flat.handle)}});
     for (const BuildOptions& options : {fixed, dithered, custom}) {
-        RecordingHost host;
+        BuildRun run;
         ResetMemoryCounts();
-        ASSERT_EQ(BuildWith(&host, block, options), 1);
-        EXPECT_EQ(host.task.bitsPerPixel, 1u);
+        ASSERT_EQ(BuildWith(&run, block, options), 1);
+        EXPECT_EQ(run.task.bitsPerPixel, 1u);
         EXPECT_LE(CountMemory().largestBytes, block.size()) << "the source is the largest block";
     }
 }
@@ -184,10 +184,10 @@ TEST(BuildMemory, a_build_holds_the_source_the_frames_one_working_copy_and_its_t
     const size_t frame = 320 * 240 * 3 + 40;
     for (const NamedOptions& named : OptionSets()) {
         const size_t composite = named.options.supercompress ? frame + kFrames * (320 / 8 * 240 + 48) : 0;
-        RecordingHost host;
+        BuildRun run;
         ResetMemoryCounts();
         const size_t before = CountMemory().liveBytes;
-        EXPECT_EQ(BuildWith(&host, block, named.options), 1);
+        EXPECT_EQ(BuildWith(&run, block, named.options), 1);
         const size_t held = CountMemory().peakBytes - before;
         EXPECT_LE(held, block.size() + kFrames * (frame + 56) + frame + composite + kTables) << named.name;
     }

@@ -11,7 +11,7 @@
 #include "builder/fixed_palettes.h"
 #include "builder/palette_order.h"
 #include "framework/source_animation.h"
-#include "tests/builder/recording_host.h"
+#include "tests/builder/build_run.h"
 #include "tests/reference/remap_reference.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
@@ -51,7 +51,7 @@ std::vector<Picture> Shades(int32_t frames) {
     return pictures;
 }
 
-Picture ImageOf(const ReceivedFrame& frame) {
+Picture ImageOf(const HandedFrame& frame) {
     const ImageHandle handle = MakeMemory(frame.bitmap);
     return Picture(handle);
 }
@@ -60,8 +60,8 @@ uint32_t EntryOf(const uint8_t* palette, size_t index) {
     return Rgb(palette[3 * index], palette[3 * index + 1], palette[3 * index + 2]);
 }
 
-bool HasStatus(const RecordingHost& host, const std::string& text) {
-    return std::any_of(host.lines.begin(), host.lines.end(), [&](const std::string& line) {
+bool HasStatus(const BuildRun& run, const std::string& text) {
+    return std::any_of(run.lines.begin(), run.lines.end(), [&](const std::string& line) {
         return line.find("code=10 ") != std::string::npos &&
                line.find("\"" + text + "\"") != std::string::npos;
     });
@@ -69,10 +69,10 @@ bool HasStatus(const RecordingHost& host, const std::string& text) {
 
 // How the handed-over frames look to a viewer: colours of each moment, transparent pixels showing what was
 // there.
-std::vector<std::vector<uint32_t>> Play(const RecordingHost& host) {
+std::vector<std::vector<uint32_t>> Play(const BuildRun& run) {
     std::vector<std::vector<uint32_t>> moments;
     std::vector<uint32_t> screen;
-    for (const ReceivedFrame& frame : host.frames) {
+    for (const HandedFrame& frame : run.frames) {
         const Picture image = ImageOf(frame);
         const ImageLock lock(image.handle);
         const auto width = static_cast<size_t>(lock.image->width);
@@ -104,19 +104,19 @@ int32_t Decode(EffectBuildContext* context) {
 }
 
 TEST(Build, one_frame_alone_is_never_supercompressed) {
-    RecordingHost host;
+    BuildRun run;
     BuildOptions options = BuiltInOptions();
     options.supercompress = options.customPalette = true;
-    EXPECT_EQ(BuildWith(&host, BlockOf(MovingBar(1)), options), 1);
-    EXPECT_FALSE(HasStatus(host, "Supercompressing"));
-    ASSERT_EQ(host.frames.size(), 1u);
-    EXPECT_EQ(host.frames[0].record.transparentIndex, -1);
+    EXPECT_EQ(BuildWith(&run, BlockOf(MovingBar(1)), options), 1);
+    EXPECT_FALSE(HasStatus(run, "Supercompressing"));
+    ASSERT_EQ(run.frames.size(), 1u);
+    EXPECT_EQ(run.frames[0].record.transparentIndex, -1);
 }
 
 TEST(Build, a_supercompressed_animation_of_few_colours_plays_like_the_plain_one) {
     BuildOptions options = BuiltInOptions();
     options.customPalette = true;
-    RecordingHost plain, small;
+    BuildRun plain, small;
     const std::vector<uint8_t> block = BlockOf(MovingBar(9));
     EXPECT_EQ(BuildWith(&plain, block, options), 1);
     options.supercompress = true;
@@ -137,19 +137,19 @@ TEST(Build, a_supercompressed_animation_of_many_colours_plays_like_frames_remapp
     options.customPalette = options.supercompress = true;
     for (const bool fast : {false, true}) {
         options.fastRemap = fast;
-        RecordingHost host;
-        EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options), 1);
-        const int32_t colors = host.frames[1].record.transparentIndex;
+        BuildRun run;
+        EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
+        const int32_t colors = run.frames[1].record.transparentIndex;
         ASSERT_GT(colors, 0);
-        const std::vector<std::vector<uint32_t>> moments = Play(host);
+        const std::vector<std::vector<uint32_t>> moments = Play(run);
         for (size_t i = 0; i < pictures.size(); ++i) {
-            const auto bits = static_cast<int32_t>(host.task.bitsPerPixel);
+            const auto bits = static_cast<int32_t>(run.task.bitsPerPixel);
             const Picture whole(
-                ReferencePlainRemap(pictures[i].handle, {host.task.palette, bits, colors, fast, 20, 20}));
+                ReferencePlainRemap(pictures[i].handle, {run.task.palette, bits, colors, fast, 20, 20}));
             std::vector<uint32_t> expected(48 * 32);
             int32_t p = 0;
             for (uint32_t& color : expected) {
-                color = EntryOf(host.task.palette, PixelOf(whole.handle, p % 48, p / 48));
+                color = EntryOf(run.task.palette, PixelOf(whole.handle, p % 48, p / 48));
                 ++p;
             }
             EXPECT_EQ(moments[i], expected) << "frame " << i << ", fast " << fast;
@@ -160,10 +160,10 @@ TEST(Build, a_supercompressed_animation_of_many_colours_plays_like_frames_remapp
 TEST(Build, two_identical_frames_make_the_second_entirely_transparent) {
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.supercompress = true;
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(Shades(2)), options), 1);
-    const Picture second = ImageOf(host.frames[1]);
-    const auto reserved = static_cast<uint32_t>(host.frames[1].record.transparentIndex);
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(Shades(2)), options), 1);
+    const Picture second = ImageOf(run.frames[1]);
+    const auto reserved = static_cast<uint32_t>(run.frames[1].record.transparentIndex);
     for (int32_t i = 0; i < 48 * 32; ++i) ASSERT_EQ(PixelOf(second.handle, i % 48, i / 48), reserved);
 }
 
@@ -175,18 +175,18 @@ TEST(Build, the_first_supercompressed_frame_shows_white_through_the_reserved_ent
     }
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.supercompress = true;
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options), 1);
-    const Picture first = ImageOf(host.frames[0]);
-    const auto reserved = static_cast<uint32_t>(host.frames[1].record.transparentIndex);
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
+    const Picture first = ImageOf(run.frames[0]);
+    const auto reserved = static_cast<uint32_t>(run.frames[1].record.transparentIndex);
     EXPECT_EQ(PixelOf(first.handle, 3, 3), reserved);
-    EXPECT_EQ(EntryOf(host.task.palette, reserved), 0xFFFFFFu);
-    EXPECT_EQ(host.frames[0].record.transparentIndex, -1);
+    EXPECT_EQ(EntryOf(run.task.palette, reserved), 0xFFFFFFu);
+    EXPECT_EQ(run.frames[0].record.transparentIndex, -1);
 }
 
 TEST(Build, with_a_fixed_palette_supercompressed_frames_are_handed_over_whole) {
     BuildOptions options = BuiltInOptions();
-    RecordingHost plain, small;
+    BuildRun plain, small;
     const std::vector<uint8_t> block = BlockOf(MovingBar(4));
     BuildWith(&plain, block, options);
     options.supercompress = true;
@@ -202,17 +202,17 @@ TEST(Build, true_colour_hands_the_frames_over_as_they_are_and_switches_supercomp
     BuildOptions options = BuiltInOptions();
     options.trueColor = options.supercompress = options.customPalette = options.dither = true;
     options.paletteChoice = 2;
-    RecordingHost host;
+    BuildRun run;
     const std::vector<Picture> pictures = MovingBar(3);
-    EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options), 1);
-    EXPECT_FALSE(HasStatus(host, "Quantizing"));
-    EXPECT_FALSE(HasStatus(host, "Supercompressing"));
-    EXPECT_TRUE(HasStatus(host, "Remapping"));
-    for (size_t i = 0; i < 3; ++i) EXPECT_EQ(host.frames[i].bitmap, BytesOf(pictures[i].handle));
-    EXPECT_EQ(host.task.bitsPerPixel, 5u);
+    EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
+    EXPECT_FALSE(HasStatus(run, "Quantizing"));
+    EXPECT_FALSE(HasStatus(run, "Supercompressing"));
+    EXPECT_TRUE(HasStatus(run, "Remapping"));
+    for (size_t i = 0; i < 3; ++i) EXPECT_EQ(run.frames[i].bitmap, BytesOf(pictures[i].handle));
+    EXPECT_EQ(run.task.bitsPerPixel, 5u);
     uint8_t palette[kPaletteBytes];
     BuildFixedPalette(palette, 2, nullptr);
-    EXPECT_EQ(std::memcmp(host.task.palette, palette, kPaletteBytes), 0);
+    EXPECT_EQ(std::memcmp(run.task.palette, palette, kPaletteBytes), 0);
 }
 
 TEST(Build, the_black_entries_beyond_a_small_palette_compete) {
@@ -222,10 +222,10 @@ TEST(Build, the_black_entries_beyond_a_small_palette_compete) {
     options.paletteChoice = kSourcePalette;
     std::vector<Picture> black;
     black.push_back(FlatPicture(5, 5, Rgb(1, 2, 3)));
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(black, block), options), 1);
-    EXPECT_EQ(host.task.bitsPerPixel, 5u);
-    EXPECT_EQ(PixelOf(ImageOf(host.frames[0]).handle, 2, 2), 20u);
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(black, block), options), 1);
+    EXPECT_EQ(run.task.bitsPerPixel, 5u);
+    EXPECT_EQ(PixelOf(ImageOf(run.frames[0]).handle, 2, 2), 20u);
 }
 
 TEST(Build, a_custom_palette_gains_the_background_colour_and_is_sorted_by_luminance) {
@@ -237,13 +237,13 @@ TEST(Build, a_custom_palette_gains_the_background_colour_and_is_sorted_by_lumina
     }
     BuildOptions options = BuiltInOptions();
     options.customPalette = true;
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options), 1);
-    EXPECT_EQ(host.task.bitsPerPixel, 2u) << "two colours and white";
-    EXPECT_EQ(EntryOf(host.task.palette, 0), Rgb(0, 0, 9));
-    EXPECT_EQ(EntryOf(host.task.palette, 1), Rgb(200, 100, 50));
-    EXPECT_EQ(EntryOf(host.task.palette, 2), 0xFFFFFFu);
-    EXPECT_EQ(EntryOf(host.task.palette, 3), 0u);
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
+    EXPECT_EQ(run.task.bitsPerPixel, 2u) << "two colours and white";
+    EXPECT_EQ(EntryOf(run.task.palette, 0), Rgb(0, 0, 9));
+    EXPECT_EQ(EntryOf(run.task.palette, 1), Rgb(200, 100, 50));
+    EXPECT_EQ(EntryOf(run.task.palette, 2), 0xFFFFFFu);
+    EXPECT_EQ(EntryOf(run.task.palette, 3), 0u);
 }
 
 // A picture of that many grays and other colours, none white; the nearest to white is (250, 250, 250).
@@ -262,11 +262,11 @@ TEST(Build, up_to_253_colours_gain_an_entry_and_more_give_up_the_one_nearest_to_
         pictures.push_back(PictureOfColors(colors));
         BuildOptions options = BuiltInOptions();
         options.customPalette = true;
-        RecordingHost host;
-        EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options), 1);
+        BuildRun run;
+        EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
         const uint32_t used = colors < 254 ? colors + 1 : colors;
-        EXPECT_EQ(EntryOf(host.task.palette, used - 1), 0xFFFFFFu) << colors;
-        const bool keptNearest = EntryOf(host.task.palette, used - 2) == Rgb(250, 250, 250);
+        EXPECT_EQ(EntryOf(run.task.palette, used - 1), 0xFFFFFFu) << colors;
+        const bool keptNearest = EntryOf(run.task.palette, used - 2) == Rgb(250, 250, 250);
         EXPECT_EQ(keptNearest, colors < 254) << colors;
     }
 }
@@ -280,14 +280,14 @@ TEST(Build, the_reserved_entry_counts_among_the_bits) {
         options.customPalette = true;
         for (const bool supercompress : {false, true}) {
             options.supercompress = supercompress;
-            RecordingHost host;
-            EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options), 1);
+            BuildRun run;
+            EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
             // White is one more colour, or takes another one's entry.
             const auto used = static_cast<int32_t>(colors < 254 ? colors + 1 : colors);
-            EXPECT_EQ(host.task.bitsPerPixel, static_cast<uint32_t>(BitsForColors(used + supercompress)));
-            EXPECT_EQ(host.frames[1].record.transparentIndex, supercompress ? used : -1) << colors;
+            EXPECT_EQ(run.task.bitsPerPixel, static_cast<uint32_t>(BitsForColors(used + supercompress)));
+            EXPECT_EQ(run.frames[1].record.transparentIndex, supercompress ? used : -1) << colors;
             if (supercompress) {
-                EXPECT_EQ(PixelOf(ImageOf(host.frames[1]).handle, 5, 5), static_cast<uint32_t>(used));
+                EXPECT_EQ(PixelOf(ImageOf(run.frames[1]).handle, 5, 5), static_cast<uint32_t>(used));
             }
         }
     }
@@ -300,12 +300,12 @@ TEST(Build, match_original_takes_the_source_palette_and_its_bits) {
         for (size_t i = 0; i < 3 * colors; ++i) block.globalPalette.push_back(static_cast<uint8_t>(random()));
         BuildOptions options = BuiltInOptions();
         options.paletteChoice = kSourcePalette;
-        RecordingHost host;
-        EXPECT_EQ(BuildWith(&host, BlockOf(MovingBar(2), block), options), 1);
-        EXPECT_FALSE(HasStatus(host, "Quantizing"));
-        EXPECT_EQ(host.task.bitsPerPixel, static_cast<uint32_t>(BitsForColors(static_cast<int32_t>(colors))));
+        BuildRun run;
+        EXPECT_EQ(BuildWith(&run, BlockOf(MovingBar(2), block), options), 1);
+        EXPECT_FALSE(HasStatus(run, "Quantizing"));
+        EXPECT_EQ(run.task.bitsPerPixel, static_cast<uint32_t>(BitsForColors(static_cast<int32_t>(colors))));
         block.globalPalette.resize(kPaletteBytes);
-        EXPECT_EQ(std::memcmp(host.task.palette, block.globalPalette.data(), kPaletteBytes), 0) << colors;
+        EXPECT_EQ(std::memcmp(run.task.palette, block.globalPalette.data(), kPaletteBytes), 0) << colors;
     }
 }
 
@@ -314,10 +314,10 @@ TEST(Build, a_source_palette_of_more_than_256_colours_is_cut) {
     for (size_t i = 0; i < 3 * 300; ++i) block.globalPalette.push_back(static_cast<uint8_t>(i * 7));
     BuildOptions options = BuiltInOptions();
     options.paletteChoice = kSourcePalette;
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(MovingBar(2), block), options), 1);
-    EXPECT_EQ(host.task.bitsPerPixel, 8u);
-    EXPECT_EQ(std::memcmp(host.task.palette, block.globalPalette.data(), kPaletteBytes), 0);
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(MovingBar(2), block), options), 1);
+    EXPECT_EQ(run.task.bitsPerPixel, 8u);
+    EXPECT_EQ(std::memcmp(run.task.palette, block.globalPalette.data(), kPaletteBytes), 0);
 }
 
 TEST(Build, match_original_without_a_source_palette_or_with_an_empty_one_quantizes) {
@@ -327,9 +327,9 @@ TEST(Build, match_original_without_a_source_palette_or_with_an_empty_one_quantiz
     std::vector<uint8_t> empty = none;
     empty[12] = 4;  // a palette is announced, of 0 colours
     for (const std::vector<uint8_t>& block : {none, empty}) {
-        RecordingHost host;
-        EXPECT_EQ(BuildWith(&host, block, options), 1);
-        EXPECT_TRUE(HasStatus(host, "Quantizing"));
+        BuildRun run;
+        EXPECT_EQ(BuildWith(&run, block, options), 1);
+        EXPECT_TRUE(HasStatus(run, "Quantizing"));
     }
 }
 
@@ -338,11 +338,11 @@ TEST(Build, an_effect_without_a_build_entry_builds_the_source_frames_unchanged) 
     options.trueColor = true;
     const std::vector<Picture> pictures = MovingBar(3);
     const EffectDescriptor empty = EffectWith(nullptr, nullptr);
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options, &empty), 1);
-    ASSERT_EQ(host.frames.size(), 3u);
-    for (size_t i = 0; i < 3; ++i) EXPECT_EQ(host.frames[i].bitmap, BytesOf(pictures[i].handle));
-    const auto building = std::count_if(host.lines.begin(), host.lines.end(), [](const std::string& line) {
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options, &empty), 1);
+    ASSERT_EQ(run.frames.size(), 3u);
+    for (size_t i = 0; i < 3; ++i) EXPECT_EQ(run.frames[i].bitmap, BytesOf(pictures[i].handle));
+    const auto building = std::count_if(run.lines.begin(), run.lines.end(), [](const std::string& line) {
         return line.find("\"Building\"") != std::string::npos;
     });
     EXPECT_EQ(building, 1);
@@ -355,10 +355,10 @@ TEST(Build, an_effect_that_fails_is_a_memory_error_and_nothing_reaches_the_host)
             return 0;
         },
         nullptr);
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(MovingBar(3)), BuiltInOptions(), &failing), 0);
-    EXPECT_EQ(host.messages, std::vector<BuildMessage>{BuildMessage::MemoryError});
-    EXPECT_EQ(host.lines.size(), 5u);  // clear, twice the status, message, result
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(MovingBar(3)), BuiltInOptions(), &failing), 0);
+    EXPECT_EQ(run.messages, std::vector<BuildMessage>{BuildMessage::MemoryError});
+    EXPECT_EQ(run.lines.size(), 5u);  // clear, twice the status, message, result
 }
 
 // The source was sound when it was taken.
@@ -368,24 +368,24 @@ TEST(Build, a_source_that_has_lost_its_second_frame_is_a_memory_error_and_nothin
     block[808 + 40 + BytesOf(pictures[0].handle).size()] = '?';  // the second frame's tag
     const EffectDescriptor none = EffectWith(nullptr, nullptr);
     for (const EffectDescriptor* effect : {&none, static_cast<const EffectDescriptor*>(nullptr)}) {
-        RecordingHost host;
-        EXPECT_EQ(BuildWith(&host, block, BuiltInOptions(), effect), 0);
-        EXPECT_EQ(host.messages, std::vector<BuildMessage>{BuildMessage::MemoryError});
-        EXPECT_EQ(host.task.size, 0u) << "no task is opened";
+        BuildRun run;
+        EXPECT_EQ(BuildWith(&run, block, BuiltInOptions(), effect), 0);
+        EXPECT_EQ(run.messages, std::vector<BuildMessage>{BuildMessage::MemoryError});
+        EXPECT_EQ(run.task.size, 0u) << "no task is opened";
     }
 }
 
 TEST(Build, no_frames_are_a_memory_error) {
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf({}), BuiltInOptions()), 0);
-    EXPECT_EQ(host.messages, std::vector<BuildMessage>{BuildMessage::MemoryError});
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf({}), BuiltInOptions()), 0);
+    EXPECT_EQ(run.messages, std::vector<BuildMessage>{BuildMessage::MemoryError});
 }
 
 TEST(Build, a_test_build_opens_its_task_with_request_5) {
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(MovingBar(2)), OptionsForMode(BuiltInOptions(), BuildMode::Test)), 1);
-    EXPECT_THAT(host.lines, Contains(HasSubstr("code=5 target=0 value=0 size=1080")));
-    EXPECT_THAT(host.lines, Not(Contains(HasSubstr("code=1 "))));
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(MovingBar(2)), OptionsForMode(BuiltInOptions(), BuildMode::Test)), 1);
+    EXPECT_THAT(run.lines, Contains(HasSubstr("code=5 target=0 value=0 size=1080")));
+    EXPECT_THAT(run.lines, Not(Contains(HasSubstr("code=1 "))));
 }
 
 TEST(Build, the_plain_mode_forces_dither_true_colour_and_supercompression_off_and_nothing_else) {
@@ -401,7 +401,7 @@ TEST(Build, the_plain_mode_forces_dither_true_colour_and_supercompression_off_an
 }
 
 TEST(Build, the_comment_names_the_maker_s_address_and_comes_only_when_wanted) {
-    RecordingHost with, without;
+    BuildRun with, without;
     BuildOptions options = BuiltInOptions();
     BuildWith(&with, BlockOf(MovingBar(1)), options);
     EXPECT_THAT(with.lines, Contains(HasSubstr("code=3 target=record value=0 text=\"CREATED BY...\\r\\n")));
@@ -418,12 +418,12 @@ TEST(Build, with_a_local_background_pixels_of_its_colour_take_the_reserved_index
     const EffectDescriptor effect = EffectWith(Decode, AnswerScene);
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.localBackground = true;
-    RecordingHost host;
-    EXPECT_EQ(BuildWith(&host, BlockOf(MovingBar(2)), options, &effect), 1);
-    const uint32_t reserved = host.task.reservedIndex;
+    BuildRun run;
+    EXPECT_EQ(BuildWith(&run, BlockOf(MovingBar(2)), options, &effect), 1);
+    const uint32_t reserved = run.task.reservedIndex;
     EXPECT_EQ(reserved, 33u) << "32 bar colours and the background: no entry is appended, one is reserved";
-    EXPECT_EQ(EntryOf(host.task.palette, reserved), Rgb(10, 60, 90));
-    for (const ReceivedFrame& frame : host.frames) {
+    EXPECT_EQ(EntryOf(run.task.palette, reserved), Rgb(10, 60, 90));
+    for (const HandedFrame& frame : run.frames) {
         EXPECT_EQ(frame.record.localBackground, 1u);
         EXPECT_EQ(frame.record.transparentIndex, static_cast<int32_t>(reserved));
         EXPECT_EQ(PixelOf(ImageOf(frame).handle, 40, 3), reserved);
@@ -434,7 +434,7 @@ TEST(Build, with_a_local_background_pixels_of_its_colour_take_the_reserved_index
 TEST(Build, with_a_fixed_palette_a_local_background_marks_nothing) {
     const EffectDescriptor effect = EffectWith(Decode, AnswerScene);
     BuildOptions options = BuiltInOptions();
-    RecordingHost plain, local;
+    BuildRun plain, local;
     BuildWith(&plain, BlockOf(MovingBar(2)), options, &effect);
     options.localBackground = true;
     EXPECT_EQ(BuildWith(&local, BlockOf(MovingBar(2)), options, &effect), 1);
@@ -448,7 +448,7 @@ TEST(Build, a_local_background_gives_way_to_supercompression_and_to_an_effect_wi
     const EffectDescriptor effect = EffectWith(Decode, AnswerScene);
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.localBackground = options.supercompress = true;
-    RecordingHost super, colorless, single;
+    BuildRun super, colorless, single;
     EXPECT_EQ(BuildWith(&super, BlockOf(MovingBar(2)), options, &effect), 1);
     EXPECT_EQ(super.frames[0].record.localBackground, 0u);
     EXPECT_EQ(super.task.reservedIndex, 0u);
@@ -467,10 +467,10 @@ TEST(Build, the_task_carries_the_largest_width_and_height_of_its_frames) {
     for (const bool trueColor : {false, true}) {
         BuildOptions options = BuiltInOptions();
         options.trueColor = trueColor;
-        RecordingHost host;
-        EXPECT_EQ(BuildWith(&host, BlockOf(pictures), options), 1);
-        EXPECT_EQ(host.task.width, 20u);
-        EXPECT_EQ(host.task.height, 31u);
+        BuildRun run;
+        EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
+        EXPECT_EQ(run.task.width, 20u);
+        EXPECT_EQ(run.task.height, 31u);
     }
 }
 
@@ -482,7 +482,7 @@ TEST(Build, a_refusal_ends_the_build_where_the_host_may_refuse_and_changes_nothi
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.supercompress = true;
     const std::vector<uint8_t> block = BlockOf(MovingBar(3));
-    RecordingHost good;
+    BuildRun good;
     ASSERT_EQ(BuildWith(&good, block, options), 1);
     for (const uint32_t code : {1u, 2u, 3u, 4u, 10u, 13u}) {
         const std::string text = std::to_string(code);
@@ -490,25 +490,24 @@ TEST(Build, a_refusal_ends_the_build_where_the_host_may_refuse_and_changes_nothi
                                          [&](const std::string& line) { return CodeOf(line) == text; });
         ASSERT_GT(count, 0);
         for (int occurrence = 1; occurrence <= count; ++occurrence) {
-            RecordingHost host;
-            host.refusedRequest = code;
-            host.refusedOccurrence = occurrence;
-            const int32_t result = BuildWith(&host, block, options);
+            BuildRun run;
+            run.refusedRequest = code;
+            run.refusedOccurrence = occurrence;
+            const int32_t result = BuildWith(&run, block, options);
             if (code == 1) {
                 EXPECT_EQ(result, 0);
-                EXPECT_EQ(host.messages, std::vector<BuildMessage>{BuildMessage::NewTaskRefused});
-                EXPECT_EQ(CodeOf(host.lines[host.lines.size() - 3]), "1")
-                    << "nothing follows but the message";
+                EXPECT_EQ(run.messages, std::vector<BuildMessage>{BuildMessage::NewTaskRefused});
+                EXPECT_EQ(CodeOf(run.lines[run.lines.size() - 3]), "1") << "nothing follows but the message";
             } else if (code == 2) {
                 EXPECT_EQ(result, 0);
-                EXPECT_EQ(host.messages, std::vector<BuildMessage>{BuildMessage::ImageRefused});
-                EXPECT_EQ(host.frames.size(), static_cast<size_t>(occurrence));
-                EXPECT_EQ(host.lines[host.lines.size() - 2],
+                EXPECT_EQ(run.messages, std::vector<BuildMessage>{BuildMessage::ImageRefused});
+                EXPECT_EQ(run.frames.size(), static_cast<size_t>(occurrence));
+                EXPECT_EQ(run.lines[run.lines.size() - 2],
                           "REQ code=4 target=record value=0 pointer=0 answer=1");
             } else {
                 EXPECT_EQ(result, 1);
-                EXPECT_TRUE(host.messages.empty());
-                EXPECT_EQ(host.lines.size(), good.lines.size());
+                EXPECT_TRUE(run.messages.empty());
+                EXPECT_EQ(run.lines.size(), good.lines.size());
             }
         }
     }

@@ -7,7 +7,7 @@
 
 #include "framework/memory_guards.h"
 #include "framework/source_animation.h"
-#include "tests/builder/recording_host.h"
+#include "tests/builder/build_run.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/golden_builds.h"
 #include "tests/support/pictures.h"
@@ -74,13 +74,13 @@ TEST_P(GoldenBuilds, requests_records_and_images_are_those_of_the_transcript) {
     for (const NamedOptions& named : all) {
         const std::vector<std::string> expected = ReadGoldenBuild(input, named.name);
         ASSERT_FALSE(expected.empty()) << input << ", " << named.name;
-        RecordingHost host;
-        host.refusedRequest = named.refusedRequest;
-        host.refusedOccurrence = named.refusedOccurrence;
-        BuildWith(&host, block, named.options);
-        ASSERT_EQ(host.lines.size(), expected.size()) << input << "." << named.name;
+        BuildRun run;
+        run.refusedRequest = named.refusedRequest;
+        run.refusedOccurrence = named.refusedOccurrence;
+        BuildWith(&run, block, named.options);
+        ASSERT_EQ(run.lines.size(), expected.size()) << input << "." << named.name;
         for (size_t i = 0; i < expected.size(); ++i)
-            ASSERT_EQ(host.lines[i], expected[i]) << input << ", " << named.name << ", line " << i + 1;
+            ASSERT_EQ(run.lines[i], expected[i]) << input << ", " << named.name << ", line " << i + 1;
     }
 }
 

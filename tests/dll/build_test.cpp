@@ -6,7 +6,7 @@
 
 #include "resources/resource_ids.h"
 #include "tests/dll/support/memory_ledger.h"
-#include "tests/dll/support/plugin_session.h"
+#include "tests/dll/support/window_test.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 
@@ -53,11 +53,12 @@ std::vector<std::string> Outline(const std::vector<std::string>& transcript) {
     return outline;
 }
 
-TEST(Build, asks_the_host_in_order_and_closes_the_window) {
-    FakeHost host;
-    host.Serve(ThreeFrames());
-    PluginSession session(host, WithConfiguration(kEmboss));
-    session.Click(IDC_SELECT);
+class Build : public SourceWindowTest {
+protected:
+    Build() : SourceWindowTest(ThreeFrames(), WithConfiguration(kEmboss)) {}
+};
+
+TEST_F(Build, asks_the_host_in_order_and_closes_the_window) {
     host.ClearTranscript();
     session.Click(IDC_BUILD);
     EXPECT_EQ(session.WaitUntilClosed(), 1u);
@@ -71,11 +72,7 @@ TEST(Build, asks_the_host_in_order_and_closes_the_window) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainEffect = 1\r\n"));
 }
 
-TEST(Build, a_test_opens_a_test_task_and_keeps_the_window) {
-    FakeHost host;
-    host.Serve(ThreeFrames());
-    PluginSession session(host, WithConfiguration(kEmboss));
-    session.Click(IDC_SELECT);
+TEST_F(Build, a_test_opens_a_test_task_and_keeps_the_window) {
     session.Click(IDC_TEST);
     ASSERT_TRUE(session.IsOpen());
     EXPECT_EQ(host.Requests(HostRequest::NewTask).size(), 0u);
@@ -86,7 +83,7 @@ TEST(Build, a_test_opens_a_test_task_and_keeps_the_window) {
     EXPECT_EQ(CountLedger().liveBlocks, 1u);
 }
 
-TEST(Build, a_plain_build_is_reached_by_its_command_only) {
+TEST(BuildInOwnWindow, a_plain_build_is_reached_by_its_command_only) {
     FakeHost host;
     host.Serve(ThreeFrames());
     PluginSession session(host, WithConfiguration(std::string(kEmboss) + "Truecolour = 1\n"));
@@ -99,11 +96,7 @@ TEST(Build, a_plain_build_is_reached_by_its_command_only) {
     EXPECT_TRUE(session.IsChecked(IDC_TRUE_COLOR));
 }
 
-TEST(Build, true_colour_hands_over_24_bits_and_each_fixed_palette_its_own_depth) {
-    FakeHost host;
-    host.Serve(ThreeFrames());
-    PluginSession session(host, WithConfiguration(kEmboss));
-    session.Click(IDC_SELECT);
+TEST_F(Build, true_colour_hands_over_24_bits_and_each_fixed_palette_its_own_depth) {
     session.Click(IDC_TEST);
     EXPECT_THAT(host.Requests(HostRequest::AddImage), Each(HasSubstr("image=24x20x24 ")));
     session.Click(IDC_TRUE_COLOR);
@@ -122,18 +115,14 @@ TEST(Build, true_colour_hands_over_24_bits_and_each_fixed_palette_its_own_depth)
     }
 }
 
-TEST(Build, the_comment_is_left_out_on_request) {
-    FakeHost host;
-    host.Serve(ThreeFrames());
-    PluginSession session(host, WithConfiguration(kEmboss));
-    session.Click(IDC_SELECT);
+TEST_F(Build, the_comment_is_left_out_on_request) {
     session.Click(IDC_ADD_COMMENT);
     session.Click(IDC_TEST);
     EXPECT_THAT(host.Requests(HostRequest::AddComment), IsEmpty());
     EXPECT_EQ(host.Requests(HostRequest::CloseTask).size(), 1u);
 }
 
-TEST(Build, no_frames_are_a_memory_error) {
+TEST(BuildInOwnWindow, no_frames_are_a_memory_error) {
     FakeHost host;
     host.Serve(MakeAnimationBlock({}));
     PluginSession session(host, WithConfiguration(kEmboss));
@@ -145,11 +134,7 @@ TEST(Build, no_frames_are_a_memory_error) {
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
 }
 
-TEST(Build, a_refused_task_is_told_and_nothing_more_is_asked) {
-    FakeHost host;
-    host.Serve(ThreeFrames());
-    PluginSession session(host, WithConfiguration(kEmboss));
-    session.Click(IDC_SELECT);
+TEST_F(Build, a_refused_task_is_told_and_nothing_more_is_asked) {
     host.ClearTranscript();
     host.Refuse(HostRequest::NewTask, 1);
     session.Click(IDC_BUILD);
@@ -161,11 +146,7 @@ TEST(Build, a_refused_task_is_told_and_nothing_more_is_asked) {
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
 }
 
-TEST(Build, a_refused_frame_is_told_and_the_task_closed_as_failed) {
-    FakeHost host;
-    host.Serve(ThreeFrames());
-    PluginSession session(host, WithConfiguration(kEmboss));
-    session.Click(IDC_SELECT);
+TEST_F(Build, a_refused_frame_is_told_and_the_task_closed_as_failed) {
     for (int occurrence = 1; occurrence <= 3; ++occurrence) {
         host.ClearTranscript();
         host.Refuse(HostRequest::AddImage, occurrence);
@@ -180,11 +161,7 @@ TEST(Build, a_refused_frame_is_told_and_the_task_closed_as_failed) {
 }
 
 // The other answers carry no meaning: a build goes on whatever they are.
-TEST(Build, refused_texts_progress_comment_and_close_change_nothing) {
-    FakeHost host;
-    host.Serve(ThreeFrames());
-    PluginSession session(host, WithConfiguration(kEmboss));
-    session.Click(IDC_SELECT);
+TEST_F(Build, refused_texts_progress_comment_and_close_change_nothing) {
     host.ClearTranscript();
     session.Click(IDC_TEST);
     const std::vector<std::string> expected = Outline(host.Transcript());
@@ -203,7 +180,7 @@ TEST(Build, refused_texts_progress_comment_and_close_change_nothing) {
     EXPECT_EQ(CountLedger().liveBlocks, 1u);
 }
 
-TEST(Build, want_of_memory_at_any_point_leaves_no_leak_and_the_window_usable) {
+TEST(BuildInOwnWindow, want_of_memory_at_any_point_leaves_no_leak_and_the_window_usable) {
     for (const char* options :
          {"Truecolour = 1\n", "Truecolour = 0\nMainSupercompress = 1\nMainDither = 1\n"}) {
         FakeHost host;
@@ -243,7 +220,8 @@ uint64_t ClickThenAnswer(uint64_t target, uint32_t request, uint64_t word, uint6
     return answeringHost(target, request, word, pointer);
 }
 
-TEST(Build, clicks_that_the_host_lets_through_neither_start_a_second_build_nor_exchange_the_source) {
+TEST(BuildInOwnWindow,
+     clicks_that_the_host_lets_through_neither_start_a_second_build_nor_exchange_the_source) {
     FakeHost host;
     host.Serve(ThreeFrames());
     answeringHost = host.context.callback;
@@ -259,7 +237,7 @@ TEST(Build, clicks_that_the_host_lets_through_neither_start_a_second_build_nor_e
     EXPECT_EQ(host.Frames().size(), 3u);
 }
 
-TEST(Build, a_single_frame_is_never_supercompressed) {
+TEST(BuildInOwnWindow, a_single_frame_is_never_supercompressed) {
     FakeHost host;
     host.Serve(MakeAnimationBlock({{BytesOf(ShadedPicture(24, 20, 1).handle), {}}}));
     PluginSession session(

@@ -15,7 +15,7 @@
 #include "framework/source_animation.h"
 #include "resources/resource_ids.h"
 #include "tests/dll/support/dialog_thread.h"
-#include "tests/dll/support/fake_host.h"
+#include "tests/support/fake_host.h"
 #include "tests/dll/support/idle_owner.h"
 #include "tests/dll/support/import_patch.h"
 #include "tests/support/animation_blocks.h"

@@ -46,8 +46,8 @@ SessionOptions OptionsForRound(size_t number) {
     return OptionsFor(all);
 }
 
-void ExpectControls(FakeHost& host, const FloatingPointControls& controls) {
-    const std::vector<FloatingPointControls> seen = host.ControlsSeen();
+void ExpectControls(const PluginSession& session, const FloatingPointControls& controls) {
+    const std::vector<FloatingPointControls> seen = session.ControlsSeen();
     EXPECT_FALSE(seen.empty());
     size_t wrong = 0;
     for (const FloatingPointControls& request : seen) wrong += !(request == controls);
@@ -77,7 +77,7 @@ TEST_P(FloatingPointHosts, every_effect_s_frames_are_the_bytes_as_computed) {
             }
         }
         session.Close();
-        ExpectControls(host, controls_);
+        ExpectControls(session, controls_);
         EXPECT_EQ(session.ControlsAfter(), controls_);
     }
 }
@@ -124,7 +124,7 @@ Outcome BuildUnder(const FloatingPointControls& controls, const std::string& con
     // Smaller than the picture, so that it is scaled.
     Outcome outcome = {host.Transcript(), host.Frames(), session.DrawPreview(70, 41)};
     session.Close();
-    ExpectControls(host, controls);
+    ExpectControls(session, controls);
     EXPECT_EQ(session.ControlsAfter(), controls);
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
     return outcome;

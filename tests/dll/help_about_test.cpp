@@ -6,7 +6,7 @@
 #include <set>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/plugin_session.h"
+#include "tests/dll/support/window_test.h"
 
 namespace kfx::test {
 namespace {
@@ -23,9 +23,9 @@ std::string TextOf(HWND dialog, int id) {
     return text;
 }
 
-TEST(Help, is_shown_by_the_host_at_its_first_topic) {
-    FakeHost host;
-    PluginSession session(host);
+class Help : public WindowTest {};
+
+TEST_F(Help, is_shown_by_the_host_at_its_first_topic) {
     host.ClearTranscript();
     session.Click(IDC_HELP_BUTTON);
     EXPECT_THAT(host.Transcript(),
@@ -33,9 +33,7 @@ TEST(Help, is_shown_by_the_host_at_its_first_topic) {
     EXPECT_THAT(session.Messages(), IsEmpty());
 }
 
-TEST(Help, that_the_host_cannot_show_is_told) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(Help, that_the_host_cannot_show_is_told) {
     host.Refuse(HostRequest::ShowHelp, 1);
     session.Click(IDC_HELP_BUTTON);
     EXPECT_THAT(session.Messages(), ElementsAre(kHelpFailed));

@@ -9,7 +9,7 @@
 #include "tests/dll/support/binary_files.h"
 #include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/memory_ledger.h"
-#include "tests/dll/support/plugin_session.h"
+#include "tests/dll/support/window_test.h"
 
 namespace kfx::test {
 namespace {
@@ -19,9 +19,9 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-TEST(Opening, shows_title_effects_and_palettes_in_the_middle_of_the_screen) {
-    FakeHost host;
-    PluginSession session(host);
+class Opening : public WindowTest {};
+
+TEST_F(Opening, shows_title_effects_and_palettes_in_the_middle_of_the_screen) {
     ASSERT_TRUE(session.IsOpen());
     char title[100] = "";
     GetWindowTextA(session.Window(), title, sizeof title);
@@ -44,9 +44,7 @@ TEST(Opening, shows_title_effects_and_palettes_in_the_middle_of_the_screen) {
     EXPECT_THAT(host.Transcript(), ElementsAre("REQ code=21 target=0 value=0 size answer=1"));
 }
 
-TEST(Opening, controls_carry_their_texts) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(Opening, controls_carry_their_texts) {
     const std::pair<int, const char*> texts[] = {{IDC_BUILD, "Build"},
                                                  {IDC_CANCEL, "Cancel"},
                                                  {IDC_HELP_BUTTON, "Help"},
@@ -69,14 +67,12 @@ TEST(Opening, controls_carry_their_texts) {
     EXPECT_FALSE(session.IsEnabled(IDC_SOURCE_SIZE));
 }
 
-TEST(Opening, without_a_source_nothing_can_be_built) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(Opening, without_a_source_nothing_can_be_built) {
     EXPECT_FALSE(session.IsEnabled(IDC_BUILD));
     EXPECT_FALSE(session.IsEnabled(IDC_TEST));
 }
 
-TEST(Opening, check_boxes_lists_and_colour_come_from_the_settings) {
+TEST(OpeningInOwnWindow, check_boxes_lists_and_colour_come_from_the_settings) {
     FakeHost host;
     PluginSession session(host,
                           WithConfiguration("MainDither = 1\nMainSupercompress = 1\nTruecolour = 0\n"
@@ -93,14 +89,12 @@ TEST(Opening, check_boxes_lists_and_colour_come_from_the_settings) {
     EXPECT_EQ(session.SelectionOf(IDC_PALETTE), 2);
 }
 
-TEST(Opening, a_custom_palette_is_off_at_first_and_its_list_disabled) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(Opening, a_custom_palette_is_off_at_first_and_its_list_disabled) {
     EXPECT_FALSE(session.IsChecked(IDC_CUSTOM_PALETTE));
     EXPECT_FALSE(session.IsEnabled(IDC_PALETTE));
 }
 
-TEST(Opening, what_the_host_does_not_take_cannot_be_chosen) {
+TEST(OpeningInOwnWindow, what_the_host_does_not_take_cannot_be_chosen) {
     FakeHost host;
     host.context.capabilities = 0;
     PluginSession session(host, WithConfiguration("Truecolour = 1\nMainSupercompress = 1\n"));
@@ -113,7 +107,7 @@ TEST(Opening, what_the_host_does_not_take_cannot_be_chosen) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainSupercompress = 1"));
 }
 
-TEST(Opening, each_capability_stands_alone) {
+TEST(OpeningInOwnWindow, each_capability_stands_alone) {
     FakeHost host;
     host.context.capabilities = kHostTakesSupercompressed;
     {
@@ -127,7 +121,7 @@ TEST(Opening, each_capability_stands_alone) {
     EXPECT_FALSE(session.IsEnabled(IDC_SUPERCOMPRESS));
 }
 
-TEST(Opening, with_shift_held_the_file_is_not_read_and_the_document_starts_anew) {
+TEST(OpeningInOwnWindow, with_shift_held_the_file_is_not_read_and_the_document_starts_anew) {
     FakeHost host;
     SessionOptions options =
         WithConfiguration("MainEffect = 3\nCurrentFileName = C:\\x.kx1\nOpenPath = C:\\y\\\n");
@@ -143,7 +137,7 @@ TEST(Opening, with_shift_held_the_file_is_not_read_and_the_document_starts_anew)
     EXPECT_THAT(text, HasSubstr("MainDither = 1\r\n")) << "what was changed meanwhile is kept";
 }
 
-TEST(Opening, the_previous_source_is_reopened_only_when_its_file_exists_and_it_is_wanted) {
+TEST(OpeningInOwnWindow, the_previous_source_is_reopened_only_when_its_file_exists_and_it_is_wanted) {
     for (const bool wanted : {true, false}) {
         for (const bool exists : {true, false}) {
             FakeHost host;
@@ -163,7 +157,7 @@ TEST(Opening, the_previous_source_is_reopened_only_when_its_file_exists_and_it_i
     }
 }
 
-TEST(Opening, an_effect_whose_panel_cannot_be_made_closes_the_window) {
+TEST(OpeningInOwnWindow, an_effect_whose_panel_cannot_be_made_closes_the_window) {
     for (const int panel : {1, 20}) {
         FakeHost host;
         SessionOptions options;
@@ -175,7 +169,7 @@ TEST(Opening, an_effect_whose_panel_cannot_be_made_closes_the_window) {
     }
 }
 
-TEST(Opening, works_with_a_host_that_refuses_everything) {
+TEST(OpeningInOwnWindow, works_with_a_host_that_refuses_everything) {
     FakeHost host;
     host.Serve(OneFrame());
     host.RefuseAll();

@@ -17,7 +17,7 @@
 #include "resources/resource_ids.h"
 #include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/memory_ledger.h"
-#include "tests/dll/support/plugin_session.h"
+#include "tests/dll/support/window_test.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 #include "tests/support/wait_for.h"
@@ -41,7 +41,6 @@ uint64_t ActAndAnswer(uint64_t target, uint32_t request, uint64_t word, uint64_t
     return answer(target, request, word, pointer);
 }
 
-// A host that does something of its own inside requests, before it answers them. One at a time.
 class ActingHost : public FakeHost {
 public:
     ActingHost() {
@@ -307,7 +306,7 @@ uint64_t RunAgain(const HostContext& context) {
     return doBuild(nullptr, &context);
 }
 
-TEST(RunTwice, inside_a_request_it_is_refused_and_the_window_goes_on) {
+TEST(RunTwiceInOwnWindow, inside_a_request_it_is_refused_and_the_window_goes_on) {
     ActingHost host;
     host.Serve(ThreeFrames());
     uint64_t second = 77;
@@ -337,7 +336,7 @@ TEST(RunTwice, inside_a_request_it_is_refused_and_the_window_goes_on) {
     ExpectNothingLeft();
 }
 
-TEST(RunTwice, while_the_window_opens_it_is_refused) {
+TEST(RunTwiceInOwnWindow, while_the_window_opens_it_is_refused) {
     ActingHost host;
     uint64_t second = 77;
     host.Act(HostRequest::GetWindowSize, [&] { second = RunAgain(host.context); });
@@ -363,9 +362,10 @@ struct ForegroundCalls {
     const ImportPatch patch;
 };
 
-TEST(RunTwice, on_another_thread_it_is_refused_and_the_window_comes_to_the_front) {
-    FakeHost host;
-    PluginSession session(host);
+class RunTwice : public WindowTest {};
+
+// A host that does something of its own inside requests, before it answers them. One at a time.
+TEST_F(RunTwice, on_another_thread_it_is_refused_and_the_window_comes_to_the_front) {
     const ForegroundCalls calls;
     HostContext tooOld = host.context;
     tooOld.version = 0;
@@ -378,7 +378,7 @@ TEST(RunTwice, on_another_thread_it_is_refused_and_the_window_comes_to_the_front
     EXPECT_EQ(session.Close(), 1u);
 }
 
-TEST(RunTwice, inside_a_request_the_window_comes_to_the_front_at_once) {
+TEST(RunTwiceInOwnWindow, inside_a_request_the_window_comes_to_the_front_at_once) {
     ActingHost host;
     PluginSession session(host);
     const ForegroundCalls calls;
@@ -391,9 +391,7 @@ TEST(RunTwice, inside_a_request_the_window_comes_to_the_front_at_once) {
     EXPECT_EQ(front, session.Window());
 }
 
-TEST(RunTwice, a_box_over_the_window_comes_to_the_front_with_it) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(RunTwice, a_box_over_the_window_comes_to_the_front_with_it) {
     session.Press(IDC_ABOUT);
     const HWND about = session.WaitForBox("About");
     ASSERT_TRUE(about);
@@ -404,7 +402,7 @@ TEST(RunTwice, a_box_over_the_window_comes_to_the_front_with_it) {
     EXPECT_TRUE(session.WaitUntilGone(about));
 }
 
-TEST(RunTwice, after_the_window_has_closed_it_opens_again) {
+TEST(RunTwiceInOwnWindow, after_the_window_has_closed_it_opens_again) {
     ActingHost host;
     PluginSession session(host);
     session.Close();

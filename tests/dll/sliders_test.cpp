@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/plugin_session.h"
+#include "tests/dll/support/window_test.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 
@@ -15,7 +15,7 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-TEST(Sliders, move_by_one_and_by_an_eighth_of_their_maximum) {
+TEST(SlidersInOwnWindow, move_by_one_and_by_an_eighth_of_their_maximum) {
     FakeHost host;
     PluginSession session(
         host, WithConfiguration("Style014Radius = 100\nStyle011Size = 4\nStyle011Density = 100\n"));
@@ -39,7 +39,7 @@ TEST(Sliders, move_by_one_and_by_an_eighth_of_their_maximum) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style011Density = 131\r\n"));
 }
 
-TEST(Sliders, a_page_beyond_the_end_lands_on_it) {
+TEST(SlidersInOwnWindow, a_page_beyond_the_end_lands_on_it) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("Style014Radius = 290\n"));
     session.Scroll(IDC_MOTION_BLUR_RADIUS, SB_PAGERIGHT);
@@ -52,7 +52,7 @@ TEST(Sliders, a_page_beyond_the_end_lands_on_it) {
 
 // The lower bound is 0 and not the range's minimum: 0 is asked for, the scroll bar keeps 1, and because the
 // wish differed from the position the command follows all the same.
-TEST(Sliders, line_left_at_the_minimum_stays_there_but_is_stored_again) {
+TEST(SlidersInOwnWindow, line_left_at_the_minimum_stays_there_but_is_stored_again) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("Style017Radius = 1\n"));
     session.Choose(IDC_EFFECT, 6);
@@ -64,7 +64,7 @@ TEST(Sliders, line_left_at_the_minimum_stays_there_but_is_stored_again) {
     EXPECT_THAT(session.Events(), Contains("preview"));
 }
 
-TEST(Sliders, at_0_nothing_goes_lower) {
+TEST(SlidersInOwnWindow, at_0_nothing_goes_lower) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("Style014Angle = 3\n"));
     session.Scroll(IDC_MOTION_BLUR_ANGLE, SB_PAGELEFT);
@@ -74,9 +74,9 @@ TEST(Sliders, at_0_nothing_goes_lower) {
     EXPECT_THAT(session.Events(), IsEmpty());
 }
 
-TEST(Sliders, dragging_shows_the_position_and_changes_nothing_else) {
-    FakeHost host;
-    PluginSession session(host);
+class Sliders : public WindowTest {};
+
+TEST_F(Sliders, dragging_shows_the_position_and_changes_nothing_else) {
     session.Choose(IDC_EFFECT, 17);
     session.ClearEvents();
     session.Scroll(IDC_SWIRL_ANGLE, SB_THUMBTRACK, 0);
@@ -89,9 +89,7 @@ TEST(Sliders, dragging_shows_the_position_and_changes_nothing_else) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style015Angle = 1485\r\n"));
 }
 
-TEST(Sliders, letting_go_moves_stores_and_repaints) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(Sliders, letting_go_moves_stores_and_repaints) {
     session.Choose(IDC_EFFECT, 17);
     session.ClearEvents();
     session.Scroll(IDC_SWIRL_ANGLE, SB_THUMBPOSITION, 2000);
@@ -104,9 +102,7 @@ TEST(Sliders, letting_go_moves_stores_and_repaints) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style015Angle = 2880\r\n"));
 }
 
-TEST(Sliders, other_scroll_codes_leave_the_position) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(Sliders, other_scroll_codes_leave_the_position) {
     session.ClearEvents();
     for (const int code : {SB_LEFT, SB_RIGHT, SB_ENDSCROLL, 99}) {
         session.Scroll(IDC_SWIRL_ANGLE, code, 7);
@@ -115,18 +111,14 @@ TEST(Sliders, other_scroll_codes_leave_the_position) {
     EXPECT_THAT(session.Events(), IsEmpty());
 }
 
-TEST(Sliders, vertical_scroll_messages_count_alike) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(Sliders, vertical_scroll_messages_count_alike) {
     SendMessageA(session.Window(), WM_VSCROLL, SB_LINEDOWN,
                  reinterpret_cast<LPARAM>(session.Control(IDC_SWIRL_ANGLE)));
     session.Settle();
     EXPECT_EQ(session.PositionOf(IDC_SWIRL_ANGLE), 1486);
 }
 
-TEST(Sliders, a_scroll_message_without_a_scroll_bar_is_ignored) {
-    FakeHost host;
-    PluginSession session(host);
+TEST_F(Sliders, a_scroll_message_without_a_scroll_bar_is_ignored) {
     SendMessageA(session.Window(), WM_HSCROLL, SB_LINERIGHT, 0);
     EXPECT_TRUE(session.Settle());
 }
@@ -143,7 +135,7 @@ std::vector<uint8_t> SwirledFrame(const std::string& angle, bool rangesFail) {
     return host.Frames().empty() ? std::vector<uint8_t>() : host.Frames()[0];
 }
 
-TEST(Sliders, a_position_without_a_range_is_read_as_0_to_100) {
+TEST(SlidersInOwnWindow, a_position_without_a_range_is_read_as_0_to_100) {
     const std::vector<uint8_t> expected = SwirledFrame("100", false);
     ASSERT_FALSE(expected.empty());
     EXPECT_NE(SwirledFrame("1485", false), expected);

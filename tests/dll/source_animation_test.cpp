@@ -8,7 +8,7 @@
 #include "host/animation_block.h"
 #include "resources/resource_ids.h"
 #include "tests/dll/support/memory_ledger.h"
-#include "tests/dll/support/plugin_session.h"
+#include "tests/dll/support/window_test.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 
@@ -40,7 +40,7 @@ std::vector<uint8_t> MakeSmallSource() {
     return block;
 }
 
-TEST(SourceAnimation, select_asks_the_host_and_shows_what_it_opened) {
+TEST(SourceAnimationInOwnWindow, select_asks_the_host_and_shows_what_it_opened) {
     FakeHost host;
     host.Serve(MakeSource(61, 33), "C:\\pictures\\two frames.gif");
     PluginSession session(host);
@@ -60,7 +60,7 @@ TEST(SourceAnimation, select_asks_the_host_and_shows_what_it_opened) {
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
 }
 
-TEST(SourceAnimation, select_never_names_a_file_even_when_one_is_remembered) {
+TEST(SourceAnimationInOwnWindow, select_never_names_a_file_even_when_one_is_remembered) {
     FakeHost host;
     host.Serve(MakeSource(5, 3), PluginPath());
     PluginSession session(host);
@@ -70,7 +70,7 @@ TEST(SourceAnimation, select_never_names_a_file_even_when_one_is_remembered) {
     EXPECT_THAT(host.Requests(HostRequest::OpenAnimation), Each(HasSubstr("path=\"\"")));
 }
 
-TEST(SourceAnimation, reopening_names_the_remembered_file_only_while_it_exists) {
+TEST(SourceAnimationInOwnWindow, reopening_names_the_remembered_file_only_while_it_exists) {
     FakeHost host;
     host.Serve(MakeSource(5, 3), PluginPath());
     PluginSession session(host);
@@ -85,7 +85,7 @@ TEST(SourceAnimation, reopening_names_the_remembered_file_only_while_it_exists) 
     EXPECT_THAT(host.Transcript(), ElementsAre(HasSubstr("path=\"\"")));
 }
 
-TEST(SourceAnimation, a_path_that_fills_its_field_is_kept_to_the_last_character) {
+TEST(SourceAnimationInOwnWindow, a_path_that_fills_its_field_is_kept_to_the_last_character) {
     FakeHost host;
     const std::string path = "C:\\" + std::string(300, 'p');
     host.Serve(MakeSource(5, 3), path);
@@ -96,7 +96,7 @@ TEST(SourceAnimation, a_path_that_fills_its_field_is_kept_to_the_last_character)
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("FileNamePath = " + path.substr(0, 260) + "\r\n"));
 }
 
-TEST(SourceAnimation, a_cancelled_choice_changes_nothing_and_says_nothing) {
+TEST(SourceAnimationInOwnWindow, a_cancelled_choice_changes_nothing_and_says_nothing) {
     FakeHost host;
     host.Serve(MakeSource(61, 33));
     PluginSession session(host);
@@ -118,11 +118,12 @@ TEST(SourceAnimation, a_cancelled_choice_changes_nothing_and_says_nothing) {
         << "asking forgets the path first";
 }
 
-TEST(SourceAnimation, a_new_one_replaces_the_old_one) {
-    FakeHost host;
-    host.Serve(MakeSource(61, 33));
-    PluginSession session(host);
-    session.Click(IDC_SELECT);
+class SourceAnimation : public SourceWindowTest {
+protected:
+    SourceAnimation() : SourceWindowTest(MakeSource(61, 33)) {}
+};
+
+TEST_F(SourceAnimation, a_new_one_replaces_the_old_one) {
     host.Serve(MakeSource(7, 9));
     session.Click(IDC_SELECT);
     EXPECT_EQ(session.TextOf(IDC_SOURCE_SIZE), "7 x 9");
@@ -132,7 +133,7 @@ TEST(SourceAnimation, a_new_one_replaces_the_old_one) {
     EXPECT_EQ(CountLedger().strangeFrees, 0u);
 }
 
-TEST(SourceAnimation, no_images_are_accepted_when_the_closing_tag_follows_the_header) {
+TEST(SourceAnimationInOwnWindow, no_images_are_accepted_when_the_closing_tag_follows_the_header) {
     FakeHost host;
     BlockOptions options;
     options.width = 20;
@@ -146,7 +147,7 @@ TEST(SourceAnimation, no_images_are_accepted_when_the_closing_tag_follows_the_he
     EXPECT_THAT(session.Messages(), IsEmpty());
 }
 
-TEST(SourceAnimation, match_original_is_offered_exactly_with_a_palette_of_its_own) {
+TEST(SourceAnimationInOwnWindow, match_original_is_offered_exactly_with_a_palette_of_its_own) {
     FakeHost host;
     SessionOptions options;
     options.configuration = "MainPalette = 9\n";
@@ -187,11 +188,7 @@ void ExpectDeserved(FakeHost& host, PluginSession& session, const std::vector<ui
     ASSERT_EQ(CountLedger().lockedBlocks, 0u) << what;
 }
 
-TEST(SourceAnimation, cut_anywhere_it_is_refused_and_the_previous_one_stays) {
-    FakeHost host;
-    host.Serve(MakeSource(61, 33));
-    PluginSession session(host);
-    session.Click(IDC_SELECT);
+TEST_F(SourceAnimation, cut_anywhere_it_is_refused_and_the_previous_one_stays) {
     const std::vector<uint8_t> block = MakeSmallSource();
     ASSERT_TRUE(IsAnimation(block.data(), block.size()));
     for (size_t size = 1; size < block.size(); ++size) {
@@ -201,11 +198,7 @@ TEST(SourceAnimation, cut_anywhere_it_is_refused_and_the_previous_one_stays) {
     EXPECT_EQ(session.TextOf(IDC_SOURCE_SIZE), "61 x 33");
 }
 
-TEST(SourceAnimation, with_any_byte_of_its_headers_flipped_it_is_refused_or_does_no_harm) {
-    FakeHost host;
-    host.Serve(MakeSource(61, 33));
-    PluginSession session(host);
-    session.Click(IDC_SELECT);
+TEST_F(SourceAnimation, with_any_byte_of_its_headers_flipped_it_is_refused_or_does_no_harm) {
     const std::vector<uint8_t> block = MakeSmallSource();
     for (size_t i = 0; i < block.size(); ++i) {
         std::vector<uint8_t> flipped = block;

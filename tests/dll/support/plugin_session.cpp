@@ -51,9 +51,17 @@ PluginSession::State::State(FakeHost& fakeHost, const SessionOptions& sessionOpt
     ledger = std::make_unique<MemoryLedger>(library);
     standIns = std::make_unique<SystemStandIns>(library, folder, options);
     if (options.prepareLibrary) options.prepareLibrary(library);
+    host.onHandOver = HandOver;
+    host.onRequest = [this] {
+        const FloatingPointControls controls = ReadControls();
+        const std::lock_guard<std::mutex> lock(mutex);
+        controlsSeen.push_back(controls);
+    };
 }
 
 PluginSession::State::~State() {
+    host.onRequest = nullptr;
+    host.onHandOver = nullptr;
     standIns.reset();
     ledger.reset();
     FreeLibrary(library);
@@ -171,6 +179,11 @@ uint64_t PluginSession::Close() {
 uint64_t PluginSession::WaitUntilClosed() {
     if (state_->runner.joinable()) state_->runner.join();
     return state_->result;
+}
+
+std::vector<FloatingPointControls> PluginSession::ControlsSeen() const {
+    const std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->controlsSeen;
 }
 
 FloatingPointControls PluginSession::ControlsAfter() const { return state_->controlsAfter; }

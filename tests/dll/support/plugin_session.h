@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/dll/support/fake_host.h"
+#include "tests/support/fake_host.h"
 #include "tests/dll/support/floating_point_controls.h"
 
 namespace kfx::test {
@@ -84,6 +84,9 @@ public:
     // Ends with Cancel, or waits for a window that ends itself, and answers what PLUGIN16DoBuild returned.
     uint64_t Close();
     uint64_t WaitUntilClosed();
+
+    // The floating-point controls with which each request to the host found its thread.
+    std::vector<FloatingPointControls> ControlsSeen() const;
 
     // The floating-point controls of the window's thread after PLUGIN16DoBuild; call it when the window has
     // closed.

@@ -38,6 +38,7 @@ struct PluginSession::State {
     bool closed = false;
     uint64_t result = 0;
     FloatingPointControls controlsAfter;
+    std::vector<FloatingPointControls> controlsSeen;
     std::vector<std::string> messages;
 
     std::atomic<bool> ending{false};

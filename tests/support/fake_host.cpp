@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "tests/dll/support/fake_host.h"
+#include "tests/support/fake_host.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 
 #include "framework/working_image.h"
-#include "tests/dll/support/memory_ledger.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/host_transcript.h"
 #include "tests/support/pictures.h"
@@ -72,14 +73,20 @@ std::vector<std::string> FakeHost::Requests(HostRequest request) {
     return found;
 }
 
-std::vector<std::vector<uint8_t>> FakeHost::Frames() {
+std::vector<HandedFrame> FakeHost::HandedFrames() {
     const std::lock_guard<std::mutex> lock(mutex_);
     return frames_;
 }
 
-std::vector<FloatingPointControls> FakeHost::ControlsSeen() {
+std::vector<std::vector<uint8_t>> FakeHost::Frames() {
+    std::vector<std::vector<uint8_t>> pictures;
+    for (HandedFrame& frame : HandedFrames()) pictures.push_back(std::move(frame.bitmap));
+    return pictures;
+}
+
+FileObjectRecord FakeHost::LastTask() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return controlsSeen_;
+    return task_;
 }
 
 std::vector<uint8_t> FakeHost::OfferedPalette() {
@@ -92,14 +99,13 @@ uint64_t FakeHost::Callback(uint64_t target, uint32_t request, uint64_t word, ui
 }
 
 uint64_t FakeHost::Answer(uint64_t target, uint32_t request, uint64_t word, uint64_t pointer) {
-    const FloatingPointControls controls = ReadControls();
+    if (onRequest) onRequest();
     const std::lock_guard<std::mutex> lock(mutex_);
     ++answers_;
-    controlsSeen_.push_back(controls);
     const auto refusal = refusals_.find(request);
     const bool refused = refusal != refusals_.end() && --refusal->second == 0;
     uint64_t answer = refused || refusesAll_ ? 0 : 1;
-    const char* targetName = target == 0 ? "0" : target == task_ ? "record" : "UNKNOWN";
+    const char* targetName = target == 0 ? "0" : target == taskAddress_ ? "record" : "UNKNOWN";
     const std::string details = Take(static_cast<HostRequest>(request), pointer, &answer);
     transcript_.push_back(RequestLine(targetName, request, word, details, answer != 0));
     return answer;
@@ -111,12 +117,15 @@ std::string FakeHost::Take(HostRequest request, uint64_t pointer, uint64_t* answ
     switch (request) {
         case HostRequest::NewTask:
         case HostRequest::NewTestTask:
-            task_ = pointer;
-            return DescribeTask(*static_cast<const FileObjectRecord*>(record));
+            taskAddress_ = pointer;
+            task_ = *static_cast<const FileObjectRecord*>(record);
+            return DescribeTask(task_);
         case HostRequest::AddImage: {
             const auto& frame = *static_cast<const AddImageRecord*>(record);
-            frames_.push_back(BytesOf(reinterpret_cast<ImageHandle>(frame.image)));
-            return DescribeFrame(frame, frames_.back());
+            const auto image = reinterpret_cast<ImageHandle>(frame.image);
+            frames_.push_back({frame, BytesOf(image)});
+            EXPECT_EQ(MemorySize(image), frames_.back().bitmap.size()) << "no more than the picture";
+            return DescribeFrame(frame, frames_.back().bitmap);
         }
         case HostRequest::AddComment:
         case HostRequest::ShowHelp:
@@ -147,7 +156,7 @@ std::string FakeHost::TakeOpenAnimation(OpenAnimationRequest* request, uint64_t*
     if (!request->path[0])
         std::memcpy(request->path, path_.c_str(), std::min(path_.size() + 1, sizeof request->path));
     const MemoryHandle memory = MakeMemory(block_);
-    HandOver(memory);
+    if (onHandOver) onHandOver(memory);
     *answer = reinterpret_cast<uint64_t>(memory);
     return details;
 }

@@ -1,17 +1,25 @@
 // SPDX-License-Identifier: MIT
-// A host editor for tests: answers every request as told and keeps each as one readable line.
+// A host editor for tests: answers every request as told and keeps each as one readable line. It needs no
+// window: builds are tested with it natively, and the plug-in's window under Wine.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
 #include <vector>
 
+#include "framework/movable_memory.h"
 #include "host/host_records.h"
-#include "tests/dll/support/floating_point_controls.h"
 
 namespace kfx::test {
+
+// A frame as AddImage handed it over.
+struct HandedFrame {
+    AddImageRecord record;
+    std::vector<uint8_t> bitmap;  // header, colour table and rows of the picture
+};
 
 // One at a time. The plug-in calls from the window's thread, tests look from theirs.
 class FakeHost {
@@ -23,6 +31,11 @@ public:
 
     // The record for PLUGIN16DoBuild; tests may change it before the window opens.
     HostContext context = {};
+
+    // Called at the start of each request, on the thread that asks.
+    std::function<void()> onRequest;
+    // Called with each block that OpenAnimation answers: it belongs to the plug-in from now on.
+    std::function<void(MemoryHandle)> onHandOver;
 
     // OpenAnimation answers a copy of this block; empty: 0. `path` comes back in the request unless it asked
     // for one.
@@ -52,11 +65,12 @@ public:
     // The lines of one request only.
     std::vector<std::string> Requests(HostRequest request);
 
-    // The pictures handed over with AddImage: header, colour table and rows of each.
+    // What AddImage handed over, and the pictures alone.
+    std::vector<HandedFrame> HandedFrames();
     std::vector<std::vector<uint8_t>> Frames();
 
-    // The floating-point controls with which each request found its thread.
-    std::vector<FloatingPointControls> ControlsSeen();
+    // The record that opened the last task; zeros: none was.
+    FileObjectRecord LastTask();
 
     // The colour palette that ChooseColor offered last.
     std::vector<uint8_t> OfferedPalette();
@@ -70,15 +84,15 @@ private:
 
     std::mutex mutex_;
     std::vector<std::string> transcript_;
-    std::vector<std::vector<uint8_t>> frames_;
-    std::vector<FloatingPointControls> controlsSeen_;
+    std::vector<HandedFrame> frames_;
     std::vector<uint8_t> block_;
     std::vector<uint8_t> offeredPalette_;
     std::string path_;
     size_t answers_ = 0;
     std::map<uint32_t, int> refusals_;  // request code: occurrences until the refusal
     bool refusesAll_ = false;
-    uint64_t task_ = 0;  // address of the record that opened the task
+    FileObjectRecord task_ = {};
+    uint64_t taskAddress_ = 0;  // of the record that opened the task
 };
 
 }  // namespace kfx::test
