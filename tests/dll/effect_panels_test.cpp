@@ -61,14 +61,14 @@ RECT PlaceIn(HWND window, HWND child) {
 
 class Panels : public WindowTest {};
 
-TEST_F(Panels, each_effect_shows_its_own_controls_and_no_others) {
+TEST_F(Panels, Each_effect_shows_its_own_controls_and_no_others) {
     for (size_t row = 0; row < EffectCount(); ++row) {
         session.Choose(IDC_EFFECT, static_cast<int>(row));
         EXPECT_EQ(ShownPanelControls(session.Window()), IdsAt(row)) << EffectAt(row)->name;
     }
 }
 
-TEST_F(Panels, the_windows_own_controls_are_never_touched) {
+TEST_F(Panels, The_windows_own_controls_are_never_touched) {
     std::set<std::pair<int, bool>> before;
     for (const Child& child : ChildrenOf(session.Window()))
         if (!IsPanelControl(child.id)) before.insert({child.id, child.shown});
@@ -85,7 +85,7 @@ TEST_F(Panels, the_windows_own_controls_are_never_touched) {
     }
 }
 
-TEST_F(Panels, identifiers_are_unique_and_complete) {
+TEST_F(Panels, Identifiers_are_unique_and_complete) {
     std::multiset<int> found, expected;
     for (const Child& child : ChildrenOf(session.Window()))
         if (IsPanelControl(child.id)) found.insert(child.id);
@@ -95,7 +95,7 @@ TEST_F(Panels, identifiers_are_unique_and_complete) {
 }
 
 // Sliders, labels and captions stand in rows of 12 dialog units from 216 on.
-TEST_F(Panels, sliders_stand_on_the_grid_with_label_and_caption) {
+TEST_F(Panels, Sliders_stand_on_the_grid_with_label_and_caption) {
     int sliders = 0;
     for (size_t row = 0; row < EffectCount(); ++row) {
         const Effect& effect = *EffectAt(row);
@@ -124,7 +124,7 @@ TEST_F(Panels, sliders_stand_on_the_grid_with_label_and_caption) {
 }
 
 // Measured in a panel made from the same template.
-TEST_F(Panels, a_drop_down_list_is_200_pixels_taller_than_its_template_and_nothing_else_is) {
+TEST_F(Panels, A_drop_down_list_is_200_pixels_taller_than_its_template_and_nothing_else_is) {
     const HMODULE library = GetModuleHandleA("kfxplug1.dll");
     for (size_t row = 0; row < EffectCount(); ++row) {
         const Effect& effect = *EffectAt(row);
@@ -150,7 +150,7 @@ TEST_F(Panels, a_drop_down_list_is_200_pixels_taller_than_its_template_and_nothi
     }
 }
 
-TEST_F(Panels, sliders_take_their_range_from_their_text_and_their_position_from_the_setting) {
+TEST_F(Panels, Sliders_take_their_range_from_their_text_and_their_position_from_the_setting) {
     int least = -1, most = -1;
     GetScrollRange(session.Control(IDC_EMBOSS_DEPTH), SB_CTL, &least, &most);
     EXPECT_EQ(least, 15);
@@ -162,7 +162,7 @@ TEST_F(Panels, sliders_take_their_range_from_their_text_and_their_position_from_
     EXPECT_EQ(session.TextOf(IDC_SWIRL_ANGLE + 1), "45");
 }
 
-TEST(PanelsInOwnWindow, a_setting_outside_the_range_stands_at_its_end) {
+TEST(PanelsInOwnWindow, A_setting_outside_the_range_stands_at_its_end) {
     FakeHost host;
     SessionOptions options;
     options.configuration = "Style000Depth = 4000\nStyle000Radius = 0\n";
@@ -172,7 +172,7 @@ TEST(PanelsInOwnWindow, a_setting_outside_the_range_stands_at_its_end) {
     EXPECT_EQ(session.TextOf(IDC_EMBOSS_DEPTH + 1), "4000") << "the label shows the setting";
 }
 
-TEST(PanelsInOwnWindow, check_boxes_and_lists_start_from_their_settings) {
+TEST(PanelsInOwnWindow, Check_boxes_and_lists_start_from_their_settings) {
     FakeHost host;
     SessionOptions options;
     options.configuration = "Style010HSBEnable = 0\nStyle010ChannelsEnable = 1\nStyle010ChannelsOption = 4\n";
@@ -187,7 +187,7 @@ TEST(PanelsInOwnWindow, check_boxes_and_lists_start_from_their_settings) {
 
 // "Invert colors" is bound like a slider: its setting is not shown, and a click stores its scroll position,
 // which is 0.
-TEST(PanelsInOwnWindow, invert_colors_opens_unchecked_and_a_click_stores_0) {
+TEST(PanelsInOwnWindow, Invert_colors_opens_unchecked_and_a_click_stores_0) {
     FakeHost host;
     SessionOptions options;
     options.configuration = "Style010InvertColors = 1\n";
@@ -202,7 +202,7 @@ TEST(PanelsInOwnWindow, invert_colors_opens_unchecked_and_a_click_stores_0) {
 
 class EffectList : public WindowTest {};
 
-TEST_F(EffectList, choosing_another_effect_repaints_the_preview_and_is_remembered) {
+TEST_F(EffectList, Choosing_another_effect_repaints_the_preview_and_is_remembered) {
     session.ClearEvents();
     session.Choose(IDC_EFFECT, 6);
     EXPECT_THAT(session.Events(), testing::Contains("preview"));
@@ -210,20 +210,20 @@ TEST_F(EffectList, choosing_another_effect_repaints_the_preview_and_is_remembere
     EXPECT_THAT(session.ConfigurationText(), testing::HasSubstr("MainEffect = 6\r\n"));
 }
 
-TEST_F(EffectList, choosing_the_current_effect_changes_nothing) {
+TEST_F(EffectList, Choosing_the_current_effect_changes_nothing) {
     session.ClearEvents();
     session.Choose(IDC_EFFECT, 14);
     EXPECT_THAT(session.Events(), testing::IsEmpty());
     EXPECT_EQ(ShownPanelControls(session.Window()), IdsAt(14));
 }
 
-TEST_F(EffectList, only_closing_up_chooses) {
+TEST_F(EffectList, Only_closing_up_chooses) {
     SendMessageA(session.Control(IDC_EFFECT), CB_SETCURSEL, 6, 0);
     session.Command(IDC_EFFECT, CBN_SELCHANGE);
     EXPECT_EQ(ShownPanelControls(session.Window()), IdsAt(14));
 }
 
-TEST_F(EffectList, no_selection_counts_as_the_first_row) {
+TEST_F(EffectList, No_selection_counts_as_the_first_row) {
     session.Choose(IDC_EFFECT, -1);
     EXPECT_EQ(ShownPanelControls(session.Window()), IdsAt(0));
     session.Close();

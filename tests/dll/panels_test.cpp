@@ -68,7 +68,7 @@ protected:
     const Panel panel{effect};
 };
 
-TEST_P(Panels, are_the_size_of_the_window_and_carry_their_caption) {
+TEST_P(Panels, Are_the_size_of_the_window_and_carry_their_caption) {
     ASSERT_NE(panel.window, nullptr);
     EXPECT_EQ(TextOf(panel.window), "Kestrel #1");
     RECT client;
@@ -77,7 +77,7 @@ TEST_P(Panels, are_the_size_of_the_window_and_carry_their_caption) {
               panel.Pixels(0, 0, 480, 328));
 }
 
-TEST_P(Panels, hold_exactly_the_controls_that_the_effect_lists) {
+TEST_P(Panels, Hold_exactly_the_controls_that_the_effect_lists) {
     std::vector<uint32_t> listed, present;
     for (const uint32_t* id = effect.controls.ids; *id; ++id) listed.push_back(*id);
     for (HWND child = GetWindow(panel.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
@@ -86,7 +86,7 @@ TEST_P(Panels, hold_exactly_the_controls_that_the_effect_lists) {
     EXPECT_THAT(present, testing::UnorderedElementsAreArray(listed));
 }
 
-TEST_P(Panels, have_a_slider_in_each_row_with_its_range_label_and_caption) {
+TEST_P(Panels, Have_a_slider_in_each_row_with_its_range_label_and_caption) {
     // Rows stand in the order of the ids, 12 units apart.
     std::vector<const EffectControl*> sliders;
     for (size_t i = 0; i < effect.controls.count; ++i) {
@@ -134,7 +134,7 @@ TEST_P(Panels, Name_their_controls) {
     }
 }
 
-TEST_P(Panels, keep_their_controls_from_touching_each_other) {
+TEST_P(Panels, Keep_their_controls_from_touching_each_other) {
     std::vector<HWND> children;
     for (HWND child = GetWindow(panel.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
         children.push_back(child);

@@ -9,14 +9,14 @@ namespace {
 
 TEST(Bump, Has_these_controls) { ExpectControls(kBump, "Bump", 7413, {}); }
 
-TEST(Bump, EqualsItsReferenceOnPicturesOfAllSizes) { ExpectReferenceOnTrickyPictures(kBump, {}); }
+TEST(Bump, Equals_its_reference_on_pictures_of_all_sizes) { ExpectReferenceOnTrickyPictures(kBump, {}); }
 
-TEST(Bump, AUniformPictureStaysUniform) {
+TEST(Bump, A_uniform_picture_stays_uniform) {
     const Picture source = FlatPicture(7, 5, 0x123456);
     EXPECT_TRUE(SamePicture(source.handle, Apply(kBump, source.handle, {}).handle));
 }
 
-TEST(Bump, AWhitePixelWhitensItsNeighboursAboveAndToTheLeftOnly) {
+TEST(Bump, A_white_pixel_whitens_its_neighbours_above_and_to_the_left_only) {
     Picture source = FlatPicture(7, 7, 0);
     {
         const ImageLock lock(source.handle);
@@ -31,7 +31,7 @@ TEST(Bump, AWhitePixelWhitensItsNeighboursAboveAndToTheLeftOnly) {
         }
 }
 
-TEST(Bump, NeighboursOutsideThePictureAreTheCentresOwnRowAndColumn) {
+TEST(Bump, Neighbours_outside_the_picture_are_the_centres_own_row_and_column) {
     Picture source(CreateDib(2, 2, nullptr, 24));
     {
         const ImageLock lock(source.handle);
@@ -47,7 +47,7 @@ TEST(Bump, NeighboursOutsideThePictureAreTheCentresOwnRowAndColumn) {
     EXPECT_EQ(PixelOf(Apply(kBump, source.handle, {}).handle, 0, 0), 110u * 0x010101);
 }
 
-TEST(Bump, RefusedMemoryIsSurvived) {
+TEST(Bump, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kBump, RandomPicture(9, 8, 1).handle, {});
 }
 

@@ -20,12 +20,12 @@ TEST(Emboss, Has_these_controls) {
         });
 }
 
-TEST(Emboss, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(Emboss, Equals_its_reference_on_pictures_of_all_sizes) {
     for (const Values& values : {Values{5, 15}, Values{4, 15}, Values{20, 16}, Values{10, 3}, Values{45, 5}})
         ExpectReferenceOnTrickyPictures(kEmboss, values);
 }
 
-TEST(Emboss, EqualsItsReferenceUnderEveryRadiusOfThePanel) {
+TEST(Emboss, Equals_its_reference_under_every_radius_of_the_panel) {
     const Picture random = RandomPicture(47, 31, 6);
     const Picture shaded = ShadedPicture(47, 31, 6);
     for (int32_t radius = 4; radius <= 45; ++radius) {
@@ -34,18 +34,18 @@ TEST(Emboss, EqualsItsReferenceUnderEveryRadiusOfThePanel) {
     }
 }
 
-TEST(Emboss, EqualsItsReferenceAtItsHeaviest) {
+TEST(Emboss, Equals_its_reference_at_its_heaviest) {
     EXPECT_TRUE(SameAsReference(kEmboss, RandomPicture(73, 59, 6).handle, {45, 50}));
     EXPECT_TRUE(SameAsReference(kEmboss, ShadedPicture(51, 51, 6).handle, {45, 50}));
     EXPECT_TRUE(SameAsReference(kEmboss, FlatPicture(60, 60, 0x808080).handle, {45, 50}));
 }
 
-TEST(Emboss, EqualsItsReferenceOnPicturesOfSeveralStrips) {
+TEST(Emboss, Equals_its_reference_on_pictures_of_several_strips) {
     EXPECT_TRUE(SameAsReference(kEmboss, RandomPicture(530, 19, 6).handle, {5, 15}));
     EXPECT_TRUE(SameAsReference(kEmboss, ShadedPicture(300, 27, 6).handle, {45, 26}));
 }
 
-TEST(Emboss, EqualsItsReferenceWhereValuesLieOnRoundingBoundaries) {
+TEST(Emboss, Equals_its_reference_where_values_lie_on_rounding_boundaries) {
     // At radius 5 one level more at two columns and one row from a pixel moves it by a quarter; such a pair
     // by a half.
     Picture source = FlatPicture(90, 60, 0x808080);
@@ -61,14 +61,14 @@ TEST(Emboss, EqualsItsReferenceWhereValuesLieOnRoundingBoundaries) {
         EXPECT_TRUE(SameAsReference(kEmboss, source.handle, {radius, 15}));
 }
 
-TEST(Emboss, EqualsItsReferenceBeyondThePanelsRange) {
+TEST(Emboss, Equals_its_reference_beyond_the_panels_range) {
     const Picture source = RandomPicture(23, 21, 3);
     for (const int32_t radius : {0, 1, 2, 3, -5, 1000, INT32_MAX, INT32_MIN})
         for (const int32_t depth : {0, 1, 2, 9, 21, 22, -1, -15, 100000, INT32_MAX, INT32_MIN})
             EXPECT_TRUE(SameAsReference(kEmboss, source.handle, {radius, depth}));
 }
 
-TEST(Emboss, PicturesSmallerThanTheMatrixStayAsTheyAre) {
+TEST(Emboss, Pictures_smaller_than_the_matrix_stay_as_they_are) {
     for (const Size size : {Size{14, 40}, Size{40, 14}, Size{1, 1}}) {
         const Picture source = RandomPicture(size.width, size.height, 2);
         KernelCache cache;
@@ -78,14 +78,14 @@ TEST(Emboss, PicturesSmallerThanTheMatrixStayAsTheyAre) {
     EXPECT_NE(Apply(kEmboss, RandomPicture(15, 15, 2).handle, {5, 15}).handle, nullptr);
 }
 
-TEST(Emboss, AnEvenDepthMakesTheNextOddMatrix) {
+TEST(Emboss, An_even_depth_makes_the_next_odd_matrix) {
     EXPECT_EQ(Apply(kEmboss, RandomPicture(16, 16, 2).handle, {20, 16}).handle, nullptr);
     const Picture source = RandomPicture(17, 17, 2);
     EXPECT_TRUE(SamePicture(Apply(kEmboss, source.handle, {20, 17}).handle,
                             Apply(kEmboss, source.handle, {20, 16}).handle));
 }
 
-TEST(Emboss, TheBorderWrapsAround) {
+TEST(Emboss, The_border_wraps_around) {
     const Picture plain = FlatPicture(40, 40, 0x404040);
     Picture edges = FlatPicture(40, 40, 0x404040);
     {
@@ -102,7 +102,7 @@ TEST(Emboss, TheBorderWrapsAround) {
     EXPECT_EQ(PixelOf(without.handle, 20, 20), PixelOf(with.handle, 20, 20));
 }
 
-TEST(Emboss, ThePositiveQuadrantLiesToTheRightAndAboveAsThePictureIsSeen) {
+TEST(Emboss, The_positive_quadrant_lies_to_the_right_and_above_as_the_picture_is_seen) {
     // Wide bell: a bright square there against one to the lower left. The weights' sum is negative, so the
     // side with positive weights turns the centre dark and the other one turns it bright.
     const auto centre = [](int32_t dx, int32_t dy) {
@@ -120,13 +120,13 @@ TEST(Emboss, ThePositiveQuadrantLiesToTheRightAndAboveAsThePictureIsSeen) {
     EXPECT_NE(centre(-1, -1), 0u);
 }
 
-TEST(Emboss, AnySettingAndRefusedMemoryAreSurvived) {
+TEST(Emboss, Any_setting_and_refused_memory_are_survived) {
     ExpectAnyValueIsSurvived(kEmboss, {5, 5});
     ExpectRefusedMemoryIsSurvived(kEmboss, RandomPicture(20, 18, 1).handle, {5, 15});
     ExpectRefusedMemoryIsSurvived(kEmboss, RandomPicture(60, 55, 1).handle, {45, 50});
 }
 
-TEST(ConvolveImage, MatrixRowsRunUpwardsAsThePictureIsSeen) {
+TEST(ConvolveImage, Matrix_rows_run_upwards_as_the_picture_is_seen) {
     const Picture source = RandomPicture(9, 8, 1);
     double matrix[9] = {};
     matrix[7] = 1;  // the last row's middle
@@ -136,7 +136,7 @@ TEST(ConvolveImage, MatrixRowsRunUpwardsAsThePictureIsSeen) {
             EXPECT_EQ(PixelOf(result.handle, x, y), PixelOf(source.handle, x, (y + 7) % 8));
 }
 
-TEST(ConvolveImage, DividesBySumsOtherThanZeroAndOne) {
+TEST(ConvolveImage, Divides_by_sums_other_than_zero_and_one) {
     const Picture source = FlatPicture(5, 5, 0x0A141E);
     const std::vector<double> threes(9, 3.0);
     EXPECT_TRUE(SamePicture(source.handle, Picture(ConvolveImage(source.handle, 3, threes.data())).handle));
@@ -145,7 +145,7 @@ TEST(ConvolveImage, DividesBySumsOtherThanZeroAndOne) {
                             Picture(ConvolveImage(source.handle, 3, cancelling)).handle));
 }
 
-TEST(ConvolveImage, RefusesEvenMatricesAndPicturesSmallerThanThem) {
+TEST(ConvolveImage, Refuses_even_matrices_and_pictures_smaller_than_them) {
     const std::vector<double> matrix(25, 1.0);
     EXPECT_EQ(ConvolveImage(RandomPicture(9, 9, 1).handle, 4, matrix.data()), nullptr);
     EXPECT_EQ(ConvolveImage(RandomPicture(4, 9, 1).handle, 5, matrix.data()), nullptr);

@@ -24,12 +24,12 @@ TEST(GaussianBlur, Has_these_controls) {
         });
 }
 
-TEST(GaussianBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(GaussianBlur, Equals_its_reference_on_pictures_of_all_sizes) {
     for (const Values& values : {Values{5, 15}, Values{5, 25}, Values{4, 16}, Values{45, 50}, Values{20, 40}})
         ExpectReferenceOnTrickyPictures(kGaussianBlur, values);
 }
 
-TEST(GaussianBlur, EqualsItsReferenceWithEveryNumberOfTaps) {
+TEST(GaussianBlur, Equals_its_reference_with_every_number_of_taps) {
     for (int32_t depth = -10; depth <= 60; ++depth)
         EXPECT_TRUE(SameAsReference(kGaussianBlur, RandomPicture(71, 18, 4).handle, {13, depth}));
     // An even number of taps: the lower side is even and smaller than the taps.
@@ -37,21 +37,21 @@ TEST(GaussianBlur, EqualsItsReferenceWithEveryNumberOfTaps) {
         EXPECT_TRUE(SameAsReference(kGaussianBlur, RandomPicture(30, height, 4).handle, {45, 50}));
 }
 
-TEST(GaussianBlur, EqualsItsReferenceBeyondThePanelsRange) {
+TEST(GaussianBlur, Equals_its_reference_beyond_the_panels_range) {
     const Picture source = RandomPicture(41, 33, 3);
     for (const int32_t radius : {0, 1, -5, 1000, INT32_MAX, INT32_MIN})
         for (const int32_t depth : {0, -1, -15, -1000, 150, 195, 300, 100000, INT32_MAX, INT32_MIN})
             EXPECT_TRUE(SameAsReference(kGaussianBlur, source.handle, {radius, depth}));
 }
 
-TEST(GaussianBlur, EqualsItsReferenceOnColourIndicesAndThirtyTwoBits) {
+TEST(GaussianBlur, Equals_its_reference_on_colour_indices_and_thirty_two_bits) {
     for (const int32_t bits : {8, 32})
         for (const Size size : {Size{31, 19}, Size{3, 19}, Size{19, 3}, Size{1, 1}})
             EXPECT_TRUE(SameAsReference(kGaussianBlur, RandomPicture(size.width, size.height, 5, bits).handle,
                                         {45, 50}));
 }
 
-TEST(GaussianBlur, PicturesAsWideAsTheTapsAreGaussianAndNarrowerOnesABox) {
+TEST(GaussianBlur, Pictures_as_wide_as_the_taps_are_gaussian_and_narrower_ones_a_box) {
     // Depth 15 makes 5 taps and a box of 2 pixels to each side, depth 50 makes 11 taps and 8 pixels.
     const struct { int32_t depth, taps; } kCases[] = {{15, 5}, {50, 11}};
     for (const auto& [depth, taps] : kCases) {
@@ -75,12 +75,12 @@ TEST(GaussianBlur, PicturesAsWideAsTheTapsAreGaussianAndNarrowerOnesABox) {
     }
 }
 
-TEST(GaussianBlur, ALowPictureUsesAsManyTapsAsItIsHigh) {
+TEST(GaussianBlur, A_low_picture_uses_as_many_taps_as_it_is_high) {
     for (int32_t height = 1; height < 11; ++height)
         EXPECT_TRUE(SameAsReference(kGaussianBlur, ShadedPicture(40, height, 4).handle, {30, 50}));
 }
 
-TEST(GaussianBlur, AFlatPictureComesBackFlatWithinTheRounding) {
+TEST(GaussianBlur, A_flat_picture_comes_back_flat_within_the_rounding) {
     for (const uint32_t grey : {0u, 1u, 100u, 254u, 255u}) {
         const Picture result = Apply(kGaussianBlur, FlatPicture(40, 30, grey * 0x010101).handle, {45, 50});
         for (int32_t y = 0; y < 30; ++y)
@@ -94,7 +94,7 @@ TEST(GaussianBlur, AFlatPictureComesBackFlatWithinTheRounding) {
     }
 }
 
-TEST(GaussianBlur, ALineShorterThanTheWeightsIsLeftUntouched) {
+TEST(GaussianBlur, A_line_shorter_than_the_weights_is_left_untouched) {
     float weights[5];
     BuildBlurWeights(5, 0.5f, weights);
     const uint8_t line[4] = {1, 2, 3, 4};
@@ -103,7 +103,7 @@ TEST(GaussianBlur, ALineShorterThanTheWeightsIsLeftUntouched) {
     EXPECT_THAT(out, ::testing::ElementsAre(9, 9, 9, 9));
 }
 
-TEST(GaussianBlur, TheEndsOfALineAddTheHalfBeforeTheyDivide) {
+TEST(GaussianBlur, The_ends_of_a_line_add_the_half_before_they_divide) {
     float weights[3];
     BuildBlurWeights(3, 1.0f, weights);
     const uint8_t line[5] = {100, 100, 100, 100, 100};
@@ -115,7 +115,7 @@ TEST(GaussianBlur, TheEndsOfALineAddTheHalfBeforeTheyDivide) {
     EXPECT_GT((100 * partial + 0.5) / partial, 100.5);
 }
 
-TEST(GaussianBlur, TheNumberBelowOneHalfRoundsInSinglePrecisionAsOneHalfDoesInDouble) {
+TEST(GaussianBlur, The_number_below_one_half_rounds_in_single_precision_as_one_half_does_in_double) {
     // Around every boundary, and every small sum in steps.
     for (int32_t i = 0; i < 512; ++i) {
         float sum = static_cast<float>(i) / 2;
@@ -125,13 +125,13 @@ TEST(GaussianBlur, TheNumberBelowOneHalfRoundsInSinglePrecisionAsOneHalfDoesInDo
     }
 }
 
-TEST(BoxBlur, NeedsADepthOfSixAndColours) {
+TEST(BoxBlur, Needs_a_depth_of_six_and_colours) {
     EXPECT_EQ(BoxBlur(RandomPicture(3, 9, 1).handle, 5), nullptr);
     EXPECT_EQ(BoxBlur(RandomPicture(3, 9, 1, 8).handle, 50), nullptr);
     EXPECT_NE(Picture(BoxBlur(RandomPicture(3, 9, 1).handle, 6)).handle, nullptr);
 }
 
-TEST(GaussianBlur, AnySettingAndRefusedMemoryAreSurvived) {
+TEST(GaussianBlur, Any_setting_and_refused_memory_are_survived) {
     ExpectAnyValueIsSurvived(kGaussianBlur, {5, 15});
     ExpectRefusedMemoryIsSurvived(kGaussianBlur, RandomPicture(40, 30, 1).handle, {5, 15});
     ExpectRefusedMemoryIsSurvived(kGaussianBlur, RandomPicture(40, 30, 1, 8).handle, {5, 15});

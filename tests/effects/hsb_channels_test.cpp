@@ -50,7 +50,7 @@ TEST(HsbChannels, Has_these_controls) {
         });
 }
 
-TEST(HsbChannels, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(HsbChannels, Equals_its_reference_on_pictures_of_all_sizes) {
     ExpectReferenceOnTrickyPictures(kHsbChannels, kBuiltIn);
     ExpectReferenceOnTrickyPictures(kHsbChannels, {200, 140, 120, 1, 3, 1, 1});
     ExpectReferenceOnTrickyPictures(kHsbChannels, {360, 100, 100, 1, 0, 0, 0});
@@ -58,7 +58,7 @@ TEST(HsbChannels, EqualsItsReferenceOnPicturesOfAllSizes) {
     ExpectReferenceOnTrickyPictures(kHsbChannels, {77, 0, 33, 1, 6, 1, 0});
 }
 
-TEST(HsbChannels, EqualsItsReferenceForEveryHueSaturationAndBrightness) {
+TEST(HsbChannels, Equals_its_reference_for_every_hue_saturation_and_brightness) {
     const Picture source = RandomPicture(211, 5, 2);
     for (int32_t i = 0; i <= 360; i += 7)
         ASSERT_TRUE(SameAsReference(kHsbChannels, source.handle, {i, 200 - i / 2, 130, 1, 0, 0, 0}));
@@ -68,7 +68,7 @@ TEST(HsbChannels, EqualsItsReferenceForEveryHueSaturationAndBrightness) {
         ASSERT_TRUE(SameAsReference(kHsbChannels, source.handle, {180, i, 100, 1, 0, 0, 0}));
 }
 
-TEST(HsbChannels, EqualsItsReferenceOnGreysAndPureColours) {
+TEST(HsbChannels, Equals_its_reference_on_greys_and_pure_colours) {
     // Equal channels, and hues right on the borders of sectors.
     Picture source = FlatPicture(256, 12, 0);
     {
@@ -89,7 +89,7 @@ TEST(HsbChannels, EqualsItsReferenceOnGreysAndPureColours) {
                     SameAsReference(kHsbChannels, source.handle, {hue, saturation, brightness, 1, 0, 0, 0}));
 }
 
-TEST(HsbChannels, EqualsItsReferenceOutsideTheSliders) {
+TEST(HsbChannels, Equals_its_reference_outside_the_sliders) {
     const Picture source = RandomPicture(37, 9, 3);
     for (size_t i = 0; i < kBuiltIn.size(); ++i)
         for (const int32_t odd : {0, -1, -300, 7, 256, 1000, INT32_MAX, INT32_MIN}) {
@@ -113,7 +113,7 @@ uint32_t CountChanged(uint32_t red, uint8_t* row) {
     return changed;
 }
 
-TEST(HsbChannels, TheMiddlePositionsChangeNoneOfAllColours) {
+TEST(HsbChannels, The_middle_positions_change_none_of_all_colours) {
     // What the effect's copying instead of computing rests on.
     const Scratch<uint8_t> row(3 * 65536);
     ASSERT_NE(row.address, nullptr);
@@ -124,7 +124,7 @@ TEST(HsbChannels, TheMiddlePositionsChangeNoneOfAllColours) {
     AllowAvx2(true);
 }
 
-TEST(HsbChannels, BothWaysOfShiftingAgreeOnAllColours) {
+TEST(HsbChannels, Both_ways_of_shifting_agree_on_all_colours) {
     const Scratch<uint8_t> row(3 * 65536);
     ASSERT_NE(row.address, nullptr);
     const HsbShift shift = MakeHsbShift(207, 143, 91);
@@ -145,61 +145,61 @@ TEST(HsbChannels, BothWaysOfShiftingAgreeOnAllColours) {
     }
 }
 
-TEST(HsbChannels, AllStagesOffGiveAnUnchangedCopy) {
+TEST(HsbChannels, All_stages_off_give_an_unchanged_copy) {
     const Picture source = RandomPicture(13, 9, 4);
     const Picture result = Apply(kHsbChannels, source.handle, {20, 170, 130, 0, 3, 0, 0});
     EXPECT_TRUE(SamePicture(source.handle, result.handle));
     EXPECT_NE(source.handle, result.handle);
 }
 
-TEST(HsbChannels, InvertComesBeforeTheChannels) {
+TEST(HsbChannels, Invert_comes_before_the_channels) {
     EXPECT_EQ(Adjusted(Rgb(10, 20, 30), {180, 100, 100, 0, 0, 1, 1}), Rgb(225, 235, 245));
 }
 
-TEST(HsbChannels, TheSevenPatternsRearrangeAsTheyAreNamed) {
+TEST(HsbChannels, The_seven_patterns_rearrange_as_they_are_named) {
     const uint32_t expected[] = {Rgb(3, 2, 1), Rgb(2, 1, 3), Rgb(1, 3, 2), Rgb(2, 1, 1),
                                  Rgb(1, 2, 2), Rgb(3, 3, 2), Rgb(2, 2, 3)};
     for (int32_t pattern = 0; pattern < 7; ++pattern)
         EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, pattern, 1, 0}), expected[pattern]) << pattern;
 }
 
-TEST(HsbChannels, AnIndexBeyondTheListIsItsLastItemAndNoSelectionIsItsFirst) {
+TEST(HsbChannels, An_index_beyond_the_list_is_its_last_item_and_no_selection_is_its_first) {
     EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, 7, 1, 0}), Rgb(2, 2, 3));
     EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, INT32_MAX, 1, 0}), Rgb(2, 2, 3));
     EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, -1, 1, 0}), Rgb(3, 2, 1));
     EXPECT_EQ(Adjusted(Rgb(1, 2, 3), {180, 100, 100, 0, INT32_MIN, 1, 0}), Rgb(3, 2, 1));
 }
 
-TEST(HsbChannels, HalfATurnMakesPureRedCyan) {
+TEST(HsbChannels, Half_a_turn_makes_pure_red_cyan) {
     EXPECT_EQ(Adjusted(Rgb(255, 0, 0), {360, 100, 100, 1, 0, 0, 0}), Rgb(0, 255, 255));
 }
 
-TEST(HsbChannels, AHueShiftedOutOfTheCircleTakesTheLastSectorsColours) {
+TEST(HsbChannels, A_hue_shifted_out_of_the_circle_takes_the_last_sectors_colours) {
     // Blue at 240 degrees plus 180: 420, sector 7, whose fraction is 0: (V, p, q).
     EXPECT_EQ(Adjusted(Rgb(0, 0, 255), {360, 100, 100, 1, 0, 0, 0}), Rgb(255, 0, 255));
     // Red at 0 minus 180: sector -3, fraction 0.
     EXPECT_EQ(Adjusted(Rgb(255, 0, 0), {0, 100, 100, 1, 0, 0, 0}), Rgb(255, 0, 255));
 }
 
-TEST(HsbChannels, NoSaturationMakesGreyAtThePixelsBrightness) {
+TEST(HsbChannels, No_saturation_makes_grey_at_the_pixels_brightness) {
     EXPECT_EQ(Adjusted(Rgb(10, 200, 30), {250, 0, 100, 1, 0, 0, 0}), Rgb(200, 200, 200));
     EXPECT_EQ(Adjusted(Rgb(255, 0, 7), {180, 0, 100, 1, 0, 0, 0}), Rgb(255, 255, 255));
 }
 
-TEST(HsbChannels, DoubleBrightnessIsCapped) {
+TEST(HsbChannels, Double_brightness_is_capped) {
     EXPECT_EQ(Adjusted(Rgb(128, 128, 128), {180, 100, 200, 1, 0, 0, 0}), Rgb(255, 255, 255));
 }
 
-TEST(HsbChannels, BlackStaysBlackUnderEveryShift) {
+TEST(HsbChannels, Black_stays_black_under_every_shift) {
     for (const int32_t hue : {0, 90, 180, 360})
         for (const int32_t saturation : {0, 100, 200})
             for (const int32_t brightness : {0, 100, 200})
                 EXPECT_EQ(Adjusted(0, {hue, saturation, brightness, 1, 0, 0, 0}), 0u);
 }
 
-TEST(HsbChannels, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kHsbChannels, kBuiltIn); }
+TEST(HsbChannels, Any_value_is_survived) { ExpectAnyValueIsSurvived(kHsbChannels, kBuiltIn); }
 
-TEST(HsbChannels, RefusedMemoryIsSurvived) {
+TEST(HsbChannels, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kHsbChannels, RandomPicture(9, 8, 1).handle, {200, 140, 120, 1, 3, 1, 1});
 }
 

@@ -30,13 +30,13 @@ TEST(Implode, Has_these_controls) {
         });
 }
 
-TEST(Implode, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(Implode, Equals_its_reference_on_pictures_of_all_sizes) {
     ExpectReferenceOnTrickyPictures(kImplode, {50, 50, 50});
     ExpectReferenceOnTrickyPictures(kImplode, {100, 30, 70});
     ExpectReferenceOnTrickyPictures(kImplode, {1, 90, 10});
 }
 
-TEST(Implode, EqualsItsReferenceOutsideTheSliders) {
+TEST(Implode, Equals_its_reference_outside_the_sliders) {
     const Picture sources[] = {RandomPicture(23, 17, 1), RandomPicture(17, 23, 2)};
     for (const Picture& source : sources)
         for (const int32_t odd : {0, -1, -50, 150, 1000, INT32_MAX, INT32_MIN}) {
@@ -48,7 +48,7 @@ TEST(Implode, EqualsItsReferenceOutsideTheSliders) {
         }
 }
 
-TEST(Implode, CentredInASquareTheRegionIsTheInscribedCircle) {
+TEST(Implode, Centred_in_a_square_the_region_is_the_inscribed_circle) {
     const Picture source = RandomPicture(50, 50, 3);
     const Picture result = Apply(kImplode, source.handle, {50, 50, 50});
     int32_t changed = 0;
@@ -64,7 +64,7 @@ TEST(Implode, CentredInASquareTheRegionIsTheInscribedCircle) {
     EXPECT_GT(changed, 1900);  // of the 1961 pixels of the circle
 }
 
-TEST(Implode, CentreAtTenPercentOfAWidePictureGivesARegionOfATenthOfTheWidth) {
+TEST(Implode, Centre_at_ten_percent_of_a_wide_picture_gives_a_region_of_a_tenth_of_the_width) {
     const Picture source = RandomPicture(200, 100, 4);
     const Picture result = Apply(kImplode, source.handle, {50, 10, 50});
     for (int32_t y = 0; y < 100; ++y)
@@ -78,7 +78,7 @@ TEST(Implode, CentreAtTenPercentOfAWidePictureGivesARegionOfATenthOfTheWidth) {
     EXPECT_NE(PixelOf(result.handle, 39, 50), PixelOf(source.handle, 39, 50));
 }
 
-TEST(Implode, TheCentrePixelSamplesItsOwnPlace) {
+TEST(Implode, The_centre_pixel_samples_its_own_place) {
     const Picture source = RandomPicture(40, 40, 5);
     const ImageLock lock(source.handle);
     const uint32_t own = SampleBilinear(lock.image, 20, 20, 0);
@@ -86,30 +86,30 @@ TEST(Implode, TheCentrePixelSamplesItsOwnPlace) {
     EXPECT_EQ(PixelOf(Apply(kExplode, source.handle, {100, 50, 50}).handle, 20, 20), own);
 }
 
-TEST(Implode, FullStrengthHalfWayOutSamplesAtTheRootOfTwoTimesTheDistance) {
+TEST(Implode, Full_strength_half_way_out_samples_at_the_root_of_two_times_the_distance) {
     const Picture result = Apply(kImplode, CoordinatePicture(100, 100).handle, {100, 50, 50});
     const double place = 50 - 25 * std::sqrt(2.0) + 0.5;  // the sampler looks half a pixel to the right
     EXPECT_NEAR(RedOf(PixelOf(result.handle, 25, 50)), 2 * place, 0.51);
     EXPECT_EQ(GreenOf(PixelOf(result.handle, 25, 50)), 101u);
 }
 
-TEST(Implode, PointsSampledOutsideTakeTheBackground) {
+TEST(Implode, Points_sampled_outside_take_the_background) {
     const Picture source = RandomPicture(100, 100, 6);
     // The region reaches 50 pixels up from a centre 10 pixels below the top.
     const Picture result = Apply(kImplode, source.handle, {100, 50, 10}, 0x123456);
     EXPECT_EQ(PixelOf(result.handle, 50, 0), 0x123456u);
 }
 
-TEST(Implode, OneCacheServesFramesOfAllSizes) {
+TEST(Implode, One_cache_serves_frames_of_all_sizes) {
     for (const Values& others : {Values{51, 40, 60}, Values{50, 41, 60}, Values{50, 40, 61}}) {
         ExpectOneCacheServesAllFrames(kImplode, {50, 40, 60}, others);
         ExpectOneCacheServesAllFrames(kExplode, {50, 40, 60}, others);
     }
 }
 
-TEST(Implode, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kImplode, {50, 50, 50}); }
+TEST(Implode, Any_value_is_survived) { ExpectAnyValueIsSurvived(kImplode, {50, 50, 50}); }
 
-TEST(Implode, RefusedMemoryIsSurvived) {
+TEST(Implode, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kImplode, RandomPicture(9, 8, 1).handle, {50, 50, 50});
 }
 
@@ -123,20 +123,20 @@ TEST(Explode, Has_these_controls) {
         });
 }
 
-TEST(Explode, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(Explode, Equals_its_reference_on_pictures_of_all_sizes) {
     ExpectReferenceOnTrickyPictures(kExplode, {50, 50, 50});
     ExpectReferenceOnTrickyPictures(kExplode, {100, 30, 70});
     ExpectReferenceOnTrickyPictures(kExplode, {1, 10, 90});
 }
 
-TEST(Explode, FullStrengthHalfWayOutSamplesAtSevenTenthsOfTheDistance) {
+TEST(Explode, Full_strength_half_way_out_samples_at_seven_tenths_of_the_distance) {
     const Picture result = Apply(kExplode, CoordinatePicture(100, 100).handle, {100, 50, 50});
     const double place = 50 - 25 * std::sqrt(0.5) + 0.5;
     EXPECT_NEAR(RedOf(PixelOf(result.handle, 25, 50)), 2 * place, 0.51);
     EXPECT_EQ(GreenOf(PixelOf(result.handle, 25, 50)), 101u);
 }
 
-TEST(Explode, OutsideTheRegionThePictureStaysAndItsRimSamplesItsOwnPlace) {
+TEST(Explode, Outside_the_region_the_picture_stays_and_its_rim_samples_its_own_place) {
     const Picture source = CoordinatePicture(100, 100);
     const Picture result = Apply(kExplode, source.handle, {50, 50, 50});
     for (int32_t y = 0; y < 100; ++y)
@@ -148,9 +148,9 @@ TEST(Explode, OutsideTheRegionThePictureStaysAndItsRimSamplesItsOwnPlace) {
     EXPECT_EQ(PixelOf(result.handle, 1, 50), Rgb(3, 101, 0));
 }
 
-TEST(Explode, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kExplode, {50, 50, 50}); }
+TEST(Explode, Any_value_is_survived) { ExpectAnyValueIsSurvived(kExplode, {50, 50, 50}); }
 
-TEST(Explode, RefusedMemoryIsSurvived) {
+TEST(Explode, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kExplode, RandomPicture(8, 9, 1).handle, {50, 50, 50});
 }
 

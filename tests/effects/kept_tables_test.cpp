@@ -74,14 +74,14 @@ protected:
     size_t runs = 0;
 };
 
-TEST_F(KernelTables, are_kept_by_these_effects) {
+TEST_F(KernelTables, Are_kept_by_these_effects) {
     std::set<std::string> names;
     for (size_t row = 0; row < EffectCount(); ++row)
         if (KeepsTables(*EffectAt(row))) names.insert(EffectAt(row)->name);
     EXPECT_EQ(names, (std::set<std::string>{"Explode", "Implode", "Ripple", "Swirl", "Zoom Blur"}));
 }
 
-TEST_F(KernelTables, are_right_in_every_frame_after_a_refusal) {
+TEST_F(KernelTables, Are_right_in_every_frame_after_a_refusal) {
     for (size_t row = 0; row < EffectCount(); ++row) {
         const Effect& effect = *EffectAt(row);
         std::vector<Picture> expected;

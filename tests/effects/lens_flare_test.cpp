@@ -31,24 +31,24 @@ TEST(LensFlare, Has_these_controls) {
         });
 }
 
-TEST(LensFlare, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(LensFlare, Equals_its_reference_on_pictures_of_all_sizes) {
     ExpectReferenceOnTrickyPictures(kLensFlare, kBuiltIn);
     ExpectReferenceOnTrickyPictures(kLensFlare, {20, 30, 300});
     ExpectReferenceOnTrickyPictures(kLensFlare, {99, 1, 50});
 }
 
-TEST(LensFlare, EqualsItsReferenceOnALargerPicture) {
+TEST(LensFlare, Equals_its_reference_on_a_larger_picture) {
     const Picture source = RandomPicture(321, 243, 2);
     EXPECT_TRUE(SameAsReference(kLensFlare, source.handle, {25, 30, 300}));
     EXPECT_TRUE(SameAsReference(kLensFlare, source.handle, {71, 64, 220}));
 }
 
-TEST(LensFlare, EqualsItsReferenceAtEveryDepth) {
+TEST(LensFlare, Equals_its_reference_at_every_depth) {
     for (const int32_t bits : {1, 4, 8, 32})
         EXPECT_TRUE(SameAsReference(kLensFlare, RandomPicture(61, 40, 3, bits).handle, {40, 60, 250}));
 }
 
-TEST(LensFlare, EqualsItsReferenceOutsideTheSliders) {
+TEST(LensFlare, Equals_its_reference_outside_the_sliders) {
     const Picture source = RandomPicture(60, 45, 4);
     for (const int32_t odd : {-500, -1, 0, 100, 101, 700, 12345}) {
         EXPECT_TRUE(SameAsReference(kLensFlare, source.handle, {odd, 50, 175}));
@@ -57,7 +57,7 @@ TEST(LensFlare, EqualsItsReferenceOutsideTheSliders) {
     }
 }
 
-TEST(LensFlare, WithTheLightInTheMiddleEveryElementCollapsesOntoTheCentre) {
+TEST(LensFlare, With_the_light_in_the_middle_every_element_collapses_onto_the_centre) {
     FlareElement elements[kFlareElements];
     BuildFlareElements(100, 60, 200, 120, 350, elements);
     for (const FlareElement& element : elements) {
@@ -66,7 +66,7 @@ TEST(LensFlare, WithTheLightInTheMiddleEveryElementCollapsesOntoTheCentre) {
     }
 }
 
-TEST(LensFlare, ElementsStandAlongTheLineFromTheLightThroughTheCentre) {
+TEST(LensFlare, Elements_stand_along_the_line_from_the_light_through_the_centre) {
     FlareElement elements[kFlareElements];
     BuildFlareElements(11, 91, 101, 77, 100, elements);
     // The picture's centre is (50, 38) in whole pixels, so the line runs by (39, -53).
@@ -87,7 +87,7 @@ TEST(LensFlare, ElementsStandAlongTheLineFromTheLightThroughTheCentre) {
     }
 }
 
-TEST(LensFlare, PixelsFarFromEveryElementKeepTheirValue) {
+TEST(LensFlare, Pixels_far_from_every_element_keep_their_value) {
     const Picture source = RandomPicture(200, 100, 5);
     const Picture result = Apply(kLensFlare, source.handle, {50, 50, 50});
     // The scale is 100, the greatest element reaches half of that.
@@ -99,7 +99,7 @@ TEST(LensFlare, PixelsFarFromEveryElementKeepTheirValue) {
     EXPECT_NE(PixelOf(result.handle, 100, 50), PixelOf(source.handle, 100, 50));
 }
 
-TEST(LensFlare, IndexedPicturesAreBlendedAsIfTheIndexWereAColour) {
+TEST(LensFlare, Indexed_pictures_are_blended_as_if_the_index_were_a_colour) {
     Picture source(CreateDib(20, 20, nullptr, 8));
     {
         const ImageLock lock(source.handle);
@@ -111,7 +111,7 @@ TEST(LensFlare, IndexedPicturesAreBlendedAsIfTheIndexWereAColour) {
     EXPECT_LT(PixelOf(result.handle, 10, 10), 256u);
 }
 
-TEST(LensFlare, TheTopByteOfA32BitPixelIsZeroWhereverSomethingWasPainted) {
+TEST(LensFlare, The_top_byte_of_a_32_bit_pixel_is_zero_wherever_something_was_painted) {
     Picture source(CreateDib(200, 100, nullptr, 32));
     {
         const ImageLock lock(source.handle);
@@ -124,7 +124,7 @@ TEST(LensFlare, TheTopByteOfA32BitPixelIsZeroWhereverSomethingWasPainted) {
     EXPECT_EQ(PixelOf(result.handle, 0, 0), 0xAB102030u);
 }
 
-TEST(LensFlare, ANegativeStrengthDarkensAndWrapsThroughTheMask) {
+TEST(LensFlare, A_negative_strength_darkens_and_wraps_through_the_mask) {
     const Picture picture = FlatPicture(1, 1, Rgb(100, 200, 0));
     const ImageLock lock(picture.handle);
     const float white[] = {1, 1, 0.5f};
@@ -133,7 +133,7 @@ TEST(LensFlare, ANegativeStrengthDarkensAndWrapsThroughTheMask) {
     EXPECT_EQ(GetDibPixel(lock.image, 0, 0), Rgb(201, 145, 129));
 }
 
-TEST(LensFlare, AHaloIsBrightestNearItsRimAndFadesToNothingAtItsCentre) {
+TEST(LensFlare, A_halo_is_brightest_near_its_rim_and_fades_to_nothing_at_its_centre) {
     const float white[] = {1, 1, 1};
     const Picture picture = FlatPicture(101, 101, 0);
     const ImageLock lock(picture.handle);
@@ -146,7 +146,7 @@ TEST(LensFlare, AHaloIsBrightestNearItsRimAndFadesToNothingAtItsCentre) {
     EXPECT_EQ(GetDibPixel(lock.image, 0, 50), 0u);
 }
 
-TEST(LensFlare, SquareRootsOfWholeSumsAreTheDistances) {
+TEST(LensFlare, Square_roots_of_whole_sums_are_the_distances) {
     int32_t differences = 0;
     for (int32_t dx = 0; dx < 4200; ++dx)
         for (int32_t dy = 0; dy <= dx; ++dy)
@@ -154,7 +154,7 @@ TEST(LensFlare, SquareRootsOfWholeSumsAreTheDistances) {
     EXPECT_EQ(differences, 0);
 }
 
-TEST(LensFlare, FastStrengthsEqualThoseOfTheDistances) {
+TEST(LensFlare, Fast_strengths_equal_those_of_the_distances) {
     std::mt19937 random(3);
     std::vector<float> exact(500), fast(500);
     for (int32_t i = 0; i < 4000; ++i) {
@@ -177,7 +177,7 @@ TEST(LensFlare, FastStrengthsEqualThoseOfTheDistances) {
     }
 }
 
-TEST(LensFlare, FastStrengthsEqualThoseOfTheDistancesRightBesideARim) {
+TEST(LensFlare, Fast_strengths_equal_those_of_the_distances_right_beside_a_rim) {
     // Where a strength is next to nothing it has so many places that the distance's last one tells.
     std::mt19937 random(4);
     for (int32_t i = 0; i < 200000; ++i) {
@@ -194,16 +194,16 @@ TEST(LensFlare, FastStrengthsEqualThoseOfTheDistancesRightBesideARim) {
     }
 }
 
-TEST(LensFlare, AFlareSmallerThanAPixelPaintsNothing) {
+TEST(LensFlare, A_flare_smaller_than_a_pixel_paints_nothing) {
     const Picture source = RandomPicture(1, 1, 6);
     EXPECT_TRUE(SamePicture(source.handle, Apply(kLensFlare, source.handle, {50, 50, 50}).handle));
     const Picture larger = RandomPicture(40, 30, 7);
     EXPECT_TRUE(SamePicture(larger.handle, Apply(kLensFlare, larger.handle, {50, 50, -200}).handle));
 }
 
-TEST(LensFlare, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kLensFlare, kBuiltIn); }
+TEST(LensFlare, Any_value_is_survived) { ExpectAnyValueIsSurvived(kLensFlare, kBuiltIn); }
 
-TEST(LensFlare, RefusedMemoryIsSurvived) {
+TEST(LensFlare, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kLensFlare, RandomPicture(9, 8, 1).handle, kBuiltIn);
 }
 

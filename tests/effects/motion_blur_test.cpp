@@ -28,13 +28,13 @@ TEST(MotionBlur, Has_these_controls) {
         });
 }
 
-TEST(MotionBlur, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(MotionBlur, Equals_its_reference_on_pictures_of_all_sizes) {
     for (const Values& values :
          {Values{25, 5, 45}, Values{5, 20, 0}, Values{50, 40, 200}, Values{25, 9, 301}})
         ExpectReferenceOnTrickyPictures(kMotionBlur, values);
 }
 
-TEST(MotionBlur, EqualsItsReferenceInEveryDirection) {
+TEST(MotionBlur, Equals_its_reference_in_every_direction) {
     const Picture source = RandomPicture(67, 45, 8);
     for (int32_t angle = 0; angle < 360; angle += 15)
         EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {20, 12, angle}));
@@ -42,7 +42,7 @@ TEST(MotionBlur, EqualsItsReferenceInEveryDirection) {
     EXPECT_TRUE(SameAsReference(kMotionBlur, FlatPicture(67, 45, 0xC86432).handle, {50, 300, 45}));
 }
 
-TEST(MotionBlur, EqualsItsReferenceWhereSumsLieOnALevel) {
+TEST(MotionBlur, Equals_its_reference_where_sums_lie_on_a_level) {
     // Flat as far as the weights count, other colours where they are tiny: each sum is a hair off a whole
     // level.
     Picture source = FlatPicture(300, 40, 0x406080);
@@ -59,7 +59,7 @@ TEST(MotionBlur, EqualsItsReferenceWhereSumsLieOnALevel) {
     EXPECT_TRUE(SameAsReference(kMotionBlur, Dot(120, 20, 60, 10).handle, {5, 60, 90}, 0));
 }
 
-TEST(MotionBlur, EqualsItsReferenceBeyondThePanelsRange) {
+TEST(MotionBlur, Equals_its_reference_beyond_the_panels_range) {
     const Picture source = RandomPicture(31, 22, 8);
     for (const int32_t depth : {1, -1, -25, 1000, INT32_MAX})
         for (const int32_t radius : {-5, 0, 1, 5, 700})
@@ -67,12 +67,12 @@ TEST(MotionBlur, EqualsItsReferenceBeyondThePanelsRange) {
                 EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {depth, radius, angle}));
 }
 
-TEST(MotionBlur, RadiusFiveSmearsOverElevenTaps) {
+TEST(MotionBlur, Radius_five_smears_over_eleven_taps) {
     const Picture result = Apply(kMotionBlur, Dot(40, 9, 20, 4).handle, {50, 5, 90}, 0);
     for (int32_t x = 0; x < 40; ++x) EXPECT_EQ(Lit(result, x, 4), x >= 10 && x <= 20) << x;
 }
 
-TEST(MotionBlur, FarTapsOfALongSmearCarryAlmostNoWeightAtASmallDepth) {
+TEST(MotionBlur, Far_taps_of_a_long_smear_carry_almost_no_weight_at_a_small_depth) {
     double weights[601];
     BuildMotionWeights(601, 5, weights);
     EXPECT_LT(weights[600], 1e-100);
@@ -81,7 +81,7 @@ TEST(MotionBlur, FarTapsOfALongSmearCarryAlmostNoWeightAtASmallDepth) {
     EXPECT_FALSE(Lit(result, 300, 1));
 }
 
-TEST(MotionBlur, AngleZeroSmearsDownTheColumnAndHalfATurnSmearsUp) {
+TEST(MotionBlur, Angle_zero_smears_down_the_column_and_half_a_turn_smears_up) {
     const Picture zero = Apply(kMotionBlur, Dot(9, 40, 4, 20).handle, {50, 5, 0}, 0);
     const Picture half = Apply(kMotionBlur, Dot(9, 40, 4, 20).handle, {50, 5, 180}, 0);
     // The taps lie above the pixel at angle 0, so the dot shows in the pixels below it.
@@ -93,7 +93,7 @@ TEST(MotionBlur, AngleZeroSmearsDownTheColumnAndHalfATurnSmearsUp) {
     }
 }
 
-TEST(MotionBlur, BordersTakeOnTheBackgroundByTheWeightsOutside) {
+TEST(MotionBlur, Borders_take_on_the_background_by_the_weights_outside) {
     double weights[11];
     BuildMotionWeights(11, 25, weights);
     const Picture result = Apply(kMotionBlur, FlatPicture(30, 5, 0xFFFFFF).handle, {25, 5, 90}, 0);
@@ -104,7 +104,7 @@ TEST(MotionBlur, BordersTakeOnTheBackgroundByTheWeightsOutside) {
     }
 }
 
-TEST(MotionBlur, WithoutARadiusTheTapsGrowUntilTheLastWeightRoundsToNothing) {
+TEST(MotionBlur, Without_a_radius_the_taps_grow_until_the_last_weight_rounds_to_nothing) {
     const Picture source = RandomPicture(60, 50, 2);
     for (const int32_t depth : {1, 5, 25, 50, 500}) {
         double weights[300];
@@ -120,7 +120,7 @@ TEST(MotionBlur, WithoutARadiusTheTapsGrowUntilTheLastWeightRoundsToNothing) {
     }
 }
 
-TEST(MotionBlur, WeightsSumToOneAndFall) {
+TEST(MotionBlur, Weights_sum_to_one_and_fall) {
     double weights[31];
     BuildMotionWeights(31, 7, weights);
     double sum = 0;
@@ -133,14 +133,14 @@ TEST(MotionBlur, WeightsSumToOneAndFall) {
     EXPECT_NEAR(sum, 1, 1e-12);
 }
 
-TEST(MotionBlur, ADepthOfNothingOrAnEndlessRadiusLeavesThePictureAlone) {
+TEST(MotionBlur, A_depth_of_nothing_or_an_endless_radius_leaves_the_picture_alone) {
     const Picture source = RandomPicture(9, 9, 1);
     EXPECT_EQ(Apply(kMotionBlur, source.handle, {0, 5, 45}, 0).handle, nullptr);
     EXPECT_EQ(Apply(kMotionBlur, source.handle, {25, INT32_MAX, 45}, 0).handle, nullptr);
     EXPECT_EQ(Apply(kMotionBlur, RandomPicture(9, 9, 1, 8).handle, {25, 5, 45}, 0).handle, nullptr);
 }
 
-TEST(MotionBlur, AnySettingAndRefusedMemoryAreSurvived) {
+TEST(MotionBlur, Any_setting_and_refused_memory_are_survived) {
     ExpectAnyValueIsSurvived(kMotionBlur, {25, 5, 45});
     ExpectRefusedMemoryIsSurvived(kMotionBlur, RandomPicture(30, 20, 1).handle, {25, 5, 45});
     ExpectRefusedMemoryIsSurvived(kMotionBlur, RandomPicture(30, 20, 1).handle, {25, 0, 45});

@@ -12,9 +12,9 @@ namespace {
 
 TEST(Neon, Has_these_controls) { ExpectControls(kNeon, "Neon", 7416, {}); }
 
-TEST(Neon, EqualsItsReferenceOnPicturesOfAllSizes) { ExpectReferenceOnTrickyPictures(kNeon, {}); }
+TEST(Neon, Equals_its_reference_on_pictures_of_all_sizes) { ExpectReferenceOnTrickyPictures(kNeon, {}); }
 
-TEST(Neon, SinglePrecisionTruncatesToTheDefinedByteForEverySumOfSquares) {
+TEST(Neon, Single_precision_truncates_to_the_defined_byte_for_every_sum_of_squares) {
     for (int32_t squares = 0; squares <= 2 * 765 * 765; ++squares) {
         const auto defined =
             std::min(255, static_cast<int32_t>(std::sqrt(static_cast<double>(squares)) / 1.8));
@@ -23,12 +23,12 @@ TEST(Neon, SinglePrecisionTruncatesToTheDefinedByteForEverySumOfSquares) {
     }
 }
 
-TEST(Neon, AUniformPictureBecomesBlack) {
+TEST(Neon, A_uniform_picture_becomes_black) {
     const Picture source = FlatPicture(6, 5, 0xC8640A);
     EXPECT_TRUE(SamePicture(FlatPicture(6, 5, 0).handle, Apply(kNeon, source.handle, {}).handle));
 }
 
-TEST(Neon, ABoundaryBetweenBlackAndWhiteSaturatesOnBothSides) {
+TEST(Neon, A_boundary_between_black_and_white_saturates_on_both_sides) {
     Picture source = FlatPicture(8, 4, 0);
     {
         const ImageLock lock(source.handle);
@@ -41,7 +41,7 @@ TEST(Neon, ABoundaryBetweenBlackAndWhiteSaturatesOnBothSides) {
             EXPECT_EQ(PixelOf(result.handle, x, y), x == 3 || x == 4 ? 0xFFFFFFu : 0u) << x << ", " << y;
 }
 
-TEST(Neon, OuterRowsAndColumnsSeeTheGradientTowardTheInsideOnly) {
+TEST(Neon, Outer_rows_and_columns_see_the_gradient_toward_the_inside_only) {
     // A ramp of 10 a column: inside h = 3 * 20, at the edges 3 * 10.
     Picture source(CreateDib(6, 3, nullptr, 24));
     {
@@ -57,7 +57,7 @@ TEST(Neon, OuterRowsAndColumnsSeeTheGradientTowardTheInsideOnly) {
     EXPECT_EQ(PixelOf(result.handle, 2, 0), 33u * 0x010101);
 }
 
-TEST(Neon, RefusedMemoryIsSurvived) {
+TEST(Neon, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kNeon, RandomPicture(9, 8, 1).handle, {});
 }
 

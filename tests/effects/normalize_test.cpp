@@ -73,11 +73,11 @@ TEST(Normalize, Has_these_controls) {
                    });
 }
 
-TEST(Normalize, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(Normalize, Equals_its_reference_on_pictures_of_all_sizes) {
     ExpectReferenceOnTrickyPictures(kNormalize, kPerFrame);
 }
 
-TEST(Normalize, EqualsItsReferenceForEveryRangeOfLevels) {
+TEST(Normalize, Equals_its_reference_for_every_range_of_levels) {
     for (int32_t low = 0; low < 256; low += 5)
         for (int32_t high = low; high < 256; high += 3) {
             Picture source = RandomPicture(64, 2, 3);
@@ -93,7 +93,7 @@ TEST(Normalize, EqualsItsReferenceForEveryRangeOfLevels) {
         }
 }
 
-TEST(Normalize, AFullRangeIsMappedOnto254Levels) {
+TEST(Normalize, A_full_range_is_mapped_onto_254_levels) {
     // Two percent at either end and everything between.
     const Picture source = GreyPicture(100, 10, [](int32_t i) {
         return i < 20 ? 0u : i < 40 ? 255u : static_cast<uint32_t>(i) * 7 % 256;
@@ -105,7 +105,7 @@ TEST(Normalize, AFullRangeIsMappedOnto254Levels) {
     EXPECT_EQ(RedOf(PixelOf(result.handle, 25, 0)), 254u);
 }
 
-TEST(Normalize, FiftyPixelsAreStretchedBetweenTheirOwnEnds) {
+TEST(Normalize, Fifty_pixels_are_stretched_between_their_own_ends) {
     const Picture source = GreyPicture(10, 5, [](int32_t i) { return 60 + static_cast<uint32_t>(i); });
     const Picture result = Apply(kNormalize, source.handle, kPerFrame);
     // The luminance of a grey is up to two below it; the range's own levels lie in the picture.
@@ -114,7 +114,7 @@ TEST(Normalize, FiftyPixelsAreStretchedBetweenTheirOwnEnds) {
     EXPECT_GE(RedOf(PixelOf(result.handle, 9, 4)), 254u);
 }
 
-TEST(Normalize, ChannelsBeyondTheRangeOfLuminanceAreClipped) {
+TEST(Normalize, Channels_beyond_the_range_of_luminance_are_clipped) {
     const Picture source = GreyPicture(10, 10, [](int32_t i) { return 100 + static_cast<uint32_t>(i % 10); });
     {
         const ImageLock lock(source.handle);
@@ -124,12 +124,12 @@ TEST(Normalize, ChannelsBeyondTheRangeOfLuminanceAreClipped) {
     EXPECT_EQ(PixelOf(result.handle, 0, 0), Rgb(255, 0, 0));
 }
 
-TEST(Normalize, OneLuminanceLeavesThePictureUnchanged) {
+TEST(Normalize, One_luminance_leaves_the_picture_unchanged) {
     EXPECT_EQ(Apply(kNormalize, FlatPicture(9, 9, 0x336699).handle, kPerFrame).handle, nullptr);
     EXPECT_EQ(Apply(kNormalize, FlatPicture(1, 1, 0).handle, kPerFrame).handle, nullptr);
 }
 
-TEST(Normalize, ARareLevelBesideOneThatHoldsNearlyEverythingStillCounts) {
+TEST(Normalize, A_rare_level_beside_one_that_holds_nearly_everything_still_counts) {
     // Less than a percent differs: both ends first fall on one level, then the first and last occupied ones
     // count.
     const Picture source = GreyPicture(100, 10, [](int32_t i) { return i ? 100u : 200u; });
@@ -138,7 +138,7 @@ TEST(Normalize, ARareLevelBesideOneThatHoldsNearlyEverythingStillCounts) {
     EXPECT_LT(RedOf(PixelOf(result.handle, 1, 0)), 10u);
 }
 
-TEST(Normalize, DistributedStretchesAllFramesByOneHistogram) {
+TEST(Normalize, Distributed_stretches_all_frames_by_one_histogram) {
     settings.style019Distributed = 1;
     const Picture dark = GreyPicture(50, 20, [](int32_t i) { return 20 + static_cast<uint32_t>(i) % 60; });
     const Picture light = GreyPicture(50, 20, [](int32_t i) { return 120 + static_cast<uint32_t>(i) % 90; });
@@ -154,7 +154,7 @@ TEST(Normalize, DistributedStretchesAllFramesByOneHistogram) {
         }
 }
 
-TEST(Normalize, WithoutDistributedEachFrameIsStretchedByItself) {
+TEST(Normalize, Without_distributed_each_frame_is_stretched_by_itself) {
     settings.style019Distributed = 0;
     const Picture dark = GreyPicture(50, 20, [](int32_t i) { return 20 + static_cast<uint32_t>(i) % 60; });
     const Picture flat = FlatPicture(50, 20, 0x808080);
@@ -165,7 +165,7 @@ TEST(Normalize, WithoutDistributedEachFrameIsStretchedByItself) {
     EXPECT_EQ(frames[1], BytesOf(flat.handle));
 }
 
-TEST(Normalize, FramesOfOneLuminanceStayAlsoWhenDistributed) {
+TEST(Normalize, Frames_of_one_luminance_stay_also_when_distributed) {
     settings.style019Distributed = 1;
     const Picture flat = FlatPicture(8, 8, 0x445566);
     const auto frames = Build({&flat, &flat, &flat});
@@ -174,7 +174,7 @@ TEST(Normalize, FramesOfOneLuminanceStayAlsoWhenDistributed) {
 }
 
 #ifndef _WIN32
-TEST(Normalize, WithoutMemoryForTheHistogramEveryFrameStays) {
+TEST(Normalize, Without_memory_for_the_histogram_every_frame_stays) {
     const Picture picture = GreyPicture(20, 20, [](int32_t i) { return 50 + static_cast<uint32_t>(i) % 60; });
     const size_t blocks = CountMemory().liveBlocks;
     const GatheringPasses& passes = *kNormalize.gathering;
@@ -190,9 +190,9 @@ TEST(Normalize, WithoutMemoryForTheHistogramEveryFrameStays) {
 }
 #endif
 
-TEST(Normalize, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kNormalize, {1}); }
+TEST(Normalize, Any_value_is_survived) { ExpectAnyValueIsSurvived(kNormalize, {1}); }
 
-TEST(Normalize, RefusedMemoryIsSurvived) {
+TEST(Normalize, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kNormalize, RandomPicture(9, 8, 1).handle, kPerFrame);
 }
 

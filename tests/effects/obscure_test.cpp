@@ -15,21 +15,21 @@ TEST(Obscure, Has_these_controls) {
         });
 }
 
-TEST(Obscure, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(Obscure, Equals_its_reference_on_pictures_of_all_sizes) {
     for (const int32_t level : {1, 2, 3, 8, 64, 1000}) ExpectReferenceOnTrickyPictures(kObscure, {level});
 }
 
-TEST(Obscure, TilesTallerThanSixteenBitSumsHoldAreAveragedExactly) {
+TEST(Obscure, Tiles_taller_than_sixteen_bit_sums_hold_are_averaged_exactly) {
     EXPECT_TRUE(SameAsReference(kObscure, FlatPicture(3, 700, 0xFFFFFF).handle, {600}));
     EXPECT_TRUE(SameAsReference(kObscure, RandomPicture(5, 700, 9).handle, {515}));
 }
 
-TEST(Obscure, EqualsItsReferenceAtEveryDepth) {
+TEST(Obscure, Equals_its_reference_at_every_depth) {
     for (const int32_t bits : {1, 4, 8, 32})
         EXPECT_TRUE(SameAsReference(kObscure, RandomPicture(29, 23, 5, bits).handle, {4}));
 }
 
-TEST(Obscure, TilesCutOffAtTheEdgesAverageTheirOwnPixelsOnly) {
+TEST(Obscure, Tiles_cut_off_at_the_edges_average_their_own_pixels_only) {
     Picture source = FlatPicture(5, 3, 0x000000);
     {
         const ImageLock lock(source.handle);
@@ -43,7 +43,7 @@ TEST(Obscure, TilesCutOffAtTheEdgesAverageTheirOwnPixelsOnly) {
     EXPECT_EQ(PixelOf(result.handle, 3, 0), 0u);
 }
 
-TEST(Obscure, LevelTwoAveragesSquaresOfFourPixels) {
+TEST(Obscure, Level_two_averages_squares_of_four_pixels) {
     Picture source(CreateDib(2, 2, nullptr, 24));
     {
         const ImageLock lock(source.handle);
@@ -53,23 +53,23 @@ TEST(Obscure, LevelTwoAveragesSquaresOfFourPixels) {
     EXPECT_TRUE(SamePicture(FlatPicture(2, 2, 2).handle, Apply(kObscure, source.handle, {2}).handle));
 }
 
-TEST(Obscure, APictureOfOnePixelComesBackUnchanged) {
+TEST(Obscure, A_picture_of_one_pixel_comes_back_unchanged) {
     const Picture source = FlatPicture(1, 1, 0xABCDEF);
     EXPECT_TRUE(SamePicture(source.handle, Apply(kObscure, source.handle, {2}).handle));
 }
 
-TEST(Obscure, ATileOfOneColourKeepsIt) {
+TEST(Obscure, A_tile_of_one_colour_keeps_it) {
     const Picture source = FlatPicture(37, 41, 0xFE01C9);
     EXPECT_TRUE(SamePicture(source.handle, Apply(kObscure, source.handle, {8}).handle));
 }
 
-TEST(Obscure, ALevelBelowOneLeavesThePictureAlone) {
+TEST(Obscure, A_level_below_one_leaves_the_picture_alone) {
     const Picture source = RandomPicture(9, 9, 1);
     for (const int32_t level : {0, -1, -64})
         EXPECT_EQ(Apply(kObscure, source.handle, {level}).handle, nullptr);
 }
 
-TEST(Obscure, AnySettingAndRefusedMemoryAreSurvived) {
+TEST(Obscure, Any_setting_and_refused_memory_are_survived) {
     ExpectAnyValueIsSurvived(kObscure, {8});
     ExpectRefusedMemoryIsSurvived(kObscure, RandomPicture(50, 50, 1).handle, {8});
 }

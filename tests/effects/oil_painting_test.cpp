@@ -25,24 +25,24 @@ TEST(OilPainting, Has_these_controls) {
         });
 }
 
-TEST(OilPainting, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(OilPainting, Equals_its_reference_on_pictures_of_all_sizes) {
     for (const int32_t radius : {100, 250, 400}) ExpectReferenceOnTrickyPictures(kOilPainting, {radius});
 }
 
-TEST(OilPainting, EqualsItsReferenceWhereManyLevelsTie) {
+TEST(OilPainting, Equals_its_reference_where_many_levels_tie) {
     for (const uint32_t levels : {2u, 3u, 5u, 16u, 100u})
         for (const int32_t radius : {100, 200, 300, 400})
             EXPECT_TRUE(
                 SameAsReference(kOilPainting, FewLevels(53, 37, levels, levels).handle, {radius}, 0x7F7F7F));
 }
 
-TEST(OilPainting, EqualsItsReferenceBeyondThePanelsRange) {
+TEST(OilPainting, Equals_its_reference_beyond_the_panels_range) {
     const Picture source = RandomPicture(23, 17, 3);
     for (const int32_t radius : {0, -1, -100, INT32_MIN, 1, 99, 401, 1000, 5000, INT32_MAX})
         EXPECT_TRUE(SameAsReference(kOilPainting, source.handle, {radius}));
 }
 
-TEST(OilPainting, TheReachGrowsByTwoWithEachHundredBegun) {
+TEST(OilPainting, The_reach_grows_by_two_with_each_hundred_begun) {
     const Picture source = RandomPicture(60, 50, 6);
     const auto painted = [&](int32_t radius) { return Apply(kOilPainting, source.handle, {radius}, 0); };
     EXPECT_FALSE(SamePicture(painted(100).handle, painted(101).handle));
@@ -53,7 +53,7 @@ TEST(OilPainting, TheReachGrowsByTwoWithEachHundredBegun) {
     EXPECT_TRUE(SameAsReference(kOilPainting, source.handle, {100}));
 }
 
-TEST(OilPainting, AOneColourPictureKeepsItsColourButForTheRightColumnAndTheTopRow) {
+TEST(OilPainting, A_one_colour_picture_keeps_its_colour_but_for_the_right_column_and_the_top_row) {
     const Picture source = FlatPicture(40, 30, 0x123456);
     // The border is wide enough to outvote the picture at its corners, so it has the same brightness here.
     const Picture result = Apply(kOilPainting, source.handle, {250}, 0x123456);
@@ -66,7 +66,7 @@ TEST(OilPainting, AOneColourPictureKeepsItsColourButForTheRightColumnAndTheTopRo
     EXPECT_EQ(PixelOf(framed.handle, 0, 15), 0x123456u) << "the left column is filtered";
 }
 
-TEST(OilPainting, AContrastingBackgroundCanWinAtTheEdges) {
+TEST(OilPainting, A_contrasting_background_can_win_at_the_edges) {
     const Picture source = RandomPicture(40, 30, 9);
     const Picture result = Apply(kOilPainting, source.handle, {250}, 0x00FF00);
     EXPECT_EQ(PixelOf(result.handle, 0, 29), 0x00FF00u);
@@ -74,12 +74,12 @@ TEST(OilPainting, AContrastingBackgroundCanWinAtTheEdges) {
     EXPECT_NE(PixelOf(result.handle, 20, 15), 0x00FF00u);
 }
 
-TEST(OilPainting, RefusedMemoryGivesNothingOrTheBackground) {
+TEST(OilPainting, Refused_memory_gives_nothing_or_the_background) {
     const Picture background = FlatPicture(20, 15, kTestBackground);
     ExpectRefusedMemoryIsSurvived(kOilPainting, RandomPicture(20, 15, 1).handle, {250}, background.handle);
 }
 
-TEST(OilPainting, AnySettingIsSurvived) {
+TEST(OilPainting, Any_setting_is_survived) {
     ExpectAnyValueIsSurvived(kOilPainting, {250});
     EXPECT_EQ(Apply(kOilPainting, RandomPicture(9, 9, 1, 8).handle, {250}, 0).handle, nullptr);
 }

@@ -59,21 +59,21 @@ TEST(Ripple, Has_these_controls) {
         });
 }
 
-TEST(Ripple, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(Ripple, Equals_its_reference_on_pictures_of_all_sizes) {
     ExpectReferenceOnTrickyPictures(kRipple, kBuiltIn);
     ExpectReferenceOnTrickyPictures(kRipple, {0, 200, 8000, 5000, 360, 100, 1});
     ExpectReferenceOnTrickyPictures(kRipple, {100, 100, 8000, 400, 180, 15, 0});
     ExpectReferenceOnTrickyPictures(kRipple, {37, 151, 70, 400, 0, 1, 0});
 }
 
-TEST(Ripple, EqualsItsReferenceAtEveryDepth) {
+TEST(Ripple, Equals_its_reference_at_every_depth) {
     for (const int32_t bits : {1, 4, 8, 32})
         for (const Size& size : {Size{17, 11}, Size{64, 9}})
             EXPECT_TRUE(
                 SameAsReference(kRipple, RandomPicture(size.width, size.height, 3, bits).handle, kBuiltIn));
 }
 
-TEST(Ripple, EqualsItsReferenceOutsideTheSliders) {
+TEST(Ripple, Equals_its_reference_outside_the_sliders) {
     const Picture source = RandomPicture(41, 23, 4);
     for (size_t i = 0; i < kBuiltIn.size(); ++i)
         for (const int32_t odd : {0, -1, -777, 100000, INT32_MAX, INT32_MIN}) {
@@ -83,7 +83,7 @@ TEST(Ripple, EqualsItsReferenceOutsideTheSliders) {
         }
 }
 
-TEST(Ripple, TheLeastAmplitudeMixesAPixelWithItsNeighboursOnly) {
+TEST(Ripple, The_least_amplitude_mixes_a_pixel_with_its_neighbours_only) {
     const Picture source = RandomPicture(30, 30, 5);
     const Picture result = Apply(kRipple, source.handle, {100, 100, 70, 1200, 180, 15, 0});
     EXPECT_FALSE(SamePicture(source.handle, result.handle));
@@ -101,7 +101,7 @@ TEST(Ripple, TheLeastAmplitudeMixesAPixelWithItsNeighboursOnly) {
         }
 }
 
-TEST(Ripple, EnergyMattersOnlyWhenWavesDissipate) {
+TEST(Ripple, Energy_matters_only_when_waves_dissipate) {
     const Picture source = RandomPicture(30, 20, 6);
     const auto with = [&](int32_t energy, int32_t dissipate) {
         return Apply(kRipple, source.handle, {100, 100, 2500, 1200, 180, energy, dissipate});
@@ -110,7 +110,7 @@ TEST(Ripple, EnergyMattersOnlyWhenWavesDissipate) {
     EXPECT_FALSE(SamePicture(with(15, 1).handle, with(90, 1).handle));
 }
 
-TEST(Ripple, BeyondTheLowerRightCornersDistanceDissipatingWavesTurnOver) {
+TEST(Ripple, Beyond_the_lower_right_corners_distance_dissipating_waves_turn_over) {
     // The centre lies half a picture below and to the right: that corner is the nearest one.
     const Picture source = ColumnPicture(100, 100);
     const Picture result = Apply(kRipple, source.handle, {200, 200, 1000, kEndless, kCrest, 100, 1});
@@ -124,7 +124,7 @@ TEST(Ripple, BeyondTheLowerRightCornersDistanceDissipatingWavesTurnOver) {
     }
 }
 
-TEST(Ripple, CentreZeroLiesHalfAPictureToTheLeftAndAbove) {
+TEST(Ripple, Centre_zero_lies_half_a_picture_to_the_left_and_above) {
     const Picture source = ColumnPicture(100, 60);
     const Picture result = Apply(kRipple, source.handle, {0, 0, 1000, kEndless, kCrest, 100, 1});
     const double far = std::sqrt(90.0 * 90.0 + 150.0 * 150.0);  // to (100, 60) from (-50, -30)
@@ -134,7 +134,7 @@ TEST(Ripple, CentreZeroLiesHalfAPictureToTheLeftAndAbove) {
     }
 }
 
-TEST(Ripple, ClampedPointsAlwaysFindTheirNeighboursSoNoDarkSeamArises) {
+TEST(Ripple, Clamped_points_always_find_their_neighbours_so_no_dark_seam_arises) {
     // A neighbour beyond the last column or row would be black, but a point there has no fraction left.
     const Picture result = Apply(kRipple, FlatPicture(50, 40, 0xFFFFFF).handle, kBuiltIn);
     for (int32_t y = 0; y < 40; ++y)
@@ -142,11 +142,11 @@ TEST(Ripple, ClampedPointsAlwaysFindTheirNeighboursSoNoDarkSeamArises) {
             EXPECT_GE(RedOf(PixelOf(result.handle, x, y)), 254u) << x << ", " << y;
 }
 
-TEST(Ripple, WavesWithoutALengthLeaveThePictureAsItIs) {
+TEST(Ripple, Waves_without_a_length_leave_the_picture_as_it_is) {
     EXPECT_EQ(Apply(kRipple, RandomPicture(9, 9, 7).handle, {100, 100, 2500, 0, 180, 15, 1}).handle, nullptr);
 }
 
-TEST(Ripple, OneCacheServesFramesOfAllSizes) {
+TEST(Ripple, One_cache_serves_frames_of_all_sizes) {
     for (size_t i = 0; i < kBuiltIn.size(); ++i) {
         Values others = kBuiltIn;
         others[i] = others[i] ? others[i] - 1 : 1;
@@ -154,9 +154,9 @@ TEST(Ripple, OneCacheServesFramesOfAllSizes) {
     }
 }
 
-TEST(Ripple, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kRipple, kBuiltIn); }
+TEST(Ripple, Any_value_is_survived) { ExpectAnyValueIsSurvived(kRipple, kBuiltIn); }
 
-TEST(Ripple, RefusedMemoryIsSurvived) {
+TEST(Ripple, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kRipple, RandomPicture(9, 8, 1).handle, kBuiltIn);
 }
 

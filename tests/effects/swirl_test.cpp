@@ -23,12 +23,12 @@ TEST(Swirl, Has_these_controls) {
         });
 }
 
-TEST(Swirl, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(Swirl, Equals_its_reference_on_pictures_of_all_sizes) {
     for (const int32_t position : {1485, 0, 1440, 2880, 1400})
         ExpectReferenceOnTrickyPictures(kSwirl, {position});
 }
 
-TEST(Swirl, Position1440LeavesTheOutsideIdenticalAndBlendsTheInsideByHalfAPixel) {
+TEST(Swirl, Position_1440_leaves_the_outside_identical_and_blends_the_inside_by_half_a_pixel) {
     const Picture source = ShadedPicture(60, 60, 3);
     const Picture result = Apply(kSwirl, source.handle, {1440});
     for (int32_t y = 0; y < 59; ++y) {
@@ -47,7 +47,7 @@ TEST(Swirl, Position1440LeavesTheOutsideIdenticalAndBlendsTheInsideByHalfAPixel)
     }
 }
 
-TEST(Swirl, BothEndsTurnFourTimesAtTheCentreInOppositeDirections) {
+TEST(Swirl, Both_ends_turn_four_times_at_the_centre_in_opposite_directions) {
     // Half way out a quarter of the four turns is left, one full turn: the picture as it stands.
     const Picture source = ShadedPicture(400, 400, 5);
     const Picture left = Apply(kSwirl, source.handle, {0});
@@ -65,7 +65,7 @@ TEST(Swirl, BothEndsTurnFourTimesAtTheCentreInOppositeDirections) {
     }
 }
 
-TEST(Swirl, InASquareTheCircleTouchesAllEdgesAndTheCornersStay) {
+TEST(Swirl, In_a_square_the_circle_touches_all_edges_and_the_corners_stay) {
     const Picture source = RandomPicture(64, 64, 7);
     const Picture result = Apply(kSwirl, source.handle, {1440 + 90});
     for (const int32_t x : {0, 1, 8, 55, 62, 63})
@@ -77,7 +77,7 @@ TEST(Swirl, InASquareTheCircleTouchesAllEdgesAndTheCornersStay) {
     EXPECT_NE(PixelOf(result.handle, 32, 63), PixelOf(source.handle, 32, 63));
 }
 
-TEST(Swirl, InAWidePictureTheEllipseTouchesAllEdges) {
+TEST(Swirl, In_a_wide_picture_the_ellipse_touches_all_edges) {
     const Picture source = RandomPicture(200, 100, 8);
     const Picture result = Apply(kSwirl, source.handle, {1440 + 90});
     EXPECT_EQ(PixelOf(result.handle, 2, 2), PixelOf(source.handle, 2, 2));
@@ -89,20 +89,20 @@ TEST(Swirl, InAWidePictureTheEllipseTouchesAllEdges) {
     EXPECT_NE(PixelOf(result.handle, 100, 99), PixelOf(source.handle, 100, 99));
 }
 
-TEST(Swirl, APositionOutsideTheSliderTurnsFartherAndWrapsIn32Bits) {
+TEST(Swirl, A_position_outside_the_slider_turns_farther_and_wraps_in_32_bits) {
     for (const int32_t position : {-100000, 100000, INT32_MAX, INT32_MIN, INT32_MIN + 1439})
         EXPECT_TRUE(SameAsReference(kSwirl, ShadedPicture(31, 20, 9).handle, {position}));
 }
 
-TEST(Swirl, OneCacheServesFramesOfAllSizes) { ExpectOneCacheServesAllFrames(kSwirl, {1485}, {1500}); }
+TEST(Swirl, One_cache_serves_frames_of_all_sizes) { ExpectOneCacheServesAllFrames(kSwirl, {1485}, {1500}); }
 
-TEST(Swirl, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kSwirl, {1485}); }
+TEST(Swirl, Any_value_is_survived) { ExpectAnyValueIsSurvived(kSwirl, {1485}); }
 
-TEST(Swirl, RefusedMemoryIsSurvived) {
+TEST(Swirl, Refused_memory_is_survived) {
     ExpectRefusedMemoryIsSurvived(kSwirl, RandomPicture(9, 8, 1).handle, {1485});
 }
 
-TEST(Swirl, AnotherDepthThan24BitsIsLeftAlone) {
+TEST(Swirl, Another_depth_than_24_bits_is_left_alone) {
     EXPECT_EQ(Apply(kSwirl, RandomPicture(9, 8, 1, 8).handle, {1485}).handle, nullptr);
 }
 

@@ -51,14 +51,14 @@ TEST(WaterDrops, Has_these_controls) {
         });
 }
 
-TEST(WaterDrops, EqualsItsReferenceOnPicturesOfAllSizes) {
+TEST(WaterDrops, Equals_its_reference_on_pictures_of_all_sizes) {
     for (const int32_t aperture : {3, 4, 5, 12}) {
         const HeldClock clock(1700000000u + static_cast<uint32_t>(aperture));
         ExpectReferenceOnTrickyPictures(kWaterDrops, {aperture});
     }
 }
 
-TEST(WaterDrops, EqualsItsReferenceAtEveryDepth) {
+TEST(WaterDrops, Equals_its_reference_at_every_depth) {
     const HeldClock clock(99);
     for (const int32_t bits : {1, 4, 8, 32})
         for (const Size& size : {Size{17, 11}, Size{64, 9}, Size{1, 20}})
@@ -66,7 +66,7 @@ TEST(WaterDrops, EqualsItsReferenceAtEveryDepth) {
                 SameAsReference(kWaterDrops, RandomPicture(size.width, size.height, 3, bits).handle, {5}));
 }
 
-TEST(WaterDrops, EqualsItsReferenceForEveryApertureOutsideTheSlider) {
+TEST(WaterDrops, Equals_its_reference_for_every_aperture_outside_the_slider) {
     const HeldClock clock(3000000000u);
     const Picture source = RandomPicture(40, 30, 5);
     for (const int32_t aperture :
@@ -75,7 +75,7 @@ TEST(WaterDrops, EqualsItsReferenceForEveryApertureOutsideTheSlider) {
         EXPECT_TRUE(SameAsReference(kWaterDrops, source.handle, {aperture}));
 }
 
-TEST(WaterDrops, OddAperturesScatterEvenlyAndEvenOnesLeanToTheLeftAndUp) {
+TEST(WaterDrops, Odd_apertures_scatter_evenly_and_even_ones_lean_to_the_left_and_up) {
     EXPECT_EQ(OffsetsOf(3).least, -1);
     EXPECT_EQ(OffsetsOf(3).most, 1);
     EXPECT_EQ(OffsetsOf(4).least, -2);
@@ -86,7 +86,7 @@ TEST(WaterDrops, OddAperturesScatterEvenlyAndEvenOnesLeanToTheLeftAndUp) {
     EXPECT_EQ(OffsetsOf(12).most, 5);
 }
 
-TEST(WaterDrops, PixelsWhoseSourceLiesOutsideKeepTheirValueAndNeverTurnBlack) {
+TEST(WaterDrops, Pixels_whose_source_lies_outside_keep_their_value_and_never_turn_black) {
     const HeldClock clock(4);
     const Picture result = Apply(kWaterDrops, CoordinatePicture(20, 20).handle, {12});
     int32_t kept = 0;
@@ -99,7 +99,7 @@ TEST(WaterDrops, PixelsWhoseSourceLiesOutsideKeepTheirValueAndNeverTurnBlack) {
     EXPECT_GT(kept, 80);  // about a quarter of the places around a border pixel lies outside
 }
 
-TEST(WaterDrops, InAColumnOfOnePixelOnlySidewaysSourcesAreReplaced) {
+TEST(WaterDrops, In_a_column_of_one_pixel_only_sideways_sources_are_replaced) {
     // Sources above and below still count, so a picture of one column is scattered, too; one pixel cannot be.
     const HeldClock clock(5);
     const Picture column = CoordinatePicture(1, 60);
@@ -113,7 +113,7 @@ TEST(WaterDrops, InAColumnOfOnePixelOnlySidewaysSourcesAreReplaced) {
     EXPECT_TRUE(SamePicture(pixel.handle, Apply(kWaterDrops, pixel.handle, {5}).handle));
 }
 
-TEST(WaterDrops, FramesOfOneSecondScatterAlikeAndOthersDoNot) {
+TEST(WaterDrops, Frames_of_one_second_scatter_alike_and_others_do_not) {
     const Picture source = RandomPicture(50, 20, 6);
     HoldClock(1000);
     const Picture first = Apply(kWaterDrops, source.handle, {5});
@@ -125,7 +125,7 @@ TEST(WaterDrops, FramesOfOneSecondScatterAlikeAndOthersDoNot) {
     EXPECT_FALSE(SamePicture(first.handle, later.handle));
 }
 
-TEST(WaterDrops, A32BitPixelWithAllBitsSetCountsAsOutside) {
+TEST(WaterDrops, A_32_bit_pixel_with_all_bits_set_counts_as_outside) {
     const HeldClock clock(7);
     Picture source = RandomPicture(30, 30, 8, 32);
     {
@@ -143,9 +143,9 @@ TEST(WaterDrops, A32BitPixelWithAllBitsSetCountsAsOutside) {
     EXPECT_TRUE(SameAsReference(kWaterDrops, source.handle, {5}));
 }
 
-TEST(WaterDrops, AnyValueIsSurvived) { ExpectAnyValueIsSurvived(kWaterDrops, {5}); }
+TEST(WaterDrops, Any_value_is_survived) { ExpectAnyValueIsSurvived(kWaterDrops, {5}); }
 
-TEST(WaterDrops, RefusedMemoryIsSurvived) {
+TEST(WaterDrops, Refused_memory_is_survived) {
     const HeldClock clock(9);
     ExpectRefusedMemoryIsSurvived(kWaterDrops, RandomPicture(9, 8, 1).handle, {5});
 }

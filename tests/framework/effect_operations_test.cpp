@@ -81,7 +81,7 @@ protected:
     EffectRunContext run = {};
 };
 
-TEST_F(EffectOperations, a_preview_is_the_kernels_picture_of_the_first_frame) {
+TEST_F(EffectOperations, A_preview_is_the_kernels_picture_of_the_first_frame) {
     HoldSource(2);
     EXPECT_EQ(PreviewEffect(MakeEffect(Shrink), &run), 1);
     const Picture rendered(run.image);
@@ -92,20 +92,20 @@ TEST_F(EffectOperations, a_preview_is_the_kernels_picture_of_the_first_frame) {
     EXPECT_EQ(seenValues, std::vector<int32_t>{45}) << "the slider's value, kept to its range";
 }
 
-TEST_F(EffectOperations, a_preview_keeps_the_frame_when_the_kernel_has_no_picture) {
+TEST_F(EffectOperations, A_preview_keeps_the_frame_when_the_kernel_has_no_picture) {
     HoldSource(1);
     EXPECT_EQ(PreviewEffect(MakeEffect(AnswerNone), &run), 1);
     const Picture rendered(run.image);
     EXPECT_TRUE(SamePicture(picture.handle, rendered.handle));
 }
 
-TEST_F(EffectOperations, a_preview_without_a_source_succeeds_with_no_picture) {
+TEST_F(EffectOperations, A_preview_without_a_source_succeeds_with_no_picture) {
     EXPECT_EQ(PreviewEffect(MakeEffect(Shrink), &run), 1);
     EXPECT_EQ(run.image, nullptr);
     EXPECT_TRUE(seenValues.empty());
 }
 
-TEST_F(EffectOperations, a_build_replaces_every_frame_and_reports_each_with_the_total) {
+TEST_F(EffectOperations, A_build_replaces_every_frame_and_reports_each_with_the_total) {
     HoldSource(3);
     EXPECT_EQ(BuildEffect(MakeEffect(Shrink), &context), 1);
     ASSERT_EQ(Count(), 3);
@@ -114,7 +114,7 @@ TEST_F(EffectOperations, a_build_replaces_every_frame_and_reports_each_with_the_
     EXPECT_EQ(seenCaches[2], seenCaches[0]) << "tables are kept from frame to frame";
 }
 
-TEST_F(EffectOperations, a_build_keeps_the_frames_for_which_the_kernel_has_no_picture) {
+TEST_F(EffectOperations, A_build_keeps_the_frames_for_which_the_kernel_has_no_picture) {
     HoldSource(2);
     EXPECT_EQ(BuildEffect(MakeEffect(AnswerNone), &context), 1);
     ASSERT_EQ(Count(), 2);
@@ -123,13 +123,13 @@ TEST_F(EffectOperations, a_build_keeps_the_frames_for_which_the_kernel_has_no_pi
     EXPECT_EQ(progress.size(), 2u);
 }
 
-TEST_F(EffectOperations, a_build_without_a_source_succeeds_with_no_frames) {
+TEST_F(EffectOperations, A_build_without_a_source_succeeds_with_no_frames) {
     EXPECT_EQ(BuildEffect(MakeEffect(Shrink), &context), 1);
     EXPECT_EQ(Count(), 0);
     EXPECT_TRUE(progress.empty());
 }
 
-TEST_F(EffectOperations, a_build_of_a_malformed_source_succeeds_with_no_frames) {
+TEST_F(EffectOperations, A_build_of_a_malformed_source_succeeds_with_no_frames) {
     std::vector<uint8_t> block = MakeAnimationBlock({{BytesOf(picture.handle), {}}});
     block[0] = '?';
     HoldBlock(block);
@@ -138,7 +138,7 @@ TEST_F(EffectOperations, a_build_of_a_malformed_source_succeeds_with_no_frames) 
     EXPECT_TRUE(progress.empty());
 }
 
-TEST_F(EffectOperations, a_build_of_some_of_the_source_s_frames_fails) {
+TEST_F(EffectOperations, A_build_of_some_of_the_sources_frames_fails) {
     std::vector<uint8_t> block =
         MakeAnimationBlock({{BytesOf(picture.handle), {}}, {BytesOf(picture.handle), {}}});
     block[808 + 40 + BytesOf(picture.handle).size()] = '?';  // the second frame's tag
@@ -160,7 +160,7 @@ constexpr GatheringPasses kPasses = {
     },
     [](uint64_t[2]) { ++released; }};
 
-TEST_F(EffectOperations, a_gathering_build_sees_all_frames_first_and_counts_both_passes) {
+TEST_F(EffectOperations, A_gathering_build_sees_all_frames_first_and_counts_both_passes) {
     HoldSource(3);
     gathered = appliedAfter = released = 0;
     Effect effect = MakeEffect(AnswerNone);
@@ -172,7 +172,7 @@ TEST_F(EffectOperations, a_gathering_build_sees_all_frames_first_and_counts_both
     EXPECT_EQ(progress, (Progress{{0, 6}, {1, 6}, {2, 6}, {3, 6}, {4, 6}, {5, 6}}));
 }
 
-TEST_F(EffectOperations, a_build_gathers_only_when_the_settings_ask_for_it) {
+TEST_F(EffectOperations, A_build_gathers_only_when_the_settings_ask_for_it) {
     HoldSource(2);
     gathered = 0;
     sliderVariable = 10;

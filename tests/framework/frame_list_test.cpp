@@ -8,7 +8,7 @@
 namespace kfx::test {
 namespace {
 
-TEST(FrameList, grows_by_56_bytes_an_entry_and_keeps_what_it_holds) {
+TEST(FrameList, Grows_by_56_bytes_an_entry_and_keeps_what_it_holds) {
     FrameList list = {};
     for (int32_t i = 0; i < 20; ++i) {
         FrameEntry entry = {};
@@ -27,7 +27,7 @@ TEST(FrameList, grows_by_56_bytes_an_entry_and_keeps_what_it_holds) {
     EXPECT_EQ(list.count, 0);
 }
 
-TEST(FrameList, an_entry_written_back_is_read_back_and_its_neighbours_stay) {
+TEST(FrameList, An_entry_written_back_is_read_back_and_its_neighbours_stay) {
     FrameList list = {};
     for (int32_t i = 0; i < 3; ++i) ASSERT_TRUE(AppendFrame(&list, FrameEntry{}));
     FrameEntry changed = {};
@@ -41,7 +41,7 @@ TEST(FrameList, an_entry_written_back_is_read_back_and_its_neighbours_stay) {
     FreeFrames(&list);
 }
 
-TEST(FrameList, there_is_no_entry_outside) {
+TEST(FrameList, There_is_no_entry_outside) {
     FrameList list = {};
     FrameEntry entry = {};
     EXPECT_FALSE(GetFrame(list, 0, &entry));

@@ -6,7 +6,7 @@
 namespace kfx::test {
 namespace {
 
-TEST(KernelCache, the_same_key_finds_the_table_as_it_was_left) {
+TEST(KernelCache, The_same_key_finds_the_table_as_it_was_left) {
     KernelCache cache;
     const int key = 7;
     bool fresh = false;
@@ -21,7 +21,7 @@ TEST(KernelCache, the_same_key_finds_the_table_as_it_was_left) {
     EXPECT_EQ(table[9], 123);
 }
 
-TEST(KernelCache, another_key_or_another_size_starts_afresh_with_zeros) {
+TEST(KernelCache, Another_key_or_another_size_starts_afresh_with_zeros) {
     KernelCache cache;
     int key = 7;
     bool fresh = false;
@@ -40,7 +40,7 @@ TEST(KernelCache, another_key_or_another_size_starts_afresh_with_zeros) {
     EXPECT_TRUE(fresh) << "a shorter key is another key";
 }
 
-TEST(KernelCache, a_table_that_nobody_finished_is_made_anew) {
+TEST(KernelCache, A_table_that_nobody_finished_is_made_anew) {
     KernelCache cache;
     const int key = 7;
     bool fresh = false;
@@ -52,7 +52,7 @@ TEST(KernelCache, a_table_that_nobody_finished_is_made_anew) {
     EXPECT_EQ(table[9], 0);
 }
 
-TEST(KernelCache, keeping_a_table_that_could_not_be_made_keeps_nothing) {
+TEST(KernelCache, Keeping_a_table_that_could_not_be_made_keeps_nothing) {
     KernelCache cache;
     bool fresh = false;
     ASSERT_EQ(CachedTable(&cache, "", kMostCacheKeyBytes + 1, 8, &fresh), nullptr);
@@ -61,7 +61,7 @@ TEST(KernelCache, keeping_a_table_that_could_not_be_made_keeps_nothing) {
     EXPECT_TRUE(fresh);
 }
 
-TEST(KernelCache, a_key_that_is_too_long_gives_none_and_empties_the_cache) {
+TEST(KernelCache, A_key_that_is_too_long_gives_none_and_empties_the_cache) {
     KernelCache cache;
     const char key[kMostCacheKeyBytes + 1] = {};
     bool fresh = false;

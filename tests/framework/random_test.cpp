@@ -10,7 +10,7 @@
 namespace kfx::test {
 namespace {
 
-TEST(Random, TheSequenceOfSeedOneIsTheWindowsRuntimes) {
+TEST(Random, The_sequence_of_seed_one_is_the_windows_runtimes) {
     RandomSequence sequence = SeedRandom(1);
     uint16_t numbers[5];
     NextRandoms(&sequence, numbers, 5);
@@ -19,7 +19,7 @@ TEST(Random, TheSequenceOfSeedOneIsTheWindowsRuntimes) {
 }
 
 #ifdef _WIN32
-TEST(Random, TheComputedSequenceIsTheRuntimesOwn) {
+TEST(Random, The_computed_sequence_is_the_runtimes_own) {
     for (const uint32_t seed : {0u, 1u, 77u, 0x80000000u, 0xFFFFFFFFu}) {
         uint16_t computed[1000], called[1000];
         RandomSequence sequence = SeedRandom(seed);
@@ -33,7 +33,7 @@ TEST(Random, TheComputedSequenceIsTheRuntimesOwn) {
 }
 #endif
 
-TEST(Random, AnyLengthsAskedForGiveOneSequence) {
+TEST(Random, Any_lengths_asked_for_give_one_sequence) {
     for (const uint32_t seed : {0u, 1u, 77u, 0x80000000u, 0xFFFFFFFFu}) {
         RandomSequence whole = SeedRandom(seed);
         uint16_t numbers[400];
@@ -49,7 +49,7 @@ TEST(Random, AnyLengthsAskedForGiveOneSequence) {
     }
 }
 
-TEST(Random, TheClockTellsTheTimeUnlessItIsHeld) {
+TEST(Random, The_clock_tells_the_time_unless_it_is_held) {
     const auto before = static_cast<uint32_t>(std::time(nullptr));
     const uint32_t now = ClockSeconds();
     EXPECT_LE(now - before, 60u);

@@ -47,7 +47,7 @@ bool FreeIfMade(ImageHandle image) {
     return image != nullptr;
 }
 
-TEST(RefusedMemory, first_frame) {
+TEST(RefusedMemory, First_frame) {
     for (const int32_t bitCount : {1, 8, 24}) {
         const Picture picture = RandomPicture(5, 3, 1, bitCount);
         const MemoryOwner source(MakeMemory(MakeAnimationBlock({{BytesOf(picture.handle), {}}})));
@@ -55,7 +55,7 @@ TEST(RefusedMemory, first_frame) {
     }
 }
 
-TEST(RefusedMemory, all_frames) {
+TEST(RefusedMemory, All_frames) {
     const Picture picture = RandomPicture(5, 3, 1, 8);
     const BlockFrame frame = {BytesOf(picture.handle), {}};
     const MemoryOwner source(MakeMemory(MakeAnimationBlock({frame, frame, frame})));
@@ -71,7 +71,7 @@ TEST(RefusedMemory, all_frames) {
     EXPECT_EQ(most, 3);
 }
 
-TEST(RefusedMemory, images_and_copies) {
+TEST(RefusedMemory, Images_and_copies) {
     const Picture picture = RandomPicture(5, 3, 1, 8);
     RefuseEachInTurn([] { return FreeIfMade(CreateDib(5, 5, nullptr, 8)); });
     RefuseEachInTurn([&picture] { return FreeIfMade(ConvertTo24Bits(picture.handle)); });
@@ -81,7 +81,7 @@ TEST(RefusedMemory, images_and_copies) {
     });
 }
 
-TEST(RefusedMemory, scaler) {
+TEST(RefusedMemory, Scaler) {
     for (const int32_t bitCount : {8, 24}) {
         const Picture picture = RandomPicture(40, 30, 1, bitCount);
         for (const int32_t percentage : {10, 100, 250})
@@ -92,7 +92,7 @@ TEST(RefusedMemory, scaler) {
     }
 }
 
-TEST(RefusedMemory, kernel_cache) {
+TEST(RefusedMemory, Kernel_cache) {
     RefuseEachInTurn([] {
         KernelCache cache;
         bool fresh = false;
@@ -100,7 +100,7 @@ TEST(RefusedMemory, kernel_cache) {
     });
 }
 
-TEST(RefusedMemory, a_source_that_cannot_be_read_is_not_a_missing_one) {
+TEST(RefusedMemory, A_source_that_cannot_be_read_is_not_a_missing_one) {
     uint32_t color = 0;
     FrameList list = {};
     EXPECT_EQ(DecodeAllFrames(nullptr, &list), DecodeResult::None) << "none at all";
@@ -119,7 +119,7 @@ TEST(RefusedMemory, a_source_that_cannot_be_read_is_not_a_missing_one) {
     settings = Settings();
 }
 
-TEST(RefusedMemory, frames_before_a_refusal_stay_in_the_list) {
+TEST(RefusedMemory, Frames_before_a_refusal_stay_in_the_list) {
     const Picture picture = RandomPicture(5, 3, 1, 24);
     const BlockFrame frame = {BytesOf(picture.handle), {}};
     const MemoryOwner source(MakeMemory(MakeAnimationBlock({frame, frame})));
@@ -153,7 +153,7 @@ constexpr GatheringPasses kPasses = {[](const KernelInput&) { return gatheringWa
                                      },
                                      [](uint64_t[2]) { unreleased -= gatheredFrames != 0; }};
 
-TEST(RefusedMemory, an_effect_fails_by_every_refusal_outside_its_kernel_and_releases_what_it_gathered) {
+TEST(RefusedMemory, An_effect_fails_by_every_refusal_outside_its_kernel_and_releases_what_it_gathered) {
     const Effect effect = {.name = "Test", .apply = Shrink, .gathering = &kPasses};
     const Picture picture = RandomPicture(5, 3, 1, 8);
     const BlockFrame frame = {BytesOf(picture.handle), {}};
@@ -184,7 +184,7 @@ FrameEntry EntryWith(ImageHandle image, ImageHandle changeMask) {
 
 ImageHandle NewImage() { return CreateDib(2, 2, nullptr, 24); }
 
-TEST(RefusedMemory, a_list_is_freed_with_all_its_images_though_no_lock_is_granted) {
+TEST(RefusedMemory, A_list_is_freed_with_all_its_images_though_no_lock_is_granted) {
     const size_t before = CountMemory().liveBlocks;
     FrameList list = {};
     for (int i = 0; i < 40; ++i) ASSERT_TRUE(AppendFrame(&list, EntryWith(NewImage(), nullptr)));
@@ -202,7 +202,7 @@ TEST(RefusedMemory, a_list_is_freed_with_all_its_images_though_no_lock_is_grante
     EXPECT_EQ(CountMemory().liveBlocks, before);
 }
 
-TEST(RefusedMemory, an_entry_that_cannot_be_put_leaves_its_image_with_the_caller) {
+TEST(RefusedMemory, An_entry_that_cannot_be_put_leaves_its_image_with_the_caller) {
     const size_t before = CountMemory().liveBlocks;
     FrameList list = {};
     ASSERT_TRUE(AppendFrame(&list, EntryWith(NewImage(), nullptr)));
@@ -219,7 +219,7 @@ TEST(RefusedMemory, an_entry_that_cannot_be_put_leaves_its_image_with_the_caller
     EXPECT_EQ(CountMemory().liveBlocks, before);
 }
 
-TEST(RefusedMemory, a_replacement_that_cannot_be_put_is_freed_and_the_old_image_stays) {
+TEST(RefusedMemory, A_replacement_that_cannot_be_put_is_freed_and_the_old_image_stays) {
     const size_t before = CountMemory().liveBlocks;
     FrameList list = {};
     ASSERT_TRUE(AppendFrame(&list, EntryWith(NewImage(), nullptr)));
@@ -236,7 +236,7 @@ TEST(RefusedMemory, a_replacement_that_cannot_be_put_is_freed_and_the_old_image_
     EXPECT_EQ(CountMemory().liveBlocks, before);
 }
 
-TEST(RefusedMemory, a_list_that_cannot_grow_stays_as_it_was) {
+TEST(RefusedMemory, A_list_that_cannot_grow_stays_as_it_was) {
     FrameList list = {};
     FrameEntry entry = {};
     entry.field3 = 5;

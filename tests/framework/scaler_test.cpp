@@ -28,7 +28,7 @@ void ExpectSameAsReference(const Picture& source, int32_t width, int32_t height,
         << from.width << "x" << from.height << " to " << width << "x" << height << ", blur " << blur;
 }
 
-TEST(Scaler, gives_what_the_plain_two_passes_give) {
+TEST(Scaler, Gives_what_the_plain_two_passes_give) {
     for (const Size& from : TrickySizes()) {
         const Picture source = RandomPicture(from.width, from.height, 11);
         for (const Size& to : {Size{1, 1}, {3, 2}, {2, 9}, {16, 16}, {33, 7}, {7, 50}, from})
@@ -36,7 +36,7 @@ TEST(Scaler, gives_what_the_plain_two_passes_give) {
     }
 }
 
-TEST(Scaler, keeps_every_depth_and_its_colour_table) {
+TEST(Scaler, Keeps_every_depth_and_its_colour_table) {
     for (const int32_t bitCount : {1, 4, 8, 32}) {
         const Picture source = RandomPicture(37, 23, 5, bitCount);
         for (const Size& to : {Size{9, 6}, {60, 41}, {10, 40}, {37, 11}}) {
@@ -50,7 +50,7 @@ TEST(Scaler, keeps_every_depth_and_its_colour_table) {
     }
 }
 
-TEST(Scaler, follows_blur_factors_at_its_own_size_too) {
+TEST(Scaler, Follows_blur_factors_at_its_own_size_too) {
     const Picture source = ShadedPicture(40, 30, 3);
     for (const double blur : {0.7, 1.0, 2.5}) {
         ExpectSameAsReference(source, 40, 30, blur);
@@ -58,12 +58,12 @@ TEST(Scaler, follows_blur_factors_at_its_own_size_too) {
     }
 }
 
-TEST(Scaler, rows_wider_than_one_piece_of_the_cache_have_no_seam) {
+TEST(Scaler, Rows_wider_than_one_piece_of_the_cache_have_no_seam) {
     ExpectSameAsReference(RandomPicture(700, 20, 8), 350, 9);
     ExpectSameAsReference(RandomPicture(1400, 3, 8), 140, 3);
 }
 
-TEST(Scaler, a_hundred_percent_is_an_exact_copy) {
+TEST(Scaler, A_hundred_percent_is_an_exact_copy) {
     for (const int32_t bitCount : {1, 4, 8, 24, 32}) {
         const Picture source = RandomPicture(17, 23, 4, bitCount);
         const Picture copy(ScaleByPercentage(source.handle, 100, 100));
@@ -72,7 +72,7 @@ TEST(Scaler, a_hundred_percent_is_an_exact_copy) {
     }
 }
 
-TEST(Scaler, sides_are_rounded_half_up) {
+TEST(Scaler, Sides_are_rounded_half_up) {
     const Picture flat = RandomPicture(1000, 10, 1);
     const Picture scaled(ScaleByPercentage(flat.handle, 10, 10));
     EXPECT_EQ(SizeOf(scaled.handle).width, 100);
@@ -86,7 +86,7 @@ TEST(Scaler, sides_are_rounded_half_up) {
     EXPECT_EQ(SizeOf(stretched.handle).height, 8);
 }
 
-TEST(Scaler, a_side_has_at_least_one_pixel) {
+TEST(Scaler, A_side_has_at_least_one_pixel) {
     const Picture source = RandomPicture(200, 3, 1);
     const Picture scaled(ScaleByPercentage(source.handle, 1, 1));
     EXPECT_EQ(SizeOf(scaled.handle).width, 2);
@@ -96,7 +96,7 @@ TEST(Scaler, a_side_has_at_least_one_pixel) {
     EXPECT_EQ(SizeOf(smallest.handle).height, 1);
 }
 
-TEST(Scaler, what_cannot_be_made_is_none) {
+TEST(Scaler, What_cannot_be_made_is_none) {
     const Picture source = RandomPicture(20, 20, 1);
     EXPECT_EQ(ScaleByPercentage(nullptr, 50, 50), nullptr);
     EXPECT_EQ(ScaleByPercentage(source.handle, -1, 50), nullptr);
@@ -105,14 +105,14 @@ TEST(Scaler, what_cannot_be_made_is_none) {
     EXPECT_EQ(Resample(nullptr, 5, 5, 1.0), nullptr);
 }
 
-TEST(Scaler, the_source_is_left_unchanged) {
+TEST(Scaler, The_source_is_left_unchanged) {
     const Picture source = RandomPicture(50, 40, 1);
     const std::vector<uint8_t> before = BytesOf(source.handle);
     const Picture scaled(ScaleByPercentage(source.handle, 30, 30));
     EXPECT_EQ(BytesOf(source.handle), before);
 }
 
-TEST(Scaler, a_flat_picture_stays_flat) {
+TEST(Scaler, A_flat_picture_stays_flat) {
     const Picture source = FlatPicture(61, 47, 0x3C80FF);
     for (const int32_t percentage : {3, 17, 50, 99, 160}) {
         const Picture scaled(ScaleByPercentage(source.handle, percentage, percentage));
@@ -136,13 +136,13 @@ int HighestBeside(int32_t fromWidth, int32_t toWidth) {
     return highest;
 }
 
-TEST(Scaler, shrinking_uses_lanczos_growing_uses_mitchell) {
+TEST(Scaler, Shrinking_uses_lanczos_growing_uses_mitchell) {
     EXPECT_GT(HighestBeside(400, 131), 212);
     EXPECT_GT(HighestBeside(400, 800), 200);
     EXPECT_LT(HighestBeside(400, 800), 212);
 }
 
-TEST(Filters, the_table_holds_sixteen_with_their_half_widths) {
+TEST(Filters, The_table_holds_sixteen_with_their_half_widths) {
     const double supports[] = {0, 0, 0.5, 1, 1, 1, 1, 1, 1.25, 1.5, 2, 2, 2, 3, 3.2383, 4};
     ASSERT_EQ(FilterCount(), std::size(supports));
     for (size_t i = 0; i < FilterCount(); ++i)
@@ -153,7 +153,7 @@ TEST(Filters, the_table_holds_sixteen_with_their_half_widths) {
 
 double WeightAt(size_t filter, double x) { return FilterAt(filter).weight(x, FilterAt(filter).support); }
 
-TEST(Filters, the_two_in_use_follow_their_formulas) {
+TEST(Filters, The_two_in_use_follow_their_formulas) {
     EXPECT_DOUBLE_EQ(WeightAt(kMitchellFilter, 0), 8.0 / 9);
     EXPECT_NEAR(WeightAt(kMitchellFilter, 1), 1.0 / 18, 1e-15);
     EXPECT_NEAR(WeightAt(kMitchellFilter, -1.5), -0.034722222222222, 1e-14);
@@ -164,7 +164,7 @@ TEST(Filters, the_two_in_use_follow_their_formulas) {
     EXPECT_EQ(WeightAt(kLanczosFilter, 3), 0);
 }
 
-TEST(Filters, all_are_even_and_vanish_at_their_half_width) {
+TEST(Filters, All_are_even_and_vanish_at_their_half_width) {
     for (size_t i = 3; i < FilterCount(); ++i) {
         for (const double x : {0.1, 0.4, 0.9, 1.3, 2.2})
             EXPECT_NEAR(WeightAt(i, x), WeightAt(i, -x), 1e-14) << FilterAt(i).name;
@@ -177,7 +177,7 @@ TEST(Filters, all_are_even_and_vanish_at_their_half_width) {
 
 // Filters that interpolate or smooth without a change of brightness add up to 1 over the whole pixels around
 // any spot.
-TEST(Filters, the_splines_and_cubics_add_up_to_one) {
+TEST(Filters, The_splines_and_cubics_add_up_to_one) {
     for (const size_t filter : {size_t{3}, size_t{4}, size_t{9}, size_t{10}, size_t{11}, kMitchellFilter}) {
         for (const double at : {0.0, 0.2, 0.5, 0.8}) {
             double sum = 0;
@@ -187,7 +187,7 @@ TEST(Filters, the_splines_and_cubics_add_up_to_one) {
     }
 }
 
-TEST(Filters, the_windowed_ones_carry_the_blackman_window) {
+TEST(Filters, The_windowed_ones_carry_the_blackman_window) {
     EXPECT_NEAR(WeightAt(7, 0.5), 0.34, 1e-15);
     EXPECT_NEAR(WeightAt(15, 0.5), 0.938508 * 0.636620, 1e-5);
     // J1(pi / 2) = 0.566824088906

@@ -27,7 +27,7 @@ BlockFrame MakeFrame(const Picture& picture, uint32_t firstField) {
     return {BytesOf(picture.handle), {firstField, firstField + 1, firstField + 2, firstField + 3}};
 }
 
-TEST(FirstFrame, comes_back_in_24_bits_at_every_depth) {
+TEST(FirstFrame, Comes_back_in_24_bits_at_every_depth) {
     for (const int32_t bitCount : {1, 4, 8, 24, 32}) {
         const Picture picture = RandomPicture(17, 5, 2, bitCount);
         const Source source(
@@ -38,7 +38,7 @@ TEST(FirstFrame, comes_back_in_24_bits_at_every_depth) {
     }
 }
 
-TEST(FirstFrame, a_one_bit_frame_with_a_white_and_black_palette_still_has_index_0_black) {
+TEST(FirstFrame, A_one_bit_frame_with_a_white_and_black_palette_still_has_index_0_black) {
     const uint8_t whiteFirst[] = {255, 255, 255, 0, 0, 0};
     const Picture picture(CreateDib(2, 1, whiteFirst, 1));
     {
@@ -51,7 +51,7 @@ TEST(FirstFrame, a_one_bit_frame_with_a_white_and_black_palette_still_has_index_
     EXPECT_EQ(PixelOf(frame.handle, 1, 0), 0xFFFFFFu);
 }
 
-TEST(FirstFrame, leaves_the_padding_of_the_hosts_rows_behind) {
+TEST(FirstFrame, Leaves_the_padding_of_the_hosts_rows_behind) {
     const Picture picture = RandomPicture(3, 2, 1);
     const Source source(MakeAnimationBlock({MakeFrame(picture, 1)}));
     const Picture frame(FetchFirstFrame(source));
@@ -61,15 +61,15 @@ TEST(FirstFrame, leaves_the_padding_of_the_hosts_rows_behind) {
     }
 }
 
-TEST(FirstFrame, is_none_without_a_source) { EXPECT_EQ(FetchFirstFrame(nullptr), nullptr); }
+TEST(FirstFrame, Is_none_without_a_source) { EXPECT_EQ(FetchFirstFrame(nullptr), nullptr); }
 
-TEST(FirstFrame, is_none_when_the_closing_tag_comes_first) {
+TEST(FirstFrame, Is_none_when_the_closing_tag_comes_first) {
     const Source source(MakeAnimationBlock({}));
     EXPECT_EQ(FetchFirstFrame(source), nullptr);
 }
 
 // The first block counts, not the header's number of frames.
-TEST(FirstFrame, is_there_even_when_the_header_announces_none) {
+TEST(FirstFrame, Is_there_even_when_the_header_announces_none) {
     std::vector<uint8_t> block = MakeAnimationBlock({MakeFrame(RandomPicture(3, 3, 4), 5)});
     block[16] = 0;
     const Source source(block);
@@ -77,7 +77,7 @@ TEST(FirstFrame, is_there_even_when_the_header_announces_none) {
     EXPECT_NE(frame.handle, nullptr);
 }
 
-TEST(FirstFrame, is_none_when_tag_or_bitmap_header_are_wrong) {
+TEST(FirstFrame, Is_none_when_tag_or_bitmap_header_are_wrong) {
     const std::vector<uint8_t> sound = MakeAnimationBlock({MakeFrame(RandomPicture(3, 3, 4), 5)});
     for (const size_t at : {size_t{0}, size_t{808}, size_t{848}}) {
         std::vector<uint8_t> block = sound;
@@ -87,7 +87,7 @@ TEST(FirstFrame, is_none_when_tag_or_bitmap_header_are_wrong) {
     }
 }
 
-TEST(AllFrames, each_becomes_an_entry_with_its_four_fields) {
+TEST(AllFrames, Each_becomes_an_entry_with_its_four_fields) {
     const Picture first = RandomPicture(5, 3, 1, 8);
     const Picture second = RandomPicture(7, 2, 2);
     const Source source(MakeAnimationBlock({MakeFrame(first, 10), MakeFrame(second, 20)}));
@@ -111,7 +111,7 @@ TEST(AllFrames, each_becomes_an_entry_with_its_four_fields) {
     EXPECT_EQ(entry.field3, 22);
 }
 
-TEST(AllFrames, are_appended_to_what_the_list_holds) {
+TEST(AllFrames, Are_appended_to_what_the_list_holds) {
     const Source source(MakeAnimationBlock({MakeFrame(RandomPicture(3, 3, 4), 5)}));
     Frames frames;
     ASSERT_EQ(DecodeAllFrames(source, &frames.list), DecodeResult::Whole);
@@ -119,7 +119,7 @@ TEST(AllFrames, are_appended_to_what_the_list_holds) {
     EXPECT_EQ(frames.list.count, 2);
 }
 
-TEST(AllFrames, an_early_closing_tag_gives_an_empty_list_and_success) {
+TEST(AllFrames, An_early_closing_tag_gives_an_empty_list_and_success) {
     std::vector<uint8_t> block = MakeAnimationBlock({});
     block[16] = 3;
     const Source source(block);
@@ -128,7 +128,7 @@ TEST(AllFrames, an_early_closing_tag_gives_an_empty_list_and_success) {
     EXPECT_EQ(frames.list.count, 0);
 }
 
-TEST(AllFrames, no_announced_frames_give_an_empty_list_and_success_even_if_blocks_follow) {
+TEST(AllFrames, No_announced_frames_give_an_empty_list_and_success_even_if_blocks_follow) {
     std::vector<uint8_t> block = MakeAnimationBlock({MakeFrame(RandomPicture(3, 3, 4), 5)});
     block[16] = 0;
     const Source source(block);
@@ -138,7 +138,7 @@ TEST(AllFrames, no_announced_frames_give_an_empty_list_and_success_even_if_block
     EXPECT_EQ(frames.list.entries, nullptr);
 }
 
-TEST(AllFrames, only_as_many_as_announced_are_read) {
+TEST(AllFrames, Only_as_many_as_announced_are_read) {
     std::vector<uint8_t> block =
         MakeAnimationBlock({MakeFrame(RandomPicture(3, 3, 4), 5), MakeFrame(RandomPicture(3, 3, 5), 5)});
     block[16] = 1;
@@ -148,13 +148,13 @@ TEST(AllFrames, only_as_many_as_announced_are_read) {
     EXPECT_EQ(frames.list.count, 1);
 }
 
-TEST(AllFrames, fail_without_a_source) {
+TEST(AllFrames, Fail_without_a_source) {
     Frames frames;
     EXPECT_EQ(DecodeAllFrames(nullptr, &frames.list), DecodeResult::None);
     EXPECT_EQ(frames.list.count, 0);
 }
 
-TEST(AllFrames, a_damaged_second_frame_leaves_the_first_in_the_list) {
+TEST(AllFrames, A_damaged_second_frame_leaves_the_first_in_the_list) {
     const Picture first = RandomPicture(5, 3, 1);
     const std::vector<uint8_t> sound =
         MakeAnimationBlock({MakeFrame(first, 10), MakeFrame(RandomPicture(3, 3, 5), 20)});
@@ -169,7 +169,7 @@ TEST(AllFrames, a_damaged_second_frame_leaves_the_first_in_the_list) {
     }
 }
 
-TEST(AllFrames, a_damaged_header_or_first_frame_gives_an_empty_list) {
+TEST(AllFrames, A_damaged_header_or_first_frame_gives_an_empty_list) {
     const std::vector<uint8_t> sound =
         MakeAnimationBlock({MakeFrame(RandomPicture(5, 3, 1), 10), MakeFrame(RandomPicture(3, 3, 5), 20)});
     for (const size_t at : {size_t{0}, size_t{808}, size_t{848}}) {
@@ -188,7 +188,7 @@ uint32_t Background(MemoryHandle source) {
     return color;
 }
 
-TEST(Background, is_the_users_choice_while_local_background_is_on) {
+TEST(Background, Is_the_users_choice_while_local_background_is_on) {
     BlockOptions options;
     options.hasBackground = true;
     options.background = 0x123456;
@@ -202,7 +202,7 @@ TEST(Background, is_the_users_choice_while_local_background_is_on) {
     settings = saved;
 }
 
-TEST(Background, is_mid_grey_without_a_choice_a_source_or_a_background_of_its_own) {
+TEST(Background, Is_mid_grey_without_a_choice_a_source_or_a_background_of_its_own) {
     const Settings saved = settings;
     settings.localBackgroundUse = 0;
     EXPECT_EQ(Background(nullptr), 0x7F7F7Fu);

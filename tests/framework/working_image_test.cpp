@@ -16,7 +16,7 @@ struct DepthCase {
     uint32_t colors;
 };
 
-TEST(WorkingImage, depth_requests_choose_bits_per_pixel_and_palette_length) {
+TEST(WorkingImage, Depth_requests_choose_bits_per_pixel_and_palette_length) {
     for (const DepthCase& depth : {DepthCase{0, 32, 0},
                                    {1, 1, 2},
                                    {2, 4, 16},
@@ -38,7 +38,7 @@ TEST(WorkingImage, depth_requests_choose_bits_per_pixel_and_palette_length) {
     }
 }
 
-TEST(WorkingImage, the_header_is_filled_in_and_everything_else_is_zero) {
+TEST(WorkingImage, The_header_is_filled_in_and_everything_else_is_zero) {
     const Picture picture(CreateDib(5, 3, nullptr, 24));
     const std::vector<uint8_t> bytes = BytesOf(picture.handle);
     const uint8_t header[40] = {40, 0, 0, 0, 5, 0, 0, 0, 3, 0, 0, 0, 1, 0, 24, 0, 0, 0, 0, 0, 48};
@@ -47,7 +47,7 @@ TEST(WorkingImage, the_header_is_filled_in_and_everything_else_is_zero) {
     for (size_t i = 40; i < bytes.size(); ++i) EXPECT_EQ(bytes[i], 0) << i;
 }
 
-TEST(WorkingImage, rows_are_padded_to_four_bytes) {
+TEST(WorkingImage, Rows_are_padded_to_four_bytes) {
     EXPECT_EQ(RowStride(1, 1), 4u);
     EXPECT_EQ(RowStride(32, 1), 4u);
     EXPECT_EQ(RowStride(33, 1), 8u);
@@ -59,7 +59,7 @@ TEST(WorkingImage, rows_are_padded_to_four_bytes) {
     EXPECT_EQ(RowStride(3, 32), 12u);
 }
 
-TEST(WorkingImage, palette_triples_are_stored_blue_green_red_zero) {
+TEST(WorkingImage, Palette_triples_are_stored_blue_green_red_zero) {
     uint8_t palette[kPaletteBytes];
     for (size_t i = 0; i < sizeof palette; ++i) palette[i] = static_cast<uint8_t>(i % 251);
     const Picture picture(CreateDib(1, 1, palette, 4));
@@ -73,7 +73,7 @@ TEST(WorkingImage, palette_triples_are_stored_blue_green_red_zero) {
     }
 }
 
-TEST(WorkingImage, impossible_sizes_give_none) {
+TEST(WorkingImage, Impossible_sizes_give_none) {
     EXPECT_EQ(CreateDib(0, 5, nullptr, 24), nullptr);
     EXPECT_EQ(CreateDib(5, 0, nullptr, 24), nullptr);
     EXPECT_EQ(CreateDib(-5, 5, nullptr, 24), nullptr);
@@ -82,7 +82,7 @@ TEST(WorkingImage, impossible_sizes_give_none) {
     EXPECT_EQ(CreateDib(INT32_MAX, 1, nullptr, 24), nullptr);
 }
 
-TEST(Pixels, a_colour_has_red_in_its_low_byte_and_stands_blue_first_in_the_row) {
+TEST(Pixels, A_colour_has_red_in_its_low_byte_and_stands_blue_first_in_the_row) {
     const Picture picture(CreateDib(2, 2, nullptr, 24));
     const ImageLock lock(picture.handle);
     SetDibPixel(lock.image, 1, 0, 0xFF332211);
@@ -93,7 +93,7 @@ TEST(Pixels, a_colour_has_red_in_its_low_byte_and_stands_blue_first_in_the_row) 
     EXPECT_EQ(GetDibPixel(lock.image, 1, 0), 0x332211u);
 }
 
-TEST(Pixels, a_32_bit_pixel_keeps_its_fourth_byte) {
+TEST(Pixels, A_32_bit_pixel_keeps_its_fourth_byte) {
     const Picture picture(CreateDib(1, 1, nullptr, 0));
     const ImageLock lock(picture.handle);
     SetDibPixel(lock.image, 0, 0, 0x84332211);
@@ -101,7 +101,7 @@ TEST(Pixels, a_32_bit_pixel_keeps_its_fourth_byte) {
     EXPECT_EQ(GetDibPixel(lock.image, 0, 0), 0x84332211u);
 }
 
-TEST(Pixels, four_bits_high_nibble_first) {
+TEST(Pixels, Four_bits_high_nibble_first) {
     const Picture picture(CreateDib(3, 1, nullptr, 4));
     const ImageLock lock(picture.handle);
     PixelsOf(lock.image)[0] = 0xAB;
@@ -114,7 +114,7 @@ TEST(Pixels, four_bits_high_nibble_first) {
     EXPECT_EQ(PixelsOf(lock.image)[1], 0x50);
 }
 
-TEST(Pixels, one_bit_most_significant_first_set_by_odd_values_cleared_by_even) {
+TEST(Pixels, One_bit_most_significant_first_set_by_odd_values_cleared_by_even) {
     const Picture picture(CreateDib(9, 1, nullptr, 1));
     const ImageLock lock(picture.handle);
     for (int32_t x = 0; x < 9; ++x) {
@@ -127,7 +127,7 @@ TEST(Pixels, one_bit_most_significant_first_set_by_odd_values_cleared_by_even) {
     }
 }
 
-TEST(Pixels, reading_outside_gives_minus_one_and_writing_outside_changes_nothing) {
+TEST(Pixels, Reading_outside_gives_minus_one_and_writing_outside_changes_nothing) {
     for (const int32_t bitCount : {1, 4, 8, 24, 32}) {
         const Picture picture = RandomPicture(5, 3, 1, bitCount);
         const std::vector<uint8_t> before = BytesOf(picture.handle);
@@ -142,7 +142,7 @@ TEST(Pixels, reading_outside_gives_minus_one_and_writing_outside_changes_nothing
     }
 }
 
-TEST(Pixels, another_depth_is_neither_read_nor_written) {
+TEST(Pixels, Another_depth_is_neither_read_nor_written) {
     const Picture picture = RandomPicture(5, 3, 1, 32);
     std::vector<uint8_t> before;
     {
@@ -156,7 +156,7 @@ TEST(Pixels, another_depth_is_neither_read_nor_written) {
 }
 
 // Neither accessor nor row walk looks at the colours-used field: the table is always complete.
-TEST(Pixels, the_colour_table_is_whole_whatever_the_colours_used_field_says) {
+TEST(Pixels, The_colour_table_is_whole_whatever_the_colours_used_field_says) {
     const Picture picture = RandomPicture(5, 3, 1, 8);
     const uint32_t pixel = PixelOf(picture.handle, 2, 1);
     const ImageLock lock(picture.handle);
@@ -184,7 +184,7 @@ Picture ConvertedByRule(ImageHandle source) {
     return result;
 }
 
-TEST(ConvertTo24Bits, follows_the_rule_at_every_depth_and_size) {
+TEST(ConvertTo24Bits, Follows_the_rule_at_every_depth_and_size) {
     for (const int32_t bitCount : {1, 4, 8, 24, 32}) {
         for (const Size& size : TrickySizes()) {
             const Picture source = RandomPicture(size.width, size.height, 7, bitCount);
@@ -195,7 +195,7 @@ TEST(ConvertTo24Bits, follows_the_rule_at_every_depth_and_size) {
     }
 }
 
-TEST(ConvertTo24Bits, one_bit_is_black_and_white_even_with_a_white_and_black_palette) {
+TEST(ConvertTo24Bits, One_bit_is_black_and_white_even_with_a_white_and_black_palette) {
     const uint8_t whiteFirst[] = {255, 255, 255, 0, 0, 0};
     const Picture source(CreateDib(2, 1, whiteFirst, 1));
     {
@@ -207,7 +207,7 @@ TEST(ConvertTo24Bits, one_bit_is_black_and_white_even_with_a_white_and_black_pal
     EXPECT_EQ(PixelOf(result.handle, 1, 0), 0xFFFFFFu);
 }
 
-TEST(ConvertTo24Bits, leaves_the_source_as_it_was) {
+TEST(ConvertTo24Bits, Leaves_the_source_as_it_was) {
     const Picture source = RandomPicture(17, 5, 3, 8);
     const std::vector<uint8_t> before = BytesOf(source.handle);
     const Picture result(ConvertTo24Bits(source.handle));
@@ -215,7 +215,7 @@ TEST(ConvertTo24Bits, leaves_the_source_as_it_was) {
     EXPECT_NE(result.handle, source.handle);
 }
 
-TEST(WorkingImage, copies_carry_size_depth_and_colours) {
+TEST(WorkingImage, Copies_carry_size_depth_and_colours) {
     for (const int32_t bitCount : {1, 4, 8, 24, 32}) {
         const Picture source = RandomPicture(5, 3, 9, bitCount);
         const ImageLock lock(source.handle);

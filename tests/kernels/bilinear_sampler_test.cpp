@@ -28,11 +28,11 @@ uint32_t Sample(ImageHandle image, double x, double y) {
     return SampleBilinear(lock.image, x, y, kFallback);
 }
 
-TEST(BilinearSampler, AWholeNumberedPointBlendsFourPixelsEqually) {
+TEST(BilinearSampler, A_whole_numbered_point_blends_four_pixels_equally) {
     EXPECT_EQ(Sample(TwoColumns().handle, 0, 0), 0x969696u);
 }
 
-TEST(BilinearSampler, APointJustLeftOfThePictureMixesTheFallbackWithColumnZero) {
+TEST(BilinearSampler, A_point_just_left_of_the_picture_mixes_the_fallback_with_column_zero) {
     const Picture picture = TwoColumns();
     // Three quarters of the way from the fallback to column 0.
     EXPECT_EQ(Sample(picture.handle, -0.75, 0), Rgb((80 + 3 * 100 + 2) / 4, 100, (10 + 3 * 100 + 2) / 4));
@@ -40,7 +40,7 @@ TEST(BilinearSampler, APointJustLeftOfThePictureMixesTheFallbackWithColumnZero) 
     EXPECT_EQ(Sample(picture.handle, std::nextafter(-1.5, -2.0), 0), kFallback);
 }
 
-TEST(BilinearSampler, OutsideThePictureIsTheFallback) {
+TEST(BilinearSampler, Outside_the_picture_is_the_fallback) {
     const Picture picture = TwoColumns();
     for (const double far : {-1.6, -1e300, 1e300, 40.0}) {
         EXPECT_EQ(Sample(picture.handle, far, 1), kFallback);
@@ -50,7 +50,7 @@ TEST(BilinearSampler, OutsideThePictureIsTheFallback) {
     EXPECT_EQ(Sample(picture.handle, 1, 2.5), kFallback);
 }
 
-TEST(BilinearSampler, APointThatIsNoNumberIsTheFallback) {
+TEST(BilinearSampler, A_point_that_is_no_number_is_the_fallback) {
     const double none = std::numeric_limits<double>::quiet_NaN();
     const double endless = std::numeric_limits<double>::infinity();
     EXPECT_EQ(Sample(TwoColumns().handle, none, 0), kFallback);
@@ -92,7 +92,7 @@ void ExpectRowsEqualReference(const Picture& picture, const std::vector<double>&
     AllowAvx2(true);
 }
 
-TEST(BilinearSampler, RowsEqualTheReferenceOnAndBesideEveryPixelBoundary) {
+TEST(BilinearSampler, Rows_equal_the_reference_on_and_beside_every_pixel_boundary) {
     for (const Size& size : {Size{1, 1}, Size{2, 3}, Size{5, 4}, Size{9, 17}}) {
         const Picture picture = RandomPicture(size.width, size.height, 11);
         for (const double y : TrickyCoordinates(size.height)) {
@@ -102,7 +102,7 @@ TEST(BilinearSampler, RowsEqualTheReferenceOnAndBesideEveryPixelBoundary) {
     }
 }
 
-TEST(BilinearSampler, RowsOfAnyLengthEqualTheReference) {
+TEST(BilinearSampler, Rows_of_any_length_equal_the_reference) {
     const Picture picture = RandomPicture(40, 30, 12);
     std::mt19937 random(5);
     for (size_t count = 0; count < 40; ++count) {

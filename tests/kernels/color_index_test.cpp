@@ -43,7 +43,7 @@ protected:
     void TearDown() override { AllowAvx2(true); }
 };
 
-TEST_P(ColorIndexPaths, every_answer_is_the_one_of_the_rule) {
+TEST_P(ColorIndexPaths, Every_answer_is_the_one_of_the_rule) {
     std::mt19937 random(7);
     uint32_t seed = 1;
     for (const int32_t count : {1, 2, 3, 16, 63, 64, 65, 200, 256}) {
@@ -63,7 +63,7 @@ TEST_P(ColorIndexPaths, every_answer_is_the_one_of_the_rule) {
     }
 }
 
-TEST_P(ColorIndexPaths, a_whole_block_of_colours_is_answered_by_the_rule) {
+TEST_P(ColorIndexPaths, A_whole_block_of_colours_is_answered_by_the_rule) {
     const Palette palette = RandomPalette(99);
     ColorIndex index;
     ASSERT_TRUE(PrepareColorIndex(&index, palette.bytes, 256, false));
@@ -77,7 +77,7 @@ TEST_P(ColorIndexPaths, a_whole_block_of_colours_is_answered_by_the_rule) {
 
 INSTANTIATE_TEST_SUITE_P(Avx2AndPlain, ColorIndexPaths, ::testing::Bool());
 
-TEST(ColorIndex, an_empty_palette_answers_its_first_entry) {
+TEST(ColorIndex, An_empty_palette_answers_its_first_entry) {
     const Palette palette = RandomPalette(3);
     ColorIndex index;
     ASSERT_TRUE(PrepareColorIndex(&index, palette.bytes, 0, false));
@@ -85,7 +85,7 @@ TEST(ColorIndex, an_empty_palette_answers_its_first_entry) {
     EXPECT_EQ(LookUpColor(&index, 255, 255, 255), 0);
 }
 
-TEST(ColorIndex, every_colour_has_a_place_of_its_own) {
+TEST(ColorIndex, Every_colour_has_a_place_of_its_own) {
     std::vector<bool> taken(size_t{1} << 24);
     for (uint32_t color = 0; color < 1u << 24; ++color) {
         const uint32_t place = PlaceOf(color >> 16, color >> 8 & 255, color & 255);
@@ -95,7 +95,7 @@ TEST(ColorIndex, every_colour_has_a_place_of_its_own) {
     }
 }
 
-TEST(ColorIndex, another_palette_another_count_and_another_rule_are_noticed) {
+TEST(ColorIndex, Another_palette_another_count_and_another_rule_are_noticed) {
     const Palette first = RandomPalette(11), second = RandomPalette(12);
     ColorIndex index;
     const auto answer = [&index](const Palette& palette, int32_t count, bool fast) {

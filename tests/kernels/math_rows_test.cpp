@@ -63,7 +63,7 @@ void ExpectRow(const char* name, const Numbers& x, const Row& row, const Functio
 
 TEST(ElementaryRows, Exponentials) { ExpectRow("ExpRow", MixedNumbers(-60, 1), ExpRow, Exp); }
 
-TEST(ElementaryRows, ExponentialsAtTheEndsOfTheirRange) {
+TEST(ElementaryRows, Exponentials_at_the_ends_of_their_range) {
     ExpectRow("ExpRow", MixedNumbers(-750, -690), ExpRow, Exp);
     ExpectRow("ExpRow", MixedNumbers(690, 715), ExpRow, Exp);
 }
@@ -73,7 +73,7 @@ TEST(ElementaryRows, Sines) {
     ExpectRow("SinRow", MixedNumbers(-40000, 40000), SinRow, Sin);
 }
 
-TEST(ElementaryRows, SinesAndCosines) {
+TEST(ElementaryRows, Sines_and_cosines) {
     const auto sines = [](const double* x, int32_t count, double* values) {
         Numbers others(static_cast<size_t>(count));
         SinCosRow(x, count, values, others.data());

@@ -6,7 +6,7 @@
 namespace kfx::test {
 namespace {
 
-TEST(CopyPixels, CopiesWhatLiesInsideBothPictures) {
+TEST(CopyPixels, Copies_what_lies_inside_both_pictures) {
     const Picture source = RandomPicture(9, 7, 1);
     for (const Size size : {Size{4, 5}, Size{20, 3}, Size{3, 20}, Size{-1, 4}, Size{100, 100}}) {
         Picture copy = FlatPicture(6, 8, 0x112233);
@@ -23,7 +23,7 @@ TEST(CopyPixels, CopiesWhatLiesInsideBothPictures) {
     }
 }
 
-TEST(CopyPixels, CopiesPixelValuesBetweenDepths) {
+TEST(CopyPixels, Copies_pixel_values_between_depths) {
     for (const int32_t bits : {1, 4, 8, 24, 32}) {
         const Picture source = RandomPicture(11, 5, 3, bits);
         Picture copy(CreateDib(11, 5, nullptr, 0));
@@ -36,7 +36,7 @@ TEST(CopyPixels, CopiesPixelValuesBetweenDepths) {
     }
 }
 
-TEST(FrameImage, PutsThePictureIntoACanvasAndCropImageTakesItOutAgain) {
+TEST(FrameImage, Puts_the_picture_into_a_canvas_and_CropImage_takes_it_out_again) {
     for (const int32_t bits : {1, 4, 8, 24, 32}) {
         const Picture source = RandomPicture(9, 7, 1, bits);
         const Picture canvas(FrameImage(source.handle, 15, 14, 2, 4, 1));
@@ -47,7 +47,7 @@ TEST(FrameImage, PutsThePictureIntoACanvasAndCropImageTakesItOutAgain) {
     }
 }
 
-TEST(FrameImage, CutsOffWhatFallsOutsideTheCanvas) {
+TEST(FrameImage, Cuts_off_what_falls_outside_the_canvas) {
     const Picture source = RandomPicture(9, 7, 1);
     const Picture canvas(FrameImage(source.handle, 4, 3, -2, -3, 0));
     for (int32_t y = 0; y < 3; ++y)
@@ -56,7 +56,7 @@ TEST(FrameImage, CutsOffWhatFallsOutsideTheCanvas) {
     EXPECT_EQ(FrameImage(source.handle, 0, 3, 0, 0, 0), nullptr);
 }
 
-TEST(CropImage, LeavesPixelsOutsideTheSourceZeroAndRefusesEmptyRectangles) {
+TEST(CropImage, Leaves_pixels_outside_the_source_zero_and_refuses_empty_rectangles) {
     const Picture source = FlatPicture(4, 4, 0xFFFFFF);
     const Picture cropped(CropImage(source.handle, {-1, 2, 3, 6}));
     EXPECT_EQ(PixelOf(cropped.handle, 0, 0), 0u);

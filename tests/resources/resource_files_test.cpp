@@ -20,7 +20,7 @@ Bytes ResourceOf(const PaletteTable& palette) {
     return Bytes(resource.begin(), resource.end());
 }
 
-TEST(ResourceFiles, the_palettes_hold_the_builders_tables) {
+TEST(ResourceFiles, The_palettes_hold_the_builders_tables) {
     EXPECT_EQ(test::ReadTestFile("resources/palette_216.bin"), ResourceOf(kSafePalette));
     EXPECT_EQ(test::ReadTestFile("resources/palette_256_gray.bin"), ResourceOf(kCubeAndGrays));
 }
@@ -40,19 +40,19 @@ Logo ReadLogo() {
     return logo;
 }
 
-TEST(ResourceFiles, the_logo_is_a_sequence_of_equally_sized_frames_and_nothing_else) {
+TEST(ResourceFiles, The_logo_is_a_sequence_of_equally_sized_frames_and_nothing_else) {
     const Logo logo = ReadLogo();
     EXPECT_GT(logo.frames, 1u);
     EXPECT_LE(logo.colors, 256u);
     EXPECT_EQ(logo.pixels.size(), logo.frames * logo.frameBytes);
 }
 
-TEST(ResourceFiles, the_logos_pixels_name_colors_that_exist) {
+TEST(ResourceFiles, The_logos_pixels_name_colors_that_exist) {
     const Logo logo = ReadLogo();
     for (const uint8_t pixel : logo.pixels) ASSERT_LT(pixel, logo.colors);
 }
 
-TEST(ResourceFiles, the_logo_moves_in_every_frame) {
+TEST(ResourceFiles, The_logo_moves_in_every_frame) {
     const Logo logo = ReadLogo();
     for (size_t frame = 0; frame < logo.frames; ++frame) {
         const uint8_t* next = logo.pixels.data() + (frame + 1) % logo.frames * logo.frameBytes;
@@ -62,7 +62,7 @@ TEST(ResourceFiles, the_logo_moves_in_every_frame) {
 }
 
 // What the plug-in's Help buttons ask for, and every effect of the list.
-TEST(ResourceFiles, the_help_document_has_every_topic) {
+TEST(ResourceFiles, The_help_document_has_every_topic) {
     const Bytes file = test::ReadTestFile("docs/help/KFXPLUG1.HTML");
     const std::string text(file.begin(), file.end());
     for (const char* topic : {"PREFACE", "OUTPUT", "ABOUT"}) {

@@ -48,7 +48,7 @@ bool IsWindowsHeader(std::string name) {
     return headers.count(name) != 0;
 }
 
-TEST(Includes, EveryOwnIncludeNamesAnExistingFileFromTheRoot) {
+TEST(Includes, Every_own_include_names_an_existing_file_from_the_root) {
     const auto sources = ReadSourceTree();
     ASSERT_GT(sources.size(), 1u) << "run from the root of the sources";
     for (const auto& [path, source] : sources) {
@@ -59,7 +59,7 @@ TEST(Includes, EveryOwnIncludeNamesAnExistingFileFromTheRoot) {
     }
 }
 
-TEST(Includes, NoFilesIncludeEachOtherInACircle) {
+TEST(Includes, No_files_include_each_other_in_a_circle) {
     const auto sources = ReadSourceTree();
     std::map<std::string, int> state;  // 0 not seen, 1 on the way, 2 done
     std::vector<std::string> way;
@@ -84,7 +84,7 @@ TEST(Includes, NoFilesIncludeEachOtherInACircle) {
     for (const auto& [path, source] : sources) visit(path);
 }
 
-TEST(Includes, FoldersIncludeOnlyWhatTheirPlaceOnTheWayAllows) {
+TEST(Includes, Folders_include_only_what_their_place_on_the_way_allows) {
     for (const auto& [path, source] : ReadSourceTree()) {
         const std::string from = PlaceOf(path);
         const auto allowed = kMayInclude.find(from);
@@ -97,7 +97,7 @@ TEST(Includes, FoldersIncludeOnlyWhatTheirPlaceOnTheWayAllows) {
     }
 }
 
-TEST(Includes, TheTableNamesEveryFolderAndAllowsNothingThatNobodyUses) {
+TEST(Includes, The_table_names_every_folder_and_allows_nothing_that_nobody_uses) {
     std::map<std::string, std::set<std::string>> used;
     for (const auto& [path, source] : ReadSourceTree()) {
         const std::string from = PlaceOf(path);
@@ -111,7 +111,7 @@ TEST(Includes, TheTableNamesEveryFolderAndAllowsNothingThatNobodyUses) {
         for (const auto& to : allowed) EXPECT_TRUE(used[from].count(to)) << from << " may include " << to;
 }
 
-TEST(Includes, TheTableIsAGraphWithoutACircle) {
+TEST(Includes, The_table_is_a_graph_without_a_circle) {
     std::map<std::string, int> height;  // of each place above what it includes
     for (size_t round = 0; round <= kMayInclude.size(); ++round) {
         bool raised = false;
@@ -126,7 +126,7 @@ TEST(Includes, TheTableIsAGraphWithoutACircle) {
     ADD_FAILURE() << "folders may include each other in a circle";
 }
 
-TEST(Includes, PortableFoldersIncludeNoWindowsHeaderOutsideTheirWindowsFiles) {
+TEST(Includes, Portable_folders_include_no_windows_header_outside_their_windows_files) {
     for (const auto& [path, source] : ReadSourceTree()) {
         const std::string name = path.substr(0, path.rfind('.'));
         if (!kPortable.count(TopFolder(path)) && !kPortable.count(name)) continue;

@@ -19,20 +19,20 @@ bool EndsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-TEST(Sources, BeginWithTheLicenceLine) {
+TEST(Sources, Begin_with_the_licence_line) {
     for (const auto& [path, source] : ReadSourceTree()) {
         ASSERT_FALSE(source.lines.empty()) << path;
         EXPECT_EQ(source.lines.front(), "// SPDX-License-Identifier: MIT") << path;
     }
 }
 
-TEST(Sources, StayShortEnoughToRead) {
+TEST(Sources, Stay_short_enough_to_read) {
     for (const auto& [path, source] : ReadSourceTree()) {
         EXPECT_LE(source.lines.size(), kLongestFile) << path;
     }
 }
 
-TEST(Sources, HeadersAreGuardedByPragmaOnce) {
+TEST(Sources, Headers_are_guarded_by_pragma_once) {
     for (const auto& [path, source] : ReadSourceTree()) {
         if (!EndsWith(path, ".h")) continue;
         std::size_t guards = 0;
@@ -41,7 +41,7 @@ TEST(Sources, HeadersAreGuardedByPragmaOnce) {
     }
 }
 
-TEST(Sources, HoldNoTabsAndNoTrailingSpaces) {
+TEST(Sources, Hold_no_tabs_and_no_trailing_spaces) {
     for (const auto& [path, source] : ReadSourceTree()) {
         for (std::size_t i = 0; i < source.lines.size(); ++i) {
             const std::string& line = source.lines[i];
@@ -54,7 +54,7 @@ TEST(Sources, HoldNoTabsAndNoTrailingSpaces) {
 
 // Whoever looks for hand-written vector instructions finds them in one folder. Elsewhere a loop is compiled
 // twice with Fastest().
-TEST(Sources, KeepIntrinsicsInKernels) {
+TEST(Sources, Keep_intrinsics_in_kernels) {
     for (const auto& [path, source] : ReadSourceTree()) {
         if (TopFolder(path) == "kernels") continue;
         for (const auto& include : source.systemIncludes) EXPECT_NE(include, "immintrin.h") << path;
@@ -88,7 +88,7 @@ TEST(Sources, Every_effects_controls_stand_in_a_test_of_its_own) {
 // A library's last bit differs from compiler to compiler, and from thread to thread where it computes with
 // x87 code; framework/math/elementary.h has functions whose does not. Square roots and roundings are exact
 // anywhere.
-TEST(Sources, TakeElementaryFunctionsFromTheFramework) {
+TEST(Sources, Take_elementary_functions_from_the_framework) {
     const std::regex call(
         R"((^|[^\w.>])(std::)?((a?(sin|cos|tan)h?|atan2|exp2?|expm1|pow|hypot|cbrt|log(2|10|1p)?)[fl]?)\()");
     size_t read = 0;

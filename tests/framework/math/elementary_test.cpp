@@ -79,7 +79,7 @@ void CheckKind(const Functions& functions, const char* kind, uint64_t seed, int6
            std::string(functions.name) + "_" + std::to_string(seed), count);
 }
 
-TEST(Elementary, ExponentialsOfBells) {
+TEST(Elementary, Exponentials_of_bells) {
     CheckKind(kExp, "-n / s^2", 1, kUsedByEffects, [](Random& random, double* x, double*) {
         const double sigma = static_cast<double>(4 + random() % 500) / 10;
         *x = -static_cast<double>(random() % 2501) / (sigma * sigma);
@@ -91,7 +91,7 @@ TEST(Elementary, ExponentialsOfBells) {
     });
 }
 
-TEST(Elementary, ExponentialsOfAnyNumber) {
+TEST(Elementary, Exponentials_of_any_number) {
     CheckKind(kExp, "its range", 3, kAnyNumbers,
               [](Random& random, double* x, double*) { *x = Between(random, -746, 710); });
     CheckKind(kExp, "any exponent", 4, kAnyNumbers,
@@ -108,21 +108,21 @@ void MakeWave(Random& random, double* x, double*) {
 
 void MakePull(Random& random, double* x, double*) { *x = Between(random, 0, 1.5707963267948966); }
 
-TEST(Elementary, SinesOfTurnsAndWaves) {
+TEST(Elementary, Sines_of_turns_and_waves) {
     CheckKind(kSin, "turns", 6, kUsedByEffects,
               [](Random& random, double* x, double*) { *x = AnyAngle(random); });
     CheckKind(kSin, "waves", 7, kUsedByEffects, MakeWave);
     CheckKind(kSin, "a quarter turn", 8, kUsedByEffects, MakePull);
 }
 
-TEST(Elementary, CosinesOfTurnsAndWaves) {
+TEST(Elementary, Cosines_of_turns_and_waves) {
     CheckKind(kCos, "turns", 9, kUsedByEffects,
               [](Random& random, double* x, double*) { *x = AnyAngle(random); });
     CheckKind(kCos, "waves", 10, kUsedByEffects, MakeWave);
     CheckKind(kCos, "a quarter turn", 11, kUsedByEffects, MakePull);
 }
 
-TEST(Elementary, SinesAndCosinesOfAnyNumber) {
+TEST(Elementary, Sines_and_cosines_of_any_number) {
     const auto any = [](Random& random, double* x, double*) { *x = AnyOfExponents(random, -40, 20); };
     const auto large = [](Random& random, double* x, double*) { *x = AnyOfExponents(random, 14, 1023); };
     const auto bits = [](Random& random, double* x, double*) { *x = AnyBits(random); };
@@ -140,7 +140,7 @@ TEST(Elementary, SinesAndCosinesOfAnyNumber) {
     CheckKind(kCos, "multiples of a quarter turn", 19, kAnyNumbers, quarters);
 }
 
-TEST(Elementary, FixedPointIsRarelyNeeded) {
+TEST(Elementary, Fixed_point_is_rarely_needed) {
     // Fixed point takes some hundred times as long: one call in five thousand makes the mean a few per cent
     // longer.
     Random random(40);
@@ -159,14 +159,14 @@ TEST(Elementary, FixedPointIsRarelyNeeded) {
     RecordProperty("left_to_fixed_point", doubts);
 }
 
-TEST(Elementary, PowersOfSines) {
+TEST(Elementary, Powers_of_sines) {
     CheckKind(kPow, "sines to hundredths", 20, kUsedByEffects, [](Random& random, double* x, double* y) {
         *x = std::sin(Between(random, 0, 1.5707963267948966));
         *y = static_cast<double>(1 + random() % 100) / 100 * (random() & 1 ? 1 : -1);
     });
 }
 
-TEST(Elementary, PowersOfAnyNumbers) {
+TEST(Elementary, Powers_of_any_numbers) {
     CheckKind(kPow, "any bits", 21, kAnyNumbers, [](Random& random, double* x, double* y) {
         *x = AnyBits(random);
         *y = AnyBits(random);
@@ -182,7 +182,7 @@ TEST(Elementary, PowersOfAnyNumbers) {
     });
 }
 
-TEST(Elementary, PowersThatAreDoublesOrLieBetweenTwo) {
+TEST(Elementary, Powers_that_are_doubles_or_lie_between_two) {
     CheckKind(kPow, "few bits", 24, kAnyNumbers, [](Random& random, double* x, double* y) {
         *x = FewBits(random, static_cast<int32_t>(1 + random() % 27), -40, 20);
         if (random() & 1) *x = -*x;
@@ -224,7 +224,7 @@ TEST(Elementary, Hypotenuses) {
     });
 }
 
-TEST(Elementary, HypotenusesRightBetweenTwoDoubles) {
+TEST(Elementary, Hypotenuses_right_between_two_doubles) {
     // For a^2 = (c - b)(c + b) = 2 m^2 * 2 n^2 the hypotenuse is m^2 + n^2, odd with 54 bits for such m and
     // n.
     CheckKind(kHypot, "ties", 32, kAnyNumbers, [](Random& random, double* x, double* y) {
@@ -235,7 +235,7 @@ TEST(Elementary, HypotenusesRightBetweenTwoDoubles) {
     });
 }
 
-TEST(Elementary, ArgumentsWhoseValuesLieNextToTheMiddleOfTwoDoubles) {
+TEST(Elementary, Arguments_whose_values_lie_next_to_the_middle_of_two_doubles) {
     // Where a function is flat its arguments hit a middle by far more bits than a double has.
     CheckKind(kExp, "next to middles", 34, kLeftToFixedPoint, [](Random& random, double* x, double*) {
         *x = ArgumentOfMiddle(MathFunction::Exp, NearOne(random), 0);
@@ -252,7 +252,7 @@ TEST(Elementary, ArgumentsWhoseValuesLieNextToTheMiddleOfTwoDoubles) {
     });
 }
 
-TEST(Elementary, ArgumentsWhoseValuesLieNextToTheMiddleOfTwoSubnormalNumbers) {
+TEST(Elementary, Arguments_whose_values_lie_next_to_the_middle_of_two_subnormal_numbers) {
     CheckKind(kExp, "next to middles of a few last places", 41, kAnyNumbers,
               [](Random& random, double* x, double*) {
                   *x = ArgumentOfMiddle(MathFunction::Exp, AnySubnormal(random, 6), 0);
@@ -268,7 +268,7 @@ TEST(Elementary, ArgumentsWhoseValuesLieNextToTheMiddleOfTwoSubnormalNumbers) {
               [](Random& random, double* x, double* y) { MakeSubnormalPower(random, 16, x, y); });
 }
 
-TEST(Elementary, HardArguments) {
+TEST(Elementary, Hard_arguments) {
     // Places between the last one and where the value leaves the middle of two doubles. Those of Lefevre and
     // Muller, "Worst cases for correct rounding of the elementary functions in double precision", ARITH 2001,
     // and others found by random search.
@@ -308,7 +308,7 @@ TEST(Elementary, HardArguments) {
     EXPECT_EQ(count.doubts, count.arguments);
 }
 
-TEST(Elementary, ExtremeArgumentsAndTheirPairs) {
+TEST(Elementary, Extreme_arguments_and_their_pairs) {
     const std::vector<double> list = ExtremeArguments();
     Count count;
     for (size_t i = 0; i < list.size(); ++i) {
@@ -326,7 +326,7 @@ TEST(Elementary, ExtremeArgumentsAndTheirPairs) {
     Report("Extreme arguments", "extreme", count);
 }
 
-TEST(Elementary, FixedPointAloneIsRightToo) {
+TEST(Elementary, Fixed_point_alone_is_right_too) {
     Random random(33);
     const int64_t wanted = ArgumentsOf(kLeftToFixedPoint);
     for (int64_t i = 0; i < wanted; ++i) {

@@ -21,7 +21,7 @@ const Functions& FunctionsOf(const std::string& name) {
     return kHypot;
 }
 
-TEST(MpfrPatterns, AreWhatTheFileHolds) {
+TEST(MpfrPatterns, Are_what_the_file_holds) {
     Count count;
     for (const Pattern& pattern : ReadPatterns()) {
         EXPECT_TRUE(SameNumber(FunctionsOf(pattern.function).exact(pattern.x, pattern.y), pattern.value));

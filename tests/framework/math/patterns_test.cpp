@@ -31,7 +31,7 @@ double ComputeInRow(const Pattern& pattern) {
     return values[3];
 }
 
-TEST(ElementaryPatterns, AreWhatMpfrComputed) {
+TEST(ElementaryPatterns, Are_what_MPFR_computed) {
     const std::vector<Pattern> patterns = ReadPatterns();
     ASSERT_GT(patterns.size(), 3000u);
     for (const Pattern& pattern : patterns) {

@@ -53,7 +53,7 @@ int32_t SignificantBits(double x) {
     return bits;
 }
 
-TEST_F(Tables, PartsOfPiAndOfTheLogarithmOfTwo) {
+TEST_F(Tables, Parts_of_pi_and_of_the_logarithm_of_two) {
     mpfr_const_log2(value, MPFR_RNDN);
     ExpectSum({math::kLn2[0], math::kLn2[1]}, "ln 2");
     mpfr_const_log2(value, MPFR_RNDN);
@@ -71,7 +71,7 @@ TEST_F(Tables, PartsOfPiAndOfTheLogarithmOfTwo) {
     }
 }
 
-TEST_F(Tables, PowersOfTwo) {
+TEST_F(Tables, Powers_of_two) {
     for (int32_t j = 0; j < 256; ++j) {
         mpfr_set_d(value, j / 256.0, MPFR_RNDN);
         mpfr_exp2(value, value, MPFR_RNDN);
@@ -107,7 +107,7 @@ TEST_F(Tables, Logarithms) {
     }
 }
 
-TEST_F(Tables, WideConstants) {
+TEST_F(Tables, Wide_constants) {
     mpfr_const_log2(value, MPFR_RNDN);
     ExpectWords(math::kWideLn2, 48);
     mpfr_const_pi(value, MPFR_RNDN);
