@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <vector>
 
-#include "stage/text_windows.h"
+#include "commands/text_windows.h"
 
 namespace kfx::stage {
+
+using namespace commands;
+
 namespace {
 
 constexpr COLORREF kBackground = RGB(243, 244, 247);

@@ -3,10 +3,13 @@
 
 #include <commdlg.h>
 
-#include "stage/command_line.h"
-#include "stage/text_windows.h"
+#include "commands/command_line.h"
+#include "commands/text_windows.h"
 
 namespace kfx::stage {
+
+using namespace commands;
+
 namespace {
 
 constexpr DWORD kLongestPath = 4096;

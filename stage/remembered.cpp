@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "stage/remembered.h"
 
-#include "stage/settings_folder.h"
-#include "stage/text_windows.h"
+#include "driven/settings_folder.h"
+#include "commands/text_windows.h"
 
 namespace kfx::stage {
+
+using namespace commands;
+using namespace driven;
+
 namespace {
 
 constexpr wchar_t kSection[] = L"Stage";

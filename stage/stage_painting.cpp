@@ -3,9 +3,12 @@
 
 #include <algorithm>
 
-#include "stage/text_windows.h"
+#include "commands/text_windows.h"
 
 namespace kfx::stage {
+
+using namespace commands;
+
 namespace {
 
 // Device-independent pixels.

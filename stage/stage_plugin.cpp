@@ -7,13 +7,17 @@
 #include <shellapi.h>
 
 #include "stage/file_choice.h"
-#include "stage/host_services.h"
-#include "stage/plugin_controls.h"
-#include "stage/settings_folder.h"
+#include "commands/host_session.h"
+#include "driven/plugin_controls.h"
+#include "driven/settings_folder.h"
 #include "stage/stage_state.h"
-#include "stage/text_windows.h"
+#include "commands/text_windows.h"
 
 namespace kfx::stage {
+
+using namespace commands;
+using namespace driven;
+
 namespace {
 
 constexpr UINT_PTR kOfferTimer = 2;

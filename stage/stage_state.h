@@ -9,8 +9,8 @@
 #include <windows.h>
 
 #include "stage/animation_view.h"
-#include "stage/built_animation.h"
-#include "stage/plugin_library.h"
+#include "commands/built_animation.h"
+#include "driven/plugin_library.h"
 #include "stage/remembered.h"
 
 namespace kfx::stage {
@@ -26,9 +26,9 @@ struct StageState {
 
     Animation source;
     std::string sourcePath;
-    Animation result;          // for playing
-    BuiltAnimation built;      // for saving
-    SourceRecord builtSource;  // what comes back into the built frames
+    Animation result;                    // for playing
+    commands::BuiltAnimation built;      // for saving
+    commands::SourceRecord builtSource;  // what comes back into the built frames
     bool resultSaved = true;
 
     bool playing = true;
@@ -42,7 +42,7 @@ struct StageState {
     int progressTotal = 0;
 
     std::string pluginPath;
-    PluginLibrary library;
+    driven::PluginLibrary library;
     bool pluginOpen = false;
     Remembered remembered;
 };

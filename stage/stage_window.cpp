@@ -9,16 +9,19 @@
 #include <shellapi.h>
 #include <windowsx.h>
 
-#include "stage/exit_codes.h"
 #include "stage/file_choice.h"
-#include "stage/result_files.h"
-#include "stage/settings_folder.h"
+#include "commands/result_files.h"
+#include "driven/settings_folder.h"
 #include "stage/stage_painting.h"
 #include "stage/stage_resources.h"
 #include "stage/stage_state.h"
-#include "stage/text_windows.h"
+#include "commands/text_windows.h"
 
 namespace kfx::stage {
+
+using namespace commands;
+using namespace driven;
+
 namespace {
 
 constexpr wchar_t kClassName[] = L"KestrelStage";
@@ -136,7 +139,7 @@ void HandleCommand(StageState* state, int id) {
         case IDC_ABOUT:
             ShowMessage(*state, state->window,
                         "Kestrel Stage 16.0a\n\nShows animations and runs the Kestrel FX plug-in on them.\n"
-                        "kestrel-stage --help tells what it does without its window.",
+                        "The program kestrel does the same on the command line.",
                         MB_ICONINFORMATION);
             break;
     }
@@ -245,12 +248,6 @@ void PlaceStage(const StageState& state, bool maximized) {
     ShowWindow(state.window, maximized ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL);
 }
 
-// A console that was opened for this program alone would only stand behind its window.
-void DropOwnConsole() {
-    DWORD processes[2];
-    if (GetConsoleProcessList(processes, 2) == 1) FreeConsole();
-}
-
 }  // namespace
 
 bool LoadSource(StageState* state, const std::string& path) {
@@ -293,18 +290,17 @@ void ShowMessage(const StageState& state, HWND owner, const std::string& text, U
     MessageBoxW(owner ? owner : state.window, Widen(text).c_str(), kTitle, MB_OK | icon);
 }
 
-int RunStageWindow(const std::string& path, const std::string& plugin) {
-    DropOwnConsole();
+int RunStageWindow(const std::string& path) {
     StageState state;
-    state.pluginPath = plugin.empty() ? DefaultPluginPath() : plugin;
+    state.pluginPath = DefaultPluginPath();
     state.remembered = ReadRemembered();
     const HINSTANCE module = GetModuleHandleW(nullptr);
     InitCommonControls();
-    if (!RegisterStageClass()) return kExitPlugin;
+    if (!RegisterStageClass()) return 1;
     const HWND window =
         CreateWindowExW(0, kClassName, kTitle, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, CW_USEDEFAULT,
                         CW_USEDEFAULT, kStartWidth, kStartHeight, nullptr, nullptr, module, &state);
-    if (!window) return kExitPlugin;
+    if (!window) return 1;
     PlaceStage(state, state.remembered.maximized);
     const std::string leftSettings = PutBackLeftSettings();
     if (!leftSettings.empty()) ShowMessage(state, window, leftSettings, MB_ICONWARNING);
@@ -320,7 +316,7 @@ int RunStageWindow(const std::string& path, const std::string& plugin) {
     }
     DeleteObject(state.font);
     DeleteObject(state.smallFont);
-    return kExitDone;
+    return 0;
 }
 
 }  // namespace kfx::stage

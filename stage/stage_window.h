@@ -6,8 +6,8 @@
 
 namespace kfx::stage {
 
-// Opens the window, with the animation at `path` when it is not empty, and runs until it is closed. `plugin`
-// is the DLL's path; empty: the one beside this program. Returns the program's exit code.
-int RunStageWindow(const std::string& path, const std::string& plugin);
+// Opens the window, with the animation at `path` when it is not empty, and runs until it is closed. Returns
+// the program's exit code: 0, or 1 when no window could be opened.
+int RunStageWindow(const std::string& path);
 
 }  // namespace kfx::stage

@@ -5,8 +5,10 @@
 #include <windows.h>
 
 #include "stage/stage_resources.h"
-#include "tests/stage/stage_process.h"
-#include "tests/stage/test_animations.h"
+#include "tests/cli/running_program.h"
+#include "tests/cli/test_files.h"
+#include "tests/driven/user_settings.h"
+#include "tests/cli/test_animations.h"
 #include "tests/support/wait_for.h"
 
 namespace kfx::test {
@@ -42,14 +44,14 @@ struct StageWindow : ::testing::Test {
     UserSettings user;
     TemporaryFolder folder;
     std::string input = folder.path + "in.gif";
-    RunningStage stage;
+    RunningProgram stage;
     HWND window = nullptr;
 
     void SetUp() override { WriteTestGif(input, 3); }
-    void TearDown() override { EndStage(&stage); }
+    void TearDown() override { EndProgram(&stage); }
 
-    void Open(const std::vector<std::string>& arguments) {
-        ASSERT_TRUE(StartStage(arguments, &stage));
+    void Open(const std::string& file, const std::string& program = FileBesideTest("kestrel-stage.exe")) {
+        ASSERT_TRUE(StartProgram(program, {file}, &stage));
         ASSERT_TRUE(WaitFor([this] { return (window = FindWindowA("KestrelStage", nullptr)) != nullptr; }));
     }
 
@@ -70,11 +72,11 @@ struct StageWindow : ::testing::Test {
         ASSERT_TRUE(WaitFor([&] { return DialogOf(stage.processId, "Kestrel Stage") == nullptr; }));
     }
 
-    void ExpectEnd() { EXPECT_EQ(WaitForStage(&stage), 0); }
+    void ExpectEnd() { EXPECT_EQ(WaitForEnd(&stage), 0); }
 };
 
-TEST_F(StageWindow, TheSourceGoesThroughThePluginAndTheResultWaitsToBeSaved) {
-    ASSERT_NO_FATAL_FAILURE(Open({"window", input}));
+TEST_F(StageWindow, The_source_goes_through_the_plugin_and_the_result_waits_to_be_saved) {
+    ASSERT_NO_FATAL_FAILURE(Open(input));
     ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
     EXPECT_FALSE(IsWindowEnabled(GetDlgItem(window, IDC_SAVE)));
 
@@ -92,16 +94,19 @@ TEST_F(StageWindow, TheSourceGoesThroughThePluginAndTheResultWaitsToBeSaved) {
     ExpectEnd();
 }
 
-TEST_F(StageWindow, AFileThatCannotBeReadIsReportedAndTheWindowStays) {
-    ASSERT_NO_FATAL_FAILURE(Open({"window", folder.path + "no.gif"}));
+TEST_F(StageWindow, A_file_that_cannot_be_read_is_reported_and_the_window_stays) {
+    ASSERT_NO_FATAL_FAILURE(Open(folder.path + "no.gif"));
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
     EXPECT_TRUE(WaitForTitle("Kestrel Stage"));
     PostMessageA(window, WM_CLOSE, 0, 0);
     ExpectEnd();
 }
 
-TEST_F(StageWindow, AMissingPluginIsReported) {
-    ASSERT_NO_FATAL_FAILURE(Open({"window", input, "--plugin", folder.path + "no.dll"}));
+TEST_F(StageWindow, A_missing_plugin_is_reported) {
+    // The plug-in is looked for beside the program.
+    const std::string alone = folder.path + "kestrel-stage.exe";
+    WriteText(alone, ReadText(FileBesideTest("kestrel-stage.exe")));
+    ASSERT_NO_FATAL_FAILURE(Open(input, alone));
     Press(window, IDC_EFFECTS);
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
     PostMessageA(window, WM_CLOSE, 0, 0);

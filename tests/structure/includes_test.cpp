@@ -27,12 +27,15 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"window", {"builder", "documents", "effects", "framework", "host", "resources"}},
     {kEntryPoints, {"host", "resources", "window"}},
     {"media", {}},
-    {"stage", {"host", "media"}},
+    {"commands", {"builder", "effects", "framework", "host", "media", "resources"}},
+    {"driven", {"commands", "host", "media"}},
+    {"stage", {"commands", "driven", "media"}},
+    {"cli", {"commands", "driven", "media"}},
 };
 
 // Folders that are compiled natively too, and a single pair of files.
-const std::set<std::string> kPortable = {
-    "host", "framework", "kernels", "effects", "builder", "media", "documents/document_text"};
+const std::set<std::string> kPortable = {"host",    "framework", "kernels", "effects", "builder",
+                                         "media",   "commands",  "cli",     "documents/document_text"};
 
 // The row of the table that holds for a file.
 std::string PlaceOf(const std::string& path) {

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "cli/interrupts.h"
+
+#include <atomic>
+#include <csignal>
+#include <cstring>
+#include <string>
+
+#include <unistd.h>
+
+#include "commands/exit_codes.h"
+#include "media/file_io.h"
+
+namespace kfx::cli {
+namespace {
+
+// The unfinished files. A handler may only look at what is there for good: nothing is taken off the list, and
+// each entry is complete before it is on it.
+struct UnfinishedFile {
+    std::string path;
+    const UnfinishedFile* next;
+};
+std::atomic<const UnfinishedFile*> unfinished{nullptr};
+
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+void NoteUnfinished(const std::string& path) {
+    const auto* file = new UnfinishedFile{path, unfinished};
+    unfinished = file;
+}
+
+// From here on it is too late: no half of a series of files is to appear.
+void BlockEndingSignals() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int number : kEndingSignals) sigaddset(&ending, number);
+    sigprocmask(SIG_BLOCK, &ending, nullptr);
+}
+
+void OnEndingSignal(int) {
+    for (const UnfinishedFile* file = unfinished; file; file = file->next) unlink(file->path.c_str());
+    constexpr char kText[] = "kestrel: interrupted.\n";
+    if (write(STDERR_FILENO, kText, std::strlen(kText)) < 0) _exit(commands::kExitInterrupted);
+    _exit(commands::kExitInterrupted);
+}
+
+}  // namespace
+
+void HandleSignals() {
+    std::signal(SIGPIPE, SIG_IGN);
+    struct sigaction action = {};
+    action.sa_handler = OnEndingSignal;
+    for (const int number : kEndingSignals) {
+        // Whoever started the program so that it ignores a signal, as nohup does, is obeyed.
+        struct sigaction before = {};
+        sigaction(number, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) sigaction(number, &action, nullptr);
+    }
+    WatchWriting({NoteUnfinished, BlockEndingSignals});
+}
+
+}  // namespace kfx::cli

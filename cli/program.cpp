@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "cli/program.h"
+
+#include <algorithm>
+
+#include "commands/console.h"
+
+namespace kfx::cli {
+
+using namespace commands;
+
+bool ReadCommandLine(const std::vector<std::string>& arguments, const OwnOptions& own, CommandLine* line,
+                     int* exitCode) {
+    std::string text;
+    switch (ParseCommandLine(arguments, own, line, &text)) {
+        case ParseOutcome::ShowText:
+            WriteStandardOutput(text);
+            *exitCode = kExitDone;
+            return false;
+        case ParseOutcome::Error: {
+            const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+            PrintReport(FailedReport(kExitBadCommand, text), json, false);
+            *exitCode = kExitBadCommand;
+            return false;
+        }
+        case ParseOutcome::Run:
+            break;
+    }
+    return true;
+}
+
+CommandContext ContextFor(const CommandLine& line, const Engine& engine) {
+    return {engine, line.quiet || line.json ? nullptr : ShowProgressLine};
+}
+
+int PrintResult(const Report& report, const CommandLine& line) {
+    PrintReport(report, line.json, line.quiet);
+    return report.exitCode;
+}
+
+}  // namespace kfx::cli

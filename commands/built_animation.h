@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// What a build hands over: the task's record, its frames and its comment, copied out of the plug-in's memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/host_records.h"
+#include "media/animation.h"
+#include "media/animation_writer.h"
+#include "commands/source_block.h"
+
+namespace kfx::commands {
+
+struct BuiltFrame {
+    // Rows top first, without padding: one palette index a pixel, or red, green, blue.
+    std::vector<std::uint8_t> pixels;
+    bool indexed = false;
+    std::vector<RgbColor> palette;  // when indexed; as many entries as the depth has values
+    int transparentIndex = -1;      // pixels that leave the picture as it is; -1: none
+    std::size_t sourceIndex = 0;
+};
+
+struct BuiltAnimation {
+    bool open = false;
+    bool complete = false;  // closed with success
+    int width = 0;
+    int height = 0;
+    std::vector<RgbColor> palette;  // 2 to 256 entries
+    std::vector<BuiltFrame> frames;
+    std::string comment;
+};
+
+// Starts a new animation from a task's record. False: its size is not one of a picture.
+bool BeginTask(const FileObjectRecord& task, BuiltAnimation* built);
+
+// Copies a packed device-independent bitmap of `bytes` bytes at `bitmap` as the next frame. False: the bitmap
+// is damaged, or not as large as the animation.
+bool AddBuiltFrame(const AddImageRecord& record, const std::uint8_t* bitmap, std::size_t bytes,
+                   BuiltAnimation* built);
+
+// The animation as a viewer plays it, in true colour: transparent pixels show the frames before, and the
+// source's delays, loop count and alpha are back.
+Animation PlayBuilt(const BuiltAnimation& built, const SourceRecord& source);
+
+// The animation as a GIF. Frames stand as they were handed over unless the source is transparent; then whole
+// pictures are stored, so that what was see-through in the source stays so. True colour frames get palettes
+// of their own.
+GifAnimation MakeGif(BuiltAnimation built, const SourceRecord& source);
+
+}  // namespace kfx::commands

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// The command line: words in, commands out. No name in it has been looked up yet; see job.h.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace kfx::commands {
+
+enum class Command { Apply, Effects, Sample, Sheet, Gallery };
+
+enum class Choice { Unset, Off, On };
+
+// A parameter of the effect as the user names it.
+struct Setting {
+    std::string name;
+    std::string value;
+};
+
+struct CommandLine {
+    Command command = Command::Apply;
+    std::vector<std::string> inputs;
+    std::string output;
+    bool json = false;
+    bool quiet = false;
+
+    std::string effect;
+    std::vector<Setting> settings;
+    std::string palette;  // empty: whatever suits the output
+    bool dither = false;
+    bool supercompress = false;
+    bool trueColor = false;
+    Choice comment = Choice::Unset;
+    std::string localBackground;  // RRGGBB or "none"; empty: the plug-in's default
+    bool fastRemap = false;
+    int ditherBrightness = -1;  // -1: the plug-in's default
+    int ditherContrast = -1;
+};
+
+// Options of the program's own, for the commands that use an engine.
+struct OwnOptions {
+    // Adds them to a command; they are stored in `values`. Null: there are none.
+    void (*add)(CLI::App* command, void* values) = nullptr;
+    void* values = nullptr;
+};
+
+enum class ParseOutcome { Run, ShowText, Error };
+
+// Reads the arguments (UTF-8, without the program's name). ShowText: `*text` is the help or the version that
+// was asked for. Error: `*text` is one sentence.
+ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const OwnOptions& own,
+                              CommandLine* line, std::string* text);
+
+// The colour of "RRGGBB" or "#RRGGBB" as 0x00BBGGRR. False: it is not written so.
+bool ParseColor(const std::string& text, unsigned* color);
+
+// A file name's ending in lower case, such as ".gif"; empty when it has none.
+std::string EndingOf(const std::string& path);
+
+}  // namespace kfx::commands

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// The commands. Each does its work on files, with any engine, and reports; none prints.
+#pragma once
+
+#include "commands/command_line.h"
+#include "commands/engine.h"
+#include "commands/report.h"
+
+namespace kfx::commands {
+
+// With what a command runs.
+struct CommandContext {
+    const Engine& engine;
+    void (*onProgress)(const HostSession& session) = nullptr;  // may be null
+};
+
+// Runs whichever command the line names.
+Report RunCommand(const CommandLine& line, const CommandContext& context);
+
+Report RunApply(const CommandLine& line, const CommandContext& context);
+Report RunEffects(const CommandLine& line, const CommandContext& context);
+Report RunGallery(const CommandLine& line, const CommandContext& context);
+Report RunSample(const CommandLine& line);
+Report RunSheet(const CommandLine& line);
+
+// Reads an animation with at least one frame; its warning becomes a note.
+bool ReadSource(const std::string& path, Animation* animation, Report* report);
+
+// As CheckWritable. False: the report says why not.
+bool CheckOutput(const std::string& path, Report* report);
+
+}  // namespace kfx::commands

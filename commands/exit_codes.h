@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// What the command line answers to the shell. Scripts rely on the numbers.
+#pragma once
+
+#include <string>
+
+namespace kfx::commands {
+
+enum ExitCode {
+    kExitDone = 0,
+    kExitBadCommand = 2,  // a wrong option, an unknown effect or parameter, a value out of range
+    kExitBadInput = 3,    // a file that cannot be read or is no animation
+    kExitBadOutput = 4,   // a file that cannot be written
+    kExitEngine = 5,      // nothing was built: the plug-in is missing or reported an error, memory ran out
+    kExitTimeout = 6,     // the plug-in stopped answering
+    kExitInterrupted = 130,
+};
+
+// Why something was not done.
+struct Failure {
+    ExitCode exitCode = kExitDone;
+    std::string error;  // one sentence
+};
+
+}  // namespace kfx::commands

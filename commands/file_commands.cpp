@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+// The commands around apply: what effects there are, and pictures to look at.
+#include "commands/commands.h"
+
+#include <utility>
+
+#include "media/animation_writer.h"
+#include "media/contact_sheet.h"
+#include "media/sample_animation.h"
+#include "commands/text.h"
+
+namespace kfx::commands {
+namespace {
+
+constexpr int kGalleryColumns = 7;  // the source and twenty effects fill three rows
+constexpr int kGalleryWidth = 200;
+constexpr int kGalleryHeight = 150;
+constexpr int kSheetColumns = 6;
+constexpr int kSheetWidth = 200;
+constexpr int kSheetHeight = 150;
+
+nlohmann::ordered_json DescribeParameter(const Parameter& parameter) {
+    nlohmann::ordered_json object = {{"name", parameter.name}};
+    switch (parameter.kind) {
+        case Parameter::Slider:
+            object.update({{"kind", "number"},
+                           {"minimum", parameter.minimum},
+                           {"maximum", parameter.maximum},
+                           {"default", parameter.value}});
+            break;
+        case Parameter::CheckBox:
+            object.update({{"kind", "switch"}, {"default", parameter.value != 0}});
+            break;
+        case Parameter::List:
+            object.update({{"kind", "choice"},
+                           {"choices", parameter.items},
+                           {"default", ValueText(parameter, parameter.value)}});
+            break;
+    }
+    return object;
+}
+
+std::string DescribeLine(const Parameter& parameter) {
+    std::string name = "  " + parameter.name;
+    name.resize(name.size() < 20 ? 20 : name.size() + 1, ' ');
+    return name + RangeText(parameter) + " (" + ValueText(parameter, parameter.value) + ")\n";
+}
+
+SheetPicture PictureOf(const Animation& animation, const std::string& label) {
+    return {animation.width, animation.height, animation.frames.front().pixels.data(), label};
+}
+
+Report WriteSheet(const Picture& sheet, const std::string& output, Report report) {
+    std::string error;
+    if (sheet.width == 0) return FailedReport(kExitBadInput, "there is nothing to draw.");
+    if (!WritePng(SystemPath(output), sheet, &error)) return FailedReport(kExitBadOutput, error);
+    report.text = output + ": " + std::to_string(sheet.width) + " x " + std::to_string(sheet.height) + ".\n";
+    report.result["output"] = output;
+    report.result["width"] = sheet.width;
+    report.result["height"] = sheet.height;
+    return report;
+}
+
+// The first frame of the file, or of the sample, as an animation of its own.
+bool ReadGallerySource(const CommandLine& line, Animation* source, Report* report) {
+    if (!line.inputs.empty()) {
+        if (!ReadSource(line.inputs[0], source, report)) return false;
+        source->frames.resize(1);
+        return true;
+    }
+    Picture picture = DrawSampleFrame(0);
+    source->width = picture.width;
+    source->height = picture.height;
+    source->frames.resize(1);
+    source->frames[0].pixels = std::move(picture.pixels);
+    return true;
+}
+
+// The engine opened for a command that changes nothing of its defaults.
+EngineStart PlainStart(const CommandContext& context, HostSession* session) {
+    EngineStart start;
+    start.session = session;
+    start.onProgress = context.onProgress;
+    return start;
+}
+
+// One picture an effect, all colours, at its defaults.
+bool BuildEveryEffect(const OpenEngine& engine, HostSession* session, std::vector<Animation>* results,
+                      std::vector<std::string>* names, Failure* failure) {
+    if (!engine || !engine.engine.listEffects(engine.opened, names, failure)) return false;
+    for (size_t i = 0; i < names->size(); ++i) {
+        Job job;
+        job.effect = static_cast<int>(i);
+        job.comment = false;
+        if (!engine.engine.build(engine.opened, job, i + 1 < names->size(), failure)) return false;
+        results->push_back(PlayBuilt(session->built, session->record));
+    }
+    return true;
+}
+
+// Adds one effect to the listing.
+bool DescribeEffect(const OpenEngine& engine, int effect, const std::string& name, Report* report,
+                    Failure* failure) {
+    std::vector<Parameter> parameters;
+    if (!engine.engine.listParameters(engine.opened, effect, &parameters, failure)) return false;
+    auto described = nlohmann::ordered_json::array();
+    report->text += name + "\n";
+    for (const Parameter& parameter : parameters) {
+        described.push_back(DescribeParameter(parameter));
+        report->text += DescribeLine(parameter);
+    }
+    report->result["effects"].push_back({{"name", name}, {"parameters", described}});
+    return true;
+}
+
+bool DescribeAll(const OpenEngine& engine, Report* report, Failure* failure) {
+    std::vector<std::string> effects, palettes;
+    if (!engine || !engine.engine.listEffects(engine.opened, &effects, failure)) return false;
+    report->result["plugin"] = engine.engine.name(engine.opened);
+    report->result["effects"] = nlohmann::ordered_json::array();
+    for (size_t i = 0; i < effects.size(); ++i) {
+        if (!DescribeEffect(engine, static_cast<int>(i), effects[i], report, failure)) return false;
+    }
+    if (!engine.engine.listPalettes(engine.opened, &palettes, failure)) return false;
+    report->result["palettes"] = palettes;
+    return true;
+}
+
+}  // namespace
+
+Report RunEffects(const CommandLine&, const CommandContext& context) {
+    Animation source;
+    HostSession session;
+    session.source = &source;
+    Failure failure;
+    Report report;
+    const OpenEngine engine(context.engine, PlainStart(context, &session), &failure);
+    return DescribeAll(engine, &report, &failure) ? report : FailedReport(failure);
+}
+
+Report RunGallery(const CommandLine& line, const CommandContext& context) {
+    Report report;
+    Animation source;
+    HostSession session;
+    session.source = &source;
+    session.sourcePath = line.inputs.empty() ? "sample" : SystemPath(line.inputs[0]);
+    session.keepSource = true;
+    if (!ReadGallerySource(line, &source, &report) || !CheckOutput(line.output, &report)) return report;
+    std::vector<Animation> results;
+    std::vector<std::string> names;
+    std::string title;
+    Failure failure;
+    {
+        const OpenEngine engine(context.engine, PlainStart(context, &session), &failure);
+        if (!BuildEveryEffect(engine, &session, &results, &names, &failure)) return FailedReport(failure);
+        title = context.engine.name(engine.opened);
+    }
+    std::vector<SheetPicture> pictures = {PictureOf(source, "Source")};
+    for (size_t i = 0; i < results.size(); ++i) pictures.push_back(PictureOf(results[i], names[i]));
+    report.result["effects"] = names;
+    const Picture sheet = DrawGallery(title + ": its effects at their defaults", pictures, kGalleryColumns,
+                                      kGalleryWidth, kGalleryHeight);
+    return WriteSheet(sheet, line.output, std::move(report));
+}
+
+Report RunSample(const CommandLine& line) {
+    std::string error;
+    const GifAnimation sample = DrawSampleAnimation();
+    if (!WriteGif(SystemPath(line.output), sample, &error)) return FailedReport(kExitBadOutput, error);
+    Report report;
+    report.text = line.output + ": " + std::to_string(sample.frames.size()) + " frames, " +
+                  std::to_string(sample.width) + " x " + std::to_string(sample.height) + ".\n";
+    report.result = {{"output", line.output},
+                     {"frames", sample.frames.size()},
+                     {"width", sample.width},
+                     {"height", sample.height}};
+    return report;
+}
+
+Report RunSheet(const CommandLine& line) {
+    Report report;
+    Animation source, result;
+    if (!ReadSource(line.inputs[0], &source, &report) || !ReadSource(line.inputs[1], &result, &report))
+        return report;
+    const std::string title = FileNameOf(line.inputs[0]) + " and " + FileNameOf(line.inputs[1]);
+    return WriteSheet(DrawComparison(title, source, result, kSheetColumns, kSheetWidth, kSheetHeight),
+                      line.output, std::move(report));
+}
+
+}  // namespace kfx::commands

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// The host's side of the host interface: one session serves one opening of the plug-in's window, or of an
+// engine that asks in its place.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+#include "host/host_records.h"
+#include "media/animation.h"
+#include "commands/built_animation.h"
+#include "commands/source_block.h"
+
+namespace kfx::commands {
+
+struct HostSession;
+
+// What needs a user. A null entry declines.
+struct HostActions {
+    // Asks for a file; `*path` is UTF-8.
+    bool (*chooseAnimation)(HostSession* session, void* owner, std::string* path) = nullptr;
+    bool (*chooseColor)(HostSession* session, void* owner, const std::uint8_t* palette,
+                        std::uint32_t* color) = nullptr;
+    bool (*showHelp)(HostSession* session, const std::string& reference) = nullptr;
+    void (*showProgress)(HostSession* session) = nullptr;
+    void (*sourceOpened)(HostSession* session) = nullptr;  // another source has been read
+    void (*taskClosed)(HostSession* session) = nullptr;    // session->built is complete
+    void (*reportError)(HostSession* session, void* owner, const std::string& message) = nullptr;
+};
+
+struct HostSession {
+    HostContext context = {};
+    HostActions actions;
+    void* user = nullptr;  // of whoever made the actions
+
+    std::string sourcePath;       // UTF-8
+    Animation* source = nullptr;  // read from sourcePath; its owner outlives the session
+    bool offerSource = true;      // the next request gets the source, whatever it names
+    bool offerAgain = true;       // and so does each one after it; else they ask the user
+    bool keepSource = false;      // else the source's pixels are freed once they are handed over
+    SourceRecord record;
+    BuiltAnimation built;
+
+    std::uint32_t windowWidth = 0;  // what the host remembers
+    std::uint32_t windowHeight = 0;
+
+    // Written on the plug-in's thread, read by whoever watches it.
+    std::atomic<int> animationsOpened{0};
+    std::atomic<int> tasksClosed{0};
+    std::atomic<std::uint64_t> signsOfLife{0};
+    std::atomic<int> progressCurrent{0};
+    std::atomic<int> progressTotal{0};
+    mutable std::mutex statusLock;
+    std::string status;  // under statusLock
+};
+
+// Makes the session the one that answers, with the capability bits given. The host interface carries no
+// context of the host's own, so only one session can be current.
+void BeginSession(HostSession* session, std::uint8_t capabilities);
+void EndSession();
+
+}  // namespace kfx::commands

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// What a command wants built, with every name replaced by the row that it means.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "commands/command_line.h"
+#include "commands/exit_codes.h"
+#include "commands/parameter.h"
+
+namespace kfx::commands {
+
+struct Engine;
+
+struct ChosenValue {
+    Parameter parameter;
+    int value = 0;  // as shown
+};
+
+enum class PaletteUse {
+    TrueColor,  // none
+    Computed,   // from the result's frames
+    Listed,     // a row of the palette list
+};
+
+// What effects show beyond the picture's edges.
+enum class Background {
+    Standard,  // the plug-in's own setting
+    Source,    // the source's background colour
+    Color,
+};
+
+struct Job {
+    int effect = 0;                   // row of the effect list
+    std::vector<ChosenValue> values;  // the other parameters keep their defaults
+    PaletteUse paletteUse = PaletteUse::TrueColor;
+    int palette = 0;  // when Listed: row of the palette list; the row behind the last is the source's own
+    bool dither = false;
+    bool supercompress = false;
+    bool comment = true;
+    Background background = Background::Standard;
+    std::uint32_t backgroundColor = 0;  // 0x00BBGGRR
+};
+
+// Looks up everything that an apply command names in the lists of the engine, which `opened` belongs to.
+// `ownPalette`: the source has a palette that the result can keep. False: `*failure` names what is wrong and
+// what was probably meant.
+bool ResolveJob(const CommandLine& line, bool ownPalette, const Engine& engine, void* opened, Job* job,
+                Failure* failure);
+
+}  // namespace kfx::commands

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <string>
+
+namespace kfx::commands {
+
+// Tries whether a file could be written at `path` (as the user wrote it), before the work is done; nothing is
+// left behind, and a file, device or pipe that is there is not opened. False: `*error` is one sentence, path
+// first.
+bool CheckWritable(const std::string& path, std::string* error);
+
+}  // namespace kfx::commands

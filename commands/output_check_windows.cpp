@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#include "commands/output_check.h"
+
+#include <windows.h>
+
+#include "commands/text_windows.h"
+
+namespace kfx::commands {
+
+bool CheckWritable(const std::string& path, std::string* error) {
+    const std::string system = SystemPath(path);
+    const std::wstring trial = Widen(system + ".trial-" + std::to_string(GetCurrentProcessId()));
+    const DWORD attributes = GetFileAttributesW(Widen(system).c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY)) {
+        *error = path + ": is a folder.";
+        return false;
+    }
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY)) {
+        *error = path + ": is write-protected.";
+        return false;
+    }
+    const HANDLE file = CreateFileW(trial.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        *error = path + ": cannot be written: " + SystemErrorText(GetLastError()) + ".";
+        return false;
+    }
+    CloseHandle(file);
+    return true;
+}
+
+}  // namespace kfx::commands

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "commands/report.h"
+
+namespace kfx::commands {
+namespace {
+
+std::string JsonText(const Report& report) {
+    nlohmann::ordered_json object = {{"ok", report.exitCode == kExitDone}, {"exitCode", report.exitCode}};
+    if (!report.error.empty()) object["error"] = report.error;
+    object["notes"] = report.notes;
+    object.update(report.result);
+    // Bytes that are no UTF-8, from a damaged comment say, must not stop the output.
+    return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace
+
+Report FailedReport(ExitCode exitCode, const std::string& error) {
+    Report report;
+    report.exitCode = exitCode;
+    report.error = error;
+    return report;
+}
+
+Report FailedReport(const Failure& failure) { return FailedReport(failure.exitCode, failure.error); }
+
+PrintedReport FormatReport(const Report& report, bool json, bool quiet) {
+    PrintedReport printed;
+    if (json) {
+        printed.output = JsonText(report);
+        return printed;
+    }
+    printed.output = report.text;
+    if (!quiet) {
+        for (const std::string& note : report.notes) printed.errors += "kestrel: note: " + note + "\n";
+    }
+    if (!report.error.empty()) printed.errors += "kestrel: " + report.error + "\n";
+    return printed;
+}
+
+}  // namespace kfx::commands

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+// What the commands share.
+#include <new>
+
+#include "commands/commands.h"
+#include "commands/output_check.h"
+#include "commands/text.h"
+
+namespace kfx::commands {
+namespace {
+
+Report Run(const CommandLine& line, const CommandContext& context) {
+    switch (line.command) {
+        case Command::Apply:
+            return RunApply(line, context);
+        case Command::Effects:
+            return RunEffects(line, context);
+        case Command::Gallery:
+            return RunGallery(line, context);
+        case Command::Sample:
+            return RunSample(line);
+        case Command::Sheet:
+            return RunSheet(line);
+    }
+    return {};
+}
+
+}  // namespace
+
+Report RunCommand(const CommandLine& line, const CommandContext& context) {
+    try {
+        return Run(line, context);
+    } catch (const std::bad_alloc&) {
+        return FailedReport(kExitBadInput, "there is not enough memory for this animation.");
+    }
+}
+
+bool ReadSource(const std::string& path, Animation* animation, Report* report) {
+    std::string error;
+    if (!ReadAnimation(SystemPath(path), animation, &error)) {
+        *report = FailedReport(kExitBadInput, error);
+        return false;
+    }
+    if (animation->frames.empty()) {
+        *report = FailedReport(kExitBadInput, path + ": holds no picture.");
+        return false;
+    }
+    if (!animation->warning.empty()) report->notes.push_back(path + ": " + animation->warning + ".");
+    return true;
+}
+
+bool CheckOutput(const std::string& path, Report* report) {
+    std::string error;
+    if (CheckWritable(path, &error)) return true;
+    *report = FailedReport(kExitBadOutput, error);
+    return false;
+}
+
+}  // namespace kfx::commands

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+// What goes wrong is said in one sentence, answered with its exit code, and leaves nothing behind.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/cli/program.h"
+#include "tests/cli/test_files.h"
+#include "tests/cli/test_animations.h"
+
+namespace kfx::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+struct Errors : ::testing::Test {
+    TemporaryFolder folder;
+    std::string input = folder.path + "in.gif";
+
+    void SetUp() override { WriteTestGif(input, 2); }
+
+    std::string Failing(int exitCode, const std::vector<std::string>& arguments) const {
+        const auto before = FilesIn(folder.path);
+        const ProgramResult result = RunKestrel(arguments);
+        EXPECT_EQ(result.exitCode, exitCode) << result.err;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_EQ(FilesIn(folder.path), before) << "nothing is left behind";
+        return result.err;
+    }
+
+    std::vector<std::string> Apply(const std::vector<std::string>& more) const {
+        std::vector<std::string> arguments = {"apply", input, "-o", folder.path + "out.gif"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return arguments;
+    }
+};
+
+TEST_F(Errors, A_missing_input_is_named) {
+    EXPECT_THAT(
+        Failing(3, {"apply", folder.path + "no.gif", "-o", folder.path + "out.gif", "--effect", "Bump"}),
+        HasSubstr("no.gif"));
+}
+
+TEST_F(Errors, A_file_that_is_no_animation_is_refused) {
+    WriteText(folder.path + "text.gif", "GIF is what this is not");
+    EXPECT_THAT(
+        Failing(3, {"apply", folder.path + "text.gif", "-o", folder.path + "out.gif", "--effect", "Bump"}),
+        HasSubstr("text.gif"));
+}
+
+TEST_F(Errors, A_cut_file_is_built_from_its_complete_frames_with_a_note) {
+    const std::string whole = ReadText(input);
+    WriteText(folder.path + "cut.gif", whole.substr(0, whole.size() - 40));
+    const auto report = RunKestrelForJson(
+        {"apply", folder.path + "cut.gif", "-o", folder.path + "out.gif", "--effect", "Bump"});
+    EXPECT_EQ(report["frames"], 1);
+    EXPECT_EQ(report["notes"].size(), 1u);
+}
+
+TEST_F(Errors, An_unknown_effect_is_answered_with_the_nearest) {
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Embosss"})), HasSubstr("did you mean Emboss?"));
+}
+
+TEST_F(Errors, An_unknown_parameter_is_answered_with_the_nearest_or_all) {
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Emboss", "--set", "Dept=20", "--set", "Radios=9"})),
+                HasSubstr("\"Radios\"; did you mean Radius?"));
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Emboss", "--set", "Wavelength=9"})),
+                HasSubstr("Radius and Depth"));
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Neon", "--set", "Radius=9"})),
+                HasSubstr("there is none here"));
+}
+
+TEST_F(Errors, A_value_out_of_range_is_answered_with_the_range) {
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Emboss", "--set", "Radius=46"})), HasSubstr("4 to 45"));
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Emboss", "--set", "Radius=3"})), HasSubstr("4 to 45"));
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Emboss", "--set", "Radius=9x"})), HasSubstr("4 to 45"));
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Swirl", "--set", "Angle=1441"})), HasSubstr("-1440 to 1440"));
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Normalize", "--set", "Distributed=maybe"})),
+                HasSubstr("on or off"));
+    EXPECT_THAT(Failing(2, Apply({"--effect", "HSB and Channels", "--set", "Channels=Up"})),
+                HasSubstr("Left 1"));
+}
+
+TEST_F(Errors, An_unknown_palette_is_answered_with_the_nearest) {
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Bump", "--palette", "215-color safe"})),
+                HasSubstr("216-color safe"));
+}
+
+TEST_F(Errors, The_original_palette_needs_a_source_with_one) {
+    // A WebP file has none.
+    const std::string plain = folder.path + "plain.webp";
+    ASSERT_EQ(RunKestrel({"apply", input, "-o", plain, "--effect", "Bump"}).exitCode, 0);
+    EXPECT_THAT(Failing(2, {"apply", plain, "-o", folder.path + "out.gif", "--effect", "Bump", "--palette",
+                            "original"}),
+                HasSubstr("no palette of its own"));
+}
+
+TEST_F(Errors, An_output_that_cannot_be_written_is_found_before_the_work) {
+    EXPECT_THAT(Failing(4, {"apply", input, "-o", folder.path + "none/out.gif", "--effect", "Bump"}),
+                HasSubstr("cannot be written"));
+    EXPECT_THAT(Failing(4, {"gallery", input, "-o", folder.path + "none/out.png"}),
+                HasSubstr("cannot be written"));
+    EXPECT_THAT(Failing(4, {"sheet", input, input, "-o", folder.path + "none/out.png"}),
+                HasSubstr("out.png"));
+}
+
+TEST_F(Errors, An_error_is_a_json_object_for_scripts) {
+    const auto report = RunKestrelForJson(Apply({"--effect", "Embosss"}));
+    EXPECT_EQ(report["exitCode"], 2);
+    EXPECT_THAT(report["error"].get<std::string>(), HasSubstr("Emboss"));
+    EXPECT_EQ(RunKestrelForJson({"apply"})["exitCode"], 2);
+}
+
+}  // namespace
+}  // namespace kfx::test

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+// Runs kestrel as a user does: as a program, on files.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace kfx::test {
+
+struct ProgramResult {
+    int exitCode = -1;
+    std::string out;
+    std::string err;
+    std::uint64_t peakBytes = 0;  // of memory in use by the process that does the work; Windows only
+};
+
+// Runs the kestrel that stands beside this test, with the arguments (UTF-8), and waits for its end.
+ProgramResult RunKestrel(const std::vector<std::string>& arguments);
+
+// The same with --json; fails the test when the output is not one JSON object.
+nlohmann::json RunKestrelForJson(std::vector<std::string> arguments);
+
+}  // namespace kfx::test

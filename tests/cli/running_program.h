@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// Programs that are started on Windows, for tests that look at them while they run.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kfx::test {
+
+// A program that is still running.
+struct RunningProgram {
+    void* process = nullptr;
+    unsigned long processId = 0;
+};
+
+// Starts the program at `path` without waiting. False: it did not start.
+bool StartProgram(const std::string& path, const std::vector<std::string>& arguments,
+                  RunningProgram* program);
+
+// Starts kestrel.exe with --through-plugin.
+bool StartThroughPlugin(std::vector<std::string> arguments, RunningProgram* program);
+
+// A process that this one (a handle) has started, opened with these rights; null: there is none. To be
+// closed.
+void* OpenChildOf(void* process, unsigned long access);
+
+// Waits for its end, ends it when it hangs (which fails the test), and returns its exit code.
+int WaitForEnd(RunningProgram* program);
+
+// Ends one that still runs, so that it is not in the way of the next.
+void EndProgram(RunningProgram* program);
+
+}  // namespace kfx::test

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+// Ctrl+C, as the console sends it to every program on it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include <windows.h>
+#include <tlhelp32.h>
+
+#include "tests/cli/running_program.h"
+#include "tests/cli/test_files.h"
+#include "tests/driven/user_settings.h"
+#include "tests/cli/test_animations.h"
+#include "tests/support/wait_for.h"
+
+namespace kfx::test {
+namespace {
+
+BOOL WINAPI Ignore(DWORD) { return TRUE; }
+
+// Gives the test a console of its own, whose interrupts the test itself ignores. It stays until the program
+// ends: giving it up would close the files that the test reports to.
+bool OpenOwnConsole() {
+    static bool open = false;
+    if (open) return true;
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE), error = GetStdHandle(STD_ERROR_HANDLE);
+    FreeConsole();
+    open = AllocConsole() && SetConsoleCtrlHandler(Ignore, TRUE);
+    SetStdHandle(STD_OUTPUT_HANDLE, output);
+    SetStdHandle(STD_ERROR_HANDLE, error);
+    return open;
+}
+
+constexpr int kFrames = 150;
+
+int CountParts(const std::string& folder) {
+    const auto files = FilesIn(folder);
+    return static_cast<int>(std::count_if(files.begin(), files.end(), [](const std::string& name) {
+        return name.find(".part") != std::string::npos;
+    }));
+}
+
+// Stops or continues all threads of a process.
+using ProcessFunction = LONG(WINAPI*)(HANDLE);
+
+ProcessFunction SystemFunction(const char* name) {
+    return reinterpret_cast<ProcessFunction>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), name)));
+}
+
+DWORD ThreadsOf(DWORD processId) {
+    DWORD threads = 0;
+    const HANDLE processes = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32FirstW(processes, &entry); more; more = Process32NextW(processes, &entry)) {
+        if (entry.th32ProcessID == processId) threads = entry.cntThreads;
+    }
+    CloseHandle(processes);
+    return threads;
+}
+
+TEST(Interrupt, Leaves_nothing_of_a_series_of_pictures) {
+    const TemporaryFolder folder;
+    // Many large pictures, so that writing them takes longer than noticing that it has begun.
+    WriteTestGif(folder.path + "in.gif", kFrames, false, 16);
+    ASSERT_TRUE(OpenOwnConsole());
+    RunningProgram program;
+    ASSERT_TRUE(StartThroughPlugin(
+        {"apply", folder.path + "in.gif", "-o", folder.path + "out.png", "--effect", "Bump"}, &program));
+    // Stopped, so that what is seen still holds when the interrupt comes. While a file is missing none is
+    // placed.
+    HANDLE child = nullptr;
+    EXPECT_TRUE(
+        WaitFor([&] { return (child = OpenChildOf(program.process, PROCESS_SUSPEND_RESUME)) != nullptr; }));
+    bool ended = false;
+    EXPECT_TRUE(WaitFor([&] {
+        SystemFunction("NtSuspendProcess")(child);
+        const auto parts = CountParts(folder.path);
+        if (parts > 1 && parts < kFrames) return true;
+        SystemFunction("NtResumeProcess")(child);
+        return ended = WaitForSingleObject(program.process, 0) == WAIT_OBJECT_0;
+    }));
+    ASSERT_FALSE(ended) << "the command has ended early";
+    EXPECT_FALSE(FileExists(folder.path + "out-000.png"));
+    EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
+    EXPECT_EQ(WaitForEnd(&program), 130);
+    CloseHandle(child);
+    EXPECT_EQ(FilesIn(folder.path), std::vector<std::string>{"in.gif"});
+}
+
+TEST(Interrupt, Leaves_a_whole_series_when_files_are_being_placed) {
+    const UserSettings user;
+    const TemporaryFolder folder;
+    WriteTestGif(folder.path + "in.gif", 4);
+    ASSERT_TRUE(OpenOwnConsole());
+    const HANDLE started = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingStarted");
+    const HANDLE go = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingGo");
+    ResetEvent(started);
+    ResetEvent(go);
+    _putenv("KFX_MISBEHAVIOUR=placing");
+    RunningProgram program;
+    ASSERT_TRUE(StartThroughPlugin({"apply", folder.path + "in.gif", "-o", folder.path + "out.png",
+                                    "--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")},
+                                   &program));
+    EXPECT_EQ(WaitForSingleObject(started, 120000), WAIT_OBJECT_0);
+    EXPECT_TRUE(FileExists(folder.path + "out-000.png"));
+    EXPECT_EQ(CountParts(folder.path), 3);
+    const DWORD threads = ThreadsOf(program.processId);
+    EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
+    // The interrupt is handled on a thread of its own.
+    EXPECT_TRUE(WaitFor([&] { return ThreadsOf(program.processId) != threads; }));
+    SetEvent(go);
+    EXPECT_EQ(WaitForEnd(&program), 0);
+    CloseHandle(started);
+    CloseHandle(go);
+    EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out-000.png", "out-001.png",
+                                                              "out-002.png", "out-003.png"}));
+}
+
+}  // namespace
+}  // namespace kfx::test

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+// A plug-in that does what the environment variable KFX_MISBEHAVIOUR says instead of its work.
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include <windows.h>
+#include <shlobj.h>
+
+#include "host/host_records.h"
+#include "driven/import_table.h"
+
+// Room inside this DLL's image, where a test can write tables that the DLL's own headers then name.
+extern "C" __declspec(dllexport) std::uint8_t kfxScratch[256];
+std::uint8_t kfxScratch[256];
+
+namespace {
+
+// The folder as a plug-in looks it up; "none" when the shell names none.
+std::string UsersFolder(int number) {
+    LPITEMIDLIST item = nullptr;
+    char path[MAX_PATH] = "none";
+    if (FAILED(SHGetSpecialFolderLocation(nullptr, number, &item)) || !item) return path;
+    if (!SHGetPathFromIDListA(item, path)) std::strcpy(path, "none");
+    CoTaskMemFree(item);
+    return path;
+}
+
+std::string Found(const char* function) {
+    return GetProcAddress(GetModuleHandleA("shell32.dll"), function) ? "found" : "none";
+}
+
+void Say(HWND parent, const std::string& text) { MessageBoxA(parent, text.c_str(), "Misbehaving", MB_OK); }
+
+// Tells the test that the plug-in runs, and waits until the test lets it go on.
+void MeetTest() {
+    const HANDLE started = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingStarted");
+    const HANDLE go = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingGo");
+    SetEvent(started);
+    WaitForSingleObject(go, INFINITE);
+    CloseHandle(started);
+    CloseHandle(go);
+}
+
+// Writes to the pipe that the command line names what is no report, and ends the command.
+void SendNoReport() {
+    const char* const option = std::strstr(GetCommandLineA(), "--child-of-kestrel ");
+    if (!option) return;
+    const auto pipe = static_cast<std::uintptr_t>(std::strtoull(option + 19, nullptr, 10));
+    const std::string lines = "{\"report\": 5}\n{\"temporary\": []}\n";
+    DWORD written = 0;
+    WriteFile(reinterpret_cast<HANDLE>(pipe), lines.data(), static_cast<DWORD>(lines.size()), &written,
+              nullptr);
+    ExitProcess(0);
+}
+
+// Moves a file, and meets the test when one has got its final name.
+int filesMoved = 0;
+
+BOOL WINAPI MoveAndMeet(LPCWSTR from, LPCWSTR to, DWORD flags) {
+    if (filesMoved++ == 1) MeetTest();
+    return MoveFileExW(from, to, flags);
+}
+
+// Lets the real plug-in do its work, in a program that moves its files so.
+int BuildAndMeet(HWND parent, kfx::HostContext* context) {
+    // The files are moved after the plug-in is let go.
+    HMODULE own = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<LPCSTR>(&MoveAndMeet), &own);
+    for (const kfx::driven::Import& import : kfx::driven::ImportsOf(GetModuleHandleA(nullptr))) {
+        if (import.slot && import.function && std::strcmp(import.function, "MoveFileExW") == 0)
+            kfx::driven::SetImport(import, reinterpret_cast<void*>(&MoveAndMeet));
+    }
+    const HMODULE real = LoadLibraryA("kfxplug1.dll");
+    const auto build = reinterpret_cast<int (*)(HWND, kfx::HostContext*)>(
+        reinterpret_cast<void*>(GetProcAddress(real, "PLUGIN16DoBuild")));
+    return build(parent, context);
+}
+
+// What a host takes for the window of a plug-in: a dialog with an effect list and a preview. It hangs when an
+// effect is chosen.
+void ShowBareWindow(HWND parent) {
+    struct alignas(4) Template {
+        DLGTEMPLATE dialog;
+        WORD menu, windowClass, title;
+    };
+    const Template plain = {{DS_MODALFRAME | WS_POPUP | WS_VISIBLE, 0, 0, 0, 0, 90, 90}, 0, 0, 0};
+    const auto procedure = [](HWND window, UINT message, WPARAM word, LPARAM) -> INT_PTR {
+        if (message == WM_INITDIALOG) {
+            CreateWindowA("Static", "", WS_CHILD | WS_VISIBLE, 0, 0, 9, 9, window,
+                          reinterpret_cast<HMENU>(INT_PTR{25}), nullptr, nullptr);
+            const HWND effects =
+                CreateWindowA("ComboBox", "", WS_CHILD | WS_VISIBLE | CBS_DROPDOWNLIST, 0, 0, 9, 90, window,
+                              reinterpret_cast<HMENU>(INT_PTR{50}), nullptr, nullptr);
+            SendMessageA(effects, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("Bump"));
+        }
+        if (message == WM_COMMAND && word == MAKEWPARAM(50, CBN_CLOSEUP)) {
+            SetEvent(CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingChosen"));
+            Sleep(INFINITE);
+        }
+        if (message == WM_COMMAND && LOWORD(word) == IDCANCEL) EndDialog(window, 0);
+        return message == WM_INITDIALOG;
+    };
+    DialogBoxIndirectParamA(nullptr, &plain.dialog, parent, procedure, 0);
+}
+
+}  // namespace
+
+extern "C" __declspec(dllexport) int PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
+    std::strcpy(info->name, "Misbehaving");
+    return 1;
+}
+
+extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostContext* context) {
+    const char* variable = std::getenv("KFX_MISBEHAVIOUR");
+    const std::string misbehaviour = variable ? variable : "";
+    if (misbehaviour == "hang") Sleep(INFINITE);
+    if (misbehaviour == "exit") std::exit(0);
+    if (misbehaviour == "ExitProcess") ExitProcess(0);
+    if (misbehaviour == "TerminateProcess") TerminateProcess(GetCurrentProcess(), 0);
+    if (misbehaviour == "abort") std::abort();
+    if (misbehaviour == "crash") RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr);
+    if (misbehaviour == "message") Say(parent, "It is raining.");
+    if (misbehaviour == "meet") MeetTest();
+    if (misbehaviour == "report") SendNoReport();
+    if (misbehaviour == "placing") return BuildAndMeet(parent, context);
+    if (misbehaviour == "window") ShowBareWindow(parent);
+    if (misbehaviour == "folders") {
+        Say(parent, "settings " + UsersFolder(CSIDL_APPDATA) + ", profile " + UsersFolder(CSIDL_PROFILE) +
+                        ", by name " + Found("SHGetFolderPathA") + ", by variable " +
+                        (std::getenv("APPDATA") ? "found" : "none") + ", documents " +
+                        UsersFolder(CSIDL_PERSONAL) + ".");
+    }
+    return 1;
+}

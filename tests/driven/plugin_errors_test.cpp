@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+// What a plug-in does wrong is said in one sentence, answered with its exit code, and leaves nothing behind.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include <windows.h>
+
+#include "tests/cli/program.h"
+#include "tests/cli/test_animations.h"
+#include "tests/cli/test_files.h"
+#include "tests/driven/user_settings.h"
+
+namespace kfx::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+struct PluginErrors : ::testing::Test {
+    TemporaryFolder folder;
+    std::string input = folder.path + "in.gif";
+
+    void SetUp() override { WriteTestGif(input, 2); }
+
+    std::string Failing(int exitCode, const std::vector<std::string>& arguments) const {
+        const auto before = FilesIn(folder.path);
+        const ProgramResult result = RunThroughPlugin(arguments);
+        EXPECT_EQ(result.exitCode, exitCode) << result.err;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_EQ(FilesIn(folder.path), before) << "nothing is left behind";
+        return result.err;
+    }
+
+    std::vector<std::string> Apply(const std::vector<std::string>& more) const {
+        std::vector<std::string> arguments = {"apply", input, "-o", folder.path + "out.gif"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return arguments;
+    }
+};
+
+TEST_F(PluginErrors, A_missing_plugin_is_named) {
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", folder.path + "no.dll"})),
+                HasSubstr("no.dll"));
+}
+
+TEST_F(PluginErrors, A_dll_that_is_no_plugin_is_refused) {
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", "C:\\windows\\system32\\kernel32.dll"})),
+                HasSubstr("not a plug-in"));
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", input})), HasSubstr("cannot be loaded"));
+}
+
+TEST_F(PluginErrors, A_plugins_message_is_reported) {
+    _putenv("KFX_MISBEHAVIOUR=message");
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("the plug-in says: It is raining."));
+}
+
+TEST_F(PluginErrors, A_plugin_that_closes_itself_is_reported) {
+    _putenv("KFX_MISBEHAVIOUR=return");
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("closed itself"));
+}
+
+TEST_F(PluginErrors, A_plugin_that_ends_the_process_is_reported) {
+    for (const std::string way : {"exit", "ExitProcess", "TerminateProcess"}) {
+        _putenv(("KFX_MISBEHAVIOUR=" + way).c_str());
+        EXPECT_THAT(
+            Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
+            HasSubstr("has ended the command before it was done (exit code 0)"))
+            << way;
+        const auto report = RunKestrelForJson(Apply(
+            {"--through-plugin", "--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")}));
+        EXPECT_EQ(report["exitCode"], 5) << way;
+    }
+}
+
+TEST_F(PluginErrors, What_a_plugin_writes_to_the_pipe_is_no_report) {
+    _putenv("KFX_MISBEHAVIOUR=report");
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("the plug-in has ended the command before it was done (exit code 0)"));
+}
+
+TEST_F(PluginErrors, A_plugin_that_crashes_is_reported) {
+    _putenv("KFX_MISBEHAVIOUR=crash");
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("(exit code 0xC0000005)"));
+    // The C library says something itself here.
+    _putenv("KFX_MISBEHAVIOUR=abort");
+    const ProgramResult aborted =
+        RunThroughPlugin(Apply({"--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")}));
+    EXPECT_EQ(aborted.exitCode, 5);
+    EXPECT_THAT(aborted.err, HasSubstr("(exit code 3)"));
+}
+
+TEST_F(PluginErrors, A_plugin_that_hangs_in_a_message_is_given_up) {
+    _putenv("KFX_MISBEHAVIOUR=window");
+    const HANDLE chosen = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingChosen");
+    ResetEvent(chosen);
+    EXPECT_THAT(Failing(6, Apply({"--effect", "Bump", "--timeout", "1", "--plugin",
+                                  FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("stopped answering (1 s"));
+    EXPECT_EQ(WaitForSingleObject(chosen, 0), WAIT_OBJECT_0) << "the plug-in was not sent the message";
+    CloseHandle(chosen);
+}
+
+TEST_F(PluginErrors, A_plugin_that_hangs_is_given_up) {
+    _putenv("KFX_MISBEHAVIOUR=hang");
+    EXPECT_THAT(Failing(6, Apply({"--effect", "Bump", "--timeout", "1", "--plugin",
+                                  FileBesideTest("misbehaving_plugin.dll")})),
+                HasSubstr("stopped answering"));
+}
+
+}  // namespace
+}  // namespace kfx::test
