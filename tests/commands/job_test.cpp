@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+// Names become rows, against whatever the engine lists.
+#include "commands/job.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "commands/engine.h"
+
+namespace kfx::commands {
+namespace {
+
+using ::testing::HasSubstr;
+
+// An engine that lists two effects and two palettes and can be told to fail.
+struct ListingEngine {
+    std::string failing;  // the list that fails
+};
+
+bool FailsAt(void* opened, const char* list, Failure* failure) {
+    if (static_cast<ListingEngine*>(opened)->failing != list) return false;
+    *failure = {kExitTimeout, std::string("no ") + list + "."};
+    return true;
+}
+
+bool ListEffects(void* opened, std::vector<std::string>* names, Failure* failure) {
+    *names = {"Blur", "Swirl"};
+    return !FailsAt(opened, "effects", failure);
+}
+
+bool ListParameters(void* opened, int effect, std::vector<Parameter>* parameters, Failure* failure) {
+    if (effect == 1) {
+        Parameter angle;
+        angle.name = "Angle";
+        angle.control = 7;
+        angle.minimum = -1440;
+        angle.maximum = 1440;
+        angle.shownOffset = -1440;
+        Parameter side;
+        side.kind = Parameter::List;
+        side.name = "Side";
+        side.control = 8;
+        side.items = {"Left 1", "Right 1"};
+        side.maximum = 1;
+        *parameters = {angle, side};
+    }
+    return !FailsAt(opened, "parameters", failure);
+}
+
+bool ListPalettes(void* opened, std::vector<std::string>* names, Failure* failure) {
+    *names = {"Black and white", "216-color safe"};
+    return !FailsAt(opened, "palettes", failure);
+}
+
+const Engine kListing = {.options = nullptr,
+                         .open = nullptr,
+                         .close = nullptr,
+                         .name = nullptr,
+                         .listEffects = ListEffects,
+                         .listParameters = ListParameters,
+                         .listPalettes = ListPalettes,
+                         .build = nullptr};
+
+struct JobTest : ::testing::Test {
+    ListingEngine engine;
+    CommandLine line;
+    bool ownPalette = true;
+    Job job;
+    Failure failure;
+
+    void SetUp() override {
+        line.inputs = {"in.gif"};
+        line.effect = "swirl";
+        line.palette = "custom";
+    }
+
+    bool Resolve() { return ResolveJob(line, ownPalette, kListing, &engine, &job, &failure); }
+
+    std::string Refused() {
+        EXPECT_FALSE(Resolve());
+        EXPECT_EQ(failure.exitCode, kExitBadCommand);
+        return failure.error;
+    }
+};
+
+TEST_F(JobTest, Names_become_rows_and_values) {
+    line.settings = {{"angle", "-90"}, {"Side", "right"}};
+    line.dither = true;
+    line.comment = Choice::Off;
+    ASSERT_TRUE(Resolve()) << failure.error;
+    EXPECT_EQ(job.effect, 1);
+    ASSERT_EQ(job.values.size(), 2u);
+    EXPECT_EQ(job.values[0].parameter.control, 7);
+    EXPECT_EQ(job.values[0].value, -90);
+    EXPECT_EQ(job.values[1].value, 1);
+    EXPECT_EQ(job.paletteUse, PaletteUse::Computed);
+    EXPECT_TRUE(job.dither);
+    EXPECT_FALSE(job.supercompress);
+    EXPECT_FALSE(job.comment);
+}
+
+TEST_F(JobTest, Unknown_names_are_answered_with_what_is_near) {
+    line.effect = "Swrl";
+    EXPECT_THAT(Refused(), HasSubstr("unknown effect \"Swrl\"; did you mean Swirl?"));
+    line.effect = "Swirl";
+    line.settings = {{"Angel", "1"}};
+    EXPECT_THAT(Refused(), HasSubstr("unknown parameter \"Angel\"; did you mean Angle?"));
+    line.settings = {{"Angle", "1441"}};
+    EXPECT_EQ(Refused(), "Angle takes -1440 to 1440, not \"1441\".");
+    line.settings = {{"Side", "up"}};
+    EXPECT_EQ(Refused(), "Side takes Left 1 or Right 1, not \"up\".");
+    line.effect = "Blur";
+    EXPECT_THAT(Refused(), HasSubstr("there is none here"));
+}
+
+TEST_F(JobTest, A_palette_is_a_row_of_the_list_or_a_word) {
+    line.palette = "216 color";
+    ASSERT_TRUE(Resolve());
+    EXPECT_EQ(job.paletteUse, PaletteUse::Listed);
+    EXPECT_EQ(job.palette, 1);
+    line.palette = "original";
+    ASSERT_TRUE(Resolve());
+    EXPECT_EQ(job.palette, 2) << "behind the last";
+    line.palette = "nonsense";
+    EXPECT_THAT(Refused(), HasSubstr("Black and white, 216-color safe, Match original, custom and original"));
+    line.trueColor = true;
+    ASSERT_TRUE(Resolve()) << "no palette is looked up";
+    EXPECT_EQ(job.paletteUse, PaletteUse::TrueColor);
+}
+
+TEST_F(JobTest, A_source_without_a_palette_cannot_keep_it) {
+    ownPalette = false;
+    line.palette = "original";
+    EXPECT_EQ(Refused(), "in.gif: has no palette of its own; choose another --palette.");
+    line.palette = "Match original";
+    EXPECT_THAT(Refused(), HasSubstr("unknown palette"));
+}
+
+TEST_F(JobTest, The_background_is_a_colour_the_sources_or_the_standard) {
+    ASSERT_TRUE(Resolve());
+    EXPECT_EQ(job.background, Background::Standard);
+    line.localBackground = "none";
+    ASSERT_TRUE(Resolve());
+    EXPECT_EQ(job.background, Background::Source);
+    line.localBackground = "102030";
+    ASSERT_TRUE(Resolve());
+    EXPECT_EQ(job.background, Background::Color);
+    EXPECT_EQ(job.backgroundColor, 0x302010u);
+}
+
+TEST_F(JobTest, An_engine_that_fails_says_why) {
+    line.palette = "216-color safe";
+    for (const char* list : {"effects", "parameters", "palettes"}) {
+        engine.failing = list;
+        EXPECT_FALSE(Resolve());
+        EXPECT_EQ(failure.exitCode, kExitTimeout);
+        EXPECT_EQ(failure.error, std::string("no ") + list + ".");
+    }
+}
+
+}  // namespace
+}  // namespace kfx::commands

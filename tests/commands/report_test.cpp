@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#include "commands/report.h"
+
+#include <gtest/gtest.h>
+
+namespace kfx::commands {
+namespace {
+
+Report NotedReport() {
+    Report report;
+    report.notes = {"a first.", "a second."};
+    report.text = "out.gif: 2 frames.\n";
+    report.result = {{"output", "out.gif"}, {"frames", 2}};
+    return report;
+}
+
+TEST(Report, Results_are_output_and_notes_are_errors) {
+    const PrintedReport printed = FormatReport(NotedReport(), false, false);
+    EXPECT_EQ(printed.output, "out.gif: 2 frames.\n");
+    EXPECT_EQ(printed.errors, "kestrel: note: a first.\nkestrel: note: a second.\n");
+}
+
+TEST(Report, Quiet_leaves_out_notes_but_no_error) {
+    Report report = NotedReport();
+    EXPECT_EQ(FormatReport(report, false, true).errors, "");
+    report.error = "it went wrong.";
+    EXPECT_EQ(FormatReport(report, false, true).errors, "kestrel: it went wrong.\n");
+}
+
+TEST(Report, For_scripts_everything_is_one_object_in_the_output) {
+    const PrintedReport done = FormatReport(NotedReport(), true, true);
+    EXPECT_EQ(done.errors, "");
+    EXPECT_EQ(nlohmann::json::parse(done.output), (nlohmann::json{{"ok", true},
+                                                                  {"exitCode", 0},
+                                                                  {"notes", {"a first.", "a second."}},
+                                                                  {"output", "out.gif"},
+                                                                  {"frames", 2}}));
+    const PrintedReport failed = FormatReport(FailedReport(Failure{kExitBadInput, "no."}), true, false);
+    EXPECT_EQ(nlohmann::json::parse(failed.output),
+              (nlohmann::json{
+                  {"ok", false}, {"exitCode", 3}, {"error", "no."}, {"notes", nlohmann::json::array()}}));
+}
+
+TEST(Report, Bytes_that_are_no_text_are_replaced) {
+    Report report;
+    report.error = "caf\xE9.gif: no.";
+    const auto object = nlohmann::json::parse(FormatReport(report, true, false).output, nullptr, false);
+    ASSERT_TRUE(object.is_object());
+    EXPECT_EQ(object["error"], "caf\xEF\xBF\xBD.gif: no.");
+}
+
+}  // namespace
+}  // namespace kfx::commands

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+// The two engines give the same files and say the same: every command here runs through both.
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <map>
+
+#include "commands/commands.h"
+#include "commands/direct_engine.h"
+#include "driven/driven_engine.h"
+#include "effects/effect_table.h"
+#include "tests/cli/test_animations.h"
+#include "tests/cli/test_files.h"
+#include "tests/driven/user_settings.h"
+#include "tests/support/held_clock.h"
+
+namespace kfx::test {
+namespace {
+
+using commands::kDirectEngine;
+using Arguments = std::vector<std::string>;
+
+// What a command says and makes.
+struct Outcome {
+    int exitCode = -1;
+    std::string json;
+    std::map<std::string, std::string> files;  // contents by name
+};
+
+struct Engines : ::testing::Test {
+    UserSettings user;
+    TemporaryFolder sources;
+    TemporaryFolder results;
+    driven::DrivenOptions options;
+    commands::Engine driven = driven::MakeDrivenEngine(&options);
+
+    void SetUp() override {
+        WriteTestGif(sources.path + "plain.gif", 3);
+        WriteTestGif(sources.path + "single.gif", 1);
+        WriteTestGif(sources.path + "holes.gif", 3, true);
+    }
+
+    // Runs the command in this process, and takes its files away.
+    Outcome Run(const Arguments& arguments, const commands::Engine& engine) const {
+        commands::CommandLine line;
+        std::string text;
+        EXPECT_EQ(ParseCommandLine(arguments, {}, &line, &text), commands::ParseOutcome::Run) << text;
+        const commands::Report report = RunCommand(line, {engine});
+        Outcome outcome;
+        outcome.exitCode = report.exitCode;
+        outcome.json = FormatReport(report, true, false).output;
+        for (const std::string& name : FilesIn(results.path)) {
+            outcome.files[name] = ReadText(results.path + name);
+            DeleteFileAt(results.path + name);
+        }
+        return outcome;
+    }
+
+    static void ExpectSame(const Outcome& direct, const Outcome& through, const Arguments& arguments) {
+        EXPECT_EQ(direct.json, through.json) << ::testing::PrintToString(arguments);
+        ASSERT_EQ(direct.files.size(), through.files.size()) << ::testing::PrintToString(arguments);
+        for (const auto& [name, content] : direct.files) {
+            ASSERT_TRUE(through.files.count(name)) << name;
+            // Whole files in a message would bury it.
+            EXPECT_TRUE(content == through.files.at(name))
+                << name << " differs: " << ::testing::PrintToString(arguments);
+        }
+    }
+
+    void ExpectSameFrom(const Arguments& arguments, int exitCode = commands::kExitDone) const {
+        const Outcome direct = Run(arguments, kDirectEngine);
+        EXPECT_EQ(direct.exitCode, exitCode) << direct.json;
+        EXPECT_EQ(direct.files.empty(), exitCode != commands::kExitDone || arguments[0] == "effects");
+        ExpectSame(direct, Run(arguments, driven), arguments);
+    }
+
+    // For commands that depend on the clock's second, once: which one the plug-in has taken is one of those
+    // that passed meanwhile, and in that one the direct engine gives the same.
+    void ExpectSameInSomeSecond(const Arguments& arguments) const {
+        const std::time_t before = std::time(nullptr);
+        const Outcome through = Run(arguments, driven);
+        const std::time_t after = std::time(nullptr);
+        Outcome direct;
+        for (std::time_t second = before; second <= after && direct.files != through.files; ++second) {
+            const HeldClock clock(static_cast<uint32_t>(second));
+            direct = Run(arguments, kDirectEngine);
+        }
+        EXPECT_EQ(direct.exitCode, commands::kExitDone) << direct.json;
+        ExpectSame(direct, through, arguments);
+    }
+
+    Arguments Apply(const std::string& source, const std::string& output, const std::string& effect,
+                    const Arguments& more = {}) const {
+        Arguments arguments = {"apply", sources.path + source, "-o", results.path + output, "--effect",
+                               effect};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return arguments;
+    }
+};
+
+// Every parameter at one of its ends.
+Arguments Extremes(int effect, bool most) {
+    std::vector<commands::Parameter> parameters;
+    commands::Failure failure;
+    EXPECT_TRUE(kDirectEngine.listParameters(nullptr, effect, &parameters, &failure));
+    Arguments arguments;
+    for (const commands::Parameter& parameter : parameters) {
+        const int value = most ? parameter.maximum : parameter.minimum;
+        arguments.insert(arguments.end(), {"--set", parameter.name + "=" + ValueText(parameter, value)});
+    }
+    return arguments;
+}
+
+class EachEffect : public Engines, public ::testing::WithParamInterface<int> {};
+
+TEST_P(EachEffect, Gives_the_same_files) {
+    const std::string name = EffectAt(static_cast<size_t>(GetParam()))->name;
+    const char* const output = GetParam() % 2 ? "out.webp" : "out.png";
+    if (name == "Water Drops") {
+        ExpectSameInSomeSecond(Apply("single.gif", "out.gif", name));
+        ExpectSameInSomeSecond(Apply("single.gif", output, name, Extremes(GetParam(), true)));
+    } else {
+        ExpectSameFrom(Apply("plain.gif", "out.gif", name, Extremes(GetParam(), false)));
+        ExpectSameFrom(Apply("plain.gif", output, name, Extremes(GetParam(), true)));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, EachEffect, ::testing::Range(0, static_cast<int>(EffectCount())));
+
+class EachPalette : public Engines, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(EachPalette, Gives_the_same_file) {
+    ExpectSameFrom(
+        Apply("plain.gif", "out.gif", "Swirl", {"--palette", GetParam(), "--dither", "--supercompress"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Engines, EachPalette,
+                         ::testing::Values("Black and white", "Sixteen-color Windows", "32-color orthogonal",
+                                           "64-color orthogonal", "128-color orthogonal", "216-color safe",
+                                           "256-color orthogonal", "256-color with gray", "256 gray levels",
+                                           "custom", "original", "Match original"));
+
+TEST_F(Engines, Every_option_means_the_same) {
+    for (const Arguments& more : {Arguments{"--local-background", "12FE34"},
+                                  {"--local-background", "none"},
+                                  {"--no-comment"},
+                                  {"--comment", "--supercompress"},
+                                  {"--dither"},
+                                  {"--palette", "216-color safe"},
+                                  {"--palette", "original"},
+                                  {"--fast-remap", "--palette", "original"},
+                                  {"--palette", "black", "--dither", "--dither-brightness", "90"},
+                                  {"--palette", "black", "--dither", "--dither-contrast", "3"}}) {
+        ExpectSameFrom(Apply("plain.gif", "out.gif", "Swirl", more));
+    }
+    ExpectSameFrom(Apply("plain.gif", "out.webp", "Oil Painting", {"--local-background", "12FE34"}));
+    ExpectSameFrom(Apply("plain.gif", "out.webp", "Emboss", {"--palette", "216-color safe", "--dither"}));
+}
+
+TEST_F(Engines, Transparent_and_single_sources_give_the_same_files) {
+    ExpectSameFrom(Apply("holes.gif", "out.gif", "Emboss", {"--supercompress"}));
+    ExpectSameFrom(Apply("holes.gif", "out.webp", "Emboss"));
+    ExpectSameFrom(Apply("single.gif", "out.png", "Emboss", {"--supercompress", "--palette", "custom"}));
+}
+
+TEST_F(Engines, They_list_the_same_effects_parameters_and_palettes) { ExpectSameFrom({"effects"}); }
+
+TEST_F(Engines, They_draw_the_same_gallery) {
+    ExpectSameInSomeSecond({"gallery", sources.path + "single.gif", "-o", results.path + "out.png"});
+}
+
+TEST_F(Engines, They_refuse_the_same_commands_with_the_same_words) {
+    // A true colour source, which has no palette of its own.
+    ASSERT_EQ(Run({"apply", sources.path + "plain.gif", "-o", sources.path + "true.webp", "--effect", "Bump"},
+                  kDirectEngine)
+                  .exitCode,
+              commands::kExitDone);
+    for (const Arguments& arguments :
+         {Apply("plain.gif", "out.gif", "Embosss"),
+          Apply("plain.gif", "out.gif", "Swirl", {"--set", "Depth=3"}),
+          Apply("plain.gif", "out.gif", "Neon", {"--set", "Depth=3"}),
+          Apply("plain.gif", "out.gif", "Swirl", {"--set", "Angle=1441"}),
+          Apply("plain.gif", "out.gif", "HSB", {"--set", "Channels=Up"}),
+          Apply("plain.gif", "out.gif", "Normalize", {"--set", "Distributed=maybe"}),
+          Apply("plain.gif", "out.gif", "Swirl", {"--palette", "215-color safe"}),
+          Apply("true.webp", "out.gif", "Swirl", {"--palette", "match original"}),
+          Apply("true.webp", "out.gif", "Swirl", {"--palette", "original"})}) {
+        ExpectSameFrom(arguments, commands::kExitBadCommand);
+    }
+}
+
+}  // namespace
+}  // namespace kfx::test
