@@ -14,7 +14,7 @@ BOOL CALLBACK WriteControl(HWND control, LPARAM file) {
     return TRUE;
 }
 
-// Applies the lines up to the end of the file. A line for a control that is not there is passed over.
+// Applies the lines up to the end of the file. A line for a control that does not exist is skipped.
 void ApplyLines(HWND window, std::FILE* file) {
     char line[kDocumentLineBytes];
     while (const int id = ReadDocumentLine(file, line)) {

@@ -14,7 +14,7 @@ constexpr size_t kKindWordLength = 6;
 
 char LowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-// Kind words are letters only, so no language's own rules of case are wanted.
+// Kind words are ASCII letters, so the locale's rules of case are not used.
 bool HasKindWord(const char* line, const char* kindWord) {
     for (size_t i = 0; i < kKindWordLength; ++i)
         if (LowerCase(line[i]) != LowerCase(kindWord[i])) return false;

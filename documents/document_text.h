@@ -21,11 +21,11 @@ void WriteUnsignedLine(std::FILE* file, const char* kindWord, int id, uint32_t v
 void WriteTextLine(std::FILE* file, const char* kindWord, int id, const char* value);
 
 // Reads the first line. False: the file begins with something else than a document's header. An empty file
-// passes.
+// is accepted.
 bool ReadDocumentStart(std::FILE* file);
 
-// Reads on to the next line that names a control, without its line end, and answers the control's identifier
-// (above 0). Comments, lines below seven characters and lines without an identifier are passed over. 0: the
+// Reads on to the next line that names a control, without its line end, and returns the control's identifier
+// (above 0). Comments, lines below seven characters and lines without an identifier are skipped. 0: the
 // file has ended.
 int ReadDocumentLine(std::FILE* file, char line[kDocumentLineBytes]);
 
