@@ -32,7 +32,7 @@ constexpr char kComment[] =
     "\r\n\r\n"
     "for more information.";
 
-// A build's state. What it owns goes with it, however the build ends.
+// A build's state. Its destructor frees the frames, however the build ends.
 struct Build {
     explicit Build(const BuildEnvironment& given, const BuildOptions& chosen)
         : environment(given), options(chosen) {}
@@ -87,7 +87,7 @@ int32_t NearestToBackground(const Build& build, int32_t colors) {
                         static_cast<int32_t>(BlueOf(build.background)));
 }
 
-// The part of the options that rules out others before the build has begun.
+// Switches off the options that others make meaningless.
 void SettleOptions(Build* build) {
     BuildOptions& options = build->options;
     if (options.trueColor) options.supercompress = false;
@@ -119,7 +119,7 @@ bool ChooseSourcePalette(Build* build) {
 
 // False: the source's palette is wanted and the source could not be read.
 bool ChoosePalette(Build* build) {
-    // All 256 entries are searched later whatever the palette's size: the black ones beyond it compete.
+    // All 256 entries are searched later, whatever the palette's size: the unused ones count as black.
     if (build->options.paletteChoice == kSourcePalette) return ChooseSourcePalette(build);
     BuildFixedPalette(build->palette, build->options.paletteChoice, &build->bitsPerPixel);
     return true;
@@ -165,7 +165,7 @@ bool QuantizePalette(Build* build) {
     return true;
 }
 
-// A copy of the first frame: the picture as it stands on the viewer's screen.
+// A copy of the first frame: what a viewer shows after it.
 ImageHandle CopyFirstFrame(const Build& build) {
     FrameEntry entry;
     if (!GetFrame(build.frames, 0, &entry)) return nullptr;
@@ -195,8 +195,8 @@ bool SupercompressFrames(Build* build) {
     return true;
 }
 
-// Puts the reserved index where it belongs. The colour table has the background colour there already: it is
-// the palette's.
+// Gives the transparent and background pixels the reserved index. Its colour needs no change: the palette has
+// the background colour there.
 bool MarkReserved(const Build& build, int32_t index, ImageHandle converted, FrameEntry* entry) {
     const int32_t reserved = build.reservedIndex;
     if (reserved < 0) return true;

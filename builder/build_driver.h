@@ -41,7 +41,7 @@ BuildOptions OptionsForMode(BuildOptions asSet, BuildMode mode);
 enum class BuildMessage {
     MemoryError,     // the effect failed, no frames, no memory
     NewTaskRefused,  // the host opens no task
-    ImageRefused,    // the host takes a frame no longer
+    ImageRefused,    // the host refuses a frame
 };
 
 struct BuildEnvironment {
@@ -52,9 +52,9 @@ struct BuildEnvironment {
     void (*showMessage)(void* window, BuildMessage message);  // called at most once
 };
 
-// Builds environment.source. The wait cursor is the caller's. 1: every frame
-// was added and the task closed; 0: a message has been shown. Frees every image that it made, whatever
-// happens.
+// Builds environment.source. The caller shows the wait cursor. 1: every frame was added and the task closed.
+// 0: the build failed, and a message has been shown unless the window has closed. Every image that it made is
+// freed in both cases.
 int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& options);
 
 }  // namespace kfx

@@ -53,8 +53,8 @@ ColorCells::ColorCells() : cells(size_t{kCells} * kTables) {
         const uint64_t red = i >> 6;
         const uint64_t green = i >> 3 & 7;
         const uint64_t blue = i & 7;
-        steps[i] = {uint64_t{1} << 32 | (red * red + green * green + blue * blue),
-                    red << 42 | green << 21 | blue};
+        steps[i] = {.countAndSquares = uint64_t{1} << 32 | (red * red + green * green + blue * blue),
+                    .lows = red << 42 | green << 21 | blue};
     }
 }
 

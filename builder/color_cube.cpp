@@ -30,7 +30,7 @@ struct Midpoint {
     int64_t blue;
 };
 
-// Sums of (2c - 2m)^2 from the sums of c and c^2: whole numbers, hence exact in any order.
+// The sum of (2c - 2m)^2, from the sums of c and c^2: whole numbers, so the order of adding does not matter.
 int64_t ErrorOf(const ColorNode& node, const Midpoint& mid) {
     return 4 * node.squares - 4 * (mid.red * node.red + mid.green * node.green + mid.blue * node.blue) +
            node.count * (mid.red * mid.red + mid.green * mid.green + mid.blue * mid.blue);
@@ -44,8 +44,9 @@ void SetErrors(ColorCube* cube, uint32_t node, const Midpoint& mid, uint32_t lev
     for (uint32_t id = 0; id < kChildren; ++id) {
         const uint32_t child = kChildren * node + 1 + id;
         if (nodes[child].count == 0) continue;
-        const Midpoint childMid = {mid.red + (id & 4 ? step : -step), mid.green + (id & 2 ? step : -step),
-                                   mid.blue + (id & 1 ? step : -step)};
+        const Midpoint childMid = {.red = mid.red + (id & 4 ? step : -step),
+                                   .green = mid.green + (id & 2 ? step : -step),
+                                   .blue = mid.blue + (id & 1 ? step : -step)};
         SetErrors(cube, child, childMid, level + 1);
     }
 }
@@ -74,7 +75,8 @@ uint32_t LeastRankOfChildren(const ColorCube& cube, uint32_t node) {
     return least;
 }
 
-// From which threshold on a node holds pixels of its own: when its first child is merged into it.
+// The least threshold (as a rank) at which a node holds pixels of its own: a leaf always does, any other node
+// once a child has been merged into it.
 uint32_t HoldsPixelsFrom(const ColorCube& cube, uint32_t node) {
     return node < InnerNodes(cube) ? LeastRankOfChildren(cube, node) : 0;
 }
@@ -82,7 +84,7 @@ uint32_t HoldsPixelsFrom(const ColorCube& cube, uint32_t node) {
 // What the passes need to know, an entry for each rank.
 struct PassTables {
     int32_t* counted;       // change in the number of standing nodes that hold pixels
-    uint32_t* firstKilled;  // the nodes whose first ancestor falls at this rank, linked; 0: none
+    uint32_t* firstKilled;  // list of the nodes whose ancestor of least error has this rank; 0: none
 };
 
 void FillTables(ColorCube* cube, const uint32_t* order, uint32_t count, const PassTables& tables) {
@@ -108,14 +110,25 @@ void FillTables(ColorCube* cube, const uint32_t* order, uint32_t count, const Pa
 
 // The threshold (as a rank) of the last merging pass.
 //
-// In a pass with threshold t every node is looked at, children first: one whose error is at most t is merged
-// with its whole subtree; any other counts as a colour if it holds pixels, and its error is a candidate for
-// the next threshold, the least one of all. So a node still counts, and still proposes its error, in the very
-// pass in which an ancestor takes it along; that overcount makes passes end later than the number of colours
-// would, and is part of the results. Errors never change, so what a pass does follows from the ranks alone: t
-// takes their values in turn, leaving out those of nodes that an earlier pass has merged. The root stays out
-// of it: its error, the sum of all running totals below it, exceeds every other one's by more than 1 whenever
-// there are more colours than wanted.
+// A pass has a threshold t and looks at every node, children before parents:
+// - a node whose error is at most t is merged into its parent, with everything below it;
+// - any other node counts as a colour if it holds pixels, and its error is proposed as the next threshold.
+// The passes end when no more colours than wanted were counted; otherwise the least error proposed is the
+// next threshold. A node below a merged one was looked at earlier in the same pass: if its own error is above
+// t, it was counted and proposed its error, although it is merged now. So a pass may count too many and
+// another one follow. tests/reference/ does the passes one by one and defines the result.
+//
+// Example with at most 2 colours wanted. Below the root stand A (error 4) with the leaves A1 (error 1) and A2
+// (error 7), and B (error 20) with the leaf B1 (error 9). At first the leaves hold the pixels.
+//   t = 0: nothing is merged. A1, A2 and B1 count: 3. The least error proposed is A1's, 1.
+//   t = 1: A1 is merged into A. A, A2 and B1 count: 3. The least error proposed is A's, 4.
+//   t = 4: A is merged into the root, with A2 below it. A2, the root and B1 count: 3, though only two of them
+//          are left. The least error proposed is A2's, 7.
+//   t = 7: nothing more is merged. The root and B1 count: 2, and the passes end.
+//
+// Errors never change, so the ranks alone say what a pass does: t takes their values in ascending order,
+// without those of nodes that an earlier pass has merged. The root is never merged: its error, the sum over
+// all pixels, is larger than every other by more than 1 whenever there are more colours than wanted.
 uint32_t LastThreshold(const ColorCube& cube, uint32_t limit, const uint32_t* order, uint32_t count,
                        const PassTables& tables) {
     const ColorNode* nodes = cube.nodes.address;
@@ -187,7 +200,7 @@ void SumUpCube(ColorCube* cube) {
         AddPixelsOf(nodes[node], parent);
         parent->squares += nodes[node].squares;
     }
-    SetErrors(cube, 0, {255, 255, 255}, 0);
+    SetErrors(cube, 0, {.red = 255, .green = 255, .blue = 255}, 0);
 }
 
 bool ReduceCube(ColorCube* cube, uint32_t limit) {
@@ -209,7 +222,7 @@ bool ReduceCube(ColorCube* cube, uint32_t limit) {
     const Scratch<int32_t> counted(size_t{ranks} + 1);
     const Scratch<uint32_t> firstKilled(size_t{ranks} + 1);
     if (!counted || !firstKilled) return false;
-    const PassTables tables = {counted.address, firstKilled.address};
+    const PassTables tables = {.counted = counted.address, .firstKilled = firstKilled.address};
     FillTables(cube, order.address, count, tables);
     MergeUpTo(cube, LastThreshold(*cube, limit, order.address, count, tables));
     return true;

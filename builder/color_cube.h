@@ -2,7 +2,8 @@
 // The octree of the quantizer: red-green-blue space halved along each channel from level to level. Every node
 // knows its pixels, their colour sums and how far they lie from its midpoint; the nodes of least error are
 // merged into their parents until few enough colours are left. After Gervautz and Purgathofer, "A Simple
-// Method for Color Quantization: Octree Quantization" (1988), with the error instead of the count deciding.
+// Method for Color Quantization: Octree Quantization" (1988), which merges the nodes with the fewest pixels;
+// here those with the least error are merged.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +33,7 @@ constexpr uint32_t CubeNodes(uint32_t depth) {
     for (uint32_t i = 0; i < depth; ++i) nodes = 8 * nodes + 1;
     return nodes;
 }
-// Beyond this many nodes the deepest level would have to be given up; no tree of ours comes near.
+// A tree with more nodes would have to be cut by a level; ours has far fewer.
 constexpr uint32_t kCubeNodeCap = 266817;
 static_assert(CubeNodes(kMostCubeDepth) <= kCubeNodeCap, "the cube needs no pruning");
 

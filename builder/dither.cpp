@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Error diffusion. The irregular left edges (column 1 of both kinds, column 0 of the colour kind keep their
-// error from going down and left; gray's column 0 sends it to the byte before the next row) are intended:
-// they are what the pictures have always looked like.
+// Error diffusion. The left edge is irregular: column 1 of both kinds and column 0 of the colour kind send no
+// error down and left, while column 0 of the gray kind sends it to the byte before the next row. Results are
+// compared byte for byte with tests/reference/, which defines it so.
 #include <algorithm>
 #include <cstring>
 
@@ -35,8 +35,8 @@ ImageHandle MakeLuminance(const WorkingImage* from) {
     return to.Release();
 }
 
-// Brightness shifts the curve, contrast steepens it. A contrast of 128 makes the step infinite, more makes it
-// fall.
+// Brightness shifts the curve, contrast makes it steeper. With a contrast of 128 it is a single step; with
+// more it falls.
 void MakeToneCurve(int32_t brightness, int32_t contrast, uint8_t curve[256]) {
     const double divisor = 256.0 - 2.0 * contrast;
     double v = static_cast<double>(brightness) - contrast;
@@ -92,8 +92,8 @@ ImageHandle DitherGray(const WorkingImage* from, const RemapTarget& target) {
     return to.Release();
 }
 
-// A row of the source as blue-green-red bytes, made in `spread` (zeroed) where the source has them not;
-// depths above 24 bits count as black.
+// A row of the source as blue-green-red bytes. Sources of other depths than 24 bits are expanded into
+// `spread` (zeroed); depths above 24 bits count as black.
 const uint8_t* ColorRow(const WorkingImage* from, int32_t r, const uint8_t colors[kPaletteBytes],
                         uint8_t* spread) {
     const uint8_t* row = StoredRow(from, r);
@@ -120,8 +120,8 @@ ImageHandle DitherColors(const WorkingImage* from, RemapTarget* target) {
     const auto width = static_cast<size_t>(from->width);
     const size_t rowErrors = kErrorLanes * (width + 1);
     const size_t errorCount = (kDiffusedRows + 1) * rowErrors;
-    // Behind the errors, rows that have to be spread into bytes first; full-colour rows are read where they
-    // stand.
+    // After the errors there is room for a row that has to be expanded into bytes; full-colour rows are read
+    // where they are.
     const size_t spreadBytes = from->bitCount == 24 ? 0 : 3 * width;
     const Scratch<int16_t> errors(errorCount + kDiffusedRows * spreadBytes / sizeof(int16_t));
     if (!to || !errors) return nullptr;

@@ -10,7 +10,8 @@ constexpr uint8_t kTwoLevels[] = {0, 255};
 constexpr uint8_t kFourLevels[] = {0, 85, 170, 255};
 constexpr uint8_t kSixLevels[] = {0, 51, 102, 153, 204, 255};
 constexpr uint8_t kEightLevels[] = {0, 36, 72, 108, 144, 180, 216, 255};
-// Sevenths and sixths rounded to nearest: these eight differ from the eight above on purpose.
+// Sixths and sevenths of 255, rounded to nearest. The eight levels above are rounded down: choice 7 has
+// these, the orthogonal cubes have those.
 constexpr uint8_t kSevenRoundedLevels[] = {0, 43, 85, 128, 170, 213, 255};
 constexpr uint8_t kEightRoundedLevels[] = {0, 36, 73, 109, 146, 182, 219, 255};
 
@@ -90,8 +91,13 @@ struct PaletteSize {
     int32_t bitsPerPixel;
 };
 
-constexpr PaletteSize kSizes[] = {{2, 1},   {16, 4},  {32, 5},  {64, 6},  {128, 7},
-                                  {216, 8}, {256, 8}, {256, 8}, {256, 8}, {8, 3}};
+constexpr PaletteSize kSizes[] = {
+    {.colors = 2, .bitsPerPixel = 1},   {.colors = 16, .bitsPerPixel = 4},
+    {.colors = 32, .bitsPerPixel = 5},  {.colors = 64, .bitsPerPixel = 6},
+    {.colors = 128, .bitsPerPixel = 7}, {.colors = 216, .bitsPerPixel = 8},
+    {.colors = 256, .bitsPerPixel = 8}, {.colors = 256, .bitsPerPixel = 8},
+    {.colors = 256, .bitsPerPixel = 8}, {.colors = 8, .bitsPerPixel = 3},
+};
 constexpr int32_t kDefaultChoice = kOrthogonal256;
 
 void Fill(uint8_t* palette, int32_t choice) {

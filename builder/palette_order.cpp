@@ -25,7 +25,7 @@ int32_t NearestEntry(const uint8_t* palette, int32_t count, int32_t red, int32_t
 }
 
 void SortByLuminance(uint8_t* palette, int32_t count) {
-    // Insertion keeps equals in order, as exchanging neighbours only when strictly darker does.
+    // Insertion keeps entries of equal luminance in their order.
     for (int32_t i = 1; i < count; ++i) {
         uint8_t* entry = palette + 3 * i;
         const int32_t luminance = LuminanceOf(entry[0], entry[1], entry[2]);

@@ -14,7 +14,8 @@ constexpr uint32_t kMostColors = 256;
 // The different colours in order of first appearance, up to 256 of them.
 struct ColorList {
     uint32_t count = 0;
-    // Pixels came after the 256th colour was found: they count as colours without being looked at.
+    // There were pixels after the 256th colour was found: they count as further colours without a look at
+    // them.
     bool more = false;
     uint8_t colors[kPaletteBytes] = {};  // red, green, blue
     uint32_t places[1024] = {};          // hash table of colours plus one; 0: free

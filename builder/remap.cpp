@@ -107,7 +107,7 @@ ImageHandle PlainRemap(ImageHandle source, RemapTarget* target) {
         return to.Release();
     }
 
-    // Two colours are told apart by luminance alone: no table of colours is asked.
+    // Two colours are told apart by luminance alone, without a table of colours.
     ColorIndex* index = to->bitCount == 1 ? nullptr : IndexFor(target, to->bitCount);
     if (!index && to->bitCount != 1) return nullptr;
     if (from->bitCount == 24)

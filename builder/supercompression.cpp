@@ -21,7 +21,7 @@ void Compare24Bits(WorkingImage* composite, const WorkingImage* frame, WorkingIm
         uint8_t* shown = PictureRow(composite, y);
         const int32_t covered = y < frame->height ? width : 0;
         if (covered) CompareRow(shown, PictureRow(frame, y), covered, PictureRow(mask, y));
-        // Reading outside a frame answers -1, which no pixel equals and which is white when written.
+        // Reading outside a frame gives -1, which no pixel equals and which is white when written.
         std::memset(shown + 3 * covered, 0xFF, 3 * static_cast<size_t>(composite->width - covered));
     }
 }

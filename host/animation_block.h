@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The one reader of the block in which the host hands over an animation. It trusts nothing: each offset, size
-// and count is checked against the block's real size before it is followed. Nobody else follows an offset.
+// The one reader of the block in which the host hands over an animation. Each offset, size
+// and count is checked against the block's real size before it is used. No other code uses an offset of it.
 #pragma once
 
 #include <cstddef>

@@ -23,7 +23,7 @@ namespace {
 constexpr char kPluginName[] = "Kestrel FX #1";
 constexpr char kNotice[] = "Kestrel FX #1 Plugin (c) 2026 Quorvane Labs";
 
-// Writes a text into a record of `size` bytes, as far as it reaches.
+// Writes a text into a record of `size` bytes; what does not fit is cut.
 void PutText(void* record, size_t size, size_t offset, const char* text) {
     if (size <= offset) return;
     const size_t length = std::min(std::strlen(text), size - offset - 1);
@@ -44,7 +44,7 @@ void FindDocumentsFolder() {
         std::memcpy(settings.openPath, plugin.documentsFolder, sizeof settings.openPath);
 }
 
-// There is one window at a time: settings, source and fonts are the module's.
+// There is one window at a time, because settings, source and fonts exist once.
 std::atomic_flag windowRuns = ATOMIC_FLAG_INIT;
 
 struct OnlyRun {
@@ -86,7 +86,7 @@ uint64_t WINAPI PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
     if (!info) return 0;
     const kfx::OwnFloatingPoint own;  // the host may ask on any thread
     const uint32_t size = info->size;
-    // A record too small for its own head is left alone: clearing it would write beyond it.
+    // A record that ends before its first fields is left unchanged: clearing it would write beyond it.
     if (size < offsetof(kfx::PluginInfo, name)) return 1;
     std::memset(info, 0, size);
     info->size = size;

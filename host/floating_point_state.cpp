@@ -28,8 +28,8 @@ FloatingPointState ReadFloatingPointState() {
     return state;
 }
 
-// FNINIT, which does not wait either, drops what is pending. An exception that the new state holds as pending
-// and unmasked is raised by the next instruction that computes, as it would have been without us.
+// FNINIT, which does not wait either, clears pending exceptions. An exception that is pending and unmasked in
+// the new state is raised by the next instruction that computes, as it would have been without this call.
 void SetFloatingPointState(const FloatingPointState& state) {
     __asm__ volatile("fninit\n\tfldenv %0\n\tldmxcsr %1" : : "m"(state.x87), "m"(state.mxcsr) : "memory");
 }

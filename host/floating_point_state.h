@@ -40,9 +40,9 @@ struct OwnFloatingPoint {
     const FloatingPointState before;
 };
 
-// The next two take turns on the window's thread, and there alone: they share a module-wide note of the
-// host's state. They nest in any order, since the host's messages may call the plug-in and the plug-in the
-// host. Where nothing is entered, as in a program without a host, HostFloatingPoint does nothing.
+// The next two take turns on the window's thread, and only there: they share one copy of the host's state.
+// They nest in any order, since the host's messages may call the plug-in and the plug-in the host. Where
+// nothing is entered, as in a program without a host, HostFloatingPoint does nothing.
 
 // An entry into the core. Inside the core already, it does nothing.
 struct CoreFloatingPoint {

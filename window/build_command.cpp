@@ -20,8 +20,7 @@ BuildOptions ReadOptions(HWND window) {
     options.customPalette = IsChecked(window, IDC_CUSTOM_PALETTE);
     options.dither = IsChecked(window, IDC_DITHER);
     options.supercompress = IsChecked(window, IDC_SUPERCOMPRESS);
-    // The window has no such control: builds take no local background, whatever the effects show outside a
-    // picture.
+    // The window has no such control, so builds never have a local background.
     options.localBackground = IsChecked(window, IDC_BUILD_LOCAL_BACKGROUND);
     options.paletteChoice = static_cast<int32_t>(settings.mainPalette);
     options.addComment = settings.addDescriptiveCommentBlock != 0;

@@ -22,8 +22,8 @@ namespace {
 
 constexpr char kUntitled[] = "untitled.kx1";
 
-// Set while a build runs. A host may let the user's clicks through while it takes the frames: they may change
-// controls, but not start a second build, or exchange the source under the first.
+// Set while a build runs. A host may handle the user's clicks while it takes the frames: they may change
+// controls, but neither start a second build nor replace the source of the first.
 bool building = false;
 
 void RunBuildCommand(HWND window, BuildMode mode) {
@@ -70,7 +70,7 @@ void OpenDocument(HWND window) {
     if (!ReadDocument(window, path, ShowMessage)) return;
     SendMessageA(window, kWindowMessage, kShowCurrentPanel, 0);
     std::memcpy(settings.currentFileName, path, sizeof path);
-    // The document's check boxes bring what depends on them, within what this host accepts.
+    // What depends on the document's check boxes follows them, as far as this host accepts it.
     ApplyHostLimits(window);
     OnCustomPalette(window);
     EnableDependentControls(window);
@@ -95,27 +95,27 @@ constexpr int kAnyNotification = -1;
 
 struct CommandRow {
     int id;
-    int notification;
+    int notification = kAnyNotification;
     void (*run)(HWND window);
     bool evenWhileBuilding = false;
 };
 
 constexpr CommandRow kCommands[] = {
-    {IDC_BUILD, kAnyNotification, BuildAndClose},
-    {IDC_CANCEL, kAnyNotification, Cancel},
-    {IDC_HELP_BUTTON, kAnyNotification, ShowFirstHelpTopic},
-    {IDC_PALETTE, CBN_CLOSEUP, OnPaletteChoice, true},
-    {IDC_CUSTOM_PALETTE, kAnyNotification, OnCustomPalette, true},
-    {IDC_ABOUT, kAnyNotification, ShowAbout},
-    {IDC_TEST, kAnyNotification, BuildTest},
-    {IDC_OPEN_SAVE, kAnyNotification, ShowDocumentMenu},
-    {IDM_DOCUMENT_OPEN, kAnyNotification, OpenDocument},
-    {IDM_DOCUMENT_SAVE, kAnyNotification, SaveDocument},
-    {IDM_DOCUMENT_SAVE_AS, kAnyNotification, SaveDocumentAs},
-    {IDM_BUILD_PLAIN, kAnyNotification, BuildPlain},
-    {IDC_EFFECT, CBN_CLOSEUP, OnEffectChoice, true},
-    {IDC_SELECT, kAnyNotification, SelectSource},
-    {IDM_REOPEN_SOURCE, kAnyNotification, ReopenSource},
+    {.id = IDC_BUILD, .run = BuildAndClose},
+    {.id = IDC_CANCEL, .run = Cancel},
+    {.id = IDC_HELP_BUTTON, .run = ShowFirstHelpTopic},
+    {.id = IDC_PALETTE, .notification = CBN_CLOSEUP, .run = OnPaletteChoice, .evenWhileBuilding = true},
+    {.id = IDC_CUSTOM_PALETTE, .run = OnCustomPalette, .evenWhileBuilding = true},
+    {.id = IDC_ABOUT, .run = ShowAbout},
+    {.id = IDC_TEST, .run = BuildTest},
+    {.id = IDC_OPEN_SAVE, .run = ShowDocumentMenu},
+    {.id = IDM_DOCUMENT_OPEN, .run = OpenDocument},
+    {.id = IDM_DOCUMENT_SAVE, .run = SaveDocument},
+    {.id = IDM_DOCUMENT_SAVE_AS, .run = SaveDocumentAs},
+    {.id = IDM_BUILD_PLAIN, .run = BuildPlain},
+    {.id = IDC_EFFECT, .notification = CBN_CLOSEUP, .run = OnEffectChoice, .evenWhileBuilding = true},
+    {.id = IDC_SELECT, .run = SelectSource},
+    {.id = IDM_REOPEN_SOURCE, .run = ReopenSource},
 };
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 namespace kfx {
 
-// Takes a command of the plug-in window: by the command table, or as the change of a bound control.
+// Handles WM_COMMAND of the plug-in window: by the command table, or as the change of a bound control.
 void OnCommand(HWND window, int id, int notification, HWND control);
 
 }  // namespace kfx

@@ -22,7 +22,8 @@ bool FindConfiguration(char (&path)[MAX_PATH + 1]) {
     return true;
 }
 
-// Nothing of this name is there. A file that is locked, or that lies where the user may not look, is.
+// Whether there is no file of this name. A file that is locked, or in a folder that the user may not read, is
+// there.
 bool IsMissing(const char* path) {
     if (GetFileAttributesA(path) != INVALID_FILE_ATTRIBUTES) return false;
     const DWORD error = GetLastError();

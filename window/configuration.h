@@ -9,8 +9,8 @@ namespace kfx {
 bool IsShiftHeld();
 
 // Reads the file into the settings; once, when the window opens. False: a file is there that could not be
-// read, or the shell does not tell where it would be; what it holds must not be replaced. With Shift held it
-// may be, as it is left unread on purpose.
+// read, or the shell does not tell where it would be: it must not be replaced then. With Shift held the user
+// wants it unread, so it may be replaced.
 bool ReadConfiguration(bool shiftHeld);
 
 // Writes the file anew; once, when the window is destroyed. The folder is not created: without it nothing is

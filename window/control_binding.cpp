@@ -65,7 +65,7 @@ void OnScroll(HWND window, HWND slider, int code, int trackedPosition) {
             ShowSliderPosition(slider, trackedPosition);
             return;
     }
-    // Down to 0 whatever the range's minimum; the scroll bar itself keeps to its range.
+    // Limited to 0, not to the range's minimum: the scroll bar limits its position itself.
     moved = std::max(0, std::min(moved, most));
     if (moved == position) return;
     SetScrollPos(slider, SB_CTL, moved, TRUE);

@@ -8,10 +8,10 @@ namespace kfx {
 
 constexpr UINT_PTR kUpdateTimer = 15;
 
-// Takes a command of a control that no row of the command table handles.
+// Handles a command of a control that has no row in the command table.
 void OnControlChange(HWND window, HWND control, int id, int notification);
 
-// Takes a scroll message of a slider: code and position as the message carries them.
+// Handles a scroll message of a slider, with the message's code and position.
 void OnScroll(HWND window, HWND slider, int code, int trackedPosition);
 
 // The update timer ran out: the user has stopped changing parameters.

@@ -48,10 +48,10 @@ INT_PTR CALLBACK MessageBoxProcedure(HWND box, UINT message, WPARAM word, LPARAM
     return FALSE;
 }
 
-// Answers 0, as no button does, when the owner has gone meanwhile.
+// 0, which is no button's id: the owner has been destroyed meanwhile.
 int RunMessageBox(HWND owner, const char* boxTemplate, const char* text) {
     if (owner && !IsWindow(owner)) return 0;
-    const HostFloatingPoint turn;  // its windows live on meanwhile
+    const HostFloatingPoint turn;  // the host's windows get their messages meanwhile
     const INT_PTR answer = DialogBoxParamA(plugin.module, boxTemplate, owner, MessageBoxProcedure,
                                            reinterpret_cast<LPARAM>(text));
     Repaint(owner);

@@ -40,7 +40,7 @@ void ForEachPanelControl(HWND window, Action action) {
     }
 }
 
-// The old panel goes before the new one comes, so that they never show together.
+// The old panel is hidden before the new one is shown, so that they are never seen together.
 void ShowPanel(HWND window, uint32_t effect) {
     const EffectDescriptor* row = DescriptorAt(effect);
     const uint32_t* controls = row ? row->controls : kNoControls;

@@ -23,14 +23,14 @@ bool FillEffectList(HWND window);
 // Shows the selected effect's panel and the preview.
 void ShowCurrentPanel(HWND window);
 
-// The row for preview and build: the list's selection, open or closed, even before MainEffect has taken it.
-// Null: none.
+// The row for preview and build: the list's selection, even while the list is open and MainEffect still has
+// the row of before. Null: none.
 const EffectDescriptor* EffectInUse(HWND window);
 
 // The user has chosen in the list: switches panel, MainEffect and preview when the effect is another one.
 void OnEffectChoice(HWND window);
 
-// Tells the effect numbered MainEffect.
+// Tells the effect whose row is MainEffect.
 void NotifyCurrentEffect(HWND window, EffectEvent event);
 
 }  // namespace kfx

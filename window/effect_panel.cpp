@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kDropDownRoom = 200;  // pixels added to a drop-down list for its open part
 
-// A panel on its way into the plug-in window.
+// A panel whose controls are being copied into the plug-in window.
 struct PanelCloning {
     HWND window;
     bool complete;  // until a control cannot be made
@@ -52,7 +52,7 @@ void BindSlider(HWND slider, int32_t* variable) {
     char text[kTextBytes] = "";
     GetWindowTextA(slider, text, sizeof text);
     ControlRange range;
-    ParseControlRange(text, &range);  // the text's default is the panel's alone: the variable's value wins
+    ParseControlRange(text, &range);  // the text's default is not used: the variable has the value
     SCROLLINFO info = {};
     info.cbSize = sizeof info;
     info.fMask = SIF_RANGE | SIF_PAGE | SIF_POS | SIF_DISABLENOSCROLL;
@@ -84,7 +84,8 @@ void BindEffectControl(HWND control, const EffectControl& row) {
 
 int32_t ReadSlider(HWND slider) {
     ControlRange range = {};
-    if (!GetScrollRange(slider, SB_CTL, &range.least, &range.most)) range = {0, 100, 0};
+    if (!GetScrollRange(slider, SB_CTL, &range.least, &range.most))
+        range = {.least = 0, .most = 100, .standard = 0};
     return ClampToRange(range, GetScrollPos(slider, SB_CTL));
 }
 
@@ -92,7 +93,7 @@ int32_t ReadSlider(HWND slider) {
 
 bool InitializePanel(const Effect& effect, void* window) {
     const auto target = static_cast<HWND>(window);
-    PanelCloning cloning = {target, true};
+    PanelCloning cloning = {.window = target, .complete = true};
     const HWND panel = CreateDialogParamA(plugin.module, MAKEINTRESOURCEA(effect.panel), target,
                                           PanelProcedure, reinterpret_cast<LPARAM>(&cloning));
     if (!panel) return false;

@@ -18,11 +18,11 @@
 namespace kfx {
 namespace {
 
-constexpr int32_t kSmallestSide = 128;  // a smaller remembered size is no size
+constexpr int32_t kSmallestSide = 128;  // a smaller remembered size is ignored
 
 WNDPROC fileDialogProcedure = nullptr;  // the system's, while a dialog is open
 
-// Buttons with a look are drawn by their dialog; the system's knows nothing of ours.
+// Buttons with a look are drawn by their dialog, and the system's dialog cannot draw ours.
 LRESULT CALLBACK DressedDialogProcedure(HWND dialog, UINT message, WPARAM word, LPARAM data) {
     if (message == WM_DRAWITEM && DrawPushButton(*reinterpret_cast<const DRAWITEMSTRUCT*>(data))) return TRUE;
     return CallWindowProcA(fileDialogProcedure, dialog, message, word, data);
@@ -51,7 +51,7 @@ void RememberSize(HWND dialog) {
     plugin.fileDialogHeight = place.bottom - place.top;
 }
 
-// The hook gets the messages of an empty dialog inside the system's.
+// The hook gets the messages of an empty dialog that is a child of the system's.
 UINT_PTR CALLBACK FileDialogHook(HWND inside, UINT message, WPARAM, LPARAM) {
     const HWND dialog = GetParent(inside);
     switch (message) {

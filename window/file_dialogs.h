@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The system's file dialogs for settings documents, in the plug-in's dress and at the size last used.
+// The system's file dialogs for settings documents, with the plug-in's buttons and at the size last used.
 #pragma once
 
 #include <windows.h>

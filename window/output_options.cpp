@@ -25,12 +25,12 @@ struct CheckBoxRow {
 };
 
 constexpr CheckBoxRow kCheckBoxes[] = {
-    {IDC_TRUE_COLOR, &settings.truecolour},
-    {IDC_DITHER, &settings.mainDither},
-    {IDC_CUSTOM_PALETTE, &settings.customPalette},
-    {IDC_SUPERCOMPRESS, &settings.mainSupercompress},
-    {IDC_ADD_COMMENT, &settings.addDescriptiveCommentBlock},
-    {IDC_LOCAL_BACKGROUND, &settings.localBackgroundUse},
+    {.id = IDC_TRUE_COLOR, .variable = &settings.truecolour},
+    {.id = IDC_DITHER, .variable = &settings.mainDither},
+    {.id = IDC_CUSTOM_PALETTE, .variable = &settings.customPalette},
+    {.id = IDC_SUPERCOMPRESS, .variable = &settings.mainSupercompress},
+    {.id = IDC_ADD_COMMENT, .variable = &settings.addDescriptiveCommentBlock},
+    {.id = IDC_LOCAL_BACKGROUND, .variable = &settings.localBackgroundUse},
 };
 
 void RefuseOption(HWND window, int checkBox) {
@@ -83,7 +83,7 @@ void ApplyHostLimits(HWND window) {
         settings.truecolour = 0;
         RefuseOption(window, IDC_TRUE_COLOR);
     }
-    // The wish for supercompression stays stored: another host may take it.
+    // The setting for supercompression is kept: another host may accept it.
     if (!(plugin.host->capabilities & kHostTakesSupercompressed)) RefuseOption(window, IDC_SUPERCOMPRESS);
 }
 

@@ -36,7 +36,8 @@ constexpr int kPushButtons[] = {IDC_BUILD,     IDC_CANCEL, IDC_HELP_BUTTON, IDC_
 
 constexpr int kSmallTexts[] = {IDC_SOURCE_PATH, IDC_SOURCE_SIZE};
 
-// Ends the window by itself. The message's first coming is by post, the second by the dialog's real end.
+// Ends the window after a message. WM_DESTROY is posted and ends the dialog (OnDestroy); the system sends it
+// once more when the dialog is destroyed.
 void CloseByItself(HWND window, UINT reason) {
     ShowMessage(window, LoadText(reason));
     PostMessageA(window, WM_DESTROY, 0, 0);
@@ -189,7 +190,7 @@ INT_PTR CALLBACK PluginWindowProcedure(HWND window, UINT message, WPARAM word, L
 }  // namespace
 
 INT_PTR RunPluginWindow(HWND parent, const HostContext* host) {
-    const HostFloatingPoint turn;  // the host's windows live on while this one is open
+    const HostFloatingPoint turn;  // the host's windows get their messages while this one is open
     return DialogBoxParamA(plugin.module, MAKEINTRESOURCEA(IDD_PLUGIN_WINDOW), parent, PluginWindowProcedure,
                            reinterpret_cast<LPARAM>(host));
 }
@@ -197,7 +198,7 @@ INT_PTR RunPluginWindow(HWND parent, const HostContext* host) {
 void BringPluginWindowToFront() {
     const HWND window = windowForOthers;
     if (!window) return;
-    // Another thread must not wait for the window's: that one may be waiting for it, inside a request.
+    // Another thread must not wait for the window's thread, which may be waiting for it inside a request.
     if (GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId())
         ComeToFront(window);
     else

@@ -15,8 +15,8 @@ constexpr WPARAM kFillEffectList = 0;    // sent once, when the window has opene
 constexpr WPARAM kShowCurrentPanel = 1;  // brings the window up to date with its controls
 constexpr WPARAM kComeToFront = 2;       // sent by other threads
 
-// Runs the window, modal to `parent`; the host's record must outlive it. plugin's module, folders and fonts
-// are set. 1 after Build, 0 after Cancel or when the window could not open.
+// Runs the window, modal to `parent`; the host's record must outlive it. The caller has set plugin's
+// module, folders and fonts. 1 after Build, 0 after Cancel or when the window could not open.
 INT_PTR RunPluginWindow(HWND parent, const HostContext* host);
 
 // Brings the open window, or the box that is open over it, to the front; at once on the window's own thread.

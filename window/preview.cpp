@@ -34,8 +34,8 @@ ImageHandle Render(HWND window, const RECT& inner) {
     return nullptr;
 }
 
-// The picture scaled down to fit; the picture itself when it fits or cannot be scaled. The handle passed in
-// is owned by the one that comes out.
+// The picture scaled down to fit; the picture itself when it fits or cannot be scaled. The
+// caller owns the result; the handle passed in is the result or has been freed.
 ImageHandle ScaleToFit(ImageHandle picture, int width, int height) {
     int percentage = 100;
     {
@@ -93,7 +93,7 @@ void DrawPrompt(HDC dc, RECT area) {
 }  // namespace
 
 void DrawPreview(HWND window, const DRAWITEMSTRUCT& item) {
-    // A click on the preview changes nothing in it, and rendering is dear.
+    // A click on the preview changes nothing in it, and rendering takes long.
     if (item.itemAction && !(item.itemAction & ODA_DRAWENTIRE)) return;
     const WaitCursor wait;
     const SavedContext saved(item.hDC);

@@ -74,7 +74,7 @@ struct ButtonFace {
     bool disabled;
 };
 
-// Look 1: raised edges, as buttons have always had.
+// Look 1: raised edges, as on the system's classic buttons.
 void DrawRaised(const ButtonFace& face) {
     RECT area = face.area;
     FillPlain(face.dc, area, GetSysColor(COLOR_BTNFACE));
@@ -148,7 +148,7 @@ void GiveButtonLook(HWND dialog, int id) {
         SendMessageA(button, WM_SETFONT, reinterpret_cast<WPARAM>(plugin.buttonFont), FALSE);
     if (plugin.buttonStyle == 0 || GetPropA(button, kProcedureProperty)) return;
     const LONG_PTR style = GetWindowLongPtrA(button, GWL_STYLE);
-    // Without its own procedure to fall back on, the button stays an ordinary one.
+    // Where its own procedure cannot be kept, the button stays an ordinary one.
     if (!SetPropA(button, kProcedureProperty,
                   reinterpret_cast<HANDLE>(GetWindowLongPtrA(button, GWLP_WNDPROC))))
         return;
@@ -161,8 +161,11 @@ void GiveButtonLook(HWND dialog, int id) {
 BOOL DrawPushButton(const DRAWITEMSTRUCT& item) {
     if (item.CtlType != ODT_BUTTON || !GetPropA(item.hwndItem, kProcedureProperty)) return FALSE;
     const bool focused = (item.itemState & ODS_FOCUS) != 0;
-    const ButtonFace face = {item.hDC, item.rcItem, (item.itemState & ODS_SELECTED) != 0,
-                             IsDefault(item.hwndItem) || focused, (item.itemState & ODS_DISABLED) != 0};
+    const ButtonFace face = {.dc = item.hDC,
+                             .area = item.rcItem,
+                             .pushed = (item.itemState & ODS_SELECTED) != 0,
+                             .strong = IsDefault(item.hwndItem) || focused,
+                             .disabled = (item.itemState & ODS_DISABLED) != 0};
     const SavedContext saved(item.hDC);
     if (plugin.buttonStyle == 2)
         DrawFlat(face);

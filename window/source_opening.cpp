@@ -55,7 +55,7 @@ void OpenSourceAnimation(HWND window, bool reopen) {
     ShowSource(window);
     FillPaletteList(window);
     EnableDependentControls(window);
-    // At opening, nothing else has had the focus yet; later it stays where the user has put it.
+    // When the window opens, the focus goes to Build; later it stays where the user has put it.
     if (reopen) MoveFocus(window, IDC_BUILD);
     RepaintPreview(window);
     NotifyCurrentEffect(window, EffectEvent::Changed);
@@ -76,7 +76,7 @@ bool ReadSourceFacts(SourceFacts* facts) {
     const MemoryLock lock(plugin.source);
     AnimationHeader header;
     if (ReadSourceHeader(lock, &header) != SourceState::Animation) return false;
-    *facts = {header.width, header.height, header.globalColors};
+    *facts = {.width = header.width, .height = header.height, .globalColors = header.globalColors};
     return true;
 }
 
