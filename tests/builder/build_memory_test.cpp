@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A build that runs out of memory says so, leaves nothing behind, and holds no more than it must.
+// A build that runs out of memory says so and frees everything, and no build keeps more than it needs.
 #include <gtest/gtest.h>
 
 #include "builder/build_driver.h"
@@ -66,7 +66,7 @@ int32_t BuildRefusing(BuildRun* run, const std::vector<uint8_t>& block, const Bu
     return result;
 }
 
-TEST(BuildMemory, each_refused_allocation_gives_the_message_and_leaves_nothing) {
+TEST(BuildMemory, Each_refused_allocation_gives_the_message_and_leaves_nothing) {
     const std::vector<uint8_t> block = ShadedBlock(3, 21, 14);
     for (const NamedOptions& named : OptionSets()) {
         BuildRun good;
@@ -90,7 +90,7 @@ TEST(BuildMemory, each_refused_allocation_gives_the_message_and_leaves_nothing) 
     }
 }
 
-TEST(BuildMemory, a_build_leaves_nothing_whatever_the_host_refuses) {
+TEST(BuildMemory, A_build_leaves_nothing_whatever_the_host_refuses) {
     const std::vector<uint8_t> block = ShadedBlock(3, 21, 14);
     for (const NamedOptions& named : OptionSets()) {
         for (const uint32_t request : {0u, 1u, 2u}) {
@@ -111,7 +111,7 @@ size_t NoteLiveBlocks() {
     return 0;
 }
 
-TEST(BuildMemory, a_refused_frame_frees_every_frame_before_the_task_is_closed) {
+TEST(BuildMemory, A_refused_frame_frees_every_frame_before_the_task_is_closed) {
     const size_t before = CountMemory().liveBlocks;
     BuildRun run;
     run.refusedRequest = 2;
@@ -121,7 +121,7 @@ TEST(BuildMemory, a_refused_frame_frees_every_frame_before_the_task_is_closed) {
     EXPECT_EQ(lastLiveBlocks, before + 1) << "only the source is left at the last request";
 }
 
-TEST(BuildMemory, nothing_but_the_source_stays_locked_across_a_request) {
+TEST(BuildMemory, Nothing_but_the_source_stays_locked_across_a_request) {
     for (const NamedOptions& named : OptionSets()) {
         BuildRun run;
         run.countLocks = CountLocks;
@@ -131,7 +131,7 @@ TEST(BuildMemory, nothing_but_the_source_stays_locked_across_a_request) {
     }
 }
 
-TEST(BuildMemory, two_colour_output_makes_no_table_of_all_colours) {
+TEST(BuildMemory, Two_colour_output_makes_no_table_of_all_colours) {
     BuildOptions fixed = BuiltInOptions();
     fixed.paletteChoice = 0;
     BuildOptions dithered = fixed;
@@ -149,7 +149,7 @@ TEST(BuildMemory, two_colour_output_makes_no_table_of_all_colours) {
     }
 }
 
-TEST(BuildMemory, only_full_colour_pictures_need_the_table_of_all_colours) {
+TEST(BuildMemory, Only_full_colour_pictures_need_the_table_of_all_colours) {
     RemapTarget target;
     for (const int32_t bitCount : {1, 4, 8}) {
         const Picture source = RandomPicture(9, 5, 1, bitCount);
@@ -160,7 +160,7 @@ TEST(BuildMemory, only_full_colour_pictures_need_the_table_of_all_colours) {
     }
 }
 
-TEST(BuildMemory, dithering_full_colour_pictures_needs_a_picture_errors_and_the_table_of_colours) {
+TEST(BuildMemory, Dithering_full_colour_pictures_needs_a_picture_errors_and_the_table_of_colours) {
     const Picture source = RandomPicture(9, 5, 1);
     RemapTarget target;
     ResetMemoryCounts();
@@ -169,7 +169,7 @@ TEST(BuildMemory, dithering_full_colour_pictures_needs_a_picture_errors_and_the_
     EXPECT_EQ(CountMemory().allocations, 3u);
 }
 
-TEST(BuildMemory, a_build_holds_the_source_the_frames_one_working_copy_and_its_tables) {
+TEST(BuildMemory, A_build_holds_the_source_the_frames_one_working_copy_and_its_tables) {
     constexpr int32_t kFrames = 12;
     constexpr size_t kTables = sizeof(ColorAnswers) + (1 << 16);
     // Large frames with as many colours as make the quantizer build its tree, in a corner.

@@ -103,7 +103,7 @@ int32_t Decode(EffectBuildContext* context) {
     return 1;
 }
 
-TEST(Build, one_frame_alone_is_never_supercompressed) {
+TEST(Build, One_frame_alone_is_never_supercompressed) {
     BuildRun run;
     BuildOptions options = BuiltInOptions();
     options.supercompress = options.customPalette = true;
@@ -113,7 +113,7 @@ TEST(Build, one_frame_alone_is_never_supercompressed) {
     EXPECT_EQ(run.frames[0].record.transparentIndex, -1);
 }
 
-TEST(Build, a_supercompressed_animation_of_few_colours_plays_like_the_plain_one) {
+TEST(Build, A_supercompressed_animation_of_few_colours_plays_like_the_plain_one) {
     BuildOptions options = BuiltInOptions();
     options.customPalette = true;
     BuildRun plain, small;
@@ -131,7 +131,7 @@ TEST(Build, a_supercompressed_animation_of_few_colours_plays_like_the_plain_one)
     EXPECT_GT(transparent, 48 * 32 * 3 / 4) << "most pixels do not change";
 }
 
-TEST(Build, a_supercompressed_animation_of_many_colours_plays_like_frames_remapped_whole) {
+TEST(Build, A_supercompressed_animation_of_many_colours_plays_like_frames_remapped_whole) {
     const std::vector<Picture> pictures = Shades(8);
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.supercompress = true;
@@ -157,7 +157,7 @@ TEST(Build, a_supercompressed_animation_of_many_colours_plays_like_frames_remapp
     }
 }
 
-TEST(Build, two_identical_frames_make_the_second_entirely_transparent) {
+TEST(Build, Two_identical_frames_make_the_second_entirely_transparent) {
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.supercompress = true;
     BuildRun run;
@@ -167,7 +167,7 @@ TEST(Build, two_identical_frames_make_the_second_entirely_transparent) {
     for (int32_t i = 0; i < 48 * 32; ++i) ASSERT_EQ(PixelOf(second.handle, i % 48, i / 48), reserved);
 }
 
-TEST(Build, the_first_supercompressed_frame_shows_white_through_the_reserved_entry) {
+TEST(Build, The_first_supercompressed_frame_shows_white_through_the_reserved_entry) {
     std::vector<Picture> pictures = MovingBar(2);
     {
         const ImageLock lock(pictures[0].handle);
@@ -184,7 +184,7 @@ TEST(Build, the_first_supercompressed_frame_shows_white_through_the_reserved_ent
     EXPECT_EQ(run.frames[0].record.transparentIndex, -1);
 }
 
-TEST(Build, with_a_fixed_palette_supercompressed_frames_are_handed_over_whole) {
+TEST(Build, With_a_fixed_palette_supercompressed_frames_are_handed_over_whole) {
     BuildOptions options = BuiltInOptions();
     BuildRun plain, small;
     const std::vector<uint8_t> block = BlockOf(MovingBar(4));
@@ -198,7 +198,7 @@ TEST(Build, with_a_fixed_palette_supercompressed_frames_are_handed_over_whole) {
     }
 }
 
-TEST(Build, true_colour_hands_the_frames_over_as_they_are_and_switches_supercompression_off) {
+TEST(Build, True_colour_hands_the_frames_over_as_they_are_and_switches_supercompression_off) {
     BuildOptions options = BuiltInOptions();
     options.trueColor = options.supercompress = options.customPalette = options.dither = true;
     options.paletteChoice = 2;
@@ -215,7 +215,7 @@ TEST(Build, true_colour_hands_the_frames_over_as_they_are_and_switches_supercomp
     EXPECT_EQ(std::memcmp(run.task.palette, palette, kPaletteBytes), 0);
 }
 
-TEST(Build, the_black_entries_beyond_a_small_palette_compete) {
+TEST(Build, The_black_entries_beyond_a_small_palette_compete) {
     BlockOptions block;
     for (uint8_t i = 0; i < 20; ++i) block.globalPalette.insert(block.globalPalette.end(), {255, 200, i});
     BuildOptions options = BuiltInOptions();
@@ -228,7 +228,7 @@ TEST(Build, the_black_entries_beyond_a_small_palette_compete) {
     EXPECT_EQ(PixelOf(ImageOf(run.frames[0]).handle, 2, 2), 20u);
 }
 
-TEST(Build, a_custom_palette_gains_the_background_colour_and_is_sorted_by_luminance) {
+TEST(Build, A_custom_palette_gains_the_background_colour_and_is_sorted_by_luminance) {
     std::vector<Picture> pictures;
     pictures.push_back(FlatPicture(3, 1, Rgb(200, 100, 50)));
     {
@@ -256,7 +256,7 @@ Picture PictureOfColors(uint32_t colors) {
     return picture;
 }
 
-TEST(Build, up_to_253_colours_gain_an_entry_and_more_give_up_the_one_nearest_to_the_background) {
+TEST(Build, Up_to_253_colours_gain_an_entry_and_more_give_up_the_one_nearest_to_the_background) {
     for (const uint32_t colors : {252u, 253u, 254u, 255u}) {
         std::vector<Picture> pictures;
         pictures.push_back(PictureOfColors(colors));
@@ -271,7 +271,7 @@ TEST(Build, up_to_253_colours_gain_an_entry_and_more_give_up_the_one_nearest_to_
     }
 }
 
-TEST(Build, the_reserved_entry_counts_among_the_bits) {
+TEST(Build, The_reserved_entry_counts_among_the_bits) {
     for (const uint32_t colors : {1u, 2u, 3u, 6u, 7u, 14u, 15u, 16u, 127u, 253u, 255u}) {
         std::vector<Picture> pictures;
         pictures.push_back(PictureOfColors(colors));
@@ -293,7 +293,7 @@ TEST(Build, the_reserved_entry_counts_among_the_bits) {
     }
 }
 
-TEST(Build, match_original_takes_the_source_palette_and_its_bits) {
+TEST(Build, Match_original_takes_the_source_palette_and_its_bits) {
     for (const size_t colors : {1u, 2u, 3u, 16u, 17u, 200u, 256u}) {
         BlockOptions block;
         std::mt19937 random(1);
@@ -309,7 +309,7 @@ TEST(Build, match_original_takes_the_source_palette_and_its_bits) {
     }
 }
 
-TEST(Build, a_source_palette_of_more_than_256_colours_is_cut) {
+TEST(Build, A_source_palette_of_more_than_256_colours_is_cut) {
     BlockOptions block;
     for (size_t i = 0; i < 3 * 300; ++i) block.globalPalette.push_back(static_cast<uint8_t>(i * 7));
     BuildOptions options = BuiltInOptions();
@@ -320,7 +320,7 @@ TEST(Build, a_source_palette_of_more_than_256_colours_is_cut) {
     EXPECT_EQ(std::memcmp(run.task.palette, block.globalPalette.data(), kPaletteBytes), 0);
 }
 
-TEST(Build, match_original_without_a_source_palette_or_with_an_empty_one_quantizes) {
+TEST(Build, Match_original_without_a_source_palette_or_with_an_empty_one_quantizes) {
     BuildOptions options = BuiltInOptions();
     options.paletteChoice = kSourcePalette;
     std::vector<uint8_t> none = BlockOf(MovingBar(2));
@@ -333,7 +333,7 @@ TEST(Build, match_original_without_a_source_palette_or_with_an_empty_one_quantiz
     }
 }
 
-TEST(Build, an_effect_without_a_build_entry_builds_the_source_frames_unchanged) {
+TEST(Build, An_effect_without_a_build_entry_builds_the_source_frames_unchanged) {
     BuildOptions options = BuiltInOptions();
     options.trueColor = true;
     const std::vector<Picture> pictures = MovingBar(3);
@@ -348,7 +348,7 @@ TEST(Build, an_effect_without_a_build_entry_builds_the_source_frames_unchanged) 
     EXPECT_EQ(building, 1);
 }
 
-TEST(Build, an_effect_that_fails_is_a_memory_error_and_nothing_reaches_the_host) {
+TEST(Build, An_effect_that_fails_is_a_memory_error_and_nothing_reaches_the_host) {
     const EffectDescriptor failing = EffectWith(
         [](EffectBuildContext* context) {
             DecodeAllFrames(context->source, context->frames);
@@ -362,7 +362,7 @@ TEST(Build, an_effect_that_fails_is_a_memory_error_and_nothing_reaches_the_host)
 }
 
 // The source was sound when it was taken.
-TEST(Build, a_source_that_has_lost_its_second_frame_is_a_memory_error_and_nothing_reaches_the_host) {
+TEST(Build, A_source_that_has_lost_its_second_frame_is_a_memory_error_and_nothing_reaches_the_host) {
     const std::vector<Picture> pictures = MovingBar(2);
     std::vector<uint8_t> block = BlockOf(pictures);
     block[808 + 40 + BytesOf(pictures[0].handle).size()] = '?';  // the second frame's tag
@@ -375,20 +375,20 @@ TEST(Build, a_source_that_has_lost_its_second_frame_is_a_memory_error_and_nothin
     }
 }
 
-TEST(Build, no_frames_are_a_memory_error) {
+TEST(Build, No_frames_are_a_memory_error) {
     BuildRun run;
     EXPECT_EQ(BuildWith(&run, BlockOf({}), BuiltInOptions()), 0);
     EXPECT_EQ(run.messages, std::vector<BuildMessage>{BuildMessage::MemoryError});
 }
 
-TEST(Build, a_test_build_opens_its_task_with_request_5) {
+TEST(Build, A_test_build_opens_its_task_with_request_5) {
     BuildRun run;
     EXPECT_EQ(BuildWith(&run, BlockOf(MovingBar(2)), OptionsForMode(BuiltInOptions(), BuildMode::Test)), 1);
     EXPECT_THAT(run.lines, Contains(HasSubstr("code=5 target=0 value=0 size=1080")));
     EXPECT_THAT(run.lines, Not(Contains(HasSubstr("code=1 "))));
 }
 
-TEST(Build, the_plain_mode_forces_dither_true_colour_and_supercompression_off_and_nothing_else) {
+TEST(Build, The_plain_mode_forces_dither_true_colour_and_supercompression_off_and_nothing_else) {
     BuildOptions set = BuiltInOptions();
     set.dither = set.trueColor = set.supercompress = set.customPalette = set.fastRemap = true;
     set.paletteChoice = 3;
@@ -400,7 +400,7 @@ TEST(Build, the_plain_mode_forces_dither_true_colour_and_supercompression_off_an
     EXPECT_TRUE(build.dither && build.trueColor && build.supercompress && !build.test);
 }
 
-TEST(Build, the_comment_names_the_maker_s_address_and_comes_only_when_wanted) {
+TEST(Build, The_comment_names_the_maker_s_address_and_comes_only_when_wanted) {
     BuildRun with, without;
     BuildOptions options = BuiltInOptions();
     BuildWith(&with, BlockOf(MovingBar(1)), options);
@@ -414,7 +414,7 @@ TEST(Build, the_comment_names_the_maker_s_address_and_comes_only_when_wanted) {
 // An effect whose background colour is that of the moving bar's scene.
 int32_t AnswerScene(void*, int32_t question) { return question == 0 ? int32_t{Rgb(10, 60, 90)} : -1; }
 
-TEST(Build, with_a_local_background_pixels_of_its_colour_take_the_reserved_index) {
+TEST(Build, With_a_local_background_pixels_of_its_colour_take_the_reserved_index) {
     const EffectDescriptor effect = EffectWith(Decode, AnswerScene);
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.localBackground = true;
@@ -431,7 +431,7 @@ TEST(Build, with_a_local_background_pixels_of_its_colour_take_the_reserved_index
     }
 }
 
-TEST(Build, with_a_fixed_palette_a_local_background_marks_nothing) {
+TEST(Build, With_a_fixed_palette_a_local_background_marks_nothing) {
     const EffectDescriptor effect = EffectWith(Decode, AnswerScene);
     BuildOptions options = BuiltInOptions();
     BuildRun plain, local;
@@ -444,7 +444,7 @@ TEST(Build, with_a_fixed_palette_a_local_background_marks_nothing) {
     EXPECT_EQ(local.task.reservedIndex, UINT32_MAX);
 }
 
-TEST(Build, a_local_background_gives_way_to_supercompression_and_to_an_effect_without_a_colour) {
+TEST(Build, A_local_background_gives_way_to_supercompression_and_to_an_effect_without_a_colour) {
     const EffectDescriptor effect = EffectWith(Decode, AnswerScene);
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.localBackground = options.supercompress = true;
@@ -460,7 +460,7 @@ TEST(Build, a_local_background_gives_way_to_supercompression_and_to_an_effect_wi
     EXPECT_EQ(colorless.frames[0].record.localBackground, 0u);
 }
 
-TEST(Build, the_task_carries_the_largest_width_and_height_of_its_frames) {
+TEST(Build, The_task_carries_the_largest_width_and_height_of_its_frames) {
     std::vector<Picture> pictures;
     pictures.push_back(ShadedPicture(20, 5, 1));
     pictures.push_back(ShadedPicture(7, 31, 2));
@@ -478,7 +478,7 @@ std::string CodeOf(const std::string& line) {
     return line.substr(0, 4) == "REQ " ? line.substr(9, line.find(' ', 9) - 9) : "";
 }
 
-TEST(Build, a_refusal_ends_the_build_where_the_host_may_refuse_and_changes_nothing_elsewhere) {
+TEST(Build, A_refusal_ends_the_build_where_the_host_may_refuse_and_changes_nothing_elsewhere) {
     BuildOptions options = BuiltInOptions();
     options.customPalette = options.supercompress = true;
     const std::vector<uint8_t> block = BlockOf(MovingBar(3));

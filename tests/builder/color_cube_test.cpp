@@ -53,7 +53,7 @@ uint32_t CountColors(const ColorCube& cube) {
     return AssignPalette(cube, palette);
 }
 
-TEST(ColorCube, a_colour_lies_in_the_node_that_halving_its_channels_leads_to) {
+TEST(ColorCube, A_colour_lies_in_the_node_that_halving_its_channels_leads_to) {
     for (uint32_t depth = 2; depth <= kMostCubeDepth; ++depth) {
         const ColorCube cube(depth);
         ASSERT_TRUE(cube.nodes);
@@ -62,7 +62,7 @@ TEST(ColorCube, a_colour_lies_in_the_node_that_halving_its_channels_leads_to) {
     }
 }
 
-TEST(ColorCube, every_node_sums_up_its_pixels_and_their_distances_to_its_midpoint) {
+TEST(ColorCube, Every_node_sums_up_its_pixels_and_their_distances_to_its_midpoint) {
     constexpr uint32_t kDepth = 3;
     ColorCube cube(kDepth);
     ASSERT_TRUE(cube.nodes);
@@ -94,7 +94,7 @@ TEST(ColorCube, every_node_sums_up_its_pixels_and_their_distances_to_its_midpoin
     }
 }
 
-TEST(ColorCube, reducing_leaves_no_more_colours_than_wanted_and_loses_no_pixel) {
+TEST(ColorCube, Reducing_leaves_no_more_colours_than_wanted_and_loses_no_pixel) {
     const std::vector<Color> colors = RandomColors(3000, 8);
     for (const uint32_t limit : {1u, 2u, 7u, 64u, 255u, 256u}) {
         ColorCube cube(CubeDepthFor(limit));
@@ -110,7 +110,7 @@ TEST(ColorCube, reducing_leaves_no_more_colours_than_wanted_and_loses_no_pixel) 
     }
 }
 
-TEST(ColorCube, few_colours_come_out_as_they_are) {
+TEST(ColorCube, Few_colours_come_out_as_they_are) {
     const std::vector<Color> colors = {{0, 0, 0}, {255, 255, 255}, {200, 16, 80}};
     ColorCube cube(CubeDepthFor(256));
     ASSERT_TRUE(cube.nodes);
@@ -128,7 +128,7 @@ TEST(ColorCube, few_colours_come_out_as_they_are) {
     }
 }
 
-TEST(ColorCube, the_depth_grows_with_the_colours_wanted) {
+TEST(ColorCube, The_depth_grows_with_the_colours_wanted) {
     EXPECT_EQ(CubeDepthFor(1), 2u);
     EXPECT_EQ(CubeDepthFor(256), kMostCubeDepth);
     for (uint32_t colors = 2; colors <= 256; ++colors)

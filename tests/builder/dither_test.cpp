@@ -19,7 +19,7 @@ void SetTwoColors(RemapTarget* target, int32_t brightness, int32_t contrast) {
     target->ditherContrast = contrast;
 }
 
-TEST(GrayDithering, every_brightness_and_contrast_gives_the_reference) {
+TEST(GrayDithering, Every_brightness_and_contrast_gives_the_reference) {
     // 128 makes the tone curve's step infinite, more makes it fall; the settings are signed.
     const int32_t values[] = {INT32_MIN, -1000, -128, -20, 0, 1, 20, 127, 128, 129, 256, 5000, INT32_MAX};
     for (const Size size : {Size{1, 1}, Size{2, 5}, Size{3, 3}, Size{4, 6}, Size{8, 3}, Size{29, 17}}) {
@@ -38,7 +38,7 @@ TEST(GrayDithering, every_brightness_and_contrast_gives_the_reference) {
     }
 }
 
-TEST(GrayDithering, with_a_contrast_of_128_all_but_black_is_as_bright_as_can_be) {
+TEST(GrayDithering, With_a_contrast_of_128_all_but_black_is_as_bright_as_can_be) {
     RemapTarget target;
     SetTwoColors(&target, 128, 128);
     const Picture black = FlatPicture(4, 1, 0);
@@ -73,7 +73,7 @@ Spread SpreadOf(int32_t column, int32_t width) {
             PixelOf(dithered.handle, column, 0) != undisturbed};
 }
 
-TEST(ColorDithering, error_never_goes_down_and_left_of_columns_0_and_1) {
+TEST(ColorDithering, Error_never_goes_down_and_left_of_columns_0_and_1) {
     EXPECT_TRUE(SpreadOf(0, 12).below);
     EXPECT_FALSE(SpreadOf(1, 12).belowLeft);
     EXPECT_TRUE(SpreadOf(1, 12).below);
@@ -110,19 +110,19 @@ Rows DitherGrays(const std::vector<uint32_t>& top, const std::vector<uint32_t>& 
 // In the rows below black and one white pixel stretch the tones, so that the threshold is 127; 110 has a
 // luminance of 108, an error of 108 and shares of 6, of which three lift 120 (118) above the threshold.
 
-TEST(GrayDithering, column_0_sends_its_error_down_and_left_to_the_byte_before_the_next_row) {
+TEST(GrayDithering, Column_0_sends_its_error_down_and_left_to_the_byte_before_the_next_row) {
     EXPECT_EQ(DitherGrays({0, 0, 0, 255}, {110, 0, 0, 120}).bottom, "0001")
         << "the last pixel of its own row";
     EXPECT_EQ(DitherGrays({0, 0, 0, 0, 255}, {110, 0, 0, 0, 120}).bottom, "00000") << "padding";
 }
 
-TEST(GrayDithering, only_column_1_keeps_its_error_from_going_down_and_left) {
+TEST(GrayDithering, Only_column_1_keeps_its_error_from_going_down_and_left) {
     EXPECT_EQ(DitherGrays({120, 0, 0, 0, 255}, {0, 110, 0, 0, 0}).top, "00001");
     EXPECT_EQ(DitherGrays({0, 120, 0, 0, 255}, {0, 0, 110, 0, 0}).top, "01001");
     EXPECT_EQ(DitherGrays({0, 0, 120, 0, 255}, {0, 0, 0, 110, 0}).top, "00101");
 }
 
-TEST(Dithering, a_one_bit_source_is_refused) {
+TEST(Dithering, A_one_bit_source_is_refused) {
     const Picture picture = RandomPicture(9, 5, 1, 1);
     RemapTarget gray, color;
     SetTwoColors(&gray, 20, 20);
@@ -131,7 +131,7 @@ TEST(Dithering, a_one_bit_source_is_refused) {
     EXPECT_EQ(DitherRemap(picture.handle, &color), nullptr);
 }
 
-TEST(Dithering, a_missing_source_gives_nothing) {
+TEST(Dithering, A_missing_source_gives_nothing) {
     RemapTarget target;
     EXPECT_EQ(DitherRemap(nullptr, &target), nullptr);
     EXPECT_EQ(PlainRemap(nullptr, &target), nullptr);

@@ -29,7 +29,7 @@ struct Palette {
     int32_t colors;
 };
 
-TEST(FixedPalettes, each_choice_has_its_colour_count_and_bits_and_black_beyond) {
+TEST(FixedPalettes, Each_choice_has_its_colour_count_and_bits_and_black_beyond) {
     const int expected[][2] = {{2, 1},   {16, 4},  {32, 5},  {64, 6},  {128, 7},
                                {216, 8}, {256, 8}, {256, 8}, {256, 8}, {8, 3}};
     for (int32_t choice = 0; choice <= 9; ++choice) {
@@ -41,20 +41,20 @@ TEST(FixedPalettes, each_choice_has_its_colour_count_and_bits_and_black_beyond) 
     }
 }
 
-TEST(FixedPalettes, without_a_buffer_only_count_and_bits_are_reported) {
+TEST(FixedPalettes, Without_a_buffer_only_count_and_bits_are_reported) {
     int32_t bits = 0;
     EXPECT_EQ(BuildFixedPalette(nullptr, 4, &bits), 128);
     EXPECT_EQ(bits, 7);
     EXPECT_EQ(BuildFixedPalette(nullptr, 0, nullptr), 2);
 }
 
-TEST(FixedPalettes, black_and_white_fills_two_entries) {
+TEST(FixedPalettes, Black_and_white_fills_two_entries) {
     const Palette palette(0);
     EXPECT_EQ(palette[0], (Color{0, 0, 0}));
     EXPECT_EQ(palette[1], (Color{255, 255, 255}));
 }
 
-TEST(FixedPalettes, the_sixteen_colours_stand_in_the_system_order) {
+TEST(FixedPalettes, The_sixteen_colours_stand_in_the_system_order) {
     const Palette palette(1);
     const Color expected[16] = {{0, 0, 0},       {128, 0, 0},   {0, 128, 0},   {128, 128, 0},
                                 {0, 0, 128},     {128, 0, 128}, {0, 128, 128}, {128, 128, 128},
@@ -63,7 +63,7 @@ TEST(FixedPalettes, the_sixteen_colours_stand_in_the_system_order) {
     for (size_t i = 0; i < 16; ++i) EXPECT_EQ(palette[i], expected[i]) << i;
 }
 
-TEST(FixedPalettes, orthogonal_cubes_have_red_slowest_and_blue_fastest) {
+TEST(FixedPalettes, Orthogonal_cubes_have_red_slowest_and_blue_fastest) {
     const int four[] = {0, 85, 170, 255};
     const int eight[] = {0, 36, 72, 108, 144, 180, 216, 255};
     const Palette p32(2), p64(3), p128(4), p256(6);
@@ -83,7 +83,7 @@ TEST(FixedPalettes, orthogonal_cubes_have_red_slowest_and_blue_fastest) {
             }
 }
 
-TEST(FixedPalettes, safe_colours_have_green_slowest_then_red_then_blue) {
+TEST(FixedPalettes, Safe_colours_have_green_slowest_then_red_then_blue) {
     const Palette palette(5);
     for (int g = 0; g < 6; ++g)
         for (int r = 0; r < 6; ++r)
@@ -92,7 +92,7 @@ TEST(FixedPalettes, safe_colours_have_green_slowest_then_red_then_blue) {
     EXPECT_EQ(std::memcmp(palette.bytes, kSafePalette.data(), kPaletteBytes), 0);
 }
 
-TEST(FixedPalettes, the_cube_with_grays_has_them_in_its_middle_without_a_second_black_or_white) {
+TEST(FixedPalettes, The_cube_with_grays_has_them_in_its_middle_without_a_second_black_or_white) {
     const Palette palette(7);
     for (int k = 0; k < 224; ++k) {
         const int r = k / 32, g = k / 4 % 8, b = k % 4;
@@ -110,7 +110,7 @@ TEST(FixedPalettes, the_cube_with_grays_has_them_in_its_middle_without_a_second_
     EXPECT_EQ(std::memcmp(palette.bytes, kCubeAndGrays.data(), kPaletteBytes), 0);
 }
 
-TEST(FixedPalettes, gray_levels_and_corner_colours_follow_their_index) {
+TEST(FixedPalettes, Gray_levels_and_corner_colours_follow_their_index) {
     const Palette grays(8), corners(9);
     for (int i = 0; i < 256; ++i) EXPECT_EQ(grays[static_cast<size_t>(i)], (Color{i, i, i}));
     for (int i = 0; i < 8; ++i)
@@ -118,7 +118,7 @@ TEST(FixedPalettes, gray_levels_and_corner_colours_follow_their_index) {
                   (Color{i & 1 ? 255 : 0, i & 2 ? 255 : 0, i & 4 ? 255 : 0}));
 }
 
-TEST(FixedPalettes, a_choice_outside_the_list_is_the_256_colour_cube) {
+TEST(FixedPalettes, A_choice_outside_the_list_is_the_256_colour_cube) {
     const Palette cube(6);
     for (const int32_t choice : {-1, 10, 1000, INT32_MIN, INT32_MAX}) {
         const Palette palette(choice);
@@ -140,12 +140,12 @@ void CheckResource(const std::string& path, const PaletteTable& table) {
     EXPECT_EQ(ReadTestFile(path.c_str()), std::vector<uint8_t>(expected.begin(), expected.end())) << path;
 }
 
-TEST(PaletteResources, the_files_that_the_module_carries_hold_the_two_tables) {
+TEST(PaletteResources, The_files_that_the_module_carries_hold_the_two_tables) {
     CheckResource("resources/palette_216.bin", kSafePalette);
     CheckResource("resources/palette_256_gray.bin", kCubeAndGrays);
 }
 
-TEST(PaletteResources, each_field_stands_where_readers_look_for_it) {
+TEST(PaletteResources, Each_field_stands_where_readers_look_for_it) {
     const auto bytes = MakePaletteResource(kCubeAndGrays);
     ASSERT_EQ(bytes.size(), 853u);
     EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 8), "QRVNRSRC");

@@ -66,7 +66,7 @@ std::vector<NamedOptions> AllOptions() {
 
 class GoldenBuilds : public ::testing::TestWithParam<const char*> {};
 
-TEST_P(GoldenBuilds, requests_records_and_images_are_those_of_the_transcript) {
+TEST_P(GoldenBuilds, Requests_records_and_images_are_those_of_the_transcript) {
     const std::string input = GetParam();
     const std::vector<uint8_t> block = ReadTestFile(GoldenPath("inputs/" + input + ".source.bin").c_str());
     const std::vector<NamedOptions> all = AllOptions();
@@ -91,7 +91,7 @@ INSTANTIATE_TEST_SUITE_P(Inputs, GoldenBuilds, ::testing::ValuesIn(kGoldenInputs
     return name;
 });
 
-TEST(GoldenBuilds, decoded_frames_are_those_that_the_transcripts_were_computed_from) {
+TEST(GoldenBuilds, Decoded_frames_are_those_that_the_transcripts_were_computed_from) {
     for (const char* input : kGoldenInputs) {
         const std::vector<uint8_t> expected =
             ReadTestFile(GoldenPath("inputs/" + std::string(input) + ".frames.bin").c_str());

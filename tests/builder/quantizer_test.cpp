@@ -77,7 +77,7 @@ std::vector<uint32_t> DifferentColors(size_t count, uint32_t seed) {
     return colors;
 }
 
-TEST(Quantizer, few_colours_are_listed_exactly_in_order_of_first_appearance) {
+TEST(Quantizer, Few_colours_are_listed_exactly_in_order_of_first_appearance) {
     const std::vector<uint32_t> colors = DifferentColors(200, 1);
     Frames frames;
     frames.Add(PictureOf(colors, 25, 9));
@@ -91,7 +91,7 @@ TEST(Quantizer, few_colours_are_listed_exactly_in_order_of_first_appearance) {
     EXPECT_TRUE(std::all_of(&found.bytes[600], &found.bytes[767], [](uint8_t byte) { return byte == 0; }));
 }
 
-TEST(Quantizer, every_count_of_colours_from_1_to_300_gives_the_reference) {
+TEST(Quantizer, Every_count_of_colours_from_1_to_300_gives_the_reference) {
     for (size_t colors = 1; colors <= 300; colors += colors > 250 && colors < 260 ? 1 : 7) {
         Frames frames;
         frames.Add(PictureOf(DifferentColors(colors, static_cast<uint32_t>(colors)), 20, 16));
@@ -100,7 +100,7 @@ TEST(Quantizer, every_count_of_colours_from_1_to_300_gives_the_reference) {
     }
 }
 
-TEST(Quantizer, exactly_256_colours_are_listed_only_when_the_last_one_is_the_last_pixel) {
+TEST(Quantizer, Exactly_256_colours_are_listed_only_when_the_last_one_is_the_last_pixel) {
     const std::vector<uint32_t> colors = DifferentColors(256, 9);
     Frames exact, longer;
     exact.Add(PictureOf(colors, 16, 16));
@@ -115,7 +115,7 @@ TEST(Quantizer, exactly_256_colours_are_listed_only_when_the_last_one_is_the_las
     EXPECT_NE(listed.bytes, reduced.bytes);
 }
 
-TEST(Quantizer, every_limit_gives_the_reference) {
+TEST(Quantizer, Every_limit_gives_the_reference) {
     Frames frames;
     frames.Add(ShadedPicture(64, 48, 1));
     frames.Add(RandomPicture(31, 17, 2));
@@ -124,7 +124,7 @@ TEST(Quantizer, every_limit_gives_the_reference) {
     ExpectReference(255, frames, "shades and noise");
 }
 
-TEST(Quantizer, pictures_of_every_kind_give_the_reference) {
+TEST(Quantizer, Pictures_of_every_kind_give_the_reference) {
     uint32_t seed = 0;
     for (const Size size : TrickySizes()) {
         Frames frames;
@@ -137,7 +137,7 @@ TEST(Quantizer, pictures_of_every_kind_give_the_reference) {
     }
 }
 
-TEST(Quantizer, many_merging_passes_give_the_reference) {
+TEST(Quantizer, Many_merging_passes_give_the_reference) {
     // Clusters of different weight make errors of every size, and parents that are merged before their
     // children.
     std::mt19937 generator(5);
@@ -181,7 +181,7 @@ std::vector<uint32_t> BrightReds(uint32_t count, uint32_t pixels, bool amid) {
 }
 
 // The eight dark colours around a midpoint: a small error for the cell of 128, large ones for its eight cells
-// of 64, so that the parent is merged first and takes its children along.
+// of 64, so that the parent is merged first, with its children.
 std::vector<uint32_t> ColorsAroundMidpoint() {
     std::vector<uint32_t> colors;
     for (uint32_t corner = 0; corner < 8; ++corner)
@@ -204,7 +204,7 @@ bool Holds(const Found& found, uint32_t color) {
     return false;
 }
 
-TEST(Quantizer, cells_that_a_merged_parent_takes_along_count_once_more_and_propose_their_errors) {
+TEST(Quantizer, Cells_that_a_merged_parent_takes_along_count_once_more_and_propose_their_errors) {
     // Merging the parent would leave 6 colours; counted with its children, there are 14, and a next pass
     // comes. It merges the bright red of least error, or, where all of theirs are larger than those of the
     // children that are gone, nothing.
@@ -218,7 +218,7 @@ TEST(Quantizer, cells_that_a_merged_parent_takes_along_count_once_more_and_propo
     EXPECT_TRUE(Holds(large, Rgb(64, 64, 64)));
 }
 
-TEST(Quantizer, a_cell_whose_error_equals_its_parent_s_is_merged_before_it_counts) {
+TEST(Quantizer, A_cell_whose_error_equals_its_parent_s_is_merged_before_it_counts) {
     // Two such pairs, merged in one pass, leave the root and five bright reds.
     const std::vector<uint32_t> pairs = {0xCFCFCF, 0xD0D0D0, 0x2F2F2F, 0x303030};
     const Found found = ExpectReferenceOf(6, pairs, BrightReds(5, 2, false), "pairs of equal errors");
@@ -226,7 +226,7 @@ TEST(Quantizer, a_cell_whose_error_equals_its_parent_s_is_merged_before_it_count
     for (const uint32_t color : BrightReds(5, 1, false)) EXPECT_TRUE(Holds(found, color));
 }
 
-TEST(Quantizer, a_limit_of_255_makes_the_tree_one_level_shallower) {
+TEST(Quantizer, A_limit_of_255_makes_the_tree_one_level_shallower) {
     EXPECT_EQ(CubeDepthFor(256), 5u);
     EXPECT_EQ(CubeDepthFor(255), 4u);
     EXPECT_EQ(CubeDepthFor(64), 4u);
@@ -236,7 +236,7 @@ TEST(Quantizer, a_limit_of_255_makes_the_tree_one_level_shallower) {
     EXPECT_EQ(CubeDepthFor(1), 2u);
 }
 
-TEST(Quantizer, entries_stand_in_the_tree_s_order_and_not_by_frequency) {
+TEST(Quantizer, Entries_stand_in_the_tree_s_order_and_not_by_frequency) {
     // More colours than the limit, spread so that dark ones are rare and come first nevertheless.
     std::vector<uint32_t> colors = DifferentColors(300, 3);
     std::fill(colors.begin() + 200, colors.end(), 0xFFFFFFu);
@@ -251,7 +251,7 @@ TEST(Quantizer, entries_stand_in_the_tree_s_order_and_not_by_frequency) {
     ExpectReference(255, frames, "frequent white");
 }
 
-TEST(Quantizer, cells_are_emptied_before_their_sums_overflow) {
+TEST(Quantizer, Cells_are_emptied_before_their_sums_overflow) {
     // More pixels of one cell than its packed sums hold, all with the highest low bits, in rows longer than
     // that.
     Frames frames;
@@ -267,7 +267,7 @@ TEST(Quantizer, cells_are_emptied_before_their_sums_overflow) {
     ExpectReference(255, frames, "wide");
 }
 
-TEST(Quantizer, a_list_without_a_handle_fails_and_one_without_frames_finds_no_colours) {
+TEST(Quantizer, A_list_without_a_handle_fails_and_one_without_frames_finds_no_colours) {
     EXPECT_FALSE(RunQuantize(256, FrameList{}).ok);
     FrameList empty = {};
     empty.entries = AllocateMemory(1);
@@ -278,7 +278,7 @@ TEST(Quantizer, a_list_without_a_handle_fails_and_one_without_frames_finds_no_co
     FreeFrames(&empty);
 }
 
-TEST(Quantizer, a_frame_that_is_not_full_colour_fails) {
+TEST(Quantizer, A_frame_that_is_not_full_colour_fails) {
     Frames frames;
     frames.Add(ShadedPicture(8, 8, 1));
     frames.Add(RandomPicture(8, 8, 1, 8));

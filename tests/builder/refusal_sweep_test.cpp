@@ -2,7 +2,7 @@
 // Builds with every effect, at two settings, to every kind of output, with each allocation, each lock and
 // each question for a block's size refused: once, and from then on. A build either fails with the message and
 // hands nothing over (or closes its task as failed), or it succeeds with the frames of an undisturbed build,
-// in which a frame may stand as it came from the source where its kernel was refused.
+// in which a frame may be unchanged where its kernel was refused memory.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -182,12 +182,12 @@ struct Refusal {
 };
 
 constexpr Refusal kRefusals[] = {
-    {"allocation", RefuseAllocation, &MemoryCounts::allocations},
-    {"allocations from", RefuseAllocationsFrom, &MemoryCounts::allocations},
-    {"lock", RefuseLock, &MemoryCounts::locks},
-    {"locks from", RefuseLocksFrom, &MemoryCounts::locks},
-    {"size", RefuseSize, &MemoryCounts::sizes},
-    {"sizes from", RefuseSizesFrom, &MemoryCounts::sizes},
+    {.name = "allocation", .refuse = RefuseAllocation, .attempts = &MemoryCounts::allocations},
+    {.name = "allocations from", .refuse = RefuseAllocationsFrom, .attempts = &MemoryCounts::allocations},
+    {.name = "lock", .refuse = RefuseLock, .attempts = &MemoryCounts::locks},
+    {.name = "locks from", .refuse = RefuseLocksFrom, .attempts = &MemoryCounts::locks},
+    {.name = "size", .refuse = RefuseSize, .attempts = &MemoryCounts::sizes},
+    {.name = "sizes from", .refuse = RefuseSizesFrom, .attempts = &MemoryCounts::sizes},
 };
 
 // Small frames that every effect changes, of neighbouring colours that are quick to look up, with a dark
@@ -363,7 +363,7 @@ protected:
 
 class RefusalsByOutput : public Refusals, public testing::WithParamInterface<Output> {};
 
-TEST_P(RefusalsByOutput, a_build_fails_with_a_message_or_gives_whole_frames) {
+TEST_P(RefusalsByOutput, A_build_fails_with_a_message_or_gives_whole_frames) {
     output = GetParam();
     for (void (*const change)() : {BuiltInSettings, OtherSettings}) {
         change();
@@ -376,7 +376,7 @@ INSTANTIATE_TEST_SUITE_P(Outputs, RefusalsByOutput, testing::ValuesIn(Outputs())
                          [](const auto& output) { return output.param.name; });
 
 // More colours than a palette holds: the quantizer builds its tree.
-TEST_F(Refusals, a_quantized_build_fails_with_a_message_or_gives_whole_frames) {
+TEST_F(Refusals, A_quantized_build_fails_with_a_message_or_gives_whole_frames) {
     FreeMemory(source);
     source = MakeMemory(MakeAnimationBlock(
         {{BytesOf(RandomPicture(17, 17, 1).handle), {}}, {BytesOf(RandomPicture(17, 17, 2).handle), {}}}));
@@ -384,7 +384,7 @@ TEST_F(Refusals, a_quantized_build_fails_with_a_message_or_gives_whole_frames) {
     SweepBuilds(NoEffect());
 }
 
-TEST_F(Refusals, a_preview_shows_the_picture_the_frame_or_nothing) {
+TEST_F(Refusals, A_preview_shows_the_picture_the_frame_or_nothing) {
     for (size_t row = 0; row < EffectCount(); ++row) {
         const Effect& effect = *EffectAt(row);
         const Picture frame(FetchFirstFrame(source));

@@ -73,7 +73,7 @@ protected:
     void TearDown() override { AllowAvx2(true); }
 };
 
-TEST_P(RemapPaths, every_source_depth_and_output_depth_gives_the_reference) {
+TEST_P(RemapPaths, Every_source_depth_and_output_depth_gives_the_reference) {
     const Case cases[] = {{1, 2, false},  {1, 256, true}, {2, 3, false},  {3, 8, true},   {4, 11, false},
                           {4, 256, true}, {5, 20, false}, {8, 200, true}, {8, 256, false}};
     uint32_t seed = 1;
@@ -91,7 +91,7 @@ TEST_P(RemapPaths, every_source_depth_and_output_depth_gives_the_reference) {
     }
 }
 
-TEST_P(RemapPaths, full_colour_pictures_of_tricky_sizes_give_the_reference) {
+TEST_P(RemapPaths, Full_colour_pictures_of_tricky_sizes_give_the_reference) {
     uint32_t seed = 1000;
     for (const Size size : TrickySizes()) {
         for (const Case& given :
@@ -108,7 +108,7 @@ TEST_P(RemapPaths, full_colour_pictures_of_tricky_sizes_give_the_reference) {
     }
 }
 
-TEST_P(RemapPaths, every_fixed_palette_gives_the_reference) {
+TEST_P(RemapPaths, Every_fixed_palette_gives_the_reference) {
     for (int32_t choice = 0; choice <= 9; ++choice) {
         for (const bool fast : {false, true}) {
             Case given = {0, 256, fast};
@@ -122,7 +122,7 @@ TEST_P(RemapPaths, every_fixed_palette_gives_the_reference) {
     }
 }
 
-TEST_P(RemapPaths, every_colour_count_from_none_to_256_gives_the_reference) {
+TEST_P(RemapPaths, Every_colour_count_from_none_to_256_gives_the_reference) {
     const Picture shades = ShadedPicture(40, 12, 5);
     for (int32_t colors = 0; colors <= 256; colors += colors < 20 ? 1 : 17) {
         const Case given = {8, colors, false};
@@ -134,7 +134,7 @@ TEST_P(RemapPaths, every_colour_count_from_none_to_256_gives_the_reference) {
     }
 }
 
-TEST_P(RemapPaths, colours_all_over_the_space_get_the_reference_s_answers) {
+TEST_P(RemapPaths, Colours_all_over_the_space_get_the_reference_s_answers) {
     for (const int32_t colors : {1, 24, 256}) {
         for (const bool fast : {false, true}) {
             uint8_t palette[kPaletteBytes];
@@ -159,7 +159,7 @@ TEST_P(RemapPaths, colours_all_over_the_space_get_the_reference_s_answers) {
 INSTANTIATE_TEST_SUITE_P(Processors, RemapPaths, ::testing::Bool(),
                          [](const auto& parameter) { return parameter.param ? "Avx2" : "Plain"; });
 
-TEST(Remap, one_target_serves_frames_of_different_sizes) {
+TEST(Remap, One_target_serves_frames_of_different_sizes) {
     uint8_t palette[kPaletteBytes];
     FillRandomPalette(palette, 256, 3);
     const Case given = {8, 256, false};
@@ -172,7 +172,7 @@ TEST(Remap, one_target_serves_frames_of_different_sizes) {
     }
 }
 
-TEST(Remap, a_changed_palette_is_noticed) {
+TEST(Remap, A_changed_palette_is_noticed) {
     uint8_t palette[kPaletteBytes];
     const Picture shades = ShadedPicture(30, 20, 1);
     FillRandomPalette(palette, 256, 1);
@@ -184,7 +184,7 @@ TEST(Remap, a_changed_palette_is_noticed) {
     }
 }
 
-TEST(Remap, nearest_prefers_an_exact_match_then_the_lowest_index_of_the_least_distance) {
+TEST(Remap, Nearest_prefers_an_exact_match_then_the_lowest_index_of_the_least_distance) {
     const uint8_t palette[] = {10, 0, 0, 0, 0, 0, 10, 0, 0, 20, 0, 0};
     EXPECT_EQ(NearestEntry(palette, 4, 10, 0, 0), 0);
     EXPECT_EQ(NearestEntry(palette, 4, 15, 0, 0), 0);
@@ -204,7 +204,7 @@ TEST(Remap, nearest_prefers_an_exact_match_then_the_lowest_index_of_the_least_di
     }
 }
 
-TEST(Remap, with_fast_remap_a_palette_colour_maps_to_its_first_exact_entry) {
+TEST(Remap, With_fast_remap_a_palette_colour_maps_to_its_first_exact_entry) {
     // 15-bit rounding alone would send (255, 255, 255) to the gray entry.
     uint8_t palette[kPaletteBytes] = {248, 248, 248, 255, 255, 255, 255, 255, 255};
     Targets targets(palette, {8, 3, true});
@@ -217,7 +217,7 @@ TEST(Remap, with_fast_remap_a_palette_colour_maps_to_its_first_exact_entry) {
 }
 
 // Black and white, the colours of a two-colour picture.
-TEST(Remap, a_two_colour_picture_maps_to_what_the_colour_index_answers) {
+TEST(Remap, A_two_colour_picture_maps_to_what_the_colour_index_answers) {
     const Picture source(CreateDib(2, 1, nullptr, 1));
     {
         const ImageLock lock(source.handle);
@@ -244,7 +244,7 @@ TEST(Remap, a_two_colour_picture_maps_to_what_the_colour_index_answers) {
     }
 }
 
-TEST(Remap, a_four_bit_picture_is_searched_among_sixteen_entries_so_that_indices_fit) {
+TEST(Remap, A_four_bit_picture_is_searched_among_sixteen_entries_so_that_indices_fit) {
     uint8_t palette[kPaletteBytes];
     BuildFixedPalette(palette, 6, nullptr);  // white stands far behind entry 15
     Targets targets(palette, {4, 256, false});
@@ -254,7 +254,7 @@ TEST(Remap, a_four_bit_picture_is_searched_among_sixteen_entries_so_that_indices
               static_cast<uint32_t>(ReferenceNearest(palette, 16, 255, 255, 255)));
 }
 
-TEST(Remap, two_colour_output_turns_white_from_luminance_129_on) {
+TEST(Remap, Two_colour_output_turns_white_from_luminance_129_on) {
     uint8_t palette[kPaletteBytes];
     BuildFixedPalette(palette, 0, nullptr);
     Targets targets(palette, {1, 256, false});
@@ -266,7 +266,7 @@ TEST(Remap, two_colour_output_turns_white_from_luminance_129_on) {
     }
 }
 
-TEST(Remap, sorting_orders_by_luminance_and_keeps_equals_in_order) {
+TEST(Remap, Sorting_orders_by_luminance_and_keeps_equals_in_order) {
     for (int32_t colors : {0, 1, 2, 3, 17, 100, 255, 256}) {
         uint8_t expected[kPaletteBytes], actual[kPaletteBytes];
         FillRandomPalette(expected, 256, static_cast<uint32_t>(colors));
@@ -278,7 +278,7 @@ TEST(Remap, sorting_orders_by_luminance_and_keeps_equals_in_order) {
     }
 }
 
-TEST(Remap, bits_grow_with_each_power_of_two_and_are_24_above_256_colours) {
+TEST(Remap, Bits_grow_with_each_power_of_two_and_are_24_above_256_colours) {
     const int32_t steps[][2] = {{0, 1},  {2, 1},   {3, 2},   {4, 2},   {5, 3},   {8, 3},
                                 {9, 4},  {16, 4},  {17, 5},  {32, 5},  {33, 6},  {64, 6},
                                 {65, 7}, {128, 7}, {129, 8}, {256, 8}, {257, 24}};

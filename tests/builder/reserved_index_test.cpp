@@ -15,7 +15,7 @@ Picture CopyOf(ImageHandle image) {
     return Picture(DuplicateImage(lock.image));
 }
 
-TEST(ReservedIndex, unchanged_pixels_take_it_and_those_outside_the_mask_stay) {
+TEST(ReservedIndex, Unchanged_pixels_take_it_and_those_outside_the_mask_stay) {
     uint32_t seed = 0;
     for (const int32_t depth : kDepths) {
         for (const Size size : TrickySizes()) {
@@ -45,7 +45,7 @@ TEST(ReservedIndex, unchanged_pixels_take_it_and_those_outside_the_mask_stay) {
     }
 }
 
-TEST(ReservedIndex, pixels_of_the_background_colour_take_it_and_no_others) {
+TEST(ReservedIndex, Pixels_of_the_background_colour_take_it_and_no_others) {
     for (const int32_t depth : kDepths) {
         const Picture full = FlatPicture(11, 5, Rgb(1, 2, 3));
         {
@@ -66,7 +66,7 @@ TEST(ReservedIndex, pixels_of_the_background_colour_take_it_and_no_others) {
     }
 }
 
-TEST(ReservedIndex, missing_images_fail) {
+TEST(ReservedIndex, Missing_images_fail) {
     const Picture picture = FlatPicture(4, 4, 0);
     EXPECT_FALSE(MarkBackground(nullptr, 0, picture.handle, 1));
     EXPECT_FALSE(MarkBackground(picture.handle, 0, nullptr, 1));

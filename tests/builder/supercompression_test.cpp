@@ -47,7 +47,7 @@ protected:
     void TearDown() override { AllowAvx2(true); }
 };
 
-TEST_P(CompositePaths, masks_and_composites_are_the_reference_s) {
+TEST_P(CompositePaths, Masks_and_composites_are_the_reference_s) {
     uint32_t seed = 0;
     for (const Size size : TrickySizes()) {
         const Picture composite = RandomPicture(size.width, size.height, ++seed);
@@ -61,7 +61,7 @@ TEST_P(CompositePaths, masks_and_composites_are_the_reference_s) {
     }
 }
 
-TEST_P(CompositePaths, frames_of_other_sizes_give_the_reference) {
+TEST_P(CompositePaths, Frames_of_other_sizes_give_the_reference) {
     const Picture composite = ShadedPicture(40, 30, 1);
     for (const Size size :
          {Size{25, 18}, Size{52, 22}, Size{33, 41}, Size{1, 1}, Size{40, 30}, Size{60, 60}}) {
@@ -72,7 +72,7 @@ TEST_P(CompositePaths, frames_of_other_sizes_give_the_reference) {
     }
 }
 
-TEST_P(CompositePaths, images_of_every_depth_give_the_reference) {
+TEST_P(CompositePaths, Images_of_every_depth_give_the_reference) {
     for (const int32_t depth : {1, 4, 8, 32}) {
         const Picture composite = RandomPicture(19, 7, 1, depth);
         const Picture same = CopyOf(composite.handle);
@@ -86,7 +86,7 @@ TEST_P(CompositePaths, images_of_every_depth_give_the_reference) {
 INSTANTIATE_TEST_SUITE_P(Processors, CompositePaths, ::testing::Bool(),
                          [](const auto& parameter) { return parameter.param ? "Avx2" : "Plain"; });
 
-TEST(Supercompression, the_same_frame_again_is_all_unchanged) {
+TEST(Supercompression, The_same_frame_again_is_all_unchanged) {
     const Picture composite = ShadedPicture(21, 9, 1);
     const Picture again = CopyOf(composite.handle);
     const Picture mask(UpdateComposite(composite.handle, again.handle));
@@ -99,7 +99,7 @@ TEST(Supercompression, the_same_frame_again_is_all_unchanged) {
         for (int32_t x = 0; x < 21; ++x) EXPECT_EQ(GetDibPixel(lock.image, x, y), 1u);
 }
 
-TEST(Supercompression, a_pixel_that_returns_to_an_older_colour_counts_as_changed) {
+TEST(Supercompression, A_pixel_that_returns_to_an_older_colour_counts_as_changed) {
     const Picture composite = FlatPicture(3, 1, 0x111111);
     const Picture other = FlatPicture(3, 1, 0x222222);
     const Picture first = FlatPicture(3, 1, 0x111111);
@@ -109,7 +109,7 @@ TEST(Supercompression, a_pixel_that_returns_to_an_older_colour_counts_as_changed
     EXPECT_EQ(PixelOf(back.handle, 1, 0), 0u);
 }
 
-TEST(Supercompression, a_smaller_frame_leaves_white_outside_its_area_and_counts_it_as_changed_every_time) {
+TEST(Supercompression, A_smaller_frame_leaves_white_outside_its_area_and_counts_it_as_changed_every_time) {
     const Picture composite = FlatPicture(4, 2, 0xFFFFFF);
     const Picture small = FlatPicture(2, 1, 0xFFFFFF);
     for (int i = 0; i < 2; ++i) {
@@ -121,7 +121,7 @@ TEST(Supercompression, a_smaller_frame_leaves_white_outside_its_area_and_counts_
     }
 }
 
-TEST(Supercompression, a_missing_image_gives_nothing) {
+TEST(Supercompression, A_missing_image_gives_nothing) {
     const Picture picture = FlatPicture(4, 2, 0);
     EXPECT_EQ(UpdateComposite(nullptr, picture.handle), nullptr);
     EXPECT_EQ(UpdateComposite(picture.handle, nullptr), nullptr);

@@ -22,7 +22,7 @@ const char kLongUpdateDelay[] = "UpdateDelay = 86400000\n";
 
 class Binding : public WindowTest {};
 
-TEST_F(Binding, option_check_boxes_are_stored_and_leave_the_preview_alone) {
+TEST_F(Binding, Option_check_boxes_are_stored_and_leave_the_preview_alone) {
     session.ClearEvents();
     for (const int box : {IDC_TRUE_COLOR, IDC_DITHER, IDC_SUPERCOMPRESS, IDC_ADD_COMMENT}) session.Click(box);
     EXPECT_THAT(session.Events(), IsEmpty());
@@ -33,7 +33,7 @@ TEST_F(Binding, option_check_boxes_are_stored_and_leave_the_preview_alone) {
         EXPECT_THAT(text, HasSubstr(line));
 }
 
-TEST(BindingInOwnWindow, a_panel_check_box_restarts_the_update_timer) {
+TEST(BindingInOwnWindow, A_panel_check_box_restarts_the_update_timer) {
     FakeHost host;
     SessionOptions options;
     options.configuration = std::string("MainEffect = 10\n") + kLongUpdateDelay;
@@ -49,7 +49,7 @@ TEST(BindingInOwnWindow, a_panel_check_box_restarts_the_update_timer) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style019Distributed = 0\r\n"));
 }
 
-TEST(BindingInOwnWindow, the_update_timer_repaints_once_and_ends) {
+TEST(BindingInOwnWindow, The_update_timer_repaints_once_and_ends) {
     FakeHost host;
     SessionOptions options;
     options.configuration = "MainEffect = 10\nUpdateDelay = 200\n";
@@ -62,14 +62,14 @@ TEST(BindingInOwnWindow, the_update_timer_repaints_once_and_ends) {
     EXPECT_THAT(session.RunningTimers(), Not(Contains(kUpdateTimer)));
 }
 
-TEST_F(Binding, other_timers_are_ignored) {
+TEST_F(Binding, Other_timers_are_ignored) {
     session.ClearEvents();
     SendMessageA(session.Window(), WM_TIMER, 16, 0);
     session.Settle();
     EXPECT_THAT(session.Events(), IsEmpty());
 }
 
-TEST(BindingInOwnWindow, local_background_enables_its_colour_and_restarts_the_timer) {
+TEST(BindingInOwnWindow, Local_background_enables_its_colour_and_restarts_the_timer) {
     FakeHost host;
     SessionOptions options;
     options.configuration = kLongUpdateDelay;
@@ -84,7 +84,7 @@ TEST(BindingInOwnWindow, local_background_enables_its_colour_and_restarts_the_ti
     EXPECT_FALSE(session.IsEnabled(IDC_BUILD)) << "still no source";
 }
 
-TEST(BindingInOwnWindow, a_colour_comes_from_the_host_which_is_offered_the_8_8_4_palette) {
+TEST(BindingInOwnWindow, A_colour_comes_from_the_host_which_is_offered_the_8_8_4_palette) {
     FakeHost host;
     host.chosenColor = 0x20C0FF;
     PluginSession session(host);
@@ -111,14 +111,14 @@ TEST(BindingInOwnWindow, a_colour_comes_from_the_host_which_is_offered_the_8_8_4
                 HasSubstr("LocalBackgroundColor = " + std::to_string(0x20C0FF) + "\r\n"));
 }
 
-TEST_F(Binding, a_colour_that_the_host_refuses_changes_nothing) {
+TEST_F(Binding, A_colour_that_the_host_refuses_changes_nothing) {
     host.Refuse(HostRequest::ChooseColor, 1);
     session.Click(IDC_BACKGROUND_COLOR);
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("LocalBackgroundColor = 8355711\r\n"));
 }
 
-TEST_F(Binding, the_palette_list_is_stored_when_it_closes_up) {
+TEST_F(Binding, The_palette_list_is_stored_when_it_closes_up) {
     session.Click(IDC_CUSTOM_PALETTE);
     EXPECT_TRUE(session.IsEnabled(IDC_PALETTE));
     SendMessageA(session.Control(IDC_PALETTE), CB_SETCURSEL, 2, 0);
@@ -132,20 +132,20 @@ TEST_F(Binding, the_palette_list_is_stored_when_it_closes_up) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 3\r\n"));
 }
 
-TEST_F(Binding, selecting_without_closing_up_stores_no_palette) {
+TEST_F(Binding, Selecting_without_closing_up_stores_no_palette) {
     SendMessageA(session.Control(IDC_PALETTE), CB_SETCURSEL, 2, 0);
     session.Command(IDC_PALETTE, CBN_SELCHANGE);
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 6\r\n"));
 }
 
-TEST_F(Binding, no_palette_selected_counts_as_the_first) {
+TEST_F(Binding, No_palette_selected_counts_as_the_first) {
     session.Choose(IDC_PALETTE, -1);
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 0\r\n"));
 }
 
-TEST(BindingInOwnWindow, a_panel_list_is_stored_and_repaints_when_it_closes_up) {
+TEST(BindingInOwnWindow, A_panel_list_is_stored_and_repaints_when_it_closes_up) {
     FakeHost host;
     SessionOptions options;
     options.configuration = "MainEffect = 5\n";
@@ -162,7 +162,7 @@ TEST(BindingInOwnWindow, a_panel_list_is_stored_and_repaints_when_it_closes_up) 
 
 // The text field's notification is 8, the closing up of lists: no field sends it, a host's own template
 // might.
-TEST_F(Binding, a_text_is_stored_on_notification_8_only) {
+TEST_F(Binding, A_text_is_stored_on_notification_8_only) {
     SetWindowTextA(session.Control(IDC_SOURCE_PATH), "C:\\typed.gif");
     session.Command(IDC_SOURCE_PATH, EN_CHANGE & 0xFF);
     session.Command(IDC_SOURCE_PATH, 8);
@@ -172,7 +172,7 @@ TEST_F(Binding, a_text_is_stored_on_notification_8_only) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("FileNamePath = C:\\typed.gif\r\n"));
 }
 
-TEST_F(Binding, commands_while_the_window_is_hidden_store_nothing) {
+TEST_F(Binding, Commands_while_the_window_is_hidden_store_nothing) {
     ShowWindow(session.Window(), SW_HIDE);
     SendMessageA(session.Control(IDC_DITHER), BM_SETCHECK, BST_CHECKED, 0);
     session.Command(IDC_DITHER);
@@ -180,7 +180,7 @@ TEST_F(Binding, commands_while_the_window_is_hidden_store_nothing) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainDither = 0\r\n"));
 }
 
-TEST(Logo, runs_on_a_timer_of_its_own_and_takes_every_message_with_its_number) {
+TEST(Logo, Runs_on_a_timer_of_its_own_and_takes_every_message_with_its_number) {
     FakeHost host;
     PluginSession session(host);
     EXPECT_THAT(session.Events(), Contains("set 99 60"));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Builds as the window starts them: the order of requests, refusals at every point, want of memory. What the
-// records hold is the build transcripts' matter.
+// Builds as the window starts them: the order of requests, refusals at every point, refused memory. What the
+// records hold is covered by the build transcripts.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,13 +25,6 @@ constexpr char kNoTask[] = "Error creating new task.";
 constexpr char kNoImage[] = "There has been an error adding an image to the current file object.";
 const char kEmboss[] = "MainEffect = 1\n";
 
-std::vector<uint8_t> ThreeFrames() {
-    std::vector<BlockFrame> frames;
-    for (uint32_t i = 0; i < 3; ++i)
-        frames.push_back({BytesOf(ShadedPicture(24, 20, i).handle), {0, 0, 100 + i, 0}});
-    return MakeAnimationBlock(frames);
-}
-
 // Request code with its word, or its text, or the message: "13 1/3", "10 Building", "2", "MSG ...".
 std::vector<std::string> Outline(const std::vector<std::string>& transcript) {
     std::vector<std::string> outline;
@@ -55,10 +48,10 @@ std::vector<std::string> Outline(const std::vector<std::string>& transcript) {
 
 class Build : public SourceWindowTest {
 protected:
-    Build() : SourceWindowTest(ThreeFrames(), WithConfiguration(kEmboss)) {}
+    Build() : SourceWindowTest(ShadedFrames(3), WithConfiguration(kEmboss)) {}
 };
 
-TEST_F(Build, asks_the_host_in_order_and_closes_the_window) {
+TEST_F(Build, Asks_the_host_in_order_and_closes_the_window) {
     host.ClearTranscript();
     session.Click(IDC_BUILD);
     EXPECT_EQ(session.WaitUntilClosed(), 1u);
@@ -72,7 +65,7 @@ TEST_F(Build, asks_the_host_in_order_and_closes_the_window) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainEffect = 1\r\n"));
 }
 
-TEST_F(Build, a_test_opens_a_test_task_and_keeps_the_window) {
+TEST_F(Build, A_test_opens_a_test_task_and_keeps_the_window) {
     session.Click(IDC_TEST);
     ASSERT_TRUE(session.IsOpen());
     EXPECT_EQ(host.Requests(HostRequest::NewTask).size(), 0u);
@@ -83,9 +76,9 @@ TEST_F(Build, a_test_opens_a_test_task_and_keeps_the_window) {
     EXPECT_EQ(CountLedger().liveBlocks, 1u);
 }
 
-TEST(BuildInOwnWindow, a_plain_build_is_reached_by_its_command_only) {
+TEST(BuildInOwnWindow, A_plain_build_is_reached_by_its_command_only) {
     FakeHost host;
-    host.Serve(ThreeFrames());
+    host.Serve(ShadedFrames(3));
     PluginSession session(host, WithConfiguration(std::string(kEmboss) + "Truecolour = 1\n"));
     session.Click(IDC_SELECT);
     session.Command(IDM_BUILD_PLAIN);
@@ -96,7 +89,7 @@ TEST(BuildInOwnWindow, a_plain_build_is_reached_by_its_command_only) {
     EXPECT_TRUE(session.IsChecked(IDC_TRUE_COLOR));
 }
 
-TEST_F(Build, true_colour_hands_over_24_bits_and_each_fixed_palette_its_own_depth) {
+TEST_F(Build, True_colour_hands_over_24_bits_and_each_fixed_palette_its_own_depth) {
     session.Click(IDC_TEST);
     EXPECT_THAT(host.Requests(HostRequest::AddImage), Each(HasSubstr("image=24x20x24 ")));
     session.Click(IDC_TRUE_COLOR);
@@ -115,14 +108,14 @@ TEST_F(Build, true_colour_hands_over_24_bits_and_each_fixed_palette_its_own_dept
     }
 }
 
-TEST_F(Build, the_comment_is_left_out_on_request) {
+TEST_F(Build, The_comment_is_left_out_on_request) {
     session.Click(IDC_ADD_COMMENT);
     session.Click(IDC_TEST);
     EXPECT_THAT(host.Requests(HostRequest::AddComment), IsEmpty());
     EXPECT_EQ(host.Requests(HostRequest::CloseTask).size(), 1u);
 }
 
-TEST(BuildInOwnWindow, no_frames_are_a_memory_error) {
+TEST(BuildInOwnWindow, No_frames_are_a_memory_error) {
     FakeHost host;
     host.Serve(MakeAnimationBlock({}));
     PluginSession session(host, WithConfiguration(kEmboss));
@@ -134,7 +127,7 @@ TEST(BuildInOwnWindow, no_frames_are_a_memory_error) {
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
 }
 
-TEST_F(Build, a_refused_task_is_told_and_nothing_more_is_asked) {
+TEST_F(Build, A_refused_task_is_told_and_nothing_more_is_asked) {
     host.ClearTranscript();
     host.Refuse(HostRequest::NewTask, 1);
     session.Click(IDC_BUILD);
@@ -146,7 +139,7 @@ TEST_F(Build, a_refused_task_is_told_and_nothing_more_is_asked) {
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
 }
 
-TEST_F(Build, a_refused_frame_is_told_and_the_task_closed_as_failed) {
+TEST_F(Build, A_refused_frame_is_told_and_the_task_closed_as_failed) {
     for (int occurrence = 1; occurrence <= 3; ++occurrence) {
         host.ClearTranscript();
         host.Refuse(HostRequest::AddImage, occurrence);
@@ -161,7 +154,7 @@ TEST_F(Build, a_refused_frame_is_told_and_the_task_closed_as_failed) {
 }
 
 // The other answers carry no meaning: a build goes on whatever they are.
-TEST_F(Build, refused_texts_progress_comment_and_close_change_nothing) {
+TEST_F(Build, Refused_texts_progress_comment_and_close_change_nothing) {
     host.ClearTranscript();
     session.Click(IDC_TEST);
     const std::vector<std::string> expected = Outline(host.Transcript());
@@ -180,11 +173,11 @@ TEST_F(Build, refused_texts_progress_comment_and_close_change_nothing) {
     EXPECT_EQ(CountLedger().liveBlocks, 1u);
 }
 
-TEST(BuildInOwnWindow, want_of_memory_at_any_point_leaves_no_leak_and_the_window_usable) {
+TEST(BuildInOwnWindow, Refused_memory_at_any_point_leaves_no_leak_and_the_window_usable) {
     for (const char* options :
          {"Truecolour = 1\n", "Truecolour = 0\nMainSupercompress = 1\nMainDither = 1\n"}) {
         FakeHost host;
-        host.Serve(ThreeFrames());
+        host.Serve(ShadedFrames(3));
         PluginSession session(host, WithConfiguration(std::string(kEmboss) + options));
         session.Click(IDC_SELECT);
         session.Click(IDC_CUSTOM_PALETTE);
@@ -221,9 +214,9 @@ uint64_t ClickThenAnswer(uint64_t target, uint32_t request, uint64_t word, uint6
 }
 
 TEST(BuildInOwnWindow,
-     clicks_that_the_host_lets_through_neither_start_a_second_build_nor_exchange_the_source) {
+     Clicks_that_the_host_lets_through_neither_start_a_second_build_nor_exchange_the_source) {
     FakeHost host;
-    host.Serve(ThreeFrames());
+    host.Serve(ShadedFrames(3));
     answeringHost = host.context.callback;
     host.context.callback = ClickThenAnswer;
     PluginSession session(host, WithConfiguration(kEmboss));
@@ -237,7 +230,7 @@ TEST(BuildInOwnWindow,
     EXPECT_EQ(host.Frames().size(), 3u);
 }
 
-TEST(BuildInOwnWindow, a_single_frame_is_never_supercompressed) {
+TEST(BuildInOwnWindow, A_single_frame_is_never_supercompressed) {
     FakeHost host;
     host.Serve(MakeAnimationBlock({{BytesOf(ShadedPicture(24, 20, 1).handle), {}}}));
     PluginSession session(

@@ -95,7 +95,7 @@ std::vector<std::string> Build(FakeHost& host, PluginSession& session, const std
 
 class BuildTranscripts : public testing::TestWithParam<std::string> {};
 
-TEST_P(BuildTranscripts, requests_records_pictures_and_messages_come_as_computed) {
+TEST_P(BuildTranscripts, Requests_records_pictures_and_messages_come_as_computed) {
     const Variant variant = ParseVariant(GetParam());
     FakeHost host;
     SessionOptions options;

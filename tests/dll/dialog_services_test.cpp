@@ -11,6 +11,7 @@
 #include "resources/resource_ids.h"
 #include "tests/dll/support/dialog_thread.h"
 #include "tests/dll/support/idle_owner.h"
+#include "tests/dll/support/window_reading.h"
 #include "tests/support/wait_for.h"
 #include "window/dialog_services.h"
 #include "window/plugin_state.h"
@@ -18,15 +19,11 @@
 namespace kfx {
 namespace {
 
+using test::TextOf;
+
 constexpr int kNoSuchCommand = 9;
 
-std::string TextOf(HWND window) {
-    char text[2048] = "";
-    GetWindowTextA(window, text, sizeof text);
-    return text;
-}
-
-// A message box as long as it is not answered. It has come to rest when it is at hand.
+// A message box until it is answered. When the constructor returns, it has nothing left to do.
 class OpenBox {
 public:
     explicit OpenBox(int (*show)(HWND, const char*), const char* text = "Text") {
@@ -69,7 +66,7 @@ protected:
     void TearDown() override { plugin = {}; }
 };
 
-TEST_F(DialogServices, a_message_has_its_text_and_the_focus_on_ok) {
+TEST_F(DialogServices, A_message_has_its_text_and_the_focus_on_ok) {
     OpenBox box(ShowMessage, "~!!~20 is no placeholder here");
     ASSERT_TRUE(box.window);
     EXPECT_TRUE(IsWindowVisible(box.window));
@@ -80,7 +77,7 @@ TEST_F(DialogServices, a_message_has_its_text_and_the_focus_on_ok) {
     EXPECT_EQ(box.Answer(IDC_MESSAGE_OK), IDOK);
 }
 
-TEST_F(DialogServices, a_question_has_the_focus_on_yes) {
+TEST_F(DialogServices, A_question_has_the_focus_on_yes) {
     for (int (*const ask)(HWND, const char*) : {AskYesNo, AskYesNoCancel}) {
         OpenBox box(ask);
         ASSERT_TRUE(box.window);
@@ -91,20 +88,20 @@ TEST_F(DialogServices, a_question_has_the_focus_on_yes) {
     }
 }
 
-TEST_F(DialogServices, every_button_answers_with_its_number) {
+TEST_F(DialogServices, Every_button_answers_with_its_number) {
     for (const int button : {IDC_MESSAGE_OK, IDC_MESSAGE_CANCEL, IDC_MESSAGE_YES, IDC_MESSAGE_NO}) {
         EXPECT_EQ(OpenBox(AskYesNoCancel).Answer(button), button);
     }
 }
 
-TEST_F(DialogServices, other_commands_leave_a_message_open) {
+TEST_F(DialogServices, Other_commands_leave_a_message_open) {
     OpenBox box(ShowMessage);
     ASSERT_TRUE(box.window);
     SendMessageA(box.window, WM_COMMAND, kNoSuchCommand, 0);
     EXPECT_EQ(box.Answer(IDC_MESSAGE_OK), IDOK);
 }
 
-TEST_F(DialogServices, a_message_stands_in_the_middle_of_the_screen) {
+TEST_F(DialogServices, A_message_stands_in_the_middle_of_the_screen) {
     OpenBox box(ShowMessage);
     ASSERT_TRUE(box.window);
     RECT place;
@@ -113,7 +110,7 @@ TEST_F(DialogServices, a_message_stands_in_the_middle_of_the_screen) {
     EXPECT_EQ(place.top, (GetSystemMetrics(SM_CYSCREEN) - (place.bottom - place.top)) / 2);
 }
 
-TEST_F(DialogServices, a_missing_text_says_that_the_table_is_damaged) {
+TEST_F(DialogServices, A_missing_text_says_that_the_table_is_damaged) {
     EXPECT_STREQ(LoadText(IDS_MEMORY_ERROR), "Memory error");
     EXPECT_STREQ(LoadText(65000), "String table error - this application may be damaged");
 }
@@ -138,13 +135,13 @@ std::string AfterReplacement(const char* className, const char* text) {
     return TextOf(parent.child);
 }
 
-TEST_F(DialogServices, placeholders_of_statics_and_buttons_become_texts_of_the_table) {
+TEST_F(DialogServices, Placeholders_of_statics_and_buttons_become_texts_of_the_table) {
     EXPECT_EQ(AfterReplacement("STATIC", "~!!~6"), "Memory error");
     EXPECT_EQ(AfterReplacement("button", "~!!~6"), "Memory error");
     EXPECT_EQ(AfterReplacement("Static", "before ~!!~6 behind"), "Memory error");
 }
 
-TEST_F(DialogServices, other_controls_and_texts_without_a_number_stay) {
+TEST_F(DialogServices, Other_controls_and_texts_without_a_number_stay) {
     EXPECT_EQ(AfterReplacement("EDIT", "~!!~6"), "~!!~6");
     EXPECT_EQ(AfterReplacement("STATIC", "~!!~0"), "~!!~0");
     EXPECT_EQ(AfterReplacement("STATIC", "~!!~-6"), "~!!~-6");
@@ -166,7 +163,7 @@ std::vector<std::string> ItemsFrom(const std::string& items) {
     return found;
 }
 
-TEST_F(DialogServices, a_list_takes_the_pieces_between_semicolons_but_no_empty_ones) {
+TEST_F(DialogServices, A_list_takes_the_pieces_between_semicolons_but_no_empty_ones) {
     EXPECT_EQ(ItemsFrom("a;;b;"), (std::vector<std::string>{"a", "b"}));
     EXPECT_EQ(ItemsFrom(";;;"), std::vector<std::string>());
     EXPECT_EQ(ItemsFrom(""), std::vector<std::string>());
@@ -184,7 +181,7 @@ uint64_t TakeRequest(uint64_t, uint32_t request, uint64_t, uint64_t pointer) {
     return helpAnswer;
 }
 
-TEST_F(DialogServices, help_is_asked_for_by_document_and_topic) {
+TEST_F(DialogServices, Help_is_asked_for_by_document_and_topic) {
     HostContext host = {};
     host.callback = TakeRequest;
     plugin.host = &host;
@@ -202,7 +199,7 @@ int ShowHelpAsMessage(HWND owner, const char* topic) {
     return 0;
 }
 
-TEST_F(DialogServices, help_that_the_host_cannot_show_is_reported) {
+TEST_F(DialogServices, Help_that_the_host_cannot_show_is_reported) {
     HostContext host = {};
     for (const HostCallback callback : {HostCallback{TakeRequest}, HostCallback{nullptr}}) {
         host.callback = callback;

@@ -35,21 +35,21 @@ int CountOf(const std::string& text, const std::string& piece) {
 
 class Documents : public WindowTest {};
 
-TEST_F(Documents, the_button_pops_up_a_menu_of_three) {
+TEST_F(Documents, The_button_pops_up_a_menu_of_three) {
     session.Click(IDC_OPEN_SAVE);
     ASSERT_EQ(session.Menus().size(), 1u);
     EXPECT_THAT(session.Menus()[0].items,
                 ElementsAre(Pair(37u, "Open"), Pair(38u, "Save"), Pair(39u, "Save as...")));
 }
 
-TEST_F(Documents, a_menu_entry_is_a_command) {
+TEST_F(Documents, A_menu_entry_is_a_command) {
     session.AnswerMenu(IDM_DOCUMENT_OPEN);
     session.Click(IDC_OPEN_SAVE);
     ASSERT_EQ(session.AskedPaths().size(), 1u);
     EXPECT_FALSE(session.AskedPaths()[0].toSave);
 }
 
-TEST(DocumentsInOwnWindow, saving_holds_every_panel_and_the_windows_own_controls) {
+TEST(DocumentsInOwnWindow, Saving_holds_every_panel_and_the_windows_own_controls) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("Style005Level = 33\n"));
     const std::string path = session.DocumentsFolder() + "mine.kx1";
@@ -71,7 +71,7 @@ TEST(DocumentsInOwnWindow, saving_holds_every_panel_and_the_windows_own_controls
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("CurrentFileName = " + path + "\r\n"));
 }
 
-TEST(DocumentsInOwnWindow, opening_restores_every_panel_the_effect_and_the_options) {
+TEST(DocumentsInOwnWindow, Opening_restores_every_panel_the_effect_and_the_options) {
     FakeHost host;
     std::string path;
     std::string saved;
@@ -110,7 +110,7 @@ TEST(DocumentsInOwnWindow, opening_restores_every_panel_the_effect_and_the_optio
                       HasSubstr("MainPalette = 2\r\n"), HasSubstr("CurrentFileName = " + path + "\r\n")));
 }
 
-TEST(DocumentsInOwnWindow, the_dialogs_are_asked_for_kx1_files) {
+TEST(DocumentsInOwnWindow, The_dialogs_are_asked_for_kx1_files) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("CurrentFileName = C:\\some where\\looks.kx1\n"));
     session.Command(IDM_DOCUMENT_OPEN);
@@ -131,7 +131,7 @@ TEST(DocumentsInOwnWindow, the_dialogs_are_asked_for_kx1_files) {
         << "both dialogs were cancelled";
 }
 
-TEST(DocumentsInOwnWindow, save_asks_only_while_the_document_is_untitled) {
+TEST(DocumentsInOwnWindow, Save_asks_only_while_the_document_is_untitled) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("CurrentFileName = C:\\x\\UNTITLED.kx1\n"));
     session.Command(IDM_DOCUMENT_SAVE);
@@ -147,7 +147,7 @@ TEST(DocumentsInOwnWindow, save_asks_only_while_the_document_is_untitled) {
     EXPECT_THAT(ReadTextFile(path), HasSubstr("SCROLL193=1486\r\n"));
 }
 
-TEST_F(Documents, what_cannot_be_created_is_told_and_the_name_stays) {
+TEST_F(Documents, What_cannot_be_created_is_told_and_the_name_stays) {
     session.AnswerFileDialog("C:\\no such folder\\mine.kx1");
     session.Command(IDM_DOCUMENT_SAVE_AS);
     EXPECT_THAT(session.Messages(), ElementsAre("There has been an error creating the requested file."));
@@ -155,7 +155,7 @@ TEST_F(Documents, what_cannot_be_created_is_told_and_the_name_stays) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("CurrentFileName = untitled.kx1\r\n"));
 }
 
-TEST_F(Documents, what_cannot_be_opened_or_is_damaged_is_told_and_changes_nothing) {
+TEST_F(Documents, What_cannot_be_opened_or_is_damaged_is_told_and_changes_nothing) {
     session.AnswerFileDialog("C:\\no such folder\\mine.kx1");
     session.Command(IDM_DOCUMENT_OPEN);
     const std::string path = session.DocumentsFolder() + "damaged.kx1";
@@ -169,7 +169,7 @@ TEST_F(Documents, what_cannot_be_opened_or_is_damaged_is_told_and_changes_nothin
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("CurrentFileName = untitled.kx1\r\n"));
 }
 
-TEST_F(Documents, lines_are_taken_in_any_case_with_spare_equals_signs_and_behind_the_end) {
+TEST_F(Documents, Lines_are_taken_in_any_case_with_spare_equals_signs_and_behind_the_end) {
     const std::string path = session.DocumentsFolder() + "odd.kx1";
     WriteTextFile(path, std::string(kHeader) +
                             "scroll193= =1500\r\nCHKBOX193=1\r\n;End of document\r\n"
@@ -182,7 +182,7 @@ TEST_F(Documents, lines_are_taken_in_any_case_with_spare_equals_signs_and_behind
     EXPECT_THAT(session.Messages(), IsEmpty());
 }
 
-TEST_F(Documents, an_effect_that_the_list_does_not_have_does_no_harm) {
+TEST_F(Documents, An_effect_that_the_list_does_not_have_does_no_harm) {
     const std::string path = session.DocumentsFolder() + "odd.kx1";
     WriteTextFile(path, std::string(kHeader) + "CMBBOX50=99\r\nCMBBOX13=99\r\nCMBBOX172=99\r\n");
     session.AnswerFileDialog(path);
@@ -193,7 +193,7 @@ TEST_F(Documents, an_effect_that_the_list_does_not_have_does_no_harm) {
     EXPECT_EQ(session.Close(), 1u);
 }
 
-TEST(DocumentsInOwnWindow, what_the_host_does_not_take_stays_off) {
+TEST(DocumentsInOwnWindow, What_the_host_does_not_take_stays_off) {
     FakeHost host;
     host.context.capabilities = 0;
     PluginSession session(host);
@@ -214,7 +214,7 @@ COLORREF MiddleOf(HWND control) {
     return pixel;
 }
 
-TEST(DocumentsInOwnWindow, a_colours_swatch_shows_the_documents_colour) {
+TEST(DocumentsInOwnWindow, A_colours_swatch_shows_the_documents_colour) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("LocalBackgroundColor = 65280\n"));
     const HWND swatch = session.Control(IDC_BACKGROUND_COLOR);
@@ -226,7 +226,7 @@ TEST(DocumentsInOwnWindow, a_colours_swatch_shows_the_documents_colour) {
     EXPECT_TRUE(WaitFor([&] { return MiddleOf(swatch) == 0x0000FF; }));
 }
 
-TEST(DocumentsInOwnWindow, an_invalid_name_is_left_out_of_the_dialog) {
+TEST(DocumentsInOwnWindow, An_invalid_name_is_left_out_of_the_dialog) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("CurrentFileName = C:\\here\\what?.kx1\n"));
     const std::string path = session.DocumentsFolder() + "mine.kx1";
@@ -242,7 +242,7 @@ TEST(DocumentsInOwnWindow, an_invalid_name_is_left_out_of_the_dialog) {
     EXPECT_THAT(ReadTextFile(path), HasSubstr(";End of document"));
 }
 
-TEST(DocumentsInOwnWindow, a_cancelled_dialog_is_not_asked_again) {
+TEST(DocumentsInOwnWindow, A_cancelled_dialog_is_not_asked_again) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("CurrentFileName = C:\\here\\what.kx1\n"));
     session.Command(IDM_DOCUMENT_OPEN);
@@ -250,7 +250,7 @@ TEST(DocumentsInOwnWindow, a_cancelled_dialog_is_not_asked_again) {
 }
 
 // A host may have chosen binary files for its whole process.
-TEST_F(Documents, are_text_files_in_a_process_that_opens_binary_ones) {
+TEST_F(Documents, Are_text_files_in_a_process_that_opens_binary_ones) {
     const std::string path = session.DocumentsFolder() + "mine.kx1";
     session.AnswerFileDialog(path);
     const BinaryFiles binary;
@@ -262,7 +262,7 @@ TEST_F(Documents, are_text_files_in_a_process_that_opens_binary_ones) {
 }
 
 // The messages that carry a document's lines, as other programs send them.
-TEST_F(Documents, a_control_applies_its_own_line_only) {
+TEST_F(Documents, A_control_applies_its_own_line_only) {
     EXPECT_TRUE(session.ApplyLine(IDC_SWIRL_ANGLE, "SCROLL193=1485"));
     EXPECT_FALSE(session.ApplyLine(IDC_SWIRL_ANGLE, "CHKBOX193=1"));
     EXPECT_FALSE(session.ApplyLine(IDC_SWIRL_ANGLE, "SCROLL193"));

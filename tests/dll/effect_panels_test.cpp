@@ -7,6 +7,7 @@
 
 #include "effects/effect_table.h"
 #include "resources/resource_ids.h"
+#include "tests/dll/support/window_reading.h"
 #include "tests/dll/support/window_test.h"
 
 namespace kfx::test {
@@ -44,13 +45,6 @@ std::set<int> IdsOf(const Effect& effect) {
 
 // Of row `row` of the effect list.
 std::set<int> IdsAt(size_t row) { return IdsOf(*EffectAt(row)); }
-
-std::string ClassOf(HWND window) {
-    char name[64] = "";
-    GetClassNameA(window, name, sizeof name);
-    for (char& c : name) c = static_cast<char>(tolower(c));
-    return name;
-}
 
 RECT PlaceIn(HWND window, HWND child) {
     RECT place;

@@ -174,7 +174,7 @@ protected:
 
 using Calls = std::vector<std::string>;
 
-TEST_F(EffectProtocol, every_row_is_initialized_in_order_and_the_current_one_shown) {
+TEST_F(EffectProtocol, Every_row_is_initialized_in_order_and_the_current_one_shown) {
     const OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     const Calls made = WaitForCalls();
@@ -186,7 +186,7 @@ TEST_F(EffectProtocol, every_row_is_initialized_in_order_and_the_current_one_sho
     EXPECT_STREQ(name, "Third");
 }
 
-TEST_F(EffectProtocol, the_preview_is_asked_for_the_size_between_the_margins) {
+TEST_F(EffectProtocol, The_preview_is_asked_for_the_size_between_the_margins) {
     const OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     WaitForCalls();
@@ -196,7 +196,7 @@ TEST_F(EffectProtocol, the_preview_is_asked_for_the_size_between_the_margins) {
     EXPECT_EQ(previewSize.bottom, area.bottom - 8);
 }
 
-TEST_F(EffectProtocol, the_old_effect_is_told_before_and_the_new_one_after_it_is_shown) {
+TEST_F(EffectProtocol, The_old_effect_is_told_before_and_the_new_one_after_it_is_shown) {
     const OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     window.Select(2);
@@ -207,7 +207,7 @@ TEST_F(EffectProtocol, the_old_effect_is_told_before_and_the_new_one_after_it_is
     EXPECT_EQ(TakeCalls(), Calls());
 }
 
-TEST_F(EffectProtocol, a_key_on_the_closed_list_is_told_like_a_close_up) {
+TEST_F(EffectProtocol, A_key_on_the_closed_list_is_told_like_a_close_up) {
     const OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     WaitForCalls();
@@ -220,7 +220,7 @@ TEST_F(EffectProtocol, a_key_on_the_closed_list_is_told_like_a_close_up) {
     EXPECT_EQ(TakeCalls(), (Calls{"2 notify 1", "1 preview", "1 notify 2"}));
 }
 
-TEST_F(EffectProtocol, a_choice_in_an_open_list_is_drawn_but_stored_and_told_only_when_it_closes) {
+TEST_F(EffectProtocol, A_choice_in_an_open_list_is_drawn_but_stored_and_told_only_when_it_closes) {
     const OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     WaitForCalls();
@@ -238,7 +238,7 @@ TEST_F(EffectProtocol, a_choice_in_an_open_list_is_drawn_but_stored_and_told_onl
     EXPECT_EQ(settings.mainEffect, 0u);
 }
 
-TEST_F(EffectProtocol, the_update_timer_and_a_new_source_tell_the_current_effect_of_a_change) {
+TEST_F(EffectProtocol, The_update_timer_and_a_new_source_tell_the_current_effect_of_a_change) {
     host.Serve(test::MakeAnimationBlock({{test::BytesOf(test::RandomPicture(3, 3, 4).handle)}}));
     const OpenWindow window(host);
     ASSERT_TRUE(window.Window());
@@ -249,7 +249,7 @@ TEST_F(EffectProtocol, the_update_timer_and_a_new_source_tell_the_current_effect
     EXPECT_EQ(TakeCalls(), (Calls{"1 preview", "1 notify 3"}));
 }
 
-TEST_F(EffectProtocol, a_refused_source_tells_nobody) {
+TEST_F(EffectProtocol, A_refused_source_tells_nobody) {
     const OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     WaitForCalls();
@@ -257,7 +257,7 @@ TEST_F(EffectProtocol, a_refused_source_tells_nobody) {
     EXPECT_EQ(TakeCalls(), Calls());
 }
 
-TEST_F(EffectProtocol, the_current_effect_is_told_when_the_window_goes) {
+TEST_F(EffectProtocol, The_current_effect_is_told_when_the_window_goes) {
     OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     WaitForCalls();
@@ -265,7 +265,7 @@ TEST_F(EffectProtocol, the_current_effect_is_told_when_the_window_goes) {
     EXPECT_EQ(TakeCalls(), Calls{"1 notify 1"});
 }
 
-TEST_F(EffectProtocol, an_effect_beyond_the_table_is_told_nothing) {
+TEST_F(EffectProtocol, An_effect_beyond_the_table_is_told_nothing) {
     settings.mainEffect = 20;
     OpenWindow window(host);
     ASSERT_TRUE(window.Window());
@@ -275,7 +275,7 @@ TEST_F(EffectProtocol, an_effect_beyond_the_table_is_told_nothing) {
     EXPECT_EQ(TakeCalls(), Calls());
 }
 
-TEST_F(EffectProtocol, a_row_that_cannot_be_initialized_closes_the_window_with_a_message) {
+TEST_F(EffectProtocol, A_row_that_cannot_be_initialized_closes_the_window_with_a_message) {
     failingRow = 1;
     OpenWindow window(host);
     EXPECT_EQ(AnswerMessage(), "This plugin could not be initialized");
@@ -287,7 +287,7 @@ TEST_F(EffectProtocol, a_row_that_cannot_be_initialized_closes_the_window_with_a
     EXPECT_EQ(std::count(made.begin(), made.end(), "2 init"), 0);
 }
 
-TEST_F(EffectProtocol, a_build_closes_the_window_with_1_whatever_came_of_it) {
+TEST_F(EffectProtocol, A_build_closes_the_window_with_1_whatever_came_of_it) {
     OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     window.Select(-1);

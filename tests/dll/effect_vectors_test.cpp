@@ -15,7 +15,7 @@ namespace {
 
 class EffectVectors : public testing::TestWithParam<std::string> {};
 
-TEST_P(EffectVectors, every_frame_comes_back_as_computed) {
+TEST_P(EffectVectors, Every_frame_comes_back_as_computed) {
     for (const auto& [setting, inputs] : ExpectedDigests().at(GetParam())) {
         SCOPED_TRACE(setting.keys + " " + setting.background);
         FakeHost host;
@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(Effects, EffectVectors, testing::ValuesIn(EffectNames()
     return name;
 });
 
-TEST(EffectVectors, there_are_some_for_every_effect_of_the_list) {
+TEST(EffectVectors, There_are_some_for_every_effect_of_the_list) {
     FakeHost host;
     PluginSession session(host);
     EXPECT_EQ(session.ItemsOf(IDC_EFFECT), EffectNames());

@@ -41,7 +41,7 @@ std::vector<uint8_t> MakeRecord(uint32_t size) {
     return record;
 }
 
-TEST(PluginParams, name_notice_and_version_are_filled_in) {
+TEST(PluginParams, Name_notice_and_version_are_filled_in) {
     const Library library;
     std::vector<uint8_t> record = MakeRecord(600);
     EXPECT_EQ(FillRecord(library, &record), 1u);
@@ -56,7 +56,7 @@ TEST(PluginParams, name_notice_and_version_are_filled_in) {
     EXPECT_EQ(notice.find('\n'), std::string::npos) << "one line";
 }
 
-TEST(PluginParams, a_larger_record_is_zero_beyond_the_notice) {
+TEST(PluginParams, A_larger_record_is_zero_beyond_the_notice) {
     const Library library;
     std::vector<uint8_t> record = MakeRecord(5000);
     FillRecord(library, &record);
@@ -65,7 +65,7 @@ TEST(PluginParams, a_larger_record_is_zero_beyond_the_notice) {
     for (size_t i = 8 + 13; i < 269; ++i) ASSERT_EQ(record[i], 0) << i;
 }
 
-TEST(PluginParams, nothing_is_written_beyond_the_size_that_the_host_gave) {
+TEST(PluginParams, Nothing_is_written_beyond_the_size_that_the_host_gave) {
     const Library library;
     for (const uint32_t size : {4u, 8u, 12u, 40u, 269u, 275u, 300u}) {
         std::vector<uint8_t> record = MakeRecord(size);
@@ -76,7 +76,7 @@ TEST(PluginParams, nothing_is_written_beyond_the_size_that_the_host_gave) {
     }
 }
 
-TEST(HostVersion, below_16_is_refused_with_a_message_and_answered_0) {
+TEST(HostVersion, Below_16_is_refused_with_a_message_and_answered_0) {
     for (const uint32_t version : {0x0F00u, 0x10000u, 0x0FFFu, 0u}) {
         FakeHost host;
         host.context.version = version;
@@ -88,7 +88,7 @@ TEST(HostVersion, below_16_is_refused_with_a_message_and_answered_0) {
     }
 }
 
-TEST(HostVersion, only_the_major_version_counts) {
+TEST(HostVersion, Only_the_major_version_counts) {
     for (const uint32_t version : {0x1000u, 0x10FFu, 0x1100u, 0xFFFF1000u}) {
         FakeHost host;
         host.context.version = version;
@@ -99,7 +99,7 @@ TEST(HostVersion, only_the_major_version_counts) {
     }
 }
 
-TEST(HostWithoutServices, gets_a_message_and_the_window_closes_itself) {
+TEST(HostWithoutServices, Gets_a_message_and_the_window_closes_itself) {
     FakeHost host;
     host.context.callback = nullptr;
     PluginSession session(host);

@@ -20,8 +20,8 @@ struct Choice {
     std::string path;
 };
 
-// A file dialog until it is cancelled. It has come to rest when it is at hand; without a window there is
-// none.
+// A file dialog until it is cancelled. When the constructor returns, it has nothing left to do; a
+// null window says that there is none.
 class OpenFileDialog {
 public:
     explicit OpenFileDialog(bool (*ask)(HWND, char*), const std::string& start = "") {
@@ -74,7 +74,7 @@ void ExpectInTheMiddle(const RECT& place) {
     EXPECT_EQ(place.top, (GetSystemMetrics(SM_CYSCREEN) - (place.bottom - place.top)) / 2);
 }
 
-TEST_F(FileDialogs, open_at_the_remembered_size_in_the_middle_of_the_screen) {
+TEST_F(FileDialogs, Open_at_the_remembered_size_in_the_middle_of_the_screen) {
     RememberFileDialogSize(700, 500);
     for (bool (*const ask)(HWND, char*) : {AskDocumentToOpen, AskDocumentToSave}) {
         const OpenFileDialog dialog(ask);
@@ -86,7 +86,7 @@ TEST_F(FileDialogs, open_at_the_remembered_size_in_the_middle_of_the_screen) {
     }
 }
 
-TEST_F(FileDialogs, keep_the_systems_size_when_the_remembered_one_is_below_128) {
+TEST_F(FileDialogs, Keep_the_systems_size_when_the_remembered_one_is_below_128) {
     RememberFileDialogSize(700, 127);
     const OpenFileDialog dialog(AskDocumentToOpen);
     ASSERT_TRUE(dialog.window);
@@ -95,7 +95,7 @@ TEST_F(FileDialogs, keep_the_systems_size_when_the_remembered_one_is_below_128) 
     ExpectInTheMiddle(place);
 }
 
-TEST_F(FileDialogs, leave_the_size_that_the_user_gave_them) {
+TEST_F(FileDialogs, Leave_the_size_that_the_user_gave_them) {
     RememberFileDialogSize(0, 0);
     OpenFileDialog dialog(AskDocumentToOpen);
     ASSERT_TRUE(dialog.window);
@@ -106,13 +106,13 @@ TEST_F(FileDialogs, leave_the_size_that_the_user_gave_them) {
     EXPECT_EQ(plugin.fileDialogHeight, place.bottom - place.top);
 }
 
-TEST_F(FileDialogs, sizes_from_the_host_end_at_the_screen) {
+TEST_F(FileDialogs, Sizes_from_the_host_end_at_the_screen) {
     RememberFileDialogSize(0xFFFFFFFF, 200);
     EXPECT_EQ(plugin.fileDialogWidth, GetSystemMetrics(SM_CXSCREEN));
     EXPECT_EQ(plugin.fileDialogHeight, 200);
 }
 
-TEST_F(FileDialogs, have_the_plugins_buttons_unless_the_host_wants_the_systems) {
+TEST_F(FileDialogs, Have_the_plugins_buttons_unless_the_host_wants_the_systems) {
     for (const uint32_t style : {0u, 1u, 2u, 3u, 4u}) {
         plugin.buttonStyle = style;
         const OpenFileDialog dialog(AskDocumentToOpen);
@@ -122,7 +122,7 @@ TEST_F(FileDialogs, have_the_plugins_buttons_unless_the_host_wants_the_systems) 
     }
 }
 
-TEST_F(FileDialogs, cancelled_leave_the_path) {
+TEST_F(FileDialogs, Cancelled_leave_the_path) {
     OpenFileDialog dialog(AskDocumentToSave, "C:\\windows\\some.kx1");
     ASSERT_TRUE(dialog.window);
     const Choice choice = dialog.Cancel();
@@ -130,7 +130,7 @@ TEST_F(FileDialogs, cancelled_leave_the_path) {
     EXPECT_EQ(choice.path, "C:\\windows\\some.kx1");
 }
 
-TEST_F(FileDialogs, open_even_where_the_documents_path_makes_no_sense) {
+TEST_F(FileDialogs, Open_even_where_the_documents_path_makes_no_sense) {
     for (const char* path : {"C:\\no such folder\\some.kx1", "C:\\windows\\a<b>?*.kx1", "Q:\\", "|"}) {
         const OpenFileDialog dialog(AskDocumentToOpen, path);
         EXPECT_TRUE(dialog.window) << path;

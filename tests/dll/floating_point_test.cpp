@@ -59,7 +59,7 @@ protected:
     const FloatingPointControls controls_ = kHosts[GetParam()];
 };
 
-TEST_P(FloatingPointHosts, every_effect_s_frames_are_the_bytes_as_computed) {
+TEST_P(FloatingPointHosts, Every_effect_s_frames_are_the_bytes_as_computed) {
     for (size_t round = 0; round < kRounds; ++round) {
         const size_t number = kRounds * GetParam() + round;
         FakeHost host;
@@ -84,7 +84,7 @@ TEST_P(FloatingPointHosts, every_effect_s_frames_are_the_bytes_as_computed) {
 
 // With a C library of x87 code, 53 bits give these two other results than 64 at a few settings: Motion Blur
 // at its own on indexed64x64, for one. All of the table are tried.
-TEST(FloatingPointHosts, effects_that_53_bits_would_change_are_the_same_at_every_setting) {
+TEST(FloatingPointHosts, Effects_that_53_bits_would_change_are_the_same_at_every_setting) {
     for (const char* effect : {"Emboss", "Motion Blur"}) {
         for (const auto& [setting, digests] : ExpectedDigests().at(effect)) {
             FakeHost host;
@@ -130,7 +130,7 @@ Outcome BuildUnder(const FloatingPointControls& controls, const std::string& con
     return outcome;
 }
 
-TEST_P(FloatingPointHosts, builds_and_previews_are_those_of_any_other_host) {
+TEST_P(FloatingPointHosts, Builds_and_previews_are_those_of_any_other_host) {
     for (const char* configuration : {"MainEffect = 7\nMainDither = 1\n",
                                       "MainEffect = 8\nStyle014Angle = 200\nStyle014Depth = "
                                       "50\nStyle014Radius = 300\nMainSupercompress = 1\n"}) {
@@ -146,7 +146,7 @@ TEST_P(FloatingPointHosts, builds_and_previews_are_those_of_any_other_host) {
 
 INSTANTIATE_TEST_SUITE_P(Controls, FloatingPointHosts, testing::Range<size_t>(0, std::size(kHosts)));
 
-TEST(FloatingPointHosts, being_asked_what_it_is_leaves_the_host_s_controls_alone) {
+TEST(FloatingPointHosts, Being_asked_what_it_is_leaves_the_host_s_controls_alone) {
     const HMODULE library = LoadLibraryA(PluginPath().c_str());
     ASSERT_TRUE(library);
     const auto ask = reinterpret_cast<uint64_t(WINAPI*)(PluginInfo*)>(

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "resources/resource_ids.h"
+#include "tests/dll/support/window_reading.h"
 #include "tests/dll/support/window_test.h"
 
 namespace kfx::test {
@@ -17,15 +18,9 @@ using testing::IsEmpty;
 
 constexpr char kHelpFailed[] = "There has been an error displaying the Help document.";
 
-std::string TextOf(HWND dialog, int id) {
-    char text[2000] = "";
-    GetDlgItemTextA(dialog, id, text, sizeof text);
-    return text;
-}
-
 class Help : public WindowTest {};
 
-TEST_F(Help, is_shown_by_the_host_at_its_first_topic) {
+TEST_F(Help, Is_shown_by_the_host_at_its_first_topic) {
     host.ClearTranscript();
     session.Click(IDC_HELP_BUTTON);
     EXPECT_THAT(host.Transcript(),
@@ -33,25 +28,25 @@ TEST_F(Help, is_shown_by_the_host_at_its_first_topic) {
     EXPECT_THAT(session.Messages(), IsEmpty());
 }
 
-TEST_F(Help, that_the_host_cannot_show_is_told) {
+TEST_F(Help, That_the_host_cannot_show_is_told) {
     host.Refuse(HostRequest::ShowHelp, 1);
     session.Click(IDC_HELP_BUTTON);
     EXPECT_THAT(session.Messages(), ElementsAre(kHelpFailed));
     EXPECT_TRUE(session.IsOpen());
 }
 
-TEST(About, shows_title_version_help_and_web_page) {
+TEST(About, Shows_title_version_help_and_web_page) {
     FakeHost host;
     PluginSession session(host);
     session.Press(IDC_ABOUT);
     const HWND about = session.WaitForBox("About");
     ASSERT_TRUE(about);
-    EXPECT_EQ(TextOf(about, IDC_ABOUT_TITLE), "Kestrel FX #1 Plugin");
-    EXPECT_EQ(TextOf(about, IDC_ABOUT_TEXT).find("Version 16.0a (revision 1)\n\n"), 0u)
-        << TextOf(about, IDC_ABOUT_TEXT);
-    EXPECT_EQ(TextOf(about, IDC_ABOUT_CLOSE), "Close");
-    EXPECT_EQ(TextOf(about, IDC_ABOUT_HELP), "Help");
-    EXPECT_EQ(TextOf(about, IDC_ABOUT_WEB_PAGE), "Web page");
+    EXPECT_EQ(TextOf(GetDlgItem(about, IDC_ABOUT_TITLE)), "Kestrel FX #1 Plugin");
+    EXPECT_EQ(TextOf(GetDlgItem(about, IDC_ABOUT_TEXT)).find("Version 16.0a (revision 1)\n\n"), 0u)
+        << TextOf(GetDlgItem(about, IDC_ABOUT_TEXT));
+    EXPECT_EQ(TextOf(GetDlgItem(about, IDC_ABOUT_CLOSE)), "Close");
+    EXPECT_EQ(TextOf(GetDlgItem(about, IDC_ABOUT_HELP)), "Help");
+    EXPECT_EQ(TextOf(GetDlgItem(about, IDC_ABOUT_WEB_PAGE)), "Web page");
     host.ClearTranscript();
     SendMessageA(about, WM_COMMAND, IDC_ABOUT_HELP, 0);
     EXPECT_THAT(host.Transcript(), ElementsAre(HasSubstr("text=\"KFXPLUG1.HTML#ABOUT\"")));
@@ -76,7 +71,7 @@ SIZE TextSize(HWND control, LONG enlarged, LONG width) {
     const HFONT larger = CreateFontIndirectA(&font);
     const HDC dc = GetDC(control);
     const HGDIOBJ previous = SelectObject(dc, larger);
-    const std::string text = TextOf(GetParent(control), GetDlgCtrlID(control));
+    const std::string text = TextOf(control);
     RECT area = {0, 0, width, 0};
     DrawTextA(dc, text.c_str(), -1, &area, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
     SelectObject(dc, previous);
@@ -92,7 +87,7 @@ void ExpectRoom(HWND control, LONG enlarged, LONG width, LONG height) {
 }
 
 // The texts have fonts of their own size, the box follows the system's: either may be a step off.
-TEST(About, has_room_for_fonts_a_step_larger_or_smaller) {
+TEST(About, Has_room_for_fonts_a_step_larger_or_smaller) {
     constexpr LONG kStep = 2;  // pixels: from one size in points to the next
     FakeHost host;
     PluginSession session(host);
@@ -110,7 +105,7 @@ TEST(About, has_room_for_fonts_a_step_larger_or_smaller) {
     EXPECT_TRUE(session.WaitUntilGone(about));
 }
 
-TEST(MessageBoxes, take_no_command_but_their_buttons) {
+TEST(MessageBoxes, Take_no_command_but_their_buttons) {
     FakeHost host;
     PluginSession session(host);
     session.HoldMessages(true);
@@ -118,8 +113,8 @@ TEST(MessageBoxes, take_no_command_but_their_buttons) {
     session.Press(IDC_HELP_BUTTON);
     const HWND box = session.WaitForBox("Message");
     ASSERT_TRUE(box);
-    EXPECT_EQ(TextOf(box, IDC_MESSAGE_TEXT), kHelpFailed);
-    EXPECT_EQ(TextOf(box, IDC_MESSAGE_OK), "Ok");
+    EXPECT_EQ(TextOf(GetDlgItem(box, IDC_MESSAGE_TEXT)), kHelpFailed);
+    EXPECT_EQ(TextOf(GetDlgItem(box, IDC_MESSAGE_OK)), "Ok");
     for (const int id : {9, 3, 101, 0}) {
         SendMessageA(box, WM_COMMAND, static_cast<WPARAM>(id), 0);
         EXPECT_TRUE(IsWindow(box)) << id;
@@ -133,33 +128,11 @@ TEST(MessageBoxes, take_no_command_but_their_buttons) {
     session.HoldMessages(false);
 }
 
-// Draws a push button of the window in a state and answers its pixels.
-std::vector<uint32_t> DrawButton(PluginSession& session, int id, UINT state) {
-    constexpr int kWidth = 90, kHeight = 26;
-    BITMAPINFO info = {};
-    info.bmiHeader = {sizeof info.bmiHeader, kWidth, -kHeight, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
-    const HDC dc = CreateCompatibleDC(nullptr);
-    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    SelectObject(dc, bitmap);
-    DRAWITEMSTRUCT item = {};
-    item.CtlType = ODT_BUTTON;
-    item.CtlID = static_cast<UINT>(id);
-    item.itemAction = ODA_DRAWENTIRE;
-    item.itemState = state;
-    item.hwndItem = session.Control(id);
-    item.hDC = dc;
-    item.rcItem = {0, 0, kWidth, kHeight};
-    SendMessageA(session.Window(), WM_DRAWITEM, item.CtlID, reinterpret_cast<LPARAM>(&item));
-    GdiFlush();
-    std::vector<uint32_t> pixels(static_cast<const uint32_t*>(bits),
-                                 static_cast<const uint32_t*>(bits) + kWidth * kHeight);
-    DeleteDC(dc);
-    DeleteObject(bitmap);
-    return pixels;
+std::vector<COLORREF> DrawButton(PluginSession& session, int id, UINT state) {
+    return session.DrawControl(id, 90, 26, state);
 }
 
-TEST(PushButtons, are_the_systems_own_with_style_0_only) {
+TEST(PushButtons, Are_the_systems_own_with_style_0_only) {
     for (const uint32_t style : {0u, 1u, 2u, 3u, 4u}) {
         FakeHost host;
         host.context.buttonStyle = style;
@@ -172,13 +145,13 @@ TEST(PushButtons, are_the_systems_own_with_style_0_only) {
     }
 }
 
-TEST(PushButtons, show_in_each_look_their_text_and_every_state) {
-    std::vector<std::vector<uint32_t>> looks;
+TEST(PushButtons, Show_in_each_look_their_text_and_every_state) {
+    std::vector<std::vector<COLORREF>> looks;
     for (const uint32_t style : {1u, 2u, 3u, 4u, 77u}) {
         FakeHost host;
         host.context.buttonStyle = style;
         PluginSession session(host);
-        std::set<std::vector<uint32_t>> states;
+        std::set<std::vector<COLORREF>> states;
         for (const UINT state : {0u, static_cast<UINT>(ODS_SELECTED), static_cast<UINT>(ODS_FOCUS),
                                  static_cast<UINT>(ODS_DISABLED)})
             states.insert(DrawButton(session, IDC_CANCEL, state));

@@ -56,7 +56,7 @@ void PressKey(PluginSession& session, int control, WPARAM key) {
     session.Settle();
 }
 
-TEST(Keys, enter_presses_select_while_it_has_the_focus_and_build_once_there_is_a_source) {
+TEST(Keys, Enter_presses_select_while_it_has_the_focus_and_build_once_there_is_a_source) {
     for (const uint32_t style : {0u, 1u, 3u}) {
         FakeHost host;
         host.context.buttonStyle = style;
@@ -76,7 +76,7 @@ TEST(Keys, enter_presses_select_while_it_has_the_focus_and_build_once_there_is_a
     }
 }
 
-TEST(Keys, a_source_that_is_accepted_leaves_the_focus_where_it_is) {
+TEST(Keys, A_source_that_is_accepted_leaves_the_focus_where_it_is) {
     FakeHost host;
     host.Serve(OneFrame());
     PluginSession session(host);
@@ -87,7 +87,7 @@ TEST(Keys, a_source_that_is_accepted_leaves_the_focus_where_it_is) {
     WaitForDefaultButton(session, IDC_BUILD);
 }
 
-TEST(Keys, a_restored_source_gives_build_the_focus_and_enter) {
+TEST(Keys, A_restored_source_gives_build_the_focus_and_enter) {
     for (const uint32_t style : {0u, 2u}) {
         FakeHost host;
         host.context.buttonStyle = style;
@@ -101,7 +101,7 @@ TEST(Keys, a_restored_source_gives_build_the_focus_and_enter) {
     }
 }
 
-TEST(Keys, enter_in_a_check_box_presses_select_until_there_is_a_source) {
+TEST(Keys, Enter_in_a_check_box_presses_select_until_there_is_a_source) {
     FakeHost host;
     host.Serve(OneFrame());
     PluginSession session(host);
@@ -118,7 +118,7 @@ TEST(Keys, enter_in_a_check_box_presses_select_until_there_is_a_source) {
     EXPECT_FALSE(session.IsOpen());
 }
 
-TEST(Keys, a_control_that_is_disabled_hands_on_focus_and_enter_together) {
+TEST(Keys, A_control_that_is_disabled_hands_on_focus_and_enter_together) {
     FakeHost host;
     host.Serve(OneFrame());
     PluginSession session(host);
@@ -145,16 +145,24 @@ struct ListInput {
 };
 
 constexpr ListInput kListInputs[] = {
-    {"down", WM_KEYDOWN, VK_DOWN, 10, 11},
-    {"up", WM_KEYDOWN, VK_UP, 10, 9},
-    {"home", WM_KEYDOWN, VK_HOME, 10, 0},
-    {"end", WM_KEYDOWN, VK_END, 10, 19},
-    {"a letter", WM_CHAR, 'z', 10, 19},
-    {"wheel down", WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(-WHEEL_DELTA)), 10, 11},
-    {"wheel up", WM_MOUSEWHEEL, MAKEWPARAM(0, WHEEL_DELTA), 10, 9},
+    {.name = "down", .message = WM_KEYDOWN, .word = VK_DOWN, .before = 10, .after = 11},
+    {.name = "up", .message = WM_KEYDOWN, .word = VK_UP, .before = 10, .after = 9},
+    {.name = "home", .message = WM_KEYDOWN, .word = VK_HOME, .before = 10, .after = 0},
+    {.name = "end", .message = WM_KEYDOWN, .word = VK_END, .before = 10, .after = 19},
+    {.name = "a letter", .message = WM_CHAR, .word = 'z', .before = 10, .after = 19},
+    {.name = "wheel down",
+     .message = WM_MOUSEWHEEL,
+     .word = MAKEWPARAM(0, static_cast<WORD>(-WHEEL_DELTA)),
+     .before = 10,
+     .after = 11},
+    {.name = "wheel up",
+     .message = WM_MOUSEWHEEL,
+     .word = MAKEWPARAM(0, WHEEL_DELTA),
+     .before = 10,
+     .after = 9},
 };
 
-TEST(ClosedLists, another_row_of_the_effect_list_is_another_effect) {
+TEST(ClosedLists, Another_row_of_the_effect_list_is_another_effect) {
     constexpr int kPanelControls[] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, IDC_NORMALIZE_DISTRIBUTED};
     for (const ListInput& input : kListInputs) {
         FakeHost host;
@@ -176,7 +184,7 @@ TEST(ClosedLists, another_row_of_the_effect_list_is_another_effect) {
     }
 }
 
-TEST(ClosedLists, another_row_of_the_palette_list_is_another_palette) {
+TEST(ClosedLists, Another_row_of_the_palette_list_is_another_palette) {
     FakeHost host;
     PluginSession session(host);
     session.Click(IDC_CUSTOM_PALETTE);
@@ -187,7 +195,7 @@ TEST(ClosedLists, another_row_of_the_palette_list_is_another_palette) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainPalette = 7\r\n"));
 }
 
-TEST(ClosedLists, another_row_of_a_panel_list_is_stored_and_previewed) {
+TEST(ClosedLists, Another_row_of_a_panel_list_is_stored_and_previewed) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("MainEffect = 5\n"));
     MoveFocus(session, IDC_HSB_CHANNELS);
@@ -200,7 +208,7 @@ TEST(ClosedLists, another_row_of_a_panel_list_is_stored_and_previewed) {
 }
 
 // A setting may name a row that the list does not have now; keys that change no row must not lose it.
-TEST(ClosedLists, a_key_that_changes_no_row_changes_no_setting) {
+TEST(ClosedLists, A_key_that_changes_no_row_changes_no_setting) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("MainPalette = 9\n"));
     session.Click(IDC_CUSTOM_PALETTE);
@@ -214,7 +222,7 @@ bool IsDropped(const PluginSession& session, int list) {
     return SendMessageA(session.Control(list), CB_GETDROPPEDSTATE, 0, 0) != 0;
 }
 
-TEST(OpenLists, moving_shows_no_other_panel_and_repaints_nothing_until_the_list_closes) {
+TEST(OpenLists, Moving_shows_no_other_panel_and_repaints_nothing_until_the_list_closes) {
     for (const WPARAM closingKey : {VK_RETURN, VK_ESCAPE, VK_F4}) {
         FakeHost host;
         host.Serve(OneFrame());
@@ -242,7 +250,7 @@ TEST(OpenLists, moving_shows_no_other_panel_and_repaints_nothing_until_the_list_
     }
 }
 
-TEST(OpenLists, preview_and_build_take_the_row_that_the_effect_list_shows) {
+TEST(OpenLists, Preview_and_build_take_the_row_that_the_effect_list_shows) {
     FakeHost host;
     host.Serve(OneFrame());
     PluginSession session(host, WithConfiguration("MainEffect = 10\n"));
@@ -265,7 +273,7 @@ TEST(OpenLists, preview_and_build_take_the_row_that_the_effect_list_shows) {
     EXPECT_EQ(frames[0], frames[1]);
 }
 
-TEST(OpenLists, preview_and_build_take_the_row_that_a_panels_list_shows) {
+TEST(OpenLists, Preview_and_build_take_the_row_that_a_panels_list_shows) {
     FakeHost host;
     host.Serve(OneFrame());
     PluginSession session(host, WithConfiguration("MainEffect = 5\nStyle010ChannelsEnable = 1\n"));

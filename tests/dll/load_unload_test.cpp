@@ -50,7 +50,7 @@ void LoadAskAndUnload(const std::string& path) {
     EXPECT_FALSE(GetModuleHandleA("kfxplug1.dll")) << "it has really gone";
 }
 
-TEST(LoadUnload, two_hundred_cycles_leave_the_heaps_as_they_were) {
+TEST(LoadUnload, Two_hundred_cycles_leave_the_heaps_as_they_were) {
     const std::string path = PluginPath();
     for (int i = 0; i < kWarmUpCycles; ++i) LoadAskAndUnload(path);
     const HeapContents before = CountHeaps();

@@ -63,7 +63,7 @@ struct Setting {
     const char* configuration;
     bool customPalette;
     bool andAllAfter;
-    size_t step;  // from one refused lock to the next: a message box each time takes its while
+    size_t step;  // from one refused lock to the next: because each message box takes time
 };
 
 class LockRefusals : public testing::TestWithParam<Setting> {};
@@ -125,7 +125,7 @@ size_t RefuseSome(const Setting& setting, size_t number) {
     return number;
 }
 
-TEST_P(LockRefusals, a_build_fails_with_a_message_or_gives_whole_frames) {
+TEST_P(LockRefusals, A_build_fails_with_a_message_or_gives_whole_frames) {
     size_t number = 1;
     while (const size_t next = RefuseSome(GetParam(), number)) {
         number = next;

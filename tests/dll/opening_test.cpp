@@ -21,7 +21,7 @@ using testing::Not;
 
 class Opening : public WindowTest {};
 
-TEST_F(Opening, shows_title_effects_and_palettes_in_the_middle_of_the_screen) {
+TEST_F(Opening, Shows_title_effects_and_palettes_in_the_middle_of_the_screen) {
     ASSERT_TRUE(session.IsOpen());
     char title[100] = "";
     GetWindowTextA(session.Window(), title, sizeof title);
@@ -44,7 +44,7 @@ TEST_F(Opening, shows_title_effects_and_palettes_in_the_middle_of_the_screen) {
     EXPECT_THAT(host.Transcript(), ElementsAre("REQ code=21 target=0 value=0 size answer=1"));
 }
 
-TEST_F(Opening, controls_carry_their_texts) {
+TEST_F(Opening, Controls_carry_their_texts) {
     const std::pair<int, const char*> texts[] = {{IDC_BUILD, "Build"},
                                                  {IDC_CANCEL, "Cancel"},
                                                  {IDC_HELP_BUTTON, "Help"},
@@ -67,12 +67,12 @@ TEST_F(Opening, controls_carry_their_texts) {
     EXPECT_FALSE(session.IsEnabled(IDC_SOURCE_SIZE));
 }
 
-TEST_F(Opening, without_a_source_nothing_can_be_built) {
+TEST_F(Opening, Without_a_source_nothing_can_be_built) {
     EXPECT_FALSE(session.IsEnabled(IDC_BUILD));
     EXPECT_FALSE(session.IsEnabled(IDC_TEST));
 }
 
-TEST(OpeningInOwnWindow, check_boxes_lists_and_colour_come_from_the_settings) {
+TEST(OpeningInOwnWindow, Check_boxes_lists_and_colour_come_from_the_settings) {
     FakeHost host;
     PluginSession session(host,
                           WithConfiguration("MainDither = 1\nMainSupercompress = 1\nTruecolour = 0\n"
@@ -89,12 +89,12 @@ TEST(OpeningInOwnWindow, check_boxes_lists_and_colour_come_from_the_settings) {
     EXPECT_EQ(session.SelectionOf(IDC_PALETTE), 2);
 }
 
-TEST_F(Opening, a_custom_palette_is_off_at_first_and_its_list_disabled) {
+TEST_F(Opening, A_custom_palette_is_off_at_first_and_its_list_disabled) {
     EXPECT_FALSE(session.IsChecked(IDC_CUSTOM_PALETTE));
     EXPECT_FALSE(session.IsEnabled(IDC_PALETTE));
 }
 
-TEST(OpeningInOwnWindow, what_the_host_does_not_take_cannot_be_chosen) {
+TEST(OpeningInOwnWindow, What_the_host_does_not_take_cannot_be_chosen) {
     FakeHost host;
     host.context.capabilities = 0;
     PluginSession session(host, WithConfiguration("Truecolour = 1\nMainSupercompress = 1\n"));
@@ -107,7 +107,7 @@ TEST(OpeningInOwnWindow, what_the_host_does_not_take_cannot_be_chosen) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainSupercompress = 1"));
 }
 
-TEST(OpeningInOwnWindow, each_capability_stands_alone) {
+TEST(OpeningInOwnWindow, Each_capability_stands_alone) {
     FakeHost host;
     host.context.capabilities = kHostTakesSupercompressed;
     {
@@ -121,7 +121,7 @@ TEST(OpeningInOwnWindow, each_capability_stands_alone) {
     EXPECT_FALSE(session.IsEnabled(IDC_SUPERCOMPRESS));
 }
 
-TEST(OpeningInOwnWindow, with_shift_held_the_file_is_not_read_and_the_document_starts_anew) {
+TEST(OpeningInOwnWindow, With_shift_held_the_file_is_not_read_and_the_document_starts_anew) {
     FakeHost host;
     SessionOptions options =
         WithConfiguration("MainEffect = 3\nCurrentFileName = C:\\x.kx1\nOpenPath = C:\\y\\\n");
@@ -137,7 +137,7 @@ TEST(OpeningInOwnWindow, with_shift_held_the_file_is_not_read_and_the_document_s
     EXPECT_THAT(text, HasSubstr("MainDither = 1\r\n")) << "what was changed meanwhile is kept";
 }
 
-TEST(OpeningInOwnWindow, the_previous_source_is_reopened_only_when_its_file_exists_and_it_is_wanted) {
+TEST(OpeningInOwnWindow, The_previous_source_is_reopened_only_when_its_file_exists_and_it_is_wanted) {
     for (const bool wanted : {true, false}) {
         for (const bool exists : {true, false}) {
             FakeHost host;
@@ -157,7 +157,7 @@ TEST(OpeningInOwnWindow, the_previous_source_is_reopened_only_when_its_file_exis
     }
 }
 
-TEST(OpeningInOwnWindow, an_effect_whose_panel_cannot_be_made_closes_the_window) {
+TEST(OpeningInOwnWindow, An_effect_whose_panel_cannot_be_made_closes_the_window) {
     for (const int panel : {1, 20}) {
         FakeHost host;
         SessionOptions options;
@@ -169,7 +169,7 @@ TEST(OpeningInOwnWindow, an_effect_whose_panel_cannot_be_made_closes_the_window)
     }
 }
 
-TEST(OpeningInOwnWindow, works_with_a_host_that_refuses_everything) {
+TEST(OpeningInOwnWindow, Works_with_a_host_that_refuses_everything) {
     FakeHost host;
     host.Serve(OneFrame());
     host.RefuseAll();
@@ -184,7 +184,7 @@ TEST(OpeningInOwnWindow, works_with_a_host_that_refuses_everything) {
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
 }
 
-TEST(Closing, writes_every_key_and_reads_it_again) {
+TEST(Closing, Writes_every_key_and_reads_it_again) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("MainEffect = 5\nStyle009Wavelength = 4000\nFirstRun = 0\n"
                                                   "PatchLevel = 9\nImageFile = C:\\a b.bmp  \n"));
@@ -202,7 +202,7 @@ TEST(Closing, writes_every_key_and_reads_it_again) {
     EXPECT_THAT(text, HasSubstr("VersionNumber = 512\r\n"));
 }
 
-TEST(Closing, writes_nothing_and_says_nothing_when_the_makers_folder_is_missing) {
+TEST(Closing, Writes_nothing_and_says_nothing_when_the_makers_folder_is_missing) {
     FakeHost host;
     SessionOptions options;
     options.configurationFolder = false;
@@ -214,7 +214,7 @@ TEST(Closing, writes_nothing_and_says_nothing_when_the_makers_folder_is_missing)
     EXPECT_THAT(session.Messages(), IsEmpty());
 }
 
-TEST(Closing, reads_and_writes_nothing_when_the_shell_knows_no_folder) {
+TEST(Closing, Reads_and_writes_nothing_when_the_shell_knows_no_folder) {
     FakeHost host;
     SessionOptions options = WithConfiguration("MainEffect = 3\n");
     options.folderLookupFails = true;
@@ -226,7 +226,7 @@ TEST(Closing, reads_and_writes_nothing_when_the_shell_knows_no_folder) {
 }
 
 // A host may have chosen binary files for its whole process.
-TEST(Closing, reads_and_writes_text_in_a_process_that_opens_binary_files) {
+TEST(Closing, Reads_and_writes_text_in_a_process_that_opens_binary_files) {
     const BinaryFiles binary;
     FakeHost host;
     // With its line end, the line is just as long as lines are read; a byte more would be a line of its own.
@@ -243,7 +243,7 @@ HANDLE OpenAlone(const std::string& path) {
     return CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
 }
 
-TEST(Closing, a_file_that_could_not_be_opened_keeps_what_it_holds) {
+TEST(Closing, A_file_that_could_not_be_opened_keeps_what_it_holds) {
     FakeHost host;
     HANDLE held = nullptr;
     SessionOptions options = WithConfiguration(kSmallConfiguration);
@@ -263,7 +263,7 @@ BOOL WINAPI ReadNothing(HANDLE, LPVOID, DWORD, LPDWORD read, LPOVERLAPPED) {
     return FALSE;
 }
 
-TEST(Closing, a_file_whose_bytes_could_not_be_read_keeps_them) {
+TEST(Closing, A_file_whose_bytes_could_not_be_read_keeps_them) {
     FakeHost host;
     auto failingReads = std::make_unique<ImportPatch>(GetModuleHandleA("msvcrt.dll"), "ReadFile",
                                                       AddressOfFunction(ReadNothing));
@@ -274,7 +274,7 @@ TEST(Closing, a_file_whose_bytes_could_not_be_read_keeps_them) {
     EXPECT_EQ(session.ConfigurationText(), kSmallConfiguration);
 }
 
-TEST(Closing, a_folder_in_the_files_place_is_no_missing_file) {
+TEST(Closing, A_folder_in_the_files_place_is_no_missing_file) {
     FakeHost host;
     SessionOptions options;
     options.prepare = [](const std::string& path) { CreateDirectoryA(path.c_str(), nullptr); };
@@ -284,7 +284,7 @@ TEST(Closing, a_folder_in_the_files_place_is_no_missing_file) {
     EXPECT_EQ(session.ConfigurationText(), "");
 }
 
-TEST(Closing, after_shift_even_a_file_that_could_not_be_opened_is_written_anew) {
+TEST(Closing, After_shift_even_a_file_that_could_not_be_opened_is_written_anew) {
     FakeHost host;
     HANDLE held = nullptr;
     SessionOptions options = WithConfiguration(kSmallConfiguration);
@@ -296,7 +296,7 @@ TEST(Closing, after_shift_even_a_file_that_could_not_be_opened_is_written_anew) 
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("MainEffect = 14\r\n"));
 }
 
-TEST(Closing, by_the_close_box_is_like_cancel) {
+TEST(Closing, By_the_close_box_is_like_cancel) {
     FakeHost host;
     PluginSession session(host);
     PostMessageA(session.Window(), WM_CLOSE, 0, 0);
@@ -304,7 +304,7 @@ TEST(Closing, by_the_close_box_is_like_cancel) {
     EXPECT_THAT(session.ConfigurationText(), Not(IsEmpty()));
 }
 
-TEST(Closing, leaves_no_memory_and_no_graphics_objects_behind) {
+TEST(Closing, Leaves_no_memory_and_no_graphics_objects_behind) {
     DWORD graphics[3];
     for (DWORD& count : graphics) {
         FakeHost host;

@@ -10,25 +10,15 @@
 
 #include "effects/effect_table.h"
 #include "tests/dll/support/plugin_session.h"
+#include "tests/dll/support/window_reading.h"
 
 namespace kfx {
 namespace {
 
+using test::ClassOf;
+using test::TextOf;
+
 INT_PTR CALLBACK DoNothing(HWND, UINT, WPARAM, LPARAM) { return FALSE; }
-
-std::string TextOf(HWND window) {
-    char text[300] = "";
-    GetWindowTextA(window, text, sizeof text);
-    return text;
-}
-
-std::string ClassOf(HWND window) {
-    char name[64] = "";
-    GetClassNameA(window, name, sizeof name);
-    std::transform(name, name + sizeof name, name,
-                   [](unsigned char c) { return static_cast<char>(toupper(c)); });
-    return name;
-}
 
 // A panel on its own, hidden.
 struct Panel {
@@ -97,16 +87,16 @@ TEST_P(Panels, Have_a_slider_in_each_row_with_its_range_label_and_caption) {
     for (const EffectControl* row : sliders) {
         const HWND slider = panel.Control(row->id), label = panel.Control(row->id + 1u),
                    caption = panel.Control(row->id + 2u);
-        EXPECT_EQ(ClassOf(slider), "SCROLLBAR");
+        EXPECT_EQ(ClassOf(slider), "scrollbar");
         EXPECT_EQ(TextOf(slider), row->text);
         EXPECT_EQ(GetWindowLongA(slider, GWL_STYLE) & SBS_VERT, 0);
         EXPECT_EQ(panel.PlaceOf(slider), panel.Pixels(80, y, 168, 9));
-        EXPECT_EQ(ClassOf(label), "STATIC");
+        EXPECT_EQ(ClassOf(label), "static");
         EXPECT_EQ(TextOf(label), "");
         // The dialog manager turns a template's border into a sunken edge.
         EXPECT_NE(GetWindowLongA(label, GWL_EXSTYLE) & WS_EX_CLIENTEDGE, 0);
         EXPECT_EQ(panel.PlaceOf(label), panel.Pixels(252, y, 32, 10));
-        EXPECT_EQ(ClassOf(caption), "STATIC");
+        EXPECT_EQ(ClassOf(caption), "static");
         EXPECT_EQ(TextOf(caption).back(), ':');
         EXPECT_EQ(GetWindowLongA(caption, GWL_STYLE) & SS_TYPEMASK, SS_RIGHT);
         EXPECT_EQ(panel.PlaceOf(caption), panel.Pixels(16, y, 60, 9));

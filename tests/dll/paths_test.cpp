@@ -23,7 +23,7 @@ SessionOptions InJapanese(const std::string& text) {
     return options;
 }
 
-TEST(Paths, the_folder_of_a_document_ends_before_its_whole_name) {
+TEST(Paths, The_folder_of_a_document_ends_before_its_whole_name) {
     FakeHost host;
     PluginSession session(host, InJapanese("CurrentFileName = C:\\" TABLE "\\some " TABLE "x.kx1\n"));
     session.Command(IDM_DOCUMENT_OPEN);
@@ -32,7 +32,7 @@ TEST(Paths, the_folder_of_a_document_ends_before_its_whole_name) {
     for (const AskedPath& asked : session.AskedPaths()) EXPECT_EQ(asked.folder, "C:\\" TABLE "\\");
 }
 
-TEST(Paths, a_name_that_only_ends_like_untitled_is_a_name) {
+TEST(Paths, A_name_that_only_ends_like_untitled_is_a_name) {
     FakeHost host;
     PluginSession session(host, InJapanese("CurrentFileName = C:\\none\\" TABLE "untitled.kx1\n"));
     session.Command(IDM_DOCUMENT_SAVE);
@@ -41,7 +41,7 @@ TEST(Paths, a_name_that_only_ends_like_untitled_is_a_name) {
         << "where there is no such folder";
 }
 
-TEST(Paths, a_folder_whose_last_character_ends_in_that_byte_gets_its_backslash) {
+TEST(Paths, A_folder_whose_last_character_ends_in_that_byte_gets_its_backslash) {
     FakeHost host;
     SessionOptions options = InJapanese("MainEffect = 3\n");
     options.shiftHeld = true;

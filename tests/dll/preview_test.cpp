@@ -3,10 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "framework/scaler.h"
 #include "resources/resource_ids.h"
 #include "tests/dll/support/memory_ledger.h"
-#include "tests/dll/support/plugin_session.h"
+#include "tests/dll/support/window_reading.h"
+#include "tests/dll/support/window_test.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 
@@ -34,7 +37,7 @@ struct Drawing {
     }
 };
 
-Drawing Draw(PluginSession& session, int width, int height) {
+Drawing DrawPreview(PluginSession& session, int width, int height) {
     return {session.DrawPreview(width, height), width};
 }
 
@@ -49,36 +52,26 @@ void ExpectPictureAt(const Drawing& drawing, ImageHandle picture, int left, int 
 
 // The prompt as the system draws it.
 std::vector<COLORREF> DrawPrompt(int width, int height) {
-    BITMAPINFO info = {};
-    info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
-    const HDC dc = CreateCompatibleDC(nullptr);
-    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    SelectObject(dc, bitmap);
-    RECT area = {0, 0, width, height};
-    FillRect(dc, &area, GetSysColorBrush(COLOR_BTNFACE));
-    FrameRect(dc, &area, GetSysColorBrush(COLOR_3DDKSHADOW));
-    const HFONT font =
-        CreateFontA(24, 0, 0, 0, 700, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
-                    CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | FF_ROMAN, "Times New Roman");
-    SelectObject(dc, font);
-    SetTextColor(dc, GetSysColor(COLOR_3DDKSHADOW));
-    SetBkMode(dc, TRANSPARENT);
-    InflateRect(&area, -8, -24);
-    DrawTextA(dc, kPrompt, -1, &area, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
-    GdiFlush();
-    std::vector<COLORREF> pixels(static_cast<const COLORREF*>(bits),
-                                 static_cast<const COLORREF*>(bits) + width * height);
-    for (COLORREF& pixel : pixels) pixel = RGB(pixel >> 16 & 255, pixel >> 8 & 255, pixel & 255);
-    DeleteDC(dc);
-    DeleteObject(bitmap);
-    DeleteObject(font);
-    return pixels;
+    return Draw(width, height, [=](HDC dc) {
+        RECT area = {0, 0, width, height};
+        FillRect(dc, &area, GetSysColorBrush(COLOR_BTNFACE));
+        FrameRect(dc, &area, GetSysColorBrush(COLOR_3DDKSHADOW));
+        const HFONT font =
+            CreateFontA(24, 0, 0, 0, 700, FALSE, FALSE, FALSE, DEFAULT_CHARSET, OUT_DEFAULT_PRECIS,
+                        CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, DEFAULT_PITCH | FF_ROMAN, "Times New Roman");
+        const HGDIOBJ before = SelectObject(dc, font);
+        SetTextColor(dc, GetSysColor(COLOR_3DDKSHADOW));
+        SetBkMode(dc, TRANSPARENT);
+        InflateRect(&area, -8, -24);
+        DrawTextA(dc, kPrompt, -1, &area, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
+        SelectObject(dc, before);
+        DeleteObject(font);
+    });
 }
 
 // All but the outermost pixels and their neighbours, where clipping may leave the area's frame.
 void ExpectPrompt(PluginSession& session) {
-    const Drawing drawing = Draw(session, 300, 220);
+    const Drawing drawing = DrawPreview(session, 300, 220);
     const Drawing expected = {DrawPrompt(300, 220), 300};
     int differing = 0;
     for (int y = kInset; y < 220 - kInset; ++y)
@@ -90,13 +83,13 @@ void ExpectPrompt(PluginSession& session) {
     EXPECT_GT(dark, 500);
 }
 
-TEST(Preview, prompts_for_a_source_while_there_is_none) {
+TEST(Preview, Prompts_for_a_source_while_there_is_none) {
     FakeHost host;
     PluginSession session(host);
     ExpectPrompt(session);
 }
 
-TEST(Preview, prompts_also_when_the_source_has_no_picture) {
+TEST(Preview, Prompts_also_when_the_source_has_no_picture) {
     FakeHost host;
     host.Serve(MakeAnimationBlock({}));
     PluginSession session(host);
@@ -104,25 +97,40 @@ TEST(Preview, prompts_also_when_the_source_has_no_picture) {
     ExpectPrompt(session);
 }
 
-TEST(Preview, a_picture_of_exactly_the_inner_size_is_drawn_as_it_is_at_the_inner_corner) {
-    FakeHost host;
+// One window shows all pictures in turn: each takes the place of the one before.
+class PreviewOfPicture : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        host = std::make_unique<FakeHost>();
+        session = std::make_unique<PluginSession>(*host, WithConfiguration(kUnchanged));
+    }
+    static void TearDownTestSuite() {
+        session.reset();
+        host.reset();
+    }
+
+    // The preview area of 128 x 88 pixels, once the picture has been selected.
+    static Drawing DrawWith(const Picture& picture) {
+        host->Serve(SourceOf(picture));
+        session->Click(IDC_SELECT);
+        return DrawPreview(*session, 128, 88);
+    }
+
+    static inline std::unique_ptr<FakeHost> host;
+    static inline std::unique_ptr<PluginSession> session;
+};
+
+TEST_F(PreviewOfPicture, A_picture_of_exactly_the_inner_size_is_drawn_as_it_is_at_the_inner_corner) {
     const Picture picture = RandomPicture(120, 80, 3);
-    host.Serve(SourceOf(picture));
-    PluginSession session(host, WithConfiguration(kUnchanged));
-    session.Click(IDC_SELECT);
-    const Drawing drawing = Draw(session, 128, 88);
+    const Drawing drawing = DrawWith(picture);
     ExpectPictureAt(drawing, picture.handle, kInset, kInset);
     EXPECT_EQ(drawing.At(0, 0), GetSysColor(COLOR_BTNSHADOW));
     EXPECT_EQ(drawing.At(127, 87), GetSysColor(COLOR_BTNSHADOW));
 }
 
-TEST(Preview, a_smaller_picture_is_centred_and_never_enlarged) {
-    FakeHost host;
+TEST_F(PreviewOfPicture, A_smaller_picture_is_centred_and_never_enlarged) {
     const Picture picture = RandomPicture(21, 11, 3);
-    host.Serve(SourceOf(picture));
-    PluginSession session(host, WithConfiguration(kUnchanged));
-    session.Click(IDC_SELECT);
-    const Drawing drawing = Draw(session, 128, 88);
+    const Drawing drawing = DrawWith(picture);
     const int left = kInset + (120 - 21) / 2, top = kInset + (80 - 11) / 2;
     ExpectPictureAt(drawing, picture.handle, left, top);
     for (const auto& [x, y] :
@@ -130,35 +138,27 @@ TEST(Preview, a_smaller_picture_is_centred_and_never_enlarged) {
         EXPECT_EQ(drawing.At(x, y), GetSysColor(COLOR_BTNFACE)) << x << ", " << y;
 }
 
-TEST(Preview, a_picture_too_wide_is_scaled_by_the_percentage_that_fits) {
-    FakeHost host;
+TEST_F(PreviewOfPicture, A_picture_too_wide_is_scaled_by_the_percentage_that_fits) {
     const Picture picture = RandomPicture(300, 50, 3);
-    host.Serve(SourceOf(picture));
-    PluginSession session(host, WithConfiguration(kUnchanged));
-    session.Click(IDC_SELECT);
-    const Drawing drawing = Draw(session, 128, 88);
+    const Drawing drawing = DrawWith(picture);
     const Picture scaled(ScaleByPercentage(picture.handle, 40, 40));  // 120 x 100 / 300
     ExpectPictureAt(drawing, scaled.handle, kInset, kInset + (80 - 20) / 2);
 }
 
-TEST(Preview, a_picture_too_large_both_ways_takes_the_smaller_percentage) {
-    FakeHost host;
+TEST_F(PreviewOfPicture, A_picture_too_large_both_ways_takes_the_smaller_percentage) {
     const Picture picture = RandomPicture(240, 400, 3);
-    host.Serve(SourceOf(picture));
-    PluginSession session(host, WithConfiguration(kUnchanged));
-    session.Click(IDC_SELECT);
-    const Drawing drawing = Draw(session, 128, 88);
+    const Drawing drawing = DrawWith(picture);
     const Picture scaled(ScaleByPercentage(picture.handle, 20, 20));  // 50 across, 20 down
     ExpectPictureAt(drawing, scaled.handle, kInset + (120 - 48) / 2, kInset);
 }
 
-TEST(Preview, the_key_line_frames_the_picture_in_light_grey) {
+TEST(Preview, The_key_line_frames_the_picture_in_light_grey) {
     FakeHost host;
     const Picture picture = FlatPicture(20, 10, 0x0000FF);
     host.Serve(SourceOf(picture));
     PluginSession session(host, WithConfiguration(std::string(kUnchanged) + "SampleWindowKeyLine = 1\n"));
     session.Click(IDC_SELECT);
-    const Drawing drawing = Draw(session, 128, 88);
+    const Drawing drawing = DrawPreview(session, 128, 88);
     const int left = kInset + 50, top = kInset + 35;
     constexpr COLORREF kLightGrey = RGB(192, 192, 192);
     for (int x = left - 1; x <= left + 20; ++x) {
@@ -170,26 +170,26 @@ TEST(Preview, the_key_line_frames_the_picture_in_light_grey) {
     EXPECT_EQ(drawing.At(left, top), 0x0000FFu);
 }
 
-TEST(Preview, shows_the_current_effect_with_its_current_settings) {
+TEST(Preview, Shows_the_current_effect_with_its_current_settings) {
     FakeHost host;
     const Picture picture = FlatPicture(120, 80, 0x102030);
     host.Serve(SourceOf(picture));
     PluginSession session(host, WithConfiguration(kUnchanged));
     session.Click(IDC_SELECT);
     session.Click(IDC_HSB_INVERT);
-    ExpectPictureAt(Draw(session, 128, 88), FlatPicture(120, 80, 0xEFDFCF).handle, kInset, kInset);
+    ExpectPictureAt(DrawPreview(session, 128, 88), FlatPicture(120, 80, 0xEFDFCF).handle, kInset, kInset);
 }
 
-// Rendering and scaling under want of memory: something is drawn, nothing is lost.
-TEST(Preview, any_refused_allocation_leaves_no_leak) {
+// Rendering and scaling when memory is refused: something is drawn, nothing leaks.
+TEST(Preview, Any_refused_allocation_leaves_no_leak) {
     FakeHost host;
     host.Serve(SourceOf(RandomPicture(200, 100, 3, 8)));
     PluginSession session(host, WithConfiguration("MainEffect = 1\n"));
     session.Click(IDC_SELECT);
-    Draw(session, 128, 88);
+    DrawPreview(session, 128, 88);
     for (size_t number = 1; number < 100; ++number) {
         RefuseGlobalAllocation(number);
-        Draw(session, 128, 88);
+        DrawPreview(session, 128, 88);
         const bool refused = CountLedger().allocations >= number;
         RefuseGlobalAllocation(0);
         ASSERT_EQ(CountLedger().liveBlocks, 1u) << number;

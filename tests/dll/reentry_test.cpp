@@ -64,12 +64,6 @@ public:
     }
 };
 
-std::vector<uint8_t> ThreeFrames() {
-    std::vector<BlockFrame> frames;
-    for (uint32_t i = 0; i < 3; ++i) frames.push_back({BytesOf(ShadedPicture(24, 20, i).handle), {}});
-    return MakeAnimationBlock(frames);
-}
-
 // The dialog of the calling thread, even before it is shown.
 HWND OwnDialog() {
     HWND found = nullptr;
@@ -96,10 +90,10 @@ void ExpectNothingLeft() {
     EXPECT_EQ(CountLedger().strangeFrees, 0u);
 }
 
-TEST(ClosedInARequest, a_source_that_comes_too_late_is_freed) {
+TEST(ClosedInARequest, A_source_that_comes_too_late_is_freed) {
     for (void (*const close)() : kClosings) {
         ActingHost host;
-        host.Serve(ThreeFrames());
+        host.Serve(ShadedFrames(3));
         PluginSession session(host);
         host.Act(HostRequest::OpenAnimation, close);
         session.Press(IDC_SELECT);
@@ -109,9 +103,9 @@ TEST(ClosedInARequest, a_source_that_comes_too_late_is_freed) {
     }
 }
 
-TEST(ClosedInARequest, a_source_that_comes_too_late_leaves_the_one_before_freed_once) {
+TEST(ClosedInARequest, A_source_that_comes_too_late_leaves_the_one_before_freed_once) {
     ActingHost host;
-    host.Serve(ThreeFrames());
+    host.Serve(ShadedFrames(3));
     PluginSession session(host);
     session.Click(IDC_SELECT);
     host.Act(HostRequest::OpenAnimation, DestroyOwnDialog);
@@ -120,9 +114,9 @@ TEST(ClosedInARequest, a_source_that_comes_too_late_leaves_the_one_before_freed_
     ExpectNothingLeft();
 }
 
-TEST(ClosedInARequest, a_restored_source_that_comes_too_late_is_freed) {
+TEST(ClosedInARequest, A_restored_source_that_comes_too_late_is_freed) {
     ActingHost host;
-    host.Serve(ThreeFrames());
+    host.Serve(ShadedFrames(3));
     host.Act(HostRequest::OpenAnimation, DestroyOwnDialog);
     PluginSession session(host, WithConfiguration("FileNamePath = " + PluginPath() + "\n"));
     EXPECT_EQ(session.WaitUntilClosed(), 1u);
@@ -130,7 +124,7 @@ TEST(ClosedInARequest, a_restored_source_that_comes_too_late_is_freed) {
     ExpectNothingLeft();
 }
 
-TEST(ClosedInARequest, what_is_no_animation_is_freed_without_a_word) {
+TEST(ClosedInARequest, What_is_no_animation_is_freed_without_a_word) {
     ActingHost host;
     host.Serve({1, 2, 3});
     PluginSession session(host);
@@ -141,7 +135,7 @@ TEST(ClosedInARequest, what_is_no_animation_is_freed_without_a_word) {
     ExpectNothingLeft();
 }
 
-TEST(ClosedInARequest, help_that_cannot_be_shown_is_not_told) {
+TEST(ClosedInARequest, Help_that_cannot_be_shown_is_not_told) {
     ActingHost host;
     PluginSession session(host);
     host.Act(HostRequest::ShowHelp, DestroyOwnDialog);
@@ -158,7 +152,7 @@ BOOL WINAPI CountScreenRedraws(HWND window, const RECT* area, HRGN region, UINT 
     return RedrawWindow(window, area, region, flags);
 }
 
-TEST(ClosedInARequest, a_colour_that_comes_too_late_repaints_nobodys_windows) {
+TEST(ClosedInARequest, A_colour_that_comes_too_late_repaints_nobodys_windows) {
     ActingHost host;
     PluginSession session(host);
     screenRedraws = 0;
@@ -171,7 +165,7 @@ TEST(ClosedInARequest, a_colour_that_comes_too_late_repaints_nobodys_windows) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("LocalBackgroundColor = 8355711\r\n"));
 }
 
-TEST(ClosedInARequest, a_window_closed_while_it_opens_starts_nothing_more) {
+TEST(ClosedInARequest, A_window_closed_while_it_opens_starts_nothing_more) {
     for (void (*const close)() : kClosings) {
         ActingHost host;
         host.Act(HostRequest::GetWindowSize, close);
@@ -193,7 +187,7 @@ int CodeOf(const std::string& line) { return std::atoi(line.c_str() + sizeof "RE
 // closing of its task and nothing else.
 void ExpectAbandonedAt(const std::string& configuration, size_t number) {
     ActingHost host;
-    host.Serve(ThreeFrames());
+    host.Serve(ShadedFrames(3));
     PluginSession session(host, WithConfiguration(configuration));
     session.Click(IDC_SELECT);
     host.ClearTranscript();
@@ -221,7 +215,7 @@ void ExpectAbandonedAt(const std::string& configuration, size_t number) {
 
 size_t CountBuildRequests(const std::string& configuration) {
     FakeHost host;
-    host.Serve(ThreeFrames());
+    host.Serve(ShadedFrames(3));
     PluginSession session(host, WithConfiguration(configuration));
     session.Click(IDC_SELECT);
     host.ClearTranscript();
@@ -229,7 +223,7 @@ size_t CountBuildRequests(const std::string& configuration) {
     return host.Transcript().size();
 }
 
-TEST(ClosedInARequest, a_build_is_abandoned_and_its_task_closed) {
+TEST(ClosedInARequest, A_build_is_abandoned_and_its_task_closed) {
     const char* const configuration = "MainEffect = 1\nTruecolour = 0\nMainSupercompress = 1\n";
     const size_t requests = CountBuildRequests(configuration);
     for (size_t number = 1; number <= requests; ++number) {
@@ -238,7 +232,7 @@ TEST(ClosedInARequest, a_build_is_abandoned_and_its_task_closed) {
     }
 }
 
-TEST(ClosedInARequest, an_effect_in_two_passes_is_abandoned_in_either) {
+TEST(ClosedInARequest, An_effect_in_two_passes_is_abandoned_in_either) {
     const char* const configuration = "MainEffect = 10\nStyle019Distributed = 1\n";
     ASSERT_EQ(CountBuildRequests(configuration), 21u) << "three progress requests more than in one pass";
     for (const size_t number : {4u, 6u, 7u, 9u}) {
@@ -255,7 +249,7 @@ BOOL WINAPI ChooseTooLate(LPOPENFILENAMEA request) {
     return TRUE;
 }
 
-TEST(ClosedInADialog, a_document_that_is_chosen_too_late_is_neither_read_nor_written) {
+TEST(ClosedInADialog, A_document_that_is_chosen_too_late_is_neither_read_nor_written) {
     constexpr char kText[] = ";Kestrel FX #1 Plugin, Quorvane Labs\nSCROLL193=7\n";
     for (const auto& [function, command] :
          {std::pair<const char*, int>{"GetOpenFileNameA", IDM_DOCUMENT_OPEN},
@@ -282,7 +276,7 @@ BOOL WINAPI FailAfterClosing(LPOPENFILENAMEA) {
 
 DWORD WINAPI TellInvalidName() { return FNERR_INVALIDFILENAME; }
 
-TEST(ClosedInADialog, a_name_that_the_dialog_does_not_take_is_not_asked_for_again) {
+TEST(ClosedInADialog, A_name_that_the_dialog_does_not_take_is_not_asked_for_again) {
     for (const auto& [function, command] :
          {std::pair<const char*, int>{"GetOpenFileNameA", IDM_DOCUMENT_OPEN},
           {"GetSaveFileNameA", IDM_DOCUMENT_SAVE_AS}}) {
@@ -306,9 +300,9 @@ uint64_t RunAgain(const HostContext& context) {
     return doBuild(nullptr, &context);
 }
 
-TEST(RunTwiceInOwnWindow, inside_a_request_it_is_refused_and_the_window_goes_on) {
+TEST(RunTwiceInOwnWindow, Inside_a_request_it_is_refused_and_the_window_goes_on) {
     ActingHost host;
-    host.Serve(ThreeFrames());
+    host.Serve(ShadedFrames(3));
     uint64_t second = 77;
     PluginSession session(host, WithConfiguration("MainEffect = 3\n"));
     session.Click(IDC_DITHER);
@@ -336,7 +330,7 @@ TEST(RunTwiceInOwnWindow, inside_a_request_it_is_refused_and_the_window_goes_on)
     ExpectNothingLeft();
 }
 
-TEST(RunTwiceInOwnWindow, while_the_window_opens_it_is_refused) {
+TEST(RunTwiceInOwnWindow, While_the_window_opens_it_is_refused) {
     ActingHost host;
     uint64_t second = 77;
     host.Act(HostRequest::GetWindowSize, [&] { second = RunAgain(host.context); });
@@ -365,7 +359,7 @@ struct ForegroundCalls {
 class RunTwice : public WindowTest {};
 
 // A host that does something of its own inside requests, before it answers them. One at a time.
-TEST_F(RunTwice, on_another_thread_it_is_refused_and_the_window_comes_to_the_front) {
+TEST_F(RunTwice, On_another_thread_it_is_refused_and_the_window_comes_to_the_front) {
     const ForegroundCalls calls;
     HostContext tooOld = host.context;
     tooOld.version = 0;
@@ -378,7 +372,7 @@ TEST_F(RunTwice, on_another_thread_it_is_refused_and_the_window_comes_to_the_fro
     EXPECT_EQ(session.Close(), 1u);
 }
 
-TEST(RunTwiceInOwnWindow, inside_a_request_the_window_comes_to_the_front_at_once) {
+TEST(RunTwiceInOwnWindow, Inside_a_request_the_window_comes_to_the_front_at_once) {
     ActingHost host;
     PluginSession session(host);
     const ForegroundCalls calls;
@@ -391,7 +385,7 @@ TEST(RunTwiceInOwnWindow, inside_a_request_the_window_comes_to_the_front_at_once
     EXPECT_EQ(front, session.Window());
 }
 
-TEST_F(RunTwice, a_box_over_the_window_comes_to_the_front_with_it) {
+TEST_F(RunTwice, A_box_over_the_window_comes_to_the_front_with_it) {
     session.Press(IDC_ABOUT);
     const HWND about = session.WaitForBox("About");
     ASSERT_TRUE(about);
@@ -402,7 +396,7 @@ TEST_F(RunTwice, a_box_over_the_window_comes_to_the_front_with_it) {
     EXPECT_TRUE(session.WaitUntilGone(about));
 }
 
-TEST(RunTwiceInOwnWindow, after_the_window_has_closed_it_opens_again) {
+TEST(RunTwiceInOwnWindow, After_the_window_has_closed_it_opens_again) {
     ActingHost host;
     PluginSession session(host);
     session.Close();

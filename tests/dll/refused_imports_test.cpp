@@ -7,243 +7,22 @@
 #include <set>
 
 #include "resources/resource_ids.h"
+#include "tests/dll/import_refusals.h"
 #include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/memory_ledger.h"
 #include "tests/dll/support/plugin_session.h"
-#include "tests/dll/support/refused_imports.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 
 namespace kfx::test {
 namespace {
 
-constexpr uint32_t kFirstAllocations = 5;
-constexpr uint32_t kFirstDrawings = 1;
-constexpr uint32_t kFirstKept = 3;
-constexpr uint32_t kFonts = 4;
-constexpr uint64_t kMinusOne = ~uint64_t{0};
-constexpr uint64_t kFailed = 0x80004005;  // E_FAIL
-
-// Functions of one kind. A session refuses all of them at once, first their first calls, then their second
-// ones and so on: opening a window for each call would take minutes.
-struct Section {
-    const char* name;
-    std::vector<Refusal> refusals;
-};
-
-// A refusal is alone where it would keep the session from calling others of its section.
-const std::vector<Section>
-    kSections =
-        {
-            // Memory and resources.
-            {.name = "Memory",
-             .refusals =
-                 {
-                     {.function = "malloc", .firstCalls = kFirstAllocations},
-                     {.function = "calloc", .firstCalls = kFirstAllocations},
-                     {.function = "realloc", .firstCalls = kFirstAllocations},
-                     {.function = "GlobalAlloc", .firstCalls = kFirstAllocations, .alone = true},
-                     {.function = "GlobalReAlloc", .firstCalls = kFirstAllocations, .alone = true},
-                     {.function = "GlobalLock", .firstCalls = kFirstAllocations, .alone = true},
-                     {.function = "GlobalSize"},
-                     {.function = "FindResourceA", .alone = true},
-                     {.function = "LoadResource", .alone = true},
-                     {.function = "LockResource"},
-                     {.function = "SizeofResource"},
-                     {.function = "LoadStringA"},
-                     {.function = "LoadCursorA"},
-                 }},
-            // Files, folders and what the C runtime formats.
-            {.name = "Files",
-             .refusals =
-                 {
-                     {.function = "fopen", .alone = true},
-                     {.function = "fgets", .alone = true},
-                     {.function = "fclose", .answer = kMinusOne, .worksFirst = true},
-                     {.function = "ferror", .answer = 1, .alone = true},
-                     {.function = "fputc", .answer = kMinusOne},
-                     {.function = "fwrite"},
-                     {.function = "vfprintf", .answer = kMinusOne},
-                     {.function = "_ctime64"},
-                     {.function = "_time64", .answer = kMinusOne},
-                     {.function = "GetFileAttributesA", .answer = kMinusOne},
-                     {.function = "GetModuleFileNameA"},
-                     {.function = "SHGetPathFromIDListA", .alone = true},
-                     {.function = "SHGetSpecialFolderLocation", .answer = kFailed, .alone = true},
-                     {.function = "ShellExecuteA", .answer = 2},
-                     {.function = "GetOpenFileNameA"},
-                     {.function = "GetSaveFileNameA"},
-                     {.function = "MultiByteToWideChar"},
-                     {.function = "WideCharToMultiByte"},
-                     {.function = "VirtualProtect"},
-                     {.function = "VirtualQuery"},
-                 }},
-            // What is kept while the window is open, or while one thing is drawn.
-            {.name = "KeptObjects",
-             .refusals =
-                 {
-                     {.function = "CreateFontA", .firstCalls = kFonts},
-                     {.function = "CreateSolidBrush", .firstCalls = kFirstKept},
-                     {.function = "RestoreDC", .firstCalls = kFirstKept},
-                     {.function = "SaveDC", .firstCalls = kFirstKept},
-                     {.function = "SelectObject", .firstCalls = kFirstKept},
-                 }},
-            // Other drawing: nothing is kept from one call to the next.
-            {.name = "Drawing",
-             .refusals =
-                 {
-                     {.function = "CombineRgn", .firstCalls = kFirstDrawings},
-                     {.function = "CreatePen", .firstCalls = kFirstDrawings},
-                     {.function = "CreateRectRgnIndirect", .firstCalls = kFirstDrawings},
-                     {.function = "CreateRoundRectRgn", .firstCalls = kFirstDrawings},
-                     {.function = "DrawEdge", .firstCalls = kFirstDrawings},
-                     {.function = "DrawFocusRect", .firstCalls = kFirstDrawings},
-                     {.function = "DrawTextA", .firstCalls = kFirstDrawings},
-                     {.function = "ExtSelectClipRgn", .firstCalls = kFirstDrawings},
-                     {.function = "FillRect", .firstCalls = kFirstDrawings},
-                     {.function = "FillRgn", .firstCalls = kFirstDrawings},
-                     {.function = "FrameRect", .firstCalls = kFirstDrawings},
-                     {.function = "GetStockObject", .firstCalls = kFirstDrawings},
-                     {.function = "GetSysColorBrush", .firstCalls = kFirstDrawings},
-                     {.function = "IntersectClipRect", .firstCalls = kFirstDrawings},
-                     {.function = "InvalidateRect", .firstCalls = kFirstDrawings},
-                     {.function = "RedrawWindow", .firstCalls = kFirstDrawings},
-                     {.function = "RoundRect", .firstCalls = kFirstDrawings},
-                     {.function = "SetBkColor", .answer = 0xFFFFFFFF, .firstCalls = kFirstDrawings},
-                     {.function = "SetBkMode", .firstCalls = kFirstDrawings},
-                     {.function = "SetBrushOrgEx", .firstCalls = kFirstDrawings},
-                     {.function = "SetDIBitsToDevice", .firstCalls = kFirstDrawings},
-                     {.function = "SetStretchBltMode", .firstCalls = kFirstDrawings},
-                     {.function = "SetTextColor", .answer = 0xFFFFFFFF, .firstCalls = kFirstDrawings},
-                     {.function = "StretchDIBits", .firstCalls = kFirstDrawings},
-                 }},
-            // Windows, controls, messages and timers.
-            {.name = "Windows",
-             .refusals =
-                 {
-                     {.function = "AppendMenuA"},
-                     {.function = "CheckDlgButton"},
-                     {.function = "CreateDialogParamA", .alone = true},
-                     {.function = "CreatePopupMenu"},
-                     {.function = "CreateWindowExA", .firstCalls = kFirstAllocations, .alone = true},
-                     {.function = "DialogBoxParamA", .answer = kMinusOne, .alone = true},
-                     {.function = "DestroyWindow"},
-                     // a dialog that is never ended stays open: no session could end
-                     {.function = "EndDialog", .worksFirst = true},
-                     {.function = "EnumChildWindows", .alone = true},
-                     {.function = "GetClassNameA"},
-                     {.function = "GetCursorPos"},
-                     {.function = "GetDlgCtrlID"},
-                     {.function = "GetDlgItem", .alone = true},
-                     {.function = "GetDlgItemInt"},
-                     {.function = "GetDlgItemTextA"},
-                     {.function = "GetFocus"},
-                     {.function = "GetLastActivePopup"},
-                     {.function = "GetParent"},
-                     {.function = "GetPropA"},
-                     {.function = "GetScrollPos"},
-                     {.function = "GetScrollRange"},
-                     {.function = "GetWindow"},
-                     {.function = "GetWindowRect"},
-                     {.function = "GetWindowTextA"},
-                     {.function = "GetWindowThreadProcessId"},
-                     {.function = "KillTimer"},
-                     {.function = "MapWindowPoints"},
-                     {.function = "PostMessageA", .alone = true},
-                     {.function = "SendDlgItemMessageA"},
-                     {.function = "SetCursor"},
-                     {.function = "SetDlgItemInt"},
-                     {.function = "SetDlgItemTextA"},
-                     {.function = "SetFocus"},
-                     {.function = "SetForegroundWindow"},
-                     {.function = "SetPropA"},
-                     {.function = "SetScrollInfo"},
-                     {.function = "SetTimer"},
-                     {.function = "SetWindowLongPtrA"},
-                     {.function = "SetWindowPos"},
-                     {.function = "SetWindowTextA"},
-                     {.function = "TrackPopupMenu"},
-                 }},
-};
-
 std::vector<Refusal> AllRefusals() {
     std::vector<Refusal> all;
-    for (const Section& section : kSections)
+    for (const Section& section : RefusalSections())
         all.insert(all.end(), section.refusals.begin(), section.refusals.end());
     return all;
 }
-
-// What has no failure to report, reports only a mistake in its arguments, or gives something back; and what
-// the runtime calls while the library is loaded or unloaded, before and after the table can be changed.
-const std::set<std::string> kCannotFail = {
-    "CallWindowProcA",
-    "CoTaskMemFree",
-    "CommDlgExtendedError",
-    "DefWindowProcA",
-    "DeleteCriticalSection",
-    "DeleteObject",
-    "DestroyMenu",
-    "EnableWindow",
-    "EnterCriticalSection",
-    "GetCurrentThreadId",
-    "GetKeyState",
-    "GetLastError",
-    "GetSysColor",
-    "GetSystemMetrics",
-    "GetWindowLongPtrA",
-    "GlobalFree",
-    "GlobalUnlock",
-    "InflateRect",
-    "InitializeCriticalSection",
-    "IsDBCSLeadByte",
-    "IsDBCSLeadByteEx",
-    "IsDlgButtonChecked",
-    "IsWindow",
-    "IsWindowVisible",
-    "LeaveCriticalSection",
-    "OffsetRect",
-    "RemovePropA",
-    "SendMessageA",
-    "SetScrollPos",
-    "ShowWindow",
-    "Sleep",
-    "TlsGetValue",
-    "___lc_codepage_func",
-    "___mb_cur_max_func",
-    "__iob_func",
-    "_amsg_exit",
-    "_errno",
-    "_initterm",
-    "_lock",
-    "_unlock",
-    "abort",
-    "atoi",
-    "free",
-    "localeconv",
-    "lstrcmpiA",
-    "memcmp",
-    "memcpy",
-    "memmove",
-    "memset",
-    "rand",
-    "srand",
-    "strchr",
-    "strcspn",
-    "strerror",
-    "strlen",
-    "strncmp",
-    "strstr",
-    "wcslen",
-};
-
-// What can fail, but is not called by a session: the runtime's own calls, made only while the library is
-// loaded, before the table can be changed, or not at all; and what reads fields, which no panel has.
-const std::set<std::string> kNotCalled = {
-    "GetDlgItemInt",  "GetDlgItemTextA", "MultiByteToWideChar",
-    "VirtualProtect", "VirtualQuery",    "WideCharToMultiByte",
-    "calloc",         "malloc",          "realloc",
-    "vfprintf",
-};
 
 constexpr int kEmboss = 1;
 constexpr int kHsbAndChannels = 5;
@@ -362,7 +141,7 @@ std::ostream& operator<<(std::ostream& stream, const Round& round) { return stre
 
 std::vector<Round> AllRounds() {
     std::vector<Round> rounds;
-    for (const auto& [section, refusals] : kSections) {
+    for (const auto& [section, refusals] : RefusalSections()) {
         std::map<uint32_t, std::vector<std::string>> together;  // by the number of the call
         for (const Refusal& refusal : refusals)
             for (uint32_t call = 1; call <= refusal.firstCalls; ++call) {
@@ -401,7 +180,7 @@ TEST(RefusedImports, A_session_calls_what_the_lists_say) {
 }
 
 // Every control of a panel counts: sliders, their labels and captions.
-TEST(RefusedImports, a_panel_that_cannot_be_made_whole_is_reported_and_the_window_closes) {
+TEST(RefusedImports, A_panel_that_cannot_be_made_whole_is_reported_and_the_window_closes) {
     for (const char* function : {"CreateDialogParamA", "CreateWindowExA"}) {
         for (uint32_t call = 1; call <= 4; ++call) {
             SCOPED_TRACE(std::string(function) + ", call " + std::to_string(call));
@@ -412,7 +191,7 @@ TEST(RefusedImports, a_panel_that_cannot_be_made_whole_is_reported_and_the_windo
 }
 
 // The subclassed controls keep their own procedures in properties: without one they are not subclassed.
-TEST(RefusedImports, a_control_that_cannot_be_dressed_or_bound_works_as_it_is) {
+TEST(RefusedImports, A_control_that_cannot_be_dressed_or_bound_works_as_it_is) {
     const uint32_t calls = RunWithoutRefusal().calls.at("SetPropA");
     ASSERT_GT(calls, 8u);
     for (uint32_t call = 1; call <= 8; ++call) {
@@ -423,7 +202,7 @@ TEST(RefusedImports, a_control_that_cannot_be_dressed_or_bound_works_as_it_is) {
     }
 }
 
-TEST(RefusedImports, cover_everything_that_the_library_imports_and_that_can_fail) {
+TEST(RefusedImports, Cover_everything_that_the_library_imports_and_that_can_fail) {
     const HMODULE library = LoadLibraryA(PluginPath().c_str());
     ASSERT_TRUE(library);
     std::set<std::string> covered = kCannotFail;
@@ -434,7 +213,7 @@ TEST(RefusedImports, cover_everything_that_the_library_imports_and_that_can_fail
     EXPECT_EQ(covered, imported) << "each is in one of the lists, and nothing else";
 }
 
-TEST(RefusedImports, nothing_refused_means_a_session_with_pictures_and_one_message) {
+TEST(RefusedImports, Nothing_refused_means_a_session_with_pictures_and_one_message) {
     const SessionRun& run = RunWithoutRefusal();
     EXPECT_EQ(run.frames, 2u);
     EXPECT_EQ(run.messages, std::vector<std::string>{kHelpFailed});

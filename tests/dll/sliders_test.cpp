@@ -15,7 +15,7 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-TEST(SlidersInOwnWindow, move_by_one_and_by_an_eighth_of_their_maximum) {
+TEST(SlidersInOwnWindow, Move_by_one_and_by_an_eighth_of_their_maximum) {
     FakeHost host;
     PluginSession session(
         host, WithConfiguration("Style014Radius = 100\nStyle011Size = 4\nStyle011Density = 100\n"));
@@ -39,7 +39,7 @@ TEST(SlidersInOwnWindow, move_by_one_and_by_an_eighth_of_their_maximum) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style011Density = 131\r\n"));
 }
 
-TEST(SlidersInOwnWindow, a_page_beyond_the_end_lands_on_it) {
+TEST(SlidersInOwnWindow, A_page_beyond_the_end_lands_on_it) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("Style014Radius = 290\n"));
     session.Scroll(IDC_MOTION_BLUR_RADIUS, SB_PAGERIGHT);
@@ -50,9 +50,9 @@ TEST(SlidersInOwnWindow, a_page_beyond_the_end_lands_on_it) {
     EXPECT_THAT(session.Events(), IsEmpty()) << "at the end nothing moves and nothing follows";
 }
 
-// The lower bound is 0 and not the range's minimum: 0 is asked for, the scroll bar keeps 1, and because the
-// wish differed from the position the command follows all the same.
-TEST(SlidersInOwnWindow, line_left_at_the_minimum_stays_there_but_is_stored_again) {
+// The lower bound is 0 and not the range's minimum: 0 is asked for, the scroll bar keeps 1, and the command
+// follows because 0 differed from the position before.
+TEST(SlidersInOwnWindow, Line_left_at_the_minimum_stays_there_but_is_stored_again) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("Style017Radius = 1\n"));
     session.Choose(IDC_EFFECT, 6);
@@ -64,7 +64,7 @@ TEST(SlidersInOwnWindow, line_left_at_the_minimum_stays_there_but_is_stored_agai
     EXPECT_THAT(session.Events(), Contains("preview"));
 }
 
-TEST(SlidersInOwnWindow, at_0_nothing_goes_lower) {
+TEST(SlidersInOwnWindow, At_0_nothing_goes_lower) {
     FakeHost host;
     PluginSession session(host, WithConfiguration("Style014Angle = 3\n"));
     session.Scroll(IDC_MOTION_BLUR_ANGLE, SB_PAGELEFT);
@@ -76,7 +76,7 @@ TEST(SlidersInOwnWindow, at_0_nothing_goes_lower) {
 
 class Sliders : public WindowTest {};
 
-TEST_F(Sliders, dragging_shows_the_position_and_changes_nothing_else) {
+TEST_F(Sliders, Dragging_shows_the_position_and_changes_nothing_else) {
     session.Choose(IDC_EFFECT, 17);
     session.ClearEvents();
     session.Scroll(IDC_SWIRL_ANGLE, SB_THUMBTRACK, 0);
@@ -89,7 +89,7 @@ TEST_F(Sliders, dragging_shows_the_position_and_changes_nothing_else) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style015Angle = 1485\r\n"));
 }
 
-TEST_F(Sliders, letting_go_moves_stores_and_repaints) {
+TEST_F(Sliders, Letting_go_moves_stores_and_repaints) {
     session.Choose(IDC_EFFECT, 17);
     session.ClearEvents();
     session.Scroll(IDC_SWIRL_ANGLE, SB_THUMBPOSITION, 2000);
@@ -102,7 +102,7 @@ TEST_F(Sliders, letting_go_moves_stores_and_repaints) {
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("Style015Angle = 2880\r\n"));
 }
 
-TEST_F(Sliders, other_scroll_codes_leave_the_position) {
+TEST_F(Sliders, Other_scroll_codes_leave_the_position) {
     session.ClearEvents();
     for (const int code : {SB_LEFT, SB_RIGHT, SB_ENDSCROLL, 99}) {
         session.Scroll(IDC_SWIRL_ANGLE, code, 7);
@@ -111,14 +111,14 @@ TEST_F(Sliders, other_scroll_codes_leave_the_position) {
     EXPECT_THAT(session.Events(), IsEmpty());
 }
 
-TEST_F(Sliders, vertical_scroll_messages_count_alike) {
+TEST_F(Sliders, Vertical_scroll_messages_count_alike) {
     SendMessageA(session.Window(), WM_VSCROLL, SB_LINEDOWN,
                  reinterpret_cast<LPARAM>(session.Control(IDC_SWIRL_ANGLE)));
     session.Settle();
     EXPECT_EQ(session.PositionOf(IDC_SWIRL_ANGLE), 1486);
 }
 
-TEST_F(Sliders, a_scroll_message_without_a_scroll_bar_is_ignored) {
+TEST_F(Sliders, A_scroll_message_without_a_scroll_bar_is_ignored) {
     SendMessageA(session.Window(), WM_HSCROLL, SB_LINERIGHT, 0);
     EXPECT_TRUE(session.Settle());
 }
@@ -135,7 +135,7 @@ std::vector<uint8_t> SwirledFrame(const std::string& angle, bool rangesFail) {
     return host.Frames().empty() ? std::vector<uint8_t>() : host.Frames()[0];
 }
 
-TEST(SlidersInOwnWindow, a_position_without_a_range_is_read_as_0_to_100) {
+TEST(SlidersInOwnWindow, A_position_without_a_range_is_read_as_0_to_100) {
     const std::vector<uint8_t> expected = SwirledFrame("100", false);
     ASSERT_FALSE(expected.empty());
     EXPECT_NE(SwirledFrame("1485", false), expected);

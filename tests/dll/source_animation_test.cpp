@@ -40,7 +40,7 @@ std::vector<uint8_t> MakeSmallSource() {
     return block;
 }
 
-TEST(SourceAnimationInOwnWindow, select_asks_the_host_and_shows_what_it_opened) {
+TEST(SourceAnimationInOwnWindow, Select_asks_the_host_and_shows_what_it_opened) {
     FakeHost host;
     host.Serve(MakeSource(61, 33), "C:\\pictures\\two frames.gif");
     PluginSession session(host);
@@ -60,7 +60,7 @@ TEST(SourceAnimationInOwnWindow, select_asks_the_host_and_shows_what_it_opened) 
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
 }
 
-TEST(SourceAnimationInOwnWindow, select_never_names_a_file_even_when_one_is_remembered) {
+TEST(SourceAnimationInOwnWindow, Select_never_names_a_file_even_when_one_is_remembered) {
     FakeHost host;
     host.Serve(MakeSource(5, 3), PluginPath());
     PluginSession session(host);
@@ -70,7 +70,7 @@ TEST(SourceAnimationInOwnWindow, select_never_names_a_file_even_when_one_is_reme
     EXPECT_THAT(host.Requests(HostRequest::OpenAnimation), Each(HasSubstr("path=\"\"")));
 }
 
-TEST(SourceAnimationInOwnWindow, reopening_names_the_remembered_file_only_while_it_exists) {
+TEST(SourceAnimationInOwnWindow, Reopening_names_the_remembered_file_only_while_it_exists) {
     FakeHost host;
     host.Serve(MakeSource(5, 3), PluginPath());
     PluginSession session(host);
@@ -85,7 +85,7 @@ TEST(SourceAnimationInOwnWindow, reopening_names_the_remembered_file_only_while_
     EXPECT_THAT(host.Transcript(), ElementsAre(HasSubstr("path=\"\"")));
 }
 
-TEST(SourceAnimationInOwnWindow, a_path_that_fills_its_field_is_kept_to_the_last_character) {
+TEST(SourceAnimationInOwnWindow, A_path_that_fills_its_field_is_kept_to_the_last_character) {
     FakeHost host;
     const std::string path = "C:\\" + std::string(300, 'p');
     host.Serve(MakeSource(5, 3), path);
@@ -96,7 +96,7 @@ TEST(SourceAnimationInOwnWindow, a_path_that_fills_its_field_is_kept_to_the_last
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("FileNamePath = " + path.substr(0, 260) + "\r\n"));
 }
 
-TEST(SourceAnimationInOwnWindow, a_cancelled_choice_changes_nothing_and_says_nothing) {
+TEST(SourceAnimationInOwnWindow, A_cancelled_choice_changes_nothing_and_says_nothing) {
     FakeHost host;
     host.Serve(MakeSource(61, 33));
     PluginSession session(host);
@@ -123,7 +123,7 @@ protected:
     SourceAnimation() : SourceWindowTest(MakeSource(61, 33)) {}
 };
 
-TEST_F(SourceAnimation, a_new_one_replaces_the_old_one) {
+TEST_F(SourceAnimation, A_new_one_replaces_the_old_one) {
     host.Serve(MakeSource(7, 9));
     session.Click(IDC_SELECT);
     EXPECT_EQ(session.TextOf(IDC_SOURCE_SIZE), "7 x 9");
@@ -133,7 +133,7 @@ TEST_F(SourceAnimation, a_new_one_replaces_the_old_one) {
     EXPECT_EQ(CountLedger().strangeFrees, 0u);
 }
 
-TEST(SourceAnimationInOwnWindow, no_images_are_accepted_when_the_closing_tag_follows_the_header) {
+TEST(SourceAnimationInOwnWindow, No_images_are_accepted_when_the_closing_tag_follows_the_header) {
     FakeHost host;
     BlockOptions options;
     options.width = 20;
@@ -147,7 +147,7 @@ TEST(SourceAnimationInOwnWindow, no_images_are_accepted_when_the_closing_tag_fol
     EXPECT_THAT(session.Messages(), IsEmpty());
 }
 
-TEST(SourceAnimationInOwnWindow, match_original_is_offered_exactly_with_a_palette_of_its_own) {
+TEST(SourceAnimationInOwnWindow, Match_original_is_offered_exactly_with_a_palette_of_its_own) {
     FakeHost host;
     SessionOptions options;
     options.configuration = "MainPalette = 9\n";
@@ -168,7 +168,8 @@ TEST(SourceAnimationInOwnWindow, match_original_is_offered_exactly_with_a_palett
     EXPECT_EQ(session.ItemsOf(IDC_PALETTE).size(), 9u);
 }
 
-// Serves a block to a window that holds a sound source of another size, and expects what the block deserves.
+// Serves a block to a window that has a sound source of another size. A sound block replaces it; any other is
+// refused with a message.
 void ExpectDeserved(FakeHost& host, PluginSession& session, const std::vector<uint8_t>& block,
                     const std::string& what) {
     const bool sound = IsAnimation(block.data(), block.size());
@@ -188,7 +189,7 @@ void ExpectDeserved(FakeHost& host, PluginSession& session, const std::vector<ui
     ASSERT_EQ(CountLedger().lockedBlocks, 0u) << what;
 }
 
-TEST_F(SourceAnimation, cut_anywhere_it_is_refused_and_the_previous_one_stays) {
+TEST_F(SourceAnimation, Cut_anywhere_it_is_refused_and_the_previous_one_stays) {
     const std::vector<uint8_t> block = MakeSmallSource();
     ASSERT_TRUE(IsAnimation(block.data(), block.size()));
     for (size_t size = 1; size < block.size(); ++size) {
@@ -198,7 +199,7 @@ TEST_F(SourceAnimation, cut_anywhere_it_is_refused_and_the_previous_one_stays) {
     EXPECT_EQ(session.TextOf(IDC_SOURCE_SIZE), "61 x 33");
 }
 
-TEST_F(SourceAnimation, with_any_byte_of_its_headers_flipped_it_is_refused_or_does_no_harm) {
+TEST_F(SourceAnimation, With_any_byte_of_its_headers_flipped_it_is_refused_or_does_no_harm) {
     const std::vector<uint8_t> block = MakeSmallSource();
     for (size_t i = 0; i < block.size(); ++i) {
         std::vector<uint8_t> flipped = block;

@@ -102,7 +102,7 @@ protected:
 const char kHeader[] =
     ";This is a document created by Kestrel FX #1 Plugin by Quorvane Labs - do not edit.\n";
 
-TEST_F(ControlKinds, a_bound_control_knows_kind_and_variable) {
+TEST_F(ControlKinds, A_bound_control_knows_kind_and_variable) {
     int32_t variable = 0;
     const HWND box = Add("BUTTON", 10, "", BS_AUTOCHECKBOX);
     EXPECT_EQ(KindOf(box), BoundKind::None);
@@ -112,7 +112,7 @@ TEST_F(ControlKinds, a_bound_control_knows_kind_and_variable) {
     EXPECT_EQ(KindOf(nullptr), BoundKind::None);
 }
 
-TEST_F(ControlKinds, binding_again_only_changes_kind_and_variable) {
+TEST_F(ControlKinds, Binding_again_only_changes_kind_and_variable) {
     int32_t first = 0, second = 0;
     const HWND box = Add("BUTTON", 10, "", BS_AUTOCHECKBOX);
     BindControl(box, BoundKind::CheckBox, &first);
@@ -123,7 +123,7 @@ TEST_F(ControlKinds, binding_again_only_changes_kind_and_variable) {
     EXPECT_EQ(second, 1);
 }
 
-TEST_F(ControlKinds, colour_buttons_carry_their_colour_as_text) {
+TEST_F(ControlKinds, Colour_buttons_carry_their_colour_as_text) {
     uint32_t color = 0x7F7F7F;
     const HWND button = Add("BUTTON", 54, "Background", BS_OWNERDRAW);
     BindControl(button, BoundKind::ColorButton, &color);
@@ -139,7 +139,7 @@ TEST_F(ControlKinds, colour_buttons_carry_their_colour_as_text) {
     EXPECT_EQ(Written(button), "CLRBTN54=255");
 }
 
-TEST_F(ControlKinds, number_fields_keep_to_the_range_of_their_companion) {
+TEST_F(ControlKinds, Number_fields_keep_to_the_range_of_their_companion) {
     int32_t variable = 0;
     Add("STATIC", 10060, "5,50,10");
     const HWND field = Add("EDIT", 60, "70");
@@ -156,7 +156,7 @@ TEST_F(ControlKinds, number_fields_keep_to_the_range_of_their_companion) {
     EXPECT_EQ(variable, 12);
 }
 
-TEST_F(ControlKinds, number_fields_without_a_companion_go_from_0_to_100) {
+TEST_F(ControlKinds, Number_fields_without_a_companion_go_from_0_to_100) {
     int32_t variable = 0;
     const HWND field = Add("EDIT", 60, "170");
     BindControl(field, BoundKind::Number, &variable);
@@ -165,7 +165,7 @@ TEST_F(ControlKinds, number_fields_without_a_companion_go_from_0_to_100) {
     EXPECT_EQ(Written(field), "SPNBTN60=100");
 }
 
-TEST_F(ControlKinds, signed_number_fields_keep_a_text) {
+TEST_F(ControlKinds, Signed_number_fields_keep_a_text) {
     char variable[kTextBytes] = "";
     Add("STATIC", 10061, "-20,20,0");
     const HWND field = Add("EDIT", 61, "-7");
@@ -179,7 +179,7 @@ TEST_F(ControlKinds, signed_number_fields_keep_a_text) {
     EXPECT_STREQ(variable, "9");
 }
 
-TEST_F(ControlKinds, a_companion_number_belongs_to_the_control_10000_below) {
+TEST_F(ControlKinds, A_companion_number_belongs_to_the_control_10000_below) {
     int32_t variable = 0;
     const HWND owner = AddSlider(70, 0, 100, 5, &variable);
     const HWND field = Add("EDIT", 10070, "42");
@@ -191,7 +191,7 @@ TEST_F(ControlKinds, a_companion_number_belongs_to_the_control_10000_below) {
     EXPECT_EQ(KindOf(owner), BoundKind::Slider);
 }
 
-TEST_F(ControlKinds, check_boxes_are_1_or_0) {
+TEST_F(ControlKinds, Check_boxes_are_1_or_0) {
     int32_t variable = 5;
     const HWND box = Add("BUTTON", 19, "", BS_AUTOCHECKBOX);
     BindControl(box, BoundKind::CheckBox, &variable);
@@ -204,7 +204,7 @@ TEST_F(ControlKinds, check_boxes_are_1_or_0) {
 }
 
 // Grey counts as checked when it comes from a document, but not when the user clicks.
-TEST_F(ControlKinds, a_grey_check_box_counts_as_checked_from_a_document_only) {
+TEST_F(ControlKinds, A_grey_check_box_counts_as_checked_from_a_document_only) {
     int32_t variable = 5;
     const HWND box = Add("BUTTON", 19, "", BS_AUTO3STATE);
     BindControl(box, BoundKind::CheckBox, &variable);
@@ -215,7 +215,7 @@ TEST_F(ControlKinds, a_grey_check_box_counts_as_checked_from_a_document_only) {
     EXPECT_EQ(variable, 0);
 }
 
-TEST_F(ControlKinds, text_fields_keep_260_characters_of_their_text) {
+TEST_F(ControlKinds, Text_fields_keep_260_characters_of_their_text) {
     char variable[kTextBytes] = "";
     const HWND field = Add("EDIT", 41, "a b ", ES_AUTOHSCROLL);
     BindControl(field, BoundKind::TextField, variable);
@@ -228,7 +228,7 @@ TEST_F(ControlKinds, text_fields_keep_260_characters_of_their_text) {
     EXPECT_EQ(Written(field), "TXTFLD41=" + std::string(1023, 'x'));
 }
 
-TEST_F(ControlKinds, lists_are_the_index_of_their_selection) {
+TEST_F(ControlKinds, Lists_are_the_index_of_their_selection) {
     for (const bool dropDown : {true, false}) {
         int32_t variable = 7;
         const HWND list = dropDown ? Add("COMBOBOX", 50, "", CBS_DROPDOWNLIST) : Add("LISTBOX", 51);
@@ -246,7 +246,7 @@ TEST_F(ControlKinds, lists_are_the_index_of_their_selection) {
     }
 }
 
-TEST_F(ControlKinds, an_index_that_a_list_does_not_have_leaves_nothing_selected) {
+TEST_F(ControlKinds, An_index_that_a_list_does_not_have_leaves_nothing_selected) {
     int32_t variable = 7;
     const HWND list = Add("COMBOBOX", 50, "", CBS_DROPDOWNLIST);
     SendMessageA(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>("a"));
@@ -255,7 +255,7 @@ TEST_F(ControlKinds, an_index_that_a_list_does_not_have_leaves_nothing_selected)
     EXPECT_EQ(variable, -1);
 }
 
-TEST_F(ControlKinds, sliders_show_their_position_in_the_label_beside_them) {
+TEST_F(ControlKinds, Sliders_show_their_position_in_the_label_beside_them) {
     int32_t variable = 0;
     const HWND slider = AddSlider(100, 4, 45, 5, &variable);
     EXPECT_EQ(Written(slider), "SCROLL100=5");
@@ -265,7 +265,7 @@ TEST_F(ControlKinds, sliders_show_their_position_in_the_label_beside_them) {
     EXPECT_EQ(TextOf(101), "20");
 }
 
-TEST_F(ControlKinds, a_slider_driven_beyond_its_range_stores_where_it_stands_and_shows_what_was_asked) {
+TEST_F(ControlKinds, A_slider_driven_beyond_its_range_stores_where_it_stands_and_shows_what_was_asked) {
     int32_t variable = 0;
     const HWND slider = AddSlider(100, 4, 45, 5, &variable);
     EXPECT_EQ(Apply(slider, "SCROLL100=999"), 1);
@@ -273,7 +273,7 @@ TEST_F(ControlKinds, a_slider_driven_beyond_its_range_stores_where_it_stands_and
     EXPECT_EQ(TextOf(101), "999");
 }
 
-TEST_F(ControlKinds, swirls_angle_is_shown_less_1440) {
+TEST_F(ControlKinds, Swirls_angle_is_shown_less_1440) {
     int32_t variable = 0;
     const HWND slider = AddSlider(193, 0, 2880, 1440, &variable);
     for (const char* line : {"SCROLL193=1485", "scroll193=1485", "SCROLL193= =1485"}) {
@@ -287,7 +287,7 @@ TEST_F(ControlKinds, swirls_angle_is_shown_less_1440) {
     EXPECT_EQ(GetScrollPos(slider, SB_CTL), 1485);
 }
 
-TEST_F(ControlKinds, track_bars_are_their_position) {
+TEST_F(ControlKinds, Track_bars_are_their_position) {
     int32_t variable = 0;
     const HWND bar = Add(TRACKBAR_CLASSA, 80);
     BindControl(bar, BoundKind::TrackBar, &variable);
@@ -299,14 +299,14 @@ TEST_F(ControlKinds, track_bars_are_their_position) {
     EXPECT_EQ(variable, 44);
 }
 
-TEST_F(ControlKinds, sliders_and_track_bars_swallow_scroll_messages_to_themselves) {
+TEST_F(ControlKinds, Sliders_and_track_bars_swallow_scroll_messages_to_themselves) {
     int32_t variable = 0;
     const HWND slider = AddSlider(100, 0, 100, 5, &variable);
     EXPECT_EQ(SendMessageA(slider, WM_HSCROLL, SB_LINERIGHT, 0), 0);
     EXPECT_EQ(GetScrollPos(slider, SB_CTL), 5);
 }
 
-TEST_F(ControlKinds, font_boxes_are_saved_but_not_restored) {
+TEST_F(ControlKinds, Font_boxes_are_saved_but_not_restored) {
     char variable[kTextBytes] = "";
     const HWND box = Add("COMBOBOX", 90, "", CBS_DROPDOWNLIST);
     for (const char* item : {"Arial", "Courier"})
@@ -319,7 +319,7 @@ TEST_F(ControlKinds, font_boxes_are_saved_but_not_restored) {
     EXPECT_STREQ(variable, "Courier");
 }
 
-TEST_F(ControlKinds, a_line_of_another_kind_or_without_equals_sign_changes_nothing) {
+TEST_F(ControlKinds, A_line_of_another_kind_or_without_equals_sign_changes_nothing) {
     int32_t variable = 5;
     const HWND slider = AddSlider(100, 0, 100, 5, &variable);
     for (const char* line : {"CHKBOX100=20", "SCROLL100", "SCROLL", ""})
@@ -328,14 +328,14 @@ TEST_F(ControlKinds, a_line_of_another_kind_or_without_equals_sign_changes_nothi
     EXPECT_EQ(variable, 5);
 }
 
-TEST_F(ControlKinds, a_control_without_a_variable_is_saved_and_restored_all_the_same) {
+TEST_F(ControlKinds, A_control_without_a_variable_is_saved_and_restored_all_the_same) {
     const HWND slider = AddSlider(100, 0, 100, 5, nullptr);
     EXPECT_EQ(Apply(slider, "SCROLL100=9"), 1);
     StoreControl(slider);
     EXPECT_EQ(Written(slider), "SCROLL100=9");
 }
 
-TEST_F(ControlKinds, documents_hold_every_control_and_bring_it_back) {
+TEST_F(ControlKinds, Documents_hold_every_control_and_bring_it_back) {
     int32_t radius = 5, check = 0;
     const HWND slider = AddSlider(100, 4, 45, 5, &radius);
     const HWND box = Add("BUTTON", 19, "", BS_AUTOCHECKBOX);
@@ -353,7 +353,7 @@ TEST_F(ControlKinds, documents_hold_every_control_and_bring_it_back) {
     EXPECT_TRUE(messages.empty());
 }
 
-TEST_F(ControlKinds, lines_for_missing_controls_and_after_the_end_do_no_harm) {
+TEST_F(ControlKinds, Lines_for_missing_controls_and_after_the_end_do_no_harm) {
     int32_t radius = 5;
     AddSlider(100, 4, 45, 5, &radius);
     Save(std::string(kHeader) + "SCROLL999=1\n;End of document\nSCROLL100=8\r\n");
@@ -361,7 +361,7 @@ TEST_F(ControlKinds, lines_for_missing_controls_and_after_the_end_do_no_harm) {
     EXPECT_EQ(radius, 8);
 }
 
-TEST_F(ControlKinds, a_document_with_a_header_only_changes_nothing) {
+TEST_F(ControlKinds, A_document_with_a_header_only_changes_nothing) {
     int32_t radius = 5;
     AddSlider(100, 4, 45, 5, &radius);
     Save(kHeader);
@@ -372,7 +372,7 @@ TEST_F(ControlKinds, a_document_with_a_header_only_changes_nothing) {
     EXPECT_EQ(radius, 5);
 }
 
-TEST_F(ControlKinds, a_document_without_its_header_is_damaged) {
+TEST_F(ControlKinds, A_document_without_its_header_is_damaged) {
     int32_t radius = 5;
     AddSlider(100, 4, 45, 5, &radius);
     Save("SCROLL100=8\n");
@@ -381,7 +381,7 @@ TEST_F(ControlKinds, a_document_without_its_header_is_damaged) {
     EXPECT_EQ(messages, std::vector<std::string>{"This file has been damaged."});
 }
 
-TEST_F(ControlKinds, what_cannot_be_opened_or_created_is_told) {
+TEST_F(ControlKinds, What_cannot_be_opened_or_created_is_told) {
     EXPECT_FALSE(ReadDocument(window, "no such folder\\a.kx1", RecordMessage));
     EXPECT_FALSE(WriteDocument(window, "no such folder\\a.kx1", RecordMessage));
     EXPECT_EQ(messages, (std::vector<std::string>{"There has been an error opening the requested file.",

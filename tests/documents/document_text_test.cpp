@@ -43,7 +43,7 @@ Lines ReadLines(const std::string& text) {
     return lines;
 }
 
-TEST(DocumentText, a_document_is_written_byte_for_byte) {
+TEST(DocumentText, A_document_is_written_byte_for_byte) {
     const TextFile document;
     WriteDocumentStart(document.file);
     WriteNumberLine(document.file, "SCROLL", 193, -1485);
@@ -58,7 +58,7 @@ TEST(DocumentText, a_document_is_written_byte_for_byte) {
                                    ";End of document\n");
 }
 
-TEST(DocumentText, the_first_line_must_name_product_and_maker) {
+TEST(DocumentText, The_first_line_must_name_product_and_maker) {
     EXPECT_TRUE(ReadDocumentStart(TextFile(kHeader).file));
     EXPECT_TRUE(ReadDocumentStart(TextFile("Quorvane Labs: anything, Kestrel FX #1 Plugin").file));
     EXPECT_FALSE(ReadDocumentStart(TextFile("SCROLL193=1485\n").file));
@@ -68,35 +68,35 @@ TEST(DocumentText, the_first_line_must_name_product_and_maker) {
     EXPECT_FALSE(ReadDocumentStart(TextFile("\n").file));
 }
 
-TEST(DocumentText, an_empty_file_passes_and_holds_no_lines) {
+TEST(DocumentText, An_empty_file_passes_and_holds_no_lines) {
     const TextFile document;
     EXPECT_TRUE(ReadDocumentStart(document.file));
     char line[kDocumentLineBytes];
     EXPECT_EQ(ReadDocumentLine(document.file, line), 0);
 }
 
-TEST(DocumentText, lines_lose_their_ends_and_give_their_identifier) {
+TEST(DocumentText, Lines_lose_their_ends_and_give_their_identifier) {
     EXPECT_EQ(ReadLines("SCROLL193=1485\r\nCHKBOX19=1\nTXTFLD41= a \r\r\nLSTBOX7=0"),
               (Lines{{193, "SCROLL193=1485"}, {19, "CHKBOX19=1"}, {41, "TXTFLD41= a "}, {7, "LSTBOX7=0"}}));
 }
 
-TEST(DocumentText, comments_are_skipped_and_lines_after_the_end_still_count) {
+TEST(DocumentText, Comments_are_skipped_and_lines_after_the_end_still_count) {
     EXPECT_EQ(ReadLines(";SCROLL1=1\nSCROLL2=2\n;End of document\nSCROLL3=3\n"),
               (Lines{{2, "SCROLL2=2"}, {3, "SCROLL3=3"}}));
 }
 
-TEST(DocumentText, lines_without_an_identifier_are_passed_over) {
+TEST(DocumentText, Lines_without_an_identifier_are_passed_over) {
     EXPECT_EQ(ReadLines("\nSCROLL\nSCROLLx=5\nSCROLL0=5\nSCROLL-4=5\nabc\nSCROLL5\n"),
               (Lines{{5, "SCROLL5"}}));
 }
 
 // The identifier is read from the seventh character on, whatever stands before it.
-TEST(DocumentText, lines_below_seven_characters_are_ignored) {
+TEST(DocumentText, Lines_below_seven_characters_are_ignored) {
     EXPECT_TRUE(ReadLines("S=5\nABCDE1\n12\n").empty());
     EXPECT_EQ(ReadLines("ABCDEF1\n"), (Lines{{1, "ABCDEF1"}}));
 }
 
-TEST(DocumentText, a_longer_line_is_read_in_pieces) {
+TEST(DocumentText, A_longer_line_is_read_in_pieces) {
     const std::string start = "TXTFLD41=" + std::string(kDocumentLineBytes - 1 - 9, 'x');
     const Lines lines = ReadLines(start + "SCROLL3=7\n");
     ASSERT_EQ(lines.size(), 2u);
@@ -109,14 +109,14 @@ std::string ValueOf(const char* line, const char* kindWord) {
     return value ? value : "(none)";
 }
 
-TEST(DocumentText, kinds_are_compared_without_regard_to_case) {
+TEST(DocumentText, Kinds_are_compared_without_regard_to_case) {
     EXPECT_EQ(ValueOf("scroll193=1485", "SCROLL"), "1485");
     EXPECT_EQ(ValueOf("SCROLL193=1485", "SCROLL"), "1485");
     EXPECT_EQ(ValueOf("CHKBOX193=1485", "SCROLL"), "(none)");
     EXPECT_EQ(ValueOf("SCROL", "SCROLL"), "(none)");
 }
 
-TEST(DocumentText, the_value_stands_behind_all_equals_signs_and_spaces) {
+TEST(DocumentText, The_value_stands_behind_all_equals_signs_and_spaces) {
     EXPECT_EQ(ValueOf("SCROLL193= =1485", "SCROLL"), "1485");
     EXPECT_EQ(ValueOf("SCROLL193==  ==5", "SCROLL"), "5");
     EXPECT_EQ(ValueOf("TXTFLD41=a=b ", "TXTFLD"), "a=b ");

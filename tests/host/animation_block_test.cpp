@@ -37,7 +37,7 @@ void WalkAll(const std::vector<uint8_t>& block) {
     EXPECT_GE(sum, 0u);
 }
 
-TEST(AnimationBlock, a_sound_block_is_accepted_and_its_fields_are_read) {
+TEST(AnimationBlock, A_sound_block_is_accepted_and_its_fields_are_read) {
     const std::vector<uint8_t> block = TwoFrames();
     ASSERT_TRUE(Accepted(block));
     AnimationHeader header;
@@ -58,29 +58,29 @@ TEST(AnimationBlock, a_sound_block_is_accepted_and_its_fields_are_read) {
     EXPECT_EQ(ReadAnimationFrame(header, &offset, &frame), FrameStep::End);
 }
 
-TEST(AnimationBlock, no_image_is_accepted_when_the_closing_tag_follows_the_header) {
+TEST(AnimationBlock, No_image_is_accepted_when_the_closing_tag_follows_the_header) {
     EXPECT_TRUE(Accepted(MakeAnimationBlock({})));
 }
 
-TEST(AnimationBlock, an_early_closing_tag_ends_the_check) {
+TEST(AnimationBlock, An_early_closing_tag_ends_the_check) {
     std::vector<uint8_t> block = TwoFrames();
     block[16] = 5;
     EXPECT_TRUE(Accepted(block));
 }
 
-TEST(AnimationBlock, a_third_frame_where_two_are_announced_is_rejected) {
+TEST(AnimationBlock, A_third_frame_where_two_are_announced_is_rejected) {
     std::vector<uint8_t> block = TwoFrames();
     block[16] = 1;
     EXPECT_FALSE(Accepted(block));
 }
 
-TEST(AnimationBlock, a_bitmap_header_of_another_size_is_rejected) {
+TEST(AnimationBlock, A_bitmap_header_of_another_size_is_rejected) {
     std::vector<uint8_t> block = TwoFrames();
     block[808 + 40] = 108;
     EXPECT_FALSE(Accepted(block));
 }
 
-TEST(AnimationBlock, more_than_256_colours_count_as_256) {
+TEST(AnimationBlock, More_than_256_colours_count_as_256) {
     BlockOptions options;
     options.globalPalette.assign(3 * 300, 9);
     const std::vector<uint8_t> block = MakeAnimationBlock({}, options);
@@ -89,7 +89,7 @@ TEST(AnimationBlock, more_than_256_colours_count_as_256) {
     EXPECT_EQ(header.globalColors, 256u);
 }
 
-TEST(AnimationBlock, cut_at_any_byte_it_is_rejected) {
+TEST(AnimationBlock, Cut_at_any_byte_it_is_rejected) {
     const std::vector<uint8_t> block = TwoFrames();
     for (size_t size = 0; size < block.size(); ++size) {
         const std::vector<uint8_t> cut(block.begin(), block.begin() + static_cast<ptrdiff_t>(size));
@@ -98,7 +98,7 @@ TEST(AnimationBlock, cut_at_any_byte_it_is_rejected) {
     }
 }
 
-TEST(AnimationBlock, any_byte_of_its_headers_may_be_damaged_without_a_step_outside) {
+TEST(AnimationBlock, Any_byte_of_its_headers_may_be_damaged_without_a_step_outside) {
     const std::vector<uint8_t> block = TwoFrames();
     for (size_t i = 0; i < block.size(); ++i) {
         for (const int value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
@@ -110,7 +110,7 @@ TEST(AnimationBlock, any_byte_of_its_headers_may_be_damaged_without_a_step_outsi
     }
 }
 
-TEST(AnimationBlock, absurd_sizes_are_rejected) {
+TEST(AnimationBlock, Absurd_sizes_are_rejected) {
     const std::vector<uint8_t> block = TwoFrames();
     for (const size_t field :
          {size_t{808 + 4}, size_t{808 + 16}, size_t{848 + 4}, size_t{848 + 8}, size_t{4}}) {

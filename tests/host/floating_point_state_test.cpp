@@ -57,7 +57,7 @@ protected:
     const FloatingPointState before_ = ReadFloatingPointState();
 };
 
-TEST_F(FloatingPoint, an_entry_sets_the_core_s_controls_and_gives_the_host_s_back) {
+TEST_F(FloatingPoint, An_entry_sets_the_core_s_controls_and_gives_the_host_s_back) {
     for (const auto& host : kHosts) {
         FloatingPointState inside, outside;
         SetFloatingPointState(StateOf(host[0], host[1]));
@@ -74,7 +74,7 @@ TEST_F(FloatingPoint, an_entry_sets_the_core_s_controls_and_gives_the_host_s_bac
     }
 }
 
-TEST_F(FloatingPoint, a_guard_of_its_own_does_the_same) {
+TEST_F(FloatingPoint, A_guard_of_its_own_does_the_same) {
     for (const auto& host : kHosts) {
         FloatingPointState inside, outside;
         SetFloatingPointState(StateOf(host[0], host[1]));
@@ -90,7 +90,7 @@ TEST_F(FloatingPoint, a_guard_of_its_own_does_the_same) {
     }
 }
 
-TEST_F(FloatingPoint, a_call_to_the_host_runs_under_the_host_s_controls) {
+TEST_F(FloatingPoint, A_call_to_the_host_runs_under_the_host_s_controls) {
     for (const auto& host : kHosts) {
         FloatingPointState inRequest, afterRequest, inMessage, afterMessage, outside;
         SetFloatingPointState(StateOf(host[0], host[1]));
@@ -118,7 +118,7 @@ TEST_F(FloatingPoint, a_call_to_the_host_runs_under_the_host_s_controls) {
     }
 }
 
-TEST_F(FloatingPoint, an_entry_within_the_core_changes_nothing) {
+TEST_F(FloatingPoint, An_entry_within_the_core_changes_nothing) {
     FloatingPointState inside, outside;
     SetFloatingPointState(StateOf(0x27F, 0x5F80));
     {
@@ -133,7 +133,7 @@ TEST_F(FloatingPoint, an_entry_within_the_core_changes_nothing) {
     EXPECT_EQ(ControlOf(outside), 0x27Fu);
 }
 
-TEST_F(FloatingPoint, what_the_host_changes_in_a_request_stays_when_the_core_is_left) {
+TEST_F(FloatingPoint, What_the_host_changes_in_a_request_stays_when_the_core_is_left) {
     FloatingPointState inside, outside;
     SetFloatingPointState(StateOf(0x27F, 0x1F80));
     {
@@ -151,7 +151,7 @@ TEST_F(FloatingPoint, what_the_host_changes_in_a_request_stays_when_the_core_is_
     EXPECT_EQ(ControlOf(outside), 0x7Fu);
 }
 
-TEST_F(FloatingPoint, a_call_to_the_host_without_an_entry_changes_nothing) {
+TEST_F(FloatingPoint, A_call_to_the_host_without_an_entry_changes_nothing) {
     FloatingPointState inside, outside;
     SetFloatingPointState(StateOf(0x27F, 0x5F80));
     {
@@ -168,7 +168,7 @@ TEST_F(FloatingPoint, a_call_to_the_host_without_an_entry_changes_nothing) {
 
 // A flag that is set while its exception is unmasked: in the x87 unit the next instruction that waits raises
 // it. Neither the entry nor the way back may.
-TEST_F(FloatingPoint, a_pending_exception_of_the_host_s_is_neither_raised_nor_lost) {
+TEST_F(FloatingPoint, A_pending_exception_of_the_host_s_is_neither_raised_nor_lost) {
     FloatingPointState pending = StateOf(0x37F & ~kDividedByZero, 0x1F80 & ~(kDividedByZero << 7));
     pending.x87[kStatusWord] |= kDividedByZero;
     pending.mxcsr |= kDividedByZero;
@@ -192,7 +192,7 @@ TEST_F(FloatingPoint, a_pending_exception_of_the_host_s_is_neither_raised_nor_lo
     EXPECT_TRUE(Same(outside, entering));
 }
 
-TEST_F(FloatingPoint, flags_that_the_core_raises_are_not_the_host_s) {
+TEST_F(FloatingPoint, Flags_that_the_core_raises_are_not_the_host_s) {
     volatile double zero = 0, one = 1, quotient = 0;
     volatile long double wideZero = 0, wideQuotient = 0;
     SetFloatingPointState(StateOf(0x27F, 0x1F80));
@@ -225,7 +225,7 @@ Numbers Compute() {
     return {one / three, tiny * 1e-10, wideOne / wideThree};
 }
 
-TEST_F(FloatingPoint, numbers_come_out_alike_whatever_the_host_has_set) {
+TEST_F(FloatingPoint, Numbers_come_out_alike_whatever_the_host_has_set) {
     const Numbers expected = Compute();
     for (const auto& host : kHosts) {
         Numbers inside;

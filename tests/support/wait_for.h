@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Waiting for what comes about by messages, on other threads or in other processes.
+// Waiting for what happens by messages, on other threads or in other processes.
 #pragma once
 
 #include <chrono>
@@ -7,7 +7,7 @@
 
 namespace kfx::test {
 
-// Far longer than anything takes, on a loaded machine too: only what never comes about lasts as long.
+// Far longer than anything takes, even on a loaded machine: only what never happens takes as long.
 constexpr std::chrono::seconds kLongestWait{120};
 
 // Looks until the condition holds. False: it did not within kLongestWait.

@@ -117,7 +117,7 @@ constexpr char kDefaultFile[] =
     "UpdateDelay = 1000\n"
     "VersionNumber = 512\n";
 
-TEST_F(Configuration, the_file_of_the_built_in_values_is_written_byte_for_byte) {
+TEST_F(Configuration, The_file_of_the_built_in_values_is_written_byte_for_byte) {
     std::tm local = {};
     local.tm_year = 126;
     local.tm_mon = 10;
@@ -128,7 +128,7 @@ TEST_F(Configuration, the_file_of_the_built_in_values_is_written_byte_for_byte) 
     EXPECT_EQ(Write(std::mktime(&local)), kDefaultFile);
 }
 
-TEST_F(Configuration, what_is_written_is_read_back) {
+TEST_F(Configuration, What_is_written_is_read_back) {
     uint32_t number = 4000000000u;
     for (size_t i = 0; i < ConfigKeyCount(); ++i) {
         const ConfigKey& key = ConfigKeyAt(i);
@@ -147,14 +147,14 @@ TEST_F(Configuration, what_is_written_is_read_back) {
     EXPECT_STREQ(settings.openPath, changed.openPath);
 }
 
-TEST_F(Configuration, lines_may_end_in_either_way) {
+TEST_F(Configuration, Lines_may_end_in_either_way) {
     Read("MainEffect = 3\r\nMainPalette = 2\nFileNamePath = a.gif\r\n");
     EXPECT_EQ(settings.mainEffect, 3u);
     EXPECT_EQ(settings.mainPalette, 2u);
     EXPECT_STREQ(settings.fileNamePath, "a.gif");
 }
 
-TEST_F(Configuration, an_abbreviated_key_sets_the_first_row_that_begins_with_it) {
+TEST_F(Configuration, An_abbreviated_key_sets_the_first_row_that_begins_with_it) {
     Read("MainEff=3\n");
     EXPECT_EQ(settings.mainEffect, 3u);
     Read("Main=1\n");
@@ -163,12 +163,12 @@ TEST_F(Configuration, an_abbreviated_key_sets_the_first_row_that_begins_with_it)
     EXPECT_EQ(settings.style010Bri, 7);
 }
 
-TEST_F(Configuration, keys_keep_their_case_and_must_not_be_longer_than_the_row) {
+TEST_F(Configuration, Keys_keep_their_case_and_must_not_be_longer_than_the_row) {
     Read("mainEffect=3\nMainEffectX=3\n");
     EXPECT_EQ(settings.mainEffect, 14u);
 }
 
-TEST_F(Configuration, an_empty_key_sets_the_first_row) {
+TEST_F(Configuration, An_empty_key_sets_the_first_row) {
     Read("=5\n");
     EXPECT_EQ(settings.addDescriptiveCommentBlock, 5u);
     Read("  =  6\n");
@@ -177,19 +177,19 @@ TEST_F(Configuration, an_empty_key_sets_the_first_row) {
     EXPECT_EQ(settings.addDescriptiveCommentBlock, 7u);
 }
 
-TEST_F(Configuration, an_empty_line_sets_the_first_row_to_0) {
+TEST_F(Configuration, An_empty_line_sets_the_first_row_to_0) {
     Read("\n");
     EXPECT_EQ(settings.addDescriptiveCommentBlock, 0u);
 }
 
-TEST_F(Configuration, rows_that_are_only_written_are_never_read) {
+TEST_F(Configuration, Rows_that_are_only_written_are_never_read) {
     Read("PatchLevel = 9\nVersionNumber = 9\nPatch = 9\nV = 9\n");
     EXPECT_EQ(settings.patchLevel, 1u);
     EXPECT_EQ(settings.versionNumber, 512u);
     EXPECT_EQ(LineOf(Write(), "PatchLevel"), "PatchLevel = 1");
 }
 
-TEST_F(Configuration, equals_signs_may_be_many_or_missing) {
+TEST_F(Configuration, Equals_signs_may_be_many_or_missing) {
     for (const char* line :
          {"MainEffect == 7", "MainEffect=7", "MainEffect   =   7", "MainEffect 7", "MainEffect ==7"}) {
         settings.mainEffect = 0;
@@ -199,31 +199,31 @@ TEST_F(Configuration, equals_signs_may_be_many_or_missing) {
 }
 
 // "= =" is one run of equals signs, then a value that begins with another.
-TEST_F(Configuration, a_second_run_of_equals_signs_belongs_to_the_value) {
+TEST_F(Configuration, A_second_run_of_equals_signs_belongs_to_the_value) {
     Read("MainEffect = =7\nFileNamePath = =x\n");
     EXPECT_EQ(settings.mainEffect, 0u);
     EXPECT_STREQ(settings.fileNamePath, "=x");
 }
 
-TEST_F(Configuration, with_shift_held_nothing_is_read) {
+TEST_F(Configuration, With_shift_held_nothing_is_read) {
     Read("MainEffect=3\n=5\n\nFileNamePath=x\n", true);
     EXPECT_EQ(settings.mainEffect, 14u);
     EXPECT_EQ(settings.addDescriptiveCommentBlock, 1u);
     EXPECT_STREQ(settings.fileNamePath, "");
 }
 
-TEST_F(Configuration, comments_unknown_keys_and_the_section_change_nothing) {
+TEST_F(Configuration, Comments_unknown_keys_and_the_section_change_nothing) {
     const std::string before = Write();
     Read(";MainEffect=3\n[PlugIn]\nNobody = 5\n");
     EXPECT_EQ(Write(), before);
 }
 
-TEST_F(Configuration, text_keeps_its_trailing_spaces_and_loses_leading_ones) {
+TEST_F(Configuration, Text_keeps_its_trailing_spaces_and_loses_leading_ones) {
     Read("FileNamePath =   a b.gif  \n");
     EXPECT_STREQ(settings.fileNamePath, "a b.gif  ");
 }
 
-TEST_F(Configuration, a_line_ends_at_its_first_control_character) {
+TEST_F(Configuration, A_line_ends_at_its_first_control_character) {
     Read(
         "FileNamePath = ab\tcd\nMain\x01"
         "Effect=3\n");
@@ -232,19 +232,19 @@ TEST_F(Configuration, a_line_ends_at_its_first_control_character) {
     EXPECT_EQ(settings.mainDither, 0u) << "the key was Main, its value empty";
 }
 
-TEST_F(Configuration, accents_are_no_control_characters) {
+TEST_F(Configuration, Accents_are_no_control_characters) {
     Read("FileNamePath = C:\\B\xFCro\\\x80\xFF.gif\n");
     EXPECT_STREQ(settings.fileNamePath, "C:\\B\xFCro\\\x80\xFF.gif");
 }
 
-TEST_F(Configuration, a_new_text_leaves_nothing_of_the_old_one) {
+TEST_F(Configuration, A_new_text_leaves_nothing_of_the_old_one) {
     std::memset(settings.openPath, 'x', kTextBytes - 1);
     Read("OpenPath = ab\n");
     EXPECT_STREQ(settings.openPath, "ab");
     for (int i = 2; i < kTextBytes; ++i) EXPECT_EQ(settings.openPath[i], 0) << i;
 }
 
-TEST_F(Configuration, bad_numbers_are_0_and_negative_ones_wrap) {
+TEST_F(Configuration, Bad_numbers_are_0_and_negative_ones_wrap) {
     Read("MainEffect = x\nMainPalette = -1\nUpdateDelay = 4294967295\nDitherContrast = +9z\n");
     EXPECT_EQ(settings.mainEffect, 0u);
     EXPECT_EQ(settings.mainPalette, 0xFFFFFFFFu);
@@ -252,14 +252,14 @@ TEST_F(Configuration, bad_numbers_are_0_and_negative_ones_wrap) {
     EXPECT_EQ(settings.ditherContrast, 9u);
 }
 
-TEST_F(Configuration, booleans_are_numbers_without_a_range) {
+TEST_F(Configuration, Booleans_are_numbers_without_a_range) {
     Read("MainDither = 7\n");
     EXPECT_EQ(settings.mainDither, 7u);
     EXPECT_EQ(LineOf(Write(), "MainDither"), "MainDither = 7");
 }
 
 // 259 characters at a time; what follows is a line of its own.
-TEST_F(Configuration, a_longer_line_is_read_in_pieces) {
+TEST_F(Configuration, A_longer_line_is_read_in_pieces) {
     const std::string key = "OpenPath = ";
     const std::string path(259 - key.size(), 'p');
     Read(key + path + "MainEffect=3\n");
@@ -267,18 +267,18 @@ TEST_F(Configuration, a_longer_line_is_read_in_pieces) {
     EXPECT_EQ(settings.mainEffect, 3u);
 }
 
-TEST_F(Configuration, a_line_of_exactly_one_piece_leaves_an_empty_line_behind) {
+TEST_F(Configuration, A_line_of_exactly_one_piece_leaves_an_empty_line_behind) {
     const std::string key = "OpenPath = ";
     Read(key + std::string(259 - key.size(), 'p') + "\n");
     EXPECT_EQ(settings.addDescriptiveCommentBlock, 0u);
 }
 
-TEST_F(Configuration, a_last_line_without_an_end_counts) {
+TEST_F(Configuration, A_last_line_without_an_end_counts) {
     Read("MainEffect=3");
     EXPECT_EQ(settings.mainEffect, 3u);
 }
 
-TEST_F(Configuration, four_rows_carry_attributes_that_nobody_reads) {
+TEST_F(Configuration, Four_rows_carry_attributes_that_nobody_reads) {
     int found = 0;
     for (size_t i = 0; i < ConfigKeyCount(); ++i) {
         const ConfigKey& key = ConfigKeyAt(i);
@@ -296,7 +296,7 @@ TEST_F(Configuration, four_rows_carry_attributes_that_nobody_reads) {
 }
 
 // A control or a kernel ties itself to a variable; two keys on one would overwrite each other.
-TEST_F(Configuration, no_two_keys_share_a_name_or_a_variable) {
+TEST_F(Configuration, No_two_keys_share_a_name_or_a_variable) {
     for (size_t i = 0; i < ConfigKeyCount(); ++i) {
         for (size_t j = 0; j < i; ++j) {
             EXPECT_STRNE(ConfigKeyAt(i).name, ConfigKeyAt(j).name);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Puts a test's own function in place of one that a loaded module imports, so that the module can be watched
-// and answered: the clock, folders, dialogs, memory.
+// Puts a test's own function in place of one that a loaded module imports, so that the test sees
+// the calls and gives the answers: the clock, folders, dialogs, memory.
 #pragma once
 
 #include <windows.h>

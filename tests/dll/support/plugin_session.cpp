@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "tests/dll/support/session_state.h"
+#include "tests/dll/support/window_reading.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 #include "tests/support/wait_for.h"
@@ -275,31 +276,22 @@ std::map<int, RECT> PluginSession::CreatedControls() const {
     return state_->standIns->created;
 }
 
+std::vector<COLORREF> PluginSession::DrawControl(int id, int width, int height, UINT state) {
+    return Draw(width, height, [&](HDC dc) {
+        DRAWITEMSTRUCT item = {};
+        item.CtlType = ODT_BUTTON;
+        item.CtlID = static_cast<UINT>(id);
+        item.itemAction = ODA_DRAWENTIRE;
+        item.itemState = state;
+        item.hwndItem = Control(id);
+        item.hDC = dc;
+        item.rcItem = {0, 0, width, height};
+        SendMessageA(Window(), WM_DRAWITEM, item.CtlID, reinterpret_cast<LPARAM>(&item));
+    });
+}
+
 std::vector<COLORREF> PluginSession::DrawPreview(int width, int height) {
-    BITMAPINFO info = {};
-    info.bmiHeader = {sizeof info.bmiHeader, width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
-    const HDC dc = CreateCompatibleDC(nullptr);
-    const HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    const HGDIOBJ before = SelectObject(dc, bitmap);
-    DRAWITEMSTRUCT item = {};
-    item.CtlType = ODT_BUTTON;
-    item.CtlID = 25;
-    item.itemAction = ODA_DRAWENTIRE;
-    item.hwndItem = Control(25);
-    item.hDC = dc;
-    item.rcItem = {0, 0, width, height};
-    SendMessageA(Window(), WM_DRAWITEM, 25, reinterpret_cast<LPARAM>(&item));
-    GdiFlush();
-    std::vector<COLORREF> pixels(
-        static_cast<const COLORREF*>(bits),
-        static_cast<const COLORREF*>(bits) + static_cast<size_t>(width) * static_cast<size_t>(height));
-    // The bitmap stores blue in its low byte.
-    for (COLORREF& pixel : pixels) pixel = RGB(pixel >> 16 & 255, pixel >> 8 & 255, pixel & 255);
-    SelectObject(dc, before);
-    DeleteObject(bitmap);
-    DeleteDC(dc);
-    return pixels;
+    return DrawControl(25, width, height);
 }
 
 std::string PluginSession::ConfigurationPath() const {
@@ -311,6 +303,13 @@ std::string PluginSession::ConfigurationText() const { return ReadTextFile(Confi
 std::string PluginSession::DocumentsFolder() const { return state_->folder + "\\Documents\\"; }
 
 std::vector<uint8_t> OneFrame() { return MakeAnimationBlock({{BytesOf(RandomPicture(5, 3, 1).handle), {}}}); }
+
+std::vector<uint8_t> ShadedFrames(uint32_t count) {
+    std::vector<BlockFrame> frames;
+    for (uint32_t i = 0; i < count; ++i)
+        frames.push_back({BytesOf(ShadedPicture(24, 20, i).handle), {0, 0, 100 + i, 0}});
+    return MakeAnimationBlock(frames);
+}
 
 std::string PluginPath() { return FolderOfProgram() + "\\kfxplug1.dll"; }
 

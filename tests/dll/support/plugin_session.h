@@ -123,8 +123,9 @@ public:
     // Where the plug-in placed the controls that it made itself, by identifier.
     std::map<int, RECT> CreatedControls() const;
 
-    // Draws the preview into a bitmap of this size and answers its pixels as 0x00BBGGRR, row by row from the
-    // top.
+    // Has the window draw a control of its own drawing, or the preview, into a bitmap of this size, and
+    // returns the pixels as 0x00BBGGRR, row by row from the top. `state` is as DRAWITEMSTRUCT has it.
+    std::vector<COLORREF> DrawControl(int id, int width, int height, UINT state = 0);
     std::vector<COLORREF> DrawPreview(int width, int height);
 
     std::string ConfigurationPath() const;
@@ -139,6 +140,9 @@ private:
 
 // An animation block of one small frame, for hosts to serve.
 std::vector<uint8_t> OneFrame();
+
+// One of frames of 24 x 20 pixels with different pictures; their third fields are 100, 101 and so on.
+std::vector<uint8_t> ShadedFrames(uint32_t count);
 
 // The DLL's path: it stands beside the test program.
 std::string PluginPath();

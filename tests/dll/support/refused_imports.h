@@ -20,8 +20,8 @@ struct Refusal {
     bool alone = false;       // nothing else is refused in such a session
 };
 
-// Counts the module's calls to these functions and can refuse one call to each. It changes the module's
-// import table for good: it must outlive the module.
+// Counts the module's calls to these functions and can refuse one call to each. The module's
+// import table stays changed, so this must outlive the module.
 class RefusedImports {
 public:
     RefusedImports(HMODULE module, const std::vector<Refusal>& refusals);

@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kLongestSilence = 2 * kLongestWait;  // a test that waits in vain says so before
+constexpr auto kLongestSilence = 2 * kLongestWait;  // longer than a test waits before it fails
 constexpr auto kLookInterval = 6ms;
 constexpr WPARAM kPreview = 25;
 constexpr int kMessageText = 101;
@@ -33,7 +33,7 @@ WNDPROC dialogProcedure = nullptr;  // the plug-in window's own, while it is wat
 HHOOK windowMade = nullptr;         // until the plug-in's window has been made
 
 // Notes the marker and each drawing of the preview. Hooks would see them, too, but under Wine each message of
-// the thread would then cost a question to another process, and a window that opens handles thousands.
+// the thread would then need an answer of another process, and opening a window takes thousands of messages.
 LRESULT CALLBACK WatchingProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
     if (message == kMarker && current) {
         const std::lock_guard<std::mutex> lock(current->mutex);
@@ -137,7 +137,7 @@ HWND FindBox(DWORD thread, const char* caption) {
         [](HWND window, LPARAM data) -> BOOL {
             auto* wanted = reinterpret_cast<BoxSearch*>(data);
             if (!IsWindowVisible(window)) return TRUE;
-            // The caption as the system keeps it: asking the window would disturb its thread at each look.
+            // The caption that the system keeps: asking the window itself would need its thread each time.
             wchar_t text[100] = L"";
             InternalGetWindowText(window, text, static_cast<int>(std::size(text)));
             if (wanted->caption == text) wanted->found = window;
