@@ -29,6 +29,12 @@ std::string SettingsFor(const EngineStart& start) {
     return text.empty() ? text : "[PlugIn]\r\n" + text;
 }
 
+std::wstring CurrentFolder() {
+    std::wstring folder(GetCurrentDirectoryW(0, nullptr), L'\0');
+    folder.resize(GetCurrentDirectoryW(static_cast<DWORD>(folder.size()), folder.data()));
+    return folder;
+}
+
 // A plug-in's open window.
 struct Driven {
     explicit Driven(const EngineStart& start) : settings(SettingsFor(start)) {}
@@ -39,12 +45,14 @@ struct Driven {
     CommandSettings settings;
     PluginLibrary library;
     PluginRun run;
-    int effect = -1;  // the row that has been chosen
+    std::wstring folder = CurrentFolder();  // a plug-in may change it, and relative names mean this one
+    int effect = -1;                        // the row that has been chosen
     bool sourceSelected = false;
 };
 
 Driven::~Driven() {
     const bool ended = ClosePluginWindow(&run);
+    SetCurrentDirectoryW(folder.c_str());
     EndSession();
     // Code that still runs must stay loaded; it ends with the process.
     if (!ended) library.module = nullptr;

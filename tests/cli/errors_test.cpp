@@ -37,6 +37,15 @@ struct Errors : ::testing::Test {
     }
 };
 
+// They load no plug-in; the others do only in the Windows program.
+TEST_F(Errors, Commands_that_use_no_engine_know_no_option_of_the_plugin) {
+    for (const std::string option : {"--through-plugin", "--plugin", "--show-window", "--timeout"}) {
+        const std::string sentence = "kestrel: unknown option \"" + option + "\"; see --help.\n";
+        EXPECT_EQ(Failing(2, {"sample", folder.path + "sample.gif", option}), sentence);
+        EXPECT_EQ(Failing(2, {"sheet", input, input, "-o", folder.path + "sheet.png", option}), sentence);
+    }
+}
+
 TEST_F(Errors, A_missing_input_is_named) {
     EXPECT_THAT(
         Failing(3, {"apply", folder.path + "no.gif", "-o", folder.path + "out.gif", "--effect", "Bump"}),

@@ -63,6 +63,22 @@ BOOL WINAPI MoveAndMeet(LPCWSTR from, LPCWSTR to, DWORD flags) {
     return MoveFileExW(from, to, flags);
 }
 
+int BuildReally(HWND parent, kfx::HostContext* context) {
+    const HMODULE real = LoadLibraryA("kfxplug1.dll");
+    const auto build = reinterpret_cast<int (*)(HWND, kfx::HostContext*)>(
+        reinterpret_cast<void*>(GetProcAddress(real, "PLUGIN16DoBuild")));
+    return build(parent, context);
+}
+
+// Writes to a handle of the test's, whose number the environment has.
+void WriteToHandle() {
+    const char* const number = std::getenv("KFX_HANDLE");
+    DWORD written = 0;
+    if (number)
+        WriteFile(reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(std::strtoull(number, nullptr, 10))),
+                  "inherited", 9, &written, nullptr);
+}
+
 // Lets the real plug-in do its work, in a program that moves its files so.
 int BuildAndMeet(HWND parent, kfx::HostContext* context) {
     // The files are moved after the plug-in is let go.
@@ -73,10 +89,7 @@ int BuildAndMeet(HWND parent, kfx::HostContext* context) {
         if (import.slot && import.function && std::strcmp(import.function, "MoveFileExW") == 0)
             kfx::driven::SetImport(import, reinterpret_cast<void*>(&MoveAndMeet));
     }
-    const HMODULE real = LoadLibraryA("kfxplug1.dll");
-    const auto build = reinterpret_cast<int (*)(HWND, kfx::HostContext*)>(
-        reinterpret_cast<void*>(GetProcAddress(real, "PLUGIN16DoBuild")));
-    return build(parent, context);
+    return BuildReally(parent, context);
 }
 
 // What a host takes for the window of a plug-in: a dialog with an effect list and a preview. It hangs when an
@@ -126,6 +139,11 @@ extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostConte
     if (misbehaviour == "meet") MeetTest();
     if (misbehaviour == "report") SendNoReport();
     if (misbehaviour == "placing") return BuildAndMeet(parent, context);
+    if (misbehaviour == "handle") WriteToHandle();
+    if (misbehaviour == "elsewhere") {
+        SetCurrentDirectoryA("C:\\windows");
+        return BuildReally(parent, context);
+    }
     if (misbehaviour == "window") ShowBareWindow(parent);
     if (misbehaviour == "folders") {
         Say(parent, "settings " + UsersFolder(CSIDL_APPDATA) + ", profile " + UsersFolder(CSIDL_PROFILE) +

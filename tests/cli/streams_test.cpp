@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+// Outputs that are no files, readers that go away, and interrupts.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/cli/native_program.h"
+#include "tests/cli/program.h"
+#include "tests/cli/test_animations.h"
+#include "tests/cli/test_files.h"
+#include "tests/support/wait_for.h"
+
+namespace kfx::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+struct Streams : ::testing::Test {
+    TemporaryFolder folder;
+    std::string input = folder.path + "in.gif";
+    std::string output = folder.path + "out.gif";
+
+    void SetUp() override { WriteTestGif(input, 3); }
+
+    std::vector<std::string> Apply(const std::string& to) const {
+        return {"apply", input, "-o", to, "--effect", "Bump"};
+    }
+};
+
+TEST_F(Streams, A_pipe_gets_the_whole_file_and_stays_a_pipe) {
+    ASSERT_EQ(RunKestrel(Apply(folder.path + "file.gif")).exitCode, 0);
+    ASSERT_EQ(mkfifo(output.c_str(), 0600), 0);
+    std::string received;
+    std::thread reader([&] { received = ReadText(output); });
+    const ProgramResult result = RunKestrel(Apply(output));
+    // A program that never opens the pipe would leave the reader waiting.
+    const int pipe = open(output.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    reader.join();
+    if (pipe >= 0) close(pipe);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(received == ReadText(folder.path + "file.gif"));
+    struct stat found = {};
+    ASSERT_EQ(stat(output.c_str(), &found), 0);
+    EXPECT_TRUE(S_ISFIFO(found.st_mode));
+    EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"file.gif", "in.gif", "out.gif"}));
+}
+
+TEST_F(Streams, A_link_to_a_device_is_written_through_and_stays) {
+    ASSERT_EQ(symlink("/dev/null", output.c_str()), 0);
+    EXPECT_EQ(RunKestrel(Apply(output)).exitCode, 0);
+    EXPECT_EQ(std::filesystem::read_symlink(output), "/dev/null");
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out.gif"}));
+}
+
+TEST_F(Streams, A_device_that_is_full_is_an_output_that_cannot_be_written) {
+    ASSERT_EQ(symlink("/dev/full", output.c_str()), 0);
+    const ProgramResult result = RunKestrel(Apply(output));
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_THAT(result.err, HasSubstr("out.gif: the file cannot be written"));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+}
+
+// What the program does when nobody reads what it prints.
+int RunWithoutReader(const std::vector<std::string>& arguments) {
+    int ends[2];
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    close(ends[0]);
+    const pid_t process = StartKestrel(arguments, ends[1], ends[1]);
+    close(ends[1]);
+    return WaitForEnd(process);
+}
+
+TEST_F(Streams, A_reader_that_goes_away_neither_ends_nor_holds_up_the_program) {
+    EXPECT_EQ(RunWithoutReader({"effects"}), 0);
+    EXPECT_EQ(RunWithoutReader({"effects", "--json"}), 0);
+    EXPECT_EQ(RunWithoutReader({"--help"}), 0);
+    EXPECT_EQ(RunWithoutReader({"nonsense"}), 2);
+    EXPECT_EQ(RunWithoutReader(Apply(output)), 0);
+    EXPECT_EQ(ReadBack(output).frames.size(), 3u) << "the work is done all the same";
+}
+
+TEST_F(Streams, An_interrupt_leaves_nothing_of_an_unfinished_file) {
+    // Many large pictures, so that writing them takes longer than noticing that it has begun.
+    WriteTestGif(input, 60, false, 16);
+    const pid_t process = StartKestrel({"apply", input, "-o", folder.path + "out.png", "--effect", "Bump"},
+                                       STDOUT_FILENO, STDERR_FILENO);
+    ASSERT_GT(process, 0);
+    // Stopped, so that what is seen still holds when the interrupt comes.
+    bool ended = false;
+    EXPECT_TRUE(WaitFor([&] {
+        int status = 0;
+        kill(process, SIGSTOP);
+        ended = waitpid(process, &status, WUNTRACED) != process || !WIFSTOPPED(status);
+        const size_t files = FilesIn(folder.path).size();
+        if (ended || (files > 2 && files < 60)) return true;
+        kill(process, SIGCONT);
+        return false;
+    }));
+    ASSERT_FALSE(ended) << "the program has ended early";
+    EXPECT_FALSE(FileExists(folder.path + "out-000.png"));
+    kill(process, SIGINT);
+    kill(process, SIGCONT);
+    EXPECT_EQ(WaitForEnd(process), 130);
+    EXPECT_EQ(FilesIn(folder.path), std::vector<std::string>{"in.gif"});
+}
+
+}  // namespace
+}  // namespace kfx::test
