@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "framework/cpu.h"
 
+#include <atomic>
+
 namespace kfx {
 namespace {
 
@@ -13,15 +15,23 @@ bool Supported() {
 #endif
 }
 
-bool avx2Allowed = true;  // written by AllowAvx2 only
+enum class Support { Unknown, No, Yes };
+
+// Whichever thread asks first finds out; two at once find the same.
+constinit std::atomic<Support> support = Support::Unknown;
+constinit std::atomic<bool> avx2Allowed = true;  // written by AllowAvx2 only
 
 }  // namespace
 
 bool UseAvx2() {
-    static const bool supported = Supported();
-    return supported && avx2Allowed;
+    Support known = support.load(std::memory_order_relaxed);
+    if (known == Support::Unknown) {
+        known = Supported() ? Support::Yes : Support::No;
+        support.store(known, std::memory_order_relaxed);
+    }
+    return known == Support::Yes && avx2Allowed.load(std::memory_order_relaxed);
 }
 
-void AllowAvx2(bool allowed) { avx2Allowed = allowed; }
+void AllowAvx2(bool allowed) { avx2Allowed.store(allowed, std::memory_order_relaxed); }
 
 }  // namespace kfx

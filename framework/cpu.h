@@ -23,11 +23,11 @@
 namespace kfx {
 
 // Whether the AVX2 variants may run: the processor and the system support them and nobody has switched them
-// off.
+// off. Any thread may ask.
 bool UseAvx2();
 
-// Switches the AVX2 variants off (or on again where supported), so that tests and benchmarks can compare both
-// paths.
+// Switches the AVX2 variants off (or on again where supported) for all threads, so that tests and benchmarks
+// can compare both paths.
 void AllowAvx2(bool allowed);
 
 template <auto kLoop>

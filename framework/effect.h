@@ -73,7 +73,8 @@ struct KernelInput {
     KernelCache* cache;             // tables kept from frame to frame; never null
 };
 
-// A new image, or null for "leave the picture as it is". The source is neither changed nor freed.
+// A new image, or null for "leave the picture as it is". The source is neither changed nor freed. Several
+// threads may run kernels at the same time, also on the same source, each with a cache of its own.
 using EffectKernel = ImageHandle (*)(ImageHandle source, const KernelInput& input);
 
 // A build in two passes over all frames: gather into one 16-byte record, then apply. Only when `wanted` says

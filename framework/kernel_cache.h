@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a kernel keeps from one frame to the next: tables that depend on picture size and settings only. A
-// cache lives as long as one preview or one build.
+// cache lives as long as one preview or one build. It belongs to one thread: threads that work on frames at
+// the same time have a cache each.
 #pragma once
 
 #include <cstddef>

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 
 #include "framework/movable_memory.h"
 
@@ -31,12 +32,16 @@ struct Refusals {
     size_t from;
 };
 
+std::mutex mutex;             // guards all of these, and the locks of every block
 MemoryCounts counts;          // written by every function below
 Refusals allocationRefusals;  // written by the functions that tests call
 Refusals lockRefusals;
 Refusals sizeRefusals;
 size_t uncounted;  // how many UncountedMemory live
 
+using Guard = std::lock_guard<std::mutex>;
+
+// The caller holds the mutex.
 bool IsRefused(const Refusals& refusals, size_t* attempts) {
     if (uncounted) return false;
     const size_t number = ++*attempts;
@@ -44,6 +49,7 @@ bool IsRefused(const Refusals& refusals, size_t* attempts) {
 }
 
 bool IsAllocationRefused(size_t bytes) {
+    const Guard guard(mutex);
     if (!uncounted && bytes > counts.largestBytes) counts.largestBytes = bytes;
     return IsRefused(allocationRefusals, &counts.allocations);
 }
@@ -79,6 +85,7 @@ void FreeBytes(void* bytes, size_t size) {
         munmap(static_cast<char*>(bytes) - SlackBytes(size), MappedBytes(size) + kPage);
 }
 
+// The caller holds the mutex.
 void Grow(size_t bytes) {
     counts.liveBytes += bytes;
     if (counts.liveBytes > counts.peakBytes) counts.peakBytes = counts.liveBytes;
@@ -97,12 +104,14 @@ MemoryHandle AllocateMemory(size_t bytes) {
         std::free(block);
         return nullptr;
     }
+    const Guard guard(mutex);
     ++counts.liveBlocks;
     Grow(block->size);
     return block;
 }
 
 void* LockMemory(MemoryHandle memory) {
+    const Guard guard(mutex);
     if (!memory || IsRefused(lockRefusals, &counts.locks)) return nullptr;
     auto* block = static_cast<Block*>(memory);
     if (block->locks++ == 0) ++counts.lockedBlocks;
@@ -112,6 +121,7 @@ void* LockMemory(MemoryHandle memory) {
 void UnlockMemory(MemoryHandle memory) {
     auto* block = static_cast<Block*>(memory);
     if (!block) return;
+    const Guard guard(mutex);
     if (!block->locks)
         ++counts.strayUnlocks;
     else if (--block->locks == 0)
@@ -126,6 +136,7 @@ MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes) {
     if (!moved) return nullptr;
     std::memcpy(moved, block->bytes, size < block->size ? size : block->size);
     FreeBytes(block->bytes, block->size);
+    const Guard guard(mutex);
     counts.liveBytes -= block->size;
     Grow(size);
     block->bytes = moved;
@@ -136,11 +147,14 @@ MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes) {
 void FreeMemory(MemoryHandle memory) {
     if (!memory) return;
     auto* block = static_cast<Block*>(memory);
-    --counts.liveBlocks;
-    counts.liveBytes -= block->size;
-    if (block->locks) {
-        ++counts.lockedFrees;
-        --counts.lockedBlocks;
+    {
+        const Guard guard(mutex);
+        --counts.liveBlocks;
+        counts.liveBytes -= block->size;
+        if (block->locks) {
+            ++counts.lockedFrees;
+            --counts.lockedBlocks;
+        }
     }
     FreeBytes(block->bytes, block->size);
     std::free(block);
@@ -151,6 +165,7 @@ void* AllocateFixedTable(size_t bytes) {
     auto* header = static_cast<FixedHeader*>(std::calloc(1, sizeof(FixedHeader) + bytes));
     if (!header) return nullptr;
     header->size = bytes;
+    const Guard guard(mutex);
     ++counts.liveBlocks;
     Grow(bytes);
     return header + 1;
@@ -159,19 +174,27 @@ void* AllocateFixedTable(size_t bytes) {
 void FreeFixedTable(void* table) {
     if (!table) return;
     auto* header = static_cast<FixedHeader*>(table) - 1;
-    --counts.liveBlocks;
-    counts.liveBytes -= header->size;
+    {
+        const Guard guard(mutex);
+        --counts.liveBlocks;
+        counts.liveBytes -= header->size;
+    }
     std::free(header);
 }
 
 size_t MemorySize(MemoryHandle memory) {
+    const Guard guard(mutex);
     if (!memory || IsRefused(sizeRefusals, &counts.sizes)) return 0;
     return static_cast<Block*>(memory)->size;
 }
 
-MemoryCounts CountMemory() { return counts; }
+MemoryCounts CountMemory() {
+    const Guard guard(mutex);
+    return counts;
+}
 
 void ResetMemoryCounts() {
+    const Guard guard(mutex);
     counts.allocations = 0;
     counts.largestBytes = 0;
     counts.locks = 0;
@@ -183,36 +206,49 @@ void ResetMemoryCounts() {
 }
 
 void RefuseAllocation(size_t number) {
+    const Guard guard(mutex);
     counts.allocations = 0;
     allocationRefusals = {number, 0};
 }
 
 void RefuseAllocationsFrom(size_t number) {
+    const Guard guard(mutex);
     counts.allocations = 0;
     allocationRefusals = {0, number};
 }
 
 void RefuseLock(size_t number) {
+    const Guard guard(mutex);
     counts.locks = 0;
     lockRefusals = {number, 0};
 }
 
 void RefuseLocksFrom(size_t number) {
+    const Guard guard(mutex);
     counts.locks = 0;
     lockRefusals = {0, number};
 }
 
 void RefuseSize(size_t number) {
+    const Guard guard(mutex);
     counts.sizes = 0;
     sizeRefusals = {number, 0};
 }
 
 void RefuseSizesFrom(size_t number) {
+    const Guard guard(mutex);
     counts.sizes = 0;
     sizeRefusals = {0, number};
 }
 
-UncountedMemory::UncountedMemory() { ++uncounted; }
-UncountedMemory::~UncountedMemory() { --uncounted; }
+UncountedMemory::UncountedMemory() {
+    const Guard guard(mutex);
+    ++uncounted;
+}
+
+UncountedMemory::~UncountedMemory() {
+    const Guard guard(mutex);
+    --uncounted;
+}
 
 }  // namespace kfx

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "framework/random.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <ctime>
 
@@ -52,8 +53,8 @@ KFX_INLINE size_t StepLanes(uint32_t* state, uint16_t* __restrict numbers, size_
     return done;
 }
 
-bool clockHeld;        // written by HoldClock and ReleaseClock only
-uint32_t heldSeconds;  // written by HoldClock only
+constexpr int64_t kRunning = -1;
+constinit std::atomic<int64_t> heldClock = kRunning;  // the seconds at which the clock stands
 
 #ifdef _WIN32
 // Calling rand() costs more than everything else Water Drops does, so its numbers are computed here, as long
@@ -74,12 +75,22 @@ bool RuntimeGeneratorIsKnown() {
 bool RuntimeGeneratorIsKnown() { return true; }
 #endif
 
+enum class Generator { NotCompared, Known, Unknown };
+
+// The runtime keeps one state for each thread, so whichever thread needs the answer first may compare; two at
+// once find the same.
+constinit std::atomic<Generator> runtimeGenerator = Generator::NotCompared;
+
 }  // namespace
 
 RandomSequence SeedRandom(uint32_t seed) {
-    static const bool known = RuntimeGeneratorIsKnown();
+    Generator generator = runtimeGenerator.load(std::memory_order_relaxed);
+    if (generator == Generator::NotCompared) {
+        generator = RuntimeGeneratorIsKnown() ? Generator::Known : Generator::Unknown;
+        runtimeGenerator.store(generator, std::memory_order_relaxed);
+    }
     std::srand(seed);
-    return RandomSequence{seed, known};
+    return RandomSequence{.state = seed, .computed = generator == Generator::Known};
 }
 
 void NextRandoms(RandomSequence* sequence, uint16_t* numbers, size_t count) {
@@ -96,13 +107,13 @@ void NextRandoms(RandomSequence* sequence, uint16_t* numbers, size_t count) {
     sequence->state = state;
 }
 
-uint32_t ClockSeconds() { return clockHeld ? heldSeconds : static_cast<uint32_t>(std::time(nullptr)); }
-
-void HoldClock(uint32_t seconds) {
-    heldSeconds = seconds;
-    clockHeld = true;
+uint32_t ClockSeconds() {
+    const int64_t held = heldClock.load(std::memory_order_relaxed);
+    return held == kRunning ? static_cast<uint32_t>(std::time(nullptr)) : static_cast<uint32_t>(held);
 }
 
-void ReleaseClock() { clockHeld = false; }
+void HoldClock(uint32_t seconds) { heldClock.store(seconds, std::memory_order_relaxed); }
+
+void ReleaseClock() { heldClock.store(kRunning, std::memory_order_relaxed); }
 
 }  // namespace kfx

@@ -9,7 +9,8 @@
 
 namespace kfx {
 
-// A running sequence. One at a time: where the runtime's generator is stepped it is the only one there is.
+// A running sequence, for one thread. One at a time in a thread: where the runtime's generator is stepped,
+// it is the only one that the thread has. Sequences of several threads do not disturb each other.
 struct RandomSequence {
     uint32_t state;
     bool computed;  // stepped here; false: by calling rand()

@@ -2,6 +2,9 @@
 // Everything that outlives a window: the user's choices and every effect's parameters. The configuration file
 // writes them when the window opens; the window's controls and settings documents while it is open; a command
 // line in place of a window. Kernels never read them: they get numbers.
+//
+// One thread reads and writes them: the window's, or that of a command line. A program that runs kernels on
+// several threads reads the values before it starts them, and passes them on.
 #pragma once
 
 #include <cstdint>
