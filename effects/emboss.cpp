@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Emboss: a Gaussian bell whose quadrant to the right of and above the pixel is positive and the rest
 // negative, with a zeroed anti-diagonal, turns edges into relief. The weights nearly cancel and their tiny
-// sum divides the result: the harsh look belongs to the definition.
+// sum divides the result, which makes the look harsh.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/settings.h"
 #include "kernels/convolution.h"

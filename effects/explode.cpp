@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Explode: Implode with the strength negated, so the middle is enlarged. Here too the slider called "Radius:"
-// sets the strength: that is the definition.
+// sets the strength.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/settings.h"
 #include "kernels/implosion.h"

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Gaussian Blur: a horizontal pass over every row, then a vertical pass over every column, both truncating to
 // bytes. At the ends of a line the weights are cut off and renormalised, where the half that rounds is added
-// before the division by their sum: borders come out a trace lighter, which belongs to the definition.
+// before the division by their sum: borders come out a trace lighter.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cmath>
 

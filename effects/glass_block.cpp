@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Glass Block: square cells, each showing the surroundings of its centre at half size by taking every second
-// pixel. Where a cell leaves the picture, rows repeat the last row but columns show their own column: the two
-// rules differ by definition.
+// pixel. Where a cell leaves the picture, rows repeat the last row but columns show their own column.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cstring>
 

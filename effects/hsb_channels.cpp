@@ -2,7 +2,8 @@
 // HSB and Channels: inverts the channels, rearranges them by one of seven patterns, and shifts hue and scales
 // saturation and brightness; each stage by choice, in this order. A shifted hue is not wrapped back into the
 // circle: beyond either end it takes the last sector's colours. The "Invert colors" box is bound like a
-// slider. Both belong to the definition.
+// slider.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cstring>
 

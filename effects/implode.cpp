@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Implode: the picture is pulled towards a centre, inside a circle that reaches to the left edge (the top
-// edge in a tall picture). The slider called "Radius:" sets the strength and the centre sets the radius: that
-// is the definition.
+// edge in a tall picture). The slider called "Radius:" sets the strength, and the centre sets the radius.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/settings.h"
 #include "kernels/implosion.h"

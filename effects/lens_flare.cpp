@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Lens Flare: a light made of four glows and a ring, and nineteen reflections along the line from the light
-// through the picture's centre, all blended towards white. Inside a halo's rim the strength falls again: that
-// belongs to the definition.
+// through the picture's centre, all blended towards white. Inside a halo's rim the strength falls again.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/settings.h"
 #include "kernels/flare_elements.h"

@@ -2,6 +2,7 @@
 // Motion Blur: every pixel is a weighted sum of pixels stepped away from it along a line, with weights that
 // fall off like one side of a bell. Sums are truncated, not rounded. The panel's captions mislead: "Depth" is
 // the bell's spread, "Radius" half the number of taps.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <cmath>
 
 #include "effects/effects.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Neon: each channel becomes the length of its gradient (vertical and horizontal differences of three
 // neighbours each), so that edges glow on a dark ground.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "kernels/neighbor_filter.h"
 #include "kernels/neighbor_rows.h"

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Normalize: the range of luminance between the darkest and the brightest percent of the pixels is stretched
-// over all levels, each channel through the same table. The stretched range ends at 254 and only what lies
-// above it becomes 255: that is the definition. "Distributed" takes one histogram of all frames, so that an
+// over all levels, each channel through the same table. The stretched range ends at 254, and only what lies
+// above it becomes 255. "Distributed" takes one histogram of all frames, so that an
 // animation does not flicker.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/settings.h"
 #include "kernels/level_stretch.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Obscure: a mosaic of square tiles from the top left corner, each filled with the average of its own pixels;
 // tiles at the right and bottom edge are cut off.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 
 #include "effects/effects.h"

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Oil Painting: a mode filter over brightness in a diamond-shaped neighbourhood. Three oddities belong to the
-// definition: the diamond's rows above and below stand one pixel to the right of its middle row; the
+// Oil Painting: a mode filter over brightness in a diamond-shaped neighbourhood. It has three
+// oddities: the diamond's rows above and below stand one pixel to the right of its middle row; the
 // picture's rightmost column and top row are not filtered and come out in the background colour; on ties the
 // brightness that came first to the greatest count wins.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cmath>
 #include <cstring>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Radial Blur: every pixel becomes the average of samples along an arc about the picture's centre. It works
 // in place on a copy, from the top left to the bottom right, so that pixels already blurred feed the samples
-// of later ones: the order belongs to the definition.
+// of later ones.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cmath>
 #include <cstring>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Raster: horizontal scan lines, bands of rows blended towards the background colour between untouched bands
 // of the same height.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <cstring>
 
 #include "effects/effects.h"

@@ -2,7 +2,8 @@
 // Ripple: sine waves round a centre. Each pixel is fetched from a place shifted by the wave's height there,
 // by as much to the right as downwards, and not along the radius. Waves that dissipate are measured against
 // the distance of the lower right corner, whichever corner is farthest: beyond it they turn over and grow
-// again. The last column and the last row blend with black. All of that belongs to the definition.
+// again. The last column and the last row blend with black.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cmath>
 #include <iterator>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Solarize: colour channels darker than a threshold are inverted, the others kept, each channel by itself. It
-// is the dark side that is inverted, not the bright one: that is the definition.
+// is the dark side that is inverted, not the bright one.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <cstring>
 
 #include "effects/effects.h"

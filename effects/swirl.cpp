@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Swirl: the ellipse that touches the picture's edges is twisted about the centre, most in the middle and not
 // at all at its rim. The slider runs from 0 to 2880 for -1440 to +1440 degrees.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <cmath>
 
 #include "effects/effects.h"

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Water Drops: every pixel is taken from a random neighbour, as if the picture were seen through drops of
 // water. The generator is seeded anew for every frame, with the clock's second: frames of the same second
-// scatter alike. Even apertures lean one pixel to the left and up. Both belong to the definition.
+// scatter alike. Even apertures lean one pixel to the left and up.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/random.h"
 #include "framework/settings.h"

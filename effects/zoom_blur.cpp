@@ -2,6 +2,7 @@
 // Zoom Blur: the average of copies of the picture scaled step by step towards its centre. Sampling of a pixel
 // ends at the first sample outside the picture, which happens once the scale turns negative and samples
 // mirror through the centre.
+// The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 
 #include "effects/effects.h"

@@ -46,7 +46,7 @@ struct Settings {
     // whose number is that of the effect's panel.
 
     // Emboss
-    int32_t style000Depth = 15;  // not the panel's default of 25: that is the definition
+    int32_t style000Depth = 15;  // not the panel's default of 25
     int32_t style000Radius = 5;
 
     // Explode

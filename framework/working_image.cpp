@@ -44,7 +44,7 @@ void ExpandRow(const uint8_t* from, int32_t bitCount, int32_t width, const uint3
 void ReadColors(const WorkingImage* image, uint32_t colors[256]) {
     std::memset(colors, 0, 256 * sizeof *colors);
     if (image->bitCount == 1) {
-        // Two-colour pictures are black and white by definition here; their colour table is not consulted.
+        // Two-colour pictures are black and white here; their colour table is not consulted.
         colors[1] = 0xFFFFFF;
         return;
     }

@@ -6,7 +6,7 @@
 namespace kfx {
 
 // The colour at a point between pixels of a 24-bit picture, row 0 at the top. Everything is shifted by half a
-// pixel to the right and down, so a whole-numbered point blends four pixels equally by definition. Points
+// pixel to the right and down, so a whole-numbered point blends four pixels equally. Points
 // outside, and neighbours outside, have the fallback colour (0x00BBGGRR); so have points that are no numbers.
 uint32_t SampleBilinear(const WorkingImage* image, double x, double y, uint32_t fallback);
 

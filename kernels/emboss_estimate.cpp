@@ -3,9 +3,9 @@
 // kx >= 0 along a row and L that over kx < 0, a row above or level with the pixel contributes 8 g(ky) (R -
 // L), a row below it -8 g(ky) (R + L); what that counts on the anti-diagonal, the centre included, is taken
 // back. That is some 3 n products a sample instead of n^2, added in another order than the one defined, so
-// the sum is only an estimate: it differs from the defined one by no more than a bound that is computed from
+// the sum is only an estimate: it differs from the exact one by no more than a bound that is computed from
 // the weights. Where no rounding boundary lies within the bound the byte is certain; the other samples are
-// summed again in the defined order.
+// summed again product by product, in the order of the matrix.
 #include "kernels/emboss_estimate.h"
 
 #include <algorithm>
@@ -28,7 +28,7 @@ struct Separation {
     int32_t reach;       // weights farther out are left out
     const double* bell;  // g(0), which is 1, to g(reach)
     double scale;        // 1 / the sum that divides
-    double bound;        // of |estimate - defined value|, in levels
+    double bound;        // of |estimate - exact value|, in levels
 };
 
 // The weight that the estimate gives matrix entry (ky, kx).

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Gaussian Blur line by line, for pictures of any depth: the definition of what separable_blur.h does faster.
+// Gaussian Blur line by line, for pictures of any depth. separable_blur.h gives the same bytes faster for 24
+// bits.
 #pragma once
 
 #include "framework/working_image.h"

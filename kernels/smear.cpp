@@ -24,7 +24,7 @@ struct Smear {
 
 uint8_t Truncate(double sum) { return static_cast<uint8_t>(static_cast<int32_t>(sum)); }
 
-// One pixel in the defined order.
+// One pixel, its taps added in their order.
 void SumPixel(const Smear& smear, int32_t x, int32_t r, uint8_t* out) {
     double blue = 0, green = 0, red = 0;
     for (const Tap* tap = smear.taps; tap < smear.taps + smear.count; ++tap) {
@@ -59,7 +59,7 @@ const uint8_t* SamplesAt(const Smear& smear, const Tap& tap, int32_t x, int32_t 
     return mixed;
 }
 
-// kSmearPixels pixels in the defined order.
+// kSmearPixels pixels, the taps added in their order.
 KFX_INLINE void SumBlock(const Smear& smear, int32_t x, int32_t r, uint8_t* out) {
     double sums[kSmearSamples] = {};
     uint8_t mixed[kSmearSamples];
@@ -80,7 +80,7 @@ struct Estimate {
     ptrdiff_t* offsets;       // of each merged tap's samples from the pixel's, in bytes
     const uint8_t** samples;  // of each merged tap, for the current block
     uint8_t* mixed;           // kSmearSamples for each merged tap
-    uint8_t flat[256];        // the defined result where all samples are the same
+    uint8_t flat[256];        // the exact result where all samples are the same
 };
 
 int32_t MergeTaps(const Smear& smear, Tap* merged) {

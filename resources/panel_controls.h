@@ -3,9 +3,6 @@
 // resource compiler and the effects alike. A slider n has its value label at n + 1 and its caption at n + 2.
 #pragma once
 
-// The three ids of a slider, for an effect's list of controls.
-#define SLIDER_IDS(slider) (slider), (slider) + 1, (slider) + 2
-
 #define IDD_PANEL_BUMP 7413
 
 #define IDD_PANEL_EMBOSS 7400
