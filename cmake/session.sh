@@ -28,11 +28,23 @@ build() {
     fi
 }
 
-# The same, but silent and immediate when nothing has changed since the last build.
+# announce TEXT: reads ninja's output and says the text once, when something is being built.
+announce() {
+    local line told=
+    while IFS= read -r line; do
+        case $line in
+            *'] Building '* | *'] Linking '*) [ -n "$told" ] || say "$1"; told=yes ;;
+        esac
+    done
+}
+
+# The same, but silent and immediate when nothing has changed since the last build. (A dry run does not tell: it does
+# not look through the folders.)
 build_if_needed() {
-    local tree=$work/build/$1
+    local tree=$work/build/$1 log=$work/logs/build-$1.log
+    mkdir -p "$work/logs"
     if [ -f "$tree/build.ninja" ] && [ ! "$root/CMakePresets.json" -nt "$tree/build.ninja" ] &&
-        ninja -C "$tree" -n "${@:2}" 2>/dev/null | grep -q 'no work to do'; then
+        ninja -C "$tree" "${@:2}" 2>&1 | tee "$log" | announce "Building $1 (log: ${log#"$root"/})"; then
         return 0
     fi
     build "$@"

@@ -40,6 +40,18 @@ struct PluginErrors : ::testing::Test {
     }
 };
 
+TEST_F(PluginErrors, Options_of_the_plugin_need_its_engine) {
+    for (const std::vector<std::string>& option :
+         {std::vector<std::string>{"--plugin", "other.dll"}, {"--show-window"}, {"--timeout", "9"}}) {
+        std::vector<std::string> arguments = Apply({"--effect", "Bump"});
+        arguments.insert(arguments.end(), option.begin(), option.end());
+        const ProgramResult result = RunKestrel(arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.err, "kestrel: " + option[0] + " requires --through-plugin.\n");
+    }
+    EXPECT_THAT(Failing(2, Apply({"--effect", "Bump", "--timeout", "soon"})), HasSubstr("--timeout"));
+}
+
 TEST_F(PluginErrors, A_missing_plugin_is_named) {
     EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", folder.path + "no.dll"})),
                 HasSubstr("no.dll"));
