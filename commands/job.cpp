@@ -24,6 +24,7 @@ bool ResolveValues(const CommandLine& line, const Engine& engine, void* opened, 
     std::vector<Parameter> parameters;
     if (!engine.listParameters(opened, job->effect, &parameters, failure)) return false;
     std::vector<std::string> names;
+    names.reserve(parameters.size());
     for (const Parameter& parameter : parameters) names.push_back(parameter.name);
     for (const Setting& setting : line.settings) {
         const int row = FindName(setting.name, names);

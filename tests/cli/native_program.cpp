@@ -18,6 +18,7 @@ pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int er
     std::vector<std::string> words = {FileBesideTest("kestrel")};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
     const pid_t process = fork();
