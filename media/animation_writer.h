@@ -32,9 +32,22 @@ struct GifAnimation {
     std::vector<GifFrame> frames;
 };
 
-// Each frame but the first is stored as the smallest rectangle that shows the same pictures.
-bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error);
-bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error);
+constexpr int kMaxLossy = 200;
+
+struct GifOptions {
+    // 0: every pixel is shown exactly. Up to kMaxLossy: where the file becomes smaller, a pixel may be shown
+    // in another colour of the palette, whose distance (the square root of the sum of the squared differences
+    // of red, green and blue) is at most a quarter of this number. Transparency stays.
+    int lossy = 0;
+};
+
+// Makes a small file that plays as the frames do: each frame shows the same picture for the same time. Parts,
+// disposals, transparent pixels and palettes are chosen anew; only the first frame always has the animation's
+// size.
+bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error,
+              const GifOptions& options = GifOptions());
+bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error,
+               const GifOptions& options = GifOptions());
 
 // Uses the size, the loop count and each frame's pixels and delay. Sides are limited to 16383. A frame that
 // equals its predecessor is stored as a longer delay. Colours of fully transparent pixels are not kept.

@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: MIT
+#include "media/gif_frame.h"
+
+#include <algorithm>
+
+namespace kfx {
+namespace {
+
+constexpr size_t kMostColors = 256;
+// Parts of so many pixels are compressed in every way; of others, this share of the rows decides, in so many
+// stripes.
+constexpr size_t kSmallArea = 12000;
+constexpr size_t kSampleShare = 8;
+constexpr size_t kStripes = 4;
+// With fewer unchanged pixels than one in so many, nothing depends on how they are stored.
+constexpr size_t kFewUnchanged = 32;
+
+// What pixels that the canvas shows already are stored as.
+enum class Unchanged { Either, Transparent, Color };
+
+struct FrameTask {
+    const FramePlan* plan;
+    const ColorNumbers* numbers;
+    const GlobalColors* global;
+    const NumberedPicture* canvas;
+    const NumberedPicture* picture;
+    int canvasWidth;
+    bool isLocal;  // the global colours are not enough
+    int lossy;     // 0: every pixel is shown exactly
+};
+
+// Whether one colour may be shown in place of the other.
+bool IsNear(const FrameTask& task, ColorNumber a, ColorNumber b) {
+    if (a == b) return true;
+    if (task.lossy == 0 || a == kClear || b == kClear) return false;
+    const RgbColor first = task.numbers->colors[a];
+    const RgbColor second = task.numbers->colors[b];
+    const int red = first.red - second.red;
+    const int green = first.green - second.green;
+    const int blue = first.blue - second.blue;
+    return 16 * (red * red + green * green + blue * blue) <= task.lossy * task.lossy;
+}
+
+// The symbols of a frame: first the colours, then the transparent one, if any.
+struct Alphabet {
+    std::vector<ColorNumber> colors;
+    int transparentSymbol = -1;
+};
+
+Alphabet MakeAlphabet(const FrameTask& task, Unchanged unchanged) {
+    const FramePlan& plan = *task.plan;
+    Alphabet alphabet = {.colors = plan.needed};
+    const bool wantsTransparent =
+        plan.hasClear || (unchanged != Unchanged::Color && plan.needed.size() < kMostColors);
+    const size_t room = kMostColors - (wantsTransparent ? 1 : 0);
+    bool leftOut = false;
+    if (unchanged != Unchanged::Transparent || !wantsTransparent) {
+        for (const ColorNumber number : plan.shown) {
+            if (alphabet.colors.size() < room && (task.isLocal || task.global->contains[number]))
+                alphabet.colors.push_back(number);
+            else
+                leftOut = true;
+        }
+    }
+    if (leftOut && alphabet.colors.size() == kMostColors) alphabet.colors.pop_back();
+    if (wantsTransparent || leftOut) {
+        alphabet.transparentSymbol = static_cast<int>(alphabet.colors.size());
+        alphabet.colors.push_back(kClear);
+    }
+    return alphabet;
+}
+
+LzwPixels MakePixels(const FrameTask& task, const Alphabet& alphabet, Unchanged unchanged) {
+    std::vector<int16_t> symbolOf(task.numbers->colors.size(), -1);
+    for (size_t i = 0; i < alphabet.colors.size(); ++i)
+        symbolOf[alphabet.colors[i]] = static_cast<int16_t>(i);
+    LzwPixels pixels;
+    pixels.symbolCount = static_cast<int>(alphabet.colors.size());
+    pixels.transparentSymbol = alphabet.transparentSymbol;
+    const Rectangle& part = task.plan->part;
+    const size_t area = static_cast<size_t>(part.width) * static_cast<size_t>(part.height);
+    pixels.symbols.reserve(area);
+    pixels.open.reserve(area);
+    const bool canStayOpen = alphabet.transparentSymbol >= 0 && unchanged == Unchanged::Either;
+    ForEachPixel(task.canvasWidth, part, [&](size_t pixel) {
+        const ColorNumber number = (*task.picture)[pixel];
+        const bool isShown = IsNear(task, number, (*task.canvas)[pixel]);
+        int symbol = symbolOf[number];
+        const bool known = symbol >= 0;
+        if (!known || (isShown && unchanged == Unchanged::Transparent && alphabet.transparentSymbol >= 0))
+            symbol = alphabet.transparentSymbol;
+        pixels.symbols.push_back(static_cast<uint8_t>(symbol));
+        pixels.open.push_back(isShown && known && canStayOpen);
+    });
+    return pixels;
+}
+
+// The colours of the symbols that occur. Every string begins as a single symbol, so that these are all.
+std::vector<ColorNumber> UsedColors(const Alphabet& alphabet, const LzwCodes& codes) {
+    std::vector<ColorNumber> used(alphabet.colors.size(), kUnused);
+    for (const uint16_t code : codes)
+        if (code < kLzwFirstEntry) used[code] = alphabet.colors[code];
+    return used;
+}
+
+// The bytes of the frame with the global palette or its own, whichever are fewer.
+size_t StoredSize(const FrameTask& task, CompressedFrame* frame) {
+    const auto count = static_cast<size_t>(std::count_if(
+        frame->colors.begin(), frame->colors.end(), [](ColorNumber number) { return number != kUnused; }));
+    const size_t local = LzwSize(frame->codes, LzwCodeSize(static_cast<int>(count))) + PaletteBytes(count);
+    if (task.isLocal) return local;
+    // The transparent symbol has an index that the frame needs for nothing else.
+    const size_t indices = std::max(count, task.global->colors.size());
+    const size_t shared = LzwSize(frame->codes, LzwCodeSize(static_cast<int>(indices)));
+    frame->isLocal = local < shared;
+    return std::min(local, shared);
+}
+
+// A way to store a frame.
+struct Attempt {
+    Alphabet alphabet;
+    LzwPixels pixels;
+    std::vector<uint8_t> nears;  // for the pixels; empty when every pixel is shown exactly
+    int codeSize = 8;
+};
+
+// Which colours may stand for which, as LzwPixels wants it.
+std::vector<uint8_t> NearsOf(const FrameTask& task, const Alphabet& alphabet) {
+    std::vector<uint8_t> nears;
+    for (const ColorNumber a : alphabet.colors)
+        for (const ColorNumber b : alphabet.colors) nears.push_back(IsNear(task, a, b));
+    return nears;
+}
+
+Attempt MakeAttempt(const FrameTask& task, Unchanged unchanged) {
+    Attempt attempt;
+    attempt.alphabet = MakeAlphabet(task, unchanged);
+    attempt.pixels = MakePixels(task, attempt.alphabet, unchanged);
+    if (task.lossy > 0) {
+        attempt.nears = NearsOf(task, attempt.alphabet);
+        attempt.pixels.nears = attempt.nears.data();  // which moving the attempt does not move
+    }
+    attempt.codeSize = task.isLocal ? LzwCodeSize(attempt.pixels.symbolCount) : task.global->codeSize;
+    return attempt;
+}
+
+// The size of some rows from the middle of each quarter.
+size_t SampleSize(const FrameTask& task, const Attempt& attempt) {
+    const auto width = static_cast<size_t>(task.plan->part.width);
+    const auto height = static_cast<size_t>(task.plan->part.height);
+    LzwPixels sample = {.symbols = {},
+                        .open = {},
+                        .symbolCount = attempt.pixels.symbolCount,
+                        .transparentSymbol = attempt.pixels.transparentSymbol,
+                        .nears = attempt.pixels.nears};
+    const size_t stripe = (height + kSampleShare * kStripes - 1) / (kSampleShare * kStripes) * width;
+    for (size_t i = 0; i < kStripes; ++i) {
+        const size_t start = (2 * i + 1) * height / (2 * kStripes) * width;
+        const size_t count = std::min(stripe, attempt.pixels.symbols.size() - start);
+        sample.symbols.insert(sample.symbols.end(), attempt.pixels.symbols.data() + start,
+                              attempt.pixels.symbols.data() + start + count);
+        sample.open.insert(sample.open.end(), attempt.pixels.open.data() + start,
+                           attempt.pixels.open.data() + start + count);
+    }
+    return LzwSize(CompressLzw(sample, attempt.codeSize, nullptr), attempt.codeSize);
+}
+
+bool IsSmall(const FramePlan& plan) {
+    return static_cast<size_t>(plan.part.width) * static_cast<size_t>(plan.part.height) <= kSmallArea;
+}
+
+// The attempts that are worth to be carried out: all for a small part, else the one that does best on some
+// rows.
+std::vector<Attempt> ChooseAttempts(const FrameTask& task) {
+    std::vector<Attempt> attempts;
+    const size_t area =
+        static_cast<size_t>(task.plan->part.width) * static_cast<size_t>(task.plan->part.height);
+    attempts.push_back(MakeAttempt(task, Unchanged::Either));
+    if (task.plan->unchanged * kFewUnchanged < area) return attempts;
+    attempts.push_back(MakeAttempt(task, Unchanged::Color));
+    if (IsSmall(*task.plan)) {
+        attempts.push_back(MakeAttempt(task, Unchanged::Transparent));
+        return attempts;
+    }
+    const bool second = SampleSize(task, attempts[1]) < SampleSize(task, attempts[0]);
+    attempts.erase(attempts.begin() + (second ? 0 : 1));
+    return attempts;
+}
+
+// Puts what the frame shows in place of what it was to show.
+void ShowStored(const FrameTask& task, const CompressedFrame& frame, const std::vector<uint8_t>& stored,
+                NumberedPicture* picture) {
+    *picture = *task.canvas;
+    size_t next = 0;
+    ForEachPixel(task.canvasWidth, frame.part, [&](size_t pixel) {
+        const ColorNumber number = frame.colors[stored[next++]];
+        if (number != kClear) (*picture)[pixel] = number;
+    });
+}
+
+}  // namespace
+
+size_t PaletteBytes(size_t colors) {
+    size_t stored = 2;
+    while (stored < colors) stored *= 2;
+    return 3 * stored;
+}
+
+CompressedFrame CompressFrame(const FramePlan& plan, const ColorNumbers& numbers, const GlobalColors& global,
+                              const NumberedPicture& canvas, int canvasWidth, int lossy,
+                              NumberedPicture* picture) {
+    FrameTask task = {.plan = &plan,
+                      .numbers = &numbers,
+                      .global = &global,
+                      .canvas = &canvas,
+                      .picture = picture,
+                      .canvasWidth = canvasWidth,
+                      .isLocal = false,
+                      .lossy = lossy};
+    for (const ColorNumber number : plan.needed)
+        if (!global.contains[number]) task.isLocal = true;
+    std::vector<Attempt> attempts = ChooseAttempts(task);
+    CompressedFrame best;
+    std::vector<uint8_t> bestStored;
+    size_t least = SIZE_MAX;
+    const auto carryOut = [&](const Attempt& attempt) {
+        CompressedFrame frame = {.part = plan.part, .disposal = plan.disposal, .codes = {}, .colors = {}};
+        std::vector<uint8_t> stored;
+        frame.codes = CompressLzw(attempt.pixels, attempt.codeSize, lossy > 0 ? &stored : nullptr);
+        frame.colors = UsedColors(attempt.alphabet, frame.codes);
+        frame.isLocal = task.isLocal;
+        const size_t size = StoredSize(task, &frame);
+        if (size >= least) return false;
+        least = size;
+        best = std::move(frame);
+        bestStored = std::move(stored);
+        return true;
+    };
+    size_t winner = 0;
+    for (size_t i = 0; i < attempts.size(); ++i)
+        if (carryOut(attempts[i])) winner = i;
+    if (IsSmall(plan)) {
+        attempts[winner].pixels.looksAhead = false;
+        carryOut(attempts[winner]);
+    }
+    if (lossy > 0) ShowStored(task, best, bestStored, picture);
+    return best;
+}
+
+}  // namespace kfx

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// What a GIF animation shows, picture by picture, with numbers in place of colours.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "media/animation_writer.h"
+#include "media/gif_canvas.h"
+
+namespace kfx {
+
+// The number of a colour in the whole animation; the same colour of two palettes has one number.
+using ColorNumber = uint32_t;
+constexpr ColorNumber kClear = 0;  // a transparent pixel
+
+// Numbers of the canvas' pixels, top row first.
+using NumberedPicture = std::vector<ColorNumber>;
+
+struct ColorNumbers {
+    std::vector<RgbColor> colors = {RgbColor()};  // by number; the first stands for kClear
+    std::unordered_map<uint32_t, ColorNumber> numbers;
+};
+
+// The number of a colour, which gets the next one when it has none.
+ColorNumber NumberOf(ColorNumbers* numbers, RgbColor color);
+
+// The palette of a frame: its own, or the global one.
+const std::vector<RgbColor>& PaletteOf(const GifAnimation& gif, const GifFrame& frame);
+
+// Shows one frame after the other. `gif` and `numbers` must outlive the player.
+struct GifPlayer {
+    const GifAnimation* gif;
+    ColorNumbers* numbers;
+    NumberedPicture canvas;
+    NumberedPicture before;
+    size_t nextFrame = 0;
+};
+
+GifPlayer MakeGifPlayer(const GifAnimation& gif, ColorNumbers* numbers);
+
+// Gives the picture that the next frame shows, and disposes of the frame.
+void ShowNextFrame(GifPlayer* player, NumberedPicture* picture);
+
+// The smallest rectangle around `a` and `b`; one without width does not count.
+Rectangle Around(const Rectangle& a, const Rectangle& b);
+
+// The smallest rectangle around all pixels of a canvas for which `counts(pixel)` holds; without width when
+// there are none.
+template <typename Predicate>
+Rectangle BoundsOf(int width, int height, const Predicate& counts) {
+    int left = width;
+    int right = -1;
+    int top = height;
+    int bottom = -1;
+    size_t pixel = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x, ++pixel) {
+            if (!counts(pixel)) continue;
+            left = x < left ? x : left;
+            right = x > right ? x : right;
+            top = y < top ? y : top;
+            bottom = y;
+        }
+    }
+    if (right < 0) return {};
+    return {.left = left, .top = top, .width = right - left + 1, .height = bottom - top + 1};
+}
+
+// Calls `use(pixel)` for the number of each pixel of `part` on a canvas of this width.
+template <typename Use>
+void ForEachPixel(int canvasWidth, const Rectangle& part, const Use& use) {
+    for (int y = part.top; y < part.top + part.height; ++y) {
+        const size_t row = static_cast<size_t>(y) * static_cast<size_t>(canvasWidth);
+        for (int x = part.left; x < part.left + part.width; ++x) use(row + static_cast<size_t>(x));
+    }
+}
+
+}  // namespace kfx

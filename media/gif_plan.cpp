@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: MIT
+#include "media/gif_plan.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kfx {
+namespace {
+
+constexpr size_t kMostColors = 256;
+// An unchanged pixel that has to be stored costs about this share of a changed one.
+constexpr size_t kChangedToUnchanged = 16;
+
+struct Planner {
+    const GifAnimation* gif;
+    bool asGiven;  // keep each frame's own disposal
+    GifPlan plan;
+    // Frame numbers from 1: by number of a colour, the last frame that needed it, and that only had it.
+    std::vector<size_t> neededBy;
+    std::vector<size_t> shownBy;
+};
+
+// How a picture differs from a canvas.
+struct Difference {
+    Rectangle part;             // where they differ
+    size_t changed = 0;         // pixels
+    bool hasVanishing = false;  // the canvas has a colour where the picture is transparent
+};
+
+void CompareRow(const ColorNumber* from, const ColorNumber* to, size_t width, Difference* difference,
+                Rectangle* rowPart) {
+    uint32_t changed = 0;
+    uint32_t vanishing = 0;
+    for (size_t x = 0; x < width; ++x) {
+        changed += from[x] != to[x];
+        vanishing |= static_cast<uint32_t>(from[x] != to[x]) & static_cast<uint32_t>(to[x] == kClear);
+    }
+    difference->changed += changed;
+    difference->hasVanishing |= vanishing != 0;
+    size_t left = 0;
+    while (from[left] == to[left]) ++left;
+    size_t right = width;
+    while (from[right - 1] == to[right - 1]) --right;
+    rowPart->left = static_cast<int>(left);
+    rowPart->width = static_cast<int>(right - left);
+}
+
+Difference DifferenceOf(const GifAnimation& gif, const NumberedPicture& canvas,
+                        const NumberedPicture& picture) {
+    Difference difference;
+    const auto width = static_cast<size_t>(gif.width);
+    for (int y = 0; y < gif.height; ++y) {
+        const ColorNumber* from = canvas.data() + static_cast<size_t>(y) * width;
+        const ColorNumber* to = picture.data() + static_cast<size_t>(y) * width;
+        if (std::memcmp(from, to, width * sizeof *from) == 0) continue;
+        Rectangle row = {.left = 0, .top = y, .width = 0, .height = 1};
+        CompareRow(from, to, width, &difference, &row);
+        difference.part = Around(difference.part, row);
+    }
+    return difference;
+}
+
+// The part that has to become transparent between two pictures.
+Rectangle VanishingPart(const GifAnimation& gif, const NumberedPicture& from, const NumberedPicture& to) {
+    return BoundsOf(gif.width, gif.height,
+                    [&](size_t pixel) { return from[pixel] != kClear && to[pixel] == kClear; });
+}
+
+// A frame needs at least one pixel.
+Rectangle AtLeastOnePixel(Rectangle part) {
+    if (part.width > 0) return part;
+    return {.left = 0, .top = 0, .width = 1, .height = 1};
+}
+
+size_t AreaOf(const Rectangle& part) {
+    return static_cast<size_t>(part.width) * static_cast<size_t>(part.height);
+}
+
+// A way to dispose of a frame, and how the next picture differs from the canvas that it leaves.
+struct Choice {
+    int disposal = kDisposalKeep;
+    Rectangle part;  // what the frame has to store then
+    Difference next = {};
+};
+
+// What the frame and the next one cost, roughly, in unchanged pixels.
+size_t CostOf(const Choice& choice) {
+    return choice.next.changed * kChangedToUnchanged + AreaOf(choice.next.part) - choice.next.changed +
+           AreaOf(choice.part);
+}
+
+// `own` is how the picture differs from the canvas before it.
+Choice ChooseDisposal(const GifAnimation& gif, const Difference& own, const NumberedPicture& canvas,
+                      const NumberedPicture& picture, const NumberedPicture& next) {
+    const Choice keep = {
+        .disposal = kDisposalKeep, .part = own.part, .next = DifferenceOf(gif, picture, next)};
+    // The next picture differs from the canvas before this frame in no fewer pixels than the difference of
+    // the two numbers. Clearing is no better as long as nothing vanishes.
+    if (!keep.next.hasVanishing && 2 * keep.next.changed <= own.changed) return keep;
+    const Choice previous = {
+        .disposal = kDisposalPrevious, .part = own.part, .next = DifferenceOf(gif, canvas, next)};
+    if (!keep.next.hasVanishing)
+        return !previous.next.hasVanishing && CostOf(previous) < CostOf(keep) ? previous : keep;
+    Choice background = {.disposal = kDisposalBackground,
+                         .part = AtLeastOnePixel(Around(own.part, VanishingPart(gif, picture, next)))};
+    NumberedPicture cleared = picture;
+    ForEachPixel(gif.width, background.part, [&](size_t pixel) { cleared[pixel] = kClear; });
+    background.next = DifferenceOf(gif, cleared, next);
+    return !previous.next.hasVanishing && CostOf(previous) < CostOf(background) ? previous : background;
+}
+
+// After the last frame some viewers clear the canvas and others draw the first frame on what is there. What
+// the source clears is cleared.
+Choice ChooseLastDisposal(const GifAnimation& gif, const Rectangle& part, const NumberedPicture& picture,
+                          const NumberedPicture& first) {
+    const int given = gif.frames.back().disposal;
+    const Rectangle vanishing = VanishingPart(gif, picture, first);
+    if ((given != kDisposalBackground && !RestoresCanvas(given)) || vanishing.width == 0)
+        return {.disposal = kDisposalKeep, .part = part};
+    return {.disposal = kDisposalBackground, .part = Around(part, vanishing)};
+}
+
+Choice GivenDisposal(const GifAnimation& gif, const Rectangle& part, int disposal,
+                     const NumberedPicture& picture) {
+    if (RestoresCanvas(disposal)) return {.disposal = kDisposalPrevious, .part = part};
+    if (disposal != kDisposalBackground) return {.disposal = kDisposalKeep, .part = part};
+    const Rectangle colored =
+        BoundsOf(gif.width, gif.height, [&](size_t pixel) { return picture[pixel] != kClear; });
+    return {.disposal = kDisposalBackground, .part = Around(part, colored)};
+}
+
+void CollectColors(Planner* planner, size_t frame, const NumberedPicture& canvas,
+                   const NumberedPicture& picture) {
+    FramePlan& plan = planner->plan.frames[frame];
+    planner->neededBy.resize(planner->plan.numbers.colors.size());
+    planner->shownBy.resize(planner->plan.numbers.colors.size());
+    ForEachPixel(planner->gif->width, plan.part, [&](size_t pixel) {
+        const ColorNumber number = picture[pixel];
+        if (number == kClear) {
+            plan.hasClear = true;
+        } else if (number != canvas[pixel]) {
+            if (planner->neededBy[number] != frame + 1) plan.needed.push_back(number);
+            planner->neededBy[number] = frame + 1;
+        } else {
+            ++plan.unchanged;
+            if (planner->shownBy[number] != frame + 1) plan.shown.push_back(number);
+            planner->shownBy[number] = frame + 1;
+        }
+    });
+    std::erase_if(plan.shown, [&](ColorNumber number) { return planner->neededBy[number] == frame + 1; });
+}
+
+// Whether a palette can have what the frame needs: its colours, and an index for transparent pixels unless
+// every pixel has one of these colours.
+bool FitsPalette(const FramePlan& plan) {
+    if (plan.needed.size() < kMostColors) return true;
+    return plan.needed.size() == kMostColors && !plan.hasClear && plan.shown.empty();
+}
+
+// False: a frame that builds on other canvases than in the source needs more colours than a palette has.
+bool PlanFrames(Planner* planner) {
+    const GifAnimation& gif = *planner->gif;
+    GifPlayer player = MakeGifPlayer(gif, &planner->plan.numbers);
+    NumberedPicture canvas = player.canvas;
+    NumberedPicture first, picture, next;
+    ShowNextFrame(&player, &picture);
+    first = picture;
+    planner->plan.frames.resize(gif.frames.size());
+    Difference own = DifferenceOf(gif, canvas, picture);
+    // The first frame stays whole: some viewers take the animation's size from it.
+    own.part = {.left = 0, .top = 0, .width = gif.width, .height = gif.height};
+    for (size_t i = 0; i < gif.frames.size(); ++i) {
+        const bool isLast = i + 1 == gif.frames.size();
+        if (!isLast) ShowNextFrame(&player, &next);
+        const Choice choice = planner->asGiven ? GivenDisposal(gif, own.part, gif.frames[i].disposal, picture)
+                              : isLast         ? ChooseLastDisposal(gif, own.part, picture, first)
+                                               : ChooseDisposal(gif, own, canvas, picture, next);
+        FramePlan& plan = planner->plan.frames[i];
+        plan.part = AtLeastOnePixel(choice.part);
+        plan.disposal = choice.disposal;
+        CollectColors(planner, i, canvas, picture);
+        if (!FitsPalette(plan)) return false;
+        DisposePicture(gif.width, plan, picture, &canvas);
+        own = planner->asGiven && !isLast ? DifferenceOf(gif, canvas, next) : choice.next;
+        picture.swap(next);
+    }
+    return true;
+}
+
+}  // namespace
+
+GifPlan PlanGif(const GifAnimation& gif) {
+    Planner planner = {.gif = &gif, .asGiven = false, .plan = {}, .neededBy = {}, .shownBy = {}};
+    if (PlanFrames(&planner)) return std::move(planner.plan);
+    planner = {.gif = &gif, .asGiven = true, .plan = {}, .neededBy = {}, .shownBy = {}};
+    PlanFrames(&planner);
+    return std::move(planner.plan);
+}
+
+void DisposePicture(int canvasWidth, const FramePlan& frame, const NumberedPicture& picture,
+                    NumberedPicture* canvas) {
+    if (frame.disposal == kDisposalPrevious) return;
+    *canvas = picture;
+    if (frame.disposal != kDisposalBackground) return;
+    ForEachPixel(canvasWidth, frame.part, [&](size_t pixel) { (*canvas)[pixel] = kClear; });
+}
+
+}  // namespace kfx
