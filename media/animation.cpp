@@ -83,6 +83,15 @@ void NoteTransparency(Frame* frame) {
     frame->transparent = allAlphas != 255;
 }
 
+std::string ShortDelayNote(const Animation& animation) {
+    constexpr int kShortestKept = 20;
+    size_t count = 0;
+    for (const Frame& frame : animation.frames) count += MillisecondsOf(frame) < kShortestKept;
+    if (count == 0 || animation.frames.size() == 1) return "";
+    return (count == 1 ? "1 frame is" : std::to_string(count) + " frames are") +
+           " to be shown for less than 20 ms, which most viewers make a tenth of a second";
+}
+
 std::string DamageWarning(size_t frames) {
     if (frames == 1) return "the file is damaged or cut after its first frame; only that frame is used";
     return "the file is damaged or cut after frame " + std::to_string(frames) +

@@ -27,6 +27,8 @@ enum Disposal {
     kDisposalPrevious = 3,
 };
 
+constexpr int kNoMilliseconds = -1;
+
 // One moment of an animation, composited to the full canvas as a viewer shows it.
 struct Frame {
     // Red, green, blue, alpha (straight, not premultiplied), top row first: 4 * width * height bytes.
@@ -42,10 +44,24 @@ struct Frame {
     int top = 0;
     int disposal = kDisposalUnspecified;
     int delay = 0;  // hundredths of a second
+    // The same time exactly, when the file says it in milliseconds; kNoMilliseconds otherwise.
+    int milliseconds = kNoMilliseconds;
 };
+
+// The frame's time in milliseconds.
+inline int MillisecondsOf(const Frame& frame) {
+    return frame.milliseconds == kNoMilliseconds ? 10 * frame.delay : frame.milliseconds;
+}
 
 constexpr int kLoopForever = 0;
 constexpr int kLoopNone = -1;
+
+// What a file says about its pictures, as it stands there; empty where it says nothing.
+struct Metadata {
+    std::vector<uint8_t> colorProfile;  // ICC
+    std::vector<uint8_t> exif;          // TIFF, without "Exif" before it
+    std::vector<uint8_t> xmp;           // XML
+};
 
 struct Animation {
     int width = 0;
@@ -57,10 +73,15 @@ struct Animation {
     bool hasBackground = false;
     RgbColor background;
     std::string comment;  // the file's bytes; several comments are joined by a line feed
+    Metadata metadata;
     std::vector<Frame> frames;
     // Not empty when the file is damaged and only its complete frames were read: one clause for the user.
     std::string warning;
 };
+
+// A clause for the user when frames have times that viewers do not keep: most show a frame of less than 20 ms
+// for a tenth of a second. Empty when there is none.
+std::string ShortDelayNote(const Animation& animation);
 
 // The largest animation that is read; checked against the file's headers before memory of that size is
 // allocated.

@@ -29,6 +29,9 @@ struct GifAnimation {
     int loopCount = kLoopNone;
     std::vector<RgbColor> globalPalette;  // may be empty when each frame has its own
     std::string comment;                  // empty: no comment block
+    bool hasBackground = false;
+    RgbColor background;  // kept when the global palette has it or a free entry; viewers do not show it
+    Metadata metadata;    // the format holds colour profile and XMP
     std::vector<GifFrame> frames;
 };
 
@@ -49,10 +52,25 @@ bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* err
 bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error,
                const GifOptions& options = GifOptions());
 
-// Uses the size, the loop count and each frame's pixels and delay. Sides are limited to 16383. A frame that
-// equals its predecessor is stored as a longer delay. Colours of fully transparent pixels are not kept.
-bool WriteWebp(const std::string& path, const Animation& animation, std::string* error);
-bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error);
+enum class WebpKind {
+    Lossless,
+    NearLossless,  // lossless after small changes of the pixels
+    Lossy,
+};
+
+struct WebpOptions {
+    WebpKind kind = WebpKind::Lossless;
+    int quality = 75;  // 0 to 100, for NearLossless and Lossy: 100 is the best one
+    int effort = 6;    // 0 to 9: more takes longer and makes smaller files
+};
+
+// Uses the size, loop count, background, metadata and each frame's pixels and time, to the millisecond. Sides
+// are limited to 16383. A frame that equals its predecessor is stored as a longer time. Colours of fully
+// transparent pixels are not kept.
+bool WriteWebp(const std::string& path, const Animation& animation, std::string* error,
+               const WebpOptions& options = WebpOptions());
+bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error,
+                const WebpOptions& options = WebpOptions());
 
 // A single RGBA picture, top row first: 4 * width * height bytes.
 struct Picture {

@@ -141,6 +141,31 @@ bool ReadWholeFile(const std::string& path, std::vector<uint8_t>* content, std::
     }
 }
 
+bool IsSameFile(const std::string& path, const std::string& other) {
+    fs::path first;
+    fs::path second;
+    std::string ignored;
+    if (!PathFromUtf8(path, &first, &ignored) || !PathFromUtf8(other, &second, &ignored)) return false;
+    std::error_code failure;
+    return fs::equivalent(first, second, failure) && !failure;
+}
+
+bool MayWriteFile(const std::string& path, const std::vector<std::string>& inputs, bool replace,
+                  std::string* error) {
+    fs::path name;
+    if (!PathFromUtf8(path, &name, error)) return false;
+    std::error_code failure;
+    if (!fs::exists(name, failure) || IsDevice(name)) return true;
+    for (const std::string& input : inputs) {
+        if (!IsSameFile(path, input)) continue;
+        *error = Failure(path, "the result cannot replace its own source; choose another name", "");
+        return false;
+    }
+    if (replace) return true;
+    *error = Failure(path, "the file exists; use --force to replace it", "");
+    return false;
+}
+
 bool WriteWholeFile(const std::string& path, const std::vector<uint8_t>& content, std::string* error) {
     const auto copyContent = [&content](size_t, std::vector<uint8_t>* copy, std::string* clause) {
         try {

@@ -13,6 +13,16 @@ namespace kfx {
 // Reads a whole file. On failure returns false with one sentence in *error, path first.
 bool ReadWholeFile(const std::string& path, std::vector<uint8_t>* content, std::string* error);
 
+// Whether both paths lead to one file, also by links or other spellings of its name. False when one of them
+// does not exist.
+bool IsSameFile(const std::string& path, const std::string& other);
+
+// To be asked before work on a result begins: false with one sentence in *error, path first, when `path` is
+// one of the inputs, or when a file of this name exists and is not to be replaced. Devices and pipes may
+// always be written to.
+bool MayWriteFile(const std::string& path, const std::vector<std::string>& inputs, bool replace,
+                  std::string* error);
+
 // Writes a file so that `path` holds either its old content or all of the new one: the bytes go to a
 // temporary name in the same folder, which is renamed at the end and removed on failure. Links are followed;
 // devices and pipes are written to directly.

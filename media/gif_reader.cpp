@@ -66,6 +66,14 @@ void ReadScreen(GifReader* reader) {
     }
 }
 
+// The text is followed by a 1 and by bytes that descend from 255 to 0; see PutMetadata of the writer. Drops
+// the text when they are missing.
+void CutXmpEnd(std::vector<uint8_t>* xmp) {
+    constexpr size_t kEnd = 257;
+    const bool whole = xmp->size() >= kEnd && (*xmp)[xmp->size() - kEnd] == 1 && xmp->back() == 0;
+    xmp->erase(whole ? xmp->end() - kEnd : xmp->begin(), xmp->end());
+}
+
 // An extension is a chain of blocks, each beginning with its length.
 bool ReadExtension(GifReader* reader) {
     int code = 0;
@@ -73,6 +81,8 @@ bool ReadExtension(GifReader* reader) {
     if (DGifGetExtension(reader->gif, &code, &block) == GIF_ERROR) return false;
     Animation* animation = reader->animation;
     bool isLoopExtension = false;
+    bool isXmp = false;
+    bool isProfile = false;
     if (code == COMMENT_EXT_FUNC_CODE && block && !animation->comment.empty()) animation->comment += '\n';
     for (bool first = true; block; first = false) {
         const size_t length = block[0];
@@ -84,11 +94,20 @@ bool ReadExtension(GifReader* reader) {
         } else if (code == APPLICATION_EXT_FUNC_CODE && first) {
             isLoopExtension = length == 11 && (std::memcmp(text, "NETSCAPE2.0", length) == 0 ||
                                                std::memcmp(text, "ANIMEXTS1.0", length) == 0);
+            isXmp = length == 11 && std::memcmp(text, "XMP DataXMP", length) == 0;
+            isProfile = length == 11 && std::memcmp(text, "ICCRGBG1012", length) == 0;
         } else if (isLoopExtension && length >= 3 && block[1] == 1) {
             animation->loopCount = block[2] | block[3] << 8;
+        } else if (isXmp) {
+            // The text's own bytes stand where the lengths of blocks are expected.
+            animation->metadata.xmp.insert(animation->metadata.xmp.end(), block, block + 1 + length);
+        } else if (isProfile) {
+            animation->metadata.colorProfile.insert(animation->metadata.colorProfile.end(), block + 1,
+                                                    block + 1 + length);
         }
         if (DGifGetExtensionNext(reader->gif, &block) == GIF_ERROR) return false;
     }
+    if (isXmp) CutXmpEnd(&animation->metadata.xmp);
     return true;
 }
 

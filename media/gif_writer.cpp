@@ -72,16 +72,39 @@ void PutLoopCount(Bytes* file, int loopCount) {
     file->push_back(0);
 }
 
+void PutBlocks(Bytes* file, const uint8_t* data, size_t size) {
+    for (size_t at = 0; at < size; at += kMaxBlockSize) {
+        const size_t length = std::min(kMaxBlockSize, size - at);
+        file->push_back(static_cast<uint8_t>(length));
+        file->insert(file->end(), data + at, data + at + length);
+    }
+    file->push_back(0);
+}
+
 void PutComment(Bytes* file, const std::string& comment) {
     if (comment.empty()) return;
     file->insert(file->end(), {0x21, 0xFE});
-    for (size_t at = 0; at < comment.size(); at += kMaxBlockSize) {
-        const size_t length = std::min(kMaxBlockSize, comment.size() - at);
-        file->push_back(static_cast<uint8_t>(length));
-        file->insert(file->end(), comment.begin() + static_cast<ptrdiff_t>(at),
-                     comment.begin() + static_cast<ptrdiff_t>(at + length));
+    PutBlocks(file, reinterpret_cast<const uint8_t*>(comment.data()), comment.size());
+}
+
+// Color profiles stand in blocks. XMP stands there as text, whose bytes readers that do not know it take for
+// the lengths of blocks: the descending bytes at the end lead them all to one place.
+void PutMetadata(Bytes* file, const Metadata& metadata) {
+    if (!metadata.colorProfile.empty()) {
+        file->insert(file->end(), {0x21, 0xFF, 11});
+        PutText(file, "ICCRGBG1012");
+        PutBlocks(file, metadata.colorProfile.data(), metadata.colorProfile.size());
     }
-    file->push_back(0);
+    // A zero would end the text; XMP in UTF-8 has none.
+    const std::vector<uint8_t>& xmp = metadata.xmp;
+    if (!xmp.empty() && std::find(xmp.begin(), xmp.end(), 0) == xmp.end()) {
+        file->insert(file->end(), {0x21, 0xFF, 11});
+        PutText(file, "XMP DataXMP");
+        file->insert(file->end(), xmp.begin(), xmp.end());
+        file->push_back(1);
+        for (int value = 255; value >= 0; --value) file->push_back(static_cast<uint8_t>(value));
+        file->push_back(0);
+    }
 }
 
 void PutFrame(Bytes* file, const GifParts& parts, const CompressedFrame& frame, int delay,
@@ -109,21 +132,42 @@ void PutFrame(Bytes* file, const GifParts& parts, const CompressedFrame& frame, 
     WriteLzw(frame.codes, LzwCodeSize(indices.highest + 1), indices.indexOfSymbol, file);
 }
 
-void PutFile(const GifParts& parts, Bytes* file) {
+// The index of the background colour in the palette of so many entries, which gets it where an entry is free;
+// 0 when it has no room.
+uint8_t PlaceBackground(const GifAnimation& gif, ColorNumbers* numbers, size_t entries,
+                        std::vector<ColorNumber>* colors) {
+    if (!gif.hasBackground || entries == 0) return 0;
+    const ColorNumber number = NumberOf(numbers, gif.background);
+    const size_t room = size_t{2} << PaletteSizeBits(entries);
+    for (size_t i = 0; i < colors->size(); ++i)
+        if ((*colors)[i] == number) return static_cast<uint8_t>(i);
+    for (size_t i = 0; i < room; ++i) {
+        if (i == colors->size()) colors->push_back(kUnused);
+        if ((*colors)[i] != kUnused) continue;
+        (*colors)[i] = number;
+        return static_cast<uint8_t>(i);
+    }
+    return 0;
+}
+
+void PutFile(GifParts* work, Bytes* file) {
+    const GifParts& parts = *work;
     const GifAnimation& gif = *parts.gif;
-    const PaletteOrder order = ChooseOrder(parts);
+    PaletteOrder order = ChooseOrder(parts);
     size_t entries = order.colors.size();
     for (const CompressedFrame& frame : parts.frames)
         if (!frame.isLocal)
             entries = std::max(entries, static_cast<size_t>(IndicesOf(frame, order.indices).highest) + 1);
+    const uint8_t background = PlaceBackground(gif, &work->numbers, entries, &order.colors);
     PutText(file, "GIF89a");
     PutU16(file, gif.width);
     PutU16(file, gif.height);
     const int sizeBits = entries > 0 ? 0x80 | PaletteSizeBits(entries) : 0;
-    file->insert(file->end(), {static_cast<uint8_t>(0x70 | sizeBits), 0, 0});
+    file->insert(file->end(), {static_cast<uint8_t>(0x70 | sizeBits), background, 0});
     if (entries > 0) PutPalette(file, parts.numbers, order.colors, entries);
     PutLoopCount(file, gif.loopCount);
     PutComment(file, gif.comment);
+    PutMetadata(file, gif.metadata);
     for (size_t i = 0; i < parts.frames.size(); ++i)
         PutFrame(file, parts, parts.frames[i], gif.frames[i].delay, order);
     file->push_back(0x3B);
@@ -144,7 +188,7 @@ void EncodeChecked(const GifAnimation& gif, const GifOptions& options, Bytes* fi
         DisposePicture(gif.width, frame, picture, &canvas);
     }
     parts.numbers = std::move(plan.numbers);
-    PutFile(parts, file);
+    PutFile(&parts, file);
 }
 
 }  // namespace

@@ -76,9 +76,24 @@ bool SpendFrames(const WebPDemuxer* demuxer, PixelBudget* budget, std::string* e
     return true;
 }
 
+struct ChunkIterator {
+    WebPChunkIterator at = {};
+    ~ChunkIterator() { WebPDemuxReleaseChunkIterator(&at); }
+};
+
+// The first chunk of this name; empty when there is none.
+std::vector<uint8_t> ReadChunk(const WebPDemuxer* demuxer, const char* name) {
+    ChunkIterator chunk;
+    if (!WebPDemuxGetChunk(demuxer, name, 1, &chunk.at)) return {};
+    return {chunk.at.chunk.bytes, chunk.at.chunk.bytes + chunk.at.chunk.size};
+}
+
 void ReadCanvas(const WebPDemuxer* demuxer, Animation* animation) {
     animation->width = static_cast<int>(WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_WIDTH));
     animation->height = static_cast<int>(WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_HEIGHT));
+    animation->metadata = {.colorProfile = ReadChunk(demuxer, "ICCP"),
+                           .exif = ReadChunk(demuxer, "EXIF"),
+                           .xmp = ReadChunk(demuxer, "XMP ")};
     if ((WebPDemuxGetI(demuxer, WEBP_FF_FORMAT_FLAGS) & ANIMATION_FLAG) == 0) return;
     animation->loopCount = RepeatsOf(WebPDemuxGetI(demuxer, WEBP_FF_LOOP_COUNT));
     const uint32_t background = WebPDemuxGetI(demuxer, WEBP_FF_BACKGROUND_COLOR);  // 0xAARRGGBB
@@ -90,6 +105,7 @@ void ReadCanvas(const WebPDemuxer* demuxer, Animation* animation) {
 // Decodes frames until the end, or until the first damaged one: then returns false.
 bool ReadFrames(const WebPDemuxer* demuxer, WebPAnimDecoder* decoder, Animation* animation) {
     const size_t bytes = 4 * static_cast<size_t>(animation->width) * static_cast<size_t>(animation->height);
+    const bool isAnimated = (WebPDemuxGetI(demuxer, WEBP_FF_FORMAT_FLAGS) & ANIMATION_FLAG) != 0;
     FrameIterator frames;
     int carry = 0;
     bool more = WebPDemuxGetFrame(demuxer, 1, &frames.at) != 0;
@@ -105,6 +121,7 @@ bool ReadFrames(const WebPDemuxer* demuxer, WebPAnimDecoder* decoder, Animation*
         frame.disposal =
             frames.at.dispose_method == WEBP_MUX_DISPOSE_BACKGROUND ? kDisposalBackground : kDisposalKeep;
         frame.delay = HundredthsOf(frames.at.duration, &carry);
+        if (isAnimated) frame.milliseconds = frames.at.duration;
         animation->frames.push_back(std::move(frame));
         more = WebPDemuxNextFrame(&frames.at) != 0;
     }

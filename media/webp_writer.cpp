@@ -15,11 +15,6 @@ namespace kfx {
 namespace {
 
 constexpr int kMaxLoopCount = 65535;
-// Levels run from 0 to 9. On photographs of 1920 x 1080, level 0 takes a quarter of the time and its files
-// are more than twice as large. The levels between 0 and 6 take about as long as 6. Those above 6 take longer
-// and save nothing.
-constexpr int kLosslessLevel = 6;
-
 struct EncoderDeleter {
     void operator()(WebPAnimEncoder* encoder) const { WebPAnimEncoderDelete(encoder); }
 };
@@ -70,40 +65,83 @@ bool AddFrame(WebPAnimEncoder* encoder, const WebPConfig& config, const Animatio
            WebPAnimEncoderAdd(encoder, &holder.picture, startTime, &config);
 }
 
-bool EncodeChecked(const Animation& animation, std::vector<uint8_t>* file) {
-    WebPAnimEncoderOptions options;
-    WebPConfig config;
-    if (!WebPAnimEncoderOptionsInit(&options) || !WebPConfigInit(&config) ||
-        !WebPConfigLosslessPreset(&config, kLosslessLevel))
+// Lossless levels run from 0 to 9. On photographs of 1920 x 1080, level 0 takes a quarter of the time and its
+// files are more than twice as large. The levels between 0 and 6 take about as long as 6. Those above 6 take
+// longer and save nothing. Lossy methods run from 0 to 6.
+bool Configure(const WebpOptions& options, WebPConfig* config) {
+    const int effort = std::clamp(options.effort, 0, 9);
+    const int quality = std::clamp(options.quality, 0, 100);
+    if (!WebPConfigInit(config)) return false;
+    if (options.kind != WebpKind::Lossy) {
+        if (!WebPConfigLosslessPreset(config, effort)) return false;
+        if (options.kind == WebpKind::NearLossless) config->near_lossless = quality;
+    } else {
+        config->quality = static_cast<float>(quality);
+        config->method = std::min(effort, 6);
+    }
+    return WebPValidateConfig(config) != 0;
+}
+
+struct MuxDeleter {
+    void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
+};
+
+bool SetChunk(WebPMux* mux, const char* name, const std::vector<uint8_t>& bytes) {
+    const WebPData data = {bytes.data(), bytes.size()};
+    return bytes.empty() || WebPMuxSetChunk(mux, name, &data, 1) == WEBP_MUX_OK;
+}
+
+// The file with the metadata; `file` is as it was when there are none.
+bool AddMetadata(const Metadata& metadata, std::vector<uint8_t>* file) {
+    if (metadata.colorProfile.empty() && metadata.exif.empty() && metadata.xmp.empty()) return true;
+    const WebPData plain = {file->data(), file->size()};
+    const std::unique_ptr<WebPMux, MuxDeleter> mux(WebPMuxCreate(&plain, 1));
+    AssembledFile assembled;
+    if (!mux || !SetChunk(mux.get(), "ICCP", metadata.colorProfile) ||
+        !SetChunk(mux.get(), "EXIF", metadata.exif) || !SetChunk(mux.get(), "XMP ", metadata.xmp) ||
+        WebPMuxAssemble(mux.get(), &assembled.data) != WEBP_MUX_OK)
         return false;
-    options.anim_params.loop_count = TimesShown(animation.loopCount);
-    const Encoder encoder(WebPAnimEncoderNew(animation.width, animation.height, &options));
+    file->assign(assembled.data.bytes, assembled.data.bytes + assembled.data.size);
+    return true;
+}
+
+bool EncodeChecked(const Animation& animation, const WebpOptions& options, std::vector<uint8_t>* file) {
+    WebPAnimEncoderOptions encoderOptions;
+    WebPConfig config;
+    if (!WebPAnimEncoderOptionsInit(&encoderOptions) || !Configure(options, &config)) return false;
+    encoderOptions.anim_params.loop_count = TimesShown(animation.loopCount);
+    if (animation.hasBackground)
+        encoderOptions.anim_params.bgcolor =
+            0xFF000000u | static_cast<uint32_t>(animation.background.red << 16 |
+                                                animation.background.green << 8 | animation.background.blue);
+    const Encoder encoder(WebPAnimEncoderNew(animation.width, animation.height, &encoderOptions));
     if (!encoder) return false;
     // The encoder takes the time at which each frame begins, and finally the time at which the last one ends.
     int64_t time = 0;
     const auto startOf = [&time] { return static_cast<int>(std::min<int64_t>(time, INT_MAX)); };
     for (const Frame& frame : animation.frames) {
         if (!AddFrame(encoder.get(), config, animation, frame, startOf())) return false;
-        time += int64_t{10} * std::max(frame.delay, 0);
+        time += std::max(MillisecondsOf(frame), 0);
     }
     AssembledFile assembled;
     if (!WebPAnimEncoderAdd(encoder.get(), nullptr, startOf(), nullptr) ||
         !WebPAnimEncoderAssemble(encoder.get(), &assembled.data))
         return false;
     file->assign(assembled.data.bytes, assembled.data.bytes + assembled.data.size);
-    return true;
+    return AddMetadata(animation.metadata, file);
 }
 
 }  // namespace
 
-bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error) {
+bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error,
+                const WebpOptions& options) {
     file->clear();
     if (const char* fault = FaultOf(animation)) {
         *error = fault;
         return false;
     }
     try {
-        if (EncodeChecked(animation, file)) return true;
+        if (EncodeChecked(animation, options, file)) return true;
     } catch (const std::bad_alloc&) {
     }
     *error = "there is not enough memory to write the WebP file";
@@ -111,9 +149,10 @@ bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::str
     return false;
 }
 
-bool WriteWebp(const std::string& path, const Animation& animation, std::string* error) {
-    const auto encode = [&animation](size_t, std::vector<uint8_t>* file, std::string* clause) {
-        return EncodeWebp(animation, file, clause);
+bool WriteWebp(const std::string& path, const Animation& animation, std::string* error,
+               const WebpOptions& options) {
+    const auto encode = [&animation, &options](size_t, std::vector<uint8_t>* file, std::string* clause) {
+        return EncodeWebp(animation, file, clause, options);
     };
     return WriteWholeFiles({path}, encode, error);
 }

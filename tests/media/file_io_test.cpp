@@ -207,6 +207,35 @@ TEST(FileIo, A_failed_writer_leaves_the_old_file) {
     EXPECT_EQ(error, folder.File("x.png") + ": there are no frames to write.");
 }
 
+TEST(FileIo, A_result_may_not_replace_its_source_under_any_name) {
+    const Folder folder;
+    std::string error;
+    ASSERT_TRUE(WriteWholeFile(folder.File("a.gif"), {1}, &error));
+    ASSERT_TRUE(WriteWholeFile(folder.File("b.gif"), {1}, &error));
+    fs::create_hard_link(folder.path / "a.gif", folder.path / "hard.gif");
+    const std::vector<std::string> inputs = {folder.File("b.gif"), folder.File("a.gif")};
+    for (const char* name : {"a.gif", "./a.gif", "hard.gif", "b.gif"}) {
+        EXPECT_FALSE(MayWriteFile(folder.File(name), inputs, true, &error)) << name;
+        EXPECT_EQ(error,
+                  folder.File(name) + ": the result cannot replace its own source; choose another name.");
+    }
+    EXPECT_TRUE(IsSameFile(folder.File("a.gif"), folder.File("./hard.gif")));
+    EXPECT_FALSE(IsSameFile(folder.File("a.gif"), folder.File("b.gif")));
+    EXPECT_FALSE(IsSameFile(folder.File("a.gif"), folder.File("none")));
+    EXPECT_FALSE(IsSameFile(folder.File("none"), folder.File("none")));
+}
+
+TEST(FileIo, An_existing_file_is_replaced_only_on_request) {
+    const Folder folder;
+    std::string error;
+    EXPECT_TRUE(MayWriteFile(folder.File("x.gif"), {}, false, &error));
+    ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {1}, &error));
+    EXPECT_FALSE(MayWriteFile(folder.File("x.gif"), {}, false, &error));
+    EXPECT_EQ(error, folder.File("x.gif") + ": the file exists; use --force to replace it.");
+    EXPECT_TRUE(MayWriteFile(folder.File("x.gif"), {}, true, &error));
+    EXPECT_FALSE(MayWriteFile("", {}, true, &error));
+}
+
 TEST(FileIo, A_file_of_no_known_format_is_named_in_the_error) {
     const Folder folder;
     std::string error;
@@ -285,6 +314,7 @@ TEST(FileIo, A_pipe_that_takes_only_a_part_is_an_error_and_stays) {
         while (read(reader, &byte, 1) != 1 && !written) std::this_thread::yield();
         close(reader);
     });
+    EXPECT_TRUE(MayWriteFile(folder.File("pipe"), {folder.File("pipe")}, false, &error));
     EXPECT_FALSE(WriteWholeFile(folder.File("pipe"), Bytes(4 << 20, 1), &error));
     written = true;
     closing.join();

@@ -433,6 +433,37 @@ TEST(GifWriter, Lossy_random_animations_keep_transparency_and_the_bound) {
     }
 }
 
+TEST(GifWriter, Colour_profile_XMP_and_background_survive) {
+    GifAnimation gif = TextGif(3, 1, {TextFrame("RGB"), TextFrame("BGR")});
+    gif.metadata.colorProfile = Bytes(700, 0);
+    gif.metadata.colorProfile[300] = 7;
+    const std::string xmp = "<x:xmpmeta>" + std::string(1000, 'x') + "</x:xmpmeta>";
+    gif.metadata.xmp.assign(xmp.begin(), xmp.end());
+    gif.hasBackground = true;
+    gif.background = {1, 2, 3};  // not in the palette, which has three colours and so a free entry
+    const Bytes file = EncodeOrFail(gif);
+    const Animation animation = ReadOrFail(file);
+    EXPECT_EQ(animation.metadata.colorProfile, gif.metadata.colorProfile);
+    EXPECT_EQ(animation.metadata.xmp, gif.metadata.xmp);
+    EXPECT_EQ(animation.background, gif.background);
+    ExpectSamePlay(gif, file);
+    gif.background = {0, 255, 0};
+    EXPECT_EQ(RoundTrip(gif).background, gif.background);
+}
+
+TEST(GifWriter, XMP_of_every_length_is_followed_by_frames_that_are_read) {
+    for (size_t length = 1; length < 300; ++length) {
+        GifAnimation gif = TextGif(2, 1, {TextFrame("RG"), TextFrame("GR")});
+        for (size_t i = 0; i < length; ++i) gif.metadata.xmp.push_back(static_cast<uint8_t>(' ' + i % 90));
+        const Animation animation = RoundTrip(gif);
+        ASSERT_EQ(animation.frames.size(), 2u) << length;
+        ASSERT_EQ(animation.metadata.xmp, gif.metadata.xmp);
+    }
+    GifAnimation gif = TextGif(2, 1, {TextFrame("RG")});
+    gif.metadata.xmp = {'a', 0, 'b'};
+    EXPECT_TRUE(RoundTrip(gif).metadata.xmp.empty());
+}
+
 TEST(GifWriter, What_the_format_cannot_hold_is_refused_with_a_reason) {
     EXPECT_EQ(ErrorOf(TextGif(1, 1, {})), "a GIF animation needs at least one frame");
     EXPECT_EQ(ErrorOf(TextGif(0, 1, {TextFrame("")})), "a GIF animation may have 1 to 65535 pixels a side");

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "media/animation_writer.h"
+#include "media/sample_animation.h"
 #include "tests/media/gif_builder.h"
 
 namespace kfx {
@@ -88,6 +89,79 @@ TEST(WebpWriter, Loop_counts_survive) {
         source.loopCount = loopCount;
         EXPECT_EQ(ReadOrFail(WebpOrFail(source)).loopCount, loopCount);
     }
+}
+
+TEST(WebpWriter, Milliseconds_survive) {
+    Animation source = RandomAnimation(8, 8, 4, 13, false);
+    const int times[] = {33, 33, 17, 250};
+    for (size_t i = 0; i < 4; ++i) source.frames[i].milliseconds = times[i];
+    const Animation animation = ReadOrFail(WebpOrFail(source));
+    ASSERT_EQ(animation.frames.size(), 4u);
+    for (size_t i = 0; i < 4; ++i) EXPECT_EQ(animation.frames[i].milliseconds, times[i]);
+    const Animation again = ReadOrFail(WebpOrFail(animation));
+    for (size_t i = 0; i < 4; ++i) EXPECT_EQ(again.frames[i].milliseconds, times[i]);
+    EXPECT_NE(ShortDelayNote(again).find("1 frame is"), std::string::npos);
+    source.frames[2].milliseconds = 20;
+    EXPECT_EQ(ShortDelayNote(source), "");
+}
+
+TEST(WebpWriter, Metadata_and_background_survive) {
+    Animation source = RandomAnimation(8, 8, 2, 13, false);
+    source.hasBackground = true;
+    source.background = {10, 20, 30};
+    source.metadata = {.colorProfile = Bytes(333, 5), .exif = {1, 2, 3}, .xmp = {'<', 'x', '>'}};
+    for (const size_t frames : {2u, 1u}) {
+        source.frames.resize(frames);
+        const Animation animation = ReadOrFail(WebpOrFail(source));
+        EXPECT_EQ(animation.metadata.colorProfile, source.metadata.colorProfile);
+        EXPECT_EQ(animation.metadata.exif, source.metadata.exif);
+        EXPECT_EQ(animation.metadata.xmp, source.metadata.xmp);
+        EXPECT_TRUE(animation.frames[0].pixels == source.frames[0].pixels);
+        EXPECT_EQ(animation.hasBackground, frames == 2);
+        EXPECT_EQ(animation.background, frames == 2 ? source.background : RgbColor());
+    }
+}
+
+// Squared differences of colours, a pixel.
+double ErrorOf(const Animation& a, const Animation& b) {
+    double sum = 0;
+    for (size_t i = 0; i < a.frames[0].pixels.size(); ++i) {
+        const double difference = a.frames[0].pixels[i] - b.frames[0].pixels[i];
+        sum += difference * difference;
+    }
+    return 4 * sum / static_cast<double>(a.frames[0].pixels.size());
+}
+
+TEST(WebpWriter, Kinds_quality_and_effort_trade_size_for_exactness) {
+    Animation source;
+    source.width = kSampleWidth;
+    source.height = kSampleHeight;
+    source.frames.resize(1);
+    source.frames[0].pixels = DrawSampleFrame(0).pixels;
+    const auto encode = [&source](const WebpOptions& options) {
+        Bytes file;
+        std::string error;
+        EXPECT_TRUE(EncodeWebp(source, &file, &error, options)) << error;
+        return file;
+    };
+    const Bytes exact = encode({});
+    const Bytes quick = encode({.effort = 0});
+    const Bytes near = encode({.kind = WebpKind::NearLossless, .quality = 20});
+    const Bytes good = encode({.kind = WebpKind::Lossy, .quality = 90});
+    const Bytes small = encode({.kind = WebpKind::Lossy, .quality = 30});
+    EXPECT_LT(exact.size(), quick.size());
+    EXPECT_LT(near.size(), exact.size());
+    EXPECT_LT(good.size(), near.size());
+    EXPECT_LT(small.size(), good.size());
+    EXPECT_EQ(ErrorOf(source, ReadOrFail(exact)), 0);
+    EXPECT_EQ(ErrorOf(source, ReadOrFail(quick)), 0);
+    EXPECT_GT(ErrorOf(source, ReadOrFail(near)), 0);
+    EXPECT_LT(ErrorOf(source, ReadOrFail(near)), 200);
+    EXPECT_LT(ErrorOf(source, ReadOrFail(good)), ErrorOf(source, ReadOrFail(small)));
+    // Numbers beyond the range are the nearest ones in it.
+    EXPECT_EQ(encode({.effort = -1}), quick);
+    EXPECT_EQ(encode({.kind = WebpKind::Lossy, .quality = 1000}),
+              encode({.kind = WebpKind::Lossy, .quality = 100}));
 }
 
 TEST(WebpWriter, What_the_format_cannot_hold_is_refused_with_a_reason) {
