@@ -70,6 +70,10 @@ start_wine() {
 # start_wine_sessions COUNT: prefixes with a display each, for test programs side by side; see cmake/wine.
 start_wine_sessions() {
     local number prefix
+    [ -z "${KFX_WINE_SESSIONS:-}" ] || return 0
+    case $work in
+        *[[:space:]@]*) fail "Windows tests cannot run in a folder whose path has a space or an @: $work" ;;
+    esac
     start_wine
     KFX_WINE_SESSIONS=$WINEPREFIX@$DISPLAY
     for ((number = 2; number <= $1; ++number)); do
@@ -101,8 +105,10 @@ copy_prefix() {
     [ ! -f "$1/.complete" ] || return 0
     rm -rf "$1"
     mkdir -p "$1"
+    # Wine writes its registry to the files some time after a change, and when its last program has ended.
+    [ "$(ls "$work/sessions")" != "$$" ] || { wine_server "$WINEPREFIX" -k && wine_server "$WINEPREFIX" -w; }
     if ! { tar -C "$WINEPREFIX" --exclude=./drive_c/windows -cf - . | tar -C "$1" -xf - &&
-        rm -f "$1/.complete" &&
+        rm -f "$1/.complete" "$1/.managed" &&
         cp -al "$WINEPREFIX/drive_c/windows" "$1/drive_c/" &&
         touch "$1/.complete"; }; then
         fail "the Wine prefix could not be copied to ${1#"$root"/}."
@@ -114,7 +120,8 @@ copy_prefix() {
 manage_windows() {
     local state=$WINEPREFIX/.managed
     [ ! -f "$state" ] || [ "$(<"$state")" != "$1" ] || return 0
-    "$root/cmake/wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d "$1" /f >/dev/null 2>&1
+    "$root/cmake/wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d "$1" /f >/dev/null 2>&1 ||
+        fail "Wine could not change the registry of ${WINEPREFIX#"$root"/}."
     echo "$1" >"$state"
 }
 

@@ -68,9 +68,9 @@ else()
         $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> $<$<COMPILE_LANGUAGE:CXX>:-fno-threadsafe-statics>)
 endif()
 
-# kfx_kernel_flags: for effects, their machinery and the framework's mathematics, on top of the plug-in's flags. Nobody asks the C library's errno or
-# the floating-point status for an error, and loops with a square root or a comparison become vectors only when the
-# compiler knows. No result changes.
+# kfx_kernel_flags: for effects, their machinery and the framework's mathematics, on top of the plug-in's flags. Nothing
+# reads the C library's errno or the floating-point status after a calculation, and only when the compiler knows this
+# does it turn loops with a square root or a comparison into vector code. No result changes.
 add_library(kfx_kernel_flags INTERFACE)
 target_link_libraries(kfx_kernel_flags INTERFACE kfx_plugin_flags)
 if(NOT MSVC)
