@@ -34,8 +34,9 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
 };
 
 // Folders that are compiled natively too, and a single pair of files.
-const std::set<std::string> kPortable = {"host",    "framework", "kernels", "effects", "builder",
-                                         "media",   "commands",  "cli",     "documents/document_text"};
+const std::set<std::string> kPortable = {"host",     "framework", "kernels",
+                                         "effects",  "builder",   "media",
+                                         "commands", "cli",       "documents/document_text"};
 
 // The row of the table that holds for a file.
 std::string PlaceOf(const std::string& path) {
