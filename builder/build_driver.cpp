@@ -12,6 +12,7 @@
 #include "builder/supercompression.h"
 #include "framework/memory_guards.h"
 #include "framework/panel.h"
+#include "framework/settings.h"
 #include "framework/source_animation.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
@@ -292,6 +293,16 @@ int32_t Fail(const Build& build, BuildMessage message) {
 }
 
 }  // namespace
+
+BuildOptions OptionsFromSettings() {
+    BuildOptions options = {};
+    options.paletteChoice = static_cast<int32_t>(settings.mainPalette);
+    options.addComment = settings.addDescriptiveCommentBlock != 0;
+    options.fastRemap = settings.fastRemap != 0;
+    options.ditherBrightness = static_cast<int32_t>(settings.ditherBrightness);
+    options.ditherContrast = static_cast<int32_t>(settings.ditherContrast);
+    return options;
+}
 
 BuildOptions OptionsForMode(BuildOptions asSet, BuildMode mode) {
     asSet.test = mode == BuildMode::Test;

@@ -24,6 +24,9 @@ struct BuildOptions {
     bool test;  // into a test task of the host
 };
 
+// What the settings say; what only controls say is off.
+BuildOptions OptionsFromSettings();
+
 // The palette choice that stands for the source animation's own global palette.
 constexpr int32_t kSourcePalette = 9;
 

@@ -16,12 +16,6 @@
 namespace kfx::commands {
 namespace {
 
-constexpr char kName[] = "Kestrel FX #1";
-
-constexpr const char* kPalettes[] = {PALETTE_NAME_0, PALETTE_NAME_1, PALETTE_NAME_2,
-                                     PALETTE_NAME_3, PALETTE_NAME_4, PALETTE_NAME_5,
-                                     PALETTE_NAME_6, PALETTE_NAME_7, PALETTE_NAME_8};
-
 struct Direct {
     EngineStart start;
     MemoryHandle source = nullptr;                     // the animation block that the session handed over
@@ -53,7 +47,7 @@ void Close(void* opened) {
     delete direct;
 }
 
-std::string Name(void*) { return kName; }
+std::string Name(void*) { return kPluginName; }
 
 bool ListEffects(void*, std::vector<std::string>* names, Failure*) {
     for (size_t i = 0; i < EffectCount(); ++i) names->emplace_back(EffectAt(i)->name);
@@ -106,7 +100,7 @@ bool ListParameters(void*, int effect, std::vector<Parameter>* parameters, Failu
 }
 
 bool ListPalettes(void*, std::vector<std::string>* names, Failure*) {
-    names->assign(std::begin(kPalettes), std::end(kPalettes));
+    *names = SplitItems(FIXED_PALETTE_NAMES);
     return true;
 }
 
@@ -116,8 +110,12 @@ bool SelectSource(Direct* direct, Failure* failure) {
     OpenAnimationRequest request = MakeOpenAnimationRequest(nullptr, "");
     const uint64_t block = RequestOpenAnimation(&direct->start.session->context, &request);
     direct->source = reinterpret_cast<MemoryHandle>(static_cast<uintptr_t>(block));
-    if (!direct->source) *failure = {kExitBadInput, "there is not enough memory for this animation."};
-    return direct->source != nullptr;
+    if (IsSoundAnimation(direct->source)) return true;
+    *failure = direct->source ? Failure{kExitEngine, "the animation that was handed over is not sound."}
+                              : Failure{kExitEngine, "there is not enough memory for this animation."};
+    FreeMemory(direct->source);
+    direct->source = nullptr;
+    return false;
 }
 
 // The settings of one build: the plug-in's own, but for what the job and the command say.
@@ -140,17 +138,13 @@ void FillSettings(const EngineStart& start, const Job& job) {
 }
 
 BuildOptions OptionsOf(const Job& job) {
-    BuildOptions options = {};
+    BuildOptions options = OptionsFromSettings();
     options.trueColor = job.paletteUse == PaletteUse::TrueColor;
     options.customPalette = job.paletteUse == PaletteUse::Computed;
     options.dither = job.dither;
     options.supercompress = job.supercompress;
-    options.paletteChoice =
-        job.paletteUse == PaletteUse::Listed ? job.palette : static_cast<int32_t>(settings.mainPalette);
+    if (job.paletteUse == PaletteUse::Listed) options.paletteChoice = job.palette;
     options.addComment = job.comment;
-    options.fastRemap = settings.fastRemap != 0;
-    options.ditherBrightness = static_cast<int32_t>(settings.ditherBrightness);
-    options.ditherContrast = static_cast<int32_t>(settings.ditherContrast);
     return options;
 }
 

@@ -44,6 +44,11 @@ ImageHandle DecodeFrame(const AnimationFrame& frame) {
 
 }  // namespace
 
+bool IsSoundAnimation(MemoryHandle block) {
+    const MemoryLock lock(block);
+    return lock && IsAnimation(lock.address, MemorySize(block));
+}
+
 SourceState ReadSourceHeader(const MemoryLock& lock, AnimationHeader* header) {
     if (!lock.memory) return SourceState::None;
     // A block has at least one byte: without a size, the question for it failed.

@@ -12,6 +12,10 @@
 
 namespace kfx {
 
+// Whether the block, which may be null, is an animation and whole; see IsAnimation. False as well when it
+// cannot be locked.
+bool IsSoundAnimation(MemoryHandle block);
+
 // What the source is, as far as it can be told.
 enum class SourceState {
     Animation,

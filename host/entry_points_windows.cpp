@@ -20,7 +20,6 @@
 namespace kfx {
 namespace {
 
-constexpr char kPluginName[] = "Kestrel FX #1";
 constexpr char kNotice[] = "Kestrel FX #1 Plugin (c) 2026 Quorvane Labs";
 
 // Writes a text into a record of `size` bytes; what does not fit is cut.

@@ -8,6 +8,7 @@
 
 namespace kfx {
 
+constexpr char kPluginName[] = "Kestrel FX #1";
 constexpr uint32_t kPluginInterfaceVersion = 0x1000;  // major 16 in bits 8..15, minor 0 in bits 0..7
 constexpr uint32_t kOldestHostMajorVersion = 16;
 

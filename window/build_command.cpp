@@ -15,18 +15,13 @@ namespace {
 bool IsChecked(HWND window, int id) { return IsDlgButtonChecked(window, id) == BST_CHECKED; }
 
 BuildOptions ReadOptions(HWND window) {
-    BuildOptions options = {};
+    BuildOptions options = OptionsFromSettings();
     options.trueColor = IsChecked(window, IDC_TRUE_COLOR);
     options.customPalette = IsChecked(window, IDC_CUSTOM_PALETTE);
     options.dither = IsChecked(window, IDC_DITHER);
     options.supercompress = IsChecked(window, IDC_SUPERCOMPRESS);
     // The window has no such control, so builds never have a local background.
     options.localBackground = IsChecked(window, IDC_BUILD_LOCAL_BACKGROUND);
-    options.paletteChoice = static_cast<int32_t>(settings.mainPalette);
-    options.addComment = settings.addDescriptiveCommentBlock != 0;
-    options.fastRemap = settings.fastRemap != 0;
-    options.ditherBrightness = static_cast<int32_t>(settings.ditherBrightness);
-    options.ditherContrast = static_cast<int32_t>(settings.ditherContrast);
     return options;
 }
 

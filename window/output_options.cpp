@@ -9,10 +9,6 @@
 #include "window/plugin_state.h"
 #include "window/source_opening.h"
 
-#define FIXED_PALETTE_NAMES                                                                    \
-    PALETTE_NAME_0 ";" PALETTE_NAME_1 ";" PALETTE_NAME_2 ";" PALETTE_NAME_3 ";" PALETTE_NAME_4 \
-                   ";" PALETTE_NAME_5 ";" PALETTE_NAME_6 ";" PALETTE_NAME_7 ";" PALETTE_NAME_8
-
 namespace kfx {
 namespace {
 

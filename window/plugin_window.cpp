@@ -87,7 +87,7 @@ void OnInitDialog(HWND window, const HostContext* host) {
     if (!IsOpen(window)) return;
     RememberFileDialogSize(width, height);
     StartLogo(&windowLogo, window, IDC_LOGO);
-    SetWindowTextA(window, "Kestrel FX #1");
+    SetWindowTextA(window, kPluginName);
     EnableDependentControls(window);
     CenterOnScreen(window);
     PostMessageA(window, kWindowMessage, kFillEffectList, 0);

@@ -5,7 +5,6 @@
 
 #include "framework/memory_guards.h"
 #include "framework/source_animation.h"
-#include "host/animation_block.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
@@ -16,11 +15,6 @@
 
 namespace kfx {
 namespace {
-
-bool IsSoundAnimation(MemoryHandle block) {
-    const MemoryLock lock(block);
-    return lock && IsAnimation(lock.address, MemorySize(block));
-}
 
 void ShowSource(HWND window) {
     SetDlgItemTextA(window, IDC_SOURCE_PATH, settings.fileNamePath);
