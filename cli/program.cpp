@@ -14,8 +14,7 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, const OwnOptions
     std::string text;
     switch (ParseCommandLine(arguments, own, line, &text)) {
         case ParseOutcome::ShowText:
-            WriteStandardOutput(text);
-            *exitCode = kExitDone;
+            *exitCode = WriteStandardOutput(text) ? kExitDone : kExitBadOutput;
             return false;
         case ParseOutcome::Error: {
             const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
@@ -34,8 +33,8 @@ CommandContext ContextFor(const CommandLine& line, const Engine& engine) {
 }
 
 int PrintResult(const Report& report, const CommandLine& line) {
-    PrintReport(report, line.json, line.quiet);
-    return report.exitCode;
+    if (PrintReport(report, line.json, line.quiet) || report.exitCode != kExitDone) return report.exitCode;
+    return kExitBadOutput;
 }
 
 }  // namespace kfx::cli

@@ -28,11 +28,13 @@ std::string LineOf(const HostSession& session) {
 
 }  // namespace
 
-void PrintReport(const Report& report, bool json, bool quiet) {
+bool PrintReport(const Report& report, bool json, bool quiet) {
     ClearProgressLine();
     const PrintedReport printed = FormatReport(report, json, quiet);
-    WriteStandardOutput(printed.output);
+    const bool written = WriteStandardOutput(printed.output);
     WriteStandardError(printed.errors);
+    if (!written) WriteStandardError("The standard output cannot be written; is its disk full?\n");
+    return written;
 }
 
 void ShowProgressLine(const HostSession& session) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The streams that a program was started with. A stream that takes nothing more, a closed pipe say, is given
-// up without a word: nobody reads it.
+// The streams that a program was started with.
 #pragma once
 
 #include <string>
@@ -10,7 +9,8 @@
 
 namespace kfx::commands {
 
-void WriteStandardOutput(const std::string& text);
+// False: the text is lost, on a full disk for example. A pipe whose reader has gone counts as written.
+bool WriteStandardOutput(const std::string& text);
 void WriteStandardError(const std::string& text);
 
 // Whether standard error is a terminal, where somebody watches.
@@ -19,8 +19,9 @@ bool ErrorsAreWatched();
 // Leaves a line that a process on the same terminal has begun and not ended.
 void LeaveUnfinishedLine();
 
-// Prints the report in place of the progress line.
-void PrintReport(const Report& report, bool json, bool quiet);
+// Prints the report in place of the progress line. False: standard output did not take it, which a sentence
+// on standard error then says.
+bool PrintReport(const Report& report, bool json, bool quiet);
 
 // One line on standard error that shows the engine's stage and frame; nothing unless that is a terminal.
 void ShowProgressLine(const HostSession& session);

@@ -6,22 +6,25 @@
 namespace kfx::commands {
 namespace {
 
-void Write(DWORD stream, const std::string& text) {
+bool Write(DWORD stream, const std::string& text) {
     const HANDLE handle = GetStdHandle(stream);
     size_t written = 0;
     while (written < text.size()) {
         DWORD count = 0;
         if (!WriteFile(handle, text.data() + written, static_cast<DWORD>(text.size() - written), &count,
-                       nullptr))
-            return;
-        if (count == 0) return;
+                       nullptr)) {
+            const DWORD error = GetLastError();
+            return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA;
+        }
+        if (count == 0) return false;
         written += count;
     }
+    return true;
 }
 
 }  // namespace
 
-void WriteStandardOutput(const std::string& text) { Write(STD_OUTPUT_HANDLE, text); }
+bool WriteStandardOutput(const std::string& text) { return Write(STD_OUTPUT_HANDLE, text); }
 void WriteStandardError(const std::string& text) { Write(STD_ERROR_HANDLE, text); }
 
 bool ErrorsAreWatched() {

@@ -71,7 +71,10 @@ uint64_t OpenAnimation(OpenAnimationRequest* request) {
     current->offerSource = current->offerAgain;
     current->record = MakeSourceRecord(*current->source);
     const uint64_t block = MakeBlock(*current->source);
-    if (!block) return 0;
+    if (!block) {
+        ++current->animationsRefused;
+        return 0;
+    }
     if (!current->keepSource) *current->source = {};
     PutPath(current->sourcePath, request);
     ++current->animationsOpened;

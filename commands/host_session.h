@@ -48,6 +48,7 @@ struct HostSession {
 
     // Written on the plug-in's thread, read by whoever watches it.
     std::atomic<int> animationsOpened{0};
+    std::atomic<int> animationsRefused{0};  // no memory for the block
     std::atomic<int> tasksClosed{0};
     std::atomic<std::uint64_t> signsOfLife{0};
     std::atomic<int> progressCurrent{0};

@@ -31,7 +31,7 @@ Report RunCommand(const CommandLine& line, const CommandContext& context) {
     try {
         return Run(line, context);
     } catch (const std::bad_alloc&) {
-        return FailedReport(kExitBadInput, "there is not enough memory for this animation.");
+        return FailedReport(kExitEngine, "there is not enough memory for this command.");
     }
 }
 

@@ -96,11 +96,12 @@ Parameter ReadList(HWND window, HWND control) {
 // Waits for the label beside a slider to show the number; the plug-in updates it by a posted message.
 bool LabelShows(HWND window, const Parameter& slider, int value) {
     const HWND label = GetDlgItem(window, slider.control + kLabelAfterSlider);
-    for (int tries = 0; tries < 400; ++tries) {
+    const ULONGLONG start = GetTickCount64();
+    do {
         int shown = 0;
         if (ReadNumber(ControlText(label), &shown) && shown == value) return true;
         Sleep(5);
-    }
+    } while (!HasStoppedAnswering() && GetTickCount64() - start < 1000ull * AnswerLimit());
     return false;
 }
 

@@ -207,15 +207,18 @@ bool SetOption(PluginRun* run, const std::string& name, bool on) {
 
 bool SelectSource(PluginRun* run) {
     const int before = run->session->animationsOpened;
+    const int refused = run->session->animationsRefused;
     Press(run, kSelectButton);
     const HWND build = GetDlgItem(run->window, kBuildButton);
-    if (!WaitUntil(run, run->timeoutSeconds, [run, before, build] {
-            return !run->messages.empty() ||
+    if (!WaitUntil(run, run->timeoutSeconds, [run, before, refused, build] {
+            return !run->messages.empty() || run->session->animationsRefused > refused ||
                    (run->session->animationsOpened > before && IsWindowEnabled(build));
         })) {
         return run->failure.error.empty() ? Fail(run, kExitEngine, "the plug-in's window has closed itself.")
                                           : false;
     }
+    if (run->session->animationsRefused > refused)
+        return Fail(run, kExitEngine, "there is not enough memory for this animation.");
     // The command's handler has ended when the window answers again.
     Send(run->window, WM_NULL);
     return NoMessage(run);

@@ -69,6 +69,17 @@ TEST_F(Streams, A_device_that_is_full_is_an_output_that_cannot_be_written) {
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
 }
 
+TEST_F(Streams, Output_that_is_lost_is_no_success) {
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(full, 0);
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"effects"}, {"effects", "--json"}, {"--help"}, {"--version"}}) {
+        const pid_t process = StartKestrel(arguments, full, STDERR_FILENO);
+        EXPECT_EQ(WaitForEnd(process), 4) << arguments.back();
+    }
+    close(full);
+}
+
 // What the program does when nobody reads what it prints.
 int RunWithoutReader(const std::vector<std::string>& arguments) {
     int ends[2];
