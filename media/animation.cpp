@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "media/animation.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -75,6 +76,20 @@ bool SpendPixels(PixelBudget* budget, uint64_t width, uint64_t height, std::stri
     }
     budget->spent += area;
     return true;
+}
+
+bool SpendFrames(PixelBudget* budget, uint64_t width, uint64_t height, uint64_t frames, std::string* error) {
+    for (uint64_t i = 0; i < frames; ++i)
+        if (!SpendPixels(budget, width, height, error)) return false;
+    return true;
+}
+
+int HundredthsOf(int milliseconds, int* carry) {
+    const int due = milliseconds + *carry;
+    int hundredths = std::max(0, (due + 5) / 10);
+    if (milliseconds >= 15) hundredths = std::max(hundredths, 2);
+    *carry = std::clamp(due - 10 * hundredths, -10, 10);
+    return hundredths;
 }
 
 void NoteTransparency(Frame* frame) {

@@ -72,6 +72,11 @@ bool WriteWebp(const std::string& path, const Animation& animation, std::string*
 bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error,
                 const WebpOptions& options = WebpOptions());
 
+// An animated PNG file: uses the size, the loop count and each frame's pixels and time, to the millisecond.
+// Every frame but the first is stored as the part that changes.
+bool WriteApng(const std::string& path, const Animation& animation, std::string* error);
+bool EncodeApng(const Animation& animation, std::vector<uint8_t>* file, std::string* error);
+
 // A single RGBA picture, top row first: 4 * width * height bytes.
 struct Picture {
     int width = 0;

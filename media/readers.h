@@ -21,6 +21,14 @@ struct PixelBudget {
 // side or the running sum is beyond the limits.
 bool SpendPixels(PixelBudget* budget, uint64_t width, uint64_t height, std::string* error);
 
+// The same for all frames of a file at once, before the first is decoded.
+bool SpendFrames(PixelBudget* budget, uint64_t width, uint64_t height, uint64_t frames, std::string* error);
+
+// Milliseconds to hundredths of a second. What rounding takes or adds goes to the next frame, so that the
+// animation keeps its pace (33 ms become 3, 3, 4, ...); but a frame of 15 ms and more never falls to a single
+// hundredth, because viewers show such frames for a tenth of a second. `carry` is 0 before the first frame.
+int HundredthsOf(int milliseconds, int* carry);
+
 // Sets `transparent` from the pixels.
 void NoteTransparency(Frame* frame);
 
@@ -28,6 +36,9 @@ bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
 bool ReadWebp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
               std::string* error);
 bool ReadPng(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);
+// The RGBA pixels of a PNG picture whose size was counted before; false when it is damaged.
+bool DecodePngPixels(const uint8_t* data, size_t size, std::vector<uint8_t>* rgba);
+
 bool ReadBmp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);
 
 // The warning of a file whose end is missing or damaged after `frames` complete frames.

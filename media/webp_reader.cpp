@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include <algorithm>
 #include <memory>
 
 #include <webp/demux.h>
 
+#include "media/loop_count.h"
 #include "media/readers.h"
 
 namespace kfx {
@@ -48,32 +48,6 @@ std::vector<uint8_t> CompleteChunks(const uint8_t* data, size_t size) {
     const auto riffSize = static_cast<uint32_t>(end - kChunkHeaderSize);
     for (unsigned i = 0; i < 4; ++i) whole[4 + i] = static_cast<uint8_t>(riffSize >> (8 * i));
     return whole;
-}
-
-// WebP counts how often an animation is shown, Animation how often it is repeated after that.
-int RepeatsOf(uint32_t shownTimes) {
-    if (shownTimes == 0) return kLoopForever;
-    return shownTimes == 1 ? kLoopNone : static_cast<int>(shownTimes - 1);
-}
-
-// Milliseconds to hundredths of a second. What rounding takes or adds goes to the next frame, so that the
-// animation keeps its pace (33 ms become 3, 3, 4, ...); but a frame of 15 ms and more never falls to a single
-// hundredth, because viewers show such frames for a tenth of a second.
-int HundredthsOf(int milliseconds, int* carry) {
-    const int due = milliseconds + *carry;
-    int hundredths = std::max(0, (due + 5) / 10);
-    if (milliseconds >= 15) hundredths = std::max(hundredths, 2);
-    *carry = std::clamp(due - 10 * hundredths, -10, 10);
-    return hundredths;
-}
-
-bool SpendFrames(const WebPDemuxer* demuxer, PixelBudget* budget, std::string* error) {
-    const uint64_t width = WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_WIDTH);
-    const uint64_t height = WebPDemuxGetI(demuxer, WEBP_FF_CANVAS_HEIGHT);
-    const uint32_t frames = WebPDemuxGetI(demuxer, WEBP_FF_FRAME_COUNT);
-    for (uint32_t i = 0; i < frames; ++i)
-        if (!SpendPixels(budget, width, height, error)) return false;
-    return true;
 }
 
 struct ChunkIterator {
@@ -147,7 +121,11 @@ bool ReadWebp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* 
         *error = kDamaged;
         return false;
     }
-    if (!SpendFrames(demuxer.get(), budget, error)) return false;
+    const WebPDemuxer* headers = demuxer.get();
+    if (!SpendFrames(budget, WebPDemuxGetI(headers, WEBP_FF_CANVAS_WIDTH),
+                     WebPDemuxGetI(headers, WEBP_FF_CANVAS_HEIGHT),
+                     WebPDemuxGetI(headers, WEBP_FF_FRAME_COUNT), error))
+        return false;
     ReadCanvas(demuxer.get(), animation);
 
     WebPAnimDecoderOptions options;

@@ -10,11 +10,12 @@
 
 #include "media/animation_writer.h"
 #include "media/file_io.h"
+#include "media/loop_count.h"
 
 namespace kfx {
 namespace {
 
-constexpr int kMaxLoopCount = 65535;
+constexpr uint32_t kMaxTimesShown = 65535;
 struct EncoderDeleter {
     void operator()(WebPAnimEncoder* encoder) const { WebPAnimEncoderDelete(encoder); }
 };
@@ -36,12 +37,6 @@ struct AssembledFile {
     AssembledFile(const AssembledFile&) = delete;
     AssembledFile& operator=(const AssembledFile&) = delete;
 };
-
-// WebP counts how often an animation is shown, Animation how often it is repeated after that.
-int TimesShown(int loopCount) {
-    if (loopCount == kLoopForever) return 0;
-    return loopCount < 0 ? 1 : std::min(loopCount, kMaxLoopCount - 1) + 1;
-}
 
 const char* FaultOf(const Animation& animation) {
     if (animation.width < 1 || animation.height < 1 || animation.width > WEBP_MAX_DIMENSION ||
@@ -109,7 +104,7 @@ bool EncodeChecked(const Animation& animation, const WebpOptions& options, std::
     WebPAnimEncoderOptions encoderOptions;
     WebPConfig config;
     if (!WebPAnimEncoderOptionsInit(&encoderOptions) || !Configure(options, &config)) return false;
-    encoderOptions.anim_params.loop_count = TimesShown(animation.loopCount);
+    encoderOptions.anim_params.loop_count = static_cast<int>(TimesShown(animation.loopCount, kMaxTimesShown));
     if (animation.hasBackground)
         encoderOptions.anim_params.bgcolor =
             0xFF000000u | static_cast<uint32_t>(animation.background.red << 16 |

@@ -94,6 +94,12 @@ TEST(PngReader, Grey_and_deep_pictures_become_eight_bit_colours) {
     EXPECT_EQ(ShowFrame(ReadOrFail(MakePng(2, 1, LCT_RGB, 16, raw, {}, false, -1)), 0), "RB");
 }
 
+TEST(PngReader, Samples_of_16_bits_are_rounded) {
+    const Bytes raw = {0x00, 0x80, 0x00, 0x81, 0xFE, 0x7F, 0xFF, 0x7E, 0xFF, 0x7F, 0xFF, 0x80};
+    const Animation animation = ReadOrFail(MakePng(2, 1, LCT_RGB, 16, raw, {}, false, -1));
+    EXPECT_EQ(animation.frames[0].pixels, (Bytes{0, 1, 254, 255, 254, 255, 255, 255}));
+}
+
 TEST(PngReader, A_cut_or_changed_file_is_an_error) {
     const Bytes file = MakePng(4, 2, LCT_RGBA, 8, Bytes(32, 90), {}, true, -1);
     // The last twelve bytes are an empty end mark, which the decoder does not miss.

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: MIT
+// Animated PNG files. The library knows still pictures only, so each frame is given to it as one.
+#include <algorithm>
+
+#include "media/apng.h"
+#include "media/gif_canvas.h"
+#include "media/loop_count.h"
+#include "media/readers.h"
+
+namespace kfx {
+namespace {
+
+struct ApngFrame {
+    Rectangle place;
+    int milliseconds = 0;
+    int disposal = kApngKeep;
+    int blend = kApngReplace;
+    std::vector<uint8_t> data;  // compressed
+};
+
+struct ApngReader {
+    Animation* animation;
+    std::vector<uint8_t> header;  // content of the header chunk
+    std::vector<uint8_t> shared;  // whole chunks that hold for all frames: palette and transparency
+    std::vector<uint8_t> canvas;  // RGBA
+    ApngFrame frame;
+    bool hasFrame = false;
+    uint32_t sequence = 0;  // of the next chunk that has a number
+    int carry = 0;
+};
+
+// Calls `use` for each pixel of the canvas in this place.
+template <typename Use>
+void ForEachCanvasPixel(ApngReader* reader, const Rectangle& place, const Use& use) {
+    for (int y = place.top; y < place.top + place.height; ++y) {
+        const size_t row = static_cast<size_t>(y) * static_cast<size_t>(reader->animation->width);
+        for (int x = place.left; x < place.left + place.width; ++x)
+            use(reader->canvas.data() + 4 * (row + static_cast<size_t>(x)));
+    }
+}
+
+// The next frame's place and time; false when they are damaged.
+bool ReadFrameControl(ApngReader* reader, const PngChunk& chunk) {
+    if (chunk.size != kFrameControlSize || !IsPngChunkWhole(chunk)) return false;
+    if (BigWord32(chunk.data) != reader->sequence++) return false;
+    const uint64_t width = BigWord32(chunk.data + 4);
+    const uint64_t height = BigWord32(chunk.data + 8);
+    const uint64_t left = BigWord32(chunk.data + 12);
+    const uint64_t top = BigWord32(chunk.data + 16);
+    const auto canvasWidth = static_cast<uint64_t>(reader->animation->width);
+    const auto canvasHeight = static_cast<uint64_t>(reader->animation->height);
+    if (width == 0 || height == 0 || left + width > canvasWidth || top + height > canvasHeight) return false;
+    const uint32_t denominator = BigWord16(chunk.data + 22);
+    const uint32_t parts = denominator == 0 ? 100 : denominator;
+    reader->frame = {
+        .place = {.left = static_cast<int>(left),
+                  .top = static_cast<int>(top),
+                  .width = static_cast<int>(width),
+                  .height = static_cast<int>(height)},
+        .milliseconds = static_cast<int>((1000 * BigWord16(chunk.data + 20) + parts / 2) / parts),
+        .disposal = chunk.data[24],
+        .blend = chunk.data[25],
+        .data = {}};
+    reader->hasFrame = true;
+    return reader->frame.disposal <= kApngPrevious && reader->frame.blend <= kApngOver;
+}
+
+// The frame's pixels as RGBA; false when they are damaged.
+bool DecodeFrame(const ApngReader& reader, std::vector<uint8_t>* pixels) {
+    std::vector<uint8_t> header;
+    PutBigWord32(&header, static_cast<uint32_t>(reader.frame.place.width));
+    PutBigWord32(&header, static_cast<uint32_t>(reader.frame.place.height));
+    header.insert(header.end(), reader.header.begin() + 8, reader.header.end());
+    std::vector<uint8_t> picture;
+    PutPngSignature(&picture);
+    PutPngChunk(&picture, kHeaderChunk, header);
+    picture.insert(picture.end(), reader.shared.begin(), reader.shared.end());
+    PutPngChunk(&picture, kDataChunk, reader.frame.data);
+    PutPngChunk(&picture, kEndChunk, {});
+    return DecodePngPixels(picture.data(), picture.size(), pixels);
+}
+
+// Draws a pixel over another one, both with straight alpha.
+void BlendOver(const uint8_t* source, uint8_t* target) {
+    const uint32_t own = 255u * source[3];
+    const uint32_t behind = (255u - source[3]) * target[3];
+    const uint32_t both = own + behind;
+    if (both == 0) return;
+    for (int i = 0; i < 3; ++i)
+        target[i] = static_cast<uint8_t>((source[i] * own + target[i] * behind + both / 2) / both);
+    target[3] = static_cast<uint8_t>((both + 127) / 255);
+}
+
+void DrawFrame(ApngReader* reader, const uint8_t* pixels) {
+    const Rectangle& place = reader->frame.place;
+    const bool over = reader->frame.blend == kApngOver;
+    ForEachCanvasPixel(reader, place, [&](uint8_t* target) {
+        if (over)
+            BlendOver(pixels, target);
+        else
+            std::copy_n(pixels, 4, target);
+        pixels += 4;
+    });
+}
+
+// Adds the frame whose data are complete; false when they are damaged.
+bool FinishFrame(ApngReader* reader) {
+    if (!reader->hasFrame) return true;
+    reader->hasFrame = false;
+    const ApngFrame& given = reader->frame;
+    std::vector<uint8_t> pixels;
+    if (!DecodeFrame(*reader, &pixels)) return false;
+    const std::vector<uint8_t> before =
+        given.disposal == kApngPrevious ? reader->canvas : std::vector<uint8_t>();
+    DrawFrame(reader, pixels.data());
+    Frame frame;
+    frame.pixels = reader->canvas;
+    NoteTransparency(&frame);
+    frame.left = given.place.left;
+    frame.top = given.place.top;
+    frame.disposal = given.disposal == kApngKeep         ? kDisposalKeep
+                     : given.disposal == kApngBackground ? kDisposalBackground
+                                                         : kDisposalPrevious;
+    frame.milliseconds = given.milliseconds;
+    frame.delay = HundredthsOf(given.milliseconds, &reader->carry);
+    reader->animation->frames.push_back(std::move(frame));
+    if (given.disposal == kApngPrevious)
+        reader->canvas = before;
+    else if (given.disposal == kApngBackground)
+        ForEachCanvasPixel(reader, given.place, [](uint8_t* target) { std::fill_n(target, 4, uint8_t{0}); });
+    return true;
+}
+
+// False at damage.
+bool ReadChunk(ApngReader* reader, const PngChunk& chunk) {
+    switch (chunk.name) {
+        case kHeaderChunk:
+            reader->header.assign(chunk.data, chunk.data + chunk.size);
+            return true;
+        case kPaletteChunk:
+        case kTransparencyChunk:
+            reader->shared.insert(reader->shared.end(), chunk.whole, chunk.whole + chunk.wholeSize);
+            return true;
+        case kFrameControlChunk:
+            return FinishFrame(reader) && ReadFrameControl(reader, chunk);
+        case kDataChunk:
+            // Without control before it, the still picture is not part of the animation.
+            if (!reader->hasFrame) return true;
+            if (!IsPngChunkWhole(chunk)) return false;
+            reader->frame.data.insert(reader->frame.data.end(), chunk.data, chunk.data + chunk.size);
+            return true;
+        case kFrameDataChunk:
+            if (!reader->hasFrame || chunk.size < 4 || !IsPngChunkWhole(chunk)) return false;
+            if (BigWord32(chunk.data) != reader->sequence++) return false;
+            reader->frame.data.insert(reader->frame.data.end(), chunk.data + 4, chunk.data + chunk.size);
+            return true;
+        default:
+            return true;
+    }
+}
+
+}  // namespace
+
+bool IsAnimatedPng(const uint8_t* data, size_t size) {
+    size_t at = kPngSignatureSize;
+    PngChunk chunk;
+    bool announced = false;
+    while (NextPngChunk(data, size, &at, &chunk)) {
+        if (chunk.name == kDataChunk && !announced) return false;
+        if (chunk.name == kAnimationChunk) announced = chunk.size == kAnimationChunkSize;
+        if (chunk.name == kFrameControlChunk && announced) return true;
+    }
+    return false;
+}
+
+bool ReadAnimatedPng(const uint8_t* data, size_t size, int width, int height, PixelBudget* budget,
+                     Animation* animation, std::string* error) {
+    size_t at = kPngSignatureSize;
+    PngChunk chunk;
+    uint64_t frames = 0;
+    while (NextPngChunk(data, size, &at, &chunk)) {
+        frames += chunk.name == kFrameControlChunk;
+        if (chunk.name == kAnimationChunk && chunk.size == kAnimationChunkSize)
+            animation->loopCount = RepeatsOf(BigWord32(chunk.data + 4));
+    }
+    if (!SpendFrames(budget, static_cast<uint64_t>(width), static_cast<uint64_t>(height), frames, error))
+        return false;
+    animation->width = width;
+    animation->height = height;
+    ApngReader reader = {.animation = animation, .header = {}, .shared = {}, .canvas = {}, .frame = {}};
+    reader.canvas.resize(size_t{4} * static_cast<size_t>(width) * static_cast<size_t>(height));
+    at = kPngSignatureSize;
+    bool whole = true;
+    bool ended = false;
+    while (whole && !ended && NextPngChunk(data, size, &at, &chunk)) {
+        ended = chunk.name == kEndChunk;
+        whole = ended ? FinishFrame(&reader) : ReadChunk(&reader, chunk);
+    }
+    if (!ended) {
+        // The last frame of a cut file is whole when all of its data are there.
+        if (whole) FinishFrame(&reader);
+        whole = false;
+    }
+    if (animation->frames.empty()) {
+        *error = "the PNG file is damaged before the end of its first frame";
+        return false;
+    }
+    if (!whole) animation->warning = DamageWarning(animation->frames.size());
+    return true;
+}
+
+}  // namespace kfx

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: MIT
+#include "media/apng.h"
+
+#include <gtest/gtest.h>
+
+#include "media/animation_writer.h"
+#include "media/gif_canvas.h"
+#include "tests/media/gif_builder.h"
+
+namespace kfx {
+namespace {
+
+using test::Bytes;
+using test::RandomAnimation;
+
+Bytes ApngOrFail(const Animation& animation) {
+    Bytes file;
+    std::string error;
+    EXPECT_TRUE(EncodeApng(animation, &file, &error)) << error;
+    return file;
+}
+
+Animation ReadOrFail(const Bytes& file) {
+    Animation animation;
+    std::string error;
+    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
+    return animation;
+}
+
+std::string ErrorOf(const Bytes& file, const ReadLimits& limits = ReadLimits()) {
+    Animation animation;
+    std::string error;
+    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits));
+    EXPECT_TRUE(animation.frames.empty());
+    return error;
+}
+
+// The compressed data of a picture of one colour.
+Bytes DataOf(int width, int height, const Bytes& color) {
+    Bytes pixels;
+    for (int i = 0; i < width * height; ++i) pixels.insert(pixels.end(), color.begin(), color.end());
+    // An animation of two different frames keeps the colour type when one of them is not opaque.
+    Animation animation;
+    animation.width = width;
+    animation.height = height;
+    animation.frames.resize(2);
+    animation.frames[0].pixels = pixels;
+    animation.frames[1].pixels = Bytes(pixels.size(), 3);
+    const Bytes file = ApngOrFail(animation);
+    size_t at = kPngSignatureSize;
+    PngChunk chunk;
+    while (NextPngChunk(file.data(), file.size(), &at, &chunk))
+        if (chunk.name == kDataChunk) return {chunk.data, chunk.data + chunk.size};
+    return {};
+}
+
+struct TestFrame {
+    Bytes color;  // RGBA
+    Rectangle place;
+    int disposal = kApngKeep;
+    int blend = kApngReplace;
+};
+
+// A file of 4 x 1 pixels; `hasStill` puts a picture before the frames that is none of them.
+Bytes BuildApng(const std::vector<TestFrame>& frames, bool hasStill = false) {
+    Bytes file;
+    PutPngSignature(&file);
+    PutPngChunk(&file, kHeaderChunk, {0, 0, 0, 4, 0, 0, 0, 1, 8, 6, 0, 0, 0});
+    PutPngChunk(&file, kAnimationChunk, {0, 0, 0, static_cast<uint8_t>(frames.size()), 0, 0, 0, 3});
+    if (hasStill) PutPngChunk(&file, kDataChunk, DataOf(4, 1, {1, 1, 1, 255}));
+    uint32_t sequence = 0;
+    for (const TestFrame& frame : frames) {
+        Bytes control;
+        PutBigWord32(&control, sequence++);
+        for (const int value : {frame.place.width, frame.place.height, frame.place.left, frame.place.top})
+            PutBigWord32(&control, static_cast<uint32_t>(value));
+        control.insert(control.end(), {0, 1, 0, 30, static_cast<uint8_t>(frame.disposal),
+                                       static_cast<uint8_t>(frame.blend)});
+        PutPngChunk(&file, kFrameControlChunk, control);
+        const Bytes pixels = DataOf(frame.place.width, frame.place.height, frame.color);
+        Bytes data;
+        const bool isFirst = sequence == 1 && !hasStill;
+        if (!isFirst) PutBigWord32(&data, sequence++);
+        data.insert(data.end(), pixels.begin(), pixels.end());
+        PutPngChunk(&file, isFirst ? kDataChunk : kFrameDataChunk, data);
+    }
+    PutPngChunk(&file, kEndChunk, {});
+    return file;
+}
+
+const Bytes kRed = {255, 0, 0, 255};
+const Bytes kGreen = {0, 255, 0, 255};
+const Bytes kHalfBlue = {0, 0, 255, 128};
+const Bytes kNothing = {0, 0, 0, 0};
+constexpr Rectangle kAll = {.left = 0, .top = 0, .width = 4, .height = 1};
+constexpr Rectangle kMiddle = {.left = 1, .top = 0, .width = 2, .height = 1};
+
+Bytes Row(const std::vector<Bytes>& pixels) {
+    Bytes row;
+    for (const Bytes& pixel : pixels) row.insert(row.end(), pixel.begin(), pixel.end());
+    return row;
+}
+
+TEST(Apng, Written_frames_times_and_loops_are_read_back) {
+    for (const bool transparent : {false, true}) {
+        Animation source = RandomAnimation(21, 17, 4, 31, transparent);
+        source.frames[2] = source.frames[1];
+        for (size_t i = 0; i < 20; ++i) source.frames[3].pixels[4 * i + 3] = transparent ? 77 : 255;
+        const int times[] = {33, 0, 65535, 100000};
+        for (size_t i = 0; i < 4; ++i) source.frames[i].milliseconds = times[i];
+        for (const int loopCount : {kLoopForever, kLoopNone, 1, 1000000}) {
+            source.loopCount = loopCount;
+            const Animation animation = ReadOrFail(ApngOrFail(source));
+            EXPECT_EQ(animation.warning, "");
+            EXPECT_EQ(animation.loopCount, loopCount);
+            ASSERT_EQ(animation.frames.size(), 4u);
+            for (size_t i = 0; i < 4; ++i) {
+                EXPECT_TRUE(animation.frames[i].pixels == source.frames[i].pixels) << i;
+                EXPECT_EQ(animation.frames[i].milliseconds, times[i]);
+            }
+            EXPECT_EQ(animation.frames[3].delay, 10000);
+        }
+    }
+}
+
+TEST(Apng, Only_what_changes_is_stored) {
+    Animation source = RandomAnimation(60, 50, 1, 8, false);
+    source.frames.push_back(source.frames[0]);
+    source.frames[1].pixels[4 * (10 * 60 + 20)] ^= 1;
+    const size_t one = [&] {
+        Animation still = source;
+        still.frames.resize(1);
+        return ApngOrFail(still).size();
+    }();
+    const Bytes file = ApngOrFail(source);
+    EXPECT_LT(file.size(), one + 100);
+    EXPECT_EQ(ReadOrFail(file).frames[1].left, 20);
+    EXPECT_EQ(ReadOrFail(file).frames[1].top, 10);
+}
+
+TEST(Apng, Disposal_and_blending_are_those_of_the_format) {
+    const Animation animation = ReadOrFail(BuildApng({
+        {.color = kRed, .place = kAll},
+        {.color = kGreen, .place = kMiddle, .disposal = kApngPrevious},
+        {.color = kHalfBlue, .place = kMiddle, .disposal = kApngBackground, .blend = kApngOver},
+        {.color = kHalfBlue, .place = kAll, .blend = kApngOver},
+        {.color = kNothing, .place = kMiddle},
+    }));
+    EXPECT_EQ(animation.loopCount, 2);
+    ASSERT_EQ(animation.frames.size(), 5u);
+    const Bytes mixed = {127, 0, 128, 255};
+    EXPECT_EQ(animation.frames[0].pixels, Row({kRed, kRed, kRed, kRed}));
+    EXPECT_EQ(animation.frames[1].pixels, Row({kRed, kGreen, kGreen, kRed}));
+    EXPECT_EQ(animation.frames[2].pixels, Row({kRed, mixed, mixed, kRed}));
+    EXPECT_EQ(animation.frames[3].pixels, Row({mixed, kHalfBlue, kHalfBlue, mixed}));
+    EXPECT_EQ(animation.frames[4].pixels, Row({mixed, kNothing, kNothing, mixed}));
+    EXPECT_EQ(animation.frames[1].milliseconds, 33);
+    EXPECT_EQ(animation.frames[0].delay + animation.frames[1].delay + animation.frames[2].delay, 10);
+}
+
+TEST(Apng, A_still_picture_without_control_is_no_frame) {
+    const Animation animation =
+        ReadOrFail(BuildApng({{.color = kRed, .place = kAll}, {.color = kGreen, .place = kAll}}, true));
+    ASSERT_EQ(animation.frames.size(), 2u);
+    EXPECT_EQ(animation.frames[0].pixels, Row({kRed, kRed, kRed, kRed}));
+}
+
+TEST(Apng, Damage_and_cuts_leave_the_complete_frames_and_a_warning) {
+    const Bytes whole = BuildApng({{.color = kRed, .place = kAll},
+                                   {.color = kGreen, .place = kAll},
+                                   {.color = kRed, .place = kMiddle}});
+    size_t read = 0;
+    for (size_t size = 0; size < whole.size(); ++size) {
+        const Bytes cut(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
+        Animation animation;
+        std::string error;
+        if (!ReadAnimationFromMemory(cut.data(), cut.size(), &animation, &error)) {
+            EXPECT_NE(error, "");
+            continue;
+        }
+        EXPECT_GE(animation.frames.size(), read);
+        read = animation.frames.size();
+        EXPECT_EQ(animation.frames[0].pixels, Row({kRed, kRed, kRed, kRed}));
+    }
+    EXPECT_EQ(read, 3u);
+    for (size_t at = kPngSignatureSize + 40; at < whole.size(); ++at) {
+        Bytes changed = whole;
+        changed[at] ^= 0x55;
+        Animation animation;
+        std::string error;
+        if (ReadAnimationFromMemory(changed.data(), changed.size(), &animation, &error))
+            EXPECT_LE(animation.frames.size(), 3u);
+        else
+            EXPECT_NE(error, "");
+    }
+}
+
+TEST(Apng, A_frame_beyond_the_canvas_is_damage) {
+    const Rectangle beyond = {.left = 3, .top = 0, .width = 2, .height = 1};
+    const Animation animation =
+        ReadOrFail(BuildApng({{.color = kRed, .place = kAll}, {.color = kRed, .place = beyond}}));
+    EXPECT_EQ(animation.frames.size(), 1u);
+    EXPECT_EQ(animation.warning, DamageWarning(1));
+    EXPECT_EQ(ErrorOf(BuildApng({{.color = kRed, .place = beyond}})),
+              "the PNG file is damaged before the end of its first frame");
+}
+
+TEST(Apng, The_budget_counts_all_frames_before_the_first_is_decoded) {
+    ReadLimits limits;
+    limits.maxPixels = 11;
+    const std::vector<TestFrame> frames(3, {.color = kRed, .place = kAll});
+    EXPECT_EQ(ErrorOf(BuildApng(frames), limits),
+              "the frames together have more than 11 pixels, which is too much to hold");
+    limits.maxPixels = 12;
+    Animation animation;
+    std::string error;
+    const Bytes file = BuildApng(frames);
+    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits)) << error;
+}
+
+TEST(Apng, What_the_format_cannot_hold_is_refused_with_a_reason) {
+    Animation source = RandomAnimation(4, 4, 1, 17, false);
+    Bytes file;
+    std::string error;
+    source.width = 5;
+    EXPECT_FALSE(EncodeApng(source, &file, &error));
+    EXPECT_EQ(error, "a PNG frame must cover the whole animation");
+    source.frames.clear();
+    EXPECT_FALSE(EncodeApng(source, &file, &error));
+    EXPECT_EQ(error, "a PNG animation needs at least one frame");
+}
+
+}  // namespace
+}  // namespace kfx
