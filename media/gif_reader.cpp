@@ -216,6 +216,32 @@ bool ReadRecords(GifReader* reader, std::string* error) {
     }
 }
 
+size_t PaletteBytes(uint8_t flags) { return flags & 0x80 ? size_t{6} << (flags & 7) : 0; }
+
+// The images that the file has up to its end or to the first place that is none of its records; nothing is
+// decoded.
+uint64_t CountImages(const uint8_t* data, size_t size) {
+    constexpr size_t kScreenEnd = 13;
+    constexpr size_t kDescriptorSize = 10;
+    if (size < kScreenEnd) return 0;
+    uint64_t count = 0;
+    size_t at = kScreenEnd + PaletteBytes(data[10]);
+    while (at < size) {
+        const bool isImage = data[at] == 0x2C;
+        if (isImage && size - at > kDescriptorSize)
+            at += kDescriptorSize + PaletteBytes(data[at + kDescriptorSize - 1]) + 1;
+        else if (data[at] == 0x21)
+            at += 2;
+        else
+            return count;
+        while (at < size && data[at] != 0) at += size_t{1} + data[at];
+        if (at >= size) return count;
+        ++at;
+        count += isImage;
+    }
+    return count;
+}
+
 }  // namespace
 
 bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
@@ -228,6 +254,11 @@ bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
                                                   : "the GIF file is damaged at its beginning";
         return false;
     }
+    // Refused at once, before frames take memory. What is wrong with the records is found out later.
+    PixelBudget foreseen = *budget;
+    if (!SpendFrames(&foreseen, static_cast<uint64_t>(gif->SWidth), static_cast<uint64_t>(gif->SHeight),
+                     CountImages(data, size), error))
+        return false;
     GifReader reader = {
         .gif = gif.get(), .budget = budget, .animation = animation, .canvas = {}, .control = kNoControl};
     ReadScreen(&reader);

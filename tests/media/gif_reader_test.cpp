@@ -264,6 +264,19 @@ TEST(GifReader, The_budget_counts_all_frames_together) {
               "the frames together have more than 2999999 pixels, which is too much to hold");
 }
 
+TEST(GifReader, Too_many_frames_are_refused_before_the_first_is_decoded) {
+    Bytes file = BuildGif(Gif(1000, 1000, {Part("R", 0, 0, 0), Part("R", 0, 0, 0), Part("R", 0, 0, 0)}));
+    const size_t codeSize = 13 + 24 + 8 + 10;  // screen, palette, graphics control, descriptor
+    ASSERT_EQ(file[codeSize], 3);
+    file[codeSize] = 99;  // whoever decodes the first frame finds this
+    ReadLimits limits;
+    limits.maxPixels = 2999999;
+    EXPECT_EQ(ErrorOf(file, limits),
+              "the frames together have more than 2999999 pixels, which is too much to hold");
+    limits.maxPixels = 3000000;
+    EXPECT_EQ(ErrorOf(file, limits), "the GIF file is damaged before the end of its first frame");
+}
+
 TEST(GifReader, An_image_far_larger_than_its_canvas_counts_in_the_budget) {
     Bytes file = BuildGif(Gif(2, 2, {Part("RR/RR", 0, 0, 0)}));
     const size_t descriptor = 13 + 24 + 8;  // screen, palette, graphics control
