@@ -18,7 +18,7 @@ struct ConfigKey {
     const char* name;
     void* variable;  // into `settings`
     uint32_t flags;  // kConfig... and attributes that nobody here reads
-    uint32_t attribute;
+    uint32_t attribute = 0;
 };
 
 // The keys in the order in which the file is written.
