@@ -10,7 +10,7 @@
 namespace kfx::commands {
 namespace {
 
-constexpr char kDescription[] = "Kestrel FX on files: twenty effects for animations and pictures.";
+constexpr char kDescription[] = "Kestrel FX on files: effects for animations and pictures.";
 
 constexpr char kFooter[] =
     "Examples:\n"

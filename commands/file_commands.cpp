@@ -12,7 +12,7 @@
 namespace kfx::commands {
 namespace {
 
-constexpr int kGalleryColumns = 7;  // the source and twenty effects fill three rows
+constexpr int kGalleryColumns = 7;
 constexpr int kGalleryWidth = 200;
 constexpr int kGalleryHeight = 150;
 constexpr int kSheetColumns = 6;

@@ -4,8 +4,8 @@
 
 #include "framework/effect.h"
 
-// The one list of all effects, in the order of the plug-in's effect list: a row's number is what the
-// configuration file stores. row(Swirl) stands for the record kSwirl.
+// The list of all effects, in the order in which the window shows them. Configuration files store a row's
+// number, so a new effect is added at the end. row(Swirl) stands for the record kSwirl.
 // clang-format off
 #define KFX_FOR_EACH_EFFECT(row) \
     row(Bump) \

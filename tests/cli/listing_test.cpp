@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// What Stage tells about the plug-in, and the pictures it draws.
+// What kestrel tells about effects and palettes, and the sheets of pictures it makes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "effects/effect_table.h"
 #include "tests/cli/program.h"
 #include "tests/cli/test_files.h"
 #include "tests/cli/test_animations.h"
@@ -22,7 +23,7 @@ nlohmann::json EffectNamed(const nlohmann::json& listing, const std::string& nam
 
 TEST(Listing, Effects_come_with_ranges_and_defaults_as_the_window_shows_them) {
     const auto listing = RunKestrelForJson({"effects"});
-    EXPECT_EQ(listing["effects"].size(), 20u);
+    EXPECT_EQ(listing["effects"].size(), EffectCount());
     EXPECT_EQ(listing["palettes"].size(), 9u);
     const nlohmann::json emboss = {
         {{"name", "Radius"}, {"kind", "number"}, {"minimum", 4}, {"maximum", 45}, {"default", 5}},
@@ -58,7 +59,7 @@ TEST(Listing, The_gallery_shows_every_effect_of_the_list) {
     WriteTestGif(folder.path + "in.gif", 2);
     const auto report =
         RunKestrelForJson({"gallery", folder.path + "in.gif", "-o", folder.path + "gallery.png"});
-    EXPECT_EQ(report["effects"].size(), 20u);
+    EXPECT_EQ(report["effects"].size(), EffectCount());
     const Animation sheet = ReadBack(folder.path + "gallery.png");
     EXPECT_EQ(report["width"], sheet.width);
 }

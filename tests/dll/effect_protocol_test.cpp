@@ -266,7 +266,7 @@ TEST_F(EffectProtocol, The_current_effect_is_told_when_the_window_goes) {
 }
 
 TEST_F(EffectProtocol, An_effect_beyond_the_table_is_told_nothing) {
-    settings.mainEffect = 20;
+    settings.mainEffect = kRows;
     OpenWindow window(host);
     ASSERT_TRUE(window.Window());
     EXPECT_EQ(WaitForCalls(), (Calls{"0 init", "1 init", "2 init"}));

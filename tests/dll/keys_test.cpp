@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "effects/effect_table.h"
 #include "resources/resource_ids.h"
 #include "tests/dll/support/plugin_session.h"
 #include "tests/support/wait_for.h"
@@ -144,11 +145,13 @@ struct ListInput {
     int after;
 };
 
-constexpr ListInput kListInputs[] = {
+const int kLastEffect = static_cast<int>(EffectCount()) - 1;
+
+const ListInput kListInputs[] = {
     {.name = "down", .message = WM_KEYDOWN, .word = VK_DOWN, .before = 10, .after = 11},
     {.name = "up", .message = WM_KEYDOWN, .word = VK_UP, .before = 10, .after = 9},
     {.name = "home", .message = WM_KEYDOWN, .word = VK_HOME, .before = 10, .after = 0},
-    {.name = "end", .message = WM_KEYDOWN, .word = VK_END, .before = 10, .after = 19},
+    {.name = "end", .message = WM_KEYDOWN, .word = VK_END, .before = 10, .after = kLastEffect},
     {.name = "a letter", .message = WM_CHAR, .word = 'z', .before = 10, .after = 19},
     {.name = "wheel down",
      .message = WM_MOUSEWHEEL,
