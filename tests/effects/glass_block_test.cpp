@@ -7,16 +7,6 @@
 namespace kfx::test {
 namespace {
 
-// A picture that says where each pixel came from: red is the column, green the row.
-Picture CoordinatePicture(int32_t width, int32_t height) {
-    Picture picture(CreateDib(width, height, nullptr, 24));
-    const ImageLock lock(picture.handle);
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x)
-            SetDibPixel(lock.image, x, y, Rgb(static_cast<uint32_t>(x), static_cast<uint32_t>(y), 7));
-    return picture;
-}
-
 TEST(GlassBlock, Has_these_controls) {
     ExpectControls(
         kGlassBlock, "Glass Block", 7402,
@@ -44,12 +34,12 @@ TEST(GlassBlock, Cells_show_every_second_row_around_their_centre) {
 
 TEST(GlassBlock, Rows_past_the_picture_repeat_the_last_row_and_columns_show_their_own) {
     const Picture result = Apply(kGlassBlock, CoordinatePicture(30, 30).handle, {20});
-    EXPECT_EQ(PixelOf(result.handle, 3, 14), Rgb(6, 28, 7));
-    EXPECT_EQ(PixelOf(result.handle, 3, 15), Rgb(6, 29, 7));
-    EXPECT_EQ(PixelOf(result.handle, 3, 19), Rgb(6, 29, 7));
-    EXPECT_EQ(PixelOf(result.handle, 14, 3), Rgb(28, 6, 7));
-    EXPECT_EQ(PixelOf(result.handle, 15, 3), Rgb(15, 6, 7));
-    EXPECT_EQ(PixelOf(result.handle, 19, 3), Rgb(19, 6, 7));
+    EXPECT_EQ(PixelOf(result.handle, 3, 14), Rgb(6, 28, kCoordinateBlue));
+    EXPECT_EQ(PixelOf(result.handle, 3, 15), Rgb(6, 29, kCoordinateBlue));
+    EXPECT_EQ(PixelOf(result.handle, 3, 19), Rgb(6, 29, kCoordinateBlue));
+    EXPECT_EQ(PixelOf(result.handle, 14, 3), Rgb(28, 6, kCoordinateBlue));
+    EXPECT_EQ(PixelOf(result.handle, 15, 3), Rgb(15, 6, kCoordinateBlue));
+    EXPECT_EQ(PixelOf(result.handle, 19, 3), Rgb(19, 6, kCoordinateBlue));
 }
 
 TEST(GlassBlock, A_picture_narrower_than_half_a_cell_doubles_its_columns_while_they_are_inside) {

@@ -10,16 +10,6 @@
 namespace kfx::test {
 namespace {
 
-// Red is twice the column, green twice the row: a sampled colour says where it comes from.
-Picture CoordinatePicture(int32_t width, int32_t height) {
-    Picture picture = FlatPicture(width, height, 0);
-    const ImageLock lock(picture.handle);
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x)
-            SetDibPixel(lock.image, x, y, Rgb(static_cast<uint32_t>(2 * x), static_cast<uint32_t>(2 * y), 0));
-    return picture;
-}
-
 TEST(Implode, Has_these_controls) {
     ExpectControls(
         kImplode, "Implode", 7417,
@@ -87,7 +77,7 @@ TEST(Implode, The_centre_pixel_samples_its_own_place) {
 }
 
 TEST(Implode, Full_strength_half_way_out_samples_at_the_root_of_two_times_the_distance) {
-    const Picture result = Apply(kImplode, CoordinatePicture(100, 100).handle, {100, 50, 50});
+    const Picture result = Apply(kImplode, CoordinatePicture(100, 100, 2).handle, {100, 50, 50});
     const double place = 50 - 25 * std::sqrt(2.0) + 0.5;  // the sampler looks half a pixel to the right
     EXPECT_NEAR(RedOf(PixelOf(result.handle, 25, 50)), 2 * place, 0.51);
     EXPECT_EQ(GreenOf(PixelOf(result.handle, 25, 50)), 101u);
@@ -130,14 +120,14 @@ TEST(Explode, Equals_its_reference_on_pictures_of_all_sizes) {
 }
 
 TEST(Explode, Full_strength_half_way_out_samples_at_seven_tenths_of_the_distance) {
-    const Picture result = Apply(kExplode, CoordinatePicture(100, 100).handle, {100, 50, 50});
+    const Picture result = Apply(kExplode, CoordinatePicture(100, 100, 2).handle, {100, 50, 50});
     const double place = 50 - 25 * std::sqrt(0.5) + 0.5;
     EXPECT_NEAR(RedOf(PixelOf(result.handle, 25, 50)), 2 * place, 0.51);
     EXPECT_EQ(GreenOf(PixelOf(result.handle, 25, 50)), 101u);
 }
 
 TEST(Explode, Outside_the_region_the_picture_stays_and_its_rim_samples_its_own_place) {
-    const Picture source = CoordinatePicture(100, 100);
+    const Picture source = CoordinatePicture(100, 100, 2);
     const Picture result = Apply(kExplode, source.handle, {50, 50, 50});
     for (int32_t y = 0; y < 100; ++y)
         for (int32_t x = 0; x < 100; ++x)
@@ -145,7 +135,7 @@ TEST(Explode, Outside_the_region_the_picture_stays_and_its_rim_samples_its_own_p
                 ASSERT_EQ(PixelOf(result.handle, x, y), PixelOf(source.handle, x, y)) << x << ", " << y;
             }
     // One pixel inside the rim the factor is 1 to four places.
-    EXPECT_EQ(PixelOf(result.handle, 1, 50), Rgb(3, 101, 0));
+    EXPECT_EQ(PixelOf(result.handle, 1, 50), Rgb(3, 101, kCoordinateBlue));
 }
 
 TEST(Explode, Any_value_is_survived) { ExpectAnyValueIsSurvived(kExplode, {50, 50, 50}); }

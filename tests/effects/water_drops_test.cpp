@@ -12,16 +12,6 @@
 namespace kfx::test {
 namespace {
 
-// Red is the column, green the row.
-Picture CoordinatePicture(int32_t width, int32_t height) {
-    Picture picture = FlatPicture(width, height, 0);
-    const ImageLock lock(picture.handle);
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x)
-            SetDibPixel(lock.image, x, y, Rgb(static_cast<uint32_t>(x), static_cast<uint32_t>(y), 77));
-    return picture;
-}
-
 struct Offsets {
     int32_t least = 100;
     int32_t most = -100;
@@ -93,7 +83,7 @@ TEST(WaterDrops, Pixels_whose_source_lies_outside_keep_their_value_and_never_tur
     for (int32_t y = 0; y < 20; ++y)
         for (int32_t x = 0; x < 20; ++x) {
             const uint32_t pixel = PixelOf(result.handle, x, y);
-            EXPECT_EQ(BlueOf(pixel), 77u);
+            EXPECT_EQ(BlueOf(pixel), kCoordinateBlue);
             kept += RedOf(pixel) == static_cast<uint32_t>(x) && GreenOf(pixel) == static_cast<uint32_t>(y);
         }
     EXPECT_GT(kept, 80);  // about a quarter of the places around a border pixel lies outside

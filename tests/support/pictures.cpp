@@ -53,6 +53,17 @@ Picture FlatPicture(int32_t width, int32_t height, uint32_t color) {
     return picture;
 }
 
+Picture CoordinatePicture(int32_t width, int32_t height, int32_t scale) {
+    Picture picture(CreateDib(width, height, nullptr, 24));
+    const ImageLock lock(picture.handle);
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x)
+            SetDibPixel(
+                lock.image, x, y,
+                Rgb(static_cast<uint32_t>(scale * x), static_cast<uint32_t>(scale * y), kCoordinateBlue));
+    return picture;
+}
+
 uint32_t PixelOf(ImageHandle image, int32_t x, int32_t y) {
     const ImageLock lock(image);
     return lock.image ? GetDibPixel(lock.image, x, y) : kNoPixel;

@@ -32,6 +32,11 @@ Picture ShadedPicture(int32_t width, int32_t height, uint32_t seed);
 
 Picture FlatPicture(int32_t width, int32_t height, uint32_t color);
 
+// Says where a pixel comes from: red is `scale` times the column, green `scale` times the row, blue
+// kCoordinateBlue.
+Picture CoordinatePicture(int32_t width, int32_t height, int32_t scale = 1);
+constexpr uint32_t kCoordinateBlue = 7;
+
 // The pixel at picture coordinates, row 0 at the top.
 uint32_t PixelOf(ImageHandle image, int32_t x, int32_t y);
 
