@@ -1,15 +1,4 @@
 // SPDX-License-Identifier: MIT
-// How the tree is reduced, by an example with two colours wanted. The root has the children P and S; P has
-// the leaves p and q, S has the leaf s. In ascending order of their errors they rank p 1, P 2, q 3, s 4, S 5.
-// A pass with threshold t merges every node of rank t or less into its parent.
-//
-//     t = 0   nothing is merged; p, q and s hold pixels: 3 colours
-//     t = 1   p goes into P; P, q and s hold pixels: 3 colours
-//     t = 2   P goes into the root and takes q along; the root and s hold pixels. The pass looks at children
-//             first and still counts q: 3 colours
-//     t = 3   q, counted in the pass before, gave this threshold. The root and s: 2 colours, which is enough
-//
-// The last threshold is 3. LastThreshold() finds it from the ranks alone, MergeUpTo() then merges once.
 #include "builder/color_cube.h"
 
 #include <algorithm>

@@ -18,8 +18,9 @@ struct ColorNode {
     int64_t green;
     int64_t blue;
     int64_t squares;  // sum of all three channels' squares
-    int64_t
-        error;  // four times the squared distances to the midpoint, whose channels are halves; 0: no pixels
+    // Four times the sum of the squared distances to the midpoint: its channels are halves, so this is a
+    // whole number. 0: the node holds no pixels.
+    int64_t error;
     uint32_t rank;        // place of the error among all different errors, from 1
     uint32_t leastAbove;  // the least rank among the node's ancestors, root excepted
     uint32_t nextKilled;  // links the nodes that share leastAbove
