@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Bump: raised relief, lit from the upper left, by a fixed 3 x 3 kernel whose weights sum to 1. Products of
-// bytes with -1, 0 and 1 are whole numbers, so integers give what single precision would.
+// Bump: raised relief, lit from the upper left, by a fixed 3 x 3 kernel whose weights sum to 1. The products
+// of bytes with -1, 0 and 1 are whole numbers, so integer arithmetic gives the same results as single
+// precision.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "kernels/neighbor_filter.h"

@@ -15,13 +15,12 @@ constexpr const Effect* kEffects[] = {KFX_FOR_EACH_EFFECT(KFX_EFFECT_ROW)};
 #undef KFX_EFFECT_ROW
 constexpr size_t kCount = std::size(kEffects);
 
-// No effect answers a background colour of its own.
+// No effect has a background colour of its own: -1 says so.
 int32_t AnswerNothing(void*, int32_t) { return -1; }
 
 int32_t IgnoreNotification(void*, uint32_t) { return 1; }
 
-// The protocol's operations do not say for which row they are called, so each row gets its own instance of
-// them.
+// The operations are not told for which row they are called, so each row gets its own instance of them.
 template <size_t kRow>
 EffectDescriptor MakeDescriptor() {
     EffectDescriptor row = {};
@@ -42,7 +41,8 @@ std::array<EffectDescriptor, kCount> MakeTable(std::index_sequence<kRows...>) {
     return {MakeDescriptor<kRows>()...};
 }
 
-// The records are constant-initialised, so this needs no order among the files' initialisers.
+// The effects' records are initialised at compile time, so the order in which files are initialised does not
+// matter.
 const std::array<EffectDescriptor, kCount> kTable = MakeTable(std::make_index_sequence<kCount>());
 
 }  // namespace

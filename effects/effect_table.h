@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The effects in the order of the effect list; a row's number is what the configuration stores.
+// The effects as a table, in the order of the effect list. The configuration file stores a row's number.
 #pragma once
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Emboss: a Gaussian bell whose quadrant to the right of and above the pixel is positive and the rest
-// negative, with a zeroed anti-diagonal, turns edges into relief. The weights nearly cancel and their tiny
-// sum divides the result, which makes the look harsh.
+// Emboss: turns edges into relief with a matrix of weights from a Gaussian bell. The weights are positive in
+// the quadrant to the right of and above the pixel, zero on the anti-diagonal and negative elsewhere. They
+// nearly cancel, and the result is divided by their small sum, which makes the contrast harsh.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/settings.h"
@@ -24,7 +24,7 @@ bool HoldsMatrix(ImageHandle source, int32_t n) {
 ImageHandle ApplyEmboss(ImageHandle source, const KernelInput& input) {
     const double sigma = input.values[0] / 10.0;  // the bell's spread, pixels
     const int32_t depth = input.values[1];
-    // A matrix that no picture can hold is not worth making, and its size must not overflow.
+    // No picture is large enough for a larger matrix, and the size of the matrix would overflow.
     if (depth < 0 || depth > kDeepest || !HoldsMatrix(source, depth | 1)) return nullptr;
     const int32_t n = depth | 1;  // the next odd number
     const int32_t half = n / 2;

@@ -12,7 +12,7 @@ namespace {
 
 // The strength is in hundredths; the centre in percent of width and height.
 ImageHandle ApplyExplode(ImageHandle source, const KernelInput& input) {
-    // Negated in 32 bits, where the least number stays itself.
+    // Negated in 32 bits with wrap-around: the least number stays the same.
     const auto negated = static_cast<int32_t>(0u - static_cast<uint32_t>(input.values[0]));
     return ImplodePicture(source, negated / 100.0, input.values[1], input.values[2], input.background,
                           input.cache);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Gaussian Blur: a horizontal pass over every row, then a vertical pass over every column, both truncating to
-// bytes. At the ends of a line the weights are cut off and renormalised, where the half that rounds is added
-// before the division by their sum: borders come out a trace lighter.
+// bytes. Near the ends of a line the weights outside it are left out, and the sum is divided by the sum of
+// the other weights. The 0.5 that rounds the result is added before this division, so borders come out
+// slightly lighter.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cmath>
@@ -29,8 +30,8 @@ ImageHandle SeparableBlur(ImageHandle source, int32_t depth, int32_t radius) {
     const Scratch<float> weights(static_cast<size_t>(n));
     if (!to || !weights) return nullptr;
     BuildBlurWeights(n, static_cast<float>(radius / 10.0), weights.address);
-    // More weights than a side has pixels, which the least number of three allows, leave that side's lines
-    // untouched.
+    // A depth that asks for no taps gives three weights, which may be more than a side has pixels. Lines of
+    // that length stay untouched.
     const bool done = from->bitCount == 24 && n <= lesserSide
                           ? BlurRowsAndColumns(from.image, to.image, weights.address, n)
                           : BlurAnyDepth(from.image, to.image, weights.address, n);
@@ -38,7 +39,8 @@ ImageHandle SeparableBlur(ImageHandle source, int32_t depth, int32_t radius) {
 }
 
 // The spread is radius / 10 pixels. Pictures narrower than the taps get a box blur of depth / 6 pixels to
-// each side instead. Left alone: radius 0, a box too small to blur, a narrow picture of 8 bits or fewer.
+// each side instead. The picture stays as it is when the radius is 0, when the box is too small to blur, and
+// when it is narrow and has 8 bits or fewer.
 ImageHandle ApplyGaussianBlur(ImageHandle source, const KernelInput& input) {
     const int32_t radius = input.values[0];
     const int32_t depth = input.values[1];

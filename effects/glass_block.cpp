@@ -12,8 +12,8 @@
 namespace kfx {
 namespace {
 
-// Where coordinate t looks, before the picture's edge is considered. Cells are centred on multiples of 2 *
-// size, so the first one is cut in half.
+// The coordinate that is shown at coordinate t, without regard to the picture's edge. Cells are centred on
+// multiples of 2 * size, so only half of the first one is in the picture.
 int32_t Magnified(int32_t t, int32_t size) {
     const int32_t base = t < size ? 0 : ((t - size) / (2 * size) + 1) * 2 * size;
     return base + 2 * (t - base);
@@ -28,14 +28,14 @@ void FillRow(const uint8_t* from, const int32_t* columns, int32_t width, uint8_t
     }
 }
 
-// Pictures of every depth. A size below 1 has no cells.
+// Takes pictures of every depth. With a size below 1 the picture stays as it is.
 ImageHandle ApplyGlassBlock(ImageHandle source, const KernelInput& input) {
     int32_t size = input.values[0];  // half a cell's side, pixels
     const ImageLock from(source);
     if (!from || size < 1) return nullptr;
     const int32_t width = from->width;
     const int32_t height = from->height;
-    // A cell larger than the picture changes nothing more and must not overflow.
+    // A cell larger than the picture gives the same result as one of its size, and could overflow.
     size = std::min(size, std::max(width, height));
     NewImage to(CreateLike(from.image));
     const Scratch<int32_t> columns(static_cast<size_t>(width));
@@ -49,8 +49,8 @@ ImageHandle ApplyGlassBlock(ImageHandle source, const KernelInput& input) {
     const size_t stride = StrideOf(to.image);
     for (int32_t y = 0; y < height; ++y) {
         const int32_t row = rowAt(y);
-        // A cell's upper half shows what the lower half of the cell above showed; clamped rows repeat the row
-        // before.
+        // The upper half of a cell shows the same rows as the lower half of the cell above it, and rows
+        // limited to the last one repeat the row before. Such rows are copied.
         const int32_t twin = y >= size && rowAt(y - size) == row ? y - size : y - 1;
         if (twin >= 0 && rowAt(twin) == row)
             std::memcpy(PictureRow(to.image, y), PictureRow(to.image, twin), stride);

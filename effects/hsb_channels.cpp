@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // HSB and Channels: inverts the channels, rearranges them by one of seven patterns, and shifts hue and scales
-// saturation and brightness; each stage by choice, in this order. A shifted hue is not wrapped back into the
-// circle: beyond either end it takes the last sector's colours. The "Invert colors" box is bound like a
-// slider.
+// saturation and brightness; each stage can be switched off, and they run in this order. A shifted hue is not
+// wrapped back into the circle: beyond either end it takes the last sector's colours. The "Invert colors" box
+// is bound like a slider.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cstring>
@@ -16,7 +16,8 @@
 namespace kfx {
 namespace {
 
-// For each pattern the source bytes of blue, green and red, where byte 0 is blue, 1 green and 2 red.
+// For each pattern: which byte of the source pixel becomes blue, green and red. Byte 0 is blue, 1 green, 2
+// red.
 constexpr uint8_t kPatterns[][3] = {{2, 1, 0}, {0, 2, 1}, {1, 0, 2}, {2, 2, 1},
                                     {1, 1, 2}, {1, 0, 0}, {0, 1, 1}};
 constexpr int32_t kPatternCount = 7;
@@ -26,7 +27,7 @@ constexpr uint8_t kInPlace[3] = {0, 1, 2};
 constexpr int32_t kSameHue = 180;
 constexpr int32_t kSameShare = 100;  // of saturation and brightness
 
-// Below the list's first pattern counts as the first, beyond its last as the last.
+// A number below the first pattern stands for the first one, a number beyond the last for the last one.
 const uint8_t* PatternAt(int32_t row) { return kPatterns[std::clamp(row, 0, kPatternCount - 1)]; }
 
 ImageHandle AdjustColors(ImageHandle source, const KernelInput& input) {

@@ -10,16 +10,17 @@
 namespace kfx {
 namespace {
 
-// The light's place along one side. Settings beyond every slider are kept where differences of places still
-// fit.
+// The light's place along one side, in pixels. A file may hold a setting far outside the slider's range: the
+// place is limited, so that differences of places fit 32 bits.
 int32_t LightPlace(int32_t percent, int32_t size) {
     constexpr int64_t kFarthest = 1 << 28;
     const int64_t place = (int64_t{percent} - 50) * size / 100 + size / 2;
     return static_cast<int32_t>(place < -kFarthest ? -kFarthest : place > kFarthest ? kFarthest : place);
 }
 
-// Any depth, though only 24 and 32 bits look like anything. The light stands at a place in percent of width
-// and height; the flare's scale is in percent of the longer side, and below one pixel nothing is painted.
+// Takes pictures of any depth, though only 24 and 32 bits give useful results. The light stands at a place in
+// percent of width and height; the flare's scale is in percent of the longer side, and below one pixel
+// nothing is painted.
 ImageHandle ApplyLensFlare(ImageHandle source, const KernelInput& input) {
     const int32_t intensity = input.values[2];
     const ImageLock from(source);

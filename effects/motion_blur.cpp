@@ -18,8 +18,8 @@ namespace {
 constexpr int32_t kLongestRadius = 16383;  // longer than any picture is wide; keeps i * dx in range
 constexpr int32_t kMostAutomaticTaps = 257;
 
-// The number of taps whose last weight still counts: grown by two until it would round to 0 of 255. Weights
-// fall and sum to 1, so that ends below kMostAutomaticTaps.
+// The greatest number of taps whose last weight, times 255, is at least 1. It is at least 3 and found in
+// steps of two. Weights fall and sum to 1, so the search ends below kMostAutomaticTaps.
 int32_t AutomaticTaps(double sigma, double* weights) {
     int32_t count = 3;
     BuildMotionWeights(count, sigma, weights);
@@ -43,8 +43,8 @@ void PlaceTaps(int32_t count, int32_t angle, const double* weights, Tap* taps) {
                    static_cast<int32_t>(i * endY / length)};
 }
 
-// The smear has 2 * radius + 1 taps, or as many as count when the radius is not positive. Left alone: a depth
-// of 0, a smear longer than any picture.
+// The smear has 2 * radius + 1 taps, or AutomaticTaps() when the radius is not positive. With a depth of 0,
+// or a smear longer than any picture, the picture stays as it is.
 ImageHandle ApplyMotionBlur(ImageHandle source, const KernelInput& input) {
     const int32_t depth = input.values[0];
     const int32_t radius = input.values[1];

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Normalize: the range of luminance between the darkest and the brightest percent of the pixels is stretched
 // over all levels, each channel through the same table. The stretched range ends at 254, and only what lies
-// above it becomes 255. "Distributed" takes one histogram of all frames, so that an
-// animation does not flicker.
+// above it becomes 255. "Distributed" takes one histogram of all frames, so that an animation does not
+// flicker.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/settings.h"
@@ -13,12 +13,12 @@
 namespace kfx {
 namespace {
 
-// A gathering record holds the handle of a histogram and this, once memory was refused.
+// The second word of a gathering record once memory was refused. The first word is the handle of a histogram.
 constexpr uint64_t kRefused = 1;
 
 MemoryHandle HandleOf(const uint64_t record[2]) { return reinterpret_cast<MemoryHandle>(record[0]); }
 
-// False: one level holds everything, and there is nothing to stretch.
+// False: all pixels have the same level, and there is nothing to stretch.
 bool FindRange(const LuminanceHistogram& histogram, int32_t* low, int32_t* high) {
     FindLuminanceRange(histogram, histogram.pixels / 100, low, high);
     if (*low == *high) FindLuminanceRange(histogram, 0, low, high);

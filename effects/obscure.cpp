@@ -12,14 +12,14 @@
 namespace kfx {
 namespace {
 
-// Pictures of every depth. A level below 1 has no tiles.
+// Takes pictures of every depth. With a level below 1 the picture stays as it is.
 ImageHandle ApplyObscure(ImageHandle source, const KernelInput& input) {
     int32_t level = input.values[0];  // a tile's side, pixels
     const ImageLock from(source);
     if (!from || level < 1) return nullptr;
     const int32_t width = from->width;
     const int32_t height = from->height;
-    // A tile larger than the picture is cut off in any case, and must not overflow.
+    // A tile larger than the picture is cut off anyway, and could overflow.
     level = std::min(level, std::max(width, height));
     NewImage to(CreateLike(from.image));
     const Scratch<uint16_t> columns(3 * static_cast<size_t>(width));

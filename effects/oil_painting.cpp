@@ -18,14 +18,15 @@
 namespace kfx {
 namespace {
 
-// The panel asks for 9 at most; keeps the canvas near the picture's size.
+// The panel's greatest radius gives 9. The limit keeps the canvas near the picture's size.
 constexpr int32_t kFarthestReach = 99;
 
 // How far the diamond reaches from its centre, in pixels.
 int32_t ReachOf(int32_t radius) {
     const double x = radius / 100.0;
     if (x > 0) return std::min(static_cast<int32_t>(2 * std::ceil(x) + 1), kFarthestReach);
-    // Without a radius: the largest odd size whose outermost weight under a narrow bell still counts.
+    // Without a radius: the largest odd size for which the outermost weight of a narrow bell, times 255, is
+    // at least 1.
     for (int32_t n = 5;; n += 2) {
         const int32_t half = n / 2;
         double sum = 0;
@@ -44,7 +45,8 @@ void ComputeLevels(const WorkingImage* canvas, uint8_t* levels, size_t stride) {
     }
 }
 
-// The order of the visit: rows from far to near, each above before its mirror below, the middle row last.
+// Lists the diamond's rows in the order in which they are visited: from the farthest to the nearest, of two
+// equally far ones the one at the smaller stored row first, and the middle row last.
 void ListSpans(int32_t reach, DiamondSpan* spans) {
     for (int32_t k = 0; k < reach; ++k) {
         *spans++ = {-(reach - k), 1 - k, 1 + k};
@@ -53,8 +55,8 @@ void ListSpans(int32_t reach, DiamondSpan* spans) {
     *spans = {0, -reach, reach};
 }
 
-// Paints all but the canvas's border of n pixels, its rightmost picture column and its last stored picture
-// row. False: memory ran out, `out` is as it was.
+// Paints the picture that stands on the canvas inside a border of n pixels, but not its rightmost column and
+// its last stored row. False: memory ran out, `out` is as it was.
 bool Paint(const WorkingImage* canvas, int32_t n, uint16_t* counters, WorkingImage* out) {
     const int32_t count = canvas->width - 2 * n - 1;
     const size_t stride = static_cast<size_t>(canvas->width) + kReadAhead;
@@ -93,7 +95,7 @@ ImageHandle ApplyOilPainting(ImageHandle source, const KernelInput& input) {
     const NewImage painted(CreateLike(canvas.image));
     if (!painted) return nullptr;
     FillImage(painted.image, input.background);
-    // Without memory for the count the picture is all background.
+    // Without memory for the counters the result is all background.
     const Scratch<uint16_t> counters(CounterCount(n));
     if (counters && !Paint(canvas.image, n, counters.address, painted.image)) return nullptr;
     return CropImage(painted.owner.memory, {n, n, width + n, height + n});

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int32_t kFullTurn = 360;
 
-// Any depth and any number of samples.
+// For any depth and any number of samples.
 uint32_t BlurredPixel(const WorkingImage* image, int32_t x, int32_t y, const Arc& arc, uint32_t background) {
     const double dx = x - arc.centerX;
     const double dy = y - arc.centerY;
@@ -38,7 +38,7 @@ uint32_t BlurredPixel(const WorkingImage* image, int32_t x, int32_t y, const Arc
     return Rgb(red / count, green / count, blue / count);
 }
 
-// Pictures of every depth, whose pixel values are averaged byte by byte.
+// Takes pictures of every depth; pixel values are averaged byte by byte.
 ImageHandle ApplyRadialBlur(ImageHandle source, const KernelInput& input) {
     const ImageLock from(source);
     if (!from) return nullptr;

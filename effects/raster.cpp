@@ -12,15 +12,17 @@
 namespace kfx {
 namespace {
 
-// What each value of a channel becomes on a line. Source and background are divided apart, each truncating.
+// What each value of a channel becomes on a line. The shares of source and background are divided separately,
+// and each quotient is truncated.
 void FillTints(int32_t density, uint32_t channel, uint8_t tints[256]) {
     const int64_t added = int64_t{channel} * density / 255;
     for (int64_t c = 0; c < 256; ++c)
         tints[c] = static_cast<uint8_t>(c * (255 - int64_t{density}) / 255 + added);
 }
 
-// c * remaining / 255 + added for every byte, both below 256; `added` repeats for blue, green and red over 3
-// * 32 bytes. Dividing by 255 is exact as (n + 1 + n / 256) / 256 for every n below 65536.
+// Replaces every byte c by c * remaining / 255 + added, with `remaining` and `added` below 256. `added` holds
+// the numbers for blue, green and red, repeated over 3 * 32 bytes. For every n below 65536, n / 255 is equal
+// to (n + 1 + n / 256) / 256.
 KFX_INLINE void TintBytes(const uint8_t* from, size_t count, uint32_t remaining, const uint8_t added[96],
                           uint8_t* __restrict to) {
     const auto tint = [remaining](uint8_t c, uint8_t offset) {
@@ -36,7 +38,7 @@ KFX_INLINE void TintBytes(const uint8_t* from, size_t count, uint32_t remaining,
 
 struct Tint {
     uint8_t values[3][256];  // what each value of blue, green and red becomes
-    bool regular;            // the density is one of the slider's, so the two below serve, too
+    bool regular;            // the density is in the slider's range: the next two are valid
     uint32_t remaining;
     uint8_t added[96];
 };
@@ -61,7 +63,7 @@ void TintRow(const uint8_t* from, size_t width, const Tint& tint, uint8_t* to) {
 bool IsLine(int32_t y, int32_t size) { return size > 0 && y / size % 2 == 0; }
 
 // Scan lines of `size` rows, with gaps of as many rows between them, starting with a line at the top;
-// `density` is their opacity in 255ths. Sizes below 1 draw no line.
+// `density` is their opacity in 255ths. With a size below 1 there are no lines.
 ImageHandle ApplyRaster(ImageHandle source, const KernelInput& input) {
     const int32_t density = input.values[0];
     const int32_t size = input.values[1];

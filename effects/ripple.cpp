@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Ripple: sine waves round a centre. Each pixel is fetched from a place shifted by the wave's height there,
-// by as much to the right as downwards, and not along the radius. Waves that dissipate are measured against
-// the distance of the lower right corner, whichever corner is farthest: beyond it they turn over and grow
-// again. The last column and the last row blend with black.
+// Ripple: sine waves round a centre. Each pixel is fetched from a place shifted by the wave's height there:
+// equally far to the right and downwards, not along the radius. Waves that dissipate fall to zero at the
+// distance of the lower right corner, even if another corner is farther away. Beyond that distance they
+// change sign and grow again. The last column and the last row blend with black.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cmath>
@@ -43,14 +43,15 @@ void ComputeShifts(const void* settings, const double* columnSquares, int32_t co
     }
 }
 
-// A centre in percent of a side: 100 is the middle, 0 and 200 lie half a picture outside.
+// The place of a centre that is given in percent: 100 is the middle of the side, 0 and 200 lie half a picture
+// outside.
 double Center(int32_t size, int32_t percent) {
     const int64_t offset = size * (int64_t{percent} - 100) / 100;
     return static_cast<double>(offset) + size * 0.5;
 }
 
-// Any depth; with 8 bits and fewer, colour-table indices are blended like colours. A wavelength of 0 leaves
-// the picture as it is.
+// Takes pictures of any depth; with 8 bits and fewer, colour-table indices are blended like colours. A
+// wavelength of 0 leaves the picture as it is.
 ImageHandle ApplyRipple(ImageHandle source, const KernelInput& input) {
     const ImageLock from(source);
     if (!from || input.values[3] == 0) return nullptr;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Solarize: colour channels darker than a threshold are inverted, the others kept, each channel by itself. It
-// is the dark side that is inverted, not the bright one.
+// Solarize: each channel of a pixel is inverted if its value lies below a threshold, and kept otherwise. Dark
+// values are inverted, not bright ones.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include <cstring>
 

@@ -44,7 +44,7 @@ KFX_INLINE void LocateRun(const SampleRun& run) {
     const double centerX = run.centerX, centerY = run.centerY;
     double* __restrict x = run.x;
     double* __restrict y = run.y;
-    // Looked up apart from the arithmetic, so that the latter is done in lanes.
+    // The look-ups have a loop of their own, so that the compiler vectorises the arithmetic.
     for (int32_t i = 0; i < run.count; ++i) {
         x[i] = sines[distance[i]];
         y[i] = cosines[distance[i]];
@@ -64,7 +64,7 @@ ImageHandle ApplySwirl(ImageHandle source, const KernelInput& input) {
     if (!from) return nullptr;
     const int32_t width = from->width;
     const int32_t height = from->height;
-    // In 32 bits with wrap-around, as far as numbers from a file may stray.
+    // In 32 bits with wrap-around: a file may hold any number.
     const auto degrees = static_cast<int32_t>(static_cast<uint32_t>(input.values[0]) - kNoTurn);
     const Turn turn = {(width > height ? width : height) * 0.5, degrees * kPi / 180};
     const int32_t key[] = {width, height, input.values[0]};

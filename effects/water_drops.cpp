@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Water Drops: every pixel is taken from a random neighbour, as if the picture were seen through drops of
-// water. The generator is seeded anew for every frame, with the clock's second: frames of the same second
-// scatter alike. Even apertures lean one pixel to the left and up.
+// water. The generator is seeded with the clock's second for every frame, so frames that are made in the same
+// second are scattered in the same way. With an even aperture, neighbours may be one pixel farther to the
+// left and above than to the right and below.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include "effects/effects.h"
 #include "framework/random.h"
@@ -12,7 +13,7 @@
 namespace kfx {
 namespace {
 
-// Pictures of every depth. An aperture below 1 leaves the picture as it is.
+// Takes pictures of every depth. An aperture below 1 leaves the picture as it is.
 ImageHandle ApplyWaterDrops(ImageHandle source, const KernelInput& input) {
     const int32_t aperture = input.values[0];  // pixels
     const ImageLock from(source);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Zoom Blur: the average of copies of the picture scaled step by step towards its centre. Sampling of a pixel
-// ends at the first sample outside the picture, which happens once the scale turns negative and samples
-// mirror through the centre.
+// ends at the first sample outside the picture. Samples leave it only when the scale is negative, so that
+// they are mirrored at the centre.
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 
@@ -15,7 +15,7 @@ namespace {
 
 constexpr int32_t kMostCycles = 256;  // far beyond the panel's 40; keeps the tables small
 
-// Pictures of every depth, whose pixel values are averaged byte by byte. Without cycles the picture is
+// Takes pictures of every depth; pixel values are averaged byte by byte. Without cycles the picture is
 // copied.
 ImageHandle ApplyZoomBlur(ImageHandle source, const KernelInput& input) {
     const int32_t displacement = input.values[0];

@@ -17,7 +17,7 @@ bool Supported() {
 
 enum class Support { Unknown, No, Yes };
 
-// Whichever thread asks first finds out; two at once find the same.
+// The first thread that asks finds out. Two threads that ask at once get the same result.
 constinit std::atomic<Support> support = Support::Unknown;
 constinit std::atomic<bool> avx2Allowed = true;  // written by AllowAvx2 only
 

@@ -12,8 +12,8 @@
 #define KFX_AVX2
 #endif
 
-// For a loop that is written once and compiled twice: it takes on the instruction set of the function that
-// calls it. See Fastest().
+// For a loop that is written once and compiled twice: it is inlined, and so compiled for the instruction set
+// of the function that calls it. See Fastest().
 #if defined(__GNUC__)
 #define KFX_INLINE inline __attribute__((always_inline))
 #else

@@ -91,7 +91,8 @@ int32_t BuildEffect(const Effect& effect, EffectBuildContext* context) {
     KernelCache cache;
     KernelInput input;
     if (!ReadInput(effect, context->window, context->source, &cache, &input)) return 0;
-    // Without a source there are no frames, which the build driver judges; some of them are no animation.
+    // Without a source there are no frames: the build driver reports that. A part of the frames must not be
+    // built.
     if (DecodeAllFrames(context->source, context->frames) == DecodeResult::Incomplete) return 0;
     const bool gathers = effect.gathering && effect.gathering->wanted(input);
     return gathers ? BuildInTwoPasses(*effect.gathering, context) : BuildEachFrame(effect, context, input);

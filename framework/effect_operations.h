@@ -51,7 +51,7 @@ int32_t PreviewEffect(const Effect& effect, EffectRunContext* context);
 
 // Decodes context->source into context->frames and transforms every frame, reporting progress; a frame for
 // which the kernel has no picture stays as it came. 0: memory was refused while decoding, or the source or
-// the list could not be locked; what the list holds is the caller's, as ever.
+// the list could not be locked; the frames in the list belong to the caller in every case.
 int32_t BuildEffect(const Effect& effect, EffectBuildContext* context);
 
 // Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept

@@ -47,12 +47,12 @@ static_assert(offsetof(FrameEntry, zero36) == 36, "FrameEntry.zero36");
 static_assert(offsetof(FrameList, count) == 8, "FrameList.count");
 static_assert(offsetof(FrameList, owned) == 16, "FrameList.owned");
 
-// Adds a copy of the entry at the end. False: memory ran out or the list could not be locked; it is as before
-// and the entry's image still the caller's.
+// Adds a copy of the entry at the end. False: memory ran out or the list could not be locked; it is as
+// before, and the entry's image still belongs to the caller.
 bool AppendFrame(FrameList* list, const FrameEntry& entry);
 
 // Copies entry `index` out of, or back into, the list. False: no such entry, or the list could not be locked
-// and is as before: what the entry should have owned anew is still the caller's.
+// and is as before: what PutFrame should have added to it still belongs to the caller.
 bool GetFrame(const FrameList& list, int32_t index, FrameEntry* entry);
 bool PutFrame(const FrameList& list, int32_t index, const FrameEntry& entry);
 

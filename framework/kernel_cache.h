@@ -32,8 +32,8 @@ struct KernelCache {
 // empty.
 void* CachedTable(KernelCache* cache, const void* key, size_t keyBytes, size_t bytes, bool* fresh);
 
-// The fresh table is filled and will be found under its key. A table of which nobody says so, because a frame
-// was given up in the middle, is made anew the next time.
+// The fresh table is filled and will be found under its key. A table for which KeepTable is not called,
+// because its frame was abandoned, is made anew the next time.
 void KeepTable(KernelCache* cache);
 
 }  // namespace kfx

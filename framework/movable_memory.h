@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Movable memory: the one seam through which the plug-in allocates. In the product it is the system's movable
-// global memory, whose handles pass between plug-in and host; natively it is a counting allocator that tests
-// can make fail.
+// Movable memory: all of the plug-in's allocations go through these functions. In the product it is the
+// system's movable global memory, whose handles pass between plug-in and host; natively it is a counting
+// allocator that tests can make fail.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +17,8 @@ MemoryHandle AllocateMemory(size_t bytes);
 void* LockMemory(MemoryHandle memory);
 void UnlockMemory(MemoryHandle memory);
 
-// The block with a new size, new bytes zeroed; the old handle is dead. Null: out of memory, the old block
-// stays.
+// The block with a new size, new bytes zeroed; the old handle is invalid then. Null: out of memory, the old
+// block stays.
 MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes);
 
 // Frees the block; null is allowed.

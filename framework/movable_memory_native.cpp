@@ -55,9 +55,10 @@ bool IsAllocationRefused(size_t bytes) {
 }
 
 #if defined(__SANITIZE_ADDRESS__)
-// The sanitizer marks every byte of a block at its birth and at its death: for the table of all colours, of
-// which a small picture touches a few pages, a hundred times the work of the build under test. Such blocks
-// are mapped by themselves and end, to 16 bytes, at a page that must not be touched.
+// The address sanitizer marks every byte of a block when it is allocated and when it is freed. For the table
+// of all colours, of which a small picture uses a few pages, that is a hundred times the work of the build
+// under test. Such large blocks get a mapping of their own. It ends at a page that must not be touched, at
+// most 15 bytes behind the block.
 constexpr size_t kMappedFrom = size_t{8} << 20;
 #else
 constexpr size_t kMappedFrom = SIZE_MAX;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What tests ask of the native allocator beyond the seam: counts, and refusals on request.
+// What the native allocator offers to tests besides movable_memory.h: counts, and refusals on request.
 #pragma once
 
 #include <cstddef>

@@ -12,8 +12,8 @@ constexpr int32_t kSwirlAngleZero = 1440;
 bool IsWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // Reads one number of a range and moves the text behind it: white space, one sign, digits. A number beyond 32
-// bits is the nearest end of theirs. False: no digits stand there. The C library's own scanning of a text
-// allocates memory, and ends the process when it gets none.
+// bits becomes the nearest one that fits. False: there are no digits. The C library's scanning functions are
+// not used: they allocate memory, and end the process when they get none.
 bool ReadNumber(const char** text, int32_t* number) {
     const char* c = *text;
     while (IsWhiteSpace(*c)) ++c;

@@ -23,7 +23,7 @@ struct ControlRange {
 // (and 0) in the range: the text holds no three numbers.
 bool ParseControlRange(const char* text, ControlRange* range);
 
-// `value` moved into the range; a range turned round answers its maximum.
+// `value` moved into the range; if the minimum is above the maximum, the maximum is returned.
 int32_t ClampToRange(const ControlRange& range, int32_t value);
 
 // What a slider's value label shows at a position. Swirl's angle, the label 194, counts from -1440.

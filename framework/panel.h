@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The seam between the portable middle and whatever holds the effects' controls: the plug-in window in the
-// product (window/effect_panel.cpp), the variables themselves where there is no window
+// How portable code reads the effects' controls. In the product they are in the plug-in's window
+// (window/effect_panel.cpp). Where there is no window, each variable is its own control
 // (framework/panel_native.cpp).
 #pragma once
 

@@ -18,7 +18,7 @@ constexpr uint32_t kIncrement = 2531011;
 uint32_t Step(uint32_t state) { return state * kMultiplier + kIncrement; }
 uint16_t NumberOf(uint32_t state) { return static_cast<uint16_t>(state >> 16 & 0x7FFF); }
 
-// So many steps at once are one step with other constants, and so many states run side by side.
+// Several steps at once are one step with other constants. This many states are computed side by side.
 constexpr size_t kLanes = 16;
 
 struct Jump {
@@ -37,7 +37,8 @@ constexpr Jump MakeJump() {
 
 constexpr Jump kJump = MakeJump();
 
-// Writes whole groups of numbers; how many. `state` then stands behind them.
+// Writes whole groups of numbers and returns how many numbers these are. `state` is then advanced by as many
+// steps.
 KFX_INLINE size_t StepLanes(uint32_t* state, uint16_t* __restrict numbers, size_t count) {
     uint32_t lanes[kLanes];
     uint32_t next = *state;
@@ -77,8 +78,8 @@ bool RuntimeGeneratorIsKnown() { return true; }
 
 enum class Generator { NotCompared, Known, Unknown };
 
-// The runtime keeps one state for each thread, so whichever thread needs the answer first may compare; two at
-// once find the same.
+// The runtime keeps one state for each thread, so any thread may do the comparison. Two threads that do it at
+// once get the same result.
 constinit std::atomic<Generator> runtimeGenerator = Generator::NotCompared;
 
 }  // namespace

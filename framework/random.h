@@ -9,8 +9,8 @@
 
 namespace kfx {
 
-// A running sequence, for one thread. One at a time in a thread: where the runtime's generator is stepped,
-// it is the only one that the thread has. Sequences of several threads do not disturb each other.
+// A running sequence, for one thread. A thread may have only one sequence at a time, because it may come from
+// the runtime's generator, of which each thread has just one. Sequences of different threads are independent.
 struct RandomSequence {
     uint32_t state;
     bool computed;  // stepped here; false: by calling rand()
@@ -25,7 +25,7 @@ void NextRandoms(RandomSequence* sequence, uint16_t* numbers, size_t count);
 // The clock in whole seconds since 1970, in the 32 bits that srand() takes.
 uint32_t ClockSeconds();
 
-// Makes ClockSeconds() answer `seconds` until the clock is let go again: for tests.
+// Makes ClockSeconds() answer `seconds` until ReleaseClock() is called: for tests.
 void HoldClock(uint32_t seconds);
 void ReleaseClock();
 

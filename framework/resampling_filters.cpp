@@ -64,8 +64,8 @@ double Mitchell(double x, double) {
 
 double Lanczos(double x, double support) { return std::fabs(x) < support ? Sinc(x) * Sinc(x / support) : 0; }
 
-// The Bessel function of the first kind of order 1 by Bessel's integral, which the midpoint rule settles to
-// full precision within a few dozen steps because the integrand is periodic.
+// The Bessel function of the first kind of order 1 by Bessel's integral, which the midpoint rule computes to
+// full precision in a few dozen steps, because the integrand is periodic.
 double BesselJ1(double x) {
     constexpr int kSteps = 64;
     double sum = 0;

@@ -76,7 +76,7 @@ int32_t GatherContributions(const Direction& direction, const ResamplingFilter& 
     return count;
 }
 
-// Fills the table of a whole pass at once, so that no pixel asks for a filter weight.
+// Fills the table of a whole pass at once, so that weights are not computed again for each pixel.
 void FillTable(const Direction& direction, const ResamplingFilter& filter, Contribution* work,
                PassTable* table) {
     for (int32_t x = 0; x < direction.to; ++x) {

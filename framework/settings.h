@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Everything that outlives a window: the user's choices and every effect's parameters. The configuration file
-// writes them when the window opens; the window's controls and settings documents while it is open; a command
-// line in place of a window. Kernels never read them: they get numbers.
+// Everything that outlives a window: the user's choices and every effect's parameters. They are set by the
+// configuration file when the window opens, and by the window's controls and settings documents while it is
+// open. Without a window a command line sets them. Kernels never read them: they get numbers.
 //
 // One thread reads and writes them: the window's, or that of a command line. A program that runs kernels on
 // several threads reads the values before it starts them, and passes them on.

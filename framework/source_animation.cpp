@@ -31,7 +31,7 @@ ImageHandle DecodeFrame(const AnimationFrame& frame) {
             palette[3 * i + 2] = entry[0];
         }
     }
-    // A depth request of 32 bits is 0 in CreateDib's terms as well as anything above 24.
+    // CreateDib makes 32 bits of any depth above 24.
     MemoryOwner image(CreateDib(frame.width, frame.height, palette, frame.bitCount));
     {
         const ImageLock lock(image.memory);
@@ -51,7 +51,7 @@ bool IsSoundAnimation(MemoryHandle block) {
 
 SourceState ReadSourceHeader(const MemoryLock& lock, AnimationHeader* header) {
     if (!lock.memory) return SourceState::None;
-    // A block has at least one byte: without a size, the question for it failed.
+    // A block has at least one byte: a size of 0 says that it could not be read.
     const size_t size = lock.address ? MemorySize(lock.memory) : 0;
     if (size == 0) return SourceState::Refused;
     return ReadAnimationHeader(lock.address, size, header) ? SourceState::Animation : SourceState::None;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The source animation that the host handed over, and its frames as 24-bit working images. `source` is the
-// animation's block, or null without one; it stays its owner's and is only read.
+// animation's block, or null without one. It is only read and stays the caller's.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ bool IsSoundAnimation(MemoryHandle block);
 enum class SourceState {
     Animation,
     None,     // no source, or no animation
-    Refused,  // it could not be locked or its size not be read: nobody knows
+    Refused,  // it could not be locked or its size not be read: unknown
 };
 
 // Reads the header of the source, which `lock` holds; nothing is written to it unless the answer is
@@ -43,7 +43,7 @@ DecodeResult DecodeAllFrames(MemoryHandle source, FrameList* list);
 
 // What geometric effects show where they sample outside the picture (0x00BBGGRR): the local background colour
 // when the user has switched it on, else the source's own background, else mid-grey. False: the source could
-// not be read, so nobody knows.
+// not be read, so the colour is unknown.
 bool ReadBackgroundColor(MemoryHandle source, uint32_t* color);
 
 }  // namespace kfx

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Pixels depend on pixels before them, so only the places of the samples are computed side by side, for
-// stretches of pixels that take the same samples; the averages follow one by one.
+// Each pixel depends on pixels before it. So only the places of the samples are computed for several pixels
+// at once, namely for stretches of pixels that take the same samples. The averages are then computed pixel by
+// pixel.
 #include "kernels/arc_blur.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@
 namespace kfx {
 namespace {
 
-constexpr int32_t kStretch = 64;  // pixels whose places are computed together: they stay in the nearest cache
+constexpr int32_t kStretch = 64;  // pixels whose places are computed together; they fit the first-level cache
 constexpr int32_t kOutside = INT32_MIN;
 
 struct Blur {
@@ -23,7 +24,7 @@ struct Blur {
     const double* sinesByRow;    // sine * dy of each sample, for the current row
     const double* cosinesByRow;  // cosine * dy
     int32_t* places;             // kStretch for each sample
-    uint32_t background;         // as the pixel's bytes stand in a row
+    uint32_t background;         // in the byte order of a row
     Reciprocals reciprocals;
 };
 
@@ -32,7 +33,7 @@ KFX_INLINE int32_t PlaceOf(const WorkingImage* image, int32_t stride, double col
     const auto x = static_cast<int32_t>(column);
     const auto y = static_cast<int32_t>(row);
     const bool inside = (x >= 0) & (x < image->width) & (y >= 0) & (y < image->height);
-    // Unsigned, since the offset of a place far outside a huge picture overflows before it is dropped.
+    // Unsigned: the offset of a place far outside a huge picture may overflow before it is discarded.
     const uint32_t place = static_cast<uint32_t>(image->height - 1 - y) * static_cast<uint32_t>(stride) +
                            3 * static_cast<uint32_t>(x);
     return inside ? static_cast<int32_t>(place) : kOutside;

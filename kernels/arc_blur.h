@@ -23,7 +23,7 @@ struct Arc {
 // False: memory ran out, the image is as it was.
 bool BlurArcs(WorkingImage* image, const Arc& arc, uint32_t background);
 
-// Pixels near the centre, whose arcs are short, take every s-th sample only: this is s.
+// Pixels near the centre, whose arcs are short, take only every s-th sample. Returns s.
 inline int32_t SampleStep(const Arc& arc, double dx, double dy) {
     const double distance = std::sqrt(dx * dx + dy * dy);
     // The centre itself takes every sample, as a pixel at full radius does.

@@ -25,8 +25,8 @@ void PutColor(uint32_t color, uint8_t* out) {
 // The three channels of the pixel in the low bytes, as doubles.
 KFX_AVX2 inline __m256d ToDoubles(__m128i pixel) { return _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(pixel)); }
 
-// Four points whose neighbours all lie inside, in the lanes of each register; every point's channels are then
-// blended in the lanes of their own.
+// Four points whose neighbours all lie inside, one point in each lane. The channels of a point are then
+// blended with one channel in each lane.
 struct InnerPoints {
     alignas(32) double fx[4];
     alignas(32) double fy[4];
@@ -54,9 +54,9 @@ KFX_AVX2 inline __m128i BlendPoint(const InnerPoints& points, int i, const uint8
     return _mm256_cvttpd_epi32(_mm256_add_pd(value, _mm256_set1_pd(0.5)));
 }
 
-// Whether the four points' neighbours all lie inside, side by side and with a column to spare for the 8-byte
-// loads; `points` is then filled. Adding 1 may round up to the pixel after next: such points are left to the
-// plain path.
+// Fills `points` and returns true if the neighbours of all four points lie inside, next to each other, with
+// one column more for the 8-byte loads. Adding 1 to a coordinate may round up to the pixel after the next
+// one: such points are left to the plain path.
 KFX_AVX2 inline bool FindInnerPoints(__m256d x, __m256d y, const WorkingImage* image, InnerPoints* points) {
     const __m256d one = _mm256_set1_pd(1);
     const __m256d zero = _mm256_setzero_pd();
@@ -114,8 +114,8 @@ uint32_t SampleBilinear(const WorkingImage* image, double x, double y, uint32_t 
     const double left = x + 0.5;
     const double top = y + 0.5;
     if (!(left >= -1 && left < image->width && top >= -1 && top < image->height)) return fallback & 0xFFFFFF;
-    // Truncated, not rounded down: left of column 0 both columns are column 0, of which the first does not
-    // count.
+    // Truncated, not rounded down: for a point left of column 0 both columns become column 0. `hasLeft` tells
+    // that the first of them lies outside.
     const auto x0 = static_cast<int32_t>(left);
     const auto y0 = static_cast<int32_t>(top);
     const auto x1 = static_cast<int32_t>(left + 1);

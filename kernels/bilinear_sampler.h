@@ -6,8 +6,9 @@
 namespace kfx {
 
 // The colour at a point between pixels of a 24-bit picture, row 0 at the top. Everything is shifted by half a
-// pixel to the right and down, so a whole-numbered point blends four pixels equally. Points
-// outside, and neighbours outside, have the fallback colour (0x00BBGGRR); so have points that are no numbers.
+// pixel to the right and down, so a whole-numbered point blends four pixels equally. Points outside, and
+// neighbours outside, have the fallback colour (0x00BBGGRR), and so have points with a coordinate that is not
+// a number.
 uint32_t SampleBilinear(const WorkingImage* image, double x, double y, uint32_t fallback);
 
 // The same for `count` points into consecutive 24-bit pixels.

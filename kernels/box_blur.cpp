@@ -16,7 +16,7 @@ void AverageLine(const uint8_t* from, size_t fromStep, int32_t length, int64_t r
     const auto at = [&](int64_t i) {
         return int64_t{from[static_cast<size_t>(std::clamp<int64_t>(i, 0, length - 1)) * fromStep]};
     };
-    // Positions beyond the line count their edge sample, however many there are.
+    // Each position beyond the line counts as the sample at that end.
     const int64_t beyond = std::max<int64_t>(0, reach - (length - 1));
     int64_t sum = at(0) * (reach + 1) + at(length - 1) * beyond;
     for (int64_t i = 1; i <= reach - beyond; ++i) sum += at(i);

@@ -9,8 +9,7 @@
 namespace kfx {
 namespace {
 
-// Inverts all channels by `inversion` 255, none by 0, and puts each pixel's channels where the pattern wants
-// them.
+// Puts each pixel's channels into the pattern's order. `inversion` 255 inverts all channels, 0 none.
 void ArrangePixels(const uint8_t* from, size_t count, uint8_t inversion, const uint8_t pattern[3],
                    uint8_t* to) {
     for (size_t x = 0; x < count; ++x, from += 3, to += 3)
@@ -19,8 +18,8 @@ void ArrangePixels(const uint8_t* from, size_t count, uint8_t inversion, const u
 
 #if KFX_HAS_AVX2
 
-// The same by five pixels, for as many as can be loaded so without reading beyond the row; how many. The
-// sixteenth byte of each store is overwritten by the next one.
+// The same for five pixels at a time, as long as no load reads beyond the row. Returns how many pixels were
+// written. The sixteenth byte of each store is overwritten by the next store.
 KFX_AVX2 size_t ArrangePixelsAvx2(const uint8_t* from, size_t count, uint8_t inversion,
                                   const uint8_t pattern[3], uint8_t* to) {
     alignas(16) uint8_t picks[16] = {};

@@ -48,8 +48,9 @@ void AddEntry(const ColorIndex& index, int32_t number, Entries* entries) {
     entries->number[entries->count++] = static_cast<uint8_t>(number);
 }
 
-// Of the given entries, those that can be the nearest one to some colour of a cube with this corner and side,
-// in the given order: their least distance to it is no more than the smallest greatest distance of all.
+// Finds those of the given entries that can be the nearest one to some colour of a cube with this corner and
+// side, and keeps their order. Each entry has a least and a greatest distance to the cube's colours. It can
+// be nearest only if its least distance is not above the smallest greatest distance of all entries.
 KFX_INLINE int32_t FindCandidates(const Entries& given, const Color& corner, int32_t side,
                                   uint8_t candidates[256]) {
     int32_t least[256];
@@ -74,8 +75,8 @@ KFX_INLINE int32_t FindCandidates(const Entries& given, const Color& corner, int
     return found;
 }
 
-// Every colour of a cube becomes its nearest entry. Distance and number share one key, so that the smallest
-// key is the lowest number of the least distance.
+// Gives every colour of a cube its nearest entry. Distance and number form one key, so that the smallest key
+// has the least distance and, among equals, the lowest number.
 KFX_INLINE void AnswerNearest(const Entries& given, const Color& corner, uint8_t answers[kCubeColors]) {
     uint8_t candidates[256];
     const int32_t found = FindCandidates(given, corner, kCubeSide, candidates);
@@ -102,7 +103,7 @@ KFX_INLINE void AnswerNearest(const Entries& given, const Color& corner, uint8_t
     for (size_t i = 0; i < kCubeColors; ++i) answers[i] = static_cast<uint8_t>(best[i]);
 }
 
-// Lists the block's candidates when they are not known yet, and gathers them.
+// Collects the block's candidates, which are determined when they are asked for the first time.
 KFX_INLINE void GatherCandidates(ColorIndex* index, uint32_t place, Entries* entries) {
     constexpr uint32_t kBlockPlaces = 12;  // bits
     BlockCandidates* block = &index->tables->candidates[place >> kBlockPlaces];
@@ -131,9 +132,9 @@ KFX_INLINE void FindNearest(ColorIndex* index, uint32_t place) {
     index->tables->known[cube] = 1;
 }
 
-// Remapping fast, colours become the entry nearest to their 15-bit rounding and the palette's own the first
-// entry that is exactly theirs: the eight cubes of one rounding are answered together. The block's candidates
-// suffice, since the rounding lies in the block.
+// Answers for fast remapping: a colour of the palette becomes the first entry that equals it, any other
+// colour the entry nearest to the colour rounded to 15 bits. The eight cubes that round to the same colour
+// are answered together. The rounded colour lies in their block, so the block's candidates are sufficient.
 KFX_INLINE void FindRounded(ColorIndex* index, uint32_t place) {
     constexpr uint32_t kThirdBits = SpreadLevel(4) * 0x15;  // of blue, green and red
     Entries entries;
@@ -185,7 +186,7 @@ ColorIndex::~ColorIndex() {
 }
 
 bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count, bool fast) {
-    // An empty palette answers 0: as if its only entry were black.
+    // With an empty palette every answer is 0, as if black were its only entry.
     const uint8_t black[3] = {0, 0, 0};
     if (count < 1) {
         palette = black;

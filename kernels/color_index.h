@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Which palette entry each colour becomes, answered once per colour and build. The answers are those of the
-// rules (the nearest entry; or, when remapping fast, an exact match and else the entry nearest to the
-// colour's 15-bit rounding); they are found for 4 x 4 x 4 neighbouring colours at a time, when the first of
-// them is asked for, and stand in a table of all 2^24 colours of which only the pages in use ever get memory.
+// Which palette entry each colour becomes: the nearest entry, or, in fast remapping, the entry that equals
+// the colour and else the entry nearest to the colour rounded to 15 bits. Answers are computed once in a
+// build, for 4 x 4 x 4 neighbouring colours when the first of them is asked for. They are kept in a table of
+// all 2^24 colours, of which only the pages in use get memory.
 #pragma once
 
 #include <cstddef>
@@ -46,8 +46,9 @@ struct ColorIndex {
     bool fast = false;
 };
 
-// Makes the index answer for the first `count` (at most 256) entries of a palette; `fast`: remap fast.
-// Answers that still hold are kept: asking again for the same costs nothing. False: no memory for the tables.
+// Prepares the index for the first `count` (at most 256) entries of a palette, and for fast remapping if
+// `fast`. Answers that are still right are kept, so preparing it again for the same costs nothing. False: no
+// memory for the tables.
 bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count, bool fast);
 
 // A colour's place in the table of answers: the three channels' bits in turn, two at a time with red highest,
@@ -69,7 +70,7 @@ inline uint32_t PlaceOf(uint32_t red, uint32_t green, uint32_t blue) {
     return kSpread.places[red] << 4 | kSpread.places[green] << 2 | kSpread.places[blue];
 }
 
-// Finds the answers of the cube that holds the place, or of a few more. For AnswerAt.
+// Computes the answers of the cube that holds the place, and possibly of others. Called by AnswerAt.
 void FindAnswers(ColorIndex* index, uint32_t place);
 
 // The palette entry for the colour at a place.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Sums of weights times bytes in double precision depend on their order, so each keeps the order of the
-// matrix; what runs side by side are the sums of neighbouring samples.
+// A sum in double precision depends on the order of adding, so each sum adds its products in the order of the
+// matrix. The sums of several neighbouring samples are computed at the same time.
 #include "kernels/convolution.h"
 
 #include <algorithm>
@@ -19,7 +19,7 @@ uint8_t ToByte(double value) {
     return static_cast<uint8_t>(value + 0.5);
 }
 
-// The sums of kBlock samples; rows[i][3 * j] is what matrix entry (i, j) weighs for the first one.
+// The sums of kBlock samples; matrix entry (i, j) is the weight of rows[i][3 * j] in the first of them.
 KFX_INLINE void SumBlock(const double* const* rows, size_t first, int32_t n, const double* matrix,
                          double* out) {
     double sums[kBlock] = {};
@@ -33,7 +33,7 @@ KFX_INLINE void SumBlock(const double* const* rows, size_t first, int32_t n, con
     for (size_t s = 0; s < kBlock; ++s) out[s] = sums[s];
 }
 
-// A row of bytes as doubles, `half` pixels of the other end to either side.
+// A row of bytes as doubles, with `half` pixels from its other end on either side.
 void WidenRow(const uint8_t* row, int32_t width, int32_t half, double* out) {
     for (int32_t x = -half; x < width + half; ++x, out += 3) {
         const uint8_t* pixel = row + 3 * static_cast<size_t>(WrapCoordinate(x, width));

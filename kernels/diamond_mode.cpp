@@ -12,8 +12,8 @@
 namespace kfx {
 namespace {
 
-// The levels below the diamond, counted; `withCount[c]` is how many levels have c pixels, which keeps the
-// greatest count known while pixels come and go.
+// How many pixels in the diamond have each level. `withCount[c]` is the number of levels with c pixels; with
+// it the greatest count stays known while pixels are added and removed.
 struct Census {
     uint16_t* counts;
     uint16_t* withCount;

@@ -32,10 +32,9 @@ constexpr size_t CounterCount(int32_t reach) {
     return 256 + 2 * n * (n + 1) + 2;
 }
 
-// For each of the `count` pixels of row r from column x on: the offset in the plane of the pixel whose colour
-// it takes. That is the last pixel, in visiting order, of the level with the most pixels in the diamond, and
-// among several such levels of the one whose last pixel comes first: the level that was first to reach its
-// final count.
+// Finds, for each of the `count` pixels of row r from column x on, the offset in the plane of the pixel whose
+// colour it takes. That is the last pixel, in visiting order, of the level with the most pixels in the
+// diamond. If several levels have equally many, it is the level that was first to reach its final count.
 void PaintRow(const Diamond& diamond, const LevelPlane& plane, int32_t r, int32_t x, int32_t count,
               uint16_t* counters, size_t* winners);
 

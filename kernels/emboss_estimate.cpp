@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Emboss's matrix is nearly separable. With the bell g(k) = exp(-k^2 / sigma^2), R the sum of g(kx) * p over
-// kx >= 0 along a row and L that over kx < 0, a row above or level with the pixel contributes 8 g(ky) (R -
-// L), a row below it -8 g(ky) (R + L); what that counts on the anti-diagonal, the centre included, is taken
-// back. That is some 3 n products a sample instead of n^2, added in another order than the one defined, so
-// the sum is only an estimate: it differs from the exact one by no more than a bound that is computed from
-// the weights. Where no rounding boundary lies within the bound the byte is certain; the other samples are
-// summed again product by product, in the order of the matrix.
+// Emboss's matrix is nearly separable. Let g(k) = exp(-k^2 / sigma^2) be the bell. In a row with the samples
+// p, let R be the sum of g(kx) * p over kx >= 0, and L the sum over kx < 0. A row above the pixel or level
+// with it contributes 8 g(ky) (R - L), a row below it -8 g(ky) (R + L). What this adds on the anti-diagonal,
+// including the centre, is subtracted again. So a sample takes about 3 n products instead of n^2. They are
+// added in another order than the matrix has, so the sum is only an estimate: it differs from the exact sum
+// by no more than a bound, which is computed from the weights. Where no rounding boundary lies within the
+// bound, the byte is certain. The other samples are summed again product by product, in the order of the
+// matrix.
 #include "kernels/emboss_estimate.h"
 
 #include <algorithm>
@@ -49,9 +50,9 @@ void CompareWeights(const Separation& plan, int32_t n, const double* matrix, dou
         }
 }
 
-// Chooses the least reach that loses little, and computes the bound. A sum of m terms is off by at most m
-// roundoffs of the sum of their magnitudes, whatever the order; each of the estimate's products goes through
-// no more than 3 * reach + 16 roundings.
+// Chooses the least reach at which leaving out the outer weights loses little, and computes the bound. A sum
+// of m terms is off by at most m roundoffs of the sum of their magnitudes, whatever the order; each of the
+// estimate's products goes through no more than 3 * reach + 16 roundings.
 bool PlanSeparation(int32_t n, const double* matrix, double sigma, double* bell, Separation* plan) {
     const double divisor = MatrixDivisor(n, matrix);
     plan->bell = bell;
@@ -82,7 +83,7 @@ struct RowSet {
     const double* const* level;    // 8 (R - L) without the pixel itself: the centre counts nothing
     const double* const* above;    // 8 (R - L)
     const double* const* below;    // -8 (R + L)
-    const double* const* samples;  // the bytes, `reach` pixels of the other end to either side
+    const double* const* samples;  // the bytes, with `reach` pixels from the row's other end on either side
 };
 
 struct RowSums {
@@ -112,7 +113,7 @@ KFX_INLINE void SumAlongRow(const Separation& plan, const double* padded, size_t
     }
 }
 
-// Estimate bytes of one row, and for each whether it is in doubt. Returns whether any is.
+// Writes the estimated bytes of one row, and for each byte whether it is in doubt. Returns whether any is.
 KFX_INLINE bool RoundRow(const Separation& plan, const RowSet& rows, size_t count, uint8_t* __restrict bytes,
                          uint8_t* __restrict doubts) {
     constexpr size_t kBlock = 32;
@@ -151,7 +152,7 @@ KFX_INLINE bool RoundRow(const Separation& plan, const RowSet& rows, size_t coun
     return anyDoubt != 0;
 }
 
-// `count` pixels of a row from column x on as doubles; columns outside are those of the other end.
+// `count` pixels of a row from column x on as doubles; columns outside are taken from the row's other end.
 void WidenRow(const uint8_t* row, int32_t width, int32_t x, int32_t count, double* out) {
     while (count > 0) {
         const int32_t inside = WrapCoordinate(x, width);

@@ -9,7 +9,7 @@
 namespace kfx {
 namespace {
 
-// A row's errors that its last pixels hand on.
+// The errors that the last pixels of a row pass on.
 struct Carry {
     int32_t right[3];      // to the next pixel
     int32_t below[3];      // gathered below the next pixel, and
@@ -82,8 +82,8 @@ KFX_AVX2 KFX_INLINE void DitherPixelAvx2(const ErrorDiffusion& dither, const Dif
     _mm_storel_epi64(reinterpret_cast<__m128i*>(next), carry->belowLeft);
 }
 
-// Several rows at once, each two pixels behind the one before, whose errors it needs: a row by itself would
-// wait for one look-up after the other.
+// Converts several rows at once, each two pixels behind the row before it, whose errors it needs. With one
+// row at a time the processor would wait for each look-up in turn.
 template <int kBits, int kRows>
 KFX_AVX2 void DitherWaveAvx2(const ErrorDiffusion& dither, const DiffusedRow* rows) {
     constexpr int32_t kLag = 2;

@@ -17,8 +17,8 @@ struct ErrorDiffusion {
     int32_t width;
 };
 
-// A row on its way: its pixels, the errors for it and those for the next row (kErrorLanes values a pixel,
-// blue, green, red and one unused; one pixel of room on the left), and its indices.
+// A row that is being converted: its pixels, the errors for it and those for the next row (kErrorLanes values
+// a pixel, blue, green, red and one unused; one pixel of room on the left), and its indices.
 struct DiffusedRow {
     const uint8_t* from;
     const int16_t* errors;
@@ -26,11 +26,11 @@ struct DiffusedRow {
     uint8_t* out;
 };
 
-// Converts `count` rows, at most kDiffusedRows, from the top one of them on. The errors that a row gathers
-// for the next are those with which the next one starts.
+// Converts `count` rows, at most kDiffusedRows, the topmost first. Each row starts with the errors that the
+// row before it has gathered.
 using DiffuseRows = void (*)(const ErrorDiffusion& dither, const DiffusedRow* rows, int32_t count);
 
-// The fastest form of it for results of 4 or 8 bits.
+// The fastest such function for results of 4 or 8 bits.
 DiffuseRows ChooseDiffuseRows(int32_t bitCount);
 
 }  // namespace kfx

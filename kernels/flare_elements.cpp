@@ -32,7 +32,7 @@ constexpr ElementDesign kElements[kFlareElements] = {
     {.color = {17, 4, 0}, .size = 0.2, .position = 1.309, .kind = FlareKind::Ring},
     {.color = {17, 4, 0}, .size = 0.038, .position = -1.301, .kind = FlareKind::Ring},
 };
-// The one element that mirrors the light in the centre exactly, also where half a side was rounded down.
+// This element lies exactly opposite the light, also where half a side was rounded down.
 constexpr int32_t kMirrorElement = 13;
 
 struct GlowDesign {

@@ -7,7 +7,7 @@
 
 namespace kfx {
 
-// One of the elements strung along the line from the light through the picture's centre.
+// One of the reflections on the line from the light through the picture's centre.
 struct FlareElement {
     float color[3];  // red, green, blue: 0 to 1
     float size;      // radius, pixels

@@ -55,8 +55,8 @@ KFX_AVX2 inline void StoreEight(__m256i values, uint8_t* channels) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(channels), _mm_packus_epi16(words, words));
 }
 
-// Blends as many pixels as there are eights of; how many. Strengths lie between 0 and 1, so nothing leaves 8
-// bits.
+// Blends whole groups of eight pixels and returns how many pixels these are. Strengths lie between 0 and 1,
+// so all results fit 8 bits.
 KFX_AVX2 int32_t BrightenRowAvx2(uint8_t* row, const float* strengths, int32_t count, const float color[3]) {
     const float b = color[2], g = color[1], r = color[0];
     const __m256 shares0 = _mm256_setr_ps(b, g, r, b, g, r, b, g);
@@ -115,8 +115,8 @@ int32_t Clamp(double value, int32_t most) {
     return value < 0 ? 0 : value > most ? most : static_cast<int32_t>(value);
 }
 
-// The columns of row y within `radius` of the spot's centre; inside, or with one more on either side. Empty
-// where there are none.
+// The columns of row y within `radius` of the spot's centre. `generous` adds up to one column on either side.
+// Empty if there are none.
 Columns ColumnsWithin(double radius, const FlareSpot& spot, int32_t y, int32_t width, bool generous) {
     const double away = static_cast<double>(y) - spot.row;
     const double square = radius * radius - away * away;

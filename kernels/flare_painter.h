@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Painting light: round spots of different falling-off, blended towards white.
+// Paints light: round spots that are blended towards white. Their strength falls off in different ways.
 #pragma once
 
 #include <cstdint>

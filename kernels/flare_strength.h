@@ -17,8 +17,8 @@ enum class FlareKind : int32_t {
     RingGlow = 7,
 };
 
-// The strength of a pixel that a spot does not reach. Blending by nothing would keep colours, but not the top
-// byte of a 32-bit pixel.
+// The strength of a pixel that a spot does not reach. Blending with strength 0 would keep the colours, but
+// not the top byte of a 32-bit pixel.
 constexpr float kUnpainted = -1e30f;
 
 // A run of pixels in one row, as seen from a spot's centre: `dy` pixels below it, from `dx` on.
@@ -33,7 +33,8 @@ struct FlareRun {
 // The strength of each pixel of the run, kUnpainted where the spot does not reach.
 void FillStrengths(const FlareRun& run, float* strengths);
 
-// The same with 0 for kUnpainted, for pictures in which blending by nothing changes nothing; faster.
+// The same with 0 instead of kUnpainted: faster, for pictures in which blending with strength 0 changes
+// nothing.
 void FillStrengthsFast(const FlareRun& run, float* strengths);
 
 }  // namespace kfx

@@ -10,7 +10,7 @@ namespace kfx {
 namespace {
 
 struct Hsb {
-    double hue;  // degrees; any number, the circle is not closed
+    double hue;  // degrees; any number, not wrapped into the circle
     double saturation;
     double brightness;
 };
@@ -89,8 +89,9 @@ struct HsbLanes {
     __m256d brightness;
 };
 
-// The bytes at `offset` of four pixels, as channels from 0 to 1. A product with 1 / 255 in two parts, of
-// which the first is exact, is for each of the 256 values what a division in double precision gives, rounded.
+// The bytes at `offset` of four pixels, as channels from 0 to 1. The quotient c / 255 is a product with 1 /
+// 255 in two parts, of which the first product is exact. For each of the 256 values this gives the same as a
+// division in double precision that is then rounded.
 KFX_AVX2 inline __m128 LoadChannel(__m128i pixels, char offset) {
     constexpr float kUpper = 0.00392150878906250f;  // 257 / 65536
     constexpr float kLower = static_cast<float>(1 / 255.0 - kUpper);
@@ -169,7 +170,7 @@ KFX_AVX2 inline __m128i ToRgbLanes(const HsbLanes& lanes) {
     return _mm_shuffle_epi8(words, _mm_add_epi8(picks, places));
 }
 
-// Shifts as many pixels as can be loaded by fours without reading beyond the row; how many.
+// Shifts four pixels at a time, as long as no load reads beyond the row. Returns how many pixels these are.
 KFX_AVX2 int32_t ShiftPixelsAvx2(uint8_t* row, int32_t count, const HsbShift& shift) {
     const __m256d hue = _mm256_set1_pd(shift.hue);
     const __m256d saturation = _mm256_set1_pd(shift.saturation);

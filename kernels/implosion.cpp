@@ -39,7 +39,7 @@ KFX_INLINE void LocateRun(const SampleRun& run) {
     const double centerX = run.centerX, centerY = run.centerY;
     double* __restrict x = run.x;
     double* __restrict y = run.y;
-    // Looked up apart from the arithmetic, so that the latter is done in lanes.
+    // The look-ups have a loop of their own, so that the compiler vectorises the arithmetic.
     for (int32_t i = 0; i < run.count; ++i) x[i] = factors[distance[i]];
     for (int32_t i = 0; i < run.count; ++i) {
         const double factor = x[i];

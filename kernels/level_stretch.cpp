@@ -15,7 +15,8 @@ KFX_INLINE uint8_t MapLevel(uint8_t v, const LevelStretch& stretch) {
 
 // Finds the multiplication that divides 16-bit numbers by `range`: with a factor of 16 bits either rounding
 // the factor up is exact, or rounding it down and adding 1 to the number (A. D. Robison, "N-bit unsigned
-// division via N-bit multiply-add", 2005). Which one, and that powers of two fit in no way, the table tells.
+// division via N-bit multiply-add", 2005). Comparing all results with the table shows which of the two is
+// right, or that neither is, as for powers of two.
 void FindDivision(uint32_t range, LevelStretch* stretch) {
     stretch->shift = 0;
     while (range >> (stretch->shift + 1)) ++stretch->shift;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Levels stretched from a range to all of them, for Normalize.
+// Stretches a range of levels over all levels, for Normalize.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 
 namespace kfx {
 
-// How levels are mapped: by a table, and by the arithmetic that made it where that divides exactly.
+// How levels are mapped: by a table, and, if `computed`, by a multiplication that gives the same results.
 struct LevelStretch {
     uint8_t table[256];
     bool computed;

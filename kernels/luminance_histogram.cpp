@@ -9,9 +9,10 @@ namespace {
 // Bytes that are handled at a time: whole pixels, whole registers.
 constexpr size_t kChunk = 96 * 16;
 
-// The luminance of the pixel that starts at each byte, as if one started everywhere: every third of the
-// results means something, and all are computed in lanes. `shares` are each channel's weight, repeated.
-// Dividing by 255 is exact as (n + 1 + n / 256) / 256 for every product n of two bytes.
+// Computes for each byte the luminance of a pixel that starts there. Pixels start only at every third byte,
+// so only every third result is used, but in this form the compiler vectorises the loop. `shares` are each
+// channel's weight, repeated. Dividing by 255 is exact as (n + 1 + n / 256) / 256 for every product n of two
+// bytes.
 KFX_INLINE void FindLevels(const uint8_t* from, size_t count, const uint8_t shares[96],
                            uint8_t* __restrict levels) {
     uint8_t parts[kChunk + 2];
@@ -30,7 +31,8 @@ KFX_INLINE void FindLevels(const uint8_t* from, size_t count, const uint8_t shar
 }  // namespace
 
 void CountLuminance(const WorkingImage* image, LuminanceHistogram* histogram) {
-    // Four histograms in turn: neighbours are often alike, and a counter is not ready again at once.
+    // Four histograms are used in turn. Neighbouring pixels are often alike, and each increment of one
+    // counter would have to wait for the increment before.
     uint32_t counts[4][kLuminanceLevels] = {};
     uint8_t shares[96], levels[kChunk];
     for (size_t k = 0; k < 96; k += 3) {

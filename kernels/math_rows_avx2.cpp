@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The first phases of the elementary functions in lanes. What they leave open, and arguments out of the
-// common range, go through the functions for one number. Compiled for AVX2.
+// The first phases of the elementary functions in lanes. Arguments that they cannot decide, or that lie
+// outside the common range, go through the functions for one number. Compiled for AVX2.
 #include "framework/cpu.h"
 
 #if KFX_HAS_AVX2

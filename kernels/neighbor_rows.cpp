@@ -20,8 +20,8 @@ void ReliefRowPlain(const uint8_t* above, const uint8_t* centre, const uint8_t* 
 }
 
 // The length is defined as sqrt(squares) / 1.8 in double precision, truncated. For each of the 1,170,451
-// possible sums of squares this single-precision product truncates to the same byte, which a test goes
-// through.
+// possible sums of squares this single-precision product truncates to the same byte; a test compares them
+// all.
 constexpr float kScale = 0.555555582f;
 
 void GradientRowPlain(const uint8_t* above, const uint8_t* centre, const uint8_t* below, size_t bytes,

@@ -9,8 +9,8 @@ namespace kfx {
 
 constexpr int32_t kMostPackedSamples = 257;  // 257 * 255 fits 16 bits
 
-// A pixel's three bytes. They are read with the byte before them rather than the one behind, which the last
-// pixel of a picture lacks; before the first one stands the image's header.
+// A pixel's three bytes. They are read together with the byte before them, not with the byte after them:
+// nothing follows the last pixel of a picture, but the image's header stands before the first one.
 inline uint32_t PixelBytes(const uint8_t* pixel) {
     uint32_t bytes;
     std::memcpy(&bytes, pixel - 1, sizeof bytes);

@@ -6,9 +6,9 @@
 namespace kfx {
 namespace {
 
-constexpr size_t kLargestTable = size_t{64} << 20;  // bytes; beyond it computing again is kinder than keeping
+constexpr size_t kLargestTable = size_t{64} << 20;  // bytes; larger tables are not kept
 
-// Only round whole and half pixels are the offsets to both sides the same doubles.
+// Only for centres on whole and half pixels are the offsets on both sides the same doubles.
 bool IsMirrored(double center) { return std::fabs(center) < 1e9 && center * 2 == std::floor(center * 2); }
 
 }  // namespace

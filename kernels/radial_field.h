@@ -24,7 +24,7 @@ struct RadialAxis {
 };
 
 // Computes one row of a field: `valuesPerPixel` planes of `count` values from the squared offsets of the
-// columns and of the row. `settings` is what the distortion wants to know besides.
+// columns and of the row. `settings` points at the distortion's own parameters.
 using RadialRow = void (*)(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
                            double* values);
 

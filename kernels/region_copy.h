@@ -16,11 +16,11 @@ struct PixelRect {
 };
 
 // Copies the pixels (x, y) with x < width and y < height that lie inside both locked images, as pixel values:
-// between different depths the caller knows what they mean.
+// if the depths differ, the caller makes sure that the values have a meaning there.
 void CopyPixels(WorkingImage* destination, const WorkingImage* source, int32_t width, int32_t height);
 
 // A new picture of the given size filled with the pixel value `fill`, the source standing in it at (left,
-// top). What falls outside is cut off. Null: memory ran out or the size is none.
+// top). What falls outside is cut off. Null: memory ran out or a side is below 1.
 ImageHandle FrameImage(ImageHandle source, int32_t newWidth, int32_t newHeight, int32_t left, int32_t top,
                        uint32_t fill);
 

@@ -17,7 +17,7 @@ struct SampleRun {
     const double* values;  // the row of the field: RadialRowAt()
     double centerX;
     double centerY;
-    double scaleX;  // offsets stand scaled; dividing by these leads back to pixels
+    double scaleX;  // offsets are scaled; dividing by these gives pixels
     double scaleY;
     double* x;  // out: `count` points each
     double* y;

@@ -57,8 +57,8 @@ KFX_INLINE void FindOffsets(const uint16_t* numbers, int32_t count, const Remain
     }
 }
 
-// A row of which no pixel comes from above or below the picture: those that cannot come from beside it either
-// are copied without asking.
+// For a row in which no pixel can come from above or below the picture. Pixels that cannot come from the left
+// or right of it either are copied without a test.
 void ScatterInnerRow(const WorkingImage* from, int32_t y, const uint16_t* numbers, const Remainder& remainder,
                      int32_t* offsets, WorkingImage* to) {
     const int32_t width = from->width;

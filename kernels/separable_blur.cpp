@@ -13,8 +13,8 @@
 namespace kfx {
 namespace {
 
-// A sum rounded half up. What is added is the number below 0.5: with it single precision gives what double
-// precision gives with 0.5, for every sum below 2^22.
+// Rounds a sum, halves up. The number added is the one just below 0.5: with it single precision gives what
+// double precision gives with 0.5, for every sum below 2^22.
 KFX_INLINE int32_t Rounded(float sum) { return static_cast<int32_t>(sum + 0x1.fffffep-2f); }
 
 constexpr size_t kBlock = 256;  // samples summed side by side where the number of taps varies
@@ -33,7 +33,7 @@ template <int kTaps, typename Sample>
 KFX_INLINE void BlurSamples(const float* const* rows, const float* weights, int32_t n, size_t count,
                             Sample* __restrict out) {
     if constexpr (kTaps > 0) {
-        // Copies, since for all the compiler knows the results could overwrite the originals.
+        // Local copies: otherwise the compiler must assume that storing a result may change them.
         const float* row[kTaps];
         float weight[kTaps];
         std::copy_n(rows, kTaps, row);
@@ -121,7 +121,8 @@ void BlurRow(const Blur& blur, const float* padded, int32_t width, float* out) {
     }
 }
 
-// Result row y, picture rows counted from the top, out of the ring, in which row y stands at place y % n.
+// Computes result row y from the ring, in which picture row y stands at place y % n. Rows are counted from
+// the top.
 void BlurColumns(const Blur& blur, const float* ring, size_t samples, int32_t y, int32_t height,
                  uint8_t* out) {
     const int32_t half = blur.n / 2;

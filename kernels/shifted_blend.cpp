@@ -38,9 +38,9 @@ uint32_t BlendPixel(const WorkingImage* image, double x, double y) {
     return pixel;
 }
 
-// Pixels of a 24-bit row, of a picture of at least two columns and rows. A place in the last column is taken
-// for the one before it with a fraction of 1, which gives the same bytes: the neighbour's weight is 0 either
-// way. Rows alike. So every place has its four pixels.
+// Blends pixels of a 24-bit picture with at least two columns and rows. A place in the last column is treated
+// as a place in the column before it with a fraction of 1. This gives the same bytes, because the other
+// column then has weight 0. Rows are treated in the same way. So every place has four pixels inside.
 void BlendRun24(const WorkingImage* from, int32_t first, int32_t end, int32_t y, const double* shifts,
                 uint8_t* out) {
     const uint8_t* origin = PictureRow(from, 0);
@@ -101,8 +101,9 @@ KFX_AVX2 inline __m128i BlendPlace(const InnerPlaces& places, int i, const uint8
     return _mm_cvttps_epi32(_mm_add_ps(_mm_mul_ps(above, _mm_sub_ps(one, fy)), _mm_mul_ps(below, fy)));
 }
 
-// Whether all four places can be blended with loads of 8 bytes, which in the picture's top row, the last one
-// in memory, must not reach beyond it; `places` is then filled, with the last column and row as above.
+// Fills `places` and returns true if all four places can be blended with loads of 8 bytes. The picture's top
+// row is the last one in memory, so loads must not reach beyond it. The last column and row are treated as
+// above.
 KFX_AVX2 inline bool FindInnerPlaces(__m256d x, __m256d y, const WorkingImage* image, InnerPlaces* places) {
     const __m256d zero = _mm256_setzero_pd();
     const __m256d beforeLastColumn = _mm256_set1_pd(image->width - 2);

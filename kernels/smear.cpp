@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// A sum of weights times bytes in double precision depends on its order, so what runs side by side are the
-// sums of neighbouring pixels. With AVX2 a whole-number estimate comes first: where its error cannot reach a
-// whole level the byte is certain. Flat surroundings, whose sums lie right on a level, have a table; what is
-// left is summed in order.
+// A sum in double precision depends on the order of adding, so the sums of several neighbouring pixels are
+// computed at the same time, each in order. With AVX2 an estimate in whole numbers comes first: where its
+// error cannot change the truncated level, the byte is certain. In flat areas sums lie exactly on a level, so
+// their results are taken from a table. The remaining samples are summed in order.
 #include "kernels/smear.h"
 
 #include <algorithm>
@@ -120,7 +120,7 @@ Inside FindInside(const Smear& merged, int32_t x) {
     return inside;
 }
 
-// Settles the samples in doubt; exact sums replace whole blocks when they are many.
+// Computes the samples in doubt exactly, or the whole block if there are many of them.
 void SettleDoubts(const Smear& smear, const Estimate& estimate, int32_t used, const uint8_t* doubts,
                   int32_t x, int32_t r, uint8_t* out) {
     constexpr int32_t kManyPixels = 3;
@@ -152,7 +152,7 @@ void EstimateBlock(const Smear& smear, const Estimate& estimate, const Inside& i
     const Smear& merged = estimate.merged;
     const uint8_t* pixel = StoredRow(merged.from, r) + 3 * static_cast<size_t>(x);
     const int32_t whole = std::min(inside.whole, rows);
-    // Taps go in pairs; beside an odd last one stands the background, or a tap without weight.
+    // Taps are taken in pairs. The partner of an odd last tap is the background, or a tap of weight 0.
     const int32_t used = (std::min(inside.partly, rows) + 1) & ~1;
     for (int32_t i = 0; i < whole; ++i) estimate.samples[i] = pixel + estimate.offsets[i];
     for (int32_t i = whole; i < used; ++i)

@@ -33,8 +33,9 @@ void RoundWeights(const double* weights, int32_t count, WholeWeights* whole) {
         whole->highPairs[i / 2] = high[0] | high[1] << 16;
         whole->lowPairs[i / 2] = low[0] | low[1] << 16;
     }
-    // Each weight is off by half a unit at most, times 255; what the ordered sum in double precision rounds
-    // is far less than the unit added here, and another one is lost with the low parts' last bits.
+    // Each weight is off by at most half a unit, which counts 255 times. One unit is added for the roundings
+    // of the ordered sum in double precision, which are far smaller, and one for the last bits of the low
+    // parts, which are lost.
     whole->margin = count * 255 / (2 << kLowBits) + 3;
 }
 

@@ -16,7 +16,7 @@ constexpr int32_t kSmearSamples = 3 * kSmearPixels;
 // than this the sums of low parts fit 32 bits.
 constexpr int32_t kMostWholeTaps = 1000;
 
-// The weights of a smear, two taps a word; an odd last one stands beside a zero.
+// The weights of a smear, two taps in a word; the partner of an odd last tap is zero.
 struct WholeWeights {
     int32_t* highPairs;
     int32_t* lowPairs;
@@ -31,9 +31,9 @@ void RoundWeights(const double* weights, int32_t count, WholeWeights* whole);
 
 #if KFX_HAS_AVX2
 
-// Sums kSmearSamples samples over the first 2 * `pairs` taps, whose samples begin at samples[tap]; the others
-// see the background, repeated over `background`. Writes the truncated sums and returns whether any is in
-// doubt; only then `doubts` says which.
+// Sums kSmearSamples samples over the first 2 * `pairs` taps, whose samples begin at samples[tap]; for all
+// other taps the samples are `background`, a block of background pixels. Writes the truncated sums and
+// returns whether any is in doubt; only then `doubts` says which.
 KFX_AVX2 bool SumWholeWeights(const WholeWeights& weights, const uint8_t* const* samples, int32_t pairs,
                               const uint8_t* background, uint8_t* out, uint8_t* doubts);
 

@@ -17,7 +17,7 @@ void FillZoomAxis(int32_t size, int32_t displacement, int32_t cycles, const Zoom
         for (; i < cycles; ++i) {
             const double zoom = 1.0 - static_cast<float>(i) * percent / 100.0;
             const double position = (static_cast<float>(t) - half) * zoom + half;
-            // Truncation takes everything above -1 to 0 or more.
+            // Truncation makes every number above -1 at least 0.
             if (!(position > -1.0 && position < size)) break;
             places[i] = scale.origin + static_cast<int32_t>(position) * scale.step;
         }

@@ -80,7 +80,7 @@ KFX_INLINE Pair<V> TwoProduct(V a, V b) {
     return {product, (((aHigh * bHigh - product) + aHigh * bLow) + aLow * bHigh) + aLow * bLow};
 }
 
-// A value and whether it is surely the exact one rounded.
+// A value, and whether it is certain to be the exact value rounded.
 template <class V>
 struct Rounded {
     V value;

@@ -3,10 +3,10 @@
 // even. That leaves one possible answer, so results are the same with every compiler and library; they depend
 // on neither x87 code nor fused multiply-adds. The processor must round to nearest, as it does by default.
 //
-// Each function first computes in pairs of doubles with a known bound of the error and looks whether all
-// values within the bound round alike (Ziv, "Fast evaluation of elementary mathematical functions with
-// correctly rounded last bit", ACM TOMS 17, 1991). In fewer than one in five thousand of the
-// calls that effects make they do not: then the value is computed again in fixed point, with more and more
+// Each function first computes in pairs of doubles with a known bound of the error and checks whether all
+// values within the bound round to the same double (Ziv, "Fast evaluation of elementary mathematical
+// functions with correctly rounded last bit", ACM TOMS 17, 1991). In fewer than one in five thousand of the
+// calls that effects make, they do not. The value is then computed again in fixed point, with more and more
 // places until they do. kernels/math_rows.h has the same functions for many numbers at once.
 #pragma once
 

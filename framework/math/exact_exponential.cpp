@@ -13,8 +13,8 @@ namespace {
 
 constexpr int32_t kHalvings = 8;
 
-// e^r for 0 <= r < ln 2. Each of the steps of Horner's scheme is off by 2 units at most, of which the next
-// takes next to nothing along; each squaring doubles the error and adds a unit.
+// e^r for 0 <= r < ln 2. Each step of Horner's scheme adds an error of at most 2 units, and the next step
+// makes the error before it negligible. Each squaring doubles the error and adds a unit.
 WideNumber SeriesOfExponential(const WideNumber& r) {
     const WideNumber part = ShiftRight(r, kHalvings);
     uint32_t terms = 1;
@@ -45,7 +45,8 @@ double ExactExp(double x) {
     double value = 0;
     for (const int32_t size : kWideSizes) {
         const WidePower power = WideExponential(WideFromDouble(size, x));
-        // Cut places of the argument count as much as the result is large: below 2 units.
+        // The error of the argument, whose last places are cut off, is multiplied by the result: it is below
+        // 2 units.
         if (RoundWide(power.value, kWideExponentialError + 1, power.exponent, &value)) break;
     }
     return value;

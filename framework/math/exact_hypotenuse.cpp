@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The hypotenuse in whole numbers: the sum of the squares is one of less than 300 bits, its root is found bit
+// The hypotenuse in whole numbers: the sum of the squares has fewer than 300 bits, and its root is found bit
 // by bit.
 #include "framework/math/double_double.h"
 #include "framework/math/phases.h"
@@ -12,8 +12,8 @@ namespace {
 constexpr int32_t kSize = 10;
 constexpr int32_t kPlaces = 32 * (kSize - kWholeWords);
 
-// So many bits below the smaller side's last one the root is computed: with them even a root of subnormal
-// numbers has more bits than a double.
+// The root is computed to this many bits below the last bit of the smaller side. Then even a root of
+// subnormal numbers has more bits than a double.
 constexpr int32_t kMoreBits = 56;
 
 // No root has a higher bit: it is less than twice the larger side, which has 53 bits and stands at most
@@ -27,7 +27,8 @@ WideNumber WholeNumber(uint64_t number, int32_t shift) {
     return ShiftLeft(result, shift);
 }
 
-// A product of wide numbers drops the places behind the point: half of them are put behind each factor.
+// Multiply() drops as many low bits of a product as there are places behind the point. So each factor is
+// first shifted left by half that number.
 WideNumber SquareOf(const WideNumber& a) {
     const WideNumber moved = ShiftLeft(a, kPlaces / 2);
     return Multiply(moved, moved);
@@ -53,7 +54,8 @@ double ExactHypot(double larger, double smaller) {
     const Significand b = Split(smaller);
     const WideNumber sum = Add(SquareOf(WholeNumber(a.bits, a.exponent - b.exponent + kMoreBits)),
                                SquareOf(WholeNumber(b.bits, kMoreBits)));
-    // Bit by bit: with a bit more, the square grows by twice the root times the bit and by the bit's square.
+    // With one more bit in the root, its square grows by twice the root times the bit, and by the bit's
+    // square.
     WideNumber root = WideZero(kSize);
     WideNumber square = root;
     for (int32_t k = kHighestBit; k >= 0; --k) {
@@ -65,7 +67,7 @@ double ExactHypot(double larger, double smaller) {
     }
     uint32_t rest = 0;
     for (int32_t k = 0; k < kSize; ++k) rest |= square.words[k] ^ sum.words[k];
-    // One bit more stands for all that is left.
+    // One more bit stands for the whole remainder.
     root = ShiftLeft(root, 1);
     if (rest != 0) root.words[0] |= 1;
     return RoundExactly(root, kPlaces + b.exponent - kMoreBits - 1);

@@ -37,10 +37,10 @@ bool TakeRoot(OddNumber* x) {
     return true;
 }
 
-// Finds the powers that are doubles or lie right between two: those alone no number of places would decide.
-// They are few: x must be the root that y asks for, and the power must fit into 54 bits (Lauter and Lefevre,
-// "An efficient rounding boundary test for pow(x, y) in double precision", IEEE Transactions on Computers 58,
-// 2009).
+// Finds the powers that are doubles or lie exactly between two doubles. Only for these no number of places
+// would be enough. They are few: x must be the root that y asks for, and the power must fit into 54 bits
+// (Lauter and Lefevre, "An efficient rounding boundary test for pow(x, y) in double precision", IEEE
+// Transactions on Computers 58, 2009).
 bool FindShortPower(double x, double y, double* value) {
     OddNumber base = MakeOdd(x);
     const OddNumber power = MakeOdd(Magnitude(y));
@@ -63,7 +63,7 @@ bool FindShortPower(double x, double y, double* value) {
 }
 
 constexpr int32_t kLogarithmErrorBits = 17;
-constexpr int32_t kBitsOfFirstLogarithm = 60;  // at least so many places are right
+constexpr int32_t kBitsOfFirstLogarithm = 60;  // at least this many places are right
 
 // ln x with an error below 2^kLogarithmErrorBits units, for normal numbers times 2^shift: nearly all of it is
 // that of the exponential function.

@@ -12,7 +12,7 @@ namespace {
 constexpr int32_t kErrorBits = 6;
 
 // sin t / t (odd = 1) or cos t (odd = 0) for 0 <= t <= pi / 4, from the square of t. Each step of Horner's
-// scheme is off by 3 units at most, of which the next takes a part along.
+// scheme adds an error of at most 3 units, and the next step keeps only a part of it.
 WideNumber Series(const WideNumber& square, uint32_t odd) {
     uint32_t terms = 1;
     for (int32_t bits = 0; bits < 32 * square.size; ++terms) bits += 2 * (BitLength(terms) - 1);

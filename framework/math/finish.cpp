@@ -14,7 +14,8 @@ bool RoundPower(const ScaledPair<double>& power, double relativeError, double* v
         *value = Scale(rounded.value, n);
         return rounded.sure;
     }
-    // Subnormal results have fewer bits. Adding to a number whose last bit is theirs rounds to as many.
+    // Subnormal results have fewer bits. Adding the value to a number whose last bit has the same weight as
+    // theirs rounds it to that many bits.
     if (n > -1024) return false;
     if (n < -1080) {
         *value = 0;

@@ -10,7 +10,7 @@ namespace kfx::math {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// Rounds a pair known to a relative error. False: it cannot be told how.
+// Rounds a pair that is known to a relative error. False: the error is too large to tell how it rounds.
 bool RoundPower(const ScaledPair<double>& power, double relativeError, double* value);
 
 }  // namespace kfx::math

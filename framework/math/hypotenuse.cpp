@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The square root of a sum of squares: a hardware square root, corrected by what its square leaves of the sum
-// (Borges, "An improved algorithm for hypot(a, b)", 2019). Where that does not decide, among others when the
-// root lies right between two doubles, a root in whole numbers.
+// The square root of a sum of squares: a hardware square root, corrected by the difference between the sum
+// and the root's square (Borges, "An improved algorithm for hypot(a, b)", 2019). Where that does not decide
+// the rounding, for example when the root lies exactly between two doubles, the root is computed in whole
+// numbers.
 #include <cmath>
 
 #include "framework/math/double_double.h"

@@ -9,7 +9,7 @@
 
 namespace kfx::math {
 
-// Of the logarithm: the cubic term's rounding where the rest nearly cancels.
+// Bounds the error of the logarithm: the rounding of the cubic term, where the other terms nearly cancel.
 constexpr double kLogarithmError = 0x1p-69;
 
 // ln(x * 2^shift) for a positive normal number.

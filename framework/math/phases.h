@@ -6,15 +6,15 @@
 
 namespace kfx::math {
 
-// False: the pairs of doubles do not tell how the value rounds; `*value` is then of no use.
+// False: the pairs of doubles do not tell how the value rounds; `*value` must not be used then.
 bool TryExp(double x, double* value);
 bool TryPow(double x, double y, double* value);
 bool TrySin(double x, double* sine);
 bool TryCos(double x, double* cosine);
 bool TryHypot(double x, double y, double* value);
 
-// In fixed point with as many places as it takes. For finite arguments whose results neither surely overflow
-// nor surely vanish, and that are not so small that the result is 1 or the argument.
+// Computed in fixed point with as many places as necessary. For finite arguments whose results are not
+// certain to overflow or to round to 0, and that are not so small that the result is 1 or the argument.
 double ExactExp(double x);
 double ExactPow(double x, double y);  // of a positive x other than 1
 double ExactSin(double x);

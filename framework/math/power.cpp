@@ -16,7 +16,8 @@ bool IsInteger(double x) {
 
 bool IsOddInteger(double x) { return Magnitude(x) < 0x1p53 && IsInteger(x) && !IsInteger(x * 0.5); }
 
-// What annex F of the C standard says of powers that are not e^(y ln x). False: it says nothing of this one.
+// Powers for which annex F of the C standard prescribes a value. False: the power is none of these, but e^(y
+// ln x).
 bool SpecialPower(double x, double y, double* value) {
     const double size = Magnitude(x);
     const double sign = (BitsOf(x) >> 63) != 0 && IsOddInteger(y) ? -1.0 : 1.0;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Fixed-point numbers of some hundred bits, in words of 32 bits: what decides when pairs of doubles cannot.
+// Fixed-point numbers of some hundred bits, in words of 32 bits. They decide how a result rounds when pairs
+// of doubles cannot.
 #pragma once
 
 #include <cstdint>
@@ -10,9 +11,8 @@ constexpr int32_t kWholeWords = 2;
 constexpr int32_t kLeastWideSize = 8;
 constexpr int32_t kMostWideSize = 50;
 
-// The sizes that are tried one after the other. The last has more places than any result needs: those known
-// to be hardest need fewer than 130, and others come as near a rounding boundary with no likelihood to speak
-// of.
+// The sizes that are tried one after the other. The last has more places than any result needs: the hardest
+// ones known need fewer than 130, and it is most unlikely that others lie as near to a rounding boundary.
 constexpr int32_t kWideSizes[] = {kLeastWideSize, 14, 26, kMostWideSize};
 
 // words[0] is the least significant one; two's complement. The value is the whole number over
@@ -46,8 +46,8 @@ WideNumber ShiftRight(const WideNumber& a, int32_t bits);
 // a * 2^exponent rounded to nearest, ties to even; a is not negative.
 double RoundExactly(const WideNumber& a, int32_t exponent);
 
-// The same where a is known up to 2^errorBits units and its exact value is no tie. False: it cannot be told
-// how it rounds.
+// The same where a is known up to 2^errorBits units and its exact value is no tie. False: the error is too
+// large to tell how it rounds.
 bool RoundWide(const WideNumber& a, int32_t errorBits, int32_t exponent, double* value);
 
 }  // namespace kfx::math
