@@ -12,7 +12,7 @@ namespace kfx {
 namespace {
 
 // Past this a file holds more than one thing.
-constexpr std::size_t kLongestFile = 600;
+constexpr std::size_t kLongestFile = 400;
 
 bool EndsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
