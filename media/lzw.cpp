@@ -17,8 +17,7 @@ constexpr size_t kShorterStrings = 4;
 constexpr size_t kLongString = 60;
 // Several strings of the dictionary can match open pixels; so many are followed at a time.
 constexpr size_t kMostPaths = 8;
-// How often the use of a full dictionary is judged, in codes.
-constexpr size_t kJudgedCodes = 128;
+constexpr size_t kJudgedCodes = 128;  // after so many the use of a full dictionary is judged again
 constexpr size_t kMaxBlockSize = 255;
 
 // Strings as nodes of a tree: a node stands for the string of its parent and one more symbol. Children are
