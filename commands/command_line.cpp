@@ -14,7 +14,7 @@ constexpr char kDescription[] = "Kestrel FX on files: effects for animations and
 
 constexpr char kFooter[] =
     "Examples:\n"
-    "  kestrel apply IN.gif -o OUT.gif --effect Emboss --set Radius=9 --set Depth=20\n"
+    "  kestrel apply IN.gif -o OUT.gif --effect Emboss --set Radius=18 --set Depth=30\n"
     "  kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\"\n"
     "  kestrel apply IN.gif -o OUT.gif --effect Bump --palette \"216-color safe\" --dither --supercompress\n"
     "  kestrel effects --json\n\n"
