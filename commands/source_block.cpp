@@ -35,8 +35,17 @@ size_t GlobalColors(const Animation& animation) {
     return animation.hasGlobalPalette ? std::min<size_t>(animation.globalPalette.size(), 256) : 0;
 }
 
+// Entries of the palette that is handed over. To a palette of one or two colours the plug-in would remap by
+// luminance, as to black and white, so that both could become one; black entries fill it up, which the
+// remapping to a longer palette has behind its end, too.
+size_t HandedColors(const Animation& animation) {
+    constexpr size_t kLeast = 3;
+    const size_t colors = GlobalColors(animation);
+    return colors == 0 ? 0 : std::max(colors, kLeast);
+}
+
 // Header and palette, up to the first frame.
-size_t StartBytes(const Animation& animation) { return kAnimationHeaderBytes + 3 * GlobalColors(animation); }
+size_t StartBytes(const Animation& animation) { return kAnimationHeaderBytes + 3 * HandedColors(animation); }
 
 size_t RowBytes(const Animation& animation, bool indexed) {
     return (static_cast<size_t>(animation.width) * (indexed ? 8 : 24) + 31) / 32 * 4;

@@ -74,6 +74,8 @@ TEST_F(Session, Hands_the_source_over_once_and_keeps_what_the_block_does_not_car
     EXPECT_EQ(session.animationsOpened, 1);
 }
 
+TEST_F(Session, The_plugins_buttons_are_the_systems_own) { EXPECT_EQ(session.context.buttonStyle, 0u); }
+
 TEST_F(Session, Keeps_the_source_where_it_is_still_wanted) {
     session.keepSource = true;
     const MemoryOwner first(Open()), second(Open());

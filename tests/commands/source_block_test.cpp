@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/animation_block.h"
+#include "host/animation_layout.h"
 #include "commands/source_block.h"
 
 namespace kfx::commands {
@@ -135,6 +136,22 @@ TEST(SourceBlock, An_animation_without_frames_is_still_a_block) {
     animation.width = animation.height = 1;
     const auto block = BlockOf(animation);
     EXPECT_TRUE(IsAnimation(block.data(), block.size()));
+}
+
+// A palette of one or two entries would be remapped to by luminance.
+TEST(SourceBlock, A_palette_is_handed_over_with_three_entries_at_least) {
+    Animation animation = IndexedAnimation();
+    animation.globalPalette.resize(2);
+    for (Frame& frame : animation.frames) {
+        for (uint8_t& index : frame.indices) index %= 2;
+    }
+    const auto block = BlockOf(animation);
+    AnimationHeader header;
+    EXPECT_EQ(FramesOf(block, &header).size(), 2u);
+    const std::vector<uint8_t> palette(block.begin() + kAnimationHeaderBytes,
+                                       block.begin() + kAnimationHeaderBytes + 9);
+    EXPECT_EQ(block[36], 3);
+    EXPECT_EQ(palette, (std::vector<uint8_t>{10, 11, 12, 20, 21, 22, 0, 0, 0}));
 }
 
 }  // namespace
