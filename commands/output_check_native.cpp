@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "commands/text.h"
+
 namespace kfx::commands {
 
 bool CheckWritable(const std::string& path, std::string* error) {
@@ -26,7 +28,15 @@ bool CheckWritable(const std::string& path, std::string* error) {
     const std::string trial = path + ".trial-" + std::to_string(getpid());
     const int file = open(trial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (file < 0) {
-        *error = path + ": cannot be written: " + std::generic_category().message(errno) + ".";
+        const int reason = errno;
+        const std::string folder = FolderOf(path).empty() ? "this folder" : "the folder " + FolderOf(path);
+        if (reason == ENOENT || reason == ENOTDIR) {
+            *error = path + ": cannot be written: " + folder + " does not exist.";
+        } else if (reason == EACCES || reason == EPERM || reason == EROFS) {
+            *error = path + ": cannot be written: you may not write to " + folder + ".";
+        } else {
+            *error = path + ": cannot be written: " + std::generic_category().message(reason) + ".";
+        }
         return false;
     }
     close(file);

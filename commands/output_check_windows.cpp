@@ -22,7 +22,15 @@ bool CheckWritable(const std::string& path, std::string* error) {
     const HANDLE file = CreateFileW(trial.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
-        *error = path + ": cannot be written: " + SystemErrorText(GetLastError()) + ".";
+        const DWORD reason = GetLastError();
+        const std::string folder = FolderOf(path).empty() ? "this folder" : "the folder " + FolderOf(path);
+        if (reason == ERROR_PATH_NOT_FOUND || reason == ERROR_FILE_NOT_FOUND) {
+            *error = path + ": cannot be written: " + folder + " does not exist.";
+        } else if (reason == ERROR_ACCESS_DENIED || reason == ERROR_WRITE_PROTECT) {
+            *error = path + ": cannot be written: you may not write to " + folder + ".";
+        } else {
+            *error = path + ": cannot be written: " + SystemErrorText(reason) + ".";
+        }
         return false;
     }
     CloseHandle(file);

@@ -48,7 +48,10 @@ bool LoadPlugin(const std::string& path, PluginCheck check, PluginLibrary* libra
     }
     library->module = LoadLibraryExW(Widen(library->path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (!library->module) {
-        *error = path + ": cannot be loaded as a plug-in: " + SystemErrorText(GetLastError()) + ".";
+        const DWORD reason = GetLastError();
+        *error = path + (reason == ERROR_BAD_EXE_FORMAT
+                             ? ": is not a 64-bit Windows plug-in."
+                             : ": cannot be loaded as a plug-in: " + SystemErrorText(reason) + ".");
         return false;
     }
     std::uint64_t(WINAPI * getParams)(PluginInfo*) = nullptr;

@@ -108,7 +108,7 @@ TEST_F(Errors, The_original_palette_needs_a_source_with_one) {
 
 TEST_F(Errors, An_output_that_cannot_be_written_is_found_before_the_work) {
     EXPECT_THAT(Failing(4, {"apply", input, "-o", folder.path + "none/out.gif", "--effect", "Bump"}),
-                HasSubstr("cannot be written"));
+                HasSubstr("cannot be written: the folder " + folder.path + "none/ does not exist."));
     EXPECT_THAT(Failing(4, {"gallery", input, "-o", folder.path + "none/out.png"}),
                 HasSubstr("cannot be written"));
     EXPECT_THAT(Failing(4, {"sheet", input, input, "-o", folder.path + "none/out.png"}),

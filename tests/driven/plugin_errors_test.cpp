@@ -60,7 +60,8 @@ TEST_F(PluginErrors, A_missing_plugin_is_named) {
 TEST_F(PluginErrors, A_dll_that_is_no_plugin_is_refused) {
     EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", "C:\\windows\\system32\\kernel32.dll"})),
                 HasSubstr("not a plug-in"));
-    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", input})), HasSubstr("cannot be loaded"));
+    EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", input})),
+                HasSubstr("is not a 64-bit Windows plug-in"));
 }
 
 TEST_F(PluginErrors, A_plugins_message_is_reported) {
