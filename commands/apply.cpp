@@ -2,6 +2,8 @@
 // kestrel apply: one animation through one effect.
 #include "commands/commands.h"
 
+#include <chrono>
+#include <cstdio>
 #include <utility>
 
 #include "commands/result_files.h"
@@ -9,6 +11,8 @@
 
 namespace kfx::commands {
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 // Into session->built. Everything of the engine is gone when this returns: its memory is needed for writing.
 bool Build(const CommandLine& line, const CommandContext& context, HostSession* session, Failure* failure) {
@@ -27,19 +31,45 @@ bool Build(const CommandLine& line, const CommandContext& context, HostSession* 
            context.engine.build(engine.opened, job, false, failure);
 }
 
+ResultOptions OptionsOf(const CommandLine& line) {
+    ResultOptions options;
+    if (line.lossy >= 0) options.gif.lossy = line.lossy;
+    if (line.quality >= 0 || line.nearLossless >= 0) {
+        options.webp.kind = line.quality >= 0 ? WebpKind::Lossy : WebpKind::NearLossless;
+        options.webp.quality = line.quality >= 0 ? line.quality : line.nearLossless;
+    }
+    if (line.effort >= 0) options.webp.effort = line.effort;
+    return options;
+}
+
 std::string Plural(size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+// A sequence by its first and last file.
+std::string FilesText(const std::vector<std::string>& files) {
+    return files.size() == 1 ? files.front() : files.front() + " to " + files.back();
+}
+
+std::string SecondsText(double seconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f", seconds);
+    return text;
 }
 
 }  // namespace
 
 Report RunApply(const CommandLine& line, const CommandContext& context) {
+    const Clock::time_point start = Clock::now();
     Report report;
     Animation source;
     HostSession session;
     session.source = &source;
     session.sourcePath = SystemPath(line.inputs[0]);
-    if (!ReadSource(line.inputs[0], &source, &report) || !CheckOutput(line.output, &report)) return report;
+    if (!ReadSource(line.inputs[0], &source, &report) ||
+        !CheckOutput(line, ResultPaths(line.output, source.frames.size()), &report)) {
+        return report;
+    }
     Failure failure;
     if (!Build(line, context, &session, &failure)) return FailedReport(failure);
     if (line.supercompress && session.record.transparent) {
@@ -49,16 +79,22 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
             "opaque source.");
     }
     const size_t frames = session.built.frames.size();
+    const size_t colors = CountColors(session.built);
     const int width = session.built.width, height = session.built.height;
-    std::vector<std::string> files;
+    WrittenResult written;
     std::string error;
-    if (!WriteResult(SystemPath(line.output), std::move(session.built), session.record, &files, &error)) {
+    if (!WriteResult(line.output, std::move(session.built), session.record, OptionsOf(line), &written,
+                     &error)) {
         return FailedReport(kExitBadOutput, error);
     }
-    report.text = line.output + ": " + Plural(frames, "frame") + ", " + std::to_string(width) + " x " +
-                  std::to_string(height) + ".\n";
-    report.result = {
-        {"output", line.output}, {"frames", frames}, {"width", width}, {"height", height}, {"files", files}};
+    if (!written.note.empty()) report.notes.push_back(line.output + ": " + written.note + ".");
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    report.text = FilesText(written.files) + ": " + Plural(frames, "frame") + ", " + std::to_string(width) +
+                  " x " + std::to_string(height) + ", " + Plural(colors, "color") + ", " +
+                  std::to_string(written.bytes) + " bytes, " + SecondsText(seconds) + " s.\n";
+    report.result = {{"output", line.output}, {"frames", frames},      {"width", width},
+                     {"height", height},      {"colors", colors},      {"bytes", written.bytes},
+                     {"seconds", seconds},    {"files", written.files}};
     return report;
 }
 

@@ -123,12 +123,21 @@ size_t HighestIndex(const BuiltAnimation& built) {
     return highest;
 }
 
+// The source's comment first. A result that becomes a source again does not get the plug-in's comment twice.
+std::string JoinComments(const std::string& source, const std::string& added) {
+    if (source.empty() || added.empty()) return source + added;
+    return source.find(added) == std::string::npos ? source + "\n" + added : source;
+}
+
 GifAnimation StartGif(const BuiltAnimation& built, const SourceRecord& source) {
     GifAnimation gif;
     gif.width = built.width;
     gif.height = built.height;
     gif.loopCount = source.loopCount;
-    gif.comment = built.comment;
+    gif.comment = JoinComments(source.comment, built.comment);
+    gif.hasBackground = source.hasBackground;
+    gif.background = source.background;
+    gif.metadata = source.metadata;
     return gif;
 }
 
@@ -197,12 +206,38 @@ bool AddBuiltFrame(const AddImageRecord& record, const std::uint8_t* bitmap, std
     return true;
 }
 
+std::size_t CountColors(const BuiltAnimation& built) {
+    std::vector<bool> drawn(size_t{1} << 24);
+    size_t count = 0;
+    const auto note = [&](RgbColor color) {
+        const size_t number = color.red | size_t{color.green} << 8 | size_t{color.blue} << 16;
+        count += drawn[number] ? 0 : 1;
+        drawn[number] = true;
+    };
+    for (const BuiltFrame& frame : built.frames) {
+        if (frame.indexed) {
+            bool used[256] = {};
+            for (const uint8_t index : frame.pixels) used[index] = true;
+            for (size_t i = 0; i < frame.palette.size(); ++i) {
+                if (used[i] && static_cast<int>(i) != frame.transparentIndex) note(frame.palette[i]);
+            }
+            continue;
+        }
+        for (size_t i = 0; i + 2 < frame.pixels.size(); i += 3)
+            note({frame.pixels[i], frame.pixels[i + 1], frame.pixels[i + 2]});
+    }
+    return count;
+}
+
 Animation PlayBuilt(const BuiltAnimation& built, const SourceRecord& source) {
     Animation animation;
     animation.width = built.width;
     animation.height = built.height;
     animation.loopCount = source.loopCount;
-    animation.comment = built.comment;
+    animation.comment = JoinComments(source.comment, built.comment);
+    animation.hasBackground = source.hasBackground;
+    animation.background = source.background;
+    animation.metadata = source.metadata;
     std::vector<uint8_t> picture(4 * PixelCount(built));
     for (const BuiltFrame& handed : built.frames) {
         const SourceFrame& from = SourceOf(handed, source);
@@ -211,6 +246,7 @@ Animation PlayBuilt(const BuiltAnimation& built, const SourceRecord& source) {
         frame.pixels = picture;
         frame.transparent = TakeAlpha(from, &frame.pixels);
         frame.delay = from.delay;
+        frame.milliseconds = from.milliseconds;
         frame.disposal = kDisposalKeep;
         animation.frames.push_back(std::move(frame));
     }

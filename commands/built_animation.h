@@ -41,13 +41,17 @@ bool BeginTask(const FileObjectRecord& task, BuiltAnimation* built);
 bool AddBuiltFrame(const AddImageRecord& record, const std::uint8_t* bitmap, std::size_t bytes,
                    BuiltAnimation* built);
 
+// How many different colours the frames draw, before a lossy format changes any.
+std::size_t CountColors(const BuiltAnimation& built);
+
 // The animation as a viewer plays it, in true colour: transparent pixels show the frames before, and the
-// source's delays, loop count and alpha are back.
+// source's times, loop count, background, metadata and alpha are back. The source's comment stands before the
+// plug-in's.
 Animation PlayBuilt(const BuiltAnimation& built, const SourceRecord& source);
 
 // The animation as a GIF. Frames stand as they were handed over unless the source is transparent; then whole
 // pictures are stored, so that what was see-through in the source stays so. True colour frames get palettes
-// of their own.
+// of their own. Comments and the rest as above.
 GifAnimation MakeGif(BuiltAnimation built, const SourceRecord& source);
 
 }  // namespace kfx::commands

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "commands/command_line.h"
 
-#include <algorithm>
+#include <initializer_list>
 
 #include <CLI/CLI.hpp>
 
+#include "commands/parser_words.h"
 #include "commands/text_match.h"
+#include "media/animation_writer.h"
 
 namespace kfx::commands {
 namespace {
@@ -26,6 +28,7 @@ struct ParsedTexts {
     std::string input;
     std::string secondInput;
     std::vector<std::string> settings;
+    bool noComment = false;
 };
 
 // Where a command's options are stored.
@@ -37,13 +40,14 @@ struct Target {
 
 // What the commands that use an engine have in common.
 void AddEngineOptions(CLI::App* command, const Target& target) {
-    command->add_flag("--json", target.line->json, "Print the result, or the error, as one JSON object");
-    command->add_flag("--quiet", target.line->quiet, "No progress line and no notes");
+    AddFlag(command, "--json", &target.line->json, "Print the result, or the error, as one JSON object");
+    AddFlag(command, "--quiet", &target.line->quiet, "No progress line and no notes");
     if (target.own.add) target.own.add(command, target.own.values);
 }
 
-CLI::Option* AddOutput(CLI::App* command, CommandLine* line, const char* description) {
-    return command->add_option("-o,--output", line->output, description)->type_name("FILE");
+void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
+    command->add_option(name, line->output, description)->type_name("FILE")->required();
+    AddFlag(command, "--force", &line->force, "Replace the output when it exists");
 }
 
 CLI::Option* AddInput(CLI::App* command, std::string* input, const char* name, const char* description) {
@@ -57,24 +61,30 @@ void AddPaletteOptions(CLI::App* command, CommandLine* line) {
             "Palette as `kestrel effects --json` lists them, `custom` (computed; the default for GIF) or "
             "`original`")
         ->type_name("NAME");
-    command->add_flag("--dither", line->dither, "Dither to the palette");
-    command->add_flag("--supercompress", line->supercompress, "Store only pixels that change");
-    command->add_flag("--true-color", line->trueColor,
-                      "All colours (WebP and PNG only, where it is the default without palette options)");
-    command->add_flag("--fast-remap", line->fastRemap, "Coarser and faster search for palette colours");
-    command->add_option("--dither-brightness", line->ditherBrightness, "For black and white")
-        ->type_name("0-255")
-        ->check(CLI::Range(0, 255).description(""));
-    command->add_option("--dither-contrast", line->ditherContrast, "For black and white")
-        ->type_name("0-127")
-        ->check(CLI::Range(0, 127).description(""));
+    AddFlag(command, "--dither", &line->dither, "Dither to the palette");
+    AddFlag(command, "--supercompress", &line->supercompress, "Store only pixels that change");
+    AddFlag(command, "--true-color", &line->trueColor,
+            "All colours (WebP and PNG only, where it is the default without palette options)");
+    AddFlag(command, "--fast-remap", &line->fastRemap, "Coarser and faster search for palette colours");
+    AddNumber(command, "--dither-brightness", &line->ditherBrightness, 0, 255, "For black and white");
+    AddNumber(command, "--dither-contrast", &line->ditherContrast, 0, 127, "For black and white");
+}
+
+void AddFormatOptions(CLI::App* command, CommandLine* line) {
+    AddNumber(command, "--lossy", &line->lossy, 0, kMaxLossy,
+              "Smaller GIF: a colour may change by a quarter of this (0: not at all)");
+    AddNumber(command, "--quality", &line->quality, 0, 100, "Lossy WebP of this quality (100: the best)");
+    AddNumber(command, "--near-lossless", &line->nearLossless, 0, 100,
+              "Smaller WebP after small changes of the pixels (100: none)");
+    AddNumber(command, "--effort", &line->effort, 0, 9,
+              "WebP: more takes longer and makes smaller files (6)");
 }
 
 void AddApply(CLI::App* app, const Target& target) {
     CommandLine* const line = target.line;
     CLI::App* const apply = app->add_subcommand("apply", "Apply an effect to an animation");
     AddInput(apply, &target.texts->input, "input", "GIF, WebP, PNG or BMP file")->required();
-    AddOutput(apply, line, ".gif, .webp, or .png (several frames: NAME-000.png, ...)")->required();
+    AddOutput(apply, line, "-o,--output", ".gif, .webp, or .png (several frames: NAME-000.png, ...)");
     apply->add_option("--effect", line->effect, "Effect, as `kestrel effects` lists them")
         ->required()
         ->type_name("NAME");
@@ -84,10 +94,10 @@ void AddApply(CLI::App* app, const Target& target) {
         ->allow_extra_args(false)
         ->take_all();
     AddPaletteOptions(apply, line);
-    apply->add_flag_callback(
-        "--comment", [line] { line->comment = Choice::On; }, "Add the plug-in's comment (the default)");
-    apply->add_flag_callback(
-        "--no-comment", [line] { line->comment = Choice::Off; }, "Leave the comment out");
+    AddFormatOptions(apply, line);
+    AddFlag(apply, "--comment", &line->comment,
+            "Add the plug-in's comment to a GIF, behind the source's own");
+    AddFlag(apply, "--no-comment", &target.texts->noComment, "No comment of the plug-in (the default)");
     apply
         ->add_option("--local-background", line->localBackground,
                      "Colour that effects show beyond the picture's edges, or `none` for the source's own")
@@ -106,15 +116,13 @@ void AddGallery(CLI::App* app, const Target& target) {
         app->add_subcommand("gallery", "Draw one picture sheet of a picture under every effect");
     AddInput(gallery, &target.texts->input, "input",
              "Picture or animation (default: the sample's first frame)");
-    AddOutput(gallery, target.line, "PNG file")->required();
+    AddOutput(gallery, target.line, "-o,--output", "PNG file");
     AddEngineOptions(gallery, target);
 }
 
 void AddSample(CLI::App* app, const Target& target) {
-    app->add_subcommand("sample", "Write the sample animation")
-        ->add_option("-o,--output,output", target.line->output, "GIF file")
-        ->required()
-        ->type_name("FILE");
+    CLI::App* const sample = app->add_subcommand("sample", "Write the sample animation");
+    AddOutput(sample, target.line, "-o,--output,output", "GIF file");
 }
 
 void AddSheet(CLI::App* app, const Target& target) {
@@ -122,32 +130,7 @@ void AddSheet(CLI::App* app, const Target& target) {
         app->add_subcommand("sheet", "Draw frames of a source and of its result on one contact sheet");
     AddInput(sheet, &target.texts->input, "source", "Source animation")->required();
     AddInput(sheet, &target.texts->secondInput, "result", "Its result")->required();
-    AddOutput(sheet, target.line, "PNG file")->required();
-}
-
-// Everything that is said after a dash, for suggestions.
-std::vector<std::string> OptionNames(const CLI::App& app) {
-    std::vector<std::string> names;
-    for (const CLI::Option* option : app.get_options()) {
-        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-    }
-    return names;
-}
-
-std::string UnexpectedArgumentMessage(const CLI::App& app) {
-    const auto chosen = app.get_subcommands();
-    const CLI::App& place = chosen.empty() ? app : *chosen.front();
-    const auto unexpected = app.remaining(true);
-    const std::string argument = unexpected.empty() ? "" : unexpected.front();
-    if (argument.rfind('-', 0) == 0) {
-        const auto nearest = NearestNames(argument, OptionNames(place));
-        return "unknown option \"" + argument + "\"" +
-               (nearest.empty() ? "; see --help." : "; did you mean " + JoinNames(nearest) + "?");
-    }
-    if (!chosen.empty()) return "unexpected argument \"" + argument + "\".";
-    std::vector<std::string> commands;
-    for (const CLI::App* command : app.get_subcommands({})) commands.push_back(command->get_name());
-    return UnknownNameMessage("command", argument, commands);
+    AddOutput(sheet, target.line, "-o,--output", "PNG file");
 }
 
 bool SplitSettings(const std::vector<std::string>& texts, CommandLine* line, std::string* error) {
@@ -162,31 +145,71 @@ bool SplitSettings(const std::vector<std::string>& texts, CommandLine* line, std
     return true;
 }
 
-// What the parts of an apply command say together.
-bool CheckApply(CommandLine* line, std::string* error) {
-    const std::string ending = EndingOf(line->output);
+// The first of the options that is given; null: none is.
+struct GivenOption {
+    const char* name;
+    bool given;
+};
+
+const char* FirstGiven(std::initializer_list<GivenOption> options) {
+    for (const GivenOption& option : options) {
+        if (option.given) return option.name;
+    }
+    return nullptr;
+}
+
+std::string ExcludeEachOther(const char* one, const char* other) {
+    return std::string(one) + " and " + other + " exclude each other.";
+}
+
+// What does not go with the output's format. Empty: nothing.
+std::string FormatMismatch(const CommandLine& line, const std::string& ending) {
     const bool gif = ending == ".gif";
-    const char* paletteOption = !line->palette.empty() ? "--palette"
-                                : line->dither         ? "--dither"
-                                : line->supercompress  ? "--supercompress"
-                                                       : nullptr;
+    const char* const webpOption = FirstGiven({{"--quality", line.quality >= 0},
+                                               {"--near-lossless", line.nearLossless >= 0},
+                                               {"--effort", line.effort >= 0}});
+    if (!gif && ending != ".webp" && ending != ".png")
+        return "the output must end in .gif, .webp or .png, not \"" + line.output + "\".";
+    if (gif && line.trueColor)
+        return "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color.";
+    if (!gif && line.comment) return "only a GIF holds the plug-in's comment; leave out --comment.";
+    if (!gif && line.lossy >= 0) return "--lossy is for GIF files; leave it out, or write .gif.";
+    if (ending != ".webp" && webpOption)
+        return std::string(webpOption) + " is for WebP files; leave it out, or write .webp.";
+    return "";
+}
+
+// Options that contradict each other. Empty: none do.
+std::string Contradiction(const CommandLine& line, const ParsedTexts& texts, const char* paletteOption) {
+    const char* const searchOption = FirstGiven({{"--fast-remap", line.fastRemap},
+                                                 {"--dither-brightness", line.ditherBrightness >= 0},
+                                                 {"--dither-contrast", line.ditherContrast >= 0}});
+    if (line.trueColor && paletteOption) return ExcludeEachOther("--true-color", paletteOption);
+    if (line.trueColor && searchOption) return ExcludeEachOther("--true-color", searchOption);
+    if (line.comment && texts.noComment) return ExcludeEachOther("--comment", "--no-comment");
+    if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
+    return "";
+}
+
+// What the parts of an apply command say together.
+bool CheckApply(const ParsedTexts& texts, CommandLine* line, std::string* error) {
+    const std::string ending = EndingOf(line->output);
+    const char* const paletteOption = FirstGiven({{"--palette", !line->palette.empty()},
+                                                  {"--dither", line->dither},
+                                                  {"--supercompress", line->supercompress}});
+    const bool trueColor = ending != ".gif" && !paletteOption;
     unsigned color = 0;
-    if (!gif && ending != ".webp" && ending != ".png") {
-        *error = "the output must end in .gif, .webp or .png, not \"" + line->output + "\".";
-    } else if (gif && line->trueColor) {
-        *error = "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color.";
-    } else if (line->trueColor && paletteOption) {
-        *error = std::string("--true-color and ") + paletteOption + " exclude each other.";
-    } else if (!line->localBackground.empty() && PlainName(line->localBackground) != "none" &&
-               !ParseColor(line->localBackground, &color)) {
+    *error = FormatMismatch(*line, ending);
+    if (error->empty()) *error = Contradiction(*line, texts, paletteOption);
+    if (error->empty() && !line->localBackground.empty() && PlainName(line->localBackground) != "none" &&
+        !ParseColor(line->localBackground, &color)) {
         *error =
             "--local-background takes a colour as RRGGBB or none, not \"" + line->localBackground + "\".";
-    } else {
-        line->trueColor = !gif && !paletteOption;
-        if (line->palette.empty()) line->palette = "custom";
-        return true;
     }
-    return false;
+    if (!error->empty()) return false;
+    line->trueColor = trueColor;
+    if (line->palette.empty()) line->palette = "custom";
+    return true;
 }
 
 bool CheckEnding(const CommandLine& line, const char* ending, std::string* error) {
@@ -196,7 +219,7 @@ bool CheckEnding(const CommandLine& line, const char* ending, std::string* error
 }
 
 bool FinishApply(const ParsedTexts& texts, CommandLine* line, std::string* error) {
-    return SplitSettings(texts.settings, line, error) && CheckApply(line, error);
+    return SplitSettings(texts.settings, line, error) && CheckApply(texts, line, error);
 }
 
 bool FinishNothing(const ParsedTexts&, CommandLine*, std::string*) { return true; }
@@ -238,9 +261,7 @@ ParseOutcome Parse(CLI::App* app, const std::vector<std::string>& arguments, std
         *text = std::string(version.what()) + "\n";
         return ParseOutcome::ShowText;
     } catch (const CLI::ParseError& error) {
-        // A mistyped option is more likely than the missing one it leaves behind.
-        *text =
-            app->remaining(true).empty() ? std::string(error.what()) + "." : UnexpectedArgumentMessage(*app);
+        *text = ParserErrorMessage(error, *app);
         return ParseOutcome::Error;
     }
 }
@@ -274,6 +295,7 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const O
     app.footer(kFooter);
     app.set_version_flag("--version", "Kestrel 16.0a");
     app.allow_windows_style_options(false);  // a leading slash begins a path
+    app.require_subcommand(0, 1);            // files may be named as commands are
     ParsedTexts texts;
     for (const CommandRow& row : kCommands) row.add(&app, {line, &texts, own});
     const ParseOutcome outcome = Parse(&app, arguments, text);

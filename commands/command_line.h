@@ -13,8 +13,6 @@ namespace kfx::commands {
 
 enum class Command { Apply, Effects, Sample, Sheet, Gallery };
 
-enum class Choice { Unset, Off, On };
-
 // A parameter of the effect as the user names it.
 struct Setting {
     std::string name;
@@ -27,6 +25,7 @@ struct CommandLine {
     std::string output;
     bool json = false;
     bool quiet = false;
+    bool force = false;  // replace a file that exists
 
     std::string effect;
     std::vector<Setting> settings;
@@ -34,11 +33,16 @@ struct CommandLine {
     bool dither = false;
     bool supercompress = false;
     bool trueColor = false;
-    Choice comment = Choice::Unset;
+    bool comment = false;         // the plug-in's own
     std::string localBackground;  // RRGGBB or "none"; empty: the plug-in's default
     bool fastRemap = false;
     int ditherBrightness = -1;  // -1: the plug-in's default
     int ditherContrast = -1;
+    // How the output's format is written, in the numbers of media/animation_writer.h; -1: as it is by itself.
+    int lossy = -1;
+    int quality = -1;
+    int nearLossless = -1;
+    int effort = -1;
 };
 
 // Options of the program's own, for the commands that use an engine.

@@ -2,6 +2,9 @@
 // The commands. Each does its work on files, with any engine, and reports; none prints.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "commands/command_line.h"
 #include "commands/engine.h"
 #include "commands/report.h"
@@ -26,7 +29,7 @@ Report RunSheet(const CommandLine& line);
 // Reads an animation with at least one frame; its warning becomes a note.
 bool ReadSource(const std::string& path, Animation* animation, Report* report);
 
-// As CheckWritable. False: the report says why not.
-bool CheckOutput(const std::string& path, Report* report);
+// As MayWriteResult, for what the line names. False: the report says why not.
+bool CheckOutput(const CommandLine& line, const std::vector<std::string>& files, Report* report);
 
 }  // namespace kfx::commands

@@ -53,7 +53,8 @@ SheetPicture PictureOf(const Animation& animation, const std::string& label) {
 Report WriteSheet(const Picture& sheet, const std::string& output, Report report) {
     std::string error;
     if (sheet.width == 0) return FailedReport(kExitBadInput, "there is nothing to draw.");
-    if (!WritePng(SystemPath(output), sheet, &error)) return FailedReport(kExitBadOutput, error);
+    if (!WritePng(SystemPath(output), sheet, &error))
+        return FailedReport(kExitBadOutput, WithFolderAsGiven(error, output));
     report.text = output + ": " + std::to_string(sheet.width) + " x " + std::to_string(sheet.height) + ".\n";
     report.result["output"] = output;
     report.result["width"] = sheet.width;
@@ -145,7 +146,8 @@ Report RunGallery(const CommandLine& line, const CommandContext& context) {
     session.source = &source;
     session.sourcePath = line.inputs.empty() ? "sample" : SystemPath(line.inputs[0]);
     session.keepSource = true;
-    if (!ReadGallerySource(line, &source, &report) || !CheckOutput(line.output, &report)) return report;
+    if (!ReadGallerySource(line, &source, &report) || !CheckOutput(line, {line.output}, &report))
+        return report;
     std::vector<Animation> results;
     std::vector<std::string> names;
     std::string title;
@@ -164,10 +166,12 @@ Report RunGallery(const CommandLine& line, const CommandContext& context) {
 }
 
 Report RunSample(const CommandLine& line) {
+    Report report;
+    if (!CheckOutput(line, {line.output}, &report)) return report;
     std::string error;
     const GifAnimation sample = DrawSampleAnimation();
-    if (!WriteGif(SystemPath(line.output), sample, &error)) return FailedReport(kExitBadOutput, error);
-    Report report;
+    if (!WriteGif(SystemPath(line.output), sample, &error))
+        return FailedReport(kExitBadOutput, WithFolderAsGiven(error, line.output));
     report.text = line.output + ": " + std::to_string(sample.frames.size()) + " frames, " +
                   std::to_string(sample.width) + " x " + std::to_string(sample.height) + ".\n";
     report.result = {{"output", line.output},
@@ -180,8 +184,10 @@ Report RunSample(const CommandLine& line) {
 Report RunSheet(const CommandLine& line) {
     Report report;
     Animation source, result;
-    if (!ReadSource(line.inputs[0], &source, &report) || !ReadSource(line.inputs[1], &result, &report))
+    if (!ReadSource(line.inputs[0], &source, &report) || !ReadSource(line.inputs[1], &result, &report) ||
+        !CheckOutput(line, {line.output}, &report)) {
         return report;
+    }
     const std::string title = FileNameOf(line.inputs[0]) + " and " + FileNameOf(line.inputs[1]);
     return WriteSheet(DrawComparison(title, source, result, kSheetColumns, kSheetWidth, kSheetHeight),
                       line.output, std::move(report));

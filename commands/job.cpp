@@ -17,6 +17,7 @@ bool ResolveEffect(const CommandLine& line, const Engine& engine, void* opened, 
     std::vector<std::string> effects;
     if (!engine.listEffects(opened, &effects, failure)) return false;
     job->effect = FindName(line.effect, effects);
+    if (job->effect >= 0) job->effectName = effects[static_cast<size_t>(job->effect)];
     return job->effect >= 0 || Refuse(UnknownNameMessage("effect", line.effect, effects), failure);
 }
 
@@ -27,12 +28,17 @@ bool ResolveValues(const CommandLine& line, const Engine& engine, void* opened, 
     names.reserve(parameters.size());
     for (const Parameter& parameter : parameters) names.push_back(parameter.name);
     for (const Setting& setting : line.settings) {
+        if (names.empty()) return Refuse(job->effectName + " has no parameters.", failure);
         const int row = FindName(setting.name, names);
         if (row < 0) return Refuse(UnknownNameMessage("parameter", setting.name, names), failure);
         ChosenValue chosen = {parameters[static_cast<size_t>(row)], 0};
         std::string error;
-        if (!ParseValue(chosen.parameter, setting.value, &chosen.value, &error))
+        if (!ParseValue(chosen.parameter, job->effectName, setting.value, &chosen.value, &error))
             return Refuse(error, failure);
+        for (const ChosenValue& before : job->values) {
+            if (before.parameter.name == chosen.parameter.name)
+                return Refuse("--set gives " + chosen.parameter.name + " twice.", failure);
+        }
         job->values.push_back(chosen);
     }
     return true;
@@ -72,7 +78,7 @@ bool ResolveJob(const CommandLine& line, bool ownPalette, const Engine& engine, 
     *job = {};
     job->dither = line.dither;
     job->supercompress = line.supercompress;
-    job->comment = line.comment != Choice::Off;
+    job->comment = line.comment;
     ResolveBackground(line, job);
     return ResolveEffect(line, engine, opened, job, failure) &&
            ResolveValues(line, engine, opened, job, failure) &&

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "commands/command_line.h"
@@ -33,12 +34,13 @@ enum class Background {
 
 struct Job {
     int effect = 0;                   // row of the effect list
+    std::string effectName;           // as the list has it
     std::vector<ChosenValue> values;  // the other parameters keep their defaults
     PaletteUse paletteUse = PaletteUse::TrueColor;
     int palette = 0;  // when Listed: row of the palette list; the row behind the last is the source's own
     bool dither = false;
     bool supercompress = false;
-    bool comment = true;
+    bool comment = false;
     Background background = Background::Standard;
     std::uint32_t backgroundColor = 0;  // 0x00BBGGRR
 };

@@ -23,7 +23,8 @@ bool ReadNumber(const std::string& text, int* number) {
     return true;
 }
 
-bool ParseValue(const Parameter& parameter, const std::string& text, int* value, std::string* error) {
+bool ParseValue(const Parameter& parameter, const std::string& effect, const std::string& text, int* value,
+                std::string* error) {
     const std::string plain = PlainName(text);
     bool known = false;
     if (parameter.kind == Parameter::CheckBox) {
@@ -36,7 +37,10 @@ bool ParseValue(const Parameter& parameter, const std::string& text, int* value,
     } else {
         known = ReadNumber(text, value) && *value >= parameter.minimum && *value <= parameter.maximum;
     }
-    if (!known) *error = parameter.name + " takes " + RangeText(parameter) + ", not \"" + text + "\".";
+    const std::string numbers = parameter.kind == Parameter::Slider ? "whole numbers from " : "";
+    if (!known)
+        *error = parameter.name + " of " + effect + " takes " + numbers + RangeText(parameter) + ", not \"" +
+                 text + "\".";
     return known;
 }
 

@@ -25,8 +25,9 @@ std::string ShownName(const std::string& caption);
 // Reads a whole number from -1000000 to 1000000, and nothing else, from the text.
 bool ReadNumber(const std::string& text, int* number);
 
-// Reads "9", "on" or "Left 1" for the parameter. False: `*error` says what it takes.
-bool ParseValue(const Parameter& parameter, const std::string& text, int* value, std::string* error);
+// Reads "9", "on" or "Left 1" for the parameter of `effect`. False: `*error` says what it takes.
+bool ParseValue(const Parameter& parameter, const std::string& effect, const std::string& text, int* value,
+                std::string* error);
 
 // "4 to 45", "on or off", "Red - Blue, Red - Green or Left 1".
 std::string RangeText(const Parameter& parameter);

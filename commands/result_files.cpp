@@ -1,32 +1,83 @@
 // SPDX-License-Identifier: MIT
 #include "commands/result_files.h"
 
+#include <filesystem>
 #include <new>
 #include <utility>
 
 #include "media/animation_writer.h"
+#include "media/file_io.h"
+#include "media/utf8_path.h"
 #include "commands/command_line.h"
+#include "commands/output_check.h"
+#include "commands/text.h"
 
 namespace kfx::commands {
 namespace {
 
+// What viewers make of the times in a GIF file, which has hundredths only.
+std::string ShortDelaysOf(const GifAnimation& gif) {
+    Animation times;
+    for (const GifFrame& frame : gif.frames) times.frames.emplace_back().delay = frame.delay;
+    return ShortDelayNote(times);
+}
+
 bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& source,
-           std::vector<std::string>* files, std::string* error) {
-    files->assign(1, path);
-    if (EndingOf(path) == ".gif") return WriteGif(path, MakeGif(std::move(built), source), error);
+           const ResultOptions& options, WrittenResult* written, std::string* error) {
+    const std::string system = SystemPath(path);
+    if (EndingOf(path) == ".gif") {
+        const GifAnimation gif = MakeGif(std::move(built), source);
+        written->note = ShortDelaysOf(gif);
+        return WriteGif(system, gif, error, options.gif);
+    }
     const Animation animation = PlayBuilt(built, source);
     built = {};  // the played frames take its place in memory
-    if (EndingOf(path) == ".webp") return WriteWebp(path, animation, error);
-    *files = PngFramePaths(path, animation.frames.size());
-    return WritePngFrames(path, animation, error);
+    if (EndingOf(path) != ".webp") return WritePngFrames(system, animation, error);
+    written->note = ShortDelayNote(animation);
+    return WriteWebp(system, animation, error, options.webp);
+}
+
+std::uint64_t BytesOf(const std::vector<std::string>& files) {
+    std::uint64_t bytes = 0;
+    for (const std::string& file : files) {
+        std::error_code noFile;
+        const std::uintmax_t size = std::filesystem::file_size(PathOf(SystemPath(file)), noFile);
+        if (!noFile) bytes += size;
+    }
+    return bytes;
 }
 
 }  // namespace
 
+std::vector<std::string> ResultPaths(const std::string& path, std::size_t frameCount) {
+    return EndingOf(path) == ".png" ? PngFramePaths(path, frameCount) : std::vector<std::string>{path};
+}
+
+bool MayWriteResult(const std::vector<std::string>& files, const std::vector<std::string>& inputs,
+                    bool replace, std::string* error) {
+    std::vector<std::string> systemInputs;
+    systemInputs.reserve(inputs.size());
+    for (const std::string& input : inputs) systemInputs.push_back(SystemPath(input));
+    for (const std::string& file : files) {
+        if (!CheckWritable(file, error)) return false;
+        if (MayWriteFile(SystemPath(file), systemInputs, replace, error)) continue;
+        *error = WithFolderAsGiven(*error, file);
+        return false;
+    }
+    return true;
+}
+
 bool WriteResult(const std::string& path, BuiltAnimation built, const SourceRecord& source,
-                 std::vector<std::string>* files, std::string* error) {
+                 const ResultOptions& options, WrittenResult* written, std::string* error) {
+    *written = {};
+    written->files = ResultPaths(path, built.frames.size());
     try {
-        return Write(path, std::move(built), source, files, error);
+        if (!Write(path, std::move(built), source, options, written, error)) {
+            *error = WithFolderAsGiven(*error, path);
+            return false;
+        }
+        written->bytes = BytesOf(written->files);
+        return true;
     } catch (const std::bad_alloc&) {
         *error = path + ": there is not enough memory to write it.";
         return false;

@@ -2,6 +2,8 @@
 // A built animation's way into files.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -9,9 +11,28 @@
 
 namespace kfx::commands {
 
-// Writes the animation in the format that the path's ending names: .gif, .webp or .png. `*files` are the
-// files made.
+// How the formats are written; see media/animation_writer.h.
+struct ResultOptions {
+    GifOptions gif;
+    WebpOptions webp;
+};
+
+struct WrittenResult {
+    std::vector<std::string> files;  // with folders as in the path that was given
+    std::uint64_t bytes = 0;         // of all files; 0 for a device or a pipe
+    std::string note;  // a clause about frames that viewers do not show as long as they say; or empty
+};
+
+// The files that WriteResult makes for so many frames.
+std::vector<std::string> ResultPaths(const std::string& path, std::size_t frameCount);
+
+// To be asked before the work begins. False: one of the files cannot be written, is one of the inputs, or
+// exists and is not to be replaced; `*error` is one sentence.
+bool MayWriteResult(const std::vector<std::string>& files, const std::vector<std::string>& inputs,
+                    bool replace, std::string* error);
+
+// Writes the animation in the format that the path's ending names: .gif, .webp or .png.
 bool WriteResult(const std::string& path, BuiltAnimation built, const SourceRecord& source,
-                 std::vector<std::string>* files, std::string* error);
+                 const ResultOptions& options, WrittenResult* written, std::string* error);
 
 }  // namespace kfx::commands

@@ -3,7 +3,7 @@
 #include <new>
 
 #include "commands/commands.h"
-#include "commands/output_check.h"
+#include "commands/result_files.h"
 #include "commands/text.h"
 
 namespace kfx::commands {
@@ -38,7 +38,7 @@ Report RunCommand(const CommandLine& line, const CommandContext& context) {
 bool ReadSource(const std::string& path, Animation* animation, Report* report) {
     std::string error;
     if (!ReadAnimation(SystemPath(path), animation, &error)) {
-        *report = FailedReport(kExitBadInput, error);
+        *report = FailedReport(kExitBadInput, WithFolderAsGiven(error, path));
         return false;
     }
     if (animation->frames.empty()) {
@@ -49,9 +49,9 @@ bool ReadSource(const std::string& path, Animation* animation, Report* report) {
     return true;
 }
 
-bool CheckOutput(const std::string& path, Report* report) {
+bool CheckOutput(const CommandLine& line, const std::vector<std::string>& files, Report* report) {
     std::string error;
-    if (CheckWritable(path, &error)) return true;
+    if (MayWriteResult(files, line.inputs, line.force, &error)) return true;
     *report = FailedReport(kExitBadOutput, error);
     return false;
 }

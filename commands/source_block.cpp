@@ -137,9 +137,14 @@ SourceRecord MakeSourceRecord(const Animation& animation) {
     record.height = animation.height;
     record.loopCount = animation.loopCount;
     record.ownPalette = HasOwnPalette(animation);
+    record.hasBackground = animation.hasBackground;
+    record.background = animation.background;
+    record.comment = animation.comment;
+    record.metadata = animation.metadata;
     for (const Frame& frame : animation.frames) {
         SourceFrame kept;
         kept.delay = frame.delay;
+        kept.milliseconds = frame.milliseconds;
         if (frame.transparent) kept.alpha = AlphaOf(frame);
         record.transparent = record.transparent || frame.transparent;
         record.frames.push_back(std::move(kept));
@@ -165,7 +170,7 @@ void WriteAnimationBlock(const Animation& animation, std::uint8_t* block) {
     Put32(block + 20, back.red | size_t{back.green} << 8 | size_t{back.blue} << 16);
     Put32(block + 24, static_cast<size_t>(animation.width));
     Put32(block + 28, static_cast<size_t>(animation.height));
-    Put16(block + 36, colors);
+    Put16(block + 36, HandedColors(animation));
     for (size_t i = 0; i < colors; ++i) {
         uint8_t* triple = block + kAnimationHeaderBytes + 3 * i;
         triple[0] = animation.globalPalette[i].red;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "media/animation.h"
@@ -13,8 +14,9 @@ namespace kfx::commands {
 
 // What the plug-in does not carry; it comes back to a built frame by the frame's index.
 struct SourceFrame {
-    int delay = 0;                    // hundredths of a second
-    std::vector<std::uint8_t> alpha;  // width * height, top row first; empty: opaque
+    int delay = 0;                       // hundredths of a second
+    int milliseconds = kNoMilliseconds;  // the same time exactly, as in media/animation.h
+    std::vector<std::uint8_t> alpha;     // width * height, top row first; empty: opaque
 };
 
 struct SourceRecord {
@@ -23,6 +25,10 @@ struct SourceRecord {
     int loopCount = kLoopNone;
     bool transparent = false;  // at least one frame is
     bool ownPalette = false;   // the plug-in can be asked to keep it
+    bool hasBackground = false;
+    RgbColor background;
+    std::string comment;  // the file's bytes
+    Metadata metadata;
     std::vector<SourceFrame> frames;
 };
 

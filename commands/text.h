@@ -15,6 +15,10 @@ std::string FromPluginText(const std::string& text);
 // under Wine a leading slash is the root of the Unix file system. Relative paths stay relative.
 std::string SystemPath(const std::string& path);
 
+// A sentence that begins with SystemPath(path), or with a file beside it, begins with the folder as the user
+// wrote it instead.
+std::string WithFolderAsGiven(const std::string& sentence, const std::string& path);
+
 std::string FolderOf(const std::string& path);  // with its final separator; empty for a bare name
 std::string FileNameOf(const std::string& path);
 

@@ -88,6 +88,13 @@ std::string JoinNames(const std::vector<std::string>& names, const std::string& 
 
 std::string UnknownNameMessage(const std::string& kind, const std::string& wanted,
                                const std::vector<std::string>& names) {
+    const std::string plain = PlainName(wanted);
+    std::vector<std::string> beginning;
+    for (const std::string& name : names) {
+        if (!plain.empty() && BeginsWith(PlainName(name), plain)) beginning.push_back(name);
+    }
+    if (beginning.size() > 1)
+        return "ambiguous " + kind + " \"" + wanted + "\": it can be " + JoinNames(beginning) + ".";
     const std::string start = "unknown " + kind + " \"" + wanted + "\"";
     const auto nearest = NearestNames(wanted, names);
     if (!nearest.empty()) return start + "; did you mean " + JoinNames(nearest) + "?";

@@ -20,7 +20,8 @@ std::vector<std::string> NearestNames(const std::string& wanted, const std::vect
 // "a", "a or b", "a, b or c".
 std::string JoinNames(const std::vector<std::string>& names, const std::string& lastWord = "or");
 
-// `unknown KIND "WANTED"; did you mean ...?`, or all the names when none is similar.
+// `unknown KIND "WANTED"; did you mean ...?`, or all the names when none is similar. When several begin so:
+// `ambiguous KIND "WANTED": it can be ...`.
 std::string UnknownNameMessage(const std::string& kind, const std::string& wanted,
                                const std::vector<std::string>& names);
 

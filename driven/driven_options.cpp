@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <CLI/CLI.hpp>
 
+#include "commands/parser_words.h"
 #include "driven/driven_engine.h"
 
 namespace kfx::driven {
@@ -8,20 +9,17 @@ namespace {
 
 void AddOptions(CLI::App* command, void* values) {
     auto* options = static_cast<DrivenOptions*>(values);
-    CLI::Option* const through = command->add_flag("--through-plugin", options->throughPlugin,
+    CLI::Option* const through = commands::AddFlag(command, "--through-plugin", &options->throughPlugin,
                                                    "Load the plug-in and drive its window");
     command
         ->add_option("--plugin", options->plugin, "The plug-in (default: kfxplug1.dll beside this program)")
         ->type_name("PATH")
         ->needs(through);
-    command
-        ->add_flag("--show-window", options->showWindow,
-                   "Let the plug-in's window be seen while it is driven")
+    commands::AddFlag(command, "--show-window", &options->showWindow,
+                      "Let the plug-in's window be seen while it is driven")
         ->needs(through);
-    command
-        ->add_option("--timeout", options->timeoutSeconds, "Give up after this long without a sign of life")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(1, 86400).description(""))
+    commands::AddNumber(command, "--timeout", &options->timeoutSeconds, 1, 86400,
+                        "Give up after so many seconds without a sign of life")
         ->needs(through);
 }
 

@@ -83,9 +83,13 @@ bool SaveResult(StageState* state) {
     std::string path = FolderOf(state->sourcePath) + name.substr(0, name.find_last_of('.')) + "-result.gif";
     if (!ChooseFileToSave(state->window, &path)) return false;
     const HCURSOR cursor = SetCursor(LoadCursorA(nullptr, IDC_WAIT));
-    std::vector<std::string> files;
+    WrittenResult written;
+    const std::vector<std::string>& files = written.files;
     std::string error;
-    const bool saved = WriteResult(path, state->built, state->builtSource, &files, &error);
+    // The dialog has asked whether the chosen file may be replaced.
+    const bool saved =
+        MayWriteResult(ResultPaths(path, state->built.frames.size()), {state->sourcePath}, true, &error) &&
+        WriteResult(path, state->built, state->builtSource, {}, &written, &error);
     SetCursor(cursor);
     if (!saved) {
         ShowMessage(*state, state->window, error, MB_ICONERROR);

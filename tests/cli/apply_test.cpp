@@ -8,6 +8,7 @@
 
 #include "effects/effects.h"
 #include "framework/working_image.h"
+#include "media/animation_writer.h"
 #include "tests/cli/program.h"
 #include "tests/cli/test_files.h"
 #include "tests/cli/test_animations.h"
@@ -15,6 +16,7 @@
 namespace kfx::test {
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -25,6 +27,12 @@ std::vector<std::string> Command(const std::string& input, const std::string& ou
     arguments.insert(arguments.end(), effect.begin(), effect.end());
     arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
+}
+
+// The last part of a folder's path, which ends in a separator.
+std::string FolderName(const std::string& path) {
+    const std::string bare = path.substr(0, path.size() - 1);
+    return bare.substr(bare.find_last_of("/\\") + 1);
 }
 
 void ExpectDone(const std::vector<std::string>& arguments) {
@@ -85,18 +93,129 @@ TEST(Apply, Delays_loop_count_and_comment_are_kept) {
     WriteTestGif(folder.path + "in.gif", 4);
     ExpectDone(Command(folder.path + "in.gif", folder.path + "out.gif", {"--effect", "Bump"}));
     const Animation result = ReadBack(folder.path + "out.gif");
+    EXPECT_EQ(result.comment, "a test");
     ASSERT_EQ(result.frames.size(), 4u);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(result.frames[static_cast<size_t>(i)].delay, 5 + i);
     EXPECT_EQ(result.loopCount, 3);
-    EXPECT_THAT(result.comment, StartsWith("CREATED BY...\r\n"));
 }
 
-TEST(Apply, The_comment_is_left_out_on_request) {
+TEST(Apply, The_plugins_comment_stands_behind_the_sources_on_request_and_only_once) {
     const TemporaryFolder folder;
     WriteTestGif(folder.path + "in.gif", 2);
-    ExpectDone(
-        Command(folder.path + "in.gif", folder.path + "out.gif", {"--effect", "Bump"}, {"--no-comment"}));
-    EXPECT_EQ(ReadBack(folder.path + "out.gif").comment, "");
+    const std::vector<std::string> effect = {"--effect", "Bump", "--comment"};
+    ExpectDone(Command(folder.path + "in.gif", folder.path + "out.gif", effect));
+    const std::string comment = ReadBack(folder.path + "out.gif").comment;
+    EXPECT_THAT(comment, StartsWith("a test\nCREATED BY...\r\n"));
+    ExpectDone(Command(folder.path + "out.gif", folder.path + "again.gif", effect));
+    EXPECT_EQ(ReadBack(folder.path + "again.gif").comment, comment);
+}
+
+// An animation with everything that WebP and GIF files can say beside pictures.
+Animation MetadataAnimation(const std::vector<int>& milliseconds) {
+    Animation animation;
+    animation.width = 8;
+    animation.height = 6;
+    animation.loopCount = 4;
+    animation.hasBackground = true;
+    animation.background = {10, 20, 30};
+    const std::string profile = "a profile", exif = "an exif block", xmp = "<x:xmpmeta/>";
+    animation.metadata = {.colorProfile = {profile.begin(), profile.end()},
+                          .exif = {exif.begin(), exif.end()},
+                          .xmp = {xmp.begin(), xmp.end()}};
+    for (size_t f = 0; f < milliseconds.size(); ++f) {
+        Frame frame;
+        frame.pixels.assign(4 * 8 * 6, 255);
+        for (size_t i = 0; i < frame.pixels.size(); i += 4)
+            frame.pixels[i] = static_cast<uint8_t>(50 * f + i / 4);
+        frame.milliseconds = milliseconds[f];
+        frame.delay = milliseconds[f] / 10;
+        animation.frames.push_back(frame);
+    }
+    return animation;
+}
+
+void WriteMetadataWebp(const std::string& path, const std::vector<int>& milliseconds) {
+    std::string error;
+    ASSERT_TRUE(WriteWebp(path, MetadataAnimation(milliseconds), &error)) << error;
+}
+
+TEST(Apply, Webp_files_keep_milliseconds_background_and_metadata) {
+    const TemporaryFolder folder;
+    const std::vector<int> times = {33, 33, 17, 250};
+    WriteMetadataWebp(folder.path + "in.webp", times);
+    const auto report =
+        RunKestrelForJson(Command(folder.path + "in.webp", folder.path + "out.webp", {"--effect", "Bump"}));
+    const Animation result = ReadBack(folder.path + "out.webp");
+    ASSERT_EQ(result.frames.size(), times.size());
+    for (size_t i = 0; i < times.size(); ++i) EXPECT_EQ(MillisecondsOf(result.frames[i]), times[i]) << i;
+    const Animation expected = MetadataAnimation(times);
+    EXPECT_EQ(result.loopCount, 4);
+    EXPECT_EQ(result.background, expected.background);
+    EXPECT_EQ(result.metadata.colorProfile, expected.metadata.colorProfile);
+    EXPECT_EQ(result.metadata.exif, expected.metadata.exif);
+    EXPECT_EQ(result.metadata.xmp, expected.metadata.xmp);
+    ASSERT_EQ(report["notes"].size(), 1u);
+    EXPECT_THAT(report["notes"][0].get<std::string>(),
+                HasSubstr("out.webp: 1 frame is to be shown for less than 20 ms"));
+}
+
+TEST(Apply, A_gif_keeps_of_a_webp_what_it_can_hold) {
+    const TemporaryFolder folder;
+    WriteMetadataWebp(folder.path + "in.webp", {40, 250});
+    const auto report =
+        RunKestrelForJson(Command(folder.path + "in.webp", folder.path + "out.gif", {"--effect", "Bump"}));
+    EXPECT_EQ(report["notes"].size(), 0u);
+    const Animation result = ReadBack(folder.path + "out.gif");
+    ASSERT_EQ(result.frames.size(), 2u);
+    EXPECT_EQ(result.frames[0].delay, 4);
+    EXPECT_EQ(result.frames[1].delay, 25);
+    EXPECT_EQ(result.loopCount, 4);
+    EXPECT_TRUE(result.hasBackground);
+    EXPECT_EQ(result.background, (RgbColor{10, 20, 30}));
+    const Animation expected = MetadataAnimation({});
+    EXPECT_EQ(result.metadata.colorProfile, expected.metadata.colorProfile);
+    EXPECT_EQ(result.metadata.xmp, expected.metadata.xmp);
+}
+
+size_t BytesWith(const std::string& input, const std::string& output,
+                 const std::vector<std::string>& options) {
+    std::vector<std::string> all = {"--force"};
+    all.insert(all.end(), options.begin(), options.end());
+    // Swirl gives the picture more colours than a palette has.
+    ExpectDone(Command(input, output, {"--effect", "Swirl"}, all));
+    return ReadText(output).size();
+}
+
+TEST(Apply, Options_of_the_formats_make_files_smaller) {
+    const TemporaryFolder folder;
+    const std::string input = folder.path + "in.gif";
+    ASSERT_EQ(RunKestrel({"sample", input}).exitCode, 0);
+    const std::string still = folder.path + "still-000.png";
+    ExpectDone(Command(input, folder.path + "still.png", UnchangedPictures()));
+    const std::string gif = folder.path + "out.gif", webp = folder.path + "out.webp";
+    EXPECT_LT(BytesWith(still, gif, {"--lossy", "80"}), BytesWith(still, gif, {}));
+    const size_t lossless = BytesWith(still, webp, {});
+    const size_t near = BytesWith(still, webp, {"--near-lossless", "20"});
+    const size_t good = BytesWith(still, webp, {"--quality", "90"});
+    EXPECT_LT(near, lossless);
+    EXPECT_LT(good, near);
+    EXPECT_LT(BytesWith(still, webp, {"--quality", "40"}), good);
+    EXPECT_GT(BytesWith(still, webp, {"--effort", "0"}), lossless);
+}
+
+TEST(Apply, The_original_palette_keeps_two_colours_apart) {
+    const TemporaryFolder folder;
+    // Both are dark: by luminance they are one.
+    GifAnimation gif;
+    gif.width = 4;
+    gif.height = 2;
+    gif.globalPalette = {{90, 0, 0}, {0, 0, 140}};
+    gif.frames.push_back({.indices = {0, 1, 0, 1, 1, 1, 0, 0}, .palette = {}});
+    std::string error;
+    ASSERT_TRUE(WriteGif(folder.path + "in.gif", gif, &error)) << error;
+    ExpectDone(Command(folder.path + "in.gif", folder.path + "out.gif", UnchangedPictures(),
+                       {"--palette", "original"}));
+    ExpectSamePictures(ReadBack(folder.path + "in.gif"), ReadBack(folder.path + "out.gif"));
 }
 
 TEST(Apply, Png_frames_are_numbered_files) {
@@ -105,6 +224,17 @@ TEST(Apply, Png_frames_are_numbered_files) {
     const auto report =
         RunKestrelForJson(Command(folder.path + "in.gif", folder.path + "out.png", UnchangedPictures()));
     EXPECT_EQ(report["frames"], 2);
+    EXPECT_EQ(report["colors"], 20);
+    EXPECT_EQ(report["files"],
+              (std::vector<std::string>{folder.path + "out-000.png", folder.path + "out-001.png"}));
+    EXPECT_EQ(report["bytes"],
+              ReadText(folder.path + "out-000.png").size() + ReadText(folder.path + "out-001.png").size());
+    EXPECT_GT(report["seconds"].get<double>(), 0);
+    const ProgramResult told = RunKestrel(
+        Command(folder.path + "in.gif", folder.path + "out.png", UnchangedPictures(), {"--force"}));
+    EXPECT_THAT(told.out, StartsWith(folder.path + "out-000.png to " + folder.path +
+                                     "out-001.png: 2 frames, 40 x 30, 20 colors, "));
+    EXPECT_THAT(told.out, EndsWith(" s.\n"));
     EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out-000.png", "out-001.png"}));
     const Animation source = ReadBack(folder.path + "in.gif");
     EXPECT_EQ(ReadBack(folder.path + "out-001.png").frames[0].pixels, source.frames[1].pixels);
@@ -152,13 +282,53 @@ TEST(Apply, Forward_slashes_are_as_good_as_backslashes) {
 }
 #endif
 
-TEST(Apply, An_existing_output_is_replaced_even_when_it_is_the_input) {
+TEST(Apply, An_existing_output_is_replaced_only_by_force) {
     const TemporaryFolder folder;
     WriteTestGif(folder.path + "in.gif", 2);
-    const Animation source = ReadBack(folder.path + "in.gif");
-    ExpectDone(Command(folder.path + "in.gif", folder.path + "in.gif", UnchangedPictures()));
-    ExpectSamePictures(source, ReadBack(folder.path + "in.gif"));
-    EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif"}));
+    WriteText(folder.path + "out.gif", "something of the user's");
+    const auto command = Command(folder.path + "in.gif", folder.path + "out.gif", UnchangedPictures());
+    const ProgramResult refused = RunKestrel(command);
+    EXPECT_EQ(refused.exitCode, 4);
+    EXPECT_EQ(refused.err,
+              "kestrel: " + folder.path + "out.gif: the file exists; use --force to replace it.\n");
+    EXPECT_EQ(ReadText(folder.path + "out.gif"), "something of the user's");
+    ExpectDone(Command(folder.path + "in.gif", folder.path + "out.gif", UnchangedPictures(), {"--force"}));
+    ExpectSamePictures(ReadBack(folder.path + "in.gif"), ReadBack(folder.path + "out.gif"));
+}
+
+TEST(Apply, One_file_of_a_series_that_exists_stops_it_all) {
+    const TemporaryFolder folder;
+    WriteTestGif(folder.path + "in.gif", 3);
+    WriteText(folder.path + "out-002.png", "something of the user's");
+    const auto command = Command(folder.path + "in.gif", folder.path + "out.png", UnchangedPictures());
+    const ProgramResult refused = RunKestrel(command);
+    EXPECT_EQ(refused.exitCode, 4);
+    EXPECT_THAT(refused.err, HasSubstr("out-002.png: the file exists; use --force"));
+    EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out-002.png"}));
+    ExpectDone(Command(folder.path + "in.gif", folder.path + "out.png", UnchangedPictures(), {"--force"}));
+    EXPECT_EQ(FilesIn(folder.path).size(), 4u);
+}
+
+TEST(Apply, A_source_is_never_replaced_by_its_result) {
+    const TemporaryFolder folder;
+    WriteTestGif(folder.path + "in.gif", 2);
+    const std::string before = ReadText(folder.path + "in.gif");
+    // The same file by another spelling of its name.
+    const std::string other = folder.path + "../" + FolderName(folder.path) + "/in.gif";
+    for (const std::string& output : {folder.path + "in.gif", other}) {
+        const ProgramResult refused =
+            RunKestrel(Command(folder.path + "in.gif", output, UnchangedPictures(), {"--force"}));
+        EXPECT_EQ(refused.exitCode, 4);
+        EXPECT_THAT(refused.err, HasSubstr(output + ": the result cannot replace its own source"));
+    }
+    EXPECT_EQ(ReadText(folder.path + "in.gif"), before);
+    const ProgramResult sheet = RunKestrel(
+        {"sheet", folder.path + "in.gif", folder.path + "in.gif", "-o", folder.path + "sheet.png"});
+    EXPECT_EQ(sheet.exitCode, 0);
+    EXPECT_EQ(RunKestrel({"gallery", folder.path + "sheet.png", "-o", folder.path + "sheet.png", "--force"})
+                  .exitCode,
+              4);
+    EXPECT_EQ(RunKestrel({"sample", folder.path + "in.gif"}).exitCode, 4) << "it exists";
 }
 
 TEST(Apply, Every_kind_of_parameter_is_set_as_the_window_shows_it) {

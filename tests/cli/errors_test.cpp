@@ -78,7 +78,7 @@ TEST_F(Errors, An_unknown_parameter_is_answered_with_the_nearest_or_all) {
     EXPECT_THAT(Failing(2, Apply({"--effect", "Emboss", "--set", "Wavelength=9"})),
                 HasSubstr("Radius and Depth"));
     EXPECT_THAT(Failing(2, Apply({"--effect", "Neon", "--set", "Radius=9"})),
-                HasSubstr("there is none here"));
+                HasSubstr("Neon has no parameters."));
 }
 
 TEST_F(Errors, A_value_out_of_range_is_answered_with_the_range) {

@@ -140,7 +140,7 @@ struct Built {
 
     Animation Build(const std::string& palette, const std::vector<std::string>& options) const {
         std::vector<std::string> arguments = {
-            "apply", folder.path + "in.gif", "-o", folder.path + "out.gif", "--palette", palette};
+            "apply", folder.path + "in.gif", "-o", folder.path + "out.gif", "--palette", palette, "--force"};
         const auto unchanged = UnchangedPictures();
         arguments.insert(arguments.end(), unchanged.begin(), unchanged.end());
         arguments.insert(arguments.end(), options.begin(), options.end());

@@ -112,9 +112,108 @@ TEST(CommandLine, Colours_are_red_green_blue_in_hexadecimal) {
     Accept(Apply("out.gif", {"--local-background", "none"}));
 }
 
-TEST(CommandLine, The_comment_is_only_left_out_on_request) {
-    EXPECT_EQ(Accept(Apply("out.gif")).comment, Choice::Unset);
-    EXPECT_EQ(Accept(Apply("out.gif", {"--no-comment"})).comment, Choice::Off);
+TEST(CommandLine, The_plugins_comment_is_added_only_on_request) {
+    EXPECT_FALSE(Accept(Apply("out.gif")).comment);
+    EXPECT_FALSE(Accept(Apply("out.gif", {"--no-comment"})).comment);
+    EXPECT_TRUE(Accept(Apply("out.gif", {"--comment"})).comment);
+}
+
+TEST(CommandLine, Options_of_a_format_are_numbers_and_go_with_it) {
+    EXPECT_EQ(Accept(Apply("out.gif", {"--lossy", "40"})).lossy, 40);
+    const CommandLine line = Accept(Apply("out.webp", {"--quality", "80", "--effort", "3"}));
+    EXPECT_EQ(line.quality, 80);
+    EXPECT_EQ(line.effort, 3);
+    EXPECT_EQ(Accept(Apply("out.webp", {"--near-lossless", "60"})).nearLossless, 60);
+    EXPECT_EQ(Accept(Apply("out.gif")).lossy, -1);
+}
+
+// Each option wrong in each way, and what is said then.
+struct WrongCommand {
+    Arguments arguments;
+    const char* sentence;
+};
+
+TEST(CommandLine, Every_wrong_option_is_answered_in_plain_words) {
+    std::vector<WrongCommand> rows = {
+        {{"apply"}, "the input file is missing; see kestrel apply --help."},
+        {{"apply", "in.gif"}, "--output FILE is missing; see kestrel apply --help."},
+        {{"apply", "in.gif", "-o", "out.gif"}, "--effect NAME is missing; see kestrel apply --help."},
+        {{"sheet"}, "the source file is missing; see kestrel sheet --help."},
+        {{"sheet", "a.gif"}, "the result file is missing; see kestrel sheet --help."},
+        {{"sheet", "a.gif", "b.gif"}, "--output FILE is missing; see kestrel sheet --help."},
+        {{"gallery"}, "--output FILE is missing; see kestrel gallery --help."},
+        {{"sample"}, "--output FILE is missing; see kestrel sample --help."},
+        {{"sample", "-o", "out.png"}, "the output must end in .gif, not \"out.png\"."},
+        {{"gallery", "-o", "out.gif"}, "the output must end in .png, not \"out.gif\"."},
+        {{"sheet", "a", "b", "-o", "c.gif"}, "the output must end in .png, not \"c.gif\"."},
+        {{"effects", "more"}, "unexpected argument \"more\"."},
+        {{"effects", "--colour"}, "unknown option \"--colour\"; see --help."},
+        {Apply("out"), "the output must end in .gif, .webp or .png, not \"out\"."},
+        {Apply("out.gif", {"--true-color"}),
+         "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color."},
+        {Apply("out.webp", {"--comment"}), "only a GIF holds the plug-in's comment; leave out --comment."},
+        {Apply("out.webp", {"--lossy", "9"}), "--lossy is for GIF files; leave it out, or write .gif."},
+        {Apply("out.png", {"--lossy", "9"}), "--lossy is for GIF files; leave it out, or write .gif."},
+        {Apply("out.gif", {"--quality", "9"}), "--quality is for WebP files; leave it out, or write .webp."},
+        {Apply("out.png", {"--near-lossless", "9"}),
+         "--near-lossless is for WebP files; leave it out, or write .webp."},
+        {Apply("out.gif", {"--effort", "9"}), "--effort is for WebP files; leave it out, or write .webp."},
+        {Apply("out.webp", {"--quality", "9", "--near-lossless", "9"}),
+         "--quality and --near-lossless exclude each other."},
+        {Apply("out.gif", {"--comment", "--no-comment"}), "--comment and --no-comment exclude each other."},
+        {Apply("out.webp", {"--true-color", "--palette", "custom"}),
+         "--true-color and --palette exclude each other."},
+        {Apply("out.webp", {"--true-color", "--dither"}), "--true-color and --dither exclude each other."},
+        {Apply("out.webp", {"--true-color", "--supercompress"}),
+         "--true-color and --supercompress exclude each other."},
+        {Apply("out.webp", {"--true-color", "--fast-remap"}),
+         "--true-color and --fast-remap exclude each other."},
+        {Apply("out.webp", {"--true-color", "--dither-contrast", "1"}),
+         "--true-color and --dither-contrast exclude each other."},
+        {Apply("out.gif", {"--local-background", "red"}),
+         "--local-background takes a colour as RRGGBB or none, not \"red\"."},
+        {Apply("out.gif", {"--set", "Radius"}), "--set takes NAME=VALUE, not \"Radius\"."},
+    };
+    for (const WrongCommand& row : rows) EXPECT_EQ(Refuse(row.arguments), row.sentence);
+}
+
+TEST(CommandLine, Every_number_is_answered_with_its_range_and_taken_once) {
+    struct Number {
+        const char* name;
+        const char* output;
+        int most;
+    };
+    for (const auto& [name, output, most] :
+         {Number{"--dither-brightness", "out.gif", 255}, Number{"--dither-contrast", "out.gif", 127},
+          Number{"--lossy", "out.gif", 200}, Number{"--quality", "out.webp", 100},
+          Number{"--near-lossless", "out.webp", 100}, Number{"--effort", "out.webp", 9}}) {
+        const std::string range = "0 to " + std::to_string(most);
+        for (const std::string& wrong : {std::to_string(most + 1), std::string("-1"), std::string("x"),
+                                         std::string("1.5"), std::string("99999999999999999999")}) {
+            EXPECT_EQ(Refuse(Apply(output, {name, wrong})),
+                      std::string(name) + " takes whole numbers from " + range + ", not \"" + wrong + "\".");
+        }
+        EXPECT_EQ(Refuse(Apply(output, {name, "1", name, "2"})),
+                  std::string(name) + " may be given only once.");
+        EXPECT_EQ(Refuse(Apply(output, {name})), std::string(name) + " takes a value, 0-" +
+                                                     std::to_string(most) + "; see kestrel apply --help.");
+    }
+}
+
+TEST(CommandLine, Texts_are_taken_once_and_flags_take_no_value) {
+    for (const char* name : {"--palette", "--local-background", "--effect", "--output"}) {
+        EXPECT_EQ(Refuse({"apply", "in.gif", "-o", "out.gif", "--effect", "Bump", name, "a", name, "b"}),
+                  std::string(name) + " may be given only once.");
+    }
+    for (const char* name : {"--json", "--quiet", "--force", "--dither", "--supercompress", "--true-color",
+                             "--fast-remap", "--comment", "--no-comment"}) {
+        EXPECT_EQ(Refuse(Apply("out.gif", {std::string(name) + "=maybe"})),
+                  std::string(name) + " takes no value.");
+    }
+}
+
+TEST(CommandLine, Files_may_be_named_as_commands_are) {
+    EXPECT_EQ(Accept({"apply", "sample", "-o", "out.gif", "--effect", "Bump"}).inputs, Arguments{"sample"});
 }
 
 TEST(CommandLine, Help_and_version_are_texts_and_no_errors) {

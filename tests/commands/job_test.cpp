@@ -86,7 +86,7 @@ struct JobTest : ::testing::Test {
 TEST_F(JobTest, Names_become_rows_and_values) {
     line.settings = {{"angle", "-90"}, {"Side", "right"}};
     line.dither = true;
-    line.comment = Choice::Off;
+    line.comment = true;
     ASSERT_TRUE(Resolve()) << failure.error;
     EXPECT_EQ(job.effect, 1);
     ASSERT_EQ(job.values.size(), 2u);
@@ -96,7 +96,7 @@ TEST_F(JobTest, Names_become_rows_and_values) {
     EXPECT_EQ(job.paletteUse, PaletteUse::Computed);
     EXPECT_TRUE(job.dither);
     EXPECT_FALSE(job.supercompress);
-    EXPECT_FALSE(job.comment);
+    EXPECT_TRUE(job.comment);
 }
 
 TEST_F(JobTest, Unknown_names_are_answered_with_what_is_near) {
@@ -106,11 +106,16 @@ TEST_F(JobTest, Unknown_names_are_answered_with_what_is_near) {
     line.settings = {{"Angel", "1"}};
     EXPECT_THAT(Refused(), HasSubstr("unknown parameter \"Angel\"; did you mean Angle?"));
     line.settings = {{"Angle", "1441"}};
-    EXPECT_EQ(Refused(), "Angle takes -1440 to 1440, not \"1441\".");
+    EXPECT_EQ(Refused(), "Angle of Swirl takes whole numbers from -1440 to 1440, not \"1441\".");
     line.settings = {{"Side", "up"}};
-    EXPECT_EQ(Refused(), "Side takes Left 1 or Right 1, not \"up\".");
+    EXPECT_EQ(Refused(), "Side of Swirl takes Left 1 or Right 1, not \"up\".");
     line.effect = "Blur";
-    EXPECT_THAT(Refused(), HasSubstr("there is none here"));
+    EXPECT_EQ(Refused(), "Blur has no parameters.");
+}
+
+TEST_F(JobTest, A_parameter_is_set_once_by_whatever_part_of_its_name) {
+    line.settings = {{"Angle", "1"}, {"ang", "2"}};
+    EXPECT_EQ(Refused(), "--set gives Angle twice.");
 }
 
 TEST_F(JobTest, A_palette_is_a_row_of_the_list_or_a_word) {

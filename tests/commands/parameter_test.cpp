@@ -29,11 +29,11 @@ TEST(Parameter, A_number_is_all_of_its_text) {
 TEST(Parameter, A_slider_takes_numbers_of_its_range) {
     int value = 0;
     std::string error;
-    EXPECT_TRUE(ParseValue(Slider(), "-4", &value, &error));
-    EXPECT_TRUE(ParseValue(Slider(), "45", &value, &error));
+    EXPECT_TRUE(ParseValue(Slider(), "Emboss", "-4", &value, &error));
+    EXPECT_TRUE(ParseValue(Slider(), "Emboss", "45", &value, &error));
     EXPECT_EQ(ValueText(Slider(), value), "45");
-    EXPECT_FALSE(ParseValue(Slider(), "46", &value, &error));
-    EXPECT_EQ(error, "Radius takes -4 to 45, not \"46\".");
+    EXPECT_FALSE(ParseValue(Slider(), "Emboss", "46", &value, &error));
+    EXPECT_EQ(error, "Radius of Emboss takes whole numbers from -4 to 45, not \"46\".");
 }
 
 TEST(Parameter, A_check_box_takes_words_for_on_and_off) {
@@ -42,14 +42,14 @@ TEST(Parameter, A_check_box_takes_words_for_on_and_off) {
     int value = 0;
     std::string error;
     for (const char* text : {"on", "Yes", "1", "TRUE"}) {
-        EXPECT_TRUE(ParseValue(box, text, &value, &error)) << text;
+        EXPECT_TRUE(ParseValue(box, "Emboss", text, &value, &error)) << text;
         EXPECT_EQ(ValueText(box, value), "on");
     }
     for (const char* text : {"off", "No", "0", "false"}) {
-        EXPECT_TRUE(ParseValue(box, text, &value, &error)) << text;
+        EXPECT_TRUE(ParseValue(box, "Emboss", text, &value, &error)) << text;
         EXPECT_EQ(ValueText(box, value), "off");
     }
-    EXPECT_FALSE(ParseValue(box, "maybe", &value, &error));
+    EXPECT_FALSE(ParseValue(box, "Emboss", "maybe", &value, &error));
 }
 
 }  // namespace

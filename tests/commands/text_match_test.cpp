@@ -36,6 +36,11 @@ TEST(TextMatch, An_unknown_name_is_answered_with_the_most_similar_ones) {
               "unknown effect \"plode\"; did you mean Explode or Implode?");
 }
 
+TEST(TextMatch, A_beginning_of_several_names_is_ambiguous_and_not_unknown) {
+    EXPECT_EQ(UnknownNameMessage("effect", "R", {"Bump", "Radial Blur", "Raster", "Ripple"}),
+              "ambiguous effect \"R\": it can be Radial Blur, Raster or Ripple.");
+}
+
 TEST(TextMatch, When_nothing_is_similar_all_names_are_listed) {
     EXPECT_EQ(UnknownNameMessage("parameter", "Wavelength", {"Radius", "Depth"}),
               "unknown parameter \"Wavelength\"; there are Radius and Depth.");

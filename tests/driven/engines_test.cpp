@@ -9,6 +9,7 @@
 #include "commands/direct_engine.h"
 #include "driven/driven_engine.h"
 #include "effects/effect_table.h"
+#include "media/animation_writer.h"
 #include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
 #include "tests/driven/user_settings.h"
@@ -38,6 +39,17 @@ struct Engines : ::testing::Test {
         WriteTestGif(sources.path + "plain.gif", 3);
         WriteTestGif(sources.path + "single.gif", 1);
         WriteTestGif(sources.path + "holes.gif", 3, true);
+        WriteTwoColors();
+    }
+
+    void WriteTwoColors() const {
+        GifAnimation gif;
+        gif.width = 4;
+        gif.height = 2;
+        gif.globalPalette = {{90, 0, 0}, {0, 0, 140}};
+        gif.frames.push_back({.indices = {0, 1, 0, 1, 1, 1, 0, 0}, .palette = {}});
+        std::string error;
+        ASSERT_TRUE(WriteGif(sources.path + "two.gif", gif, &error)) << error;
     }
 
     // Runs the command in this process, and takes its files away.
@@ -45,7 +57,8 @@ struct Engines : ::testing::Test {
         commands::CommandLine line;
         std::string text;
         EXPECT_EQ(ParseCommandLine(arguments, {}, &line, &text), commands::ParseOutcome::Run) << text;
-        const commands::Report report = RunCommand(line, {engine});
+        commands::Report report = RunCommand(line, {engine});
+        report.result.erase("seconds");
         Outcome outcome;
         outcome.exitCode = report.exitCode;
         outcome.json = FormatReport(report, true, false).output;
@@ -144,6 +157,7 @@ TEST_F(Engines, Every_option_means_the_same) {
     for (const Arguments& more : {Arguments{"--local-background", "12FE34"},
                                   {"--local-background", "none"},
                                   {"--no-comment"},
+                                  {"--lossy", "40"},
                                   {"--comment", "--supercompress"},
                                   {"--dither"},
                                   {"--palette", "216-color safe"},
@@ -160,6 +174,8 @@ TEST_F(Engines, Every_option_means_the_same) {
 TEST_F(Engines, Transparent_and_single_sources_give_the_same_files) {
     ExpectSameFrom(Apply("holes.gif", "out.gif", "Emboss", {"--supercompress"}));
     ExpectSameFrom(Apply("holes.gif", "out.webp", "Emboss"));
+    ExpectSameFrom(Apply("two.gif", "out.gif", "Bump", {"--palette", "original", "--comment"}));
+    ExpectSameFrom(Apply("plain.gif", "out.webp", "Bump", {"--quality", "60", "--effort", "2"}));
     ExpectSameFrom(Apply("single.gif", "out.png", "Emboss", {"--supercompress", "--palette", "custom"}));
 }
 

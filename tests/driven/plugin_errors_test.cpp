@@ -47,7 +47,7 @@ TEST_F(PluginErrors, Options_of_the_plugin_need_its_engine) {
         arguments.insert(arguments.end(), option.begin(), option.end());
         const ProgramResult result = RunKestrel(arguments);
         EXPECT_EQ(result.exitCode, 2);
-        EXPECT_EQ(result.err, "kestrel: " + option[0] + " requires --through-plugin.\n");
+        EXPECT_EQ(result.err, "kestrel: " + option[0] + " needs --through-plugin as well.\n");
     }
     EXPECT_THAT(Failing(2, Apply({"--effect", "Bump", "--timeout", "soon"})), HasSubstr("--timeout"));
 }

@@ -44,8 +44,8 @@ struct Settings : ::testing::Test {
     void SetUp() override { WriteTestGif(folder.path + "in.gif", 1); }
 
     std::vector<std::string> Command(const std::vector<std::string>& more) const {
-        std::vector<std::string> arguments = {"apply", folder.path + "in.gif", "-o",
-                                              folder.path + "out.webp"};
+        std::vector<std::string> arguments = {"apply", folder.path + "in.gif", "-o", folder.path + "out.webp",
+                                              "--force"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         return arguments;
     }
