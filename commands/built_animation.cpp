@@ -173,8 +173,7 @@ bool BeginTask(const FileObjectRecord& task, BuiltAnimation* built) {
     return true;
 }
 
-bool AddBuiltFrame(const AddImageRecord& record, const std::uint8_t* bitmap, std::size_t bytes,
-                   BuiltAnimation* built) {
+bool AddBuiltFrame(const AddImageRecord& record, const uint8_t* bitmap, size_t bytes, BuiltAnimation* built) {
     if (!built->open || bytes < kBitmapHeaderBytes || Word32(bitmap) != kBitmapHeaderBytes) return false;
     const uint32_t bitCount = Word16(bitmap + 14);
     if (bitCount != 1 && bitCount != 4 && bitCount != 8 && bitCount != 24 && bitCount != 32) return false;
@@ -206,7 +205,7 @@ bool AddBuiltFrame(const AddImageRecord& record, const std::uint8_t* bitmap, std
     return true;
 }
 
-std::size_t CountColors(const BuiltAnimation& built) {
+size_t CountColors(const BuiltAnimation& built) {
     std::vector<bool> drawn(size_t{1} << 24);
     size_t count = 0;
     const auto note = [&](RgbColor color) {

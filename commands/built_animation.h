@@ -7,20 +7,20 @@
 #include <string>
 #include <vector>
 
+#include "commands/source_block.h"
 #include "host/host_records.h"
 #include "media/animation.h"
 #include "media/animation_writer.h"
-#include "commands/source_block.h"
 
 namespace kfx::commands {
 
 struct BuiltFrame {
     // Rows top first, without padding: one palette index a pixel, or red, green, blue.
-    std::vector<std::uint8_t> pixels;
+    std::vector<uint8_t> pixels;
     bool indexed = false;
     std::vector<RgbColor> palette;  // when indexed; as many entries as the depth has values
     int transparentIndex = -1;      // pixels that leave the picture as it is; -1: none
-    std::size_t sourceIndex = 0;
+    size_t sourceIndex = 0;
 };
 
 struct BuiltAnimation {
@@ -38,11 +38,10 @@ bool BeginTask(const FileObjectRecord& task, BuiltAnimation* built);
 
 // Copies a packed device-independent bitmap of `bytes` bytes at `bitmap` as the next frame. False: the bitmap
 // is damaged, or not as large as the animation.
-bool AddBuiltFrame(const AddImageRecord& record, const std::uint8_t* bitmap, std::size_t bytes,
-                   BuiltAnimation* built);
+bool AddBuiltFrame(const AddImageRecord& record, const uint8_t* bitmap, size_t bytes, BuiltAnimation* built);
 
 // How many different colours the frames draw, before a lossy format changes any.
-std::size_t CountColors(const BuiltAnimation& built);
+size_t CountColors(const BuiltAnimation& built);
 
 // The animation as a viewer plays it, in true colour: transparent pixels show the frames before, and the
 // source's times, loop count, background, metadata and alpha are back. The source's comment stands before the

@@ -17,7 +17,7 @@ namespace kfx::commands {
 // With what an engine is opened.
 struct EngineStart {
     HostSession* session = nullptr;  // what is built goes there; outlives the opened engine
-    std::uint8_t capabilities = kHostTakesSupercompressed | kHostTakesTrueColor;
+    uint8_t capabilities = kHostTakesSupercompressed | kHostTakesTrueColor;
     // Options without a control in the plug-in's window.
     bool fastRemap = false;
     int ditherBrightness = -1;  // -1: the plug-in's default

@@ -4,10 +4,10 @@
 
 #include <utility>
 
+#include "commands/text.h"
 #include "media/animation_writer.h"
 #include "media/contact_sheet.h"
 #include "media/sample_animation.h"
-#include "commands/text.h"
 
 namespace kfx::commands {
 namespace {

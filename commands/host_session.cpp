@@ -185,7 +185,7 @@ uint64_t Callback(uint64_t, uint32_t request, uint64_t word, uint64_t pointer) {
 
 }  // namespace
 
-void BeginSession(HostSession* session, std::uint8_t capabilities) {
+void BeginSession(HostSession* session, uint8_t capabilities) {
     session->context.size = sizeof session->context;
     session->context.version = kPluginInterfaceVersion;
     session->context.buttonStyle = 0;  // the system's own

@@ -8,10 +8,10 @@
 #include <mutex>
 #include <string>
 
-#include "host/host_records.h"
-#include "media/animation.h"
 #include "commands/built_animation.h"
 #include "commands/source_block.h"
+#include "host/host_records.h"
+#include "media/animation.h"
 
 namespace kfx::commands {
 
@@ -21,8 +21,7 @@ struct HostSession;
 struct HostActions {
     // Asks for a file; `*path` is UTF-8.
     bool (*chooseAnimation)(HostSession* session, void* owner, std::string* path) = nullptr;
-    bool (*chooseColor)(HostSession* session, void* owner, const std::uint8_t* palette,
-                        std::uint32_t* color) = nullptr;
+    bool (*chooseColor)(HostSession* session, void* owner, const uint8_t* palette, uint32_t* color) = nullptr;
     bool (*showHelp)(HostSession* session, const std::string& reference) = nullptr;
     void (*showProgress)(HostSession* session) = nullptr;
     void (*sourceOpened)(HostSession* session) = nullptr;  // another source has been read
@@ -43,14 +42,14 @@ struct HostSession {
     SourceRecord record;
     BuiltAnimation built;
 
-    std::uint32_t windowWidth = 0;  // what the host remembers
-    std::uint32_t windowHeight = 0;
+    uint32_t windowWidth = 0;  // what the host remembers
+    uint32_t windowHeight = 0;
 
     // Written on the plug-in's thread, read by whoever watches it.
     std::atomic<int> animationsOpened{0};
     std::atomic<int> animationsRefused{0};  // no memory for the block
     std::atomic<int> tasksClosed{0};
-    std::atomic<std::uint64_t> signsOfLife{0};
+    std::atomic<uint64_t> signsOfLife{0};
     std::atomic<int> progressCurrent{0};
     std::atomic<int> progressTotal{0};
     mutable std::mutex statusLock;
@@ -59,7 +58,7 @@ struct HostSession {
 
 // Makes the session the one that answers, with the capability bits given. The host interface carries no
 // context of the host's own, so only one session can be current.
-void BeginSession(HostSession* session, std::uint8_t capabilities);
+void BeginSession(HostSession* session, uint8_t capabilities);
 void EndSession();
 
 }  // namespace kfx::commands

@@ -42,7 +42,7 @@ struct Job {
     bool supercompress = false;
     bool comment = false;
     Background background = Background::Standard;
-    std::uint32_t backgroundColor = 0;  // 0x00BBGGRR
+    uint32_t backgroundColor = 0;  // 0x00BBGGRR
 };
 
 // Looks up everything that an apply command names in the lists of the engine, which `opened` belongs to.

@@ -5,12 +5,12 @@
 #include <new>
 #include <utility>
 
-#include "media/animation_writer.h"
-#include "media/file_io.h"
-#include "media/utf8_path.h"
 #include "commands/command_line.h"
 #include "commands/output_check.h"
 #include "commands/text.h"
+#include "media/animation_writer.h"
+#include "media/file_io.h"
+#include "media/utf8_path.h"
 
 namespace kfx::commands {
 namespace {
@@ -37,8 +37,8 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
     return WriteWebp(system, animation, error, options.webp);
 }
 
-std::uint64_t BytesOf(const std::vector<std::string>& files) {
-    std::uint64_t bytes = 0;
+uint64_t BytesOf(const std::vector<std::string>& files) {
+    uint64_t bytes = 0;
     for (const std::string& file : files) {
         std::error_code noFile;
         const std::uintmax_t size = std::filesystem::file_size(PathOf(SystemPath(file)), noFile);
@@ -49,7 +49,7 @@ std::uint64_t BytesOf(const std::vector<std::string>& files) {
 
 }  // namespace
 
-std::vector<std::string> ResultPaths(const std::string& path, std::size_t frameCount) {
+std::vector<std::string> ResultPaths(const std::string& path, size_t frameCount) {
     return EndingOf(path) == ".png" ? PngFramePaths(path, frameCount) : std::vector<std::string>{path};
 }
 

@@ -19,12 +19,12 @@ struct ResultOptions {
 
 struct WrittenResult {
     std::vector<std::string> files;  // with folders as in the path that was given
-    std::uint64_t bytes = 0;         // of all files; 0 for a device or a pipe
+    uint64_t bytes = 0;              // of all files; 0 for a device or a pipe
     std::string note;  // a clause about frames that viewers do not show as long as they say; or empty
 };
 
 // The files that WriteResult makes for so many frames.
-std::vector<std::string> ResultPaths(const std::string& path, std::size_t frameCount);
+std::vector<std::string> ResultPaths(const std::string& path, size_t frameCount);
 
 // To be asked before the work begins. False: one of the files cannot be written, is one of the inputs, or
 // exists and is not to be replaced; `*error` is one sentence.

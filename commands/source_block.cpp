@@ -152,13 +152,13 @@ SourceRecord MakeSourceRecord(const Animation& animation) {
     return record;
 }
 
-std::size_t AnimationBlockBytes(const Animation& animation) {
+size_t AnimationBlockBytes(const Animation& animation) {
     const size_t bitmap = BitmapBytes(animation, AllIndexed(animation));
     if (bitmap > UINT32_MAX - kImageBlockBytes) return 0;
     return StartBytes(animation) + animation.frames.size() * (kImageBlockBytes + bitmap) + kEndBytes;
 }
 
-void WriteAnimationBlock(const Animation& animation, std::uint8_t* block) {
+void WriteAnimationBlock(const Animation& animation, uint8_t* block) {
     const bool indexed = AllIndexed(animation);
     const size_t colors = GlobalColors(animation);
     const RgbColor back = animation.background;

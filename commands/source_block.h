@@ -16,7 +16,7 @@ namespace kfx::commands {
 struct SourceFrame {
     int delay = 0;                       // hundredths of a second
     int milliseconds = kNoMilliseconds;  // the same time exactly, as in media/animation.h
-    std::vector<std::uint8_t> alpha;     // width * height, top row first; empty: opaque
+    std::vector<uint8_t> alpha;          // width * height, top row first; empty: opaque
 };
 
 struct SourceRecord {
@@ -38,11 +38,11 @@ bool HasOwnPalette(const Animation& animation);
 SourceRecord MakeSourceRecord(const Animation& animation);
 
 // Bytes of the animation's block; 0 when a frame goes beyond what its 32-bit fields can say.
-std::size_t AnimationBlockBytes(const Animation& animation);
+size_t AnimationBlockBytes(const Animation& animation);
 
 // Fills a zeroed block of AnimationBlockBytes() bytes. Frames are handed over as 8-bit pictures with the
 // global palette when every frame stands on it, else as 24-bit ones. Fully transparent pixels are handed over
 // white.
-void WriteAnimationBlock(const Animation& animation, std::uint8_t* block);
+void WriteAnimationBlock(const Animation& animation, uint8_t* block);
 
 }  // namespace kfx::commands

@@ -8,9 +8,9 @@
 
 #include <windows.h>
 
-#include "media/file_io.h"
 #include "commands/console.h"
 #include "commands/text_windows.h"
+#include "media/file_io.h"
 
 namespace kfx::driven {
 
@@ -76,7 +76,7 @@ std::wstring WithoutProgram(const std::wstring& commandLine) {
 
 std::wstring ChildCommandLine(const std::wstring& program) {
     const auto number = [](HANDLE handle) {
-        return L" " + std::to_wstring(reinterpret_cast<std::uintptr_t>(handle));
+        return L" " + std::to_wstring(reinterpret_cast<uintptr_t>(handle));
     };
     return L"\"" + program + L"\" " + Widen(kChildOption) + number(shared.pipe) + number(shared.placing) +
            L" " + WithoutProgram(GetCommandLineW());
@@ -121,7 +121,7 @@ bool CreateChild(const wchar_t* program, std::wstring commandLine, PROCESS_INFOR
     }
     SIZE_T size = 0;
     InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
-    std::vector<std::uint64_t> memory(size / sizeof(std::uint64_t) + 1);
+    std::vector<uint64_t> memory(size / sizeof(uint64_t) + 1);
     startup.lpAttributeList = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory.data());
     if (!InitializeProcThreadAttributeList(startup.lpAttributeList, 1, 0, &size)) return false;
     const bool created =
@@ -230,7 +230,7 @@ void TakePlacing() { WaitForSingleObject(shared.placing, INFINITE); }
 
 HANDLE HandleFrom(const std::string& number) {
     const HANDLE handle =
-        reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(std::strtoull(number.c_str(), nullptr, 10)));
+        reinterpret_cast<HANDLE>(static_cast<uintptr_t>(std::strtoull(number.c_str(), nullptr, 10)));
     // A plug-in that starts a program must not hand it on: the pipe would stay open.
     SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
     return handle;

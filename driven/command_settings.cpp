@@ -3,8 +3,8 @@
 
 #include <ntsecapi.h>
 
-#include "driven/folder_answers.h"
 #include "commands/text_windows.h"
+#include "driven/folder_answers.h"
 
 namespace kfx::driven {
 

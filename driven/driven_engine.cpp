@@ -136,7 +136,7 @@ bool SetValues(PluginRun* run, const std::vector<ChosenValue>& values) {
 }
 
 // The job's colour, for when the plug-in's colour button asks.
-bool AnswerColor(HostSession* session, void*, const std::uint8_t*, std::uint32_t* color) {
+bool AnswerColor(HostSession* session, void*, const uint8_t*, uint32_t* color) {
     *color = static_cast<const Job*>(session->user)->backgroundColor;
     return true;
 }

@@ -95,7 +95,7 @@ bool IsShellLibrary(const char* library) {
 
 // A name, or a number in place of the address of one.
 FARPROC WINAPI AnswerAddress(HMODULE module, LPCSTR name) {
-    if (reinterpret_cast<std::uintptr_t>(name) <= 0xFFFF) {
+    if (reinterpret_cast<uintptr_t>(name) <= 0xFFFF) {
         return module == GetModuleHandleA("shell32.dll") ? nullptr : GetProcAddress(module, name);
     }
     const FolderFunction* known = FindFunction(name);

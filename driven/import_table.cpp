@@ -20,15 +20,15 @@ struct DelayedLibrary {
 };
 
 template <typename T>
-T* At(HMODULE module, std::uint64_t offset) {
-    return reinterpret_cast<T*>(reinterpret_cast<std::uint8_t*>(module) + offset);
+T* At(HMODULE module, uint64_t offset) {
+    return reinterpret_cast<T*>(reinterpret_cast<uint8_t*>(module) + offset);
 }
 
 // The first entry of one of the image's directories; null: it has none.
 template <typename T>
 T* Directory(HMODULE module, int index) {
     const auto* dos = At<IMAGE_DOS_HEADER>(module, 0);
-    const auto* headers = At<IMAGE_NT_HEADERS64>(module, static_cast<std::uint64_t>(dos->e_lfanew));
+    const auto* headers = At<IMAGE_NT_HEADERS64>(module, static_cast<uint64_t>(dos->e_lfanew));
     const IMAGE_DATA_DIRECTORY& entry = headers->OptionalHeader.DataDirectory[index];
     return entry.VirtualAddress && entry.Size ? At<T>(module, entry.VirtualAddress) : nullptr;
 }

@@ -19,7 +19,7 @@ bool FindExport(HMODULE module, const char* name, Function* function) {
     return address != nullptr;
 }
 
-std::string AskName(std::uint64_t(WINAPI* getParams)(PluginInfo*)) {
+std::string AskName(uint64_t(WINAPI* getParams)(PluginInfo*)) {
     alignas(PluginInfo) char record[1024] = {};
     auto* info = reinterpret_cast<PluginInfo*>(record);
     info->size = sizeof record;
@@ -54,7 +54,7 @@ bool LoadPlugin(const std::string& path, PluginCheck check, PluginLibrary* libra
                              : ": cannot be loaded as a plug-in: " + SystemErrorText(reason) + ".");
         return false;
     }
-    std::uint64_t(WINAPI * getParams)(PluginInfo*) = nullptr;
+    uint64_t(WINAPI * getParams)(PluginInfo*) = nullptr;
     if (!FindExport(library->module, "PLUGIN16GetPluginParams", &getParams) ||
         !FindExport(library->module, "PLUGIN16DoBuild", &library->doBuild)) {
         *error = path + ": is a DLL, but not a plug-in of version 16.";

@@ -20,7 +20,7 @@ struct PluginLibrary {
     HMODULE module = nullptr;
     std::string path;
     std::string name;  // as the plug-in calls itself
-    std::uint64_t(WINAPI* doBuild)(HWND parent, const HostContext* host) = nullptr;
+    uint64_t(WINAPI* doBuild)(HWND parent, const HostContext* host) = nullptr;
 };
 
 // The DLL beside this program.

@@ -49,7 +49,7 @@ DWORD WINAPI RunPlugin(void* parameter) {
     // An owner keeps the plug-in's window off the task bar and gives it something to repaint.
     const HWND owner = CreateWindowExA(WS_EX_TOOLWINDOW, "Static", "Kestrel", WS_POPUP, 0, 0, 0, 0, nullptr,
                                        nullptr, GetModuleHandleA(nullptr), nullptr);
-    const std::uint64_t answer = run->library->doBuild(owner, &run->session->context);
+    const uint64_t answer = run->library->doBuild(owner, &run->session->context);
     if (owner) DestroyWindow(owner);
     if (hook) UnhookWindowsHookEx(hook);
     return static_cast<DWORD>(answer);

@@ -100,7 +100,7 @@ void DrawPicture(HDC target, const RECT& place, const Animation& animation, cons
                   animation.width, animation.height, bits.data(), &info, DIB_RGB_COLORS, SRCCOPY);
 }
 
-std::string Describe(const Animation& animation, std::size_t frame) {
+std::string Describe(const Animation& animation, size_t frame) {
     int64_t hundredths = 0;
     for (const Frame& one : animation.frames) hundredths += DelayOf(one);
     std::string text = std::to_string(animation.width) + " x " + std::to_string(animation.height);
@@ -114,7 +114,7 @@ std::string Describe(const Animation& animation, std::size_t frame) {
 
 COLORREF StageBackground() { return kBackground; }
 
-std::size_t FrameAt(const Animation& animation, std::uint64_t milliseconds) {
+size_t FrameAt(const Animation& animation, uint64_t milliseconds) {
     uint64_t total = 0;
     for (const Frame& frame : animation.frames) total += static_cast<uint64_t>(DelayOf(frame)) * 10;
     if (total == 0) return 0;
@@ -130,7 +130,7 @@ std::size_t FrameAt(const Animation& animation, std::uint64_t milliseconds) {
 }
 
 void DrawAnimationCard(HDC target, const RECT& card, const std::string& title, const std::string& hint,
-                       const Animation& animation, std::size_t frame, const ViewStyle& style) {
+                       const Animation& animation, size_t frame, const ViewStyle& style) {
     const int margin = Scaled(14, style), titleHeight = Scaled(22, style), lineHeight = Scaled(18, style);
     Fill(target, card, kCard);
     Outline(target, card, kFrame);

@@ -13,7 +13,7 @@ namespace kfx::stage {
 
 // The frame that is shown this long after the start. Very short delays are taken as a tenth of a second, as
 // browsers do. 0 for an animation without frames.
-std::size_t FrameAt(const Animation& animation, std::uint64_t milliseconds);
+size_t FrameAt(const Animation& animation, uint64_t milliseconds);
 
 struct ViewStyle {
     HFONT font;
@@ -24,7 +24,7 @@ struct ViewStyle {
 // Draws a card: the title, the animation's current frame on a chequered ground, a line about it. Without
 // frames `hint` stands in the middle.
 void DrawAnimationCard(HDC target, const RECT& card, const std::string& title, const std::string& hint,
-                       const Animation& animation, std::size_t frame, const ViewStyle& style);
+                       const Animation& animation, size_t frame, const ViewStyle& style);
 
 COLORREF StageBackground();
 

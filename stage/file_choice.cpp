@@ -63,10 +63,10 @@ bool ChooseFileToSave(HWND owner, std::string* path) {
     return true;
 }
 
-bool ChooseColorFrom(HWND owner, const std::uint8_t* palette, std::uint32_t* color) {
+bool ChooseColorFrom(HWND owner, const uint8_t* palette, uint32_t* color) {
     COLORREF offered[16];
     for (size_t i = 0; i < 16; ++i) {
-        const std::uint8_t* triple = palette + 3 * (17 * i);  // evenly spread, first and last included
+        const uint8_t* triple = palette + 3 * (17 * i);  // evenly spread, first and last included
         offered[i] = RGB(triple[0], triple[1], triple[2]);
     }
     CHOOSECOLORW dialog = {};

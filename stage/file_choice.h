@@ -17,6 +17,6 @@ bool ChooseFileToSave(HWND owner, std::string* path);
 
 // Asks for a colour (0x00BBGGRR). `palette` is 256 red-green-blue triples; the user is offered sixteen of
 // them.
-bool ChooseColorFrom(HWND owner, const std::uint8_t* palette, std::uint32_t* color);
+bool ChooseColorFrom(HWND owner, const uint8_t* palette, uint32_t* color);
 
 }  // namespace kfx::stage

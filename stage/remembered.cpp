@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "stage/remembered.h"
 
-#include "driven/settings_folder.h"
 #include "commands/text_windows.h"
+#include "driven/settings_folder.h"
 
 namespace kfx::stage {
 

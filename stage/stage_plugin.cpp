@@ -6,12 +6,12 @@
 #include <windows.h>
 #include <shellapi.h>
 
-#include "stage/file_choice.h"
 #include "commands/host_session.h"
+#include "commands/text_windows.h"
 #include "driven/plugin_controls.h"
 #include "driven/settings_folder.h"
+#include "stage/file_choice.h"
 #include "stage/stage_state.h"
-#include "commands/text_windows.h"
 
 namespace kfx::stage {
 
@@ -32,7 +32,7 @@ bool AskForAnimation(HostSession* session, void* owner, std::string* path) {
     return ChooseAnimationToOpen(static_cast<HWND>(owner), StateOf(session)->remembered.folder, path);
 }
 
-bool AskForColor(HostSession*, void* owner, const std::uint8_t* palette, std::uint32_t* color) {
+bool AskForColor(HostSession*, void* owner, const uint8_t* palette, uint32_t* color) {
     return ChooseColorFrom(static_cast<HWND>(owner), palette, color);
 }
 

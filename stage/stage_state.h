@@ -8,9 +8,9 @@
 
 #include <windows.h>
 
-#include "stage/animation_view.h"
 #include "commands/built_animation.h"
 #include "driven/plugin_library.h"
+#include "stage/animation_view.h"
 #include "stage/remembered.h"
 
 namespace kfx::stage {
@@ -32,10 +32,10 @@ struct StageState {
     bool resultSaved = true;
 
     bool playing = true;
-    std::uint64_t shownTime = 0;  // milliseconds into both animations
-    std::uint64_t lastTick = 0;
-    std::size_t sourceFrame = 0;
-    std::size_t resultFrame = 0;
+    uint64_t shownTime = 0;  // milliseconds into both animations
+    uint64_t lastTick = 0;
+    size_t sourceFrame = 0;
+    size_t resultFrame = 0;
 
     std::string status;
     int progressCurrent = 0;

@@ -9,13 +9,13 @@
 #include <shellapi.h>
 #include <windowsx.h>
 
-#include "stage/file_choice.h"
 #include "commands/result_files.h"
+#include "commands/text_windows.h"
 #include "driven/settings_folder.h"
+#include "stage/file_choice.h"
 #include "stage/stage_painting.h"
 #include "stage/stage_resources.h"
 #include "stage/stage_state.h"
-#include "commands/text_windows.h"
 
 namespace kfx::stage {
 

@@ -10,8 +10,8 @@
 #include "framework/working_image.h"
 #include "media/animation_writer.h"
 #include "tests/cli/program.h"
-#include "tests/cli/test_files.h"
 #include "tests/cli/test_animations.h"
+#include "tests/cli/test_files.h"
 
 namespace kfx::test {
 namespace {

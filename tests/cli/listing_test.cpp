@@ -5,8 +5,8 @@
 
 #include "effects/effect_table.h"
 #include "tests/cli/program.h"
-#include "tests/cli/test_files.h"
 #include "tests/cli/test_animations.h"
+#include "tests/cli/test_files.h"
 
 namespace kfx::test {
 namespace {

@@ -6,8 +6,8 @@
 #include <set>
 
 #include "tests/cli/program.h"
-#include "tests/cli/test_files.h"
 #include "tests/cli/test_animations.h"
+#include "tests/cli/test_files.h"
 
 namespace kfx::test {
 namespace {

@@ -14,7 +14,7 @@ struct ProgramResult {
     int exitCode = -1;
     std::string out;
     std::string err;
-    std::uint64_t peakBytes = 0;  // of memory in use by the process that does the work; Windows only
+    uint64_t peakBytes = 0;  // of memory in use by the process that does the work; Windows only
 };
 
 // Runs the kestrel that stands beside this test, with the arguments (UTF-8), and waits for its end.

@@ -93,8 +93,7 @@ TEST(BuiltAnimation, Damaged_bitmaps_and_other_sizes_are_refused) {
     BuiltAnimation built = Begin(8);
     const Bytes sound = Bitmap(8, {1, 2, 3, 0, 4, 5, 6, 0});
     for (size_t size = 0; size < sound.size(); ++size) {
-        EXPECT_FALSE(Add(&built, Bytes(sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(size))))
-            << size;
+        EXPECT_FALSE(Add(&built, Bytes(sound.begin(), sound.begin() + static_cast<ptrdiff_t>(size)))) << size;
     }
     Bytes wider = sound;
     Put(&wider, 4, kWidth + 1, 4);

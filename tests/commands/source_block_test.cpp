@@ -4,9 +4,9 @@
 
 #include <cstring>
 
+#include "commands/source_block.h"
 #include "host/animation_block.h"
 #include "host/animation_layout.h"
-#include "commands/source_block.h"
 
 namespace kfx::commands {
 namespace {

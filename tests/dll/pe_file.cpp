@@ -17,7 +17,7 @@ struct Image {
 };
 
 template <typename T>
-bool ReadAt(const std::string& bytes, std::size_t offset, T& value) {
+bool ReadAt(const std::string& bytes, size_t offset, T& value) {
     if (offset > bytes.size() || bytes.size() - offset < sizeof(T)) return false;
     std::memcpy(&value, bytes.data() + offset, sizeof(T));
     return true;
@@ -25,7 +25,7 @@ bool ReadAt(const std::string& bytes, std::size_t offset, T& value) {
 
 // Turns an address relative to the loaded image into a place in the file; beyond the file where there is
 // none.
-std::size_t FileOffset(const Image& image, DWORD address) {
+size_t FileOffset(const Image& image, DWORD address) {
     for (const auto& section : image.sections) {
         if (address >= section.VirtualAddress && address - section.VirtualAddress < section.SizeOfRawData) {
             return address - section.VirtualAddress + section.PointerToRawData;
@@ -35,8 +35,8 @@ std::size_t FileOffset(const Image& image, DWORD address) {
 }
 
 std::string TextAt(const Image& image, DWORD address) {
-    const std::size_t offset = FileOffset(image, address);
-    const std::size_t end = image.bytes.find('\0', offset);
+    const size_t offset = FileOffset(image, address);
+    const size_t end = image.bytes.find('\0', offset);
     return end == std::string::npos ? std::string() : image.bytes.substr(offset, end - offset);
 }
 
@@ -44,7 +44,7 @@ void ReadExports(const Image& image, DWORD address, PeFile& file) {
     IMAGE_EXPORT_DIRECTORY directory;
     if (address == 0 || !ReadAt(image.bytes, FileOffset(image, address), directory)) return;
     file.exportedFunctions = directory.NumberOfFunctions;
-    const std::size_t names = FileOffset(image, directory.AddressOfNames);
+    const size_t names = FileOffset(image, directory.AddressOfNames);
     for (DWORD i = 0, name; i < directory.NumberOfNames; ++i) {
         if (!ReadAt(image.bytes, names + i * sizeof(DWORD), name)) return;
         file.exportedNames.push_back(TextAt(image, name));
@@ -54,7 +54,7 @@ void ReadExports(const Image& image, DWORD address, PeFile& file) {
 void ReadImports(const Image& image, DWORD address, PeFile& file) {
     if (address == 0) return;
     IMAGE_IMPORT_DESCRIPTOR descriptor;
-    for (std::size_t offset = FileOffset(image, address);
+    for (size_t offset = FileOffset(image, address);
          ReadAt(image.bytes, offset, descriptor) && descriptor.Name != 0; offset += sizeof(descriptor)) {
         file.importedLibraries.push_back(TextAt(image, descriptor.Name));
     }
@@ -70,11 +70,11 @@ bool ReadPeFile(const char* path, PeFile& file) {
     IMAGE_DOS_HEADER dos;
     IMAGE_NT_HEADERS64 header;
     if (!ReadAt(image.bytes, 0, dos) || dos.e_magic != IMAGE_DOS_SIGNATURE) return false;
-    const auto headerOffset = static_cast<std::size_t>(dos.e_lfanew);
+    const auto headerOffset = static_cast<size_t>(dos.e_lfanew);
     if (!ReadAt(image.bytes, headerOffset, header) || header.Signature != IMAGE_NT_SIGNATURE) return false;
     if (header.OptionalHeader.Magic != IMAGE_NT_OPTIONAL_HDR64_MAGIC) return false;
 
-    std::size_t offset =
+    size_t offset =
         headerOffset + offsetof(IMAGE_NT_HEADERS64, OptionalHeader) + header.FileHeader.SizeOfOptionalHeader;
     for (int i = 0; i < header.FileHeader.NumberOfSections; ++i, offset += sizeof(IMAGE_SECTION_HEADER)) {
         IMAGE_SECTION_HEADER section;

@@ -9,12 +9,12 @@
 namespace kfx {
 
 struct PeFile {
-    std::uint16_t machine = 0;
-    std::uint16_t characteristics = 0;
-    std::uint16_t dllCharacteristics = 0;
-    std::uint32_t symbols = 0;               // in the symbol table; 0: there is none
+    uint16_t machine = 0;
+    uint16_t characteristics = 0;
+    uint16_t dllCharacteristics = 0;
+    uint32_t symbols = 0;                    // in the symbol table; 0: there is none
     std::vector<std::string> exportedNames;  // sorted, as the file keeps them
-    std::uint32_t exportedFunctions = 0;     // with those exported by ordinal only
+    uint32_t exportedFunctions = 0;          // with those exported by ordinal only
     std::vector<std::string> importedLibraries;
 };
 

@@ -76,7 +76,7 @@ TEST_F(ChildCommand, It_inherits_no_handle_that_it_does_not_need) {
     HANDLE reading = nullptr, writing = nullptr;
     ASSERT_TRUE(CreatePipe(&reading, &writing, &inheritable, 0));
     _putenv("KFX_MISBEHAVIOUR=handle");
-    _putenv(("KFX_HANDLE=" + std::to_string(reinterpret_cast<std::uintptr_t>(writing))).c_str());
+    _putenv(("KFX_HANDLE=" + std::to_string(reinterpret_cast<uintptr_t>(writing))).c_str());
     const std::wstring plugin = Widen(FileBesideTest("misbehaving_plugin.dll"));
     EXPECT_EQ(
         RunLine(QuotedProgram() + L" apply in.gif -o out.gif --effect Bump --through-plugin --plugin \"" +
@@ -112,9 +112,7 @@ struct ParentEnd {
 
     ParentEnd() {
         CreatePipe(&reading, &writing, nullptr, 0);
-        const auto number = [](HANDLE handle) {
-            return std::to_string(reinterpret_cast<std::uintptr_t>(handle));
-        };
+        const auto number = [](HANDLE handle) { return std::to_string(reinterpret_cast<uintptr_t>(handle)); };
         std::vector<std::string> arguments = {"--child-of-kestrel", number(writing), number(placing),
                                               "apply"};
         EXPECT_TRUE(driven::BecomeChild(&arguments));

@@ -16,7 +16,7 @@ namespace {
 using driven::AnswerFolderLookups;
 using ::testing::HasSubstr;
 
-std::uint8_t* BytesOf(HMODULE module) { return reinterpret_cast<std::uint8_t*>(module); }
+uint8_t* BytesOf(HMODULE module) { return reinterpret_cast<uint8_t*>(module); }
 
 // The plug-in of the tests, loaded; its headers and import lists can be written to.
 struct FolderAnswers : ::testing::Test {
@@ -50,7 +50,7 @@ struct FolderAnswers : ::testing::Test {
 
     // Writes bytes into the DLL's own memory; the result is their distance from its start.
     DWORD Scratch(size_t offset, const void* bytes, size_t size) const {
-        std::uint8_t* scratch = nullptr;
+        uint8_t* scratch = nullptr;
         const FARPROC address = GetProcAddress(module, "kfxScratch");
         std::memcpy(&scratch, &address, sizeof scratch);
         std::memcpy(scratch + offset, bytes, size);
@@ -94,7 +94,7 @@ TEST_F(FolderAnswers, A_dll_that_never_asks_for_its_folder_is_refused) {
 TEST_F(FolderAnswers, A_function_that_is_loaded_later_is_refused) {
     const char library[] = "SHELL32.dll", name[] = "\0\0SHGetSpecialFolderLocation";
     const DWORD libraryAt = Scratch(0, library, sizeof library);
-    const std::uint64_t names[] = {Scratch(16, name, sizeof name), 0};
+    const uint64_t names[] = {Scratch(16, name, sizeof name), 0};
     const DWORD delayed[16] = {1, libraryAt, 0, 0, Scratch(64, names, sizeof names)};
     const DWORD size = sizeof delayed;
     Overwrite(Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT),

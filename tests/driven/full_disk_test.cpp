@@ -9,8 +9,8 @@
 #include <windows.h>
 
 #include "media/file_io.h"
-#include "tests/driven/import_patch.h"
 #include "tests/cli/test_files.h"
+#include "tests/driven/import_patch.h"
 
 namespace kfx::test {
 namespace {
@@ -46,7 +46,7 @@ TEST(FullDisk, Is_the_reason_that_is_given) {
                 const ImportPatch disk(GetModuleHandleA("msvcrt.dll"), "WriteFile",
                                        AddressOfFunction(WriteToFullDisk));
                 ASSERT_NE(disk.original, nullptr);
-                written = WriteWholeFile(folder.path + "out.gif", std::vector<std::uint8_t>(size), &error);
+                written = WriteWholeFile(folder.path + "out.gif", std::vector<uint8_t>(size), &error);
             }
             EXPECT_FALSE(written);
             EXPECT_EQ(error, folder.path + "out.gif: the file cannot be written" + full)

@@ -8,9 +8,9 @@
 #include <tlhelp32.h>
 
 #include "tests/cli/running_program.h"
+#include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
 #include "tests/driven/user_settings.h"
-#include "tests/cli/test_animations.h"
 #include "tests/support/wait_for.h"
 
 namespace kfx::test {

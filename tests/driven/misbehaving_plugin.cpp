@@ -8,12 +8,12 @@
 #include <windows.h>
 #include <shlobj.h>
 
-#include "host/host_records.h"
 #include "driven/import_table.h"
+#include "host/host_records.h"
 
 // Room inside this DLL's image, where a test can write tables that the DLL's own headers then name.
-extern "C" __declspec(dllexport) std::uint8_t kfxScratch[256];
-std::uint8_t kfxScratch[256];
+extern "C" __declspec(dllexport) uint8_t kfxScratch[256];
+uint8_t kfxScratch[256];
 
 namespace {
 
@@ -47,7 +47,7 @@ void MeetTest() {
 void SendNoReport() {
     const char* const option = std::strstr(GetCommandLineA(), "--child-of-kestrel ");
     if (!option) return;
-    const auto pipe = static_cast<std::uintptr_t>(std::strtoull(option + 19, nullptr, 10));
+    const auto pipe = static_cast<uintptr_t>(std::strtoull(option + 19, nullptr, 10));
     const std::string lines = "{\"report\": 5}\n{\"temporary\": []}\n";
     DWORD written = 0;
     WriteFile(reinterpret_cast<HANDLE>(pipe), lines.data(), static_cast<DWORD>(lines.size()), &written,
@@ -75,7 +75,7 @@ void WriteToHandle() {
     const char* const number = std::getenv("KFX_HANDLE");
     DWORD written = 0;
     if (number)
-        WriteFile(reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(std::strtoull(number, nullptr, 10))),
+        WriteFile(reinterpret_cast<HANDLE>(static_cast<uintptr_t>(std::strtoull(number, nullptr, 10))),
                   "inherited", 9, &written, nullptr);
 }
 

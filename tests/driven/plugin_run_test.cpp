@@ -16,7 +16,7 @@ using driven::PluginRun;
 HANDLE letGo = nullptr;
 int waits = 0;
 
-std::uint64_t WINAPI HangUntilLetGo(HWND, const HostContext*) {
+uint64_t WINAPI HangUntilLetGo(HWND, const HostContext*) {
     WaitForSingleObject(letGo, INFINITE);
     return 1;
 }

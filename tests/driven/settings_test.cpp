@@ -5,14 +5,14 @@
 
 #include <windows.h>
 
-#include "driven/settings_folder.h"
 #include "commands/text_windows.h"
-#include "tests/driven/import_patch.h"
+#include "driven/settings_folder.h"
 #include "tests/cli/program.h"
 #include "tests/cli/running_program.h"
-#include "tests/cli/test_files.h"
-#include "tests/driven/user_settings.h"
 #include "tests/cli/test_animations.h"
+#include "tests/cli/test_files.h"
+#include "tests/driven/import_patch.h"
+#include "tests/driven/user_settings.h"
 
 namespace kfx::test {
 namespace {

@@ -10,8 +10,8 @@
 #endif
 #include "framework/settings.h"
 #include "framework/source_animation.h"
-#include "tests/support/animation_blocks.h"
 #include "tests/effects/expected_controls.h"
+#include "tests/support/animation_blocks.h"
 #include "tests/support/effect_checks.h"
 
 namespace kfx::test {

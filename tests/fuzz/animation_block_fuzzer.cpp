@@ -9,9 +9,9 @@
 #include "framework/source_animation.h"
 #include "host/animation_block.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace kfx;
     const bool sound = IsAnimation(data, size);
     if (size == 0) return 0;

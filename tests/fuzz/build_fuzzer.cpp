@@ -42,7 +42,7 @@ kfx::BuildOptions OptionsFrom(uint8_t bits, uint8_t palette) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 3) return 0;
     const size_t before = kfx::CountMemory().liveBlocks;
     {

@@ -9,7 +9,7 @@
 #include "tests/fuzz/input_file.h"
 #include "window/configuration_text.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace {
 
@@ -23,7 +23,7 @@ void Read(std::FILE* file, bool shiftHeld) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::FILE* file = kfx::test::OpenInput(data, size);
     Read(file, true);
     if (std::memcmp(&kfx::settings, &kCompiledIn, sizeof kCompiledIn) != 0) std::abort();

@@ -9,9 +9,9 @@
 
 #include "tests/fuzz/input_file.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::FILE* file = kfx::test::OpenInput(data, size);
     if (kfx::ReadDocumentStart(file)) {
         char line[kfx::kDocumentLineBytes];

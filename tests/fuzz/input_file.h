@@ -9,7 +9,7 @@
 namespace kfx::test {
 
 // A temporary file with these bytes, at its beginning; the caller closes it.
-inline std::FILE* OpenInput(const std::uint8_t* data, std::size_t size) {
+inline std::FILE* OpenInput(const uint8_t* data, size_t size) {
     std::FILE* file = std::tmpfile();
     if (!file) std::abort();
     if (size > 0 && std::fwrite(data, 1, size, file) != size) std::abort();

@@ -10,14 +10,14 @@
 #include <random>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using Bytes = std::vector<uint8_t>;
 
 // Enough to meet every header field of a corpus file, few enough to stay within seconds under sanitizers.
-constexpr std::size_t kDamagePerFile = 200;
+constexpr size_t kDamagePerFile = 200;
 
 void RunOnce(const Bytes& bytes) {
     // An exact copy on the heap: reading one byte past the end is then an error that AddressSanitizer sees.
@@ -27,15 +27,15 @@ void RunOnce(const Bytes& bytes) {
 
 void RunDamaged(const Bytes& original) {
     std::mt19937 random(static_cast<std::mt19937::result_type>(original.size()));
-    const std::size_t cutStep = std::max<std::size_t>(1, original.size() / kDamagePerFile);
-    for (std::size_t length = 0; length < original.size(); length += cutStep) {
-        RunOnce(Bytes(original.begin(), original.begin() + static_cast<std::ptrdiff_t>(length)));
+    const size_t cutStep = std::max<size_t>(1, original.size() / kDamagePerFile);
+    for (size_t length = 0; length < original.size(); length += cutStep) {
+        RunOnce(Bytes(original.begin(), original.begin() + static_cast<ptrdiff_t>(length)));
     }
-    for (std::size_t i = 0; !original.empty() && i < kDamagePerFile; ++i) {
+    for (size_t i = 0; !original.empty() && i < kDamagePerFile; ++i) {
         Bytes damaged = original;
         // Headers stand at the front of everything that is parsed here: damage them twice as often.
-        const std::size_t reach = i % 3 == 0 ? damaged.size() : std::min<std::size_t>(damaged.size(), 256);
-        damaged[random() % reach] = static_cast<std::uint8_t>(random());
+        const size_t reach = i % 3 == 0 ? damaged.size() : std::min<size_t>(damaged.size(), 256);
+        damaged[random() % reach] = static_cast<uint8_t>(random());
         RunOnce(damaged);
     }
 }
@@ -44,7 +44,7 @@ void RunDamaged(const Bytes& original) {
 
 int main(int argc, char** argv) {
     RunOnce({});
-    std::size_t files = 0;
+    size_t files = 0;
     for (int i = 1; i < argc; ++i) {
         std::vector<std::filesystem::path> paths;
         for (const auto& entry : std::filesystem::directory_iterator(argv[i])) paths.push_back(entry.path());

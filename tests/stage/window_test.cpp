@@ -6,9 +6,9 @@
 
 #include "stage/stage_resources.h"
 #include "tests/cli/running_program.h"
+#include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
 #include "tests/driven/user_settings.h"
-#include "tests/cli/test_animations.h"
 #include "tests/support/wait_for.h"
 
 namespace kfx::test {

@@ -12,13 +12,13 @@ constexpr char kResults[] = "out";  // what ./run makes
 
 // Sorts the line's include, if it is one, into the source's lists.
 void NoteInclude(const std::string& line, SourceFile& source) {
-    const std::size_t hash = line.find_first_not_of(' ');
+    const size_t hash = line.find_first_not_of(' ');
     if (hash == std::string::npos || line[hash] != '#') return;
-    const std::size_t word = line.find_first_not_of(' ', hash + 1);
+    const size_t word = line.find_first_not_of(' ', hash + 1);
     if (word == std::string::npos || line.compare(word, 7, "include") != 0) return;
-    const std::size_t open = line.find_first_of("<\"", word);
+    const size_t open = line.find_first_of("<\"", word);
     if (open == std::string::npos) return;
-    const std::size_t close = line.find_first_of(">\"", open + 1);
+    const size_t close = line.find_first_of(">\"", open + 1);
     if (close == std::string::npos) return;
     auto& includes = line[open] == '<' ? source.systemIncludes : source.ownIncludes;
     includes.push_back(line.substr(open + 1, close - open - 1));

@@ -12,7 +12,7 @@ namespace kfx {
 namespace {
 
 // Past this a file holds more than one thing.
-constexpr std::size_t kLongestFile = 400;
+constexpr size_t kLongestFile = 400;
 
 bool EndsWith(const std::string& text, const std::string& end) {
     return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
@@ -34,7 +34,7 @@ TEST(Sources, Stay_short_enough_to_read) {
 TEST(Sources, Headers_are_guarded_by_pragma_once) {
     for (const auto& [path, source] : ReadSourceTree()) {
         if (!EndsWith(path, ".h")) continue;
-        std::size_t guards = 0;
+        size_t guards = 0;
         for (const auto& line : source.lines) guards += line == "#pragma once";
         EXPECT_EQ(guards, 1u) << path;
     }
@@ -42,7 +42,7 @@ TEST(Sources, Headers_are_guarded_by_pragma_once) {
 
 TEST(Sources, Hold_no_tabs_and_no_trailing_spaces) {
     for (const auto& [path, source] : ReadSourceTree()) {
-        for (std::size_t i = 0; i < source.lines.size(); ++i) {
+        for (size_t i = 0; i < source.lines.size(); ++i) {
             const std::string& line = source.lines[i];
             EXPECT_EQ(line.find('\t'), std::string::npos) << path << ":" << i + 1;
             EXPECT_FALSE(EndsWith(line, " ")) << path << ":" << i + 1;
@@ -101,7 +101,7 @@ TEST(Sources, Take_elementary_functions_from_the_framework) {
         static const std::set<std::string> exact = {"framework", "kernels", "effects", "builder"};
         if (!exact.count(folder) && path.find("tests/reference/") != 0) continue;
         ++read;
-        for (std::size_t i = 0; i < source.lines.size(); ++i) {
+        for (size_t i = 0; i < source.lines.size(); ++i) {
             const std::string code = source.lines[i].substr(0, source.lines[i].find("//"));
             EXPECT_FALSE(std::regex_search(code, call)) << path << ":" << i + 1 << ": " << source.lines[i];
         }

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/fake_host.h"
 #include "tests/dll/support/floating_point_controls.h"
+#include "tests/support/fake_host.h"
 
 namespace kfx::test {
 
