@@ -9,9 +9,9 @@
 #include <unistd.h>
 
 #include "commands/text.h"
+#include "media/file_io.h"
 
 namespace kfx::commands {
-
 bool CheckWritable(const std::string& path, std::string* error) {
     struct stat found = {};
     const bool exists = stat(path.c_str(), &found) == 0;
@@ -25,23 +25,24 @@ bool CheckWritable(const std::string& path, std::string* error) {
     }
     // Devices and pipes are written to directly, so nothing stands beside them.
     if (exists && !S_ISREG(found.st_mode)) return true;
-    const std::string trial = path + ".trial-" + std::to_string(getpid());
-    const int file = open(trial.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (file < 0) {
-        const int reason = errno;
-        const std::string folder = FolderOf(path).empty() ? "this folder" : "the folder " + FolderOf(path);
-        if (reason == ENOENT || reason == ENOTDIR) {
-            *error = path + ": cannot be written: " + folder + " does not exist.";
-        } else if (reason == EACCES || reason == EPERM || reason == EROFS) {
-            *error = path + ": cannot be written: you may not write to " + folder + ".";
-        } else {
-            *error = path + ": cannot be written: " + std::generic_category().message(reason) + ".";
-        }
+    // The longest name is the temporary one.
+    if (lstat((path + kTemporaryEnding).c_str(), &found) != 0 && errno == ENAMETOOLONG) {
+        *error = path + ": cannot be written: the name is too long.";
         return false;
     }
-    close(file);
-    unlink(trial.c_str());
-    return true;
+    // Asked of the folder: a file made on trial would stay behind when the program is interrupted.
+    const std::string folder = FolderOf(path);
+    if (faccessat(AT_FDCWD, folder.empty() ? "." : folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0) return true;
+    const int reason = errno;
+    const std::string named = folder.empty() ? "this folder" : "the folder " + folder;
+    if (reason == ENOENT || reason == ENOTDIR) {
+        *error = path + ": cannot be written: " + named + " does not exist.";
+    } else if (reason == EACCES || reason == EPERM || reason == EROFS) {
+        *error = path + ": cannot be written: you may not write to " + named + ".";
+    } else {
+        *error = path + ": cannot be written: " + std::generic_category().message(reason) + ".";
+    }
+    return false;
 }
 
 }  // namespace kfx::commands

@@ -52,7 +52,7 @@ struct TemporaryFiles {
 fs::path UnusedNameBeside(const fs::path& target) {
     for (int number = 0;; ++number) {
         fs::path name = target;
-        name += ".part" + (number > 0 ? std::to_string(number) : std::string());
+        name += kTemporaryEnding + (number > 0 ? std::to_string(number) : std::string());
         std::error_code ignored;
         if (!fs::exists(fs::symlink_status(name, ignored))) return name;
     }

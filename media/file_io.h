@@ -10,6 +10,9 @@
 
 namespace kfx {
 
+// What the name of a file ends in until the file is whole; a number may follow.
+constexpr char kTemporaryEnding[] = ".part";
+
 // Reads a whole file. On failure returns false with one sentence in *error, path first.
 bool ReadWholeFile(const std::string& path, std::vector<uint8_t>* content, std::string* error);
 

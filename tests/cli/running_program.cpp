@@ -45,13 +45,30 @@ HANDLE InheritableFile(const std::string& path) {
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+// A process that this one has started, opened for a look at its memory; null: there is none. To be closed.
+HANDLE OpenChildOf(HANDLE process) {
+    const DWORD parent = GetProcessId(process);
+    const HANDLE processes = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    HANDLE child = nullptr;
+    for (BOOL more = Process32FirstW(processes, &entry); more && !child;
+         more = Process32NextW(processes, &entry)) {
+        if (entry.th32ParentProcessID == parent) {
+            child = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, entry.th32ProcessID);
+        }
+    }
+    CloseHandle(processes);
+    return child;
+}
+
 // Waits for the process's end and watches the memory of the one that works for it.
 uint64_t WatchUntilEnd(HANDLE process) {
     uint64_t peak = 0;
     HANDLE child = nullptr;
     const ULONGLONG start = GetTickCount64();
     while (WaitForSingleObject(process, 10) == WAIT_TIMEOUT) {
-        if (!child) child = OpenChildOf(process, PROCESS_QUERY_LIMITED_INFORMATION);
+        if (!child) child = OpenChildOf(process);
         PROCESS_MEMORY_COUNTERS memory = {};
         if (child && GetProcessMemoryInfo(child, &memory, sizeof memory)) {
             peak = std::max<uint64_t>(peak, memory.PeakWorkingSetSize);
@@ -66,22 +83,6 @@ uint64_t WatchUntilEnd(HANDLE process) {
 }
 
 }  // namespace
-
-HANDLE OpenChildOf(HANDLE process, unsigned long access) {
-    const DWORD parent = GetProcessId(process);
-    const HANDLE processes = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32W entry = {};
-    entry.dwSize = sizeof entry;
-    HANDLE child = nullptr;
-    for (BOOL more = Process32FirstW(processes, &entry); more && !child;
-         more = Process32NextW(processes, &entry)) {
-        if (entry.th32ParentProcessID == parent) {
-            child = OpenProcess(access, FALSE, entry.th32ProcessID);
-        }
-    }
-    CloseHandle(processes);
-    return child;
-}
 
 ProgramResult RunKestrel(const std::vector<std::string>& arguments) {
     const TemporaryFolder folder;

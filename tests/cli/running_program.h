@@ -20,10 +20,6 @@ bool StartProgram(const std::string& path, const std::vector<std::string>& argum
 // Starts kestrel.exe with --through-plugin.
 bool StartThroughPlugin(std::vector<std::string> arguments, RunningProgram* program);
 
-// A process that this one (a handle) has started, opened with these rights; null: there is none. To be
-// closed.
-void* OpenChildOf(void* process, unsigned long access);
-
 // Waits for its end, ends it when it hangs (which fails the test), and returns its exit code.
 int WaitForEnd(RunningProgram* program);
 

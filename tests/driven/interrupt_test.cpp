@@ -31,21 +31,11 @@ bool OpenOwnConsole() {
     return open;
 }
 
-constexpr int kFrames = 150;
-
 int CountParts(const std::string& folder) {
     const auto files = FilesIn(folder);
     return static_cast<int>(std::count_if(files.begin(), files.end(), [](const std::string& name) {
         return name.find(".part") != std::string::npos;
     }));
-}
-
-// Stops or continues all threads of a process.
-using ProcessFunction = LONG(WINAPI*)(HANDLE);
-
-ProcessFunction SystemFunction(const char* name) {
-    return reinterpret_cast<ProcessFunction>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), name)));
 }
 
 DWORD ThreadsOf(DWORD processId) {
@@ -60,50 +50,47 @@ DWORD ThreadsOf(DWORD processId) {
     return threads;
 }
 
-TEST(Interrupt, Leaves_nothing_of_a_series_of_pictures) {
+// kestrel.exe with a plug-in that lets it go no further than a known point in writing four pictures.
+struct Interrupt : ::testing::Test {
+    const UserSettings user;
     const TemporaryFolder folder;
-    // Many large pictures, so that writing them takes longer than noticing that it has begun.
-    WriteTestGif(folder.path + "in.gif", kFrames, false, 16);
-    ASSERT_TRUE(OpenOwnConsole());
+    const HANDLE started = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingStarted");
+    const HANDLE go = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingGo");
     RunningProgram program;
-    ASSERT_TRUE(StartThroughPlugin(
-        {"apply", folder.path + "in.gif", "-o", folder.path + "out.png", "--effect", "Bump"}, &program));
-    // Stopped, so that what is seen still holds when the interrupt comes. While a file is missing none is
-    // placed.
-    HANDLE child = nullptr;
-    EXPECT_TRUE(
-        WaitFor([&] { return (child = OpenChildOf(program.process, PROCESS_SUSPEND_RESUME)) != nullptr; }));
-    bool ended = false;
-    EXPECT_TRUE(WaitFor([&] {
-        SystemFunction("NtSuspendProcess")(child);
-        const auto parts = CountParts(folder.path);
-        if (parts > 1 && parts < kFrames) return true;
-        SystemFunction("NtResumeProcess")(child);
-        return ended = WaitForSingleObject(program.process, 0) == WAIT_OBJECT_0;
-    }));
-    ASSERT_FALSE(ended) << "the command has ended early";
-    EXPECT_FALSE(FileExists(folder.path + "out-000.png"));
+
+    void SetUp() override {
+        ResetEvent(started);
+        ResetEvent(go);
+        WriteTestGif(folder.path + "in.gif", 4);
+        ASSERT_TRUE(OpenOwnConsole());
+    }
+
+    void TearDown() override {
+        CloseHandle(started);
+        CloseHandle(go);
+    }
+
+    // Returns when the program stands still.
+    void StartUntil(const std::string& misbehaviour) {
+        _putenv(("KFX_MISBEHAVIOUR=" + misbehaviour).c_str());
+        ASSERT_TRUE(
+            StartThroughPlugin({"apply", folder.path + "in.gif", "-o", folder.path + "out.png", "--effect",
+                                "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")},
+                               &program));
+        EXPECT_EQ(WaitForSingleObject(started, 120000), WAIT_OBJECT_0);
+    }
+};
+
+TEST_F(Interrupt, Leaves_nothing_of_a_series_of_pictures) {
+    StartUntil("writing");
+    EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out-000.png.part"}));
     EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
     EXPECT_EQ(WaitForEnd(&program), 130);
-    CloseHandle(child);
     EXPECT_EQ(FilesIn(folder.path), std::vector<std::string>{"in.gif"});
 }
 
-TEST(Interrupt, Leaves_a_whole_series_when_files_are_being_placed) {
-    const UserSettings user;
-    const TemporaryFolder folder;
-    WriteTestGif(folder.path + "in.gif", 4);
-    ASSERT_TRUE(OpenOwnConsole());
-    const HANDLE started = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingStarted");
-    const HANDLE go = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingGo");
-    ResetEvent(started);
-    ResetEvent(go);
-    _putenv("KFX_MISBEHAVIOUR=placing");
-    RunningProgram program;
-    ASSERT_TRUE(StartThroughPlugin({"apply", folder.path + "in.gif", "-o", folder.path + "out.png",
-                                    "--effect", "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")},
-                                   &program));
-    EXPECT_EQ(WaitForSingleObject(started, 120000), WAIT_OBJECT_0);
+TEST_F(Interrupt, Leaves_a_whole_series_when_files_are_being_placed) {
+    StartUntil("placing");
     EXPECT_TRUE(FileExists(folder.path + "out-000.png"));
     EXPECT_EQ(CountParts(folder.path), 3);
     const DWORD threads = ThreadsOf(program.processId);
@@ -112,8 +99,6 @@ TEST(Interrupt, Leaves_a_whole_series_when_files_are_being_placed) {
     EXPECT_TRUE(WaitFor([&] { return ThreadsOf(program.processId) != threads; }));
     SetEvent(go);
     EXPECT_EQ(WaitForEnd(&program), 0);
-    CloseHandle(started);
-    CloseHandle(go);
     EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out-000.png", "out-001.png",
                                                               "out-002.png", "out-003.png"}));
 }

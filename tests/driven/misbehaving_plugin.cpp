@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <string>
 
 #include <windows.h>
@@ -55,6 +56,15 @@ void SendNoReport() {
     ExitProcess(0);
 }
 
+// The program asks for the whole path of each temporary file before it makes it. Meets the test when the
+// first one is written.
+int filesAnnounced = 0;
+
+DWORD WINAPI FindPathAndMeet(LPCWSTR name, DWORD size, LPWSTR path, LPWSTR* file) {
+    if (std::wcsstr(name, L".part") && filesAnnounced++ == 1) MeetTest();
+    return GetFullPathNameW(name, size, path, file);
+}
+
 // Moves a file, and meets the test when one has got its final name.
 int filesMoved = 0;
 
@@ -79,15 +89,15 @@ void WriteToHandle() {
                   "inherited", 9, &written, nullptr);
 }
 
-// Lets the real plug-in do its work, in a program that moves its files so.
-int BuildAndMeet(HWND parent, kfx::HostContext* context) {
-    // The files are moved after the plug-in is let go.
+// Lets the real plug-in do its work, in a program that calls `replacement` in place of this function.
+int BuildAndMeet(HWND parent, kfx::HostContext* context, const char* function, void* replacement) {
+    // The files are written after the plug-in is let go.
     HMODULE own = nullptr;
     GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCSTR>(&MoveAndMeet), &own);
+                       reinterpret_cast<LPCSTR>(replacement), &own);
     for (const kfx::driven::Import& import : kfx::driven::ImportsOf(GetModuleHandleA(nullptr))) {
-        if (import.slot && import.function && std::strcmp(import.function, "MoveFileExW") == 0)
-            kfx::driven::SetImport(import, reinterpret_cast<void*>(&MoveAndMeet));
+        if (import.slot && import.function && std::strcmp(import.function, function) == 0)
+            kfx::driven::SetImport(import, replacement);
     }
     return BuildReally(parent, context);
 }
@@ -138,7 +148,10 @@ extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostConte
     if (misbehaviour == "message") Say(parent, "It is raining.");
     if (misbehaviour == "meet") MeetTest();
     if (misbehaviour == "report") SendNoReport();
-    if (misbehaviour == "placing") return BuildAndMeet(parent, context);
+    if (misbehaviour == "writing")
+        return BuildAndMeet(parent, context, "GetFullPathNameW", reinterpret_cast<void*>(&FindPathAndMeet));
+    if (misbehaviour == "placing")
+        return BuildAndMeet(parent, context, "MoveFileExW", reinterpret_cast<void*>(&MoveAndMeet));
     if (misbehaviour == "handle") WriteToHandle();
     if (misbehaviour == "elsewhere") {
         SetCurrentDirectoryA("C:\\windows");
