@@ -9,21 +9,12 @@
 #include "builder/fixed_palettes.h"
 #include "builder/palette_order.h"
 #include "framework/cpu.h"
+#include "tests/builder/random_palette.h"
 #include "tests/reference/remap_reference.h"
 #include "tests/support/pictures.h"
 
 namespace kfx::test {
 namespace {
-
-// A palette with entries of its own and some that occur twice or lie side by side.
-void FillRandomPalette(uint8_t palette[kPaletteBytes], int32_t colors, uint32_t seed) {
-    std::mt19937 random(seed);
-    std::memset(palette, 0, kPaletteBytes);
-    for (int32_t i = 0; i < 3 * colors; ++i) {
-        const bool repeat = i >= 30 && i / 3 % 5 == 0;
-        palette[i] = repeat ? palette[i - 15] : static_cast<uint8_t>(random());
-    }
-}
 
 struct Case {
     int32_t bitsPerPixel;
@@ -184,26 +175,6 @@ TEST(Remap, A_changed_palette_is_noticed) {
     }
 }
 
-TEST(Remap, Nearest_prefers_an_exact_match_then_the_lowest_index_of_the_least_distance) {
-    const uint8_t palette[] = {10, 0, 0, 0, 0, 0, 10, 0, 0, 20, 0, 0};
-    EXPECT_EQ(NearestEntry(palette, 4, 10, 0, 0), 0);
-    EXPECT_EQ(NearestEntry(palette, 4, 15, 0, 0), 0);
-    EXPECT_EQ(NearestEntry(palette, 4, 16, 0, 0), 3);
-    EXPECT_EQ(NearestEntry(palette, 4, 4, 0, 0), 1);
-    EXPECT_EQ(NearestEntry(palette, 0, 4, 0, 0), 0);
-    std::mt19937 random(1);
-    uint8_t many[kPaletteBytes];
-    FillRandomPalette(many, 256, 1);
-    for (int i = 0; i < 2000; ++i) {
-        const auto red = static_cast<int32_t>(random() & 255);
-        const auto green = static_cast<int32_t>(random() & 255);
-        const auto blue = static_cast<int32_t>(random() & 255);
-        const auto count = static_cast<int32_t>(random() % 257);
-        ASSERT_EQ(NearestEntry(many, count, red, green, blue),
-                  ReferenceNearest(many, count, red, green, blue));
-    }
-}
-
 TEST(Remap, With_fast_remap_a_palette_colour_maps_to_its_first_exact_entry) {
     // 15-bit rounding alone would send (255, 255, 255) to the gray entry.
     uint8_t palette[kPaletteBytes] = {248, 248, 248, 255, 255, 255, 255, 255, 255};
@@ -264,25 +235,6 @@ TEST(Remap, Two_colour_output_turns_white_from_luminance_129_on) {
         const Picture mapped(PlainRemap(flat.handle, &targets.product));
         EXPECT_EQ(PixelOf(mapped.handle, 1, 0), LuminanceOf(level, level, level) < 129 ? 0u : 1u) << gray;
     }
-}
-
-TEST(Remap, Sorting_orders_by_luminance_and_keeps_equals_in_order) {
-    for (int32_t colors : {0, 1, 2, 3, 17, 100, 255, 256}) {
-        uint8_t expected[kPaletteBytes], actual[kPaletteBytes];
-        FillRandomPalette(expected, 256, static_cast<uint32_t>(colors));
-        for (int i = 0; i < 768; i += 9) expected[i] = expected[(i + 30) % 768];  // more equals
-        std::memcpy(actual, expected, sizeof actual);
-        ReferenceSort(expected, colors);
-        SortByLuminance(actual, colors);
-        EXPECT_EQ(std::memcmp(expected, actual, sizeof actual), 0) << colors;
-    }
-}
-
-TEST(Remap, Bits_grow_with_each_power_of_two_and_are_24_above_256_colours) {
-    const int32_t steps[][2] = {{0, 1},  {2, 1},   {3, 2},   {4, 2},   {5, 3},   {8, 3},
-                                {9, 4},  {16, 4},  {17, 5},  {32, 5},  {33, 6},  {64, 6},
-                                {65, 7}, {128, 7}, {129, 8}, {256, 8}, {257, 24}};
-    for (const auto& step : steps) EXPECT_EQ(BitsForColors(step[0]), step[1]) << step[0];
 }
 
 }  // namespace
