@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-// kestrel apply: one animation through one effect.
+// kestrel apply: one animation through effects.
 #include "commands/commands.h"
 
 #include <chrono>
 #include <cstdio>
 #include <utility>
 
+#include "commands/pipeline.h"
 #include "commands/result_files.h"
 #include "commands/text.h"
 
@@ -18,17 +19,19 @@ using Clock = std::chrono::steady_clock;
 bool Build(const CommandLine& line, const CommandContext& context, HostSession* session, Failure* failure) {
     EngineStart start;
     start.session = session;
-    // A GIF's frames stand on palettes.
-    if (EndingOf(line.output) == ".gif") start.capabilities = kHostTakesSupercompressed;
+    // A GIF's frames stand on palettes; those between two effects do not.
+    if (EndingOf(line.output) == ".gif" && line.effects.size() == 1)
+        start.capabilities = kHostTakesSupercompressed;
     start.fastRemap = line.fastRemap;
     start.ditherBrightness = line.ditherBrightness;
     start.ditherContrast = line.ditherContrast;
     start.onProgress = context.onProgress;
     const OpenEngine engine(context.engine, start, failure);
-    Job job;
+    std::vector<Job> jobs;
     return engine &&
-           ResolveJob(line, HasOwnPalette(*session->source), context.engine, engine.opened, &job, failure) &&
-           context.engine.build(engine.opened, job, false, failure);
+           ResolveJobs(line, HasOwnPalette(*session->source), context.engine, engine.opened, &jobs,
+                       failure) &&
+           RunJobs(engine, session, std::move(jobs), failure);
 }
 
 ResultOptions OptionsOf(const CommandLine& line) {

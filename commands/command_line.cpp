@@ -17,7 +17,7 @@ constexpr char kDescription[] = "Kestrel FX on files: effects for animations and
 constexpr char kFooter[] =
     "Examples:\n"
     "  kestrel apply IN.gif -o OUT.gif --effect Emboss --set Radius=18 --set Depth=30\n"
-    "  kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\"\n"
+    "  kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\" --effect Swirl --set Angle=90\n"
     "  kestrel apply IN.gif -o OUT.gif --effect Bump --palette \"216-color safe\" --dither --supercompress\n"
     "  kestrel effects --json\n\n"
     "Exit codes: 0 done, 2 wrong command, 3 unreadable input, 4 output not writable, 5 nothing was built,\n"
@@ -27,6 +27,8 @@ constexpr char kFooter[] =
 struct ParsedTexts {
     std::string input;
     std::string secondInput;
+    const CLI::App* apply = nullptr;  // knows the order of the next two
+    std::vector<std::string> effects;
     std::vector<std::string> settings;
     bool noComment = false;
 };
@@ -82,17 +84,18 @@ void AddFormatOptions(CLI::App* command, CommandLine* line) {
 
 void AddApply(CLI::App* app, const Target& target) {
     CommandLine* const line = target.line;
-    CLI::App* const apply = app->add_subcommand("apply", "Apply an effect to an animation");
+    CLI::App* const apply =
+        app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation");
+    target.texts->apply = apply;
     AddInput(apply, &target.texts->input, "input", "GIF, WebP, PNG or BMP file")->required();
     AddOutput(apply, line, "-o,--output", ".gif, .webp, or .png (several frames: NAME-000.png, ...)");
-    apply->add_option("--effect", line->effect, "Effect, as `kestrel effects` lists them")
+    AddList(apply, "--effect", &target.texts->effects,
+            "Effect, as `kestrel effects` lists them; several are applied in turn")
         ->required()
         ->type_name("NAME");
-    apply->add_option("--set", target.texts->settings, "Parameter of the effect; may be given several times")
-        ->type_name("NAME=VALUE")
-        ->expected(1)
-        ->allow_extra_args(false)
-        ->take_all();
+    AddList(apply, "--set", &target.texts->settings,
+            "Parameter of the effect before it; may be given several times")
+        ->type_name("NAME=VALUE");
     AddPaletteOptions(apply, line);
     AddFormatOptions(apply, line);
     AddFlag(apply, "--comment", &line->comment,
@@ -133,14 +136,32 @@ void AddSheet(CLI::App* app, const Target& target) {
     AddOutput(sheet, target.line, "-o,--output", "PNG file");
 }
 
-bool SplitSettings(const std::vector<std::string>& texts, CommandLine* line, std::string* error) {
-    for (const std::string& text : texts) {
-        const size_t equals = text.find('=');
-        if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
-            *error = "--set takes NAME=VALUE, not \"" + text + "\".";
+bool SplitSetting(const std::string& text, EffectChoice* effect, std::string* error) {
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
+        *error = "--set takes NAME=VALUE, not \"" + text + "\".";
+        return false;
+    }
+    effect->settings.push_back({text.substr(0, equals), text.substr(equals + 1)});
+    return true;
+}
+
+// Each setting belongs to the latest effect before it. Where there is only one effect, the order does not
+// matter.
+bool JoinEffectsAndSettings(const ParsedTexts& texts, CommandLine* line, std::string* error) {
+    for (const std::string& name : texts.effects) line->effects.push_back({name, {}});
+    size_t effectsBefore = 0, setting = 0;
+    for (const CLI::Option* option : texts.apply->parse_order()) {
+        if (option->check_lname("effect")) ++effectsBefore;
+        if (!option->check_lname("set")) continue;
+        const std::string& text = texts.settings[setting++];
+        if (effectsBefore == 0 && line->effects.size() > 1) {
+            *error = "--set " + text +
+                     " stands before the first --effect; put it behind the effect that it is for.";
             return false;
         }
-        line->settings.push_back({text.substr(0, equals), text.substr(equals + 1)});
+        const size_t effect = effectsBefore == 0 ? 0 : effectsBefore - 1;
+        if (!SplitSetting(text, &line->effects[effect], error)) return false;
     }
     return true;
 }
@@ -219,7 +240,7 @@ bool CheckEnding(const CommandLine& line, const char* ending, std::string* error
 }
 
 bool FinishApply(const ParsedTexts& texts, CommandLine* line, std::string* error) {
-    return SplitSettings(texts.settings, line, error) && CheckApply(texts, line, error);
+    return JoinEffectsAndSettings(texts, line, error) && CheckApply(texts, line, error);
 }
 
 bool FinishNothing(const ParsedTexts&, CommandLine*, std::string*) { return true; }

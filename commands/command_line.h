@@ -19,6 +19,12 @@ struct Setting {
     std::string value;
 };
 
+// An effect as the user names it, with the parameters that were given for it.
+struct EffectChoice {
+    std::string name;
+    std::vector<Setting> settings;
+};
+
 struct CommandLine {
     Command command = Command::Apply;
     std::vector<std::string> inputs;
@@ -27,9 +33,8 @@ struct CommandLine {
     bool quiet = false;
     bool force = false;  // replace a file that exists
 
-    std::string effect;
-    std::vector<Setting> settings;
-    std::string palette;  // empty: whatever suits the output
+    std::vector<EffectChoice> effects;  // in the order in which they are applied
+    std::string palette;                // empty: whatever suits the output
     bool dither = false;
     bool supercompress = false;
     bool trueColor = false;

@@ -104,6 +104,12 @@ bool ListPalettes(void*, std::vector<std::string>* names, Failure*) {
     return true;
 }
 
+void DropSource(void* opened) {
+    auto* direct = static_cast<Direct*>(opened);
+    FreeMemory(direct->source);
+    direct->source = nullptr;
+}
+
 // Takes the source from the session as the plug-in does, once.
 bool SelectSource(Direct* direct, Failure* failure) {
     if (direct->source) return true;
@@ -113,8 +119,7 @@ bool SelectSource(Direct* direct, Failure* failure) {
     if (IsSoundAnimation(direct->source)) return true;
     *failure = direct->source ? Failure{kExitEngine, "the animation that was handed over is not sound."}
                               : Failure{kExitEngine, "there is not enough memory for this animation."};
-    FreeMemory(direct->source);
-    direct->source = nullptr;
+    DropSource(direct);
     return false;
 }
 
@@ -188,6 +193,7 @@ const Engine kDirectEngine = {.options = nullptr,
                               .listEffects = ListEffects,
                               .listParameters = ListParameters,
                               .listPalettes = ListPalettes,
+                              .dropSource = DropSource,
                               .build = Build};
 
 }  // namespace kfx::commands

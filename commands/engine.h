@@ -39,7 +39,9 @@ struct Engine {
     bool (*listParameters)(void* opened, int effect, std::vector<Parameter>* parameters, Failure* failure);
     // Without the row for a source's own palette.
     bool (*listPalettes)(void* opened, std::vector<std::string>* names, Failure* failure);
-    // Builds the session's source into session->built. `more`: another build of the same source follows.
+    // The session has another source: the next build takes it.
+    void (*dropSource)(void* opened);
+    // Builds the session's source into session->built. `more`: another build follows.
     bool (*build)(void* opened, const Job& job, bool more, Failure* failure);
 };
 

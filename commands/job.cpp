@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/job.h"
 
+#include <utility>
+
 #include "commands/engine.h"
 #include "commands/text_match.h"
 #include "resources/palette_names.h"
@@ -13,25 +15,24 @@ bool Refuse(const std::string& error, Failure* failure) {
     return false;
 }
 
-bool ResolveEffect(const CommandLine& line, const Engine& engine, void* opened, Job* job, Failure* failure) {
-    std::vector<std::string> effects;
-    if (!engine.listEffects(opened, &effects, failure)) return false;
-    job->effect = FindName(line.effect, effects);
+bool ResolveEffect(const EffectChoice& choice, const std::vector<std::string>& effects, Job* job,
+                   Failure* failure) {
+    job->effect = FindName(choice.name, effects);
     if (job->effect >= 0) job->effectName = effects[static_cast<size_t>(job->effect)];
-    return job->effect >= 0 || Refuse(UnknownNameMessage("effect", line.effect, effects), failure);
+    return job->effect >= 0 || Refuse(UnknownNameMessage("effect", choice.name, effects), failure);
 }
 
-bool ResolveValues(const CommandLine& line, const Engine& engine, void* opened, Job* job, Failure* failure) {
-    std::vector<Parameter> parameters;
-    if (!engine.listParameters(opened, job->effect, &parameters, failure)) return false;
+bool ResolveValues(const EffectChoice& choice, const Engine& engine, void* opened, Job* job,
+                   Failure* failure) {
+    if (!engine.listParameters(opened, job->effect, &job->parameters, failure)) return false;
     std::vector<std::string> names;
-    names.reserve(parameters.size());
-    for (const Parameter& parameter : parameters) names.push_back(parameter.name);
-    for (const Setting& setting : line.settings) {
+    names.reserve(job->parameters.size());
+    for (const Parameter& parameter : job->parameters) names.push_back(parameter.name);
+    for (const Setting& setting : choice.settings) {
         if (names.empty()) return Refuse(job->effectName + " has no parameters.", failure);
         const int row = FindName(setting.name, names);
         if (row < 0) return Refuse(UnknownNameMessage("parameter", setting.name, names), failure);
-        ChosenValue chosen = {parameters[static_cast<size_t>(row)], 0};
+        ChosenValue chosen = {job->parameters[static_cast<size_t>(row)], 0};
         std::string error;
         if (!ParseValue(chosen.parameter, job->effectName, setting.value, &chosen.value, &error))
             return Refuse(error, failure);
@@ -73,16 +74,42 @@ void ResolveBackground(const CommandLine& line, Job* job) {
 
 }  // namespace
 
-bool ResolveJob(const CommandLine& line, bool ownPalette, const Engine& engine, void* opened, Job* job,
-                Failure* failure) {
-    *job = {};
-    job->dither = line.dither;
-    job->supercompress = line.supercompress;
-    job->comment = line.comment;
-    ResolveBackground(line, job);
-    return ResolveEffect(line, engine, opened, job, failure) &&
-           ResolveValues(line, engine, opened, job, failure) &&
-           ResolvePalette(line, ownPalette, engine, opened, job, failure);
+bool ResolveJobs(const CommandLine& line, bool ownPalette, const Engine& engine, void* opened,
+                 std::vector<Job>* jobs, Failure* failure) {
+    jobs->clear();
+    std::vector<std::string> effects;
+    if (!engine.listEffects(opened, &effects, failure)) return false;
+    for (const EffectChoice& choice : line.effects) {
+        Job job;
+        ResolveBackground(line, &job);
+        if (!ResolveEffect(choice, effects, &job, failure) ||
+            !ResolveValues(choice, engine, opened, &job, failure)) {
+            return false;
+        }
+        jobs->push_back(std::move(job));
+    }
+    Job& last = jobs->back();
+    last.dither = line.dither;
+    last.supercompress = line.supercompress;
+    last.comment = line.comment;
+    return ResolvePalette(line, ownPalette, engine, opened, &last, failure);
+}
+
+int ValueOf(const Job& job, const std::string& parameter, int otherwise) {
+    for (const ChosenValue& chosen : job.values) {
+        if (chosen.parameter.name == parameter) return chosen.value;
+    }
+    for (const Parameter& row : job.parameters) {
+        if (row.name == parameter) return row.value;
+    }
+    return otherwise;
+}
+
+void CompleteValues(Job* job) {
+    std::vector<ChosenValue> all;
+    for (const Parameter& parameter : job->parameters)
+        all.push_back({parameter, ValueOf(*job, parameter.name, parameter.value)});
+    job->values = std::move(all);
 }
 
 }  // namespace kfx::commands

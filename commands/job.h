@@ -33,9 +33,10 @@ enum class Background {
 };
 
 struct Job {
-    int effect = 0;                   // row of the effect list
-    std::string effectName;           // as the list has it
-    std::vector<ChosenValue> values;  // the other parameters keep their defaults
+    int effect = 0;                     // row of the effect list
+    std::string effectName;             // as the list has it
+    std::vector<Parameter> parameters;  // all of the effect's, with their defaults
+    std::vector<ChosenValue> values;    // the other parameters keep what they have in a fresh engine
     PaletteUse paletteUse = PaletteUse::TrueColor;
     int palette = 0;  // when Listed: row of the palette list; the row behind the last is the source's own
     bool dither = false;
@@ -45,10 +46,17 @@ struct Job {
     uint32_t backgroundColor = 0;  // 0x00BBGGRR
 };
 
-// Looks up everything that an apply command names in the lists of the engine, which `opened` belongs to.
-// `ownPalette`: the source has a palette that the result can keep. False: `*failure` names what is wrong and
-// what was probably meant.
-bool ResolveJob(const CommandLine& line, bool ownPalette, const Engine& engine, void* opened, Job* job,
-                Failure* failure);
+// Looks up everything that an apply command names in the lists of the engine, which `opened` belongs to: one
+// job for each effect. The last one has the palette and all that goes with the output, the others are in true
+// colour. `ownPalette`: the source has a palette that the result can keep. False: `*failure` names what is
+// wrong and what was probably meant.
+bool ResolveJobs(const CommandLine& line, bool ownPalette, const Engine& engine, void* opened,
+                 std::vector<Job>* jobs, Failure* failure);
+
+// The value that the job gives the parameter of this name, as shown; `otherwise` when its effect has none.
+int ValueOf(const Job& job, const std::string& parameter, int otherwise);
+
+// Gives every parameter a value, so that nothing is left of what the engine did before.
+void CompleteValues(Job* job);
 
 }  // namespace kfx::commands

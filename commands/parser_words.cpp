@@ -72,6 +72,11 @@ CLI::Option* AddNumber(CLI::App* command, const std::string& name, int* number, 
         ->check(refuse);
 }
 
+CLI::Option* AddList(CLI::App* command, const std::string& name, std::vector<std::string>* texts,
+                     const std::string& description) {
+    return command->add_option(name, *texts, description)->expected(1)->allow_extra_args(false)->take_all();
+}
+
 std::string ParserErrorMessage(const CLI::Error& error, const CLI::App& app) {
     const auto chosen = app.get_subcommands();
     const CLI::App& place = chosen.empty() ? app : *chosen.front();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -19,6 +20,10 @@ CLI::Option* AddFlag(CLI::App* command, const std::string& name, bool* given, co
 // there.
 CLI::Option* AddNumber(CLI::App* command, const std::string& name, int* number, int least, int most,
                        const std::string& description);
+
+// An option with a text that may be given several times.
+CLI::Option* AddList(CLI::App* command, const std::string& name, std::vector<std::string>* texts,
+                     const std::string& description);
 
 // One sentence for an error of the parser. `app` is the one that has parsed.
 std::string ParserErrorMessage(const CLI::Error& error, const CLI::App& app);

@@ -2,6 +2,7 @@
 #include "driven/driven_engine.h"
 
 #include <memory>
+#include <utility>
 
 #include "commands/text_windows.h"
 #include "driven/child_command.h"
@@ -35,6 +36,13 @@ std::wstring CurrentFolder() {
     return folder;
 }
 
+// What the plug-in shows beyond the picture's edges by itself, once a job has changed it.
+struct StandardBackground {
+    bool changed = false;
+    bool local = false;  // its own colour, not the source's
+    uint32_t color = 0;
+};
+
 // A plug-in's open window.
 struct Driven {
     explicit Driven(const EngineStart& start) : settings(SettingsFor(start)) {}
@@ -48,6 +56,7 @@ struct Driven {
     std::wstring folder = CurrentFolder();  // a plug-in may change it, and relative names mean this one
     int effect = -1;                        // the row that has been chosen
     bool sourceSelected = false;
+    StandardBackground background;
 };
 
 Driven::~Driven() {
@@ -135,28 +144,41 @@ bool SetValues(PluginRun* run, const std::vector<ChosenValue>& values) {
     return true;
 }
 
-// The job's colour, for when the plug-in's colour button asks.
+// The answer for when the plug-in's colour button asks; the colour before it comes back in the same place.
 bool AnswerColor(HostSession* session, void*, const uint8_t*, uint32_t* color) {
-    *color = static_cast<const Job*>(session->user)->backgroundColor;
+    std::swap(*color, *static_cast<uint32_t*>(session->user));
     return true;
 }
 
-bool SetBackground(PluginRun* run, Job job) {
-    if (job.background == Background::Standard) return true;
-    if (job.background == Background::Source) return SetOption(run, "Local background", false);
-    if (!SetOption(run, "Local background", true)) return false;
+// Gives the plug-in a background colour and returns the one that it had.
+uint32_t ExchangeColor(PluginRun* run, uint32_t color) {
     run->session->actions.chooseColor = AnswerColor;
-    run->session->user = &job;
+    run->session->user = &color;
     Notify(run->window, GetDlgItem(run->window, kBackgroundButton), BN_CLICKED);
     run->session->actions.chooseColor = nullptr;
     run->session->user = nullptr;
-    return true;
+    return color;
 }
 
-bool SetOptions(PluginRun* run, const Job& job) {
+constexpr char kLocalBackground[] = "Local background";
+
+bool SetBackground(Driven* driven, const Job& job) {
+    PluginRun* run = &driven->run;
+    StandardBackground* standard = &driven->background;
+    if (!standard->changed && job.background == Background::Standard) return true;
+    const bool back = job.background == Background::Standard;
+    const bool wasLocal = Send(FindOption(run->window, kLocalBackground), BM_GETCHECK) == BST_CHECKED;
+    if (!SetOption(run, kLocalBackground, true)) return false;
+    const uint32_t before = ExchangeColor(run, back ? standard->color : job.backgroundColor);
+    if (!standard->changed) *standard = {true, wasLocal, before};
+    return SetOption(run, kLocalBackground, back ? standard->local : job.background == Background::Color);
+}
+
+bool SetOptions(Driven* driven, const Job& job) {
+    PluginRun* run = &driven->run;
     return SetOption(run, "True color", job.paletteUse == PaletteUse::TrueColor) &&
            SetOption(run, "Dither", job.dither) && SetOption(run, "Supercompress", job.supercompress) &&
-           SetOption(run, "Add comment", job.comment) && SetBackground(run, job);
+           SetOption(run, "Add comment", job.comment) && SetBackground(driven, job);
 }
 
 // A palette from the list can be chosen while "Custom palette" is on, and is used when it is off.
@@ -169,13 +191,15 @@ bool ChoosePalette(PluginRun* run, const Job& job) {
 
 bool Drive(Driven* driven, const Job& job, bool more) {
     PluginRun* run = &driven->run;
-    if (!ChooseEffect(driven, job.effect) || !SetValues(run, job.values) || !SetOptions(run, job))
+    if (!ChooseEffect(driven, job.effect) || !SetValues(run, job.values) || !SetOptions(driven, job))
         return false;
     if (!driven->sourceSelected && !SelectSource(run)) return false;
     driven->sourceSelected = true;
     // The row for the source's own palette comes with the source.
     return ChoosePalette(run, job) && (more ? PressTest(run) : PressBuild(run));
 }
+
+void DropSource(void* opened) { static_cast<Driven*>(opened)->sourceSelected = false; }
 
 bool Build(void* opened, const Job& job, bool more, Failure* failure) {
     auto* driven = static_cast<Driven*>(opened);
@@ -192,6 +216,7 @@ Engine MakeDrivenEngine(const DrivenOptions* options) {
             .listEffects = ListEffects,
             .listParameters = ListParameters,
             .listPalettes = ListPalettes,
+            .dropSource = DropSource,
             .build = Build};
 }
 

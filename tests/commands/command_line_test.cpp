@@ -42,10 +42,36 @@ TEST(CommandLine, Apply_takes_input_output_effect_and_parameters) {
     EXPECT_EQ(line.command, Command::Apply);
     EXPECT_EQ(line.inputs, Arguments{"in.gif"});
     EXPECT_EQ(line.output, "out.gif");
-    EXPECT_EQ(line.effect, "Emboss");
-    ASSERT_EQ(line.settings.size(), 2u);
-    EXPECT_EQ(line.settings[1].name, "Depth");
-    EXPECT_EQ(line.settings[1].value, "20");
+    ASSERT_EQ(line.effects.size(), 1u);
+    EXPECT_EQ(line.effects[0].name, "Emboss");
+    ASSERT_EQ(line.effects[0].settings.size(), 2u);
+    EXPECT_EQ(line.effects[0].settings[1].name, "Depth");
+    EXPECT_EQ(line.effects[0].settings[1].value, "20");
+}
+
+TEST(CommandLine, Parameters_belong_to_the_effect_before_them) {
+    const CommandLine line =
+        Accept({"apply", "--effect", "Emboss", "--set", "Radius=9", "in.gif", "--effect=Bump", "--effect",
+                "Swirl", "--set=Angle=3", "-o", "out.gif", "--set", "Angle=4"});
+    ASSERT_EQ(line.effects.size(), 3u);
+    EXPECT_EQ(line.effects[0].name, "Emboss");
+    ASSERT_EQ(line.effects[0].settings.size(), 1u);
+    EXPECT_EQ(line.effects[0].settings[0].name, "Radius");
+    EXPECT_EQ(line.effects[1].name, "Bump");
+    EXPECT_TRUE(line.effects[1].settings.empty());
+    EXPECT_EQ(line.effects[2].name, "Swirl");
+    ASSERT_EQ(line.effects[2].settings.size(), 2u);
+    EXPECT_EQ(line.effects[2].settings[1].value, "4");
+}
+
+TEST(CommandLine, Parameters_of_a_single_effect_may_stand_before_it) {
+    const CommandLine line =
+        Accept({"apply", "--set", "Radius=9", "in.gif", "-o", "out.gif", "--effect", "Emboss"});
+    ASSERT_EQ(line.effects.size(), 1u);
+    ASSERT_EQ(line.effects[0].settings.size(), 1u);
+    EXPECT_EQ(Refuse({"apply", "--set", "Radius=9", "in.gif", "-o", "out.gif", "--effect", "Emboss",
+                      "--effect", "Bump"}),
+              "--set Radius=9 stands before the first --effect; put it behind the effect that it is for.");
 }
 
 TEST(CommandLine, A_leading_slash_begins_a_path) {
@@ -201,7 +227,7 @@ TEST(CommandLine, Every_number_is_answered_with_its_range_and_taken_once) {
 }
 
 TEST(CommandLine, Texts_are_taken_once_and_flags_take_no_value) {
-    for (const char* name : {"--palette", "--local-background", "--effect", "--output"}) {
+    for (const char* name : {"--palette", "--local-background", "--output"}) {
         EXPECT_EQ(Refuse({"apply", "in.gif", "-o", "out.gif", "--effect", "Bump", name, "a", name, "b"}),
                   std::string(name) + " may be given only once.");
     }

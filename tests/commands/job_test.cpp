@@ -59,22 +59,28 @@ const Engine kListing = {.options = nullptr,
                          .listEffects = ListEffects,
                          .listParameters = ListParameters,
                          .listPalettes = ListPalettes,
+                         .dropSource = nullptr,
                          .build = nullptr};
 
 struct JobTest : ::testing::Test {
     ListingEngine engine;
     CommandLine line;
     bool ownPalette = true;
-    Job job;
+    std::vector<Job> jobs;
+    Job job;  // the last of them
     Failure failure;
 
     void SetUp() override {
         line.inputs = {"in.gif"};
-        line.effect = "swirl";
+        line.effects = {{"swirl", {}}};
         line.palette = "custom";
     }
 
-    bool Resolve() { return ResolveJob(line, ownPalette, kListing, &engine, &job, &failure); }
+    bool Resolve() {
+        if (!ResolveJobs(line, ownPalette, kListing, &engine, &jobs, &failure)) return false;
+        job = jobs.back();
+        return true;
+    }
 
     std::string Refused() {
         EXPECT_FALSE(Resolve());
@@ -84,7 +90,7 @@ struct JobTest : ::testing::Test {
 };
 
 TEST_F(JobTest, Names_become_rows_and_values) {
-    line.settings = {{"angle", "-90"}, {"Side", "right"}};
+    line.effects[0].settings = {{"angle", "-90"}, {"Side", "right"}};
     line.dither = true;
     line.comment = true;
     ASSERT_TRUE(Resolve()) << failure.error;
@@ -100,22 +106,51 @@ TEST_F(JobTest, Names_become_rows_and_values) {
 }
 
 TEST_F(JobTest, Unknown_names_are_answered_with_what_is_near) {
-    line.effect = "Swrl";
+    line.effects[0].name = "Swrl";
     EXPECT_THAT(Refused(), HasSubstr("unknown effect \"Swrl\"; did you mean Swirl?"));
-    line.effect = "Swirl";
-    line.settings = {{"Angel", "1"}};
+    line.effects[0].name = "Swirl";
+    line.effects[0].settings = {{"Angel", "1"}};
     EXPECT_THAT(Refused(), HasSubstr("unknown parameter \"Angel\"; did you mean Angle?"));
-    line.settings = {{"Angle", "1441"}};
+    line.effects[0].settings = {{"Angle", "1441"}};
     EXPECT_EQ(Refused(), "Angle of Swirl takes whole numbers from -1440 to 1440, not \"1441\".");
-    line.settings = {{"Side", "up"}};
+    line.effects[0].settings = {{"Side", "up"}};
     EXPECT_EQ(Refused(), "Side of Swirl takes Left 1 or Right 1, not \"up\".");
-    line.effect = "Blur";
+    line.effects[0].name = "Blur";
     EXPECT_EQ(Refused(), "Blur has no parameters.");
 }
 
 TEST_F(JobTest, A_parameter_is_set_once_by_whatever_part_of_its_name) {
-    line.settings = {{"Angle", "1"}, {"ang", "2"}};
+    line.effects[0].settings = {{"Angle", "1"}, {"ang", "2"}};
     EXPECT_EQ(Refused(), "--set gives Angle twice.");
+}
+
+TEST_F(JobTest, Each_effect_is_a_job_and_the_last_one_has_the_palette) {
+    line.effects = {{"Swirl", {{"Angle", "3"}}}, {"Blur", {}}, {"Swirl", {}}};
+    line.palette = "216 color";
+    line.dither = line.supercompress = line.comment = true;
+    line.localBackground = "102030";
+    ASSERT_TRUE(Resolve()) << failure.error;
+    ASSERT_EQ(jobs.size(), 3u);
+    for (const Job* early : {&jobs[0], &jobs[1]}) {
+        EXPECT_EQ(early->paletteUse, PaletteUse::TrueColor);
+        EXPECT_FALSE(early->dither || early->supercompress || early->comment);
+    }
+    for (const Job& each : jobs) EXPECT_EQ(each.background, Background::Color);
+    EXPECT_TRUE(job.dither && job.supercompress && job.comment);
+    EXPECT_EQ(job.paletteUse, PaletteUse::Listed);
+    EXPECT_EQ(ValueOf(jobs[0], "Angle", 99), 3);
+    EXPECT_EQ(ValueOf(jobs[2], "Angle", 99), 0) << "the default";
+    EXPECT_EQ(ValueOf(jobs[1], "Angle", 99), 99) << "no such parameter";
+}
+
+TEST_F(JobTest, Completed_values_keep_what_was_chosen) {
+    line.effects[0].settings = {{"Side", "right"}};
+    ASSERT_TRUE(Resolve());
+    CompleteValues(&job);
+    ASSERT_EQ(job.values.size(), 2u);
+    EXPECT_EQ(job.values[0].parameter.name, "Angle");
+    EXPECT_EQ(job.values[0].value, 0);
+    EXPECT_EQ(job.values[1].value, 1);
 }
 
 TEST_F(JobTest, A_palette_is_a_row_of_the_list_or_a_word) {

@@ -179,6 +179,16 @@ TEST_F(Engines, Transparent_and_single_sources_give_the_same_files) {
     ExpectSameFrom(Apply("single.gif", "out.png", "Emboss", {"--supercompress", "--palette", "custom"}));
 }
 
+TEST_F(Engines, A_chain_of_effects_gives_the_same_files) {
+    ExpectSameFrom(Apply("plain.gif", "out.gif", "Swirl",
+                         {"--set", "Angle=90", "--effect", "Emboss", "--effect", "Swirl", "--dither",
+                          "--supercompress", "--palette", "216-color safe"}));
+    ExpectSameFrom(Apply("plain.gif", "out.gif", "HSB",
+                         {"--set", "Hue=90", "--effect", "Ripple", "--local-background", "12FE34",
+                          "--comment", "--palette", "original"}));
+    ExpectSameFrom(Apply("plain.gif", "out.webp", "Raster", {"--effect", "Motion Blur", "--effect", "Neon"}));
+}
+
 TEST_F(Engines, They_list_the_same_effects_parameters_and_palettes) { ExpectSameFrom({"effects"}); }
 
 TEST_F(Engines, They_draw_the_same_gallery) {
@@ -194,6 +204,8 @@ TEST_F(Engines, They_refuse_the_same_commands_with_the_same_words) {
     for (const Arguments& arguments :
          {Apply("plain.gif", "out.gif", "Embosss"),
           Apply("plain.gif", "out.gif", "Swirl", {"--set", "Depth=3"}),
+          Apply("plain.gif", "out.gif", "Swirl", {"--effect", "Emboss", "--set", "Angle=3"}),
+          Apply("plain.gif", "out.gif", "Swirl", {"--effect", "Embosss"}),
           Apply("plain.gif", "out.gif", "Neon", {"--set", "Depth=3"}),
           Apply("plain.gif", "out.gif", "Swirl", {"--set", "Angle=1441"}),
           Apply("plain.gif", "out.gif", "HSB", {"--set", "Channels=Up"}),
