@@ -1,6 +1,6 @@
-# giflib, libwebp and lodepng as static libraries in whichever toolchain is in use, from Debian's sources
+# giflib, libjpeg-turbo, libwebp and lodepng as static libraries in whichever toolchain is in use, from Debian's sources
 # (cmake/fetch-third-party, which is silent and immediate when they are there).
-set(KFX_THIRD_PARTY_DIR ${CMAKE_SOURCE_DIR}/.work/third-party CACHE PATH "Sources of giflib, libwebp and lodepng")
+set(KFX_THIRD_PARTY_DIR ${CMAKE_SOURCE_DIR}/.work/third-party CACHE PATH "Sources of the image libraries")
 
 execute_process(
     COMMAND ${CMAKE_SOURCE_DIR}/cmake/fetch-third-party ${KFX_THIRD_PARTY_DIR}
@@ -30,6 +30,8 @@ kfx_add_third_party(kfx_giflib
     ${giflib}/gifalloc.c
     ${giflib}/openbsd-reallocarray.c)
 target_include_directories(kfx_giflib SYSTEM PUBLIC ${giflib})
+
+include(${CMAKE_CURRENT_LIST_DIR}/libjpeg_turbo.cmake)
 
 set(libwebp ${KFX_THIRD_PARTY_DIR}/libwebp)
 file(GLOB libwebp_sources
