@@ -87,7 +87,7 @@ void AddApply(CLI::App* app, const Target& target) {
     CLI::App* const apply =
         app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation");
     target.texts->apply = apply;
-    AddInput(apply, &target.texts->input, "input", "GIF, WebP, PNG or BMP file")->required();
+    AddInput(apply, &target.texts->input, "input", "GIF, WebP, PNG, JPEG or BMP file")->required();
     AddOutput(apply, line, "-o,--output", ".gif, .webp, or .png (several frames: NAME-000.png, ...)");
     AddList(apply, "--effect", &target.texts->effects,
             "Effect, as `kestrel effects` lists them; several are applied in turn")

@@ -28,6 +28,7 @@ constexpr Format kFormats[] = {
     {.signatures = {{.offset = 0, .bytes = "GIF8"}, kAnyFile}, .read = ReadGif},
     {.signatures = {{.offset = 0, .bytes = "RIFF"}, {.offset = 8, .bytes = "WEBP"}}, .read = ReadWebp},
     {.signatures = {{.offset = 0, .bytes = "\x89PNG\r\n\x1a\n"}, kAnyFile}, .read = ReadPng},
+    {.signatures = {{.offset = 0, .bytes = "\xFF\xD8\xFF"}, kAnyFile}, .read = ReadJpeg},
     {.signatures = {{.offset = 0, .bytes = "BM"}, kAnyFile}, .read = ReadBmp},
 };
 
@@ -52,7 +53,7 @@ bool ReadFormat(const uint8_t* data, size_t size, const ReadLimits& limits, Anim
     }
     const Format* format = FormatOf(data, size);
     if (!format) {
-        *error = "the file is not a GIF, WebP, PNG or BMP picture";
+        *error = "the file is not a GIF, WebP, PNG, JPEG or BMP picture";
         return false;
     }
     PixelBudget budget = {.limits = limits};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Animations in memory, and reading them from GIF, WebP, PNG and BMP files.
+// Animations in memory, and reading them from GIF, WebP, PNG, JPEG and BMP files.
 #pragma once
 
 #include <cstddef>

@@ -13,7 +13,8 @@ using namespace commands;
 namespace {
 
 constexpr DWORD kLongestPath = 4096;
-constexpr wchar_t kOpenFilter[] = L"Animations and pictures\0*.gif;*.webp;*.png;*.bmp\0All files\0*.*\0";
+constexpr wchar_t kOpenFilter[] =
+    L"Animations and pictures\0*.gif;*.webp;*.png;*.jpg;*.jpeg;*.bmp\0All files\0*.*\0";
 constexpr wchar_t kSaveFilter[] =
     L"GIF animation\0*.gif\0WebP animation, all colours\0*.webp\0PNG frames, all colours\0*.png\0";
 constexpr const char* kSaveEndings[] = {".gif", ".webp", ".png"};
