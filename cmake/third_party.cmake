@@ -1,5 +1,5 @@
-# giflib, libjpeg-turbo, libwebp and lodepng as static libraries in whichever toolchain is in use, from Debian's sources
-# (cmake/fetch-third-party, which is silent and immediate when they are there).
+# giflib, libdeflate, libjpeg-turbo, libwebp and lodepng as static libraries in whichever toolchain is in use,
+# from Debian's sources (cmake/fetch-third-party, which is silent and immediate when they are there).
 set(KFX_THIRD_PARTY_DIR ${CMAKE_SOURCE_DIR}/.work/third-party CACHE PATH "Sources of the image libraries")
 
 execute_process(
@@ -31,6 +31,12 @@ kfx_add_third_party(kfx_giflib
     ${giflib}/openbsd-reallocarray.c)
 target_include_directories(kfx_giflib SYSTEM PUBLIC ${giflib})
 
+set(libdeflate ${KFX_THIRD_PARTY_DIR}/libdeflate)
+file(GLOB libdeflate_sources ${libdeflate}/lib/*.c ${libdeflate}/lib/*/cpu_features.c)
+list(FILTER libdeflate_sources EXCLUDE REGEX "/gzip_")
+kfx_add_third_party(kfx_libdeflate ${libdeflate_sources})
+target_include_directories(kfx_libdeflate SYSTEM PUBLIC ${libdeflate})
+
 include(${CMAKE_CURRENT_LIST_DIR}/libjpeg_turbo.cmake)
 
 set(libwebp ${KFX_THIRD_PARTY_DIR}/libwebp)
@@ -53,7 +59,7 @@ if(NOT MSVC AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     set_source_files_properties(${sse41_sources} PROPERTIES COMPILE_OPTIONS -msse4.1)
 endif()
 
-# Pixels only: file access and the chunks of text and colour profiles are left out.
+# For the tests, as another reader and writer. Pixels only: file access and the chunks of text and colour profiles are left out.
 set(lodepng ${KFX_THIRD_PARTY_DIR}/lodepng)
 kfx_add_third_party(kfx_lodepng ${lodepng}/lodepng.cpp)
 target_include_directories(kfx_lodepng SYSTEM PUBLIC ${lodepng})

@@ -4,16 +4,11 @@
 
 #include <cstdint>
 
-#include "media/png_chunks.h"
+#include "media/png_format.h"
 #include "media/readers.h"
 
 namespace kfx {
 
-constexpr uint32_t kHeaderChunk = PngName("IHDR");
-constexpr uint32_t kPaletteChunk = PngName("PLTE");
-constexpr uint32_t kTransparencyChunk = PngName("tRNS");
-constexpr uint32_t kDataChunk = PngName("IDAT");
-constexpr uint32_t kEndChunk = PngName("IEND");
 constexpr uint32_t kAnimationChunk = PngName("acTL");     // how many frames, how often they are shown
 constexpr uint32_t kFrameControlChunk = PngName("fcTL");  // a frame's place, time, disposal and blending
 constexpr uint32_t kFrameDataChunk = PngName("fdAT");     // the data of frames behind the first
@@ -27,8 +22,8 @@ enum ApngBlend { kApngReplace = 0, kApngOver = 1 };
 // Whether a PNG file has an animation.
 bool IsAnimatedPng(const uint8_t* data, size_t size);
 
-// Reads the frames of an animated file of this size; see ReadPng.
-bool ReadAnimatedPng(const uint8_t* data, size_t size, int width, int height, PixelBudget* budget,
+// Reads the frames of an animated file with this header; see ReadPng.
+bool ReadAnimatedPng(const uint8_t* data, size_t size, const PngHeader& header, PixelBudget* budget,
                      Animation* animation, std::string* error);
 
 }  // namespace kfx

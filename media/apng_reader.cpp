@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Animated PNG files. The library knows still pictures only, so each frame is given to it as one.
+// Animated PNG files: each frame is a picture in the format of the whole file.
 #include <algorithm>
 
 #include "media/apng.h"
@@ -20,8 +20,7 @@ struct ApngFrame {
 
 struct ApngReader {
     Animation* animation;
-    std::vector<uint8_t> header;  // content of the header chunk
-    std::vector<uint8_t> shared;  // whole chunks that hold for all frames: palette and transparency
+    PngFormat format;             // of all frames
     std::vector<uint8_t> canvas;  // RGBA
     ApngFrame frame;
     bool hasFrame = false;
@@ -65,21 +64,6 @@ bool ReadFrameControl(ApngReader* reader, const PngChunk& chunk) {
     return reader->frame.disposal <= kApngPrevious && reader->frame.blend <= kApngOver;
 }
 
-// The frame's pixels as RGBA; false when they are damaged.
-bool DecodeFrame(const ApngReader& reader, std::vector<uint8_t>* pixels) {
-    std::vector<uint8_t> header;
-    PutBigWord32(&header, static_cast<uint32_t>(reader.frame.place.width));
-    PutBigWord32(&header, static_cast<uint32_t>(reader.frame.place.height));
-    header.insert(header.end(), reader.header.begin() + 8, reader.header.end());
-    std::vector<uint8_t> picture;
-    PutPngSignature(&picture);
-    PutPngChunk(&picture, kHeaderChunk, header);
-    picture.insert(picture.end(), reader.shared.begin(), reader.shared.end());
-    PutPngChunk(&picture, kDataChunk, reader.frame.data);
-    PutPngChunk(&picture, kEndChunk, {});
-    return DecodePngPixels(picture.data(), picture.size(), pixels);
-}
-
 // Draws a pixel over another one, both with straight alpha.
 void BlendOver(const uint8_t* source, uint8_t* target) {
     const uint32_t own = 255u * source[3];
@@ -109,7 +93,9 @@ bool FinishFrame(ApngReader* reader) {
     reader->hasFrame = false;
     const ApngFrame& given = reader->frame;
     std::vector<uint8_t> pixels;
-    if (!DecodeFrame(*reader, &pixels)) return false;
+    if (DecodePngPixels(reader->format, given.place.width, given.place.height, given.data.data(),
+                        given.data.size(), &pixels, nullptr) != nullptr)
+        return false;
     const std::vector<uint8_t> before =
         given.disposal == kApngPrevious ? reader->canvas : std::vector<uint8_t>();
     DrawFrame(reader, pixels.data());
@@ -134,13 +120,9 @@ bool FinishFrame(ApngReader* reader) {
 // False at damage.
 bool ReadChunk(ApngReader* reader, const PngChunk& chunk) {
     switch (chunk.name) {
-        case kHeaderChunk:
-            reader->header.assign(chunk.data, chunk.data + chunk.size);
-            return true;
         case kPaletteChunk:
         case kTransparencyChunk:
-            reader->shared.insert(reader->shared.end(), chunk.whole, chunk.whole + chunk.wholeSize);
-            return true;
+            return TakeFormatChunk(chunk, &reader->format);
         case kFrameControlChunk:
             return FinishFrame(reader) && ReadFrameControl(reader, chunk);
         case kDataChunk:
@@ -173,7 +155,7 @@ bool IsAnimatedPng(const uint8_t* data, size_t size) {
     return false;
 }
 
-bool ReadAnimatedPng(const uint8_t* data, size_t size, int width, int height, PixelBudget* budget,
+bool ReadAnimatedPng(const uint8_t* data, size_t size, const PngHeader& header, PixelBudget* budget,
                      Animation* animation, std::string* error) {
     size_t at = kPngSignatureSize;
     PngChunk chunk;
@@ -183,12 +165,11 @@ bool ReadAnimatedPng(const uint8_t* data, size_t size, int width, int height, Pi
         if (chunk.name == kAnimationChunk && chunk.size == kAnimationChunkSize)
             animation->loopCount = RepeatsOf(BigWord32(chunk.data + 4));
     }
-    if (!SpendFrames(budget, static_cast<uint64_t>(width), static_cast<uint64_t>(height), frames, error))
-        return false;
-    animation->width = width;
-    animation->height = height;
-    ApngReader reader = {.animation = animation, .header = {}, .shared = {}, .canvas = {}, .frame = {}};
-    reader.canvas.resize(size_t{4} * static_cast<size_t>(width) * static_cast<size_t>(height));
+    if (!SpendFrames(budget, header.width, header.height, frames, error)) return false;
+    animation->width = static_cast<int>(header.width);
+    animation->height = static_cast<int>(header.height);
+    ApngReader reader = {.animation = animation, .format = header.format, .canvas = {}, .frame = {}};
+    reader.canvas.resize(size_t{4} * header.width * header.height);
     at = kPngSignatureSize;
     bool whole = true;
     bool ended = false;

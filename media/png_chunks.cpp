@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "media/png_chunks.h"
 
-#include <lodepng.h>
+#include <libdeflate.h>
 
 namespace kfx {
 namespace {
@@ -40,7 +40,7 @@ bool NextPngChunk(const uint8_t* data, size_t size, size_t* at, PngChunk* chunk)
 }
 
 bool IsPngChunkWhole(const PngChunk& chunk) {
-    return lodepng_crc32(chunk.whole + 4, chunk.size + 4) == BigWord32(chunk.data + chunk.size);
+    return libdeflate_crc32(0, chunk.whole + 4, chunk.size + 4) == BigWord32(chunk.data + chunk.size);
 }
 
 void PutPngSignature(std::vector<uint8_t>* file) {
@@ -52,7 +52,7 @@ void PutPngChunk(std::vector<uint8_t>* file, uint32_t name, const std::vector<ui
     const size_t start = file->size();
     PutBigWord32(file, name);
     file->insert(file->end(), data.begin(), data.end());
-    PutBigWord32(file, lodepng_crc32(file->data() + start, file->size() - start));
+    PutBigWord32(file, libdeflate_crc32(0, file->data() + start, file->size() - start));
 }
 
 }  // namespace kfx

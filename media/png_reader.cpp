@@ -1,119 +1,114 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
-#include <unordered_map>
-
-#include <lodepng.h>
 
 #include "media/apng.h"
+#include "media/png_format.h"
 #include "media/readers.h"
 
 namespace kfx {
 namespace {
 
-struct DecoderState {
-    LodePNGState png;
-    DecoderState() { lodepng_state_init(&png); }
-    ~DecoderState() { lodepng_state_cleanup(&png); }
-    DecoderState(const DecoderState&) = delete;
-    DecoderState& operator=(const DecoderState&) = delete;
+// The compressed data of the picture: in the file when they stand in one chunk, joined otherwise.
+struct PngData {
+    const uint8_t* bytes = nullptr;
+    size_t size = 0;
+    std::vector<uint8_t> joined;
+    bool isCut = false;  // the file ends before its end mark
 };
 
-struct FreeDeleter {
-    void operator()(unsigned char* memory) const { std::free(memory); }
-};
-
-uint32_t PackColor(const uint8_t* rgb) { return static_cast<uint32_t>(rgb[0] << 16 | rgb[1] << 8 | rgb[2]); }
-
-// The file's palette becomes the global one, and opaque pictures get their indices back from it.
-void TakePalette(const LodePNGColorMode& color, Animation* animation) {
-    if (color.colortype != LCT_PALETTE || color.palettesize == 0) return;
-    animation->hasGlobalPalette = true;
-    for (size_t i = 0; i < color.palettesize; ++i) {
-        const unsigned char* entry = color.palette + 4 * i;
-        animation->globalPalette.push_back({entry[0], entry[1], entry[2]});
+// `left` is how much of the file follows.
+void AddData(const PngChunk& chunk, size_t left, PngData* data) {
+    if (!data->bytes) {
+        data->bytes = chunk.data;
+        data->size = chunk.size;
+        return;
     }
-    Frame& frame = animation->frames[0];
-    if (frame.transparent) return;
-    std::unordered_map<uint32_t, uint8_t> indexOfColor;
-    for (size_t i = 0; i < color.palettesize; ++i)
-        indexOfColor.emplace(PackColor(color.palette + 4 * i), static_cast<uint8_t>(i));
-    frame.indices.resize(frame.pixels.size() / 4);
-    for (size_t i = 0; i < frame.indices.size(); ++i) {
-        const auto found = indexOfColor.find(PackColor(frame.pixels.data() + 4 * i));
-        // Indices beyond the palette are shown as black, which the palette may not have.
-        if (found == indexOfColor.end()) {
-            frame.indices.clear();
-            return;
+    if (data->joined.empty()) {
+        data->joined.reserve(data->size + chunk.size + left);
+        data->joined.assign(data->bytes, data->bytes + data->size);
+    }
+    data->joined.insert(data->joined.end(), chunk.data, chunk.data + chunk.size);
+    data->bytes = data->joined.data();
+    data->size = data->joined.size();
+}
+
+// Chunks whose first letter is small may be left out.
+bool IsNeeded(const PngChunk& chunk) { return (chunk.name & 0x20000000) == 0; }
+
+// Reads what belongs to the picture; a clause about what is wrong, null for nothing.
+const char* ReadChunks(const uint8_t* data, size_t size, PngFormat* format, PngData* picture) {
+    size_t at = kPngSignatureSize;
+    PngChunk chunk;
+    while (NextPngChunk(data, size, &at, &chunk)) {
+        switch (chunk.name) {
+            case kHeaderChunk:
+                break;
+            case kPaletteChunk:
+                if (!TakeFormatChunk(chunk, format)) return "its palette is damaged";
+                break;
+            case kTransparencyChunk:
+                if (!TakeFormatChunk(chunk, format)) return "its transparency is damaged";
+                break;
+            case kDataChunk:
+                if (!IsPngChunkWhole(chunk)) return "its picture data are damaged";
+                AddData(chunk, size - at, picture);
+                break;
+            case kEndChunk:
+                return nullptr;
+            default:
+                if (IsNeeded(chunk)) return "it has a part of an unknown kind";
         }
-        frame.indices[i] = found->second;
     }
+    picture->isCut = true;
+    return nullptr;
+}
+
+// The file's palette becomes the global one; opaque pictures keep their indices into it.
+void TakePalette(const PngFormat& format, std::vector<uint8_t> indices, Animation* animation) {
+    if (format.colors != kPngPalette) return;
+    animation->hasGlobalPalette = true;
+    animation->globalPalette = format.palette;
+    Frame& frame = animation->frames[0];
+    if (frame.transparent || indices.empty()) return;
+    frame.indices = std::move(indices);
     frame.indexed = true;
-}
-
-// Samples of 16 bits to the nearest ones of 8 bits; the library would cut them.
-void RoundSamples(const unsigned char* decoded, std::vector<uint8_t>* rgba) {
-    for (size_t i = 0; i < rgba->size(); ++i) {
-        const unsigned sample = static_cast<unsigned>(decoded[2 * i] << 8 | decoded[2 * i + 1]);
-        (*rgba)[i] = static_cast<uint8_t>((sample * 255 + 32767) / 65535);
-    }
-}
-
-// The pixels of a picture whose header is in `png`. Returns the library's code, 0 for none.
-unsigned DecodePixels(LodePNGState* png, unsigned width, unsigned height, const uint8_t* data, size_t size,
-                      std::vector<uint8_t>* rgba) {
-    // A pixel has at most eight bytes and a row one filter byte; interlacing at most doubles the rows. Data
-    // that unpack to more than that are not those of this picture.
-    png->decoder.zlibsettings.max_output_size = size_t{8} * width * height + size_t{4} * height + 64;
-    const bool isDeep = png->info_png.color.bitdepth == 16;
-    if (isDeep) png->info_raw.bitdepth = 16;
-    unsigned char* decoded = nullptr;
-    const unsigned code = lodepng_decode(&decoded, &width, &height, png, data, size);
-    const std::unique_ptr<unsigned char, FreeDeleter> owner(decoded);
-    if (code != 0) return code;
-    rgba->resize(size_t{4} * width * height);
-    if (isDeep)
-        RoundSamples(decoded, rgba);
-    else
-        std::copy_n(decoded, rgba->size(), rgba->begin());
-    return 0;
 }
 
 }  // namespace
 
-bool DecodePngPixels(const uint8_t* data, size_t size, std::vector<uint8_t>* rgba) {
-    DecoderState state;
-    unsigned width = 0;
-    unsigned height = 0;
-    return lodepng_inspect(&width, &height, &state.png, data, size) == 0 &&
-           DecodePixels(&state.png, width, height, data, size, rgba) == 0;
-}
-
 bool ReadPng(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
              std::string* error) {
-    DecoderState state;
-    unsigned width = 0;
-    unsigned height = 0;
-    unsigned code = lodepng_inspect(&width, &height, &state.png, data, size);
-    if (code == 0 && !SpendPixels(budget, width, height, error)) return false;
-    if (code == 0 && IsAnimatedPng(data, size)) {
-        budget->spent -= uint64_t{width} * height;  // counted again with the other frames
-        return ReadAnimatedPng(data, size, static_cast<int>(width), static_cast<int>(height), budget,
-                               animation, error);
-    }
-    Frame frame;
-    if (code == 0) code = DecodePixels(&state.png, width, height, data, size, &frame.pixels);
-    if (code != 0) {
-        *error = code == 83 ? "there is not enough memory for the picture"
-                            : std::string("the PNG file is damaged (") + lodepng_error_text(code) + ")";
+    PngHeader header;
+    if (!ReadPngHeader(data, size, &header)) {
+        *error = "the PNG file is damaged: its header is wrong or cut off";
         return false;
     }
-    animation->width = static_cast<int>(width);
-    animation->height = static_cast<int>(height);
+    if (!SpendPixels(budget, header.width, header.height, error)) return false;
+    const auto width = static_cast<int>(header.width);
+    const auto height = static_cast<int>(header.height);
+    if (IsAnimatedPng(data, size)) {
+        budget->spent -= uint64_t{header.width} * header.height;  // counted again with the other frames
+        return ReadAnimatedPng(data, size, header, budget, animation, error);
+    }
+    PngData picture;
+    const char* fault = ReadChunks(data, size, &header.format, &picture);
+    Frame frame;
+    std::vector<uint8_t> indices;
+    if (!fault) {
+        fault = DecodePngPixels(header.format, width, height, picture.bytes, picture.size, &frame.pixels,
+                                &indices);
+        // A file that lacks nothing but its end mark is no damaged one.
+        if (fault && picture.isCut) fault = "it is cut off";
+    }
+    if (fault) {
+        *error = std::string("the PNG file is damaged: ") + fault;
+        return false;
+    }
+    animation->width = width;
+    animation->height = height;
     NoteTransparency(&frame);
     animation->frames.push_back(std::move(frame));
-    TakePalette(state.png.info_png.color, animation);
+    TakePalette(header.format, std::move(indices), animation);
     return true;
 }
 

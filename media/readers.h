@@ -36,9 +36,6 @@ bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
 bool ReadWebp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
               std::string* error);
 bool ReadPng(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);
-// The RGBA pixels of a PNG picture whose size was counted before; false when it is damaged.
-bool DecodePngPixels(const uint8_t* data, size_t size, std::vector<uint8_t>* rgba);
-
 bool ReadJpeg(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
               std::string* error);
 bool ReadBmp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);

@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+// PNG files put together chunk by chunk, and what another decoder makes of them.
+#include <gtest/gtest.h>
+#include <lodepng.h>
+
+#include <cstdlib>
+#include <random>
+
+#include "media/animation.h"
+#include "media/png_deflate.h"
+#include "media/png_format.h"
+
+namespace kfx {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+std::string ErrorOf(const Bytes& file) {
+    Animation animation;
+    std::string error;
+    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error));
+    return error;
+}
+
+Animation ReadOrFail(const Bytes& file) {
+    Animation animation;
+    std::string error;
+    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
+    if (animation.frames.empty()) animation.frames.emplace_back();
+    return animation;
+}
+
+Bytes HeaderOf(const PngFormat& format, int width, int height) {
+    Bytes header;
+    PutBigWord32(&header, static_cast<uint32_t>(width));
+    PutBigWord32(&header, static_cast<uint32_t>(height));
+    header.insert(header.end(), {static_cast<uint8_t>(format.depth), format.colors, 0, 0,
+                                 static_cast<uint8_t>(format.interlaced ? 1 : 0)});
+    return header;
+}
+
+// Rows of any bytes are a picture, as long as each begins with the number of a filter.
+Bytes RandomRows(const PngFormat& format, int width, int height, std::mt19937* random) {
+    struct Step {
+        int left, top, x, y;
+    };
+    std::vector<Step> steps = {{0, 0, 1, 1}};
+    if (format.interlaced)
+        steps = {{0, 0, 8, 8}, {4, 0, 8, 8}, {0, 4, 4, 8}, {2, 0, 4, 4},
+                 {0, 2, 2, 4}, {1, 0, 2, 2}, {0, 1, 1, 2}};
+    Bytes rows;
+    for (const Step& step : steps) {
+        int columns = 0;
+        for (int x = step.left; x < width; x += step.x) ++columns;
+        if (columns == 0) continue;
+        for (int y = step.top; y < height; y += step.y) {
+            rows.push_back(static_cast<uint8_t>((*random)() % 5));
+            for (size_t i = 0; i < PngRowBytes(format, columns); ++i)
+                rows.push_back(static_cast<uint8_t>((*random)()));
+        }
+    }
+    return rows;
+}
+
+Bytes FileOf(const PngFormat& format, int width, int height, const Bytes& rows) {
+    Bytes file;
+    PutPngSignature(&file);
+    PutPngChunk(&file, kHeaderChunk, HeaderOf(format, width, height));
+    Bytes palette;
+    for (const RgbColor color : format.palette)
+        palette.insert(palette.end(), {color.red, color.green, color.blue});
+    if (!palette.empty()) PutPngChunk(&file, kPaletteChunk, palette);
+    Bytes key;
+    for (int i = 0; i < ChannelsOf(format) && format.hasKey; ++i) PutBigWord16(&key, format.key[i]);
+    if (format.hasKey) PutPngChunk(&file, kTransparencyChunk, key);
+    if (!format.alphas.empty()) PutPngChunk(&file, kTransparencyChunk, format.alphas);
+    // Two chunks: where one ends means nothing.
+    const Bytes data = Pack(rows.data(), rows.size(), 1);
+    const auto middle = static_cast<ptrdiff_t>(data.size() / 3);
+    PutPngChunk(&file, kDataChunk, {data.begin(), data.begin() + middle});
+    PutPngChunk(&file, kDataChunk, {data.begin() + middle, data.end()});
+    PutPngChunk(&file, kEndChunk, {});
+    return file;
+}
+
+// What the other decoder shows, samples of 16 bits rounded.
+Bytes OtherPixels(const Bytes& file, int depth) {
+    LodePNGState state;
+    lodepng_state_init(&state);
+    state.info_raw.bitdepth = depth == 16 ? 16 : 8;
+    unsigned char* decoded = nullptr;
+    unsigned width = 0;
+    unsigned height = 0;
+    EXPECT_EQ(lodepng_decode(&decoded, &width, &height, &state, file.data(), file.size()), 0u);
+    lodepng_state_cleanup(&state);
+    Bytes pixels(size_t{4} * width * height);
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        const unsigned deep = depth == 16 ? decoded[2 * i] * 256u + decoded[2 * i + 1] : decoded[i] * 257u;
+        pixels[i] = static_cast<uint8_t>((deep + 128) / 257);
+    }
+    std::free(decoded);
+    return pixels;
+}
+
+struct Kind {
+    PngColors colors;
+    std::vector<int> depths;
+};
+
+const Kind kKinds[] = {{kPngGrey, {1, 2, 4, 8, 16}},
+                       {kPngRgb, {8, 16}},
+                       {kPngPalette, {1, 2, 4, 8}},
+                       {kPngGreyAlpha, {8, 16}},
+                       {kPngRgba, {8, 16}}};
+
+TEST(PngReader, Every_colour_depth_and_size_is_shown_as_another_decoder_shows_it) {
+    std::mt19937 random(9);
+    for (const Kind& kind : kKinds) {
+        for (const int depth : kind.depths) {
+            for (int i = 0; i < 40; ++i) {
+                PngFormat format = {.colors = kind.colors,
+                                    .depth = depth,
+                                    .interlaced = i % 2 == 1,
+                                    .palette = {},
+                                    .alphas = {}};
+                const int width = i < 20 ? 1 + i / 2 : 1 + static_cast<int>(random() % 70);
+                const int height = i < 20 ? 1 + i / 3 : 1 + static_cast<int>(random() % 40);
+                const Bytes rows = RandomRows(format, width, height, &random);
+                if (kind.colors == kPngPalette) {
+                    for (size_t entry = random() % 200; entry < 256; ++entry)
+                        format.palette.push_back(
+                            {static_cast<uint8_t>(random()), static_cast<uint8_t>(random()), 7});
+                    for (size_t entry = random() % 56; entry < 56; ++entry)
+                        format.alphas.push_back(static_cast<uint8_t>(random()));
+                }
+                format.hasKey = i % 3 == 0 && (kind.colors == kPngGrey || kind.colors == kPngRgb);
+                if (format.hasKey && depth < 16) format.key[0] = static_cast<uint16_t>(random() % 2);
+                const Bytes file = FileOf(format, width, height, rows);
+                ASSERT_TRUE(ReadOrFail(file).frames[0].pixels == OtherPixels(file, depth))
+                    << kind.colors << " " << depth << " " << width << "x" << height << " " << i;
+            }
+        }
+    }
+}
+
+PngFormat TwoColours() {
+    return {.colors = kPngPalette, .depth = 8, .palette = {{10, 20, 30}, {40, 50, 60}}, .alphas = {}};
+}
+
+TEST(PngReader, A_colour_that_stands_twice_in_the_palette_keeps_its_index) {
+    PngFormat format = TwoColours();
+    format.palette.push_back(format.palette[0]);
+    const Animation animation = ReadOrFail(FileOf(format, 4, 1, {0, 2, 1, 0, 2}));
+    ASSERT_TRUE(animation.frames[0].indexed);
+    EXPECT_EQ(animation.frames[0].indices, (Bytes{2, 1, 0, 2}));
+}
+
+TEST(PngReader, Indices_beyond_the_palette_are_black) {
+    const Animation animation = ReadOrFail(FileOf(TwoColours(), 2, 1, {0, 1, 2}));
+    EXPECT_EQ(animation.frames[0].pixels, (Bytes{40, 50, 60, 255, 0, 0, 0, 255}));
+    EXPECT_FALSE(animation.frames[0].indexed);
+}
+
+TEST(PngReader, Unknown_filters_and_rows_of_a_wrong_number_are_damage) {
+    const std::string damaged = "the PNG file is damaged: its picture data are damaged";
+    EXPECT_EQ(ErrorOf(FileOf(TwoColours(), 2, 1, {5, 1, 1})), damaged);
+    EXPECT_EQ(ErrorOf(FileOf(TwoColours(), 2, 2, {0, 1, 1})), damaged);
+    EXPECT_EQ(ErrorOf(FileOf(TwoColours(), 2, 1, {0, 1, 1, 0, 1, 1})), damaged);
+}
+
+TEST(PngReader, What_is_wrong_is_said) {
+    PngFormat noPalette = TwoColours();
+    noPalette.palette.clear();
+    EXPECT_EQ(ErrorOf(FileOf(noPalette, 2, 1, {0, 1, 1})), "the PNG file is damaged: it has no palette");
+    PngFormat alphas = TwoColours();
+    alphas.alphas = {1, 2, 3};
+    EXPECT_EQ(ErrorOf(FileOf(alphas, 2, 1, {0, 1, 1})),
+              "the PNG file is damaged: its transparency is damaged");
+    PngFormat depth = TwoColours();
+    depth.depth = 3;
+    EXPECT_EQ(ErrorOf(FileOf(depth, 2, 1, {0, 1, 1})),
+              "the PNG file is damaged: its header is wrong or cut off");
+    Bytes unknown;
+    PutPngSignature(&unknown);
+    PutPngChunk(&unknown, kHeaderChunk, HeaderOf(TwoColours(), 1, 1));
+    PutPngChunk(&unknown, PngName("NEED"), {});
+    EXPECT_EQ(ErrorOf(unknown), "the PNG file is damaged: it has a part of an unknown kind");
+}
+
+TEST(PngReader, A_missing_end_mark_is_no_damage_and_a_missing_row_is) {
+    const Bytes file = FileOf(TwoColours(), 2, 1, {0, 1, 0});
+    for (size_t missing = 1; missing <= 12; ++missing)
+        EXPECT_EQ(ReadOrFail(Bytes(file.begin(), file.end() - static_cast<ptrdiff_t>(missing))).width, 2);
+    EXPECT_EQ(ErrorOf(Bytes(file.begin(), file.end() - 13)), "the PNG file is damaged: it is cut off");
+}
+
+// The largest allowed sides would need gigabytes; data of some bytes cannot be that picture.
+TEST(PngReader, A_large_size_with_few_data_is_refused_before_memory_is_taken) {
+    const PngFormat format = {.colors = kPngRgba, .depth = 16, .palette = {}, .alphas = {}};
+    EXPECT_EQ(ErrorOf(FileOf(format, 16384, 16384, Bytes(1000))),
+              "the PNG file is damaged: its picture data are damaged");
+}
+
+}  // namespace
+}  // namespace kfx
