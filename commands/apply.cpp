@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// kestrel apply: one animation through effects.
+// kestrel apply: one animation, edited, through effects or none.
 #include "commands/commands.h"
 
 #include <chrono>
@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "commands/pipeline.h"
+#include "commands/plain_build.h"
 #include "commands/result_files.h"
 #include "commands/text.h"
 
@@ -15,8 +16,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Into session->built. Everything of the engine is gone when this returns: its memory is needed for writing.
-bool Build(const CommandLine& line, const CommandContext& context, HostSession* session, Failure* failure) {
+// Into session->built, by the engine. Everything of the engine is gone when this returns: its memory is
+// needed for writing.
+bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostSession* session,
+                   Failure* failure) {
     EngineStart start;
     start.session = session;
     // A GIF's frames stand on palettes; those between two effects do not.
@@ -32,6 +35,18 @@ bool Build(const CommandLine& line, const CommandContext& context, HostSession* 
            ResolveJobs(line, HasOwnPalette(*session->source), context.engine, engine.opened, &jobs,
                        failure) &&
            RunJobs(engine, session, std::move(jobs), failure);
+}
+
+// Without an effect the engine is needed only where colours have to become palettes.
+bool Build(CommandLine line, const CommandContext& context, HostSession* session, Failure* failure) {
+    if (!line.effects.empty()) return BuildByEngine(line, context, session, failure);
+    if (line.trueColor || (line.keepsColors && FitsGifPalettes(*session->source))) {
+        session->record = MakeSourceRecord(*session->source);
+        session->built = PlainBuild(session->source);
+        return true;
+    }
+    NameUnchangingEffect(&line);
+    return BuildByEngine(line, context, session, failure);
 }
 
 ResultOptions OptionsOf(const CommandLine& line) {
@@ -69,11 +84,10 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     HostSession session;
     session.source = &source;
     session.sourcePath = SystemPath(line.inputs[0]);
-    if (!ReadSource(line.inputs[0], &source, &report) ||
-        !CheckOutput(line, ResultPaths(line.output, source.frames.size()), &report)) {
-        return report;
-    }
     Failure failure;
+    if (!ReadSource(line.inputs[0], &source, &report)) return report;
+    if (!EditFrames(line.edits, &source, &failure)) return FailedReport(failure);
+    if (!CheckOutput(line, ResultPaths(line.output, source.frames.size()), &report)) return report;
     if (!Build(line, context, &session, &failure)) return FailedReport(failure);
     if (line.supercompress && session.record.transparent) {
         report.notes.push_back(

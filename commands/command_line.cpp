@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "commands/edit_options.h"
 #include "commands/parser_words.h"
 #include "commands/text_match.h"
 #include "media/animation_writer.h"
@@ -85,17 +86,19 @@ void AddFormatOptions(CLI::App* command, CommandLine* line) {
 void AddApply(CLI::App* app, const Target& target) {
     CommandLine* const line = target.line;
     CLI::App* const apply =
-        app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation");
+        app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it");
     target.texts->apply = apply;
     AddInput(apply, &target.texts->input, "input", "GIF, WebP, PNG, JPEG or BMP file")->required();
     AddOutput(apply, line, "-o,--output", ".gif, .webp, or .png (several frames: NAME-000.png, ...)");
-    AddList(apply, "--effect", &target.texts->effects,
-            "Effect, as `kestrel effects` lists them; several are applied in turn")
-        ->required()
+    AddList(
+        apply, "--effect", &target.texts->effects,
+        "Effect, as `kestrel effects` lists them; several are applied in turn; may be left out with one of "
+        "--frames to --loop")
         ->type_name("NAME");
     AddList(apply, "--set", &target.texts->settings,
             "Parameter of the effect before it; may be given several times")
         ->type_name("NAME=VALUE");
+    AddEditOptions(apply, &line->edits);
     AddPaletteOptions(apply, line);
     AddFormatOptions(apply, line);
     AddFlag(apply, "--comment", &line->comment,
@@ -155,6 +158,10 @@ bool JoinEffectsAndSettings(const ParsedTexts& texts, CommandLine* line, std::st
         if (option->check_lname("effect")) ++effectsBefore;
         if (!option->check_lname("set")) continue;
         const std::string& text = texts.settings[setting++];
+        if (line->effects.empty()) {
+            *error = "--set needs an --effect, whose parameter it sets.";
+            return false;
+        }
         if (effectsBefore == 0 && line->effects.size() > 1) {
             *error = "--set " + text +
                      " stands before the first --effect; put it behind the effect that it is for.";
@@ -207,8 +214,17 @@ std::string Contradiction(const CommandLine& line, const ParsedTexts& texts, con
                                                  {"--dither-contrast", line.ditherContrast >= 0}});
     if (line.trueColor && paletteOption) return ExcludeEachOther("--true-color", paletteOption);
     if (line.trueColor && searchOption) return ExcludeEachOther("--true-color", searchOption);
+    if (line.edits.speed != 1 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--speed", "--fps");
     if (line.comment && texts.noComment) return ExcludeEachOther("--comment", "--no-comment");
     if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
+    return "";
+}
+
+// What goes with an effect only. Empty: nothing is there.
+std::string MissingEffect(const CommandLine& line) {
+    if (!line.effects.empty()) return "";
+    if (!line.localBackground.empty()) return "--local-background needs an --effect.";
+    if (!HasEdits(line.edits)) return "--effect NAME is missing; see kestrel apply --help.";
     return "";
 }
 
@@ -220,7 +236,8 @@ bool CheckApply(const ParsedTexts& texts, CommandLine* line, std::string* error)
                                                   {"--supercompress", line->supercompress}});
     const bool trueColor = ending != ".gif" && !paletteOption;
     unsigned color = 0;
-    *error = FormatMismatch(*line, ending);
+    *error = MissingEffect(*line);
+    if (error->empty()) *error = FormatMismatch(*line, ending);
     if (error->empty()) *error = Contradiction(*line, texts, paletteOption);
     if (error->empty() && !line->localBackground.empty() && PlainName(line->localBackground) != "none" &&
         !ParseColor(line->localBackground, &color)) {
@@ -229,6 +246,7 @@ bool CheckApply(const ParsedTexts& texts, CommandLine* line, std::string* error)
     }
     if (!error->empty()) return false;
     line->trueColor = trueColor;
+    line->keepsColors = line->effects.empty() && !paletteOption;
     if (line->palette.empty()) line->palette = "custom";
     return true;
 }

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "commands/frame_edits.h"
+
 namespace CLI {
 class App;
 }
@@ -33,12 +35,15 @@ struct CommandLine {
     bool quiet = false;
     bool force = false;  // replace a file that exists
 
-    std::vector<EffectChoice> effects;  // in the order in which they are applied
-    std::string palette;                // empty: whatever suits the output
+    // In the order in which they are applied; empty: the frames are only edited or converted.
+    std::vector<EffectChoice> effects;
+    FrameEdits edits;
+    std::string palette;  // empty: whatever suits the output
     bool dither = false;
     bool supercompress = false;
     bool trueColor = false;
-    bool comment = false;         // the plug-in's own
+    bool keepsColors = false;  // neither effect nor palette options: a GIF may keep the frames' own palettes
+    bool comment = false;      // the plug-in's own
     std::string localBackground;  // RRGGBB or "none"; empty: the plug-in's default
     bool fastRemap = false;
     int ditherBrightness = -1;  // -1: the plug-in's default

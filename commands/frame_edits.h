@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// Edits around the effect: which frames there are, how large they are and how long each is shown.
+#pragma once
+
+#include "commands/exit_codes.h"
+#include "media/animation.h"
+
+namespace kfx::commands {
+
+// A part of the picture.
+struct CropArea {
+    int width = 0;  // pixels; 0: no crop
+    int height = 0;
+    bool centered = true;  // in the middle of the picture; else at `left` and `top`
+    int left = 0;
+    int top = 0;
+};
+
+// A new size: a percentage of the old one, or sides in pixels.
+struct NewSize {
+    double percent = 0;  // 0: the sides below
+    int width = 0;  // 0: follows from the other side, so that the picture keeps its shape; both 0: no resize
+    int height = 0;
+};
+
+constexpr int kLastFrame = 0;
+constexpr double kSlowestSpeed = 0.01;
+constexpr double kFastestSpeed = 100;
+constexpr int kLongestFrame = 655350;  // milliseconds: what the hundredths of a GIF file can say
+
+struct FrameEdits {
+    // The frames that stay, counted from 1. `lastFrame` may be kLastFrame: up to the end.
+    int firstFrame = 1;
+    int lastFrame = kLastFrame;
+    bool reverse = false;
+    CropArea crop = {};
+    NewSize resize = {};
+    double speed = 1;            // kSlowestSpeed to kFastestSpeed; 2: in half the time
+    double framesPerSecond = 0;  // each frame is shown equally long; 0: as the source says
+    bool setsLoop = false;
+    int loopCount = kLoopNone;  // as in media/animation.h
+};
+
+bool HasEdits(const FrameEdits& edits);
+
+// Edits the animation in place, one frame after another, in this order: frames, reverse, crop, resize, speed
+// or frames per second, loop. Resized frames stand on no palette any more. Everything else of the animation
+// stays. False: `*failure` says which option does not fit this animation or that memory ran out; in the first
+// case the animation is as it was.
+bool EditFrames(const FrameEdits& edits, Animation* animation, Failure* failure);
+
+}  // namespace kfx::commands

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// Results without an effect.
+#pragma once
+
+#include "commands/built_animation.h"
+#include "commands/command_line.h"
+
+namespace kfx::commands {
+
+// The frames as an effect that changes nothing would have built them: with indices where they have some, else
+// in true colour. Takes the source's frames one after another; it has none afterwards.
+BuiltAnimation PlainBuild(Animation* source);
+
+// Whether a GIF can show each frame exactly, with a palette of the frame's own where that is needed.
+// Half-transparent pixels count as what a GIF makes of them.
+bool FitsGifPalettes(const Animation& animation);
+
+// Completes a line without an effect by one that leaves pictures as they are, for an engine that makes
+// palettes.
+void NameUnchangingEffect(CommandLine* line);
+
+}  // namespace kfx::commands
