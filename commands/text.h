@@ -19,6 +19,9 @@ std::string SystemPath(const std::string& path);
 // wrote it instead.
 std::string WithFolderAsGiven(const std::string& sentence, const std::string& path);
 
+// The characters that a folder's name may end in.
+extern const char* const kFolderEnds;
+
 std::string FolderOf(const std::string& path);  // with its final separator; empty for a bare name
 std::string FileNameOf(const std::string& path);
 

@@ -29,6 +29,8 @@ bool RunsUnderWine() {
 
 }  // namespace
 
+const char* const kFolderEnds = "/\\:";
+
 std::wstring Widen(const std::string& utf8) { return WidenFrom(CP_UTF8, utf8); }
 std::string Narrow(const std::wstring& wide) { return NarrowTo(CP_UTF8, wide); }
 std::string ToPluginText(const std::string& utf8) { return NarrowTo(CP_ACP, Widen(utf8)); }
@@ -52,16 +54,6 @@ std::string AbsolutePath(const std::string& path) {
     std::wstring full(length, L'\0');
     full.resize(GetFullPathNameW(wide.c_str(), length, full.data(), nullptr));
     return Narrow(full);
-}
-
-std::string FolderOf(const std::string& path) {
-    const size_t slash = path.find_last_of("/\\:");
-    return slash == std::string::npos ? "" : path.substr(0, slash + 1);
-}
-
-std::string FileNameOf(const std::string& path) {
-    const size_t slash = path.find_last_of("/\\:");
-    return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 std::string SystemErrorText(unsigned long code) {

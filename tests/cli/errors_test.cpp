@@ -3,8 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
+#include "tests/cli/failing_commands.h"
 #include "tests/cli/program.h"
 #include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
@@ -14,28 +13,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-struct Errors : ::testing::Test {
-    TemporaryFolder folder;
-    std::string input = folder.path + "in.gif";
-
-    void SetUp() override { WriteTestGif(input, 2); }
-
-    std::string Failing(int exitCode, const std::vector<std::string>& arguments) const {
-        const auto before = FilesIn(folder.path);
-        const ProgramResult result = RunKestrel(arguments);
-        EXPECT_EQ(result.exitCode, exitCode) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
-        EXPECT_EQ(FilesIn(folder.path), before) << "nothing is left behind";
-        return result.err;
-    }
-
-    std::vector<std::string> Apply(const std::vector<std::string>& more) const {
-        std::vector<std::string> arguments = {"apply", input, "-o", folder.path + "out.gif"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return arguments;
-    }
-};
+using Errors = FailingCommands;
 
 // They load no plug-in; the others do only in the Windows program.
 TEST_F(Errors, Commands_that_use_no_engine_know_no_option_of_the_plugin) {

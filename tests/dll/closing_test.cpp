@@ -12,8 +12,8 @@
 #include <cstdlib>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/acting_host.h"
 #include "tests/dll/support/import_patch.h"
+#include "tests/dll/support/own_dialog.h"
 #include "tests/dll/support/window_test.h"
 
 namespace kfx::test {
@@ -31,7 +31,7 @@ constexpr void (*kClosings[])() = {DestroyOwnDialog, EndOwnDialog};
 
 TEST(ClosedInARequest, A_source_that_comes_too_late_is_freed) {
     for (void (*const close)() : kClosings) {
-        ActingHost host;
+        FakeHost host;
         host.Serve(ShadedFrames(3));
         PluginSession session(host);
         host.Act(HostRequest::OpenAnimation, close);
@@ -43,7 +43,7 @@ TEST(ClosedInARequest, A_source_that_comes_too_late_is_freed) {
 }
 
 TEST(ClosedInARequest, A_source_that_comes_too_late_leaves_the_one_before_freed_once) {
-    ActingHost host;
+    FakeHost host;
     host.Serve(ShadedFrames(3));
     PluginSession session(host);
     session.Click(IDC_SELECT);
@@ -54,7 +54,7 @@ TEST(ClosedInARequest, A_source_that_comes_too_late_leaves_the_one_before_freed_
 }
 
 TEST(ClosedInARequest, A_restored_source_that_comes_too_late_is_freed) {
-    ActingHost host;
+    FakeHost host;
     host.Serve(ShadedFrames(3));
     host.Act(HostRequest::OpenAnimation, DestroyOwnDialog);
     PluginSession session(host, WithConfiguration("FileNamePath = " + PluginPath() + "\n"));
@@ -64,7 +64,7 @@ TEST(ClosedInARequest, A_restored_source_that_comes_too_late_is_freed) {
 }
 
 TEST(ClosedInARequest, What_is_no_animation_is_freed_without_a_word) {
-    ActingHost host;
+    FakeHost host;
     host.Serve({1, 2, 3});
     PluginSession session(host);
     host.Act(HostRequest::OpenAnimation, DestroyOwnDialog);
@@ -75,7 +75,7 @@ TEST(ClosedInARequest, What_is_no_animation_is_freed_without_a_word) {
 }
 
 TEST(ClosedInARequest, Help_that_cannot_be_shown_is_not_told) {
-    ActingHost host;
+    FakeHost host;
     PluginSession session(host);
     host.Act(HostRequest::ShowHelp, DestroyOwnDialog);
     host.Refuse(HostRequest::ShowHelp, 1);
@@ -92,7 +92,7 @@ BOOL WINAPI CountScreenRedraws(HWND window, const RECT* area, HRGN region, UINT 
 }
 
 TEST(ClosedInARequest, A_colour_that_comes_too_late_repaints_nobodys_windows) {
-    ActingHost host;
+    FakeHost host;
     PluginSession session(host);
     screenRedraws = 0;
     const ImportPatch patch(GetModuleHandleA("kfxplug1.dll"), "RedrawWindow",
@@ -106,7 +106,7 @@ TEST(ClosedInARequest, A_colour_that_comes_too_late_repaints_nobodys_windows) {
 
 TEST(ClosedInARequest, A_window_closed_while_it_opens_starts_nothing_more) {
     for (void (*const close)() : kClosings) {
-        ActingHost host;
+        FakeHost host;
         host.Act(HostRequest::GetWindowSize, close);
         PluginSession session(host);
         EXPECT_EQ(session.WaitUntilClosed(), 1u);
@@ -125,7 +125,7 @@ int CodeOf(const std::string& line) { return std::atoi(line.c_str() + sizeof "RE
 // Builds with the window destroyed inside the nth request, and looks at what the host gets after it: the
 // closing of its task and nothing else.
 void ExpectAbandonedAt(const std::string& configuration, size_t number) {
-    ActingHost host;
+    FakeHost host;
     host.Serve(ShadedFrames(3));
     PluginSession session(host, WithConfiguration(configuration));
     session.Click(IDC_SELECT);

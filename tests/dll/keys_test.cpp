@@ -57,6 +57,14 @@ void PressKey(PluginSession& session, int control, WPARAM key) {
     session.Settle();
 }
 
+// Enter in this control presses the build button, which closes the window.
+void ExpectEnterBuilds(PluginSession& session, FakeHost& host, int control) {
+    WaitForDefaultButton(session, IDC_BUILD);
+    PressKey(session, control, VK_RETURN);
+    EXPECT_FALSE(session.IsOpen());
+    EXPECT_THAT(host.Requests(HostRequest::NewTask), SizeIs(1));
+}
+
 TEST(Keys, Enter_presses_select_while_it_has_the_focus_and_build_once_there_is_a_source) {
     for (const uint32_t style : {0u, 1u, 3u}) {
         FakeHost host;
@@ -70,10 +78,7 @@ TEST(Keys, Enter_presses_select_while_it_has_the_focus_and_build_once_there_is_a
             EXPECT_THAT(host.Requests(HostRequest::OpenAnimation), SizeIs(asked));
         }
         MoveFocus(session, IDC_DITHER);
-        WaitForDefaultButton(session, IDC_BUILD);
-        PressKey(session, IDC_DITHER, VK_RETURN);
-        EXPECT_FALSE(session.IsOpen());
-        EXPECT_THAT(host.Requests(HostRequest::NewTask), SizeIs(1));
+        ExpectEnterBuilds(session, host, IDC_DITHER);
     }
 }
 
@@ -95,10 +100,7 @@ TEST(Keys, A_restored_source_gives_build_the_focus_and_enter) {
         host.Serve(OneFrame());
         PluginSession session(host, WithConfiguration("FileNamePath = " + PluginPath() + "\n"));
         WaitForFocusOn(session, IDC_BUILD);
-        WaitForDefaultButton(session, IDC_BUILD);
-        PressKey(session, IDC_BUILD, VK_RETURN);
-        EXPECT_FALSE(session.IsOpen());
-        EXPECT_THAT(host.Requests(HostRequest::NewTask), SizeIs(1));
+        ExpectEnterBuilds(session, host, IDC_BUILD);
     }
 }
 
@@ -114,9 +116,7 @@ TEST(Keys, Enter_in_a_check_box_presses_select_until_there_is_a_source) {
         EXPECT_THAT(host.Requests(HostRequest::OpenAnimation), SizeIs(asked));
     }
     MoveFocus(session, IDC_DITHER);
-    WaitForDefaultButton(session, IDC_BUILD);
-    PressKey(session, IDC_DITHER, VK_RETURN);
-    EXPECT_FALSE(session.IsOpen());
+    ExpectEnterBuilds(session, host, IDC_DITHER);
 }
 
 TEST(Keys, A_control_that_is_disabled_hands_on_focus_and_enter_together) {

@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/acting_host.h"
 #include "tests/dll/support/import_patch.h"
+#include "tests/dll/support/own_dialog.h"
 #include "tests/dll/support/window_test.h"
 #include "tests/support/wait_for.h"
 
@@ -28,7 +28,7 @@ uint64_t RunAgain(const HostContext& context) {
 }
 
 TEST(RunTwiceInOwnWindow, Inside_a_request_it_is_refused_and_the_window_goes_on) {
-    ActingHost host;
+    FakeHost host;
     host.Serve(ShadedFrames(3));
     uint64_t second = 77;
     PluginSession session(host, WithConfiguration("MainEffect = 3\n"));
@@ -58,7 +58,7 @@ TEST(RunTwiceInOwnWindow, Inside_a_request_it_is_refused_and_the_window_goes_on)
 }
 
 TEST(RunTwiceInOwnWindow, While_the_window_opens_it_is_refused) {
-    ActingHost host;
+    FakeHost host;
     uint64_t second = 77;
     host.Act(HostRequest::GetWindowSize, [&] { second = RunAgain(host.context); });
     PluginSession session(host);
@@ -99,7 +99,7 @@ TEST_F(RunTwice, On_another_thread_it_is_refused_and_the_window_comes_to_the_fro
 }
 
 TEST(RunTwiceInOwnWindow, Inside_a_request_the_window_comes_to_the_front_at_once) {
-    ActingHost host;
+    FakeHost host;
     PluginSession session(host);
     const ForegroundCalls calls;
     HWND front = nullptr;
@@ -123,7 +123,7 @@ TEST_F(RunTwice, A_box_over_the_window_comes_to_the_front_with_it) {
 }
 
 TEST(RunTwiceInOwnWindow, After_the_window_has_closed_it_opens_again) {
-    ActingHost host;
+    FakeHost host;
     PluginSession session(host);
     session.Close();
     std::atomic<HWND> opened{nullptr};

@@ -3,12 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include <windows.h>
 
+#include "tests/cli/failing_commands.h"
 #include "tests/cli/program.h"
-#include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
 #include "tests/driven/user_settings.h"
 
@@ -17,26 +15,10 @@ namespace {
 
 using ::testing::HasSubstr;
 
-struct PluginErrors : ::testing::Test {
-    TemporaryFolder folder;
-    std::string input = folder.path + "in.gif";
-
-    void SetUp() override { WriteTestGif(input, 2); }
-
-    std::string Failing(int exitCode, const std::vector<std::string>& arguments) const {
-        const auto before = FilesIn(folder.path);
-        const ProgramResult result = RunThroughPlugin(arguments);
-        EXPECT_EQ(result.exitCode, exitCode) << result.err;
-        EXPECT_EQ(result.out, "");
-        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
-        EXPECT_EQ(FilesIn(folder.path), before) << "nothing is left behind";
-        return result.err;
-    }
-
-    std::vector<std::string> Apply(const std::vector<std::string>& more) const {
-        std::vector<std::string> arguments = {"apply", input, "-o", folder.path + "out.gif"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return arguments;
+struct PluginErrors : FailingCommands {
+    std::string Failing(int exitCode, std::vector<std::string> arguments) const {
+        arguments.emplace_back("--through-plugin");
+        return FailingCommands::Failing(exitCode, arguments);
     }
 };
 

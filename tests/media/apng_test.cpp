@@ -6,33 +6,21 @@
 #include "media/animation_writer.h"
 #include "media/gif_canvas.h"
 #include "tests/media/gif_builder.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
 
 using test::Bytes;
+using test::ErrorOf;
 using test::RandomAnimation;
+using test::ReadOrFail;
 
 Bytes ApngOrFail(const Animation& animation) {
     Bytes file;
     std::string error;
     EXPECT_TRUE(EncodeApng(animation, &file, &error)) << error;
     return file;
-}
-
-Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
-    return animation;
-}
-
-std::string ErrorOf(const Bytes& file, const ReadLimits& limits = ReadLimits()) {
-    Animation animation;
-    std::string error;
-    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits));
-    EXPECT_TRUE(animation.frames.empty());
-    return error;
 }
 
 // The compressed data of a picture of one colour.

@@ -3,31 +3,18 @@
 
 #include "media/animation.h"
 #include "tests/media/gif_builder.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
 
 using test::BuildGif;
 using test::Bytes;
+using test::ErrorOf;
+using test::ReadOrFail;
 using test::ShowFrame;
 using test::TestGif;
 using test::TestImage;
-
-Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
-    return animation;
-}
-
-std::string ErrorOf(const Bytes& file, const ReadLimits& limits = ReadLimits()) {
-    Animation animation;
-    std::string error;
-    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits));
-    EXPECT_TRUE(animation.frames.empty());
-    EXPECT_EQ(animation.width, 0);
-    return error;
-}
 
 TestImage Part(const std::string& picture, int left, int top, int disposal) {
     TestImage image;

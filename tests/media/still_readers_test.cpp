@@ -8,29 +8,22 @@
 
 #include "media/animation.h"
 #include "tests/media/gif_builder.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
 
 using test::Bytes;
+using test::ErrorOf;
+using test::ReadOrFail;
 using test::ShowFrame;
 
-Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
+Animation ReadStill(const Bytes& file) {
+    Animation animation = ReadOrFail(file);
     EXPECT_EQ(animation.frames.size(), 1u);
     EXPECT_EQ(animation.loopCount, kLoopNone);
     if (animation.frames.empty()) animation.frames.emplace_back();
     return animation;
-}
-
-std::string ErrorOf(const Bytes& file, const ReadLimits& limits = ReadLimits()) {
-    Animation animation;
-    std::string error;
-    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits));
-    EXPECT_TRUE(animation.frames.empty());
-    return error;
 }
 
 // A PNG of the given kind from raw pixels of the same kind.
@@ -59,7 +52,7 @@ Bytes MakePng(unsigned width, unsigned height, LodePNGColorType type, unsigned d
 
 TEST(PngReader, A_palette_picture_keeps_its_palette_and_indices) {
     const Animation animation =
-        ReadOrFail(MakePng(4, 2, LCT_PALETTE, 8, {0, 1, 2, 3, 7, 6, 5, 4}, test::TextPalette(), false, -1));
+        ReadStill(MakePng(4, 2, LCT_PALETTE, 8, {0, 1, 2, 3, 7, 6, 5, 4}, test::TextPalette(), false, -1));
     EXPECT_EQ(ShowFrame(animation, 0), "KRGB/WCMY");
     EXPECT_TRUE(animation.hasGlobalPalette);
     EXPECT_EQ(animation.globalPalette, test::TextPalette());
@@ -72,7 +65,7 @@ TEST(PngReader, Few_bits_and_interlace_make_no_difference) {
     for (const bool interlaced : {false, true}) {
         const Bytes packed = {0x01, 0x23, 0x47, 0x65, 0x43, 0x12, 0x34, 0x50};
         const Animation animation =
-            ReadOrFail(MakePng(5, 3, LCT_PALETTE, 4, packed, test::TextPalette(), interlaced, -1));
+            ReadStill(MakePng(5, 3, LCT_PALETTE, 4, packed, test::TextPalette(), interlaced, -1));
         EXPECT_EQ(ShowFrame(animation, 0), "KRGBY/WCMYB/RGBYM") << interlaced;
         EXPECT_TRUE(animation.frames[0].indexed);
     }
@@ -80,23 +73,23 @@ TEST(PngReader, Few_bits_and_interlace_make_no_difference) {
 
 TEST(PngReader, A_transparent_palette_entry_is_transparent) {
     const Animation animation =
-        ReadOrFail(MakePng(3, 1, LCT_PALETTE, 8, {1, 2, 3}, test::TextPalette(), false, 2));
+        ReadStill(MakePng(3, 1, LCT_PALETTE, 8, {1, 2, 3}, test::TextPalette(), false, 2));
     EXPECT_EQ(ShowFrame(animation, 0), "R.B");
     EXPECT_TRUE(animation.frames[0].transparent);
     EXPECT_FALSE(animation.frames[0].indexed);
 }
 
 TEST(PngReader, Grey_and_deep_pictures_become_eight_bit_colours) {
-    const Animation grey = ReadOrFail(MakePng(2, 1, LCT_GREY, 8, {0, 255}, {}, false, -1));
+    const Animation grey = ReadStill(MakePng(2, 1, LCT_GREY, 8, {0, 255}, {}, false, -1));
     EXPECT_EQ(ShowFrame(grey, 0), "KW");
     EXPECT_FALSE(grey.hasGlobalPalette);
     const Bytes raw = {255, 255, 0, 0, 0, 0, 0, 0, 0, 0, 255, 255};
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakePng(2, 1, LCT_RGB, 16, raw, {}, false, -1)), 0), "RB");
+    EXPECT_EQ(ShowFrame(ReadStill(MakePng(2, 1, LCT_RGB, 16, raw, {}, false, -1)), 0), "RB");
 }
 
 TEST(PngReader, Samples_of_16_bits_are_rounded) {
     const Bytes raw = {0x00, 0x80, 0x00, 0x81, 0xFE, 0x7F, 0xFF, 0x7E, 0xFF, 0x7F, 0xFF, 0x80};
-    const Animation animation = ReadOrFail(MakePng(2, 1, LCT_RGB, 16, raw, {}, false, -1));
+    const Animation animation = ReadStill(MakePng(2, 1, LCT_RGB, 16, raw, {}, false, -1));
     EXPECT_EQ(animation.frames[0].pixels, (Bytes{0, 1, 254, 255, 254, 255, 255, 255}));
 }
 
@@ -163,32 +156,32 @@ Bytes BmpPalette(size_t entries) {
 
 TEST(BmpReader, Rows_run_upwards_unless_the_height_is_negative) {
     const Bytes pixels = {1, 2, 3, 0, 4, 5, 6, 0};
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(3, 2, 8, 0, BmpPalette(8), pixels)), 0), "YMC/RGB");
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(3, -2, 8, 0, BmpPalette(8), pixels)), 0), "RGB/YMC");
+    EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(3, 2, 8, 0, BmpPalette(8), pixels)), 0), "YMC/RGB");
+    EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(3, -2, 8, 0, BmpPalette(8), pixels)), 0), "RGB/YMC");
 }
 
 TEST(BmpReader, Indices_of_one_four_and_eight_bits_are_kept) {
-    const Animation one = ReadOrFail(MakeBmp(10, 1, 1, 0, BmpPalette(2), {0xA5, 0x40, 0, 0}));
+    const Animation one = ReadStill(MakeBmp(10, 1, 1, 0, BmpPalette(2), {0xA5, 0x40, 0, 0}));
     EXPECT_EQ(ShowFrame(one, 0), "RKRKKRKRKR");
-    const Animation four = ReadOrFail(MakeBmp(3, 1, 4, 0, BmpPalette(8), {0x12, 0x70, 0, 0}));
+    const Animation four = ReadStill(MakeBmp(3, 1, 4, 0, BmpPalette(8), {0x12, 0x70, 0, 0}));
     EXPECT_EQ(ShowFrame(four, 0), "RGW");
     ASSERT_TRUE(four.frames[0].indexed);
     EXPECT_EQ(four.frames[0].indices, (Bytes{1, 2, 7}));
     EXPECT_EQ(four.globalPalette, test::TextPalette());
-    const Animation beyond = ReadOrFail(MakeBmp(2, 1, 8, 0, BmpPalette(3), {2, 200, 0, 0}));
+    const Animation beyond = ReadStill(MakeBmp(2, 1, 8, 0, BmpPalette(3), {2, 200, 0, 0}));
     EXPECT_EQ(ShowFrame(beyond, 0), "GK");
     EXPECT_FALSE(beyond.frames[0].indexed) << "an index without a colour is not on the palette";
 }
 
 TEST(BmpReader, True_colour_of_sixteen_twenty_four_and_thirty_two_bits) {
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(2, 1, 24, 0, {}, {0, 0, 255, 255, 0, 0, 0, 0})), 0), "RB");
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(2, 1, 32, 0, {}, {0, 255, 0, 0, 255, 255, 0, 0})), 0), "GC");
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(2, 1, 16, 0, {}, {0x00, 0x7C, 0xE0, 0x03})), 0), "RG");
+    EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(2, 1, 24, 0, {}, {0, 0, 255, 255, 0, 0, 0, 0})), 0), "RB");
+    EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(2, 1, 32, 0, {}, {0, 255, 0, 0, 255, 255, 0, 0})), 0), "GC");
+    EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(2, 1, 16, 0, {}, {0x00, 0x7C, 0xE0, 0x03})), 0), "RG");
     Bytes masks;
     for (const uint32_t mask : {0xF800u, 0x07E0u, 0x001Fu}) PutU32(&masks, mask);
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(2, 1, 16, 3, masks, {0x00, 0xF8, 0xFF, 0xFF})), 0), "RW");
+    EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(2, 1, 16, 3, masks, {0x00, 0xF8, 0xFF, 0xFF})), 0), "RW");
     PutU32(&masks, 0xFF000000);
-    const Animation alpha = ReadOrFail(MakeBmp(1, 1, 32, 6, masks, {0, 0xF8, 0, 0x80}));
+    const Animation alpha = ReadStill(MakeBmp(1, 1, 32, 6, masks, {0, 0xF8, 0, 0x80}));
     EXPECT_EQ(alpha.frames[0].pixels, (Bytes{255, 0, 0, 128}));
     EXPECT_TRUE(alpha.frames[0].transparent);
 }
@@ -199,12 +192,12 @@ TEST(BmpReader, Run_lengths_of_eight_bits_with_jumps_and_singles) {
                           0, 2, 2, 1, 1, 7,        // jump by (2, 1), W
                           9, 5,                    // runs beyond the row are cut
                           0, 1};
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(4, 4, 8, 1, BmpPalette(8), pixels)), 0), "KKWM/KKKK/GBYK/RRRK");
+    EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(4, 4, 8, 1, BmpPalette(8), pixels)), 0), "KKWM/KKKK/GBYK/RRRK");
 }
 
 TEST(BmpReader, Run_lengths_of_four_bits_alternate_two_colours) {
     const Bytes pixels = {5, 0x12, 0, 0, 0, 5, 0x34, 0x56, 0x70, 0, 0, 1};
-    EXPECT_EQ(ShowFrame(ReadOrFail(MakeBmp(5, 2, 4, 2, BmpPalette(8), pixels)), 0), "BYMCW/RGRGR");
+    EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(5, 2, 4, 2, BmpPalette(8), pixels)), 0), "BYMCW/RGRGR");
 }
 
 TEST(BmpReader, The_oldest_header_is_read) {
@@ -216,7 +209,7 @@ TEST(BmpReader, The_oldest_header_is_read) {
     for (const unsigned value : {9u, 1u, 1u, 1u}) PutU16(&file, value);
     file.insert(file.end(), {0, 0, 255, 255, 0, 0});  // red, blue
     file.insert(file.end(), {0x80, 0x80, 0, 0});
-    EXPECT_EQ(ShowFrame(ReadOrFail(file), 0), "BRRRRRRRB");
+    EXPECT_EQ(ShowFrame(ReadStill(file), 0), "BRRRRRRRB");
 }
 
 TEST(BmpReader, A_cut_file_is_an_error) {

@@ -6,17 +6,17 @@
 #include "media/animation_writer.h"
 #include "media/sample_animation.h"
 #include "tests/media/gif_builder.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
 
 using test::Bytes;
 using test::RandomAnimation;
+using test::ReadOrFail;
 
-Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
+Animation ReadWhole(const Bytes& file) {
+    Animation animation = ReadOrFail(file);
     EXPECT_EQ(animation.warning, "");
     return animation;
 }
@@ -30,7 +30,7 @@ Bytes WebpOrFail(const Animation& animation) {
 
 TEST(WebpWriter, Opaque_frames_are_read_back_exactly) {
     const Animation source = RandomAnimation(37, 23, 4, 11, false);
-    const Animation animation = ReadOrFail(WebpOrFail(source));
+    const Animation animation = ReadWhole(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 4u);
     EXPECT_EQ(animation.width, 37);
     EXPECT_EQ(animation.height, 23);
@@ -43,7 +43,7 @@ TEST(WebpWriter, Opaque_frames_are_read_back_exactly) {
 
 TEST(WebpWriter, Transparency_is_read_back_exactly) {
     const Animation source = RandomAnimation(19, 40, 3, 12, true);
-    const Animation animation = ReadOrFail(WebpOrFail(source));
+    const Animation animation = ReadWhole(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 3u);
     for (size_t frame = 0; frame < 3; ++frame) {
         EXPECT_TRUE(animation.frames[frame].transparent);
@@ -61,7 +61,7 @@ TEST(WebpWriter, Frame_times_survive_from_the_first_to_the_last) {
     Animation source = RandomAnimation(8, 8, 4, 13, false);
     const int delays[] = {1, 7, 100, 1234};
     for (size_t i = 0; i < 4; ++i) source.frames[i].delay = delays[i];
-    const Animation animation = ReadOrFail(WebpOrFail(source));
+    const Animation animation = ReadWhole(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 4u);
     for (size_t i = 0; i < 4; ++i) EXPECT_EQ(animation.frames[i].delay, delays[i]);
 }
@@ -69,7 +69,7 @@ TEST(WebpWriter, Frame_times_survive_from_the_first_to_the_last) {
 TEST(WebpWriter, A_frame_without_time_is_no_error) {
     Animation source = RandomAnimation(8, 8, 3, 14, false);
     source.frames[1].delay = 0;
-    const Animation animation = ReadOrFail(WebpOrFail(source));
+    const Animation animation = ReadWhole(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 3u);
     EXPECT_EQ(animation.frames[1].delay, 0);
     EXPECT_TRUE(animation.frames[2].pixels == source.frames[2].pixels);
@@ -78,7 +78,7 @@ TEST(WebpWriter, A_frame_without_time_is_no_error) {
 TEST(WebpWriter, An_unchanged_frame_becomes_a_longer_delay) {
     Animation source = RandomAnimation(8, 8, 2, 15, false);
     source.frames.insert(source.frames.begin() + 1, source.frames[0]);
-    const Animation animation = ReadOrFail(WebpOrFail(source));
+    const Animation animation = ReadWhole(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 2u);
     EXPECT_EQ(animation.frames[0].delay, 2 * source.frames[0].delay);
 }
@@ -87,7 +87,7 @@ TEST(WebpWriter, Loop_counts_survive) {
     for (const int loopCount : {kLoopNone, kLoopForever, 1, 65534}) {
         Animation source = RandomAnimation(4, 4, 2, 16, false);
         source.loopCount = loopCount;
-        EXPECT_EQ(ReadOrFail(WebpOrFail(source)).loopCount, loopCount);
+        EXPECT_EQ(ReadWhole(WebpOrFail(source)).loopCount, loopCount);
     }
 }
 
@@ -95,10 +95,10 @@ TEST(WebpWriter, Milliseconds_survive) {
     Animation source = RandomAnimation(8, 8, 4, 13, false);
     const int times[] = {33, 33, 17, 250};
     for (size_t i = 0; i < 4; ++i) source.frames[i].milliseconds = times[i];
-    const Animation animation = ReadOrFail(WebpOrFail(source));
+    const Animation animation = ReadWhole(WebpOrFail(source));
     ASSERT_EQ(animation.frames.size(), 4u);
     for (size_t i = 0; i < 4; ++i) EXPECT_EQ(animation.frames[i].milliseconds, times[i]);
-    const Animation again = ReadOrFail(WebpOrFail(animation));
+    const Animation again = ReadWhole(WebpOrFail(animation));
     for (size_t i = 0; i < 4; ++i) EXPECT_EQ(again.frames[i].milliseconds, times[i]);
     EXPECT_NE(ShortDelayNote(again).find("1 frame is"), std::string::npos);
     source.frames[2].milliseconds = 20;
@@ -112,7 +112,7 @@ TEST(WebpWriter, Metadata_and_background_survive) {
     source.metadata = {.colorProfile = Bytes(333, 5), .exif = {1, 2, 3}, .xmp = {'<', 'x', '>'}};
     for (const size_t frames : {2u, 1u}) {
         source.frames.resize(frames);
-        const Animation animation = ReadOrFail(WebpOrFail(source));
+        const Animation animation = ReadWhole(WebpOrFail(source));
         EXPECT_EQ(animation.metadata.colorProfile, source.metadata.colorProfile);
         EXPECT_EQ(animation.metadata.exif, source.metadata.exif);
         EXPECT_EQ(animation.metadata.xmp, source.metadata.xmp);
@@ -153,11 +153,11 @@ TEST(WebpWriter, Kinds_quality_and_effort_trade_size_for_exactness) {
     EXPECT_LT(near.size(), exact.size());
     EXPECT_LT(good.size(), near.size());
     EXPECT_LT(small.size(), good.size());
-    EXPECT_EQ(ErrorOf(source, ReadOrFail(exact)), 0);
-    EXPECT_EQ(ErrorOf(source, ReadOrFail(quick)), 0);
-    EXPECT_GT(ErrorOf(source, ReadOrFail(near)), 0);
-    EXPECT_LT(ErrorOf(source, ReadOrFail(near)), 200);
-    EXPECT_LT(ErrorOf(source, ReadOrFail(good)), ErrorOf(source, ReadOrFail(small)));
+    EXPECT_EQ(ErrorOf(source, ReadWhole(exact)), 0);
+    EXPECT_EQ(ErrorOf(source, ReadWhole(quick)), 0);
+    EXPECT_GT(ErrorOf(source, ReadWhole(near)), 0);
+    EXPECT_LT(ErrorOf(source, ReadWhole(near)), 200);
+    EXPECT_LT(ErrorOf(source, ReadWhole(good)), ErrorOf(source, ReadWhole(small)));
     // Numbers beyond the range are the nearest ones in it.
     EXPECT_EQ(encode({.effort = -1}), quick);
     EXPECT_EQ(encode({.kind = WebpKind::Lossy, .quality = 1000}),
@@ -185,7 +185,7 @@ TEST(PngWriter, Pictures_are_read_back_exactly) {
         Bytes file;
         std::string error;
         ASSERT_TRUE(EncodePng(33, 21, source.frames[0].pixels.data(), &file, &error)) << error;
-        const Animation animation = ReadOrFail(file);
+        const Animation animation = ReadWhole(file);
         EXPECT_TRUE(animation.frames[0].pixels == source.frames[0].pixels);
         EXPECT_EQ(animation.frames[0].transparent, transparent);
         EXPECT_EQ(animation.loopCount, kLoopNone);

@@ -94,11 +94,24 @@ std::vector<uint8_t> FakeHost::OfferedPalette() {
     return offeredPalette_;
 }
 
+void FakeHost::Act(HostRequest request, std::function<void()> action, int occurrence) {
+    action_ = [=](HostRequest asked) mutable {
+        if (asked == request && --occurrence == 0) action();
+    };
+}
+
+void FakeHost::ActAtRequest(int number, std::function<void()> action) {
+    action_ = [=](HostRequest) mutable {
+        if (--number == 0) action();
+    };
+}
+
 uint64_t FakeHost::Callback(uint64_t target, uint32_t request, uint64_t word, uint64_t pointer) {
     return currentHost ? currentHost->Answer(target, request, word, pointer) : 0;
 }
 
 uint64_t FakeHost::Answer(uint64_t target, uint32_t request, uint64_t word, uint64_t pointer) {
+    if (action_) action_(static_cast<HostRequest>(request));
     if (onRequest) onRequest();
     const std::lock_guard<std::mutex> lock(mutex_);
     ++answers_;

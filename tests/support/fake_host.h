@@ -44,6 +44,13 @@ public:
     // The request with this code is answered with 0 at its nth occurrence (from 1) after now.
     void Refuse(HostRequest request, int occurrence);
 
+    // Does something inside the nth request (from 1) after now that is of this kind, before it is answered.
+    // An earlier action is forgotten.
+    void Act(HostRequest request, std::function<void()> action, int occurrence = 1);
+
+    // The same inside the nth request after now, whatever it is.
+    void ActAtRequest(int number, std::function<void()> action);
+
     // Every request is answered with 0.
     void RefuseAll();
 
@@ -89,6 +96,7 @@ private:
     std::vector<uint8_t> offeredPalette_;
     std::string path_;
     size_t answers_ = 0;
+    std::function<void(HostRequest)> action_;
     std::map<uint32_t, int> refusals_;  // request code: occurrences until the refusal
     bool refusesAll_ = false;
     FileObjectRecord task_ = {};
