@@ -30,6 +30,7 @@ constexpr Format kFormats[] = {
     {.signatures = {{.offset = 0, .bytes = "\x89PNG\r\n\x1a\n"}, kAnyFile}, .read = ReadPng},
     {.signatures = {{.offset = 0, .bytes = "\xFF\xD8\xFF"}, kAnyFile}, .read = ReadJpeg},
     {.signatures = {{.offset = 0, .bytes = "BM"}, kAnyFile}, .read = ReadBmp},
+    {.signatures = {{.offset = 0, .bytes = "YUV4MPEG2 "}, kAnyFile}, .read = ReadY4m},
 };
 
 bool Matches(const Signature& signature, const uint8_t* data, size_t size) {

@@ -40,6 +40,8 @@ bool ReadJpeg(const uint8_t* data, size_t size, PixelBudget* budget, Animation* 
               std::string* error);
 bool ReadBmp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);
 
+bool ReadY4m(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation, std::string* error);
+
 // The warning of a file whose end is missing or damaged after `frames` complete frames.
 std::string DamageWarning(size_t frames);
 
