@@ -58,11 +58,22 @@ fs::path UnusedNameBeside(const fs::path& target) {
     }
 }
 
-// The file that a link leads to: that file is replaced and the link stays.
+// The file that a link leads to, also when it does not exist yet: that file is replaced and the link stays. A
+// link that leads back to itself is returned as it is.
 fs::path BehindLinks(const fs::path& path) {
+    constexpr int kMostLinks = 40;  // as many as Linux follows
     std::error_code failure;
-    const fs::path target = fs::canonical(path, failure);
-    return failure ? path : target;
+    fs::path target = fs::canonical(path, failure);
+    if (!failure) return target;
+    // An open pipe has a link in /proc whose text is no path.
+    if (fs::exists(path, failure)) return path;
+    target = path;
+    for (int followed = 0; followed < kMostLinks; ++followed) {
+        const fs::path next = fs::read_symlink(target, failure);
+        if (failure) return target;
+        target = next.is_absolute() ? next : target.parent_path() / next;
+    }
+    return path;
 }
 
 // Devices and pipes are written to directly: renaming a file over one would remove it.

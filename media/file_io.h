@@ -27,8 +27,8 @@ bool MayWriteFile(const std::string& path, const std::vector<std::string>& input
                   std::string* error);
 
 // Writes a file so that `path` holds either its old content or all of the new one: the bytes go to a
-// temporary name in the same folder, which is renamed at the end and removed on failure. Links are followed;
-// devices and pipes are written to directly.
+// temporary name in the same folder, which is renamed at the end and removed on failure. A link stays, and
+// the file that it leads to is replaced or made; devices and pipes are written to directly.
 bool WriteWholeFile(const std::string& path, const std::vector<uint8_t>& content, std::string* error);
 
 // Several files that appear together: all are written under temporary names before the first is renamed,

@@ -274,6 +274,20 @@ TEST(FileIo, When_the_bytes_do_not_fit_the_partial_file_is_removed) {
     EXPECT_EQ(folder.Count(), 1u);
 }
 
+TEST(FileIo, A_link_to_a_file_that_does_not_exist_yet_stays_and_the_file_is_made) {
+    const Folder folder;
+    std::error_code failure;
+    fs::create_directory(folder.path / "there");
+    fs::create_symlink("there/second", folder.path / "first", failure);
+    fs::create_symlink("file", folder.path / "there" / "second", failure);
+    if (failure) GTEST_SKIP() << "no links here";
+    std::string error;
+    ASSERT_TRUE(WriteWholeFile(folder.File("first"), {1, 2, 3}, &error)) << error;
+    EXPECT_TRUE(fs::is_symlink(folder.path / "first"));
+    EXPECT_TRUE(fs::is_symlink(folder.path / "there" / "second"));
+    EXPECT_EQ(ContentOf(folder.File("there/file")), (Bytes{1, 2, 3}));
+}
+
 TEST(FileIo, A_link_stays_a_link_and_its_target_is_replaced) {
     const Folder folder;
     std::string error;
