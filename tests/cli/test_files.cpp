@@ -35,7 +35,7 @@ unsigned long ThisProcess() { return static_cast<unsigned long>(getpid()); }
 fs::path NewFolder() {
     static int count = 0;
     const std::string name = "kestrel-test-" + std::to_string(ThisProcess()) + "-" + std::to_string(++count);
-    const fs::path folder = fs::temp_directory_path() / name;
+    fs::path folder = fs::temp_directory_path() / name;
     // A program that was ended by force may have had this number and left its files.
     fs::remove_all(folder);
     fs::create_directory(folder);

@@ -217,11 +217,11 @@ TEST(CommandLine, Every_number_is_answered_with_its_range_and_taken_once) {
          {Number{"--dither-brightness", "out.gif", 255}, Number{"--dither-contrast", "out.gif", 127},
           Number{"--lossy", "out.gif", 200}, Number{"--quality", "out.webp", 100},
           Number{"--near-lossless", "out.webp", 100}, Number{"--effort", "out.webp", 9}}) {
-        const std::string range = "0 to " + std::to_string(most);
+        const std::string start =
+            std::string(name) + " takes whole numbers from 0 to " + std::to_string(most) + ", not \"";
         for (const std::string& wrong : {std::to_string(most + 1), std::string("-1"), std::string("x"),
                                          std::string("1.5"), std::string("99999999999999999999")}) {
-            EXPECT_EQ(Refuse(Apply(output, {name, wrong})),
-                      std::string(name) + " takes whole numbers from " + range + ", not \"" + wrong + "\".");
+            EXPECT_EQ(Refuse(Apply(output, {name, wrong})), start + wrong + "\".");
         }
         EXPECT_EQ(Refuse(Apply(output, {name, "1", name, "2"})),
                   std::string(name) + " may be given only once.");

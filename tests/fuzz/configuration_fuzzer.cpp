@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The configuration file's reader: holding Shift changes nothing, and whatever was understood can be written.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include "framework/settings.h"
 #include "tests/fuzz/input_file.h"
@@ -14,6 +14,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 namespace {
 
 const kfx::Settings kCompiledIn = kfx::settings;
+
+// Bytes between the variables are copied with them.
+bool AreCompiledIn(const kfx::Settings& settings) {
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(&settings);
+    return std::equal(bytes, bytes + sizeof settings, reinterpret_cast<const uint8_t*>(&kCompiledIn));
+}
 
 void Read(std::FILE* file, bool shiftHeld) {
     std::rewind(file);
@@ -26,7 +32,7 @@ void Read(std::FILE* file, bool shiftHeld) {
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::FILE* file = kfx::test::OpenInput(data, size);
     Read(file, true);
-    if (std::memcmp(&kfx::settings, &kCompiledIn, sizeof kCompiledIn) != 0) std::abort();
+    if (!AreCompiledIn(kfx::settings)) std::abort();
     Read(file, false);
     std::fclose(file);
 

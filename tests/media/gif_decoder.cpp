@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tests/media/gif_decoder.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace kfx::test {
 namespace {
 
@@ -67,7 +70,7 @@ bool TakeImage(Decoder* decoder) {
     const Bytes local = TakePalette(decoder, ByteAt(file, at + 8));
     const Bytes& palette = local.empty() ? decoder->globalPalette : local;
     const Bytes indices = DecodeLzw(file, decoder->at, &decoder->at);
-    if (indices.size() != static_cast<size_t>(width * height)) return false;
+    if (indices.size() != static_cast<size_t>(width) * static_cast<size_t>(height)) return false;
     if (left + width > decoder->width || top + height > decoder->height) return false;
     const Bytes before = decoder->canvas;
     for (int i = 0; i < width * height; ++i) {
@@ -76,15 +79,16 @@ bool TakeImage(Decoder* decoder) {
         if (3 * static_cast<size_t>(index) >= palette.size()) return false;
         uint8_t* pixel = decoder->canvas.data() + 4 * ((top + i / width) * decoder->width + left + i % width);
         for (int channel = 0; channel < 3; ++channel)
-            pixel[channel] = palette[static_cast<size_t>(3 * index + channel)];
+            pixel[channel] = palette[3 * static_cast<size_t>(index) + static_cast<size_t>(channel)];
         pixel[3] = 255;
     }
     decoder->result.frames.push_back({.pixels = decoder->canvas, .delay = decoder->control.delay});
     if (decoder->control.disposal == 3) decoder->canvas = before;
     if (decoder->control.disposal == 2) {
-        for (int i = 0; i < 4 * width * height; ++i)
-            decoder->canvas[static_cast<size_t>(
-                4 * ((top + i / 4 / width) * decoder->width + left + i / 4 % width) + i % 4)] = 0;
+        for (int y = top; y < top + height; ++y) {
+            const auto row = decoder->canvas.begin() + ptrdiff_t{4} * (y * decoder->width + left);
+            std::fill(row, row + ptrdiff_t{4} * width, uint8_t{0});
+        }
     }
     decoder->control = {};
     return true;
@@ -135,7 +139,7 @@ DecodedGif DecodeGif(const Bytes& file) {
     Decoder decoder = {.file = &file, .result = {}, .canvas = {}, .globalPalette = {}, .control = {}};
     decoder.width = WordAt(file, 6);
     decoder.height = WordAt(file, 8);
-    decoder.canvas.resize(static_cast<size_t>(4 * decoder.width * decoder.height));
+    decoder.canvas.resize(4 * static_cast<size_t>(decoder.width) * static_cast<size_t>(decoder.height));
     decoder.at = 13;
     decoder.globalPalette = TakePalette(&decoder, ByteAt(file, 10));
     for (;;) {

@@ -109,7 +109,7 @@ GifAnimation RandomGif(unsigned seed) {
     const size_t colors = 1 + below(below(2) ? 256 : 12);
     for (size_t i = 0; i < colors; ++i)
         gif.globalPalette.push_back({static_cast<uint8_t>(random() % 3 * 100), static_cast<uint8_t>(i), 0});
-    const size_t area = static_cast<size_t>(gif.width * gif.height);
+    const size_t area = static_cast<size_t>(gif.width) * static_cast<size_t>(gif.height);
     for (size_t i = 0; i < 1 + below(7); ++i) {
         GifFrame frame;
         frame.delay = static_cast<int>(below(5));

@@ -173,7 +173,8 @@ GifAnimation TurningLine(int width, int height, int frames) {
         const double across = Cosine(0.5 * i / frames);
         const double down = Sine(0.5 * i / frames);
         gif.frames.push_back(DrawFrame(gif, kDisposalKeep, [&](int x, int y) {
-            return std::fabs((x - width / 2) * down - (y - height / 2) * across) < 1.2 ? 1 : 0;
+            const int right = x - width / 2, below = y - height / 2;
+            return std::fabs(right * down - below * across) < 1.2 ? 1 : 0;
         }));
     }
     return gif;
@@ -237,7 +238,8 @@ GifAnimation BlinkingCursor(int width, int height, int frames) {
         if (i % 4 != 0) frame = gif.frames[static_cast<size_t>(i - 1)];
         frame.delay = i % 3;
         for (int y = 2; y < 10; ++y)
-            frame.indices[static_cast<size_t>(y * width + width / 2)] = static_cast<uint8_t>(i % 2);
+            frame.indices[static_cast<size_t>(y) * static_cast<size_t>(width) +
+                          static_cast<size_t>(width / 2)] = static_cast<uint8_t>(i % 2);
     }
     return gif;
 }

@@ -26,7 +26,7 @@ Bytes RoundTrip(const LzwPixels& pixels, int largestCodeSize, int codeSize) {
     WriteLzw(codes, codeSize, same, &file);
     EXPECT_EQ(file.size(), LzwSize(codes, codeSize));
     size_t end = 0;
-    const Bytes read = test::DecodeLzw(file, 0, &end);
+    Bytes read = test::DecodeLzw(file, 0, &end);
     EXPECT_EQ(end, file.size());
     EXPECT_TRUE(read == stored);
     return read;
@@ -88,7 +88,8 @@ TEST(Lzw, Near_symbols_stand_for_each_other_where_that_is_allowed) {
     constexpr int kSymbols = 16;
     Bytes nears(kSymbols * kSymbols);
     for (int a = 0; a < kSymbols; ++a)
-        for (int b = 0; b < kSymbols; ++b) nears[static_cast<size_t>(a * kSymbols + b)] = a / 2 == b / 2;
+        for (int b = 0; b < kSymbols; ++b)
+            nears[static_cast<size_t>(a) * kSymbols + static_cast<size_t>(b)] = a / 2 == b / 2;
     LzwPixels pixels = PixelsOf(RandomSymbols(12000, kSymbols, 2), kSymbols);
     const size_t exact = LzwSize(CompressLzw(pixels, 4, nullptr), 4);
     pixels.nears = nears.data();

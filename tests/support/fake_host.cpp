@@ -162,7 +162,7 @@ std::string FakeHost::Take(HostRequest request, uint64_t pointer, uint64_t* answ
 }
 
 std::string FakeHost::TakeOpenAnimation(OpenAnimationRequest* request, uint64_t* answer) {
-    const std::string details = DescribeOpenAnimation(*request);
+    std::string details = DescribeOpenAnimation(*request);
     if (block_.empty()) *answer = 0;
     if (!*answer) return details;
     // A long path fills its field to the last byte, without a terminator.
@@ -176,7 +176,7 @@ std::string FakeHost::TakeOpenAnimation(OpenAnimationRequest* request, uint64_t*
 
 std::string FakeHost::TakeColorChoice(ChooseColorRequest* request, bool accepted) {
     offeredPalette_.assign(request->palette, request->palette + kPaletteBytes);
-    const std::string details = DescribeColorChoice(*request);
+    std::string details = DescribeColorChoice(*request);
     if (accepted) request->color = chosenColor;
     return details;
 }
