@@ -3,9 +3,9 @@
 
 namespace kfx::cli {
 
-// Interrupts and requests to end remove the unfinished files and end the program with kExitInterrupted; once
-// the first file of a command gets its final name they wait for the program's end. A closed pipe is left to
-// whoever writes to it.
+// From now on an interrupt (SIGINT, SIGTERM, SIGHUP) removes the unfinished files and ends the program with
+// kExitInterrupted. Once a command begins to give its files their final names, interrupts have no effect any
+// more. Writing to a closed pipe returns an error instead of ending the program.
 void HandleSignals();
 
 }  // namespace kfx::cli

@@ -14,8 +14,8 @@
 namespace kfx::cli {
 namespace {
 
-// The unfinished files. A handler may only look at what is there for good: nothing is taken off the list, and
-// each entry is complete before it is on it.
+// The unfinished files. A signal handler reads this list at any moment, so an entry is complete before it is
+// linked in, and is never changed or freed.
 struct UnfinishedFile {
     std::string path;
     const UnfinishedFile* next;
@@ -29,7 +29,7 @@ void NoteUnfinished(const std::string& path) {
     unfinished = file;
 }
 
-// From here on it is too late: no half of a series of files is to appear.
+// Called before the first file gets its final name: an interrupt after that would leave a part of a series.
 void BlockEndingSignals() {
     sigset_t ending;
     sigemptyset(&ending);
@@ -51,7 +51,7 @@ void HandleSignals() {
     struct sigaction action = {};
     action.sa_handler = OnEndingSignal;
     for (const int number : kEndingSignals) {
-        // Whoever started the program so that it ignores a signal, as nohup does, is obeyed.
+        // A signal that was ignored when the program started stays ignored: nohup works this way.
         struct sigaction before = {};
         sigaction(number, nullptr, &before);
         if (before.sa_handler != SIG_IGN) sigaction(number, &action, nullptr);

@@ -175,7 +175,7 @@ uint64_t Answer(HostRequest request, uint64_t word, uint64_t pointer) {
 
 uint64_t Callback(uint64_t, uint32_t request, uint64_t word, uint64_t pointer) {
     if (!current) return 0;
-    ++current->signsOfLife;
+    ++current->requestsAnswered;
     try {
         return Answer(static_cast<HostRequest>(request), word, pointer);
     } catch (const std::exception&) {

@@ -49,7 +49,7 @@ struct HostSession {
     std::atomic<int> animationsOpened{0};
     std::atomic<int> animationsRefused{0};  // no memory for the block
     std::atomic<int> tasksClosed{0};
-    std::atomic<uint64_t> signsOfLife{0};
+    std::atomic<uint64_t> requestsAnswered{0};
     std::atomic<int> progressCurrent{0};
     std::atomic<int> progressTotal{0};
     mutable std::mutex statusLock;

@@ -64,7 +64,7 @@ bool ResolvePalette(const CommandLine& line, bool ownPalette, const Engine& engi
     return Refuse(UnknownNameMessage("palette", line.palette, rows), failure);
 }
 
-// The command line has been checked: what is no colour is "none".
+// The text has been checked with the command line: it is a colour or "none".
 void ResolveBackground(const CommandLine& line, Job* job) {
     unsigned color = 0;
     if (line.localBackground.empty()) return;

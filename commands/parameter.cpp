@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/parameter.h"
 
-#include <cstdlib>
+#include <charconv>
+#include <system_error>
 
 #include "commands/text_match.h"
 
@@ -16,10 +17,12 @@ std::string ShownName(const std::string& caption) {
 }
 
 bool ReadNumber(const std::string& text, int* number) {
-    char* end = nullptr;
-    const long value = std::strtol(text.c_str(), &end, 10);
-    if (end == text.c_str() || *end != '\0' || value < -1000000 || value > 1000000) return false;
-    *number = static_cast<int>(value);
+    const bool plus = text.size() > 1 && text[0] == '+' && text[1] != '-';
+    const char* const end = text.data() + text.size();
+    int value = 0;
+    const auto read = std::from_chars(text.data() + (plus ? 1 : 0), end, value);
+    if (read.ec != std::errc() || read.ptr != end || value < -1000000 || value > 1000000) return false;
+    *number = value;
     return true;
 }
 

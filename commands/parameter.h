@@ -22,7 +22,8 @@ struct Parameter {
 // The name in a caption: "Center &X:" is shown as "Center X".
 std::string ShownName(const std::string& caption);
 
-// Reads a whole number from -1000000 to 1000000, and nothing else, from the text.
+// Reads a whole number from -1000000 to 1000000. False: the text is anything else, or has anything else in
+// it, such as a space.
 bool ReadNumber(const std::string& text, int* number);
 
 // Reads "9", "on" or "Left 1" for the parameter of `effect`. False: `*error` says what it takes.

@@ -19,7 +19,7 @@ void AddOptions(CLI::App* command, void* values) {
                       "Let the plug-in's window be seen while it is driven")
         ->needs(through);
     commands::AddNumber(command, "--timeout", &options->timeoutSeconds, 1, 86400,
-                        "Give up after so many seconds without a sign of life")
+                        "Give up when the plug-in has asked for nothing for so many seconds")
         ->needs(through);
 }
 

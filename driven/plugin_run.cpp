@@ -22,13 +22,12 @@ bool Fail(PluginRun* run, ExitCode code, const std::string& sentence) {
 }
 
 bool GiveUp(PluginRun* run, int seconds) {
-    return Fail(
-        run, kExitTimeout,
-        "the plug-in has stopped answering (" + std::to_string(seconds) + " s without a sign of life).");
+    return Fail(run, kExitTimeout,
+                "the plug-in has stopped answering (" + std::to_string(seconds) + " s without a request).");
 }
 
-// Dialogs of a driven plug-in are made see-through before they appear: they must count as visible, because a
-// hidden plug-in window ignores its controls, but nobody wants to see them flash by.
+// Makes each dialog of a driven plug-in fully transparent before it appears. It must stay visible to the
+// system, because the plug-in ignores the controls of a hidden window.
 LRESULT CALLBACK HideNewDialogs(int code, WPARAM word, LPARAM pointer) {
     if (code == HCBT_CREATEWND) {
         const auto window = reinterpret_cast<HWND>(word);
@@ -107,20 +106,20 @@ void AnswerMessage(PluginRun* run, HWND box) {
 
 bool ThreadEnded(const PluginRun& run) { return WaitForSingleObject(run.thread, 0) == WAIT_OBJECT_0; }
 
-// Waits until `done` holds. Message boxes are answered on the way; the time limit starts anew with each sign
-// of life.
+// Waits until `done` holds. Message boxes are answered on the way; the time limit starts anew with each
+// request of the plug-in.
 template <typename Condition>
 bool WaitUntil(PluginRun* run, int seconds, Condition done) {
-    uint64_t signs = run->session->signsOfLife;
+    uint64_t answered = run->session->requestsAnswered;
     ULONGLONG since = GetTickCount64();
     for (;;) {
         if (const HWND box = FindWindows(*run).message) AnswerMessage(run, box);
         if (done()) return true;
         if (ThreadEnded(*run)) return done();
         if (run->onWait) run->onWait(*run->session);
-        const uint64_t now = run->session->signsOfLife;
-        if (now != signs) {
-            signs = now;
+        const uint64_t now = run->session->requestsAnswered;
+        if (now != answered) {
+            answered = now;
             since = GetTickCount64();
         }
         if (GetTickCount64() - since > static_cast<ULONGLONG>(seconds) * 1000) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // One opening of the plug-in's window, driven from outside: the plug-in runs on a thread of its own while the
-// caller moves its controls, answers its message boxes and watches for signs of life.
+// caller moves its controls, answers its message boxes and gives up when the plug-in has asked nothing for a
+// while.
 #pragma once
 
 #include <string>

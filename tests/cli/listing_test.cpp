@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What kestrel tells about effects and palettes, and the sheets of pictures it makes.
+// The lists of effects and palettes, and the sheets of pictures.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -68,7 +68,7 @@ void ExpectSamePictures(const Animation& expected, const Animation& actual) {
         const auto& b = actual.frames[f].pixels;
         ASSERT_EQ(a.size(), b.size());
         for (size_t i = 0; i < a.size(); i += 4) {
-            // What a transparent pixel would show is nobody's business.
+            // A fully transparent pixel has no visible colour.
             const bool hidden = a[i + 3] == 0 && b[i + 3] == 0;
             const bool same =
                 a[i] == b[i] && a[i + 1] == b[i + 1] && a[i + 2] == b[i + 2] && a[i + 3] == b[i + 3];

@@ -137,7 +137,7 @@ TEST_F(Session, Notes_progress_and_tells_whoever_watches) {
     EXPECT_EQ(session.progressCurrent, 3);
     EXPECT_EQ(session.progressTotal, 8);
     EXPECT_EQ(shown, 2);
-    EXPECT_EQ(session.signsOfLife, 2u);
+    EXPECT_EQ(session.requestsAnswered, 2u);
 }
 
 TEST_F(Session, Declines_what_needs_a_user_when_there_is_none) {

@@ -22,7 +22,10 @@ TEST(Parameter, A_number_is_all_of_its_text) {
     int number = 0;
     EXPECT_TRUE(ReadNumber("-12", &number));
     EXPECT_EQ(number, -12);
-    for (const char* text : {"", "9x", "x", "1000001", "99999999999999999999"})
+    EXPECT_TRUE(ReadNumber("+9", &number));
+    EXPECT_EQ(number, 9);
+    for (const char* text :
+         {"", " 9", "9 ", "+", "-", "+-9", "--9", "9x", "x", "1.5", "1000001", "99999999999999999999"})
         EXPECT_FALSE(ReadNumber(text, &number)) << text;
 }
 

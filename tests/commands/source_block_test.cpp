@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The block that Stage hands over, as the plug-in's reader sees it.
+// The animation block that the commands make of a source, read as the plug-in reads it.
 #include <gtest/gtest.h>
 
 #include <cstring>

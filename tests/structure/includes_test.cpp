@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A frame's way through the folders runs one way: who may include whom.
+// Which folder may include which, as the table in docs/architecture.md says.
 #include <gtest/gtest.h>
 
 #include <algorithm>
