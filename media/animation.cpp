@@ -61,29 +61,47 @@ bool ReadFormat(const uint8_t* data, size_t size, const ReadLimits& limits, Anim
     return format->read(data, size, &budget, animation, error);
 }
 
+// Counts the pixels; `what` begins the clause of a refusal.
+bool SpendSum(PixelBudget* budget, uint64_t pixels, const std::string& what, std::string* error) {
+    constexpr uint64_t kMillion = 1000000;
+    const ReadLimits& limits = budget->limits;
+    if (pixels <= limits.maxPixels - budget->spent) {
+        budget->spent += pixels;
+        return true;
+    }
+    const uint64_t total = pixels > UINT64_MAX - budget->spent ? UINT64_MAX : budget->spent + pixels;
+    const std::string whole = budget->spent == 0 ? what : "the pictures together have at least";
+    *error =
+        whole + " " + std::to_string(total) + " pixels; the limit is " + std::to_string(limits.maxPixels);
+    if (limits.raisedBy)
+        *error += std::string(" (") + limits.raisedBy + " " + std::to_string((total - 1) / kMillion + 1) +
+                  " raises it)";
+    return false;
+}
+
 }  // namespace
 
 bool SpendPixels(PixelBudget* budget, uint64_t width, uint64_t height, std::string* error) {
-    const auto maxSide = static_cast<uint64_t>(budget->limits.maxSide);
-    if (width > maxSide || height > maxSide) {
-        *error = "the picture of " + std::to_string(width) + " x " + std::to_string(height) +
-                 " pixels is too large: a side may have " + std::to_string(maxSide);
-        return false;
-    }
-    const uint64_t area = width * height;
-    if (area > budget->limits.maxPixels - budget->spent) {
-        *error = "the frames together have more than " + std::to_string(budget->limits.maxPixels) +
-                 " pixels, which is too much to hold";
-        return false;
-    }
-    budget->spent += area;
-    return true;
+    return SpendFrames(budget, width, height, 1, error);
 }
 
 bool SpendFrames(PixelBudget* budget, uint64_t width, uint64_t height, uint64_t frames, std::string* error) {
-    for (uint64_t i = 0; i < frames; ++i)
-        if (!SpendPixels(budget, width, height, error)) return false;
-    return true;
+    const auto maxSide = static_cast<uint64_t>(budget->limits.maxSide);
+    const std::string size = std::to_string(width) + " x " + std::to_string(height);
+    if (width > maxSide || height > maxSide) {
+        *error =
+            "the picture of " + size + " pixels is too large: a side may have " + std::to_string(maxSide);
+        return false;
+    }
+    const uint64_t area = width * height;
+    const uint64_t sum = area != 0 && frames > UINT64_MAX / area ? UINT64_MAX : area * frames;
+    const std::string one = "the picture of " + size + " has";
+    const std::string many = "the " + std::to_string(frames) + " frames of " + size + " together have";
+    return SpendSum(budget, sum, frames == 1 ? one : many, error);
+}
+
+bool SpendHiddenPixels(PixelBudget* budget, uint64_t pixels, std::string* error) {
+    return SpendSum(budget, pixels, "the parts beyond the border together have", error);
 }
 
 int HundredthsOf(int milliseconds, int* carry) {

@@ -83,11 +83,12 @@ struct Animation {
 // for a tenth of a second. Empty when there is none.
 std::string ShortDelayNote(const Animation& animation);
 
-// The largest animation that is read; checked against the file's headers before memory of that size is
-// allocated.
+// The largest animation that is read; checked against the headers of all frames before memory is allocated.
 struct ReadLimits {
-    int maxSide = 16384;                       // pixels, width and height
+    int maxSide = 65535;                       // pixels, width and height
     uint64_t maxPixels = uint64_t{512} << 20;  // summed over all frames
+    // The option that takes maxPixels in millions, for the message of a refusal; null: there is none.
+    const char* raisedBy = nullptr;
 };
 
 // Reads the file at `path` (UTF-8); the content, not the name, decides the format. Returns false with one

@@ -142,14 +142,24 @@ uint8_t LevelOf(const Channel& channel, uint32_t value, uint8_t absent) {
     return static_cast<uint8_t>((level * 255 + channel.range / 2) / channel.range);
 }
 
+// Bytes of a row in the file, when it is not run-length storage.
+size_t StoredStride(const BmpHeader& header) {
+    return (static_cast<size_t>(header.width) * header.bitCount + 31) / 32 * 4;
+}
+
+// Run-length storage may end anywhere.
+bool HasAllRows(const BmpHeader& header, size_t size) {
+    const bool isRunLength = header.compression == kRunLength8 || header.compression == kRunLength4;
+    return isRunLength || size / StoredStride(header) >= static_cast<size_t>(header.height);
+}
+
 uint8_t* RowOf(const BmpHeader& header, std::vector<uint8_t>* pixels, size_t bytes, int storedRow) {
     const int row = header.topDown ? storedRow : header.height - 1 - storedRow;
     return pixels->data() + bytes * static_cast<size_t>(row) * static_cast<size_t>(header.width);
 }
 
-bool DecodeColors(const BmpHeader& header, const uint8_t* data, size_t size, std::vector<uint8_t>* pixels) {
-    const size_t stride = (static_cast<size_t>(header.width) * header.bitCount + 31) / 32 * 4;
-    if (size / stride < static_cast<size_t>(header.height)) return false;
+void DecodeColors(const BmpHeader& header, const uint8_t* data, std::vector<uint8_t>* pixels) {
+    const size_t stride = StoredStride(header);
     const unsigned bytes = header.bitCount / 8;
     const Channel channels[] = {MakeChannel(header.masks[0]), MakeChannel(header.masks[1]),
                                 MakeChannel(header.masks[2]), MakeChannel(header.masks[3])};
@@ -169,13 +179,10 @@ bool DecodeColors(const BmpHeader& header, const uint8_t* data, size_t size, std
                 target[channel] = LevelOf(channels[channel], value, channel == 3 ? 255 : 0);
         }
     }
-    return true;
 }
 
-bool DecodePlainIndices(const BmpHeader& header, const uint8_t* data, size_t size,
-                        std::vector<uint8_t>* indices) {
-    const size_t stride = (static_cast<size_t>(header.width) * header.bitCount + 31) / 32 * 4;
-    if (size / stride < static_cast<size_t>(header.height)) return false;
+void DecodePlainIndices(const BmpHeader& header, const uint8_t* data, std::vector<uint8_t>* indices) {
+    const size_t stride = StoredStride(header);
     const unsigned perByte = 8 / header.bitCount;
     const unsigned mask = (1u << header.bitCount) - 1;
     for (int y = 0; y < header.height; ++y, data += stride) {
@@ -185,7 +192,6 @@ bool DecodePlainIndices(const BmpHeader& header, const uint8_t* data, size_t siz
             target[x] = static_cast<uint8_t>(data[x / perByte] >> shift & mask);
         }
     }
-    return true;
 }
 
 // Run-length storage: pairs of count and value; a count of 0 announces the end of a row (0), the end of the
@@ -227,13 +233,12 @@ void DecodeRunLength(const BmpHeader& header, const uint8_t* data, size_t size,
     }
 }
 
-bool DecodeIndices(const BmpHeader& header, const uint8_t* data, size_t size, Frame* frame) {
+void DecodeIndices(const BmpHeader& header, const uint8_t* data, size_t size, Frame* frame) {
     frame->indices.assign(frame->pixels.size() / 4, 0);
-    if (header.compression == kPlain) {
-        if (!DecodePlainIndices(header, data, size, &frame->indices)) return false;
-    } else {
+    if (header.compression == kPlain)
+        DecodePlainIndices(header, data, &frame->indices);
+    else
         DecodeRunLength(header, data, size, &frame->indices);
-    }
     frame->indexed = true;
     for (size_t i = 0; i < frame->indices.size(); ++i) {
         const bool known = frame->indices[i] < header.palette.size();
@@ -245,8 +250,7 @@ bool DecodeIndices(const BmpHeader& header, const uint8_t* data, size_t size, Fr
         pixel[3] = 255;
         if (!known) frame->indexed = false;
     }
-    if (!frame->indexed) frame->indices.clear();
-    return true;
+    if (!frame->indexed) frame->indices = {};
 }
 
 }  // namespace
@@ -261,18 +265,20 @@ bool ReadBmp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
     if (!SpendPixels(budget, static_cast<uint64_t>(header.width), static_cast<uint64_t>(header.height),
                      error))
         return false;
+    const uint8_t* stored = data + header.pixelOffset;
+    const size_t storedSize = size - header.pixelOffset;
+    if (!HasAllRows(header, storedSize)) {
+        *error = "the BMP file ends before its last row";
+        return false;
+    }
     animation->width = header.width;
     animation->height = header.height;
     Frame frame;
     frame.pixels.resize(size_t{4} * static_cast<size_t>(header.width) * static_cast<size_t>(header.height));
-    const uint8_t* stored = data + header.pixelOffset;
-    const size_t storedSize = size - header.pixelOffset;
-    const bool complete = header.bitCount > 8 ? DecodeColors(header, stored, storedSize, &frame.pixels)
-                                              : DecodeIndices(header, stored, storedSize, &frame);
-    if (!complete) {
-        *error = "the BMP file ends before its last row";
-        return false;
-    }
+    if (header.bitCount > 8)
+        DecodeColors(header, stored, &frame.pixels);
+    else
+        DecodeIndices(header, stored, storedSize, &frame);
     NoteTransparency(&frame);
     if (header.bitCount <= 8) {
         animation->hasGlobalPalette = true;

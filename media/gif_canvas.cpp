@@ -2,6 +2,9 @@
 #include "media/gif_canvas.h"
 
 #include <algorithm>
+#include <cstring>
+
+#include "media/readers.h"
 
 namespace kfx {
 namespace {
@@ -11,15 +14,44 @@ int16_t FindColor(const std::vector<RgbColor>& palette, RgbColor color) {
     return found == palette.end() ? kOffPalette : static_cast<int16_t>(found - palette.begin());
 }
 
+// The part that lies on the canvas.
+Rectangle OnCanvas(const GifCanvas& canvas, const Rectangle& part) {
+    const int right = std::min(part.left + part.width, canvas.width);
+    const int bottom = std::min(part.top + part.height, canvas.height);
+    return {.left = part.left,
+            .top = part.top,
+            .width = std::max(right - part.left, 0),
+            .height = std::max(bottom - part.top, 0)};
+}
+
+// Calls `use` with the number of the first pixel of each of the part's rows; the part lies on the canvas.
+template <typename Use>
+void ForEachRow(const GifCanvas& canvas, const Rectangle& part, const Use& use) {
+    if (part.width == 0) return;
+    for (int y = part.top; y < part.top + part.height; ++y)
+        use(static_cast<size_t>(y) * static_cast<size_t>(canvas.width) + static_cast<size_t>(part.left));
+}
+
+// `globalIndices` is null when there are none.
+void DrawPixels(const uint8_t* indices, int count, const FrameColors& colors, uint8_t* pixel,
+                int16_t* globalIndices) {
+    const int transparent = colors.transparentIndex;
+    for (int x = 0; x < count; ++x, pixel += 4) {
+        const uint8_t index = indices[x];
+        if (index == transparent) continue;
+        std::memcpy(pixel, colors.pixels[index], 4);
+        if (globalIndices) globalIndices[x] = colors.globalIndices[index];
+    }
+}
+
 }  // namespace
 
-GifCanvas MakeGifCanvas(int width, int height) {
+GifCanvas MakeGifCanvas(int width, int height, bool hasGlobalPalette) {
     GifCanvas canvas;
     canvas.width = width;
     canvas.height = height;
-    const size_t area = static_cast<size_t>(width) * static_cast<size_t>(height);
-    canvas.pixels.assign(4 * area, 0);
-    canvas.globalIndices.assign(area, kOffPalette);
+    if (hasGlobalPalette)
+        canvas.globalIndices.assign(static_cast<size_t>(width) * static_cast<size_t>(height), kOffPalette);
     return canvas;
 }
 
@@ -28,33 +60,68 @@ FrameColors MakeFrameColors(const std::vector<RgbColor>& palette, const std::vec
     FrameColors result;
     result.transparentIndex = transparentIndex;
     const bool isGlobal = &palette == &globalPalette;
+    const int16_t black = FindColor(globalPalette, RgbColor());
     for (size_t i = 0; i < 256; ++i) {
         const bool stored = i < palette.size();
-        result.colors[i] = stored ? palette[i] : RgbColor();
-        result.globalIndices[i] =
-            isGlobal && stored ? static_cast<int16_t>(i) : FindColor(globalPalette, result.colors[i]);
+        const RgbColor color = stored ? palette[i] : RgbColor();
+        const uint8_t pixel[] = {color.red, color.green, color.blue, 255};
+        std::memcpy(result.pixels[i], pixel, 4);
+        if (!stored)
+            result.globalIndices[i] = black;
+        else
+            result.globalIndices[i] = isGlobal ? static_cast<int16_t>(i) : FindColor(globalPalette, color);
     }
     return result;
 }
 
-void DrawGifRow(GifCanvas* canvas, int left, int top, const uint8_t* indices, int count,
+std::vector<uint8_t> CopyGifCanvas(const GifCanvas& canvas, const std::vector<Frame>& frames) {
+    if (canvas.shown == kEmptyCanvas) {
+        const size_t area = static_cast<size_t>(canvas.width) * static_cast<size_t>(canvas.height);
+        return std::vector<uint8_t>(4 * area);
+    }
+    std::vector<uint8_t> picture = frames[canvas.shown].pixels;
+    ForEachRow(canvas, canvas.cleared, [&](size_t first) {
+        std::fill_n(picture.data() + 4 * first, 4 * static_cast<size_t>(canvas.cleared.width), uint8_t{0});
+    });
+    return picture;
+}
+
+void DrawGifRow(GifCanvas* canvas, uint8_t* picture, int left, int top, const uint8_t* indices, int count,
                 const FrameColors& colors) {
     if (top >= canvas->height || left >= canvas->width) return;
     const int visible = std::min(count, canvas->width - left);
     const size_t start =
         static_cast<size_t>(top) * static_cast<size_t>(canvas->width) + static_cast<size_t>(left);
-    uint8_t* pixel = canvas->pixels.data() + 4 * start;
-    int16_t* globalIndex = canvas->globalIndices.data() + start;
-    for (int x = 0; x < visible; ++x, pixel += 4, ++globalIndex) {
-        const uint8_t index = indices[x];
-        if (index == colors.transparentIndex) continue;
-        const RgbColor color = colors.colors[index];
-        pixel[0] = color.red;
-        pixel[1] = color.green;
-        pixel[2] = color.blue;
-        pixel[3] = 255;
-        *globalIndex = colors.globalIndices[index];
-    }
+    int16_t* globalIndices = canvas->globalIndices.empty() ? nullptr : canvas->globalIndices.data() + start;
+    DrawPixels(indices, visible, colors, picture + 4 * start, globalIndices);
+}
+
+void FinishGifFrame(const GifCanvas& canvas, const std::vector<Frame>& frames, Frame* frame) {
+    // Drawing makes nothing transparent.
+    const bool wasOpaque = canvas.shown != kEmptyCanvas && !frames[canvas.shown].transparent &&
+                           (canvas.cleared.width == 0 || canvas.cleared.height == 0);
+    if (!wasOpaque) NoteTransparency(frame);
+    const std::vector<int16_t>& indices = canvas.globalIndices;
+    if (indices.empty() || frame->transparent) return;
+    int16_t allBits = 0;  // only kOffPalette is negative
+    for (const int16_t index : indices) allBits |= index;
+    frame->indexed = allBits >= 0;
+    if (!frame->indexed) return;
+    frame->indices.resize(indices.size());
+    std::transform(indices.begin(), indices.end(), frame->indices.begin(),
+                   [](int16_t index) { return static_cast<uint8_t>(index); });
+}
+
+std::vector<int16_t> SaveGlobalIndices(const GifCanvas& canvas, const Rectangle& part) {
+    const Rectangle visible = OnCanvas(canvas, part);
+    std::vector<int16_t> saved;
+    if (canvas.globalIndices.empty()) return saved;
+    saved.reserve(static_cast<size_t>(visible.width) * static_cast<size_t>(visible.height));
+    ForEachRow(canvas, visible, [&](size_t first) {
+        const int16_t* row = canvas.globalIndices.data() + first;
+        saved.insert(saved.end(), row, row + visible.width);
+    });
+    return saved;
 }
 
 bool RestoresCanvas(int disposal) {
@@ -62,21 +129,27 @@ bool RestoresCanvas(int disposal) {
     return disposal == kDisposalPrevious || disposal == 4;
 }
 
-void DisposeGifFrame(GifCanvas* canvas, const Rectangle& frame, int disposal, GifCanvas* before) {
-    if (RestoresCanvas(disposal)) {
-        std::swap(*canvas, *before);
-        return;
+void DisposeGifFrame(GifCanvas* canvas, size_t frame, const Rectangle& place, int disposal,
+                     const std::vector<int16_t>& before) {
+    const Rectangle visible = OnCanvas(*canvas, place);
+    const auto width = static_cast<size_t>(visible.width);
+    const bool restores = RestoresCanvas(disposal);
+    const bool clears = disposal == kDisposalBackground;
+    if (!restores) {
+        canvas->shown = frame;
+        canvas->cleared = clears ? visible : Rectangle();
     }
-    if (disposal != kDisposalBackground) return;
-    const int right = std::min(frame.left + frame.width, canvas->width);
-    const int bottom = std::min(frame.top + frame.height, canvas->height);
-    for (int y = frame.top; y < bottom && frame.left < right; ++y) {
-        const auto row = static_cast<ptrdiff_t>(y) * canvas->width;
-        std::fill(canvas->pixels.begin() + 4 * (row + frame.left), canvas->pixels.begin() + 4 * (row + right),
-                  uint8_t{0});
-        std::fill(canvas->globalIndices.begin() + row + frame.left,
-                  canvas->globalIndices.begin() + row + right, kOffPalette);
-    }
+    if (canvas->globalIndices.empty() || !(restores || clears)) return;
+    const int16_t* saved = before.data();
+    ForEachRow(*canvas, visible, [&](size_t first) {
+        int16_t* row = canvas->globalIndices.data() + first;
+        if (clears) {
+            std::fill_n(row, width, kOffPalette);
+        } else {
+            std::copy_n(saved, width, row);
+            saved += width;
+        }
+    });
 }
 
 }  // namespace kfx

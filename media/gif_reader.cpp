@@ -8,23 +8,34 @@
 #include <gif_lib.h>
 
 #include "media/gif_canvas.h"
+#include "media/gif_survey.h"
 #include "media/readers.h"
 
 namespace kfx {
 namespace {
 
+// A file in memory as the library reads it. The data of a cut file seem to end with its last byte: the length
+// of the block that is cut is what there is of it, and a terminator follows.
 struct MemoryInput {
     const uint8_t* data;
     size_t size;
     size_t position;
+    size_t cutBlock;  // as in GifSurvey
 };
 
 int ReadFromMemory(GifFileType* gif, GifByteType* target, int length) {
     auto* input = static_cast<MemoryInput*>(gif->UserData);
-    const size_t count = std::min(static_cast<size_t>(std::max(length, 0)), input->size - input->position);
-    std::memcpy(target, input->data + input->position, count);
+    const size_t wanted = static_cast<size_t>(std::max(length, 0));
+    const size_t start = input->position;
+    const size_t count = std::min(wanted, input->size - std::min(input->size, start));
+    std::memcpy(target, input->data + start, count);
     input->position += count;
-    return static_cast<int>(count);
+    if (start <= input->cutBlock && input->cutBlock < input->position)
+        target[input->cutBlock - start] = static_cast<GifByteType>(input->size - input->cutBlock - 1);
+    if (count == wanted || input->position != input->size) return static_cast<int>(count);
+    target[count] = 0;
+    ++input->position;
+    return static_cast<int>(count) + 1;
 }
 
 struct GifCloser {
@@ -33,7 +44,8 @@ struct GifCloser {
 
 struct GifReader {
     GifFileType* gif;
-    PixelBudget* budget;
+    MemoryInput* input;
+    const GifSurvey* survey;
     Animation* animation;
     GifCanvas canvas;
     GraphicsControlBlock control;  // for the next image only
@@ -54,8 +66,9 @@ std::vector<RgbColor> ColorsOf(const ColorMapObject* map) {
 void ReadScreen(GifReader* reader) {
     const GifFileType* gif = reader->gif;
     Animation* animation = reader->animation;
-    animation->width = gif->SWidth;
-    animation->height = gif->SHeight;
+    animation->width = reader->survey->width;
+    animation->height = reader->survey->height;
+    animation->frames.reserve(reader->survey->images);
     if (!gif->SColorMap) return;
     animation->globalPalette = ColorsOf(gif->SColorMap);
     animation->hasGlobalPalette = true;
@@ -111,18 +124,11 @@ bool ReadExtension(GifReader* reader) {
     return true;
 }
 
-// An image without pixels has data, too, which must be skipped.
-bool SkipImageData(GifFileType* gif) {
-    int codeSize = 0;
-    GifByteType* block = nullptr;
-    if (DGifGetCode(gif, &codeSize, &block) == GIF_ERROR) return false;
-    while (block)
-        if (DGifGetCodeNext(gif, &block) == GIF_ERROR) return false;
-    return true;
-}
-
-bool DrawImage(GifReader* reader, const Rectangle& frame, const FrameColors& colors) {
-    if (frame.width == 0 || frame.height == 0) return SkipImageData(reader->gif);
+// Decodes the image's pixels and draws them into the picture. Returns how many there are before its end or
+// before damage. The library gives whole rows or nothing; from the row `exact` on (in the file's order),
+// pixels are taken one by one.
+uint64_t DrawImage(GifReader* reader, const Rectangle& place, const FrameColors& colors, uint64_t exact,
+                   uint8_t* picture) {
     struct Pass {
         int first;
         int step;
@@ -133,120 +139,118 @@ bool DrawImage(GifReader* reader, const Rectangle& frame, const FrameColors& col
     const bool interlaced = reader->gif->Image.Interlace;
     const Pass* passes = interlaced ? kInterlaced : kSequential;
     const int passCount = interlaced ? 4 : 1;
-    std::vector<uint8_t> row(static_cast<size_t>(frame.width));
+    std::vector<uint8_t> row(static_cast<size_t>(place.width));
+    uint64_t rows = 0;
     for (int pass = 0; pass < passCount; ++pass) {
-        for (int y = passes[pass].first; y < frame.height; y += passes[pass].step) {
-            if (DGifGetLine(reader->gif, row.data(), frame.width) == GIF_ERROR) return false;
-            DrawGifRow(&reader->canvas, frame.left, frame.top + y, row.data(), frame.width, colors);
+        for (int y = passes[pass].first; y < place.height; y += passes[pass].step, ++rows) {
+            const int step = rows < exact ? place.width : 1;
+            int x = 0;
+            while (x < place.width && DGifGetLine(reader->gif, row.data() + x, step) != GIF_ERROR) x += step;
+            DrawGifRow(&reader->canvas, picture, place.left, place.top + y, row.data(), x, colors);
+            if (x < place.width) return rows * row.size() + static_cast<uint64_t>(x);
         }
     }
-    return true;
+    return rows * row.size();
 }
 
-// Copies the canvas into the frame; its indices are kept when every pixel is on the global palette.
-void TakeCanvas(const GifCanvas& canvas, Frame* frame) {
-    frame->pixels = canvas.pixels;
-    NoteTransparency(frame);
-    const auto& indices = canvas.globalIndices;
-    frame->indexed = std::find(indices.begin(), indices.end(), kOffPalette) == indices.end();
-    if (!frame->indexed) return;
-    frame->indices.resize(indices.size());
-    std::transform(indices.begin(), indices.end(), frame->indices.begin(),
-                   [](int16_t index) { return static_cast<uint8_t>(index); });
-}
+enum class ImageResult { Done, Partial, Damaged };
 
-enum class ImageResult { Done, Damaged, Refused };
-
-ImageResult ReadImage(GifReader* reader, std::string* error) {
+// Draws the image whose header is at `start` into the picture. Of the first image, the part before damage
+// counts.
+ImageResult DecodeImage(GifReader* reader, const GifImageHeader& header, size_t start,
+                        const GraphicsControlBlock& control, uint8_t* picture) {
     GifFileType* gif = reader->gif;
-    Animation* animation = reader->animation;
-    if (DGifGetImageDesc(gif) == GIF_ERROR) return ImageResult::Damaged;
-    const GifImageDesc& image = gif->Image;
-    const Rectangle place = {image.Left, image.Top, image.Width, image.Height};
-    if (animation->frames.empty()) {
-        // For a screen without a size, viewers take the size of the first image.
-        if (animation->width == 0) animation->width = place.left + place.width;
-        if (animation->height == 0) animation->height = place.top + place.height;
-    }
-    const auto canvasWidth = static_cast<uint64_t>(animation->width);
-    const auto canvasHeight = static_cast<uint64_t>(animation->height);
-    const auto imageWidth = static_cast<uint64_t>(place.width);
-    const auto imageHeight = static_cast<uint64_t>(place.height);
-    if (!SpendPixels(reader->budget, canvasWidth, canvasHeight, error)) return ImageResult::Refused;
-    // An image beyond its canvas is cut, but has to be decoded first.
-    if (imageWidth * imageHeight > canvasWidth * canvasHeight &&
-        !SpendPixels(reader->budget, imageWidth, imageHeight, error))
-        return ImageResult::Refused;
-    if (animation->width == 0 || animation->height == 0) return ImageResult::Damaged;
-    if (!image.ColorMap && !gif->SColorMap) return ImageResult::Damaged;
+    const Rectangle& place = header.place;
+    if (place.width == 0 || place.height == 0) return ImageResult::Damaged;
+    if (DGifGetImageHeader(gif) == GIF_ERROR) return ImageResult::Damaged;
+    const ColorMapObject* local = gif->Image.ColorMap;
+    const std::vector<RgbColor>& globalPalette = reader->animation->globalPalette;
+    const std::vector<RgbColor> localPalette = local ? ColorsOf(local) : std::vector<RgbColor>();
+    const FrameColors colors =
+        MakeFrameColors(local ? localPalette : globalPalette, globalPalette, control.TransparentColor);
+    const auto width = static_cast<uint64_t>(place.width);
+    const uint64_t whole = width * static_cast<uint64_t>(place.height);
+    uint64_t drawn = DrawImage(reader, place, colors, whole, picture);
+    if (drawn == whole) return ImageResult::Done;
+    if (!reader->animation->frames.empty()) return ImageResult::Damaged;
+    // Once more, for the pixels of the row in which it ended.
+    reader->input->position = start;
+    if (DGifGetImageHeader(gif) == GIF_ERROR) return ImageResult::Damaged;
+    drawn = DrawImage(reader, place, colors, drawn / width, picture);
+    return drawn > 0 ? ImageResult::Partial : ImageResult::Damaged;
+}
 
-    if (animation->frames.empty()) reader->canvas = MakeGifCanvas(animation->width, animation->height);
+ImageResult ReadImage(GifReader* reader) {
+    Animation* animation = reader->animation;
+    MemoryInput* input = reader->input;
+    const size_t start = input->position;
     const GraphicsControlBlock control = reader->control;
     reader->control = kNoControl;
-    const std::vector<RgbColor> localPalette =
-        image.ColorMap ? ColorsOf(image.ColorMap) : std::vector<RgbColor>();
-    const FrameColors colors = MakeFrameColors(image.ColorMap ? localPalette : animation->globalPalette,
-                                               animation->globalPalette, control.TransparentColor);
-    GifCanvas before;
-    if (RestoresCanvas(control.DisposalMode)) before = reader->canvas;
-    if (!DrawImage(reader, place, colors)) return ImageResult::Damaged;
+    GifImageHeader header;
+    if (!ReadGifImageHeader(input->data, input->size, start - 1, &header)) return ImageResult::Damaged;
 
+    if (animation->frames.empty())
+        reader->canvas = MakeGifCanvas(animation->width, animation->height, animation->hasGlobalPalette);
+    const bool restored = RestoresCanvas(control.DisposalMode);
+    const bool isLast = animation->frames.size() + 1 == reader->survey->images;
+    std::vector<int16_t> before;
+    if (restored && !isLast) before = SaveGlobalIndices(reader->canvas, header.place);
     Frame frame;
-    frame.left = place.left;
-    frame.top = place.top;
+    frame.pixels = CopyGifCanvas(reader->canvas, animation->frames);
+    ImageResult result = ImageResult::Done;
+    size_t end = 0;
+    if (IsEmptyGifImage(input->data, input->size, header, &end))
+        input->position = end;
+    else
+        result = DecodeImage(reader, header, start, control, frame.pixels.data());
+    if (result == ImageResult::Damaged) return result;
+
+    frame.left = header.place.left;
+    frame.top = header.place.top;
     frame.disposal = control.DisposalMode;
     frame.delay = control.DelayTime;
-    TakeCanvas(reader->canvas, &frame);
+    FinishGifFrame(reader->canvas, animation->frames, &frame);
     animation->frames.push_back(std::move(frame));
-    DisposeGifFrame(&reader->canvas, place, control.DisposalMode, &before);
-    return ImageResult::Done;
+    if (!isLast)
+        DisposeGifFrame(&reader->canvas, animation->frames.size() - 1, header.place, control.DisposalMode,
+                        before);
+    return result;
 }
 
-// True when the file was read up to its trailer; false for damage, or for a refusal with a clause in *error.
-bool ReadRecords(GifReader* reader, std::string* error) {
+// Reads until the trailer, the end or damage, and sets the warning.
+void ReadRecords(GifReader* reader) {
+    Animation* animation = reader->animation;
     for (;;) {
         GifRecordType type = UNDEFINED_RECORD_TYPE;
-        if (DGifGetRecordType(reader->gif, &type) == GIF_ERROR) return false;
-        if (type == TERMINATE_RECORD_TYPE) return true;
+        if (reader->input->position >= reader->input->size && !reader->survey->cut) return;
+        if (DGifGetRecordType(reader->gif, &type) == GIF_ERROR) break;
+        if (type == TERMINATE_RECORD_TYPE) return;
         if (type == EXTENSION_RECORD_TYPE) {
-            if (!ReadExtension(reader)) return false;
-        } else if (ReadImage(reader, error) != ImageResult::Done) {
-            return false;
+            if (!ReadExtension(reader)) break;
+            continue;
         }
+        const ImageResult result = ReadImage(reader);
+        if (result == ImageResult::Partial) {
+            animation->warning =
+                "the file is damaged or cut inside its first frame; only the part that is there is shown";
+            return;
+        }
+        if (result == ImageResult::Damaged) break;
     }
-}
-
-size_t PaletteBytes(uint8_t flags) { return flags & 0x80 ? size_t{6} << (flags & 7) : 0; }
-
-// The images that the file has up to its end or to the first place that is none of its records; nothing is
-// decoded.
-uint64_t CountImages(const uint8_t* data, size_t size) {
-    constexpr size_t kScreenEnd = 13;
-    constexpr size_t kDescriptorSize = 10;
-    if (size < kScreenEnd) return 0;
-    uint64_t count = 0;
-    size_t at = kScreenEnd + PaletteBytes(data[10]);
-    while (at < size) {
-        const bool isImage = data[at] == 0x2C;
-        if (isImage && size - at > kDescriptorSize)
-            at += kDescriptorSize + PaletteBytes(data[at + kDescriptorSize - 1]) + 1;
-        else if (data[at] == 0x21)
-            at += 2;
-        else
-            return count;
-        while (at < size && data[at] != 0) at += size_t{1} + data[at];
-        if (at >= size) return count;
-        ++at;
-        count += isImage;
-    }
-    return count;
+    animation->warning = DamageWarning(animation->frames.size());
 }
 
 }  // namespace
 
 bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
              std::string* error) {
-    MemoryInput input = {.data = data, .size = size, .position = 0};
+    const GifSurvey survey = SurveyGif(data, size);
+    // Refused at once, before frames take memory.
+    if (!SpendFrames(budget, static_cast<uint64_t>(survey.width), static_cast<uint64_t>(survey.height),
+                     survey.images, error) ||
+        !SpendHiddenPixels(budget, survey.excessPixels, error))
+        return false;
+    MemoryInput input = {.data = data, .size = size, .position = 0, .cutBlock = survey.cutBlock};
     int code = 0;
     const std::unique_ptr<GifFileType, GifCloser> gif(DGifOpen(&input, ReadFromMemory, &code));
     if (!gif) {
@@ -254,24 +258,19 @@ bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
                                                   : "the GIF file is damaged at its beginning";
         return false;
     }
-    // Refused at once, before frames take memory. What is wrong with the records is found out later.
-    PixelBudget foreseen = *budget;
-    if (!SpendFrames(&foreseen, static_cast<uint64_t>(gif->SWidth), static_cast<uint64_t>(gif->SHeight),
-                     CountImages(data, size), error))
-        return false;
-    GifReader reader = {
-        .gif = gif.get(), .budget = budget, .animation = animation, .canvas = {}, .control = kNoControl};
+    GifReader reader = {.gif = gif.get(),
+                        .input = &input,
+                        .survey = &survey,
+                        .animation = animation,
+                        .canvas = {},
+                        .control = kNoControl};
     ReadScreen(&reader);
-    error->clear();
-    const bool whole = ReadRecords(&reader, error);
-    if (!error->empty()) return false;
-    if (animation->frames.empty()) {
-        *error = whole ? "the GIF file has no frames"
-                       : "the GIF file is damaged before the end of its first frame";
-        return false;
-    }
-    if (!whole) animation->warning = DamageWarning(animation->frames.size());
-    return true;
+    const bool hasSize = survey.width > 0 && survey.height > 0;
+    if (hasSize) ReadRecords(&reader);
+    if (!animation->frames.empty()) return true;
+    *error = animation->warning.empty() ? "the GIF file has no frames"
+                                        : "the GIF file is damaged before the end of its first frame";
+    return false;
 }
 
 }  // namespace kfx

@@ -18,11 +18,15 @@ struct PixelBudget {
 };
 
 // Called before every allocation or decoding of width x height pixels: false with a clause in *error when a
-// side or the running sum is beyond the limits.
+// side or the running sum is beyond the limits. The clause names what was asked for, the limit, and what
+// raises it.
 bool SpendPixels(PixelBudget* budget, uint64_t width, uint64_t height, std::string* error);
 
 // The same for all frames of a file at once, before the first is decoded.
 bool SpendFrames(PixelBudget* budget, uint64_t width, uint64_t height, uint64_t frames, std::string* error);
+
+// The same for pixels that are decoded besides those of the frames, in parts that no frame shows.
+bool SpendHiddenPixels(PixelBudget* budget, uint64_t pixels, std::string* error);
 
 // Milliseconds to hundredths of a second. What rounding takes or adds goes to the next frame, so that the
 // animation keeps its pace (33 ms become 3, 3, 4, ...); but a frame of 15 ms and more never falls to a single

@@ -198,7 +198,7 @@ TEST(Apng, The_budget_counts_all_frames_before_the_first_is_decoded) {
     limits.maxPixels = 11;
     const std::vector<TestFrame> frames(3, {.color = kRed, .place = kAll});
     EXPECT_EQ(ErrorOf(BuildApng(frames), limits),
-              "the frames together have more than 11 pixels, which is too much to hold");
+              "the 3 frames of 4 x 1 together have 12 pixels; the limit is 11");
     limits.maxPixels = 12;
     Animation animation;
     std::string error;

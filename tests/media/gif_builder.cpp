@@ -74,12 +74,16 @@ void PutImage(Bytes* file, const TestImage& image) {
     file->push_back(0x2C);
     PutU16(file, image.left);
     PutU16(file, image.top);
-    PutU16(file, static_cast<int>(rows[0].size()));
-    PutU16(file, static_cast<int>(rows.size()));
+    PutU16(file, image.width >= 0 ? image.width : static_cast<int>(rows[0].size()));
+    PutU16(file, image.height >= 0 ? image.height : static_cast<int>(rows.size()));
     const bool local = !image.localPalette.empty();
     file->push_back(
         static_cast<uint8_t>((local ? 0x80 | (kCodeSize - 1) : 0) | (image.interlaced ? 0x40 : 0)));
     if (local) PutPalette(file, image.localPalette);
+    if (!image.hasData) {
+        file->insert(file->end(), {kCodeSize, 0});
+        return;
+    }
 
     std::vector<size_t> order;
     for (size_t y = 0; y < rows.size(); ++y) order.push_back(y);
@@ -124,7 +128,7 @@ Bytes BuildGif(const TestGif& gif) {
         file.push_back(0);
     }
     for (const TestImage& image : gif.images) PutImage(&file, image);
-    file.push_back(0x3B);
+    if (gif.hasTrailer) file.push_back(0x3B);
     return file;
 }
 

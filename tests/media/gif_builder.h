@@ -28,6 +28,9 @@ struct TestImage {
     bool interlaced = false;
     bool hasControl = true;    // the extension with delay, disposal and transparent index
     std::string localPalette;  // letters; empty: none
+    int width = -1;            // of the descriptor; -1: that of the picture
+    int height = -1;
+    bool hasData = true;  // else there is a code size and no block; an empty picture has an end code only
 };
 
 struct TestGif {
@@ -38,6 +41,7 @@ struct TestGif {
     int loopCount = -1;  // of the loop extension; -1: none
     std::vector<std::string> comments;
     std::vector<TestImage> images;
+    bool hasTrailer = true;
 };
 
 Bytes BuildGif(const TestGif& gif);

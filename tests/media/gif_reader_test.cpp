@@ -125,12 +125,6 @@ TEST(GifReader, An_image_uses_its_local_palette_for_its_pixels) {
     EXPECT_FALSE(withoutGlobal.frames[0].indexed);
 }
 
-TEST(GifReader, An_image_without_any_palette_is_damage) {
-    TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
-    gif.hasGlobalPalette = false;
-    EXPECT_EQ(ErrorOf(BuildGif(gif)), "the GIF file is damaged before the end of its first frame");
-}
-
 TEST(GifReader, An_opaque_frame_on_the_global_palette_keeps_its_indices) {
     const Animation animation = ReadOrFail(BuildGif(Gif(4, 1, {Part("KRGB", 0, 0, 0), Part("W", 1, 0, 0)})));
     ASSERT_TRUE(animation.frames[0].indexed);
@@ -194,85 +188,8 @@ TEST(GifReader, Comments_are_joined_by_line_feeds) {
     EXPECT_EQ(ReadOrFail(BuildGif(gif)).comment, "drawn by hand\ntwice");
 }
 
-TEST(GifReader, A_cut_file_gives_its_complete_frames_and_a_warning) {
-    const Bytes file = BuildGif(Gif(3, 1, {Part("RGB", 0, 0, 0), Part("YYY", 0, 0, 0)}));
-    for (size_t length = 0; length < file.size(); ++length) {
-        const Bytes cut(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
-        Animation animation;
-        std::string error;
-        if (ReadAnimationFromMemory(cut.data(), cut.size(), &animation, &error)) {
-            ASSERT_GE(animation.frames.size(), 1u) << length;
-            EXPECT_EQ(ShowFrame(animation, 0), "RGB");
-            EXPECT_NE(animation.warning, "") << length;
-        } else {
-            EXPECT_NE(error, "") << length;
-            EXPECT_TRUE(animation.frames.empty());
-        }
-    }
-    const Bytes withoutTrailer(file.begin(), file.end() - 1);
-    const Animation animation = ReadOrFail(withoutTrailer);
-    EXPECT_EQ(animation.frames.size(), 2u);
-    EXPECT_EQ(animation.warning,
-              "the file is damaged or cut after frame 2; only the frames up to there are used");
-    EXPECT_EQ(ReadOrFail(file).warning, "");
-}
-
 TEST(GifReader, A_file_without_frames_is_an_error) {
     EXPECT_EQ(ErrorOf(BuildGif(Gif(5, 5, {}))), "the GIF file has no frames");
-}
-
-TEST(GifReader, A_screen_without_size_takes_that_of_the_first_image) {
-    const Animation animation = ReadOrFail(BuildGif(Gif(0, 0, {Part("RG/BY", 0, 0, 0)})));
-    EXPECT_EQ(animation.width, 2);
-    EXPECT_EQ(animation.height, 2);
-    EXPECT_EQ(ShowFrame(animation, 0), "RG/BY");
-}
-
-TEST(GifReader, Absurd_sizes_are_refused_before_anything_is_allocated) {
-    // 65535 x 65535 pixels would be 16 GiB: reading them at all would take far longer than a test may.
-    EXPECT_EQ(ErrorOf(BuildGif(Gif(65535, 65535, {Part("R", 0, 0, 0)}))),
-              "the picture of 65535 x 65535 pixels is too large: a side may have 16384");
-    ReadLimits limits;
-    limits.maxSide = 100000;
-    EXPECT_EQ(ErrorOf(BuildGif(Gif(65535, 65535, {Part("R", 0, 0, 0)})), limits),
-              "the frames together have more than 536870912 pixels, which is too much to hold");
-}
-
-TEST(GifReader, The_budget_counts_all_frames_together) {
-    const Bytes file =
-        BuildGif(Gif(1000, 1000, {Part("R", 0, 0, 0), Part("R", 0, 0, 0), Part("R", 0, 0, 0)}));
-    ReadLimits limits;
-    limits.maxPixels = 3000000;
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits)) << error;
-    limits.maxPixels = 2999999;
-    EXPECT_EQ(ErrorOf(file, limits),
-              "the frames together have more than 2999999 pixels, which is too much to hold");
-}
-
-TEST(GifReader, Too_many_frames_are_refused_before_the_first_is_decoded) {
-    Bytes file = BuildGif(Gif(1000, 1000, {Part("R", 0, 0, 0), Part("R", 0, 0, 0), Part("R", 0, 0, 0)}));
-    const size_t codeSize = 13 + 24 + 8 + 10;  // screen, palette, graphics control, descriptor
-    ASSERT_EQ(file[codeSize], 3);
-    file[codeSize] = 99;  // whoever decodes the first frame finds this
-    ReadLimits limits;
-    limits.maxPixels = 2999999;
-    EXPECT_EQ(ErrorOf(file, limits),
-              "the frames together have more than 2999999 pixels, which is too much to hold");
-    limits.maxPixels = 3000000;
-    EXPECT_EQ(ErrorOf(file, limits), "the GIF file is damaged before the end of its first frame");
-}
-
-TEST(GifReader, An_image_far_larger_than_its_canvas_counts_in_the_budget) {
-    Bytes file = BuildGif(Gif(2, 2, {Part("RR/RR", 0, 0, 0)}));
-    const size_t descriptor = 13 + 24 + 8;  // screen, palette, graphics control
-    ASSERT_EQ(file[descriptor], 0x2C);
-    for (const size_t offset : {5u, 6u, 7u, 8u}) file[descriptor + offset] = 0x3F;  // 16191 x 16191
-    ReadLimits limits;
-    limits.maxPixels = 1000000;
-    EXPECT_EQ(ErrorOf(file, limits),
-              "the frames together have more than 1000000 pixels, which is too much to hold");
 }
 
 }  // namespace

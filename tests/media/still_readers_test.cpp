@@ -109,7 +109,7 @@ TEST(PngReader, Absurd_sizes_are_refused_before_anything_is_allocated) {
     const unsigned checksum = lodepng_crc32(file.data() + 12, 17);
     for (unsigned i = 0; i < 4; ++i) file[29 + i] = static_cast<uint8_t>(checksum >> (24 - 8 * i));
     EXPECT_EQ(ErrorOf(file),
-              "the picture of 2130706433 x 2130706433 pixels is too large: a side may have 16384");
+              "the picture of 2130706433 x 2130706433 pixels is too large: a side may have 65535");
 }
 
 void PutU16(Bytes* file, unsigned value) {
@@ -226,8 +226,11 @@ TEST(BmpReader, Values_that_no_bitmap_has_are_an_error) {
     EXPECT_EQ(ErrorOf(MakeBmp(0, 2, 8, 0, BmpPalette(8), Bytes(8))), unknown);
     EXPECT_EQ(ErrorOf(MakeBmp(3, INT32_MIN, 8, 0, BmpPalette(8), Bytes(8))), unknown);
     EXPECT_EQ(ErrorOf(MakeBmp(3, 2, 8, 4, BmpPalette(8), Bytes(8))), unknown);
-    EXPECT_EQ(ErrorOf(MakeBmp(20000, 20000, 24, 0, {}, Bytes(8))),
-              "the picture of 20000 x 20000 pixels is too large: a side may have 16384");
+    EXPECT_EQ(ErrorOf(MakeBmp(70000, 20000, 24, 0, {}, Bytes(8))),
+              "the picture of 70000 x 20000 pixels is too large: a side may have 65535");
+    EXPECT_EQ(ErrorOf(MakeBmp(30000, 20000, 24, 0, {}, Bytes(8))),
+              "the picture of 30000 x 20000 has 600000000 pixels; the limit is 536870912");
+    EXPECT_EQ(ErrorOf(MakeBmp(20000, 20000, 24, 0, {}, Bytes(8))), "the BMP file ends before its last row");
 }
 
 }  // namespace

@@ -1,8 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <webp/decode.h>
+#include <webp/demux.h>
+#include <webp/encode.h>
+#include <webp/mux.h>
+
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <random>
 
 #include "media/animation_writer.h"
 #include "media/file_io.h"
@@ -124,12 +131,100 @@ TEST(WebpReader, The_budget_counts_all_frames_together) {
     Animation animation;
     std::string error;
     EXPECT_FALSE(Read(file, &animation, &error, limits));
-    EXPECT_EQ(error, "the frames together have more than 299 pixels, which is too much to hold");
+    EXPECT_EQ(error, "the 3 frames of 10 x 10 together have 300 pixels; the limit is 299");
     limits.maxPixels = 300;
     EXPECT_TRUE(Read(file, &animation, &error, limits)) << error;
     limits.maxSide = 9;
     EXPECT_FALSE(Read(file, &animation, &error, limits));
     EXPECT_EQ(error, "the picture of 10 x 10 pixels is too large: a side may have 9");
+}
+
+Bytes EncodePicture(const Bytes& rgba, int width, int height) {
+    uint8_t* output = nullptr;
+    const size_t size = WebPEncodeLosslessRGBA(rgba.data(), width, height, 4 * width, &output);
+    Bytes file(output, output + size);
+    WebPFree(output);
+    return file;
+}
+
+// Frames of any place, blending and disposal, with alphas of all kinds.
+Bytes RandomFile(int width, int height, int frames, std::mt19937* random) {
+    const std::unique_ptr<WebPMux, void (*)(WebPMux*)> mux(WebPMuxNew(), WebPMuxDelete);
+    const auto upTo = [&](int most) {
+        return static_cast<int>((*random)() % static_cast<unsigned>(most + 1));
+    };
+    for (int i = 0; i < frames; ++i) {
+        const bool whole = upTo(3) == 0;
+        const int left = whole ? 0 : 2 * upTo((width - 1) / 2);
+        const int top = whole ? 0 : 2 * upTo((height - 1) / 2);
+        const int partWidth = whole ? width : 1 + upTo(width - left - 1);
+        const int partHeight = whole ? height : 1 + upTo(height - top - 1);
+        const bool opaque = upTo(3) == 0;
+        Bytes pixels(4 * static_cast<size_t>(partWidth) * static_cast<size_t>(partHeight));
+        for (size_t at = 0; at < pixels.size(); ++at) {
+            pixels[at] = static_cast<uint8_t>((*random)());
+            if (at % 4 == 3 && opaque) pixels[at] = 255;
+            if (at % 4 == 3 && !opaque && upTo(2) == 0) pixels[at] = upTo(1) == 0 ? 0 : 255;
+        }
+        const Bytes picture = EncodePicture(pixels, partWidth, partHeight);
+        WebPMuxFrameInfo info = {};
+        info.bitstream = {picture.data(), picture.size()};
+        info.x_offset = left;
+        info.y_offset = top;
+        info.duration = 40;
+        info.id = WEBP_CHUNK_ANMF;
+        info.dispose_method = upTo(1) == 0 ? WEBP_MUX_DISPOSE_NONE : WEBP_MUX_DISPOSE_BACKGROUND;
+        info.blend_method = upTo(2) == 0 ? WEBP_MUX_NO_BLEND : WEBP_MUX_BLEND;
+        EXPECT_EQ(WebPMuxPushFrame(mux.get(), &info, 1), WEBP_MUX_OK);
+    }
+    const WebPMuxAnimParams parameters = {.bgcolor = 0xFFFFFFFF, .loop_count = 0};
+    EXPECT_EQ(WebPMuxSetAnimationParams(mux.get(), &parameters), WEBP_MUX_OK);
+    EXPECT_EQ(WebPMuxSetCanvasSize(mux.get(), width, height), WEBP_MUX_OK);
+    WebPData assembled = {};
+    EXPECT_EQ(WebPMuxAssemble(mux.get(), &assembled), WEBP_MUX_OK);
+    Bytes file(assembled.bytes, assembled.bytes + assembled.size);
+    WebPDataClear(&assembled);
+    return file;
+}
+
+TEST(WebpReader, Frames_show_the_same_as_in_the_library_s_own_reader) {
+    std::mt19937 random(36);
+    for (int round = 0; round < 300; ++round) {
+        const int width = 1 + static_cast<int>(random() % 12);
+        const int height = 1 + static_cast<int>(random() % 12);
+        const Bytes file = RandomFile(width, height, 6, &random);
+        Animation animation;
+        std::string error;
+        ASSERT_TRUE(Read(file, &animation, &error)) << error;
+        const WebPData data = {file.data(), file.size()};
+        WebPAnimDecoderOptions options;
+        ASSERT_TRUE(WebPAnimDecoderOptionsInit(&options));
+        const std::unique_ptr<WebPAnimDecoder, void (*)(WebPAnimDecoder*)> decoder(
+            WebPAnimDecoderNew(&data, &options), WebPAnimDecoderDelete);
+        ASSERT_TRUE(decoder);
+        ASSERT_EQ(animation.frames.size(), 6u);
+        for (const Frame& frame : animation.frames) {
+            uint8_t* canvas = nullptr;
+            int time = 0;
+            ASSERT_TRUE(WebPAnimDecoderGetNext(decoder.get(), &canvas, &time));
+            ASSERT_TRUE(std::equal(frame.pixels.begin(), frame.pixels.end(), canvas)) << "round " << round;
+        }
+    }
+}
+
+TEST(WebpReader, A_flat_picture_in_a_few_bytes_is_read) {
+    Animation source;
+    source.width = 3000;
+    source.height = 2000;
+    source.frames.resize(1);
+    for (int i = 0; i < 3000 * 2000; ++i)
+        source.frames[0].pixels.insert(source.frames[0].pixels.end(), {9, 8, 7, 255});
+    const Bytes file = WebpOf(source);
+    ASSERT_LT(file.size(), 5000u) << "small enough to be looked at twice";
+    Animation animation;
+    std::string error;
+    ASSERT_TRUE(Read(file, &animation, &error)) << error;
+    EXPECT_TRUE(animation.frames[0].pixels == source.frames[0].pixels);
 }
 
 }  // namespace
