@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "commands/alpha_pixels.h"
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
 #include "commands/result_files.h"
@@ -16,14 +17,28 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+bool IsGif(const CommandLine& line) { return EndingOf(line.output) == ".gif"; }
+
+PipelineOptions PipelineOptionsOf(const CommandLine& line) {
+    PipelineOptions options;
+    unsigned color = 0;
+    if (IsGif(line)) options.halfTransparency = HalfTransparency::Threshold;
+    if (IsGif(line) && ParseColor(line.matte, &color)) {
+        options.halfTransparency = HalfTransparency::Mix;
+        options.matte = {static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
+                         static_cast<uint8_t>(color >> 16)};
+    }
+    return options;
+}
+
 // Into session->built, by the engine. Everything of the engine is gone when this returns: its memory is
 // needed for writing.
 bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostSession* session,
-                   Failure* failure) {
+                   PipelineNotes* notes, Failure* failure) {
     EngineStart start;
     start.session = session;
-    // A GIF's frames stand on palettes; those between two effects do not.
-    if (EndingOf(line.output) == ".gif" && line.effects.size() == 1)
+    // A GIF's frames stand on palettes; those between two effects, and those with alpha, do not yet.
+    if (IsGif(line) && line.effects.size() == 1 && !HasAlpha(*session->source))
         start.capabilities = kHostTakesSupercompressed;
     start.fastRemap = line.fastRemap;
     start.ditherBrightness = line.ditherBrightness;
@@ -34,19 +49,21 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostS
     return engine &&
            ResolveJobs(line, HasOwnPalette(*session->source), context.engine, engine.opened, &jobs,
                        failure) &&
-           RunJobs(engine, session, std::move(jobs), failure);
+           RunJobs(engine, session, std::move(jobs), PipelineOptionsOf(line), notes, failure);
 }
 
 // Without an effect the engine is needed only where colours have to become palettes.
-bool Build(CommandLine line, const CommandContext& context, HostSession* session, Failure* failure) {
-    if (!line.effects.empty()) return BuildByEngine(line, context, session, failure);
+bool Build(CommandLine line, const CommandContext& context, HostSession* session, PipelineNotes* notes,
+           Failure* failure) {
+    if (!line.effects.empty()) return BuildByEngine(line, context, session, notes, failure);
+    SettleHalfTransparency(PipelineOptionsOf(line), session->source, notes);
     if (line.trueColor || (line.keepsColors && FitsGifPalettes(*session->source))) {
         session->record = MakeSourceRecord(*session->source);
         session->built = PlainBuild(session->source);
         return true;
     }
-    NameUnchangingEffect(&line);
-    return BuildByEngine(line, context, session, failure);
+    line.effects = {UnchangingEffect()};
+    return BuildByEngine(line, context, session, notes, failure);
 }
 
 ResultOptions OptionsOf(const CommandLine& line) {
@@ -88,7 +105,13 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     if (!ReadSource(line.inputs[0], &source, &report)) return report;
     if (!EditFrames(line.edits, &source, &failure)) return FailedReport(failure);
     if (!CheckOutput(line, ResultPaths(line.output, source.frames.size()), &report)) return report;
-    if (!Build(line, context, &session, &failure)) return FailedReport(failure);
+    PipelineNotes notes;
+    if (!Build(line, context, &session, &notes, &failure)) return FailedReport(failure);
+    if (notes.thresholdApplied) {
+        report.notes.push_back(line.output +
+                               ": a GIF holds no half-transparent pixels; from half on they are opaque, the "
+                               "others are hidden (--matte mixes them onto a colour).");
+    }
     if (line.supercompress && session.record.transparent) {
         report.notes.push_back(
             line.inputs[0] +
@@ -96,7 +119,7 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
             "opaque source.");
     }
     const size_t frames = session.built.frames.size();
-    const size_t colors = CountColors(session.built);
+    const size_t colors = CountColors(session.built, session.record);
     const int width = session.built.width, height = session.built.height;
     WrittenResult written;
     std::string error;

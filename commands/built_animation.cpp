@@ -205,7 +205,7 @@ bool AddBuiltFrame(const AddImageRecord& record, const uint8_t* bitmap, size_t b
     return true;
 }
 
-size_t CountColors(const BuiltAnimation& built) {
+size_t CountColors(const BuiltAnimation& built, const SourceRecord& source) {
     std::vector<bool> drawn(size_t{1} << 24);
     size_t count = 0;
     const auto note = [&](RgbColor color) {
@@ -214,16 +214,19 @@ size_t CountColors(const BuiltAnimation& built) {
         drawn[number] = true;
     };
     for (const BuiltFrame& frame : built.frames) {
+        const std::vector<uint8_t>& alpha = SourceOf(frame, source).alpha;
+        const auto hidden = [&](size_t pixel) { return pixel < alpha.size() && alpha[pixel] == 0; };
         if (frame.indexed) {
             bool used[256] = {};
-            for (const uint8_t index : frame.pixels) used[index] = true;
+            for (size_t i = 0; i < frame.pixels.size(); ++i) used[frame.pixels[i]] |= !hidden(i);
             for (size_t i = 0; i < frame.palette.size(); ++i) {
                 if (used[i] && static_cast<int>(i) != frame.transparentIndex) note(frame.palette[i]);
             }
             continue;
         }
-        for (size_t i = 0; i + 2 < frame.pixels.size(); i += 3)
-            note({frame.pixels[i], frame.pixels[i + 1], frame.pixels[i + 2]});
+        for (size_t i = 0; i + 2 < frame.pixels.size(); i += 3) {
+            if (!hidden(i / 3)) note({frame.pixels[i], frame.pixels[i + 1], frame.pixels[i + 2]});
+        }
     }
     return count;
 }

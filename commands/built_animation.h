@@ -40,8 +40,9 @@ bool BeginTask(const FileObjectRecord& task, BuiltAnimation* built);
 // is damaged, or not as large as the animation.
 bool AddBuiltFrame(const AddImageRecord& record, const uint8_t* bitmap, size_t bytes, BuiltAnimation* built);
 
-// How many different colours the frames draw, before a lossy format changes any.
-size_t CountColors(const BuiltAnimation& built);
+// How many different colours the frames draw, before a lossy format changes any. What the source's alpha
+// hides does not count.
+size_t CountColors(const BuiltAnimation& built, const SourceRecord& source);
 
 // The animation as a viewer plays it, in true colour: transparent pixels show the frames before, and the
 // source's times, loop count, background, metadata and alpha are back. The source's comment stands before the

@@ -108,6 +108,11 @@ void AddApply(CLI::App* app, const Target& target) {
         ->add_option("--local-background", line->localBackground,
                      "Colour that effects show beyond the picture's edges, or `none` for the source's own")
         ->type_name("RRGGBB");
+    apply
+        ->add_option("--matte", line->matte,
+                     "GIF: colour that half-transparent pixels are mixed onto (without it they are opaque or "
+                     "hidden)")
+        ->type_name("RRGGBB");
     AddEngineOptions(apply, target);
 }
 
@@ -202,6 +207,9 @@ std::string FormatMismatch(const CommandLine& line, const std::string& ending) {
         return "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color.";
     if (!gif && line.comment) return "only a GIF holds the plug-in's comment; leave out --comment.";
     if (!gif && line.lossy >= 0) return "--lossy is for GIF files; leave it out, or write .gif.";
+    if (!gif && !line.matte.empty())
+        return "--matte is for GIF files, which hold no half-transparent pixels; leave it out, or write "
+               ".gif.";
     if (ending != ".webp" && webpOption)
         return std::string(webpOption) + " is for WebP files; leave it out, or write .webp.";
     return "";
@@ -244,6 +252,8 @@ bool CheckApply(const ParsedTexts& texts, CommandLine* line, std::string* error)
         *error =
             "--local-background takes a colour as RRGGBB or none, not \"" + line->localBackground + "\".";
     }
+    if (error->empty() && !line->matte.empty() && !ParseColor(line->matte, &color))
+        *error = "--matte takes a colour as RRGGBB, not \"" + line->matte + "\".";
     if (!error->empty()) return false;
     line->trueColor = trueColor;
     line->keepsColors = line->effects.empty() && !paletteOption;

@@ -74,18 +74,21 @@ void ResolveBackground(const CommandLine& line, Job* job) {
 
 }  // namespace
 
+bool ResolveEffectJob(const EffectChoice& choice, const Engine& engine, void* opened, Job* job,
+                      Failure* failure) {
+    *job = {};
+    std::vector<std::string> effects;
+    return engine.listEffects(opened, &effects, failure) && ResolveEffect(choice, effects, job, failure) &&
+           ResolveValues(choice, engine, opened, job, failure);
+}
+
 bool ResolveJobs(const CommandLine& line, bool ownPalette, const Engine& engine, void* opened,
                  std::vector<Job>* jobs, Failure* failure) {
     jobs->clear();
-    std::vector<std::string> effects;
-    if (!engine.listEffects(opened, &effects, failure)) return false;
     for (const EffectChoice& choice : line.effects) {
         Job job;
+        if (!ResolveEffectJob(choice, engine, opened, &job, failure)) return false;
         ResolveBackground(line, &job);
-        if (!ResolveEffect(choice, effects, &job, failure) ||
-            !ResolveValues(choice, engine, opened, &job, failure)) {
-            return false;
-        }
         jobs->push_back(std::move(job));
     }
     Job& last = jobs->back();

@@ -53,6 +53,10 @@ struct Job {
 bool ResolveJobs(const CommandLine& line, bool ownPalette, const Engine& engine, void* opened,
                  std::vector<Job>* jobs, Failure* failure);
 
+// The same for one effect of its own: a job in true colour.
+bool ResolveEffectJob(const EffectChoice& choice, const Engine& engine, void* opened, Job* job,
+                      Failure* failure);
+
 // The value that the job gives the parameter of this name, as shown; `otherwise` when its effect has none.
 int ValueOf(const Job& job, const std::string& parameter, int otherwise);
 

@@ -3,39 +3,77 @@
 
 #include <utility>
 
+#include "commands/alpha_pixels.h"
+#include "commands/plain_build.h"
+#include "commands/stages.h"
+
 namespace kfx::commands {
 namespace {
 
-// Builds the animation in true colour and puts the result in its place. A palette of its own stays with it:
-// a later job may be asked to keep it.
-bool RunStage(const OpenEngine& engine, HostSession* session, const Job& job, Animation* animation,
-              Failure* failure) {
-    const bool hasPalette = animation->hasGlobalPalette;
-    std::vector<RgbColor> palette = std::move(animation->globalPalette);
-    animation->globalPalette = palette;
-    *session->source = std::move(*animation);
+// The last job, without its effect.
+bool MakePaletteJob(const OpenEngine& engine, const Job& last, Job* job, Failure* failure) {
+    if (!ResolveEffectJob(UnchangingEffect(), engine.engine, engine.opened, job, failure)) return false;
+    job->paletteUse = last.paletteUse;
+    job->palette = last.palette;
+    job->dither = last.dither;
+    job->supercompress = last.supercompress;
+    job->comment = last.comment;
+    CompleteValues(job);
+    return true;
+}
+
+// Puts finished frames onto the palette of the last job. The palette is computed from visible colours.
+bool BuildPalette(const OpenEngine& engine, HostSession* session, const Job& last, Animation animation,
+                  Failure* failure) {
+    Job job;
+    if (!MakePaletteJob(engine, last, &job, failure)) return false;
+    SourceRecord record = MakeSourceRecord(animation);
+    FillWithFrequent(&animation.frames);
+    for (Frame& frame : animation.frames) {
+        TakeAlphaOut(&frame.pixels);
+        frame.transparent = false;
+    }
+    *session->source = std::move(animation);
     engine.engine.dropSource(engine.opened);
-    if (!engine.engine.build(engine.opened, job, true, failure)) return false;
-    *animation = PlayBuilt(session->built, session->record);
-    session->built = {};
-    animation->hasGlobalPalette = hasPalette;
-    animation->globalPalette = std::move(palette);
+    if (!engine.engine.build(engine.opened, job, false, failure)) return false;
+    session->record = std::move(record);
     return true;
 }
 
 }  // namespace
 
-bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs, Failure* failure) {
-    if (jobs.size() == 1) return engine.engine.build(engine.opened, jobs.front(), false, failure);
+void SettleHalfTransparency(const PipelineOptions& options, Animation* animation, PipelineNotes* notes) {
+    if (options.halfTransparency == HalfTransparency::Stay) return;
+    for (Frame& frame : animation->frames) {
+        if (options.halfTransparency == HalfTransparency::Mix) MixOnto(options.matte, &frame.pixels);
+        if (ApplyThreshold(&frame.pixels)) notes->thresholdApplied = true;
+        frame.transparent = IsTransparent(frame.pixels);
+    }
+}
+
+bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
+             const PipelineOptions& options, PipelineNotes* notes, Failure* failure) {
+    if (jobs.size() == 1 && !HasAlpha(*session->source))
+        return engine.engine.build(engine.opened, jobs.front(), false, failure);
     Animation animation = std::move(*session->source);
+    const Job last = jobs.back();
     for (Job& job : jobs) {
         CompleteValues(&job);
-        if (&job == &jobs.back()) break;
+        if (&job == &jobs.back() && !HasAlpha(animation)) {
+            *session->source = std::move(animation);
+            engine.engine.dropSource(engine.opened);
+            return engine.engine.build(engine.opened, job, false, failure);
+        }
+        job.paletteUse = PaletteUse::TrueColor;
+        job.dither = job.supercompress = job.comment = false;
         if (!RunStage(engine, session, job, &animation, failure)) return false;
     }
-    *session->source = std::move(animation);
-    engine.engine.dropSource(engine.opened);
-    return engine.engine.build(engine.opened, jobs.back(), false, failure);
+    SettleHalfTransparency(options, &animation, notes);
+    if (last.paletteUse != PaletteUse::TrueColor)
+        return BuildPalette(engine, session, last, std::move(animation), failure);
+    session->record = MakeSourceRecord(animation);
+    session->built = PlainBuild(&animation);
+    return true;
 }
 
 }  // namespace kfx::commands

@@ -9,8 +9,29 @@
 
 namespace kfx::commands {
 
+// What becomes of half-transparent pixels when the result gets a palette.
+enum class HalfTransparency {
+    Stay,       // the format holds them
+    Threshold,  // they are drawn from half of the full alpha on, and hidden below
+    Mix,        // onto a colour
+};
+
+struct PipelineOptions {
+    HalfTransparency halfTransparency = HalfTransparency::Stay;
+    RgbColor matte;  // to mix them onto
+};
+
+struct PipelineNotes {
+    bool thresholdApplied = false;  // to a pixel that was neither opaque nor hidden
+};
+
+// Makes every pixel of the frames opaque or hidden where the options ask for it.
+void SettleHalfTransparency(const PipelineOptions& options, Animation* animation, PipelineNotes* notes);
+
 // Builds the session's source through all jobs into session->built, with what the plug-in does not carry in
-// session->record. The session's source is used up. False: `*failure` says why.
-bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs, Failure* failure);
+// session->record. Alpha follows the effects (alpha_ways.h). An opaque source with one job is built at once.
+// The session's source is used up. False: `*failure` says why.
+bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
+             const PipelineOptions& options, PipelineNotes* notes, Failure* failure);
 
 }  // namespace kfx::commands

@@ -67,8 +67,10 @@ bool FitsGifPalettes(const Animation& animation) {
     return true;
 }
 
-void NameUnchangingEffect(CommandLine* line) {
-    line->effects = {{"HSB and Channels", {{"Enable HSB", "off"}}}};
+const EffectChoice& UnchangingEffect() {
+    static const EffectChoice effect = {
+        "HSB and Channels", {{"Enable HSB", "off"}, {"Enable channels", "off"}, {"Invert colors", "off"}}};
+    return effect;
 }
 
 }  // namespace kfx::commands

@@ -15,8 +15,7 @@ BuiltAnimation PlainBuild(Animation* source);
 // Half-transparent pixels count as what a GIF makes of them.
 bool FitsGifPalettes(const Animation& animation);
 
-// Completes a line without an effect by one that leaves pictures as they are, for an engine that makes
-// palettes.
-void NameUnchangingEffect(CommandLine* line);
+// An effect with settings that leave pictures as they are, for frames that only need a palette.
+const EffectChoice& UnchangingEffect();
 
 }  // namespace kfx::commands

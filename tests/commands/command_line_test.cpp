@@ -230,8 +230,17 @@ TEST(CommandLine, Every_number_is_answered_with_its_range_and_taken_once) {
     }
 }
 
+TEST(CommandLine, A_matte_is_a_colour_and_for_gif_files) {
+    EXPECT_EQ(Accept(Apply("out.gif", {"--matte", "#102030"})).matte, "#102030");
+    EXPECT_EQ(Refuse(Apply("out.gif", {"--matte", "none"})),
+              "--matte takes a colour as RRGGBB, not \"none\".");
+    EXPECT_EQ(
+        Refuse(Apply("out.webp", {"--matte", "102030"})),
+        "--matte is for GIF files, which hold no half-transparent pixels; leave it out, or write .gif.");
+}
+
 TEST(CommandLine, Texts_are_taken_once_and_flags_take_no_value) {
-    for (const char* name : {"--palette", "--local-background", "--output"}) {
+    for (const char* name : {"--palette", "--local-background", "--matte", "--output"}) {
         EXPECT_EQ(Refuse({"apply", "in.gif", "-o", "out.gif", "--effect", "Bump", name, "a", name, "b"}),
                   std::string(name) + " may be given only once.");
     }

@@ -179,6 +179,19 @@ TEST_F(Engines, Transparent_and_single_sources_give_the_same_files) {
     ExpectSameFrom(Apply("single.gif", "out.png", "Emboss", {"--supercompress", "--palette", "custom"}));
 }
 
+TEST_F(Engines, Transparency_follows_the_effects_in_the_same_way) {
+    // One effect for each way, and backgrounds that are set for one effect only.
+    ExpectSameFrom(Apply("holes.gif", "out.webp", "Swirl", {"--set", "Angle=90"}));
+    ExpectSameFrom(Apply("holes.gif", "out.gif", "Motion Blur", {"--matte", "102030", "--dither"}));
+    ExpectSameFrom(Apply("holes.gif", "out.gif", "Glass Block", {"--palette", "original", "--comment"}));
+    ExpectSameFrom(Apply("holes.gif", "out.gif", "HSB", {"--set", "Invert=on", "--palette", "216-color"}));
+    ExpectSameFrom(Apply("holes.gif", "out.png", "Neon", {"--effect", "Implode", "--effect", "Raster"}));
+    ExpectSameFrom(Apply("holes.gif", "out.gif", "Motion Blur",
+                         {"--local-background", "12FE34", "--effect", "Raster", "--supercompress"}));
+    ExpectSameFrom(Apply("holes.gif", "out.webp", "Radial Blur", {"--local-background", "none"}));
+    ExpectSameInSomeSecond(Apply("holes.gif", "out.webp", "Water Drops"));
+}
+
 TEST_F(Engines, A_chain_of_effects_gives_the_same_files) {
     ExpectSameFrom(Apply("plain.gif", "out.gif", "Swirl",
                          {"--set", "Angle=90", "--effect", "Emboss", "--effect", "Swirl", "--dither",
