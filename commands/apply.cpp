@@ -22,6 +22,7 @@ bool IsGif(const CommandLine& line) { return EndingOf(line.output) == ".gif"; }
 PipelineOptions PipelineOptionsOf(const CommandLine& line) {
     PipelineOptions options;
     unsigned color = 0;
+    options.extendEdges = line.edges == "extend";
     if (IsGif(line)) options.halfTransparency = HalfTransparency::Threshold;
     if (IsGif(line) && ParseColor(line.matte, &color)) {
         options.halfTransparency = HalfTransparency::Mix;
@@ -37,8 +38,9 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostS
                    PipelineNotes* notes, Failure* failure) {
     EngineStart start;
     start.session = session;
-    // A GIF's frames stand on palettes; those between two effects, and those with alpha, do not yet.
-    if (IsGif(line) && line.effects.size() == 1 && !HasAlpha(*session->source))
+    // A GIF's frames stand on palettes; those between two effects, those with alpha and widened ones do not
+    // yet.
+    if (IsGif(line) && line.effects.size() == 1 && line.edges != "extend" && !HasAlpha(*session->source))
         start.capabilities = kHostTakesSupercompressed;
     start.fastRemap = line.fastRemap;
     start.ditherBrightness = line.ditherBrightness;

@@ -109,6 +109,12 @@ void AddApply(CLI::App* app, const Target& target) {
                      "Colour that effects show beyond the picture's edges, or `none` for the source's own")
         ->type_name("RRGGBB");
     apply
+        ->add_option(
+            "--edges", line->edges,
+            "What Motion Blur, Oil Painting and Radial Blur see there: `background` (the default) or "
+            "`extend` (the edge's pixels, repeated)")
+        ->type_name("NAME");
+    apply
         ->add_option("--matte", line->matte,
                      "GIF: colour that half-transparent pixels are mixed onto (without it they are opaque or "
                      "hidden)")
@@ -252,6 +258,8 @@ bool CheckApply(const ParsedTexts& texts, CommandLine* line, std::string* error)
         *error =
             "--local-background takes a colour as RRGGBB or none, not \"" + line->localBackground + "\".";
     }
+    if (error->empty() && !line->edges.empty() && line->edges != "background" && line->edges != "extend")
+        *error = "--edges takes background or extend, not \"" + line->edges + "\".";
     if (error->empty() && !line->matte.empty() && !ParseColor(line->matte, &color))
         *error = "--matte takes a colour as RRGGBB, not \"" + line->matte + "\".";
     if (!error->empty()) return false;

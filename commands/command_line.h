@@ -45,6 +45,7 @@ struct CommandLine {
     bool keepsColors = false;  // neither effect nor palette options: a GIF may keep the frames' own palettes
     bool comment = false;      // the plug-in's own
     std::string localBackground;  // RRGGBB or "none"; empty: the plug-in's default
+    std::string edges;            // "background" or "extend"; empty: background
     std::string matte;            // RRGGBB; empty: half-transparent pixels of a GIF are decided, not mixed
     bool fastRemap = false;
     int ditherBrightness = -1;  // -1: the plug-in's default

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "commands/alpha_pixels.h"
+#include "commands/edges.h"
 #include "commands/plain_build.h"
 #include "commands/stages.h"
 
@@ -19,6 +20,26 @@ bool MakePaletteJob(const OpenEngine& engine, const Job& last, Job* job, Failure
     job->supercompress = last.supercompress;
     job->comment = last.comment;
     CompleteValues(job);
+    return true;
+}
+
+Margins MarginsFor(const Job& job, const Animation& animation, const PipelineOptions& options) {
+    return options.extendEdges ? EdgeMargins(job, animation.width, animation.height) : Margins{};
+}
+
+// Whether the engine alone does it.
+bool IsPlainBuild(const Job& job, const Animation& animation, const PipelineOptions& options) {
+    const Margins margins = MarginsFor(job, animation, options);
+    return margins.columns == 0 && margins.rows == 0 && !HasAlpha(animation);
+}
+
+bool RunWithEdges(const OpenEngine& engine, HostSession* session, const Job& job,
+                  const PipelineOptions& options, Animation* animation, Failure* failure) {
+    const Margins margins = MarginsFor(job, *animation, options);
+    if (margins.columns == 0 && margins.rows == 0) return RunStage(engine, session, job, animation, failure);
+    WidenFrames(margins, animation);
+    if (!RunStage(engine, session, job, animation, failure)) return false;
+    CropFrames(margins, animation);
     return true;
 }
 
@@ -53,20 +74,20 @@ void SettleHalfTransparency(const PipelineOptions& options, Animation* animation
 
 bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
              const PipelineOptions& options, PipelineNotes* notes, Failure* failure) {
-    if (jobs.size() == 1 && !HasAlpha(*session->source))
+    if (jobs.size() == 1 && IsPlainBuild(jobs.front(), *session->source, options))
         return engine.engine.build(engine.opened, jobs.front(), false, failure);
     Animation animation = std::move(*session->source);
     const Job last = jobs.back();
     for (Job& job : jobs) {
         CompleteValues(&job);
-        if (&job == &jobs.back() && !HasAlpha(animation)) {
+        if (&job == &jobs.back() && IsPlainBuild(job, animation, options)) {
             *session->source = std::move(animation);
             engine.engine.dropSource(engine.opened);
             return engine.engine.build(engine.opened, job, false, failure);
         }
         job.paletteUse = PaletteUse::TrueColor;
         job.dither = job.supercompress = job.comment = false;
-        if (!RunStage(engine, session, job, &animation, failure)) return false;
+        if (!RunWithEdges(engine, session, job, options, &animation, failure)) return false;
     }
     SettleHalfTransparency(options, &animation, notes);
     if (last.paletteUse != PaletteUse::TrueColor)

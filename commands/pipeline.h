@@ -17,6 +17,8 @@ enum class HalfTransparency {
 };
 
 struct PipelineOptions {
+    // Effects that show a background colour beyond the picture's edges see repeated edge pixels instead.
+    bool extendEdges = false;
     HalfTransparency halfTransparency = HalfTransparency::Stay;
     RgbColor matte;  // to mix them onto
 };

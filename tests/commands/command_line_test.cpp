@@ -239,8 +239,14 @@ TEST(CommandLine, A_matte_is_a_colour_and_for_gif_files) {
         "--matte is for GIF files, which hold no half-transparent pixels; leave it out, or write .gif.");
 }
 
+TEST(CommandLine, Edges_are_the_background_or_extended) {
+    EXPECT_EQ(Accept(Apply("out.gif", {"--edges", "extend"})).edges, "extend");
+    EXPECT_EQ(Refuse(Apply("out.gif", {"--edges", "mirror"})),
+              "--edges takes background or extend, not \"mirror\".");
+}
+
 TEST(CommandLine, Texts_are_taken_once_and_flags_take_no_value) {
-    for (const char* name : {"--palette", "--local-background", "--matte", "--output"}) {
+    for (const char* name : {"--palette", "--edges", "--local-background", "--matte", "--output"}) {
         EXPECT_EQ(Refuse({"apply", "in.gif", "-o", "out.gif", "--effect", "Bump", name, "a", name, "b"}),
                   std::string(name) + " may be given only once.");
     }

@@ -192,6 +192,11 @@ TEST_F(Engines, Transparency_follows_the_effects_in_the_same_way) {
     ExpectSameInSomeSecond(Apply("holes.gif", "out.webp", "Water Drops"));
 }
 
+TEST_F(Engines, Extended_edges_are_the_same) {
+    ExpectSameFrom(Apply("plain.gif", "out.gif", "Oil Painting", {"--edges", "extend"}));
+    ExpectSameFrom(Apply("holes.gif", "out.webp", "Motion Blur", {"--edges", "extend", "--effect", "Bump"}));
+}
+
 TEST_F(Engines, A_chain_of_effects_gives_the_same_files) {
     ExpectSameFrom(Apply("plain.gif", "out.gif", "Swirl",
                          {"--set", "Angle=90", "--effect", "Emboss", "--effect", "Swirl", "--dither",
