@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "commands/alpha_pixels.h"
+#include "commands/stages.h"
 #include "commands/text.h"
 #include "media/animation_writer.h"
 #include "media/contact_sheet.h"
@@ -85,10 +87,28 @@ EngineStart PlainStart(const CommandContext& context, HostSession* session) {
     return start;
 }
 
+// The same for a transparent source, whose alpha follows each effect.
+bool RunEveryEffect(const OpenEngine& engine, HostSession* session, const std::vector<std::string>& names,
+                    std::vector<Animation>* results, Failure* failure) {
+    const Animation source = *session->source;
+    for (const std::string& name : names) {
+        Job job;
+        Animation result = source;
+        if (!ResolveEffectJob({name, {}}, engine.engine, engine.opened, &job, failure) ||
+            !RunStage(engine, session, job, &result, failure)) {
+            return false;
+        }
+        results->push_back(std::move(result));
+    }
+    *session->source = source;
+    return true;
+}
+
 // One picture an effect, all colours, at its defaults.
 bool BuildEveryEffect(const OpenEngine& engine, HostSession* session, std::vector<Animation>* results,
                       std::vector<std::string>* names, Failure* failure) {
     if (!engine || !engine.engine.listEffects(engine.opened, names, failure)) return false;
+    if (HasAlpha(*session->source)) return RunEveryEffect(engine, session, *names, results, failure);
     for (size_t i = 0; i < names->size(); ++i) {
         Job job;
         job.effect = static_cast<int>(i);

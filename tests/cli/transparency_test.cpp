@@ -5,10 +5,15 @@
 
 #include <algorithm>
 
+#include "commands/commands.h"
+#include "commands/direct_engine.h"
+#include "effects/effect_table.h"
 #include "media/animation_writer.h"
+#include "media/contact_sheet.h"
 #include "tests/cli/program.h"
 #include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
+#include "tests/support/held_clock.h"
 
 namespace kfx::test {
 namespace {
@@ -22,11 +27,13 @@ struct Transparency : ::testing::Test {
     TemporaryFolder folder;
     std::string input = folder.path + "in.webp";
 
-    // A bar with soft edges, in two colours, on nothing. Two frames.
-    void SetUp() override {
+    void SetUp() override { WriteBar(2); }
+
+    // A bar with soft edges, in two colours, on nothing.
+    void WriteBar(int frames) const {
         Animation animation;
         animation.width = animation.height = kSize;
-        for (int f = 0; f < 2; ++f) {
+        for (int f = 0; f < frames; ++f) {
             Frame frame;
             frame.delay = 10;
             frame.transparent = true;
@@ -110,6 +117,35 @@ TEST_F(Transparency, A_matte_is_mixed_with_half_transparent_pixels) {
     EXPECT_EQ(At(gif, 5, 14)[3], 255);
     EXPECT_GT(At(gif, 5, 14)[1], At(gif, 5, 20)[1]) << "greener";
     EXPECT_EQ(At(gif, 5, 40)[3], 0);
+}
+
+// Runs the command in this process.
+void RunHere(const Arguments& arguments) {
+    commands::CommandLine line;
+    std::string text;
+    ASSERT_EQ(ParseCommandLine(arguments, {}, &line, &text), commands::ParseOutcome::Run) << text;
+    const commands::Report report = RunCommand(line, {commands::kDirectEngine});
+    ASSERT_EQ(report.exitCode, commands::kExitDone) << report.error;
+}
+
+TEST_F(Transparency, A_gallery_shows_what_each_effect_makes_of_the_outline) {
+    const HeldClock clock(1234);  // Water Drops
+    WriteBar(1);
+    std::vector<Animation> results = {ReadBack(input)};
+    std::vector<std::string> names = {"Source"};
+    for (size_t i = 0; i < EffectCount(); ++i) {
+        names.emplace_back(EffectAt(i)->name);
+        const std::string output = folder.path + "effect.webp";
+        RunHere({"apply", input, "-o", output, "--force", "--effect", names.back()});
+        results.push_back(ReadBack(output));
+    }
+    std::vector<SheetPicture> pictures;
+    for (size_t i = 0; i < results.size(); ++i)
+        pictures.push_back({kSize, kSize, results[i].frames[0].pixels.data(), names[i]});
+    const Picture expected =
+        DrawGallery("Kestrel FX #1: its effects at their defaults", pictures, 7, 200, 150);
+    RunHere({"gallery", input, "-o", folder.path + "sheet.png"});
+    EXPECT_TRUE(ReadBack(folder.path + "sheet.png").frames[0].pixels == expected.pixels);
 }
 
 TEST_F(Transparency, A_palette_keeps_full_alpha_where_the_format_has_it) {

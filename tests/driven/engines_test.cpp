@@ -211,6 +211,7 @@ TEST_F(Engines, They_list_the_same_effects_parameters_and_palettes) { ExpectSame
 
 TEST_F(Engines, They_draw_the_same_gallery) {
     ExpectSameInSomeSecond({"gallery", sources.path + "single.gif", "-o", results.path + "out.png"});
+    ExpectSameInSomeSecond({"gallery", sources.path + "holes.gif", "-o", results.path + "out.png"});
 }
 
 TEST_F(Engines, They_refuse_the_same_commands_with_the_same_words) {
