@@ -7,6 +7,9 @@
 #include <algorithm>
 
 #include "commands/direct_engine.h"
+#ifndef _WIN32
+#include "framework/movable_memory_native.h"
+#endif
 
 namespace kfx::commands {
 namespace {
@@ -190,6 +193,39 @@ TEST_F(Pipeline, An_effect_that_comes_again_starts_from_its_defaults) {
     const Animation source = ColorfulSource();
     ExpectSame(Run(Run(source, {kTurn}), {{"Swirl", {}}}), Run(source, {kTurn, {"Swirl", {}}}));
 }
+
+#ifndef _WIN32
+TEST_F(Pipeline, Each_refused_allocation_fails_or_is_survived_and_loses_nothing) {
+    line.trueColor = false;
+    line.effects = {kTurn, {"Bump", {}}, {"Water Drops", {}}};
+    const size_t blocks = CountMemory().liveBlocks;
+    size_t failures = 0;
+    for (size_t number = 1;; ++number) {
+        Animation source = SoftSource();
+        HostSession session;
+        session.source = &source;
+        EngineStart start;
+        start.session = &session;
+        Failure failure;
+        bool built = false;
+        ResetMemoryCounts();
+        RefuseAllocation(number);
+        {
+            const OpenEngine engine(kDirectEngine, start, &failure);
+            std::vector<Job> jobs;
+            built = engine && ResolveJobs(line, true, kDirectEngine, engine.opened, &jobs, &failure) &&
+                    RunJobs(engine, &session, jobs, options, &notes, &failure);
+        }
+        const bool refused = CountMemory().allocations >= number;
+        ResetMemoryCounts();
+        ASSERT_EQ(CountMemory().liveBlocks, blocks) << number;
+        ASSERT_EQ(built, failure.error.empty()) << number;
+        if (!refused) break;
+        failures += !built;
+    }
+    EXPECT_GT(failures, 20u);
+}
+#endif
 
 }  // namespace
 }  // namespace kfx::commands
