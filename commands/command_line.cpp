@@ -229,6 +229,8 @@ std::string Contradiction(const CommandLine& line, const ParsedTexts& texts, con
     if (line.trueColor && paletteOption) return ExcludeEachOther("--true-color", paletteOption);
     if (line.trueColor && searchOption) return ExcludeEachOther("--true-color", searchOption);
     if (line.edits.speed != 1 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--speed", "--fps");
+    if (searchOption && !paletteOption && EndingOf(line.output) != ".gif")
+        return std::string(searchOption) + " is for results on a palette; add --palette, or leave it out.";
     if (line.comment && texts.noComment) return ExcludeEachOther("--comment", "--no-comment");
     if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
     return "";
