@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "commands/alpha_pixels.h"
+#include "commands/parameter_help.h"
 #include "commands/stages.h"
 #include "commands/text.h"
 #include "media/animation_writer.h"
@@ -21,7 +22,11 @@ constexpr int kSheetColumns = 6;
 constexpr int kSheetWidth = 200;
 constexpr int kSheetHeight = 150;
 
-nlohmann::ordered_json DescribeParameter(const Parameter& parameter) {
+// Where the listing of effects has ranges and meanings.
+constexpr size_t kRangeColumn = 20;
+constexpr size_t kMeaningColumn = 44;
+
+nlohmann::ordered_json DescribeParameter(const Parameter& parameter, const ParameterHelp& help) {
     nlohmann::ordered_json object = {{"name", parameter.name}};
     switch (parameter.kind) {
         case Parameter::Slider:
@@ -39,13 +44,21 @@ nlohmann::ordered_json DescribeParameter(const Parameter& parameter) {
                            {"default", ValueText(parameter, parameter.value)}});
             break;
     }
+    if (!help.unit.empty()) object["unit"] = help.unit;
+    if (!help.meaning.empty()) object["meaning"] = help.meaning;
     return object;
 }
 
-std::string DescribeLine(const Parameter& parameter) {
-    std::string name = "  " + parameter.name;
-    name.resize(name.size() < 20 ? 20 : name.size() + 1, ' ');
-    return name + RangeText(parameter) + " (" + ValueText(parameter, parameter.value) + ")\n";
+// The text with spaces up to a column, at least one.
+std::string UpToColumn(std::string text, size_t column) {
+    text.resize(text.size() < column ? column : text.size() + 1, ' ');
+    return text;
+}
+
+std::string DescribeLine(const Parameter& parameter, const ParameterHelp& help) {
+    const std::string range = UpToColumn("  " + parameter.name, kRangeColumn) + RangeText(parameter) + " (" +
+                              ValueText(parameter, parameter.value) + ")";
+    return (help.meaning.empty() ? range : UpToColumn(range, kMeaningColumn) + help.meaning) + "\n";
 }
 
 SheetPicture PictureOf(const Animation& animation, const std::string& label) {
@@ -127,8 +140,9 @@ bool DescribeEffect(const OpenEngine& engine, int effect, const std::string& nam
     auto described = nlohmann::ordered_json::array();
     report->text += name + "\n";
     for (const Parameter& parameter : parameters) {
-        described.push_back(DescribeParameter(parameter));
-        report->text += DescribeLine(parameter);
+        const ParameterHelp help = FindParameterHelp(kHelpDocument, name, parameter.name);
+        described.push_back(DescribeParameter(parameter, help));
+        report->text += DescribeLine(parameter, help);
     }
     report->result["effects"].push_back({{"name", name}, {"parameters", described}});
     return true;
