@@ -57,6 +57,12 @@ CLI::Option* AddInput(CLI::App* command, std::string* input, const char* name, c
     return command->add_option(name, *input, description)->type_name("FILE");
 }
 
+void AddReadLimit(CLI::App* command, CommandLine* line) {
+    constexpr int kMostMillions = 1000000;
+    AddNumber(command, kMaxPixelsOption, &line->maxPixels, 1, kMostMillions,
+              "Read inputs with up to so many million pixels over all frames (537)");
+}
+
 void AddPaletteOptions(CLI::App* command, CommandLine* line) {
     command
         ->add_option(
@@ -89,6 +95,7 @@ void AddApply(CLI::App* app, const Target& target) {
         app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it");
     target.texts->apply = apply;
     AddInput(apply, &target.texts->input, "input", "GIF, WebP, PNG, JPEG or BMP file")->required();
+    AddReadLimit(apply, line);
     AddOutput(apply, line, "-o,--output", ".gif, .webp, or .png (several frames: NAME-000.png, ...)");
     AddList(
         apply, "--effect", &target.texts->effects,
@@ -133,6 +140,7 @@ void AddGallery(CLI::App* app, const Target& target) {
         app->add_subcommand("gallery", "Draw one picture sheet of a picture under every effect");
     AddInput(gallery, &target.texts->input, "input",
              "Picture or animation (default: the sample's first frame)");
+    AddReadLimit(gallery, target.line);
     AddOutput(gallery, target.line, "-o,--output", "PNG file");
     AddEngineOptions(gallery, target);
 }
@@ -147,6 +155,7 @@ void AddSheet(CLI::App* app, const Target& target) {
         app->add_subcommand("sheet", "Draw frames of a source and of its result on one contact sheet");
     AddInput(sheet, &target.texts->input, "source", "Source animation")->required();
     AddInput(sheet, &target.texts->secondInput, "result", "Its result")->required();
+    AddReadLimit(sheet, target.line);
     AddOutput(sheet, target.line, "-o,--output", "PNG file");
 }
 

@@ -34,6 +34,7 @@ struct CommandLine {
     bool json = false;
     bool quiet = false;
     bool force = false;  // replace a file that exists
+    int maxPixels = -1;  // the most that are read, in millions over all frames; -1: what is read by itself
 
     // In the order in which they are applied; empty: the frames are only edited or converted.
     std::vector<EffectChoice> effects;
@@ -73,6 +74,9 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const O
 
 // The colour of "RRGGBB" or "#RRGGBB" as 0x00BBGGRR. False: it is not written so.
 bool ParseColor(const std::string& text, unsigned* color);
+
+// The option for CommandLine::maxPixels, as refusals of large files name it.
+inline constexpr char kMaxPixelsOption[] = "--max-pixels";
 
 // A file name's ending in lower case, such as ".gif"; empty when it has none.
 std::string EndingOf(const std::string& path);

@@ -26,8 +26,8 @@ Report RunGallery(const CommandLine& line, const CommandContext& context);
 Report RunSample(const CommandLine& line);
 Report RunSheet(const CommandLine& line);
 
-// Reads an animation with at least one frame; its warning becomes a note.
-bool ReadSource(const std::string& path, Animation* animation, Report* report);
+// Reads an animation with at least one frame, within the line's limit; its warning becomes a note.
+bool ReadSource(const CommandLine& line, const std::string& path, Animation* animation, Report* report);
 
 // As MayWriteResult, for what the line names. False: the report says why not.
 bool CheckOutput(const CommandLine& line, const std::vector<std::string>& files, Report* report);

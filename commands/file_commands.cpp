@@ -80,7 +80,7 @@ Report WriteSheet(const Picture& sheet, const std::string& output, Report report
 // The first frame of the file, or of the sample, as an animation of its own.
 bool ReadGallerySource(const CommandLine& line, Animation* source, Report* report) {
     if (!line.inputs.empty()) {
-        if (!ReadSource(line.inputs[0], source, report)) return false;
+        if (!ReadSource(line, line.inputs[0], source, report)) return false;
         source->frames.resize(1);
         return true;
     }
@@ -218,8 +218,8 @@ Report RunSample(const CommandLine& line) {
 Report RunSheet(const CommandLine& line) {
     Report report;
     Animation source, result;
-    if (!ReadSource(line.inputs[0], &source, &report) || !ReadSource(line.inputs[1], &result, &report) ||
-        !CheckOutput(line, {line.output}, &report)) {
+    if (!ReadSource(line, line.inputs[0], &source, &report) ||
+        !ReadSource(line, line.inputs[1], &result, &report) || !CheckOutput(line, {line.output}, &report)) {
         return report;
     }
     const std::string title = FileNameOf(line.inputs[0]) + " and " + FileNameOf(line.inputs[1]);

@@ -35,9 +35,13 @@ Report RunCommand(const CommandLine& line, const CommandContext& context) {
     }
 }
 
-bool ReadSource(const std::string& path, Animation* animation, Report* report) {
+bool ReadSource(const CommandLine& line, const std::string& path, Animation* animation, Report* report) {
+    constexpr uint64_t kMillion = 1000000;
+    ReadLimits limits;
+    if (line.maxPixels >= 0) limits.maxPixels = kMillion * static_cast<uint64_t>(line.maxPixels);
+    limits.raisedBy = kMaxPixelsOption;
     std::string error;
-    if (!ReadAnimation(SystemPath(path), animation, &error)) {
+    if (!ReadAnimation(SystemPath(path), animation, &error, limits)) {
         *report = FailedReport(kExitBadInput, WithFolderAsGiven(error, path));
         return false;
     }

@@ -37,6 +37,26 @@ TEST_F(Errors, A_file_that_is_no_animation_is_refused) {
         HasSubstr("text.gif"));
 }
 
+TEST_F(Errors, Too_large_a_file_is_answered_with_the_limit_and_what_raises_it) {
+    constexpr int kScale = 30;  // 1.08 million pixels
+    const std::string large = folder.path + "large.gif", output = folder.path + "out.png";
+    WriteTestGif(large, 1, false, kScale);
+    const std::vector<std::string> words = {"sheet", large, input, "-o", output, "--max-pixels"};
+    const auto withLimit = [&](const std::string& limit) {
+        std::vector<std::string> arguments = words;
+        arguments.push_back(limit);
+        return arguments;
+    };
+    EXPECT_THAT(Failing(3, withLimit("1")),
+                HasSubstr("large.gif: the picture of 1200 x 900 has 1080000 pixels; the "
+                          "limit is 1000000 (--max-pixels 2 raises it)."));
+    EXPECT_EQ(RunKestrel(withLimit("2")).exitCode, 0);
+    // A screen of 30000 x 30000 pixels with an image of none.
+    WriteText(large, std::string("GIF89a\x30\x75\x30\x75\0\0\0,\0\0\0\0\0\0\0\0\0\2\0;", 26));
+    EXPECT_THAT(Failing(3, {"sheet", input, large, "-o", output}),
+                HasSubstr("the limit is 536870912 (--max-pixels 900 raises it)."));
+}
+
 TEST_F(Errors, A_cut_file_is_built_from_its_complete_frames_with_a_note) {
     const std::string whole = ReadText(input);
     WriteText(folder.path + "cut.gif", whole.substr(0, whole.size() - 40));

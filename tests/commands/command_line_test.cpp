@@ -144,6 +144,13 @@ TEST(CommandLine, The_plugins_comment_is_added_only_on_request) {
     EXPECT_TRUE(Accept(Apply("out.gif", {"--comment"})).comment);
 }
 
+TEST(CommandLine, Every_command_that_reads_takes_a_limit_for_it) {
+    EXPECT_EQ(Accept(Apply("out.gif")).maxPixels, -1);
+    EXPECT_EQ(Accept(Apply("out.gif", {"--max-pixels", "900"})).maxPixels, 900);
+    EXPECT_EQ(Accept({"gallery", "in.gif", "-o", "out.png", "--max-pixels", "900"}).maxPixels, 900);
+    EXPECT_EQ(Accept({"sheet", "a.gif", "b.gif", "-o", "out.png", "--max-pixels", "900"}).maxPixels, 900);
+}
+
 TEST(CommandLine, Options_of_a_format_are_numbers_and_go_with_it) {
     EXPECT_EQ(Accept(Apply("out.gif", {"--lossy", "40"})).lossy, 40);
     const CommandLine line = Accept(Apply("out.webp", {"--quality", "80", "--effort", "3"}));
@@ -216,21 +223,24 @@ TEST(CommandLine, Every_number_is_answered_with_its_range_and_taken_once) {
         const char* name;
         const char* output;
         int most;
+        int least = 0;
     };
-    for (const auto& [name, output, most] :
+    for (const auto& [name, output, most, least] :
          {Number{"--dither-brightness", "out.gif", 255}, Number{"--dither-contrast", "out.gif", 127},
-          Number{"--lossy", "out.gif", 200}, Number{"--quality", "out.webp", 100},
-          Number{"--near-lossless", "out.webp", 100}, Number{"--effort", "out.webp", 9}}) {
-        const std::string start =
-            std::string(name) + " takes whole numbers from 0 to " + std::to_string(most) + ", not \"";
+          Number{"--lossy", "out.gif", 200}, Number{"--max-pixels", "out.gif", 1000000, 1},
+          Number{"--quality", "out.webp", 100}, Number{"--near-lossless", "out.webp", 100},
+          Number{"--effort", "out.webp", 9}}) {
+        const std::string start = std::string(name) + " takes whole numbers from " + std::to_string(least) +
+                                  " to " + std::to_string(most) + ", not \"";
         for (const std::string& wrong : {std::to_string(most + 1), std::string("-1"), std::string("x"),
                                          std::string("1.5"), std::string("99999999999999999999")}) {
             EXPECT_EQ(Refuse(Apply(output, {name, wrong})), start + wrong + "\".");
         }
         EXPECT_EQ(Refuse(Apply(output, {name, "1", name, "2"})),
                   std::string(name) + " may be given only once.");
-        EXPECT_EQ(Refuse(Apply(output, {name})), std::string(name) + " takes a value, 0-" +
-                                                     std::to_string(most) + "; see kestrel apply --help.");
+        EXPECT_EQ(Refuse(Apply(output, {name})), std::string(name) + " takes a value, " +
+                                                     std::to_string(least) + "-" + std::to_string(most) +
+                                                     "; see kestrel apply --help.");
     }
 }
 
