@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "commands/console.h"
+#include "commands/output_format.h"
 
 namespace kfx::cli {
 
@@ -33,7 +34,9 @@ CommandContext ContextFor(const CommandLine& line, const Engine& engine) {
 }
 
 int PrintResult(const Report& report, const CommandLine& line) {
-    if (PrintReport(report, line.json, line.quiet) || report.exitCode != kExitDone) return report.exitCode;
+    const bool holdsResult = line.command == Command::Apply && IsStream(line.output);
+    if (PrintReport(report, line.json, line.quiet, holdsResult) || report.exitCode != kExitDone)
+        return report.exitCode;
     return kExitBadOutput;
 }
 

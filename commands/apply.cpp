@@ -17,14 +17,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-bool IsGif(const CommandLine& line) { return EndingOf(line.output) == ".gif"; }
-
 PipelineOptions PipelineOptionsOf(const CommandLine& line) {
     PipelineOptions options;
     unsigned color = 0;
     options.extendEdges = line.edges == "extend";
-    if (IsGif(line)) options.halfTransparency = HalfTransparency::Threshold;
-    if (IsGif(line) && ParseColor(line.matte, &color)) {
+    if (line.format != "gif") return options;
+    options.halfTransparency = HalfTransparency::Threshold;
+    if (ParseColor(line.matte, &color)) {
         options.halfTransparency = HalfTransparency::Mix;
         options.matte = {static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
                          static_cast<uint8_t>(color >> 16)};
@@ -40,8 +39,10 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostS
     start.session = session;
     // A GIF's frames stand on palettes; those between two effects, those with alpha and widened ones do not
     // yet.
-    if (IsGif(line) && line.effects.size() == 1 && line.edges != "extend" && !HasAlpha(*session->source))
+    if (line.format == "gif" && line.effects.size() == 1 && line.edges != "extend" &&
+        !HasAlpha(*session->source)) {
         start.capabilities = kHostTakesSupercompressed;
+    }
     start.fastRemap = line.fastRemap;
     start.ditherBrightness = line.ditherBrightness;
     start.ditherContrast = line.ditherContrast;
@@ -70,6 +71,7 @@ bool Build(CommandLine line, const CommandContext& context, HostSession* session
 
 ResultOptions OptionsOf(const CommandLine& line) {
     ResultOptions options;
+    options.format = line.format;
     if (line.lossy >= 0) options.gif.lossy = line.lossy;
     if (line.quality >= 0 || line.nearLossless >= 0) {
         options.webp.kind = line.quality >= 0 ? WebpKind::Lossy : WebpKind::NearLossless;
@@ -85,7 +87,7 @@ std::string Plural(size_t count, const std::string& noun) {
 
 // A sequence by its first and last file.
 std::string FilesText(const std::vector<std::string>& files) {
-    return files.size() == 1 ? files.front() : files.front() + " to " + files.back();
+    return files.size() == 1 ? ShownPath(files.front()) : files.front() + " to " + files.back();
 }
 
 std::string SecondsText(double seconds) {
@@ -106,7 +108,13 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     Failure failure;
     if (!ReadSource(line, line.inputs[0], &source, &report)) return report;
     if (!EditFrames(line.edits, &source, &failure)) return FailedReport(failure);
-    if (!CheckOutput(line, ResultPaths(line.output, source.frames.size()), &report)) return report;
+    if (!CheckOutput(line, ResultPaths(line.output, source.frames.size(), line.format), &report))
+        return report;
+    if (IsStream(line.output) && line.format == "png" && source.frames.size() > 1) {
+        return FailedReport(kExitBadCommand, "standard output takes one PNG picture, and there are " +
+                                                 Plural(source.frames.size(), "frame") +
+                                                 "; choose one with --frames, or write --format apng.");
+    }
     PipelineNotes notes;
     if (!Build(line, context, &session, &notes, &failure)) return FailedReport(failure);
     if (notes.thresholdApplied) {
@@ -129,7 +137,7 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
                      &error)) {
         return FailedReport(kExitBadOutput, error);
     }
-    if (!written.note.empty()) report.notes.push_back(line.output + ": " + written.note + ".");
+    if (!written.note.empty()) report.notes.push_back(ShownPath(line.output) + ": " + written.note + ".");
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     report.text = FilesText(written.files) + ": " + Plural(frames, "frame") + ", " + std::to_string(width) +
                   " x " + std::to_string(height) + ", " + Plural(colors, "color") + ", " +

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/edit_options.h"
+#include "commands/output_format.h"
 #include "commands/parser_words.h"
 #include "commands/text_match.h"
 #include "media/animation_writer.h"
@@ -32,6 +33,7 @@ struct ParsedTexts {
     std::vector<std::string> effects;
     std::vector<std::string> settings;
     bool noComment = false;
+    std::string format;
 };
 
 // Where a command's options are stored.
@@ -94,9 +96,17 @@ void AddApply(CLI::App* app, const Target& target) {
     CLI::App* const apply =
         app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it");
     target.texts->apply = apply;
-    AddInput(apply, &target.texts->input, "input", "GIF, WebP, PNG, JPEG or BMP file")->required();
+    AddInput(apply, &target.texts->input, "input",
+             "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input")
+        ->required();
     AddReadLimit(apply, line);
-    AddOutput(apply, line, "-o,--output", ".gif, .webp, or .png (several frames: NAME-000.png, ...)");
+    AddOutput(
+        apply, line, "-o,--output",
+        ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for standard output");
+    apply
+        ->add_option("--format", target.texts->format,
+                     "For standard output, or a name without ending: gif, webp, png, apng, y4m, rgb or rgba")
+        ->type_name("NAME");
     AddList(
         apply, "--effect", &target.texts->effects,
         "Effect, as `kestrel effects` lists them; several are applied in turn; may be left out with one of "
@@ -211,13 +221,11 @@ std::string ExcludeEachOther(const char* one, const char* other) {
 }
 
 // What does not go with the output's format. Empty: nothing.
-std::string FormatMismatch(const CommandLine& line, const std::string& ending) {
-    const bool gif = ending == ".gif";
+std::string FormatMismatch(const CommandLine& line) {
+    const bool gif = line.format == "gif";
     const char* const webpOption = FirstGiven({{"--quality", line.quality >= 0},
                                                {"--near-lossless", line.nearLossless >= 0},
                                                {"--effort", line.effort >= 0}});
-    if (!gif && ending != ".webp" && ending != ".png")
-        return "the output must end in .gif, .webp or .png, not \"" + line.output + "\".";
     if (gif && line.trueColor)
         return "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color.";
     if (!gif && line.comment) return "only a GIF holds the plug-in's comment; leave out --comment.";
@@ -225,7 +233,7 @@ std::string FormatMismatch(const CommandLine& line, const std::string& ending) {
     if (!gif && !line.matte.empty())
         return "--matte is for GIF files, which hold no half-transparent pixels; leave it out, or write "
                ".gif.";
-    if (ending != ".webp" && webpOption)
+    if (line.format != "webp" && webpOption)
         return std::string(webpOption) + " is for WebP files; leave it out, or write .webp.";
     return "";
 }
@@ -238,7 +246,7 @@ std::string Contradiction(const CommandLine& line, const ParsedTexts& texts, con
     if (line.trueColor && paletteOption) return ExcludeEachOther("--true-color", paletteOption);
     if (line.trueColor && searchOption) return ExcludeEachOther("--true-color", searchOption);
     if (line.edits.speed != 1 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--speed", "--fps");
-    if (searchOption && !paletteOption && EndingOf(line.output) != ".gif")
+    if (searchOption && !paletteOption && line.format != "gif")
         return std::string(searchOption) + " is for results on a palette; add --palette, or leave it out.";
     if (line.comment && texts.noComment) return ExcludeEachOther("--comment", "--no-comment");
     if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
@@ -246,23 +254,22 @@ std::string Contradiction(const CommandLine& line, const ParsedTexts& texts, con
 }
 
 // What goes with an effect only. Empty: nothing is there.
-std::string MissingEffect(const CommandLine& line) {
+std::string MissingEffect(const CommandLine& line, bool formatGiven) {
     if (!line.effects.empty()) return "";
     if (!line.localBackground.empty()) return "--local-background needs an --effect.";
-    if (!HasEdits(line.edits)) return "--effect NAME is missing; see kestrel apply --help.";
+    if (!HasEdits(line.edits) && !formatGiven) return "--effect NAME is missing; see kestrel apply --help.";
     return "";
 }
 
 // What the parts of an apply command say together.
 bool CheckApply(const ParsedTexts& texts, CommandLine* line, std::string* error) {
-    const std::string ending = EndingOf(line->output);
     const char* const paletteOption = FirstGiven({{"--palette", !line->palette.empty()},
                                                   {"--dither", line->dither},
                                                   {"--supercompress", line->supercompress}});
-    const bool trueColor = ending != ".gif" && !paletteOption;
     unsigned color = 0;
-    *error = MissingEffect(*line);
-    if (error->empty()) *error = FormatMismatch(*line, ending);
+    *error = MissingEffect(*line, !texts.format.empty());
+    if (error->empty()) line->format = ResolveFormat(line->output, texts.format, error);
+    if (error->empty()) *error = FormatMismatch(*line);
     if (error->empty()) *error = Contradiction(*line, texts, paletteOption);
     if (error->empty() && !line->localBackground.empty() && PlainName(line->localBackground) != "none" &&
         !ParseColor(line->localBackground, &color)) {
@@ -274,7 +281,7 @@ bool CheckApply(const ParsedTexts& texts, CommandLine* line, std::string* error)
     if (error->empty() && !line->matte.empty() && !ParseColor(line->matte, &color))
         *error = "--matte takes a colour as RRGGBB, not \"" + line->matte + "\".";
     if (!error->empty()) return false;
-    line->trueColor = trueColor;
+    line->trueColor = line->format != "gif" && !paletteOption;
     line->keepsColors = line->effects.empty() && !paletteOption;
     if (line->palette.empty()) line->palette = "custom";
     return true;

@@ -31,6 +31,7 @@ struct CommandLine {
     Command command = Command::Apply;
     std::vector<std::string> inputs;
     std::string output;
+    std::string format;  // of an apply command's output; see output_format.h
     bool json = false;
     bool quiet = false;
     bool force = false;  // replace a file that exists

@@ -28,9 +28,13 @@ std::string LineOf(const HostSession& session) {
 
 }  // namespace
 
-bool PrintReport(const Report& report, bool json, bool quiet) {
+bool PrintReport(const Report& report, bool json, bool quiet, bool holdsResult) {
     ClearProgressLine();
     const PrintedReport printed = FormatReport(report, json, quiet);
+    if (holdsResult) {
+        WriteStandardError(printed.output + printed.errors);
+        return true;
+    }
     const bool written = WriteStandardOutput(printed.output);
     WriteStandardError(printed.errors);
     if (!written) WriteStandardError("The standard output cannot be written; is its disk full?\n");

@@ -2,7 +2,10 @@
 // The streams that a program was started with.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "commands/host_session.h"
 #include "commands/report.h"
@@ -11,6 +14,9 @@ namespace kfx::commands {
 
 // False: the text is lost, on a full disk for example. A pipe whose reader has gone counts as written.
 bool WriteStandardOutput(const std::string& text);
+// Writes bytes as they are. False: `*reason` is a clause; a reader that has gone is one, because a result is
+// lost then.
+bool WriteStandardOutput(const uint8_t* data, size_t size, std::string* reason);
 void WriteStandardError(const std::string& text);
 
 // Whether standard error is a terminal, where somebody watches.
@@ -19,9 +25,12 @@ bool ErrorsAreWatched();
 // Leaves a line that a process on the same terminal has begun and not ended.
 void LeaveUnfinishedLine();
 
-// Prints the report in place of the progress line. False: standard output did not take it, which a sentence
-// on standard error then says.
-bool PrintReport(const Report& report, bool json, bool quiet);
+// All bytes up to the end of standard input. False: `*reason` is a clause.
+bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason);
+
+// Prints the report in place of the progress line; all of it to standard error when standard output
+// `holdsResult`. False: standard output did not take it, which a sentence on standard error then says.
+bool PrintReport(const Report& report, bool json, bool quiet, bool holdsResult = false);
 
 // One line on standard error that shows the engine's stage and frame; nothing unless that is a terminal.
 void ShowProgressLine(const HostSession& session);

@@ -2,6 +2,7 @@
 #include "commands/console.h"
 
 #include <cerrno>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -20,7 +21,44 @@ bool Write(int stream, const std::string& text) {
     return true;
 }
 
+constexpr size_t kMostInput = size_t{1} << 30;
+constexpr size_t kReadStep = size_t{1} << 16;
+
 }  // namespace
+
+bool WriteStandardOutput(const uint8_t* data, size_t size, std::string* reason) {
+    while (size > 0) {
+        const ssize_t count = write(STDOUT_FILENO, data, size);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) {
+            *reason = count < 0 && errno == EPIPE
+                          ? "its reader has ended before it had everything"
+                          : "it cannot be written (" + std::generic_category().message(errno) + ")";
+            return false;
+        }
+        data += count;
+        size -= static_cast<size_t>(count);
+    }
+    return true;
+}
+
+bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason) {
+    size_t size = 0;
+    while (size <= kMostInput) {
+        content->resize(size + kReadStep);
+        const ssize_t count = read(STDIN_FILENO, content->data() + size, kReadStep);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) {
+            *reason = "it cannot be read (" + std::generic_category().message(errno) + ")";
+            return false;
+        }
+        size += static_cast<size_t>(count);
+        content->resize(size);
+        if (count == 0) return true;
+    }
+    *reason = "it has more than 1 GiB";
+    return false;
+}
 
 bool WriteStandardOutput(const std::string& text) { return Write(STDOUT_FILENO, text); }
 void WriteStandardError(const std::string& text) { Write(STDERR_FILENO, text); }

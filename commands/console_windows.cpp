@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include "commands/text_windows.h"
+
 namespace kfx::commands {
 namespace {
 
@@ -22,7 +24,50 @@ bool Write(DWORD stream, const std::string& text) {
     return true;
 }
 
+constexpr size_t kMostInput = size_t{1} << 30;
+constexpr DWORD kStep = 1 << 16;
+
+bool IsGone(DWORD error) { return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA; }
+
 }  // namespace
+
+bool WriteStandardOutput(const uint8_t* data, size_t size, std::string* reason) {
+    const HANDLE handle = GetStdHandle(STD_OUTPUT_HANDLE);
+    while (size > 0) {
+        DWORD count = 0;
+        const DWORD step = size < kStep ? static_cast<DWORD>(size) : kStep;
+        if (!WriteFile(handle, data, step, &count, nullptr) || count == 0) {
+            const DWORD error = GetLastError();
+            *reason = IsGone(error) ? "its reader has ended before it had everything"
+                                    : "it cannot be written (" + SystemErrorText(error) + ")";
+            return false;
+        }
+        data += count;
+        size -= count;
+    }
+    return true;
+}
+
+bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason) {
+    const HANDLE handle = GetStdHandle(STD_INPUT_HANDLE);
+    size_t size = 0;
+    while (size <= kMostInput) {
+        DWORD count = 0;
+        content->resize(size + kStep);
+        // The end of a pipe whose writer has gone is an error in name only.
+        const bool read = ReadFile(handle, content->data() + size, kStep, &count, nullptr) != 0;
+        if (!read && !IsGone(GetLastError())) {
+            *reason = "it cannot be read (" + SystemErrorText(GetLastError()) + ")";
+            return false;
+        }
+        if (!read) count = 0;
+        size += count;
+        content->resize(size);
+        if (count == 0) return true;
+    }
+    *reason = "it has more than 1 GiB";
+    return false;
+}
 
 bool WriteStandardOutput(const std::string& text) { return Write(STD_OUTPUT_HANDLE, text); }
 void WriteStandardError(const std::string& text) { Write(STD_ERROR_HANDLE, text); }

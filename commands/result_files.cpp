@@ -7,6 +7,7 @@
 
 #include "commands/command_line.h"
 #include "commands/output_check.h"
+#include "commands/stream_output.h"
 #include "commands/text.h"
 #include "media/animation_writer.h"
 #include "media/file_io.h"
@@ -15,25 +16,27 @@
 namespace kfx::commands {
 namespace {
 
-// What viewers make of the times in a GIF file, which has hundredths only.
-std::string ShortDelaysOf(const GifAnimation& gif) {
-    Animation times;
-    for (const GifFrame& frame : gif.frames) times.frames.emplace_back().delay = frame.delay;
-    return ShortDelayNote(times);
+std::string FormatOf(const std::string& path, const std::string& format) {
+    const std::string ending = EndingOf(path);
+    return format.empty() && !ending.empty() ? ending.substr(1) : format;
 }
 
 bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& source,
            const ResultOptions& options, WrittenResult* written, std::string* error) {
     const std::string system = SystemPath(path);
-    if (EndingOf(path) == ".gif") {
+    const std::string format = FormatOf(path, options.format);
+    if (IsStream(path)) return WriteToStandardOutput(std::move(built), source, options, written, error);
+    if (IsRawFormat(format)) return WriteRawFile(system, std::move(built), source, options, written, error);
+    if (format == "gif") {
         const GifAnimation gif = MakeGif(std::move(built), source);
         written->note = ShortDelaysOf(gif);
         return WriteGif(system, gif, error, options.gif);
     }
     const Animation animation = PlayBuilt(built, source);
     built = {};  // the played frames take its place in memory
-    if (EndingOf(path) != ".webp") return WritePngFrames(system, animation, error);
+    if (format == "png") return WritePngFrames(system, animation, error);
     written->note = ShortDelayNote(animation);
+    if (format == "apng") return WriteApng(system, animation, error);
     return WriteWebp(system, animation, error, options.webp);
 }
 
@@ -49,8 +52,15 @@ uint64_t BytesOf(const std::vector<std::string>& files) {
 
 }  // namespace
 
-std::vector<std::string> ResultPaths(const std::string& path, size_t frameCount) {
-    return EndingOf(path) == ".png" ? PngFramePaths(path, frameCount) : std::vector<std::string>{path};
+std::string ShortDelaysOf(const GifAnimation& gif) {
+    Animation times;
+    for (const GifFrame& frame : gif.frames) times.frames.emplace_back().delay = frame.delay;
+    return ShortDelayNote(times);
+}
+
+std::vector<std::string> ResultPaths(const std::string& path, size_t frameCount, const std::string& format) {
+    const bool isSeries = FormatOf(path, format) == "png" && !IsStream(path);
+    return isSeries ? PngFramePaths(path, frameCount) : std::vector<std::string>{path};
 }
 
 bool MayWriteResult(const std::vector<std::string>& files, const std::vector<std::string>& inputs,
@@ -59,6 +69,7 @@ bool MayWriteResult(const std::vector<std::string>& files, const std::vector<std
     systemInputs.reserve(inputs.size());
     for (const std::string& input : inputs) systemInputs.push_back(SystemPath(input));
     for (const std::string& file : files) {
+        if (IsStream(file)) continue;
         if (!CheckWritable(file, error)) return false;
         if (MayWriteFile(SystemPath(file), systemInputs, replace, error)) continue;
         *error = WithFolderAsGiven(*error, file);
@@ -70,13 +81,13 @@ bool MayWriteResult(const std::vector<std::string>& files, const std::vector<std
 bool WriteResult(const std::string& path, BuiltAnimation built, const SourceRecord& source,
                  const ResultOptions& options, WrittenResult* written, std::string* error) {
     *written = {};
-    written->files = ResultPaths(path, built.frames.size());
+    written->files = ResultPaths(path, built.frames.size(), options.format);
     try {
         if (!Write(path, std::move(built), source, options, written, error)) {
             *error = WithFolderAsGiven(*error, path);
             return false;
         }
-        written->bytes = BytesOf(written->files);
+        if (!IsStream(path)) written->bytes = BytesOf(written->files);
         return true;
     } catch (const std::bad_alloc&) {
         *error = path + ": there is not enough memory to write it.";

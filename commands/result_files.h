@@ -8,11 +8,13 @@
 #include <vector>
 
 #include "commands/built_animation.h"
+#include "commands/output_format.h"
 
 namespace kfx::commands {
 
 // How the formats are written; see media/animation_writer.h.
 struct ResultOptions {
+    std::string format;  // as ResolveFormat has it; empty: what the path's ending says
     GifOptions gif;
     WebpOptions webp;
 };
@@ -23,15 +25,19 @@ struct WrittenResult {
     std::string note;  // a clause about frames that viewers do not show as long as they say; or empty
 };
 
+// What viewers make of the times in a GIF file, which has hundredths only; as ShortDelayNote.
+std::string ShortDelaysOf(const GifAnimation& gif);
+
 // The files that WriteResult makes for so many frames.
-std::vector<std::string> ResultPaths(const std::string& path, size_t frameCount);
+std::vector<std::string> ResultPaths(const std::string& path, size_t frameCount,
+                                     const std::string& format = "");
 
 // To be asked before the work begins. False: one of the files cannot be written, is one of the inputs, or
 // exists and is not to be replaced; `*error` is one sentence.
 bool MayWriteResult(const std::vector<std::string>& files, const std::vector<std::string>& inputs,
                     bool replace, std::string* error);
 
-// Writes the animation in the format that the path's ending names: .gif, .webp or .png.
+// Writes the animation in the format of the options, to standard output when that is the path.
 bool WriteResult(const std::string& path, BuiltAnimation built, const SourceRecord& source,
                  const ResultOptions& options, WrittenResult* written, std::string* error);
 

@@ -3,6 +3,8 @@
 #include <new>
 
 #include "commands/commands.h"
+#include "commands/console.h"
+#include "commands/output_format.h"
 #include "commands/result_files.h"
 #include "commands/text.h"
 
@@ -25,6 +27,19 @@ Report Run(const CommandLine& line, const CommandContext& context) {
     return {};
 }
 
+bool ReadStreamedSource(const ReadLimits& limits, Animation* animation, Report* report) {
+    constexpr char kName[] = "standard input: ";
+    std::vector<uint8_t> content;
+    std::string reason;
+    if (!ReadStandardInput(&content, &reason) ||
+        !ReadAnimationFromMemory(content.data(), content.size(), animation, &reason, limits)) {
+        *report = FailedReport(kExitBadInput, kName + reason + ".");
+        return false;
+    }
+    if (!animation->warning.empty()) report->notes.push_back(kName + animation->warning + ".");
+    return true;
+}
+
 }  // namespace
 
 Report RunCommand(const CommandLine& line, const CommandContext& context) {
@@ -41,6 +56,7 @@ bool ReadSource(const CommandLine& line, const std::string& path, Animation* ani
     if (line.maxPixels >= 0) limits.maxPixels = kMillion * static_cast<uint64_t>(line.maxPixels);
     limits.raisedBy = kMaxPixelsOption;
     std::string error;
+    if (IsStream(path)) return ReadStreamedSource(limits, animation, report);
     if (!ReadAnimation(SystemPath(path), animation, &error, limits)) {
         *report = FailedReport(kExitBadInput, WithFolderAsGiven(error, path));
         return false;

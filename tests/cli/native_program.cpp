@@ -14,7 +14,7 @@
 
 namespace kfx::test {
 
-pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors) {
+pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors, int input) {
     std::vector<std::string> words = {FileBesideTest("kestrel")};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -24,6 +24,7 @@ pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int er
     const pid_t process = fork();
     if (process != 0) return process;
     std::signal(SIGPIPE, SIG_DFL);
+    if (dup2(input, STDIN_FILENO) < 0) _exit(98);
     if (dup2(output, STDOUT_FILENO) < 0 || dup2(errors, STDERR_FILENO) < 0) _exit(98);
     execv(pointers[0], pointers.data());
     _exit(97);
@@ -35,12 +36,14 @@ int WaitForEnd(pid_t process) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-ProgramResult RunKestrel(const std::vector<std::string>& arguments) {
+ProgramResult RunKestrel(const std::vector<std::string>& arguments, const std::string& inputPath) {
     const TemporaryFolder folder;
     const std::string outPath = folder.path + "out.txt", errPath = folder.path + "err.txt";
     const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
     const int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-    const pid_t process = StartKestrel(arguments, out, err);
+    const int in = inputPath.empty() ? STDIN_FILENO : open(inputPath.c_str(), O_RDONLY | O_CLOEXEC);
+    const pid_t process = StartKestrel(arguments, out, err, in);
+    if (!inputPath.empty()) close(in);
     EXPECT_GT(process, 0);
     close(out);
     close(err);

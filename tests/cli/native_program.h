@@ -9,9 +9,9 @@
 
 namespace kfx::test {
 
-// Starts the kestrel beside this test with these files as its output and errors; they are the caller's to
-// close. -1: it did not start.
-pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors);
+// Starts the kestrel beside this test with these files as its output, errors and input; they are the caller's
+// to close. -1: it did not start.
+pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors, int input = 0);
 
 // Waits for its end: the exit code, or minus the number of the signal that ended it.
 int WaitForEnd(pid_t process);

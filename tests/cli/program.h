@@ -17,8 +17,9 @@ struct ProgramResult {
     uint64_t peakBytes = 0;  // of memory in use by the process that does the work; Windows only
 };
 
-// Runs the kestrel that stands beside this test, with the arguments (UTF-8), and waits for its end.
-ProgramResult RunKestrel(const std::vector<std::string>& arguments);
+// Runs the kestrel that stands beside this test, with the arguments (UTF-8), and waits for its end. It reads
+// the file at `inputPath`; empty: what the test itself would read.
+ProgramResult RunKestrel(const std::vector<std::string>& arguments, const std::string& inputPath = "");
 
 // The same with --json; fails the test when the output is not one JSON object.
 nlohmann::json RunKestrelForJson(std::vector<std::string> arguments);

@@ -45,6 +45,12 @@ HANDLE InheritableFile(const std::string& path) {
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
+HANDLE InheritableInput(const std::string& path) {
+    SECURITY_ATTRIBUTES inheritable = {sizeof inheritable, nullptr, TRUE};
+    return CreateFileW(Widen(path).c_str(), GENERIC_READ, FILE_SHARE_READ, &inheritable, OPEN_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
 // A process that this one has started, opened for a look at its memory; null: there is none. To be closed.
 HANDLE OpenChildOf(HANDLE process) {
     const DWORD parent = GetProcessId(process);
@@ -84,7 +90,7 @@ uint64_t WatchUntilEnd(HANDLE process) {
 
 }  // namespace
 
-ProgramResult RunKestrel(const std::vector<std::string>& arguments) {
+ProgramResult RunKestrel(const std::vector<std::string>& arguments, const std::string& inputPath) {
     const TemporaryFolder folder;
     const std::string outPath = folder.path + "out.txt", errPath = folder.path + "err.txt";
     std::wstring commandLine = CommandLineOf(FileBesideTest("kestrel.exe"), arguments);
@@ -92,12 +98,14 @@ ProgramResult RunKestrel(const std::vector<std::string>& arguments) {
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
+    if (!inputPath.empty()) startup.hStdInput = InheritableInput(inputPath);
     startup.hStdOutput = InheritableFile(outPath);
     startup.hStdError = InheritableFile(errPath);
     PROCESS_INFORMATION process = {};
     ProgramResult result;
     const BOOL started = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                         nullptr, &startup, &process);
+    if (startup.hStdInput) CloseHandle(startup.hStdInput);
     CloseHandle(startup.hStdOutput);
     CloseHandle(startup.hStdError);
     if (!started) {

@@ -102,6 +102,33 @@ TEST_F(Streams, A_reader_that_goes_away_neither_ends_nor_holds_up_the_program) {
     EXPECT_EQ(ReadBack(output).frames.size(), 3u) << "the work is done all the same";
 }
 
+TEST_F(Streams, A_result_that_nobody_reads_is_lost_and_that_is_said) {
+    for (const char* format : {"y4m", "gif"}) {
+        int ends[2];
+        ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        close(ends[0]);
+        const std::string errors = folder.path + format;
+        const int err = open(errors.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        const pid_t process = StartKestrel({"apply", input, "-o", "-", "--format", format}, ends[1], err);
+        close(ends[1]);
+        close(err);
+        EXPECT_EQ(WaitForEnd(process), 4);
+        EXPECT_EQ(ReadText(errors),
+                  "kestrel: standard output: its reader has ended before it had everything.\n");
+    }
+}
+
+TEST_F(Streams, A_result_that_finds_no_room_is_lost_and_that_is_said) {
+    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    const std::string errors = folder.path + "errors";
+    const int err = open(errors.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    const pid_t process = StartKestrel({"apply", input, "-o", "-", "--format", "y4m"}, full, err);
+    close(full);
+    close(err);
+    EXPECT_EQ(WaitForEnd(process), 4);
+    EXPECT_THAT(ReadText(errors), HasSubstr("standard output: it cannot be written ("));
+}
+
 // The second file of the series is a pipe that nobody reads: the program has written the first file under its
 // temporary name then, waits for a reader, and places none of its files before it gets one.
 TEST_F(Streams, An_interrupt_leaves_nothing_of_an_unfinished_file) {

@@ -103,7 +103,7 @@ TEST(CommandLine, True_colour_excludes_palette_options) {
 }
 
 TEST(CommandLine, Other_output_endings_are_refused) {
-    EXPECT_THAT(Refuse(Apply("out.jpg")), HasSubstr(".gif, .webp or .png"));
+    EXPECT_THAT(Refuse(Apply("out.jpg")), HasSubstr(".gif, .webp, .png, .apng or .y4m"));
     EXPECT_THAT(Refuse({"sheet", "a.gif", "b.gif", "-o", "c.gif"}), HasSubstr(".png"));
 }
 
@@ -185,7 +185,7 @@ TEST(CommandLine, Every_wrong_option_is_answered_in_plain_words) {
         {{"sheet", "a", "b", "-o", "c.gif"}, "the output must end in .png, not \"c.gif\"."},
         {{"effects", "more"}, "unexpected argument \"more\"."},
         {{"effects", "--colour"}, "unknown option \"--colour\"; see --help."},
-        {Apply("out"), "the output must end in .gif, .webp or .png, not \"out\"."},
+        {Apply("out"), "the output must end in .gif, .webp, .png, .apng or .y4m, not \"out\"."},
         {Apply("out.gif", {"--true-color"}),
          "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color."},
         {Apply("out.webp", {"--comment"}), "only a GIF holds the plug-in's comment; leave out --comment."},

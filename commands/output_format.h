@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// In which format a result is written, and whether that is to a file or to standard output.
+#pragma once
+
+#include <string>
+
+namespace kfx::commands {
+
+// The name that stands for standard input or standard output.
+inline bool IsStream(const std::string& path) { return path == "-"; }
+
+// How a result's place is named to the user.
+inline std::string ShownPath(const std::string& path) { return IsStream(path) ? "standard output" : path; }
+
+// "y4m", "rgb" and "rgba": frames for video programs.
+bool IsRawFormat(const std::string& format);
+
+// The format of an output: `given`, what --format names, or what the output's ending says. Lower case, as
+// "gif". Empty: neither says it, or they contradict each other; `*error` is one sentence then.
+std::string ResolveFormat(const std::string& output, const std::string& given, std::string* error);
+
+}  // namespace kfx::commands
