@@ -109,8 +109,8 @@ void AddApply(CLI::App* app, const Target& target) {
         ->type_name("NAME");
     AddList(
         apply, "--effect", &target.texts->effects,
-        "Effect, as `kestrel effects` lists them; several are applied in turn; may be left out with one of "
-        "--frames to --loop")
+        "Effect, as `kestrel effects` lists them; several are applied in turn; may be left out with --format "
+        "or one of --reverse to --loop")
         ->type_name("NAME");
     AddList(apply, "--set", &target.texts->settings,
             "Parameter of the effect before it; may be given several times")
