@@ -8,6 +8,11 @@
 namespace kfx::commands {
 namespace {
 
+// What is said of a pipe whose other end has gone; the last one by Wine.
+bool IsGone(DWORD error) {
+    return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED;
+}
+
 bool Write(DWORD stream, const std::string& text) {
     const HANDLE handle = GetStdHandle(stream);
     size_t written = 0;
@@ -15,8 +20,7 @@ bool Write(DWORD stream, const std::string& text) {
         DWORD count = 0;
         if (!WriteFile(handle, text.data() + written, static_cast<DWORD>(text.size() - written), &count,
                        nullptr)) {
-            const DWORD error = GetLastError();
-            return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA;
+            return IsGone(GetLastError());
         }
         if (count == 0) return false;
         written += count;
@@ -26,8 +30,6 @@ bool Write(DWORD stream, const std::string& text) {
 
 constexpr size_t kMostInput = size_t{1} << 30;
 constexpr DWORD kStep = 1 << 16;
-
-bool IsGone(DWORD error) { return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA; }
 
 }  // namespace
 
