@@ -19,11 +19,12 @@ uint8_t Share(int value, int share) { return static_cast<uint8_t>((value * share
 
 // Gives a pixel that stands over black an alpha.
 void DivideByAlpha(int alpha, uint8_t* pixel) {
+    pixel[3] = static_cast<uint8_t>(alpha);
+    if (alpha == kOpaque) return;
     for (int c = 0; c < 3; ++c) {
         const int color = alpha == 0 ? 0 : (pixel[c] * 255 + alpha / 2) / alpha;
         pixel[c] = static_cast<uint8_t>(std::min(color, 255));
     }
-    pixel[3] = static_cast<uint8_t>(alpha);
 }
 
 void SetColor(uint8_t* pixel, const uint8_t* color) { std::copy(color, color + 3, pixel); }
@@ -108,6 +109,7 @@ bool PutAlphaBack(const std::vector<uint8_t>& alpha, Pixels* pixels) {
 void PutOver(uint8_t level, Pixels* pixels) {
     for (uint8_t* pixel = pixels->data(); pixel != pixels->data() + pixels->size(); pixel += 4) {
         const int alpha = pixel[3];
+        if (alpha == kOpaque) continue;
         const int ground = Share(level, kOpaque - alpha);
         for (int c = 0; c < 3; ++c)
             pixel[c] = static_cast<uint8_t>(std::min(Share(pixel[c], alpha) + ground, 255));

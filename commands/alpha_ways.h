@@ -25,6 +25,7 @@ enum class AlphaWay {
 
 // What stands in hidden pixels while an effect of the way Keep runs; nothing to the others.
 enum class HiddenColors {
+    Any,           // the effect looks at one pixel at a time
     Nearest,       // the nearest visible colour: no edge where the outline is
     InProportion,  // the visible colours in their shares: counts of colours stay
 };
