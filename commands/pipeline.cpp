@@ -13,7 +13,11 @@ namespace {
 
 // The last job, without its effect.
 bool MakePaletteJob(const OpenEngine& engine, const Job& last, Job* job, Failure* failure) {
-    if (!ResolveEffectJob(UnchangingEffect(), engine.engine, engine.opened, job, failure)) return false;
+    if (!ResolveEffectJob(UnchangingEffect(), engine.engine, engine.opened, job, failure)) {
+        if (failure->exitCode == kExitBadCommand)
+            *failure = {kExitEngine, "the plug-in has no effect by which finished frames get a palette."};
+        return false;
+    }
     job->paletteUse = last.paletteUse;
     job->palette = last.palette;
     job->dither = last.dither;
