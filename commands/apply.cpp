@@ -106,7 +106,7 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     session.source = &source;
     session.sourcePath = SystemPath(line.inputs[0]);
     Failure failure;
-    if (!ReadSource(line, line.inputs[0], &source, &report)) return report;
+    if (!ReadSource(line, 0, &source, &report)) return report;
     if (!EditFrames(line.edits, &source, &failure)) return FailedReport(failure);
     if (!CheckOutput(line, ResultPaths(line.output, source.frames.size(), line.format), &report))
         return report;

@@ -21,9 +21,12 @@ constexpr char kFooter[] =
     "  kestrel apply IN.gif -o OUT.gif --effect Emboss --set Radius=18 --set Depth=30\n"
     "  kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\" --effect Swirl --set Angle=90\n"
     "  kestrel apply IN.gif -o OUT.gif --effect Bump --palette \"216-color safe\" --dither --supercompress\n"
+    "  kestrel apply FRAMES-%03d.png -o OUT.gif --delay 40 --effect Neon\n"
     "  kestrel effects --json\n\n"
     "Exit codes: 0 done, 2 wrong command, 3 unreadable input, 4 output not writable, 5 nothing was built,\n"
     "  6 the plug-in stopped answering, 130 interrupted.";
+
+constexpr int kLongestDelay = 655350;  // what a GIF file can say
 
 // What the parser fills and CommandLine holds in another form.
 struct ParsedTexts {
@@ -31,6 +34,7 @@ struct ParsedTexts {
     std::string secondInput;
     const CLI::App* apply = nullptr;  // knows the order of the next two
     std::vector<std::string> effects;
+    std::vector<std::string> inputs;  // of a command that takes any number
     std::vector<std::string> settings;
     bool noComment = false;
     std::string format;
@@ -57,6 +61,12 @@ void AddOutput(CLI::App* command, CommandLine* line, const char* name, const cha
 
 CLI::Option* AddInput(CLI::App* command, std::string* input, const char* name, const char* description) {
     return command->add_option(name, *input, description)->type_name("FILE");
+}
+
+void AddJoinOptions(CLI::App* command, CommandLine* line) {
+    AddFlag(command, "--join", &line->join, "Several files, NAME-*.png or a folder make one animation");
+    AddNumber(command, "--delay", &line->delay, 0, kLongestDelay,
+              "Milliseconds that each frame is shown; joins, too (without it: 100 for stills)");
 }
 
 void AddReadLimit(CLI::App* command, CommandLine* line) {
@@ -96,10 +106,14 @@ void AddApply(CLI::App* app, const Target& target) {
     CLI::App* const apply =
         app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it");
     target.texts->apply = apply;
-    AddInput(apply, &target.texts->input, "input",
-             "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input")
+    apply
+        ->add_option("input", target.texts->inputs,
+                     "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; NAME-%03d.png for "
+                     "numbered files")
+        ->type_name("FILE")
         ->required();
     AddReadLimit(apply, line);
+    AddJoinOptions(apply, line);
     AddOutput(
         apply, line, "-o,--output",
         ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for standard output");
@@ -165,6 +179,7 @@ void AddSheet(CLI::App* app, const Target& target) {
         app->add_subcommand("sheet", "Draw frames of a source and of its result on one contact sheet");
     AddInput(sheet, &target.texts->input, "source", "Source animation")->required();
     AddInput(sheet, &target.texts->secondInput, "result", "Its result")->required();
+    AddJoinOptions(sheet, target.line);
     AddReadLimit(sheet, target.line);
     AddOutput(sheet, target.line, "-o,--output", "PNG file");
 }
@@ -245,6 +260,7 @@ std::string Contradiction(const CommandLine& line, const ParsedTexts& texts, con
                                                  {"--dither-contrast", line.ditherContrast >= 0}});
     if (line.trueColor && paletteOption) return ExcludeEachOther("--true-color", paletteOption);
     if (line.trueColor && searchOption) return ExcludeEachOther("--true-color", searchOption);
+    if (line.delay >= 0 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--delay", "--fps");
     if (line.edits.speed != 1 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--speed", "--fps");
     if (searchOption && !paletteOption && line.format != "gif")
         return std::string(searchOption) + " is for results on a palette; add --palette, or leave it out.";
@@ -257,7 +273,8 @@ std::string Contradiction(const CommandLine& line, const ParsedTexts& texts, con
 std::string MissingEffect(const CommandLine& line, bool formatGiven) {
     if (!line.effects.empty()) return "";
     if (!line.localBackground.empty()) return "--local-background needs an --effect.";
-    if (!HasEdits(line.edits) && !formatGiven) return "--effect NAME is missing; see kestrel apply --help.";
+    const bool joins = line.join || line.delay >= 0;
+    if (!HasEdits(line.edits) && !formatGiven && !joins) return "--effect NAME is missing; see kestrel apply --help.";
     return "";
 }
 
@@ -376,6 +393,7 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const O
     const ParseOutcome outcome = Parse(&app, arguments, text);
     if (outcome != ParseOutcome::Run) return outcome;
 
+    line->inputs = texts.inputs;
     for (const std::string& input : {texts.input, texts.secondInput}) {
         if (!input.empty()) line->inputs.push_back(input);
     }

@@ -26,8 +26,9 @@ Report RunGallery(const CommandLine& line, const CommandContext& context);
 Report RunSample(const CommandLine& line);
 Report RunSheet(const CommandLine& line);
 
-// Reads an animation with at least one frame, within the line's limit; its warning becomes a note.
-bool ReadSource(const CommandLine& line, const std::string& path, Animation* animation, Report* report);
+// Reads one of the line's sources, an animation with at least one frame, within the line's limit; warnings
+// become notes.
+bool ReadSource(const CommandLine& line, size_t source, Animation* animation, Report* report);
 
 // As MayWriteResult, for what the line names. False: the report says why not.
 bool CheckOutput(const CommandLine& line, const std::vector<std::string>& files, Report* report);

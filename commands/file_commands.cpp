@@ -80,7 +80,7 @@ Report WriteSheet(const Picture& sheet, const std::string& output, Report report
 // The first frame of the file, or of the sample, as an animation of its own.
 bool ReadGallerySource(const CommandLine& line, Animation* source, Report* report) {
     if (!line.inputs.empty()) {
-        if (!ReadSource(line, line.inputs[0], source, report)) return false;
+        if (!ReadSource(line, 0, source, report)) return false;
         source->frames.resize(1);
         return true;
     }
@@ -218,11 +218,12 @@ Report RunSample(const CommandLine& line) {
 Report RunSheet(const CommandLine& line) {
     Report report;
     Animation source, result;
-    if (!ReadSource(line, line.inputs[0], &source, &report) ||
-        !ReadSource(line, line.inputs[1], &result, &report) || !CheckOutput(line, {line.output}, &report)) {
+    if (!ReadSource(line, 0, &source, &report) || !ReadSource(line, 1, &result, &report) ||
+        !CheckOutput(line, {line.output}, &report)) {
         return report;
     }
-    const std::string title = FileNameOf(line.inputs[0]) + " and " + FileNameOf(line.inputs[1]);
+    const std::string title =
+        FileNameOf(line.sources[0].files[0]) + " and " + FileNameOf(line.sources[1].files[0]);
     return WriteSheet(DrawComparison(title, source, result, kSheetColumns, kSheetWidth, kSheetHeight),
                       line.output, std::move(report));
 }

@@ -74,6 +74,18 @@ TEST(CommandLine, Parameters_of_a_single_effect_may_stand_before_it) {
               "--set Radius=9 stands before the first --effect; put it behind the effect that it is for.");
 }
 
+TEST(CommandLine, Several_inputs_can_be_joined_and_timed) {
+    const CommandLine line =
+        Accept({"apply", "b.png", "a.png", "-o", "out.gif", "--effect", "Bump", "--join"});
+    EXPECT_EQ(line.inputs, (Arguments{"b.png", "a.png"}));
+    EXPECT_TRUE(line.join);
+    EXPECT_EQ(line.delay, -1);
+    EXPECT_EQ(Accept(Apply("out.gif", {"--delay", "655350"})).delay, 655350);
+    EXPECT_FALSE(Accept(Apply("out.gif")).join);
+    EXPECT_EQ(Refuse(Apply("out.gif", {"--delay", "0.5"})),
+              "--delay takes whole numbers from 0 to 655350, not \"0.5\".");
+}
+
 TEST(CommandLine, A_leading_slash_begins_a_path) {
     const CommandLine line = Accept({"apply", "/tmp/in.gif", "-o", "/tmp/out.gif", "--effect", "Bump"});
     EXPECT_EQ(line.inputs, Arguments{"/tmp/in.gif"});

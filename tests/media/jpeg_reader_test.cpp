@@ -298,12 +298,12 @@ TEST(JpegReader, Sizes_are_refused_before_anything_is_allocated) {
     ReadLimits limits;
     limits.maxPixels = kWidth * kHeight - 1;
     EXPECT_EQ(ErrorOf(file, limits),
-              "the frames together have more than 1072 pixels, which is too much to hold");
+              "the picture of " + std::to_string(kWidth) + " x " + std::to_string(kHeight) + " has 1073 pixels; the limit is 1072");
     for (const size_t at : {5u, 7u}) file[frame + at] = 0xF0;
     EXPECT_EQ(ErrorOf(file, {.maxSide = 60000, .maxPixels = 1 << 20}),
               "the picture of 61477 x 61469 pixels is too large: a side may have 60000");
     EXPECT_EQ(ErrorOf(file, {.maxSide = 65535, .maxPixels = 1 << 20}),
-              "the frames together have more than 1048576 pixels, which is too much to hold");
+              "the picture of 61477 x 61469 has 3778929713 pixels; the limit is 1048576");
     for (const size_t at : {5u, 6u, 7u, 8u}) file[frame + at] = 0xFF;
     EXPECT_EQ(ErrorOf(file), "the JPEG picture is too large: a side may have 65500 pixels");
 }

@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: MIT
+#include "commands/source_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+
+#include "commands/output_format.h"
+#include "commands/text.h"
+#include "media/utf8_path.h"
+
+namespace kfx::commands {
+namespace {
+
+namespace fs = std::filesystem;
+
+// As the system compares names.
+constexpr bool kIgnoresCase = fs::path::preferred_separator == '\\';
+
+constexpr const char* kPictureEndings[] = {".gif", ".webp", ".png", ".apng", ".jpg", ".jpeg", ".bmp"};
+
+constexpr size_t kLongestNumber = 9;  // digits whose number fits in an int
+
+// A name with the place of a number: before%03dbehind has width 3.
+struct NumberPattern {
+    std::string before;
+    std::string behind;
+    size_t width = 0;
+};
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+char Fold(char c) { return kIgnoresCase && c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+std::string Fold(std::string text) {
+    for (char& c : text) c = Fold(c);
+    return text;
+}
+
+// False: the name has no number's place, or several.
+bool ParseNumberPattern(const std::string& name, NumberPattern* pattern) {
+    const size_t percent = name.find('%');
+    if (percent == std::string::npos) return false;
+    size_t at = percent + 1;
+    pattern->width = 1;
+    if (at + 1 < name.size() && name[at] == '0' && name[at + 1] >= '1' && name[at + 1] <= '9') {
+        pattern->width = static_cast<size_t>(name[at + 1] - '0');
+        at += 2;
+    }
+    if (at >= name.size() || name[at] != 'd') return false;
+    pattern->before = Fold(name.substr(0, percent));
+    pattern->behind = Fold(name.substr(at + 1));
+    return pattern->behind.find('%') == std::string::npos;
+}
+
+// The digits at the pattern's place; empty: the name does not fit.
+std::string NumberIn(const std::string& given, const NumberPattern& pattern) {
+    const std::string name = Fold(given);
+    const size_t fixed = pattern.before.size() + pattern.behind.size();
+    if (name.size() < fixed + pattern.width) return "";
+    if (name.compare(0, pattern.before.size(), pattern.before) != 0) return "";
+    if (name.compare(name.size() - pattern.behind.size(), std::string::npos, pattern.behind) != 0) return "";
+    const std::string digits = name.substr(pattern.before.size(), name.size() - fixed);
+    if (!std::all_of(digits.begin(), digits.end(), IsDigit)) return "";
+    // Zeros only fill up to the width.
+    return digits.size() > pattern.width && digits[0] == '0' ? "" : digits;
+}
+
+// Whether the name fits a pattern in which * stands for any characters and ? for one.
+bool Fits(const std::string& name, const std::string& pattern) {
+    size_t at = 0, from = 0;
+    size_t star = std::string::npos, resume = 0;
+    while (at < name.size()) {
+        if (from < pattern.size() && pattern[from] == '*') {
+            star = from++;
+            resume = at;
+        } else if (from < pattern.size() && (pattern[from] == '?' || Fold(pattern[from]) == Fold(name[at]))) {
+            ++from;
+            ++at;
+        } else if (star != std::string::npos) {
+            from = star + 1;
+            at = ++resume;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of('*', from) == std::string::npos;
+}
+
+// The names of a folder's files, without hidden ones. "" is the current folder.
+std::vector<std::string> NamesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code noFolder;
+    const fs::path path = PathOf(folder.empty() ? "." : SystemPath(folder));
+    fs::directory_iterator entry(path, noFolder);
+    while (!noFolder && entry != fs::directory_iterator()) {
+        std::error_code noFile;
+        const std::string name = Utf8Of(entry->path().filename());
+        if (entry->is_regular_file(noFile) && name[0] != '.') names.push_back(name);
+        entry.increment(noFolder);
+    }
+    std::sort(names.begin(), names.end(), IsBeforeByNumber);
+    return names;
+}
+
+std::string PlaceNote(const std::string& input, const std::vector<std::string>& numbers) {
+    if (numbers.empty() || numbers.back().size() > kLongestNumber) return "";
+    const int first = std::stoi(numbers.front());
+    const int last = std::stoi(numbers.back());
+    const size_t missing = static_cast<size_t>(last - first) + 1 - numbers.size();
+    if (missing == 0) return "";
+    return input + ": " + std::to_string(missing) + " of the numbers from " + std::to_string(first) + " to " +
+           std::to_string(last) + (missing == 1 ? " is" : " are") + " missing.";
+}
+
+// The files that have a number at the pattern's place.
+SourceFiles FindNumbered(const std::string& input, const NumberPattern& pattern) {
+    SourceFiles found;
+    std::vector<std::string> numbers;
+    for (const std::string& name : NamesIn(FolderOf(input))) {
+        const std::string number = NumberIn(name, pattern);
+        if (number.empty()) continue;
+        found.files.push_back(FolderOf(input) + name);
+        numbers.push_back(number);
+    }
+    found.note = PlaceNote(input, numbers);
+    return found;
+}
+
+std::vector<std::string> FindFitting(const std::string& input) {
+    std::vector<std::string> files;
+    for (const std::string& name : NamesIn(FolderOf(input))) {
+        if (Fits(name, FileNameOf(input))) files.push_back(FolderOf(input) + name);
+    }
+    return files;
+}
+
+std::vector<std::string> FindPictures(const std::string& folder) {
+    const std::string prefix = FileNameOf(folder).empty() ? folder : folder + "/";
+    std::vector<std::string> files;
+    for (const std::string& name : NamesIn(prefix)) {
+        const std::string ending = EndingOf(name);
+        if (std::find(std::begin(kPictureEndings), std::end(kPictureEndings), ending) !=
+            std::end(kPictureEndings))
+            files.push_back(prefix + name);
+    }
+    return files;
+}
+
+bool Refuse(ExitCode exitCode, const std::string& error, Failure* failure) {
+    *failure = {exitCode, error};
+    return false;
+}
+
+// What one input names. `*isSource`: it is one animation by itself.
+bool FindFiles(const std::string& input, SourceFiles* found, bool* isSource, Failure* failure) {
+    const fs::path path = PathOf(SystemPath(input));
+    std::error_code unknown;
+    const std::string name = FileNameOf(input);
+    NumberPattern pattern;
+    *isSource = false;
+    if (!IsStream(input) && fs::is_directory(path, unknown)) {
+        found->files = FindPictures(input);
+        return !found->files.empty() || Refuse(kExitBadInput, input + ": has no pictures.", failure);
+    }
+    if (IsStream(input) || fs::exists(path, unknown)) {
+        found->files = {input};
+        return true;
+    }
+    if (name.find_first_of("*?") != std::string::npos) {
+        found->files = FindFitting(input);
+    } else if (ParseNumberPattern(name, &pattern)) {
+        *isSource = true;
+        *found = FindNumbered(input, pattern);
+    } else {
+        found->files = {input};
+    }
+    return !found->files.empty() || Refuse(kExitBadInput, input + ": no file has such a name.", failure);
+}
+
+std::string WithoutNumbers(const std::string& name) {
+    std::string rest;
+    for (const char c : name) {
+        if (!IsDigit(c)) rest += c;
+        if (IsDigit(c) && (rest.empty() || rest.back() != '#')) rest += '#';
+    }
+    return rest;
+}
+
+// A shell sorts the files that a wildcard names as text, 10 before 2. True: they were put in order.
+bool SortByNumber(std::vector<std::string>* files) {
+    if (!std::is_sorted(files->begin(), files->end())) return false;
+    const std::string first = WithoutNumbers(files->front());
+    for (const std::string& file : *files) {
+        if (WithoutNumbers(file) != first) return false;
+    }
+    if (std::is_sorted(files->begin(), files->end(), IsBeforeByNumber)) return false;
+    std::sort(files->begin(), files->end(), IsBeforeByNumber);
+    return true;
+}
+
+// All files of a command with one source.
+void JoinSources(CommandLine* line) {
+    SourceFiles all;
+    for (SourceFiles& source : line->sources) {
+        all.files.insert(all.files.end(), source.files.begin(), source.files.end());
+        if (all.note.empty()) all.note = source.note;
+    }
+    if (line->inputs.size() == all.files.size() && SortByNumber(&all.files) && all.note.empty())
+        all.note = "the files are joined in the order of their numbers.";
+    line->sources = {all};
+}
+
+}  // namespace
+
+bool IsBeforeByNumber(const std::string& left, const std::string& right) {
+    size_t a = 0, b = 0;
+    while (a < left.size() && b < right.size()) {
+        if (!IsDigit(left[a]) || !IsDigit(right[b])) {
+            const auto x = static_cast<unsigned char>(Fold(left[a++]));
+            const auto y = static_cast<unsigned char>(Fold(right[b++]));
+            if (x != y) return x < y;
+            continue;
+        }
+        while (a < left.size() && left[a] == '0') ++a;
+        while (b < right.size() && right[b] == '0') ++b;
+        const size_t startA = a, startB = b;
+        while (a < left.size() && IsDigit(left[a])) ++a;
+        while (b < right.size() && IsDigit(right[b])) ++b;
+        if (a - startA != b - startB) return a - startA < b - startB;
+        const int order = left.compare(startA, a - startA, right, startB, b - startB);
+        if (order != 0) return order < 0;
+    }
+    const bool isEnded = a == left.size() && b == right.size();
+    return isEnded ? left < right : a == left.size();
+}
+
+bool FindSources(CommandLine* line, Failure* failure) {
+    const bool takesFirst = line->command == Command::Gallery;
+    const bool joins = line->join || line->delay >= 0 || takesFirst;
+    std::vector<std::string> files;
+    line->sources.clear();
+    for (const std::string& input : line->inputs) {
+        SourceFiles found;
+        bool isSource = false;
+        if (!FindFiles(input, &found, &isSource, failure)) return false;
+        if (found.files.size() > 1 && !isSource && !joins) {
+            return Refuse(kExitBadCommand,
+                          input + ": names " + std::to_string(found.files.size()) +
+                              " files; --join makes them one animation.",
+                          failure);
+        }
+        if (takesFirst) found = {.files = {found.files.front()}, .note = {}};
+        line->sources.push_back(found);
+    }
+    if (line->command == Command::Apply && line->sources.size() > 1) {
+        if (!joins) {
+            return Refuse(kExitBadCommand, "there are several inputs; --join makes them one animation.",
+                          failure);
+        }
+        JoinSources(line);
+    }
+    for (const SourceFiles& source : line->sources)
+        files.insert(files.end(), source.files.begin(), source.files.end());
+    line->inputs = files;
+    return true;
+}
+
+}  // namespace kfx::commands
