@@ -125,9 +125,9 @@ TEST_F(Sequence, Palettes_are_joined_while_there_is_room) {
 }
 
 TEST_F(Sequence, Without_room_or_without_a_palette_there_is_none) {
-    std::vector<RgbColor> many;
+    std::vector<RgbColor> many(256);
     std::vector<Bytes> all;  // the writer leaves out colours that nobody uses
-    for (int i = 0; i < 256; ++i) many.push_back({static_cast<uint8_t>(i), 0, 0});
+    for (size_t i = 0; i < many.size(); ++i) many[i].red = static_cast<uint8_t>(i);
     for (int i = 0; i < 256; i += 2) all.push_back({static_cast<uint8_t>(i), static_cast<uint8_t>(i + 1)});
     WriteIndexed("a.gif", many, all);
     WriteIndexed("b.gif", {{0, 9, 9}, {0, 0, 9}}, {{0, 1}});

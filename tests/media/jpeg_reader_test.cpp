@@ -218,7 +218,7 @@ TEST(JpegReader, A_colour_profile_with_missing_parts_is_left_out) {
 // Bytes of the file up to its first pixel data.
 size_t DataStart(const Bytes& file) {
     const size_t scan = FindMarker(file, 0xDA);
-    return scan + 2 + (file[scan + 2] << 8 | file[scan + 3]);
+    return scan + 2 + (size_t{file[scan + 2]} << 8 | file[scan + 3]);
 }
 
 TEST(JpegReader, A_cut_file_shows_what_is_there) {
