@@ -2,7 +2,6 @@
 #include "commands/output_check.h"
 
 #include <cerrno>
-#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -40,7 +39,8 @@ bool CheckWritable(const std::string& path, std::string* error) {
     } else if (reason == EACCES || reason == EPERM || reason == EROFS) {
         *error = path + ": cannot be written: you may not write to " + named + ".";
     } else {
-        *error = path + ": cannot be written: " + std::generic_category().message(reason) + ".";
+        *error = path + ": cannot be written: " + named + " cannot be used (error " + std::to_string(reason) +
+                 ").";
     }
     return false;
 }

@@ -57,9 +57,11 @@ std::string AbsolutePath(const std::string& path) {
 }
 
 std::string SystemErrorText(unsigned long code) {
+    // In English, as all of the program's messages are; a system that has none gives only the number.
+    constexpr DWORD kEnglish = MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US);
     wchar_t text[512];
     const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                        code, 0, text, 512, nullptr);
+                                        code, kEnglish, text, 512, nullptr);
     std::string sentence = Narrow(std::wstring(text, length));
     while (!sentence.empty() &&
            (sentence.back() == '\n' || sentence.back() == '\r' || sentence.back() == '.')) {
@@ -68,7 +70,7 @@ std::string SystemErrorText(unsigned long code) {
     // Some of the system's sentences leave a place for the name, which ours begin with.
     const size_t place = sentence.find("%1");
     if (place != std::string::npos) sentence.replace(place, 2, "the file");
-    return sentence.empty() ? "error " + std::to_string(code) : sentence;
+    return sentence.empty() ? "Windows error " + std::to_string(code) : sentence;
 }
 
 }  // namespace kfx::commands

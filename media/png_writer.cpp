@@ -30,6 +30,8 @@ SplitName SplitExtension(const std::string& path) {
     return {path.substr(0, dot), path.substr(dot)};
 }
 
+constexpr unsigned kNoMemory = 83;  // of the library
+
 }  // namespace
 
 bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>* file, std::string* error) {
@@ -44,7 +46,8 @@ bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>*
         lodepng_encode32(&encoded, &size, rgba, static_cast<unsigned>(width), static_cast<unsigned>(height));
     const std::unique_ptr<unsigned char, FreeDeleter> owner(encoded);
     if (code != 0) {
-        *error = std::string("the PNG picture cannot be made (") + lodepng_error_text(code) + ")";
+        *error = code == kNoMemory ? "there is not enough memory to write the PNG file"
+                                   : "the PNG picture is too large";
         return false;
     }
     try {

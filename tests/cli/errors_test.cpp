@@ -7,6 +7,7 @@
 #include "tests/cli/program.h"
 #include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
+#include "tests/cli/wrong_commands.h"
 
 namespace kfx::test {
 namespace {
@@ -111,6 +112,10 @@ TEST_F(Errors, An_output_that_cannot_be_written_is_found_before_the_work) {
                 HasSubstr("cannot be written"));
     EXPECT_THAT(Failing(4, {"sheet", input, input, "-o", folder.path + "none/out.png"}),
                 HasSubstr("out.png"));
+}
+
+TEST_F(Errors, Each_names_its_cause_and_its_cure_in_plain_words) {
+    ExpectSentences(WrongCommands(folder.path), folder.path, {});
 }
 
 TEST_F(Errors, An_error_is_a_json_object_for_scripts) {

@@ -8,6 +8,7 @@
 #include "tests/cli/failing_commands.h"
 #include "tests/cli/program.h"
 #include "tests/cli/test_files.h"
+#include "tests/cli/wrong_commands.h"
 #include "tests/driven/user_settings.h"
 
 namespace kfx::test {
@@ -32,6 +33,10 @@ TEST_F(PluginErrors, Options_of_the_plugin_need_its_engine) {
         EXPECT_EQ(result.err, "kestrel: " + option[0] + " needs --through-plugin as well.\n");
     }
     EXPECT_THAT(Failing(2, Apply({"--effect", "Bump", "--timeout", "soon"})), HasSubstr("--timeout"));
+}
+
+TEST_F(PluginErrors, The_driven_engine_says_the_same_as_the_direct_one) {
+    ExpectSentences(WrongCommands(folder.path), folder.path, {"--through-plugin"});
 }
 
 TEST_F(PluginErrors, A_missing_plugin_is_named) {

@@ -95,7 +95,8 @@ TEST(FileIo, A_missing_file_is_named_in_the_error) {
     Bytes content;
     std::string error;
     EXPECT_FALSE(ReadWholeFile(folder.File("none.gif"), &content, &error));
-    EXPECT_EQ(error, folder.File("none.gif") + ": the file cannot be opened (No such file or directory).");
+    EXPECT_EQ(error,
+              folder.File("none.gif") + ": the file cannot be opened (there is no such file or folder).");
     EXPECT_FALSE(ReadWholeFile(folder.File(""), &content, &error));
     EXPECT_EQ(error, folder.File("") + ": this is a folder, not a file.");
     EXPECT_FALSE(ReadWholeFile("", &content, &error));
@@ -120,7 +121,8 @@ TEST(FileIo, A_folder_that_is_missing_is_named_in_the_error) {
     const Folder folder;
     std::string error;
     EXPECT_FALSE(WriteWholeFile(folder.File("none/x.gif"), {1}, &error));
-    EXPECT_EQ(error, folder.File("none/x.gif") + ": the file cannot be written (No such file or directory).");
+    EXPECT_EQ(error,
+              folder.File("none/x.gif") + ": the file cannot be written (there is no such file or folder).");
 }
 
 TEST(FileIo, A_folder_of_the_final_name_stays_and_no_temporary_file_does) {
@@ -269,7 +271,8 @@ TEST(FileIo, When_the_bytes_do_not_fit_the_partial_file_is_removed) {
         const FileSizeLimit limit(4096);
         EXPECT_FALSE(WriteWholeFile(folder.File("x.gif"), Bytes(100000, 1), &error));
     }
-    EXPECT_EQ(error, folder.File("x.gif") + ": the file cannot be written (File too large).");
+    EXPECT_EQ(error, folder.File("x.gif") +
+                         ": the file cannot be written (the file would be too large for its place).");
     EXPECT_EQ(ContentOf(folder.File("x.gif")), Bytes{9});
     EXPECT_EQ(folder.Count(), 1u);
 }
@@ -332,7 +335,7 @@ TEST(FileIo, A_pipe_that_takes_only_a_part_is_an_error_and_stays) {
     EXPECT_FALSE(WriteWholeFile(folder.File("pipe"), Bytes(4 << 20, 1), &error));
     written = true;
     closing.join();
-    EXPECT_EQ(error, folder.File("pipe") + ": the file cannot be written (Broken pipe).");
+    EXPECT_EQ(error, folder.File("pipe") + ": the file cannot be written (nobody reads the pipe any more).");
     EXPECT_TRUE(fs::is_fifo(folder.path / "pipe"));
     EXPECT_EQ(folder.Count(), 1u);
 }
