@@ -100,34 +100,46 @@ EngineStart PlainStart(const CommandContext& context, HostSession* session) {
     return start;
 }
 
-// The same for a transparent source, whose alpha follows each effect.
-bool RunEveryEffect(const OpenEngine& engine, HostSession* session, const std::vector<std::string>& names,
-                    std::vector<Animation>* results, Failure* failure) {
-    const Animation source = *session->source;
-    for (const std::string& name : names) {
-        Job job;
-        Animation result = source;
-        if (!ResolveEffectJob({name, {}}, engine.engine, engine.opened, &job, failure) ||
-            !RunStage(engine, session, job, &result, failure)) {
-            return false;
+// The values at which a gallery shows an effect. What a plug-in of another kind does not take keeps its
+// default.
+void ChoosePictureValues(const std::string& name, Job* job) {
+    for (const Setting& setting : FindPictureSettings(kHelpDocument, name)) {
+        for (const Parameter& parameter : job->parameters) {
+            ChosenValue chosen = {parameter, 0};
+            std::string ignored;
+            if (parameter.name == setting.name &&
+                ParseValue(parameter, name, setting.value, &chosen.value, &ignored))
+                job->values.push_back(chosen);
         }
-        results->push_back(std::move(result));
     }
-    *session->source = source;
+}
+
+// The session's source after the job; it is still there then. The alpha of a transparent one follows.
+bool BuildPicture(const OpenEngine& engine, HostSession* session, const Job& job, bool more,
+                  Animation* result, Failure* failure) {
+    if (HasAlpha(*session->source)) {
+        const Animation source = *session->source;
+        *result = source;
+        if (!RunStage(engine, session, job, result, failure)) return false;
+        *session->source = source;
+        return true;
+    }
+    if (!engine.engine.build(engine.opened, job, more, failure)) return false;
+    *result = PlayBuilt(session->built, session->record);
     return true;
 }
 
-// One picture an effect, all colours, at its defaults.
+// One picture an effect, all colours.
 bool BuildEveryEffect(const OpenEngine& engine, HostSession* session, std::vector<Animation>* results,
                       std::vector<std::string>* names, Failure* failure) {
     if (!engine || !engine.engine.listEffects(engine.opened, names, failure)) return false;
-    if (HasAlpha(*session->source)) return RunEveryEffect(engine, session, *names, results, failure);
     for (size_t i = 0; i < names->size(); ++i) {
         Job job;
-        job.effect = static_cast<int>(i);
-        job.comment = false;
-        if (!engine.engine.build(engine.opened, job, i + 1 < names->size(), failure)) return false;
-        results->push_back(PlayBuilt(session->built, session->record));
+        Animation result;
+        if (!ResolveEffectJob({(*names)[i], {}}, engine.engine, engine.opened, &job, failure)) return false;
+        ChoosePictureValues((*names)[i], &job);
+        if (!BuildPicture(engine, session, job, i + 1 < names->size(), &result, failure)) return false;
+        results->push_back(std::move(result));
     }
     return true;
 }
@@ -194,8 +206,8 @@ Report RunGallery(const CommandLine& line, const CommandContext& context) {
     std::vector<SheetPicture> pictures = {PictureOf(source, "Source")};
     for (size_t i = 0; i < results.size(); ++i) pictures.push_back(PictureOf(results[i], names[i]));
     report.result["effects"] = names;
-    const Picture sheet = DrawGallery(title + ": its effects at their defaults", pictures, kGalleryColumns,
-                                      kGalleryWidth, kGalleryHeight);
+    const Picture sheet =
+        DrawGallery(title + ": its effects", pictures, kGalleryColumns, kGalleryWidth, kGalleryHeight);
     return WriteSheet(sheet, line.output, std::move(report));
 }
 

@@ -76,4 +76,23 @@ ParameterHelp FindParameterHelp(const std::string& document, const std::string& 
     return {};
 }
 
+std::vector<Setting> FindPictureSettings(const std::string& document, const std::string& effect) {
+    const size_t end = document.find("\">" + effect + "</h3>");
+    const size_t heading = end == std::string::npos ? end : document.rfind("<h3", end);
+    if (heading == std::string::npos) return {};
+    const std::string marks = document.substr(heading, end + 1 - heading);
+    std::string list;
+    size_t at = 0;
+    if (!TextBetween(marks, "data-picture=\"", "\"", &at, &list)) return {};
+    std::vector<Setting> settings;
+    list += ", ";
+    for (size_t start = 0, stop; (stop = list.find(", ", start)) != std::string::npos; start = stop + 2) {
+        const std::string text = list.substr(start, stop - start);
+        const size_t equals = text.find('=');
+        if (equals != std::string::npos)
+            settings.push_back({text.substr(0, equals), text.substr(equals + 1)});
+    }
+    return settings;
+}
+
 }  // namespace kfx::commands

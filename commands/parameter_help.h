@@ -3,6 +3,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
+
+#include "commands/command_line.h"
 
 namespace kfx::commands {
 
@@ -17,5 +20,9 @@ struct ParameterHelp {
 // Looks up a parameter of an effect, both as the plug-in's window shows them, in a help document.
 ParameterHelp FindParameterHelp(const std::string& document, const std::string& effect,
                                 const std::string& parameter);
+
+// The settings at which the document's picture shows an effect (data-picture="Radius=18, Depth=30" in its
+// heading). Empty: its defaults.
+std::vector<Setting> FindPictureSettings(const std::string& document, const std::string& effect);
 
 }  // namespace kfx::commands

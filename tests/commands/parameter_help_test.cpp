@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "commands/direct_engine.h"
 #include "effects/effect_table.h"
 
@@ -54,6 +56,40 @@ TEST(ParameterHelp, Every_parameter_of_every_effect_is_explained) {
             EXPECT_THAT(help.meaning, Not(HasSubstr(range))) << effect << ", " << parameter.name;
         }
     }
+}
+
+TEST(ParameterHelp, A_heading_may_say_at_which_settings_the_picture_shows_the_effect) {
+    const std::string document =
+        "<h3 id=\"A\" data-picture=\"Radius=18, Center X=-4\">Emboss</h3><h3 id=\"B\">Neon</h3>";
+    const auto settings = FindPictureSettings(document, "Emboss");
+    ASSERT_EQ(settings.size(), 2u);
+    EXPECT_EQ(settings[0].name, "Radius");
+    EXPECT_EQ(settings[0].value, "18");
+    EXPECT_EQ(settings[1].name, "Center X");
+    EXPECT_EQ(settings[1].value, "-4");
+    EXPECT_TRUE(FindPictureSettings(document, "Neon").empty());
+    EXPECT_TRUE(FindPictureSettings(document, "Bump").empty());
+}
+
+TEST(ParameterHelp, Every_setting_of_the_picture_is_one_that_its_effect_takes) {
+    size_t count = 0;
+    for (size_t i = 0; i < EffectCount(); ++i) {
+        const std::string effect = EffectAt(i)->name;
+        std::vector<Parameter> parameters;
+        Failure failure;
+        ASSERT_TRUE(kDirectEngine.listParameters(nullptr, static_cast<int>(i), &parameters, &failure));
+        for (const Setting& setting : FindPictureSettings(kHelpDocument, effect)) {
+            const auto parameter =
+                std::find_if(parameters.begin(), parameters.end(),
+                             [&](const Parameter& row) { return row.name == setting.name; });
+            ASSERT_NE(parameter, parameters.end()) << effect << ", " << setting.name;
+            int value = 0;
+            std::string error;
+            EXPECT_TRUE(ParseValue(*parameter, effect, setting.value, &value, &error)) << error;
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 15u);
 }
 
 }  // namespace
