@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
-
 #include <windows.h>
 
 #include "media/file_io.h"
