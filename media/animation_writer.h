@@ -72,8 +72,9 @@ bool WriteWebp(const std::string& path, const Animation& animation, std::string*
 bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error,
                 const WebpOptions& options = WebpOptions());
 
-// An animated PNG file: uses the size, the loop count and each frame's pixels and time, to the millisecond.
-// Every frame but the first is stored as the part that changes.
+// An animated PNG file: uses the size, the loop count, comment, background, metadata and each frame's pixels
+// and time, to the millisecond. Every frame but the first is stored as the part that changes. Colours of
+// fully transparent pixels are not kept.
 bool WriteApng(const std::string& path, const Animation& animation, std::string* error);
 bool EncodeApng(const Animation& animation, std::vector<uint8_t>* file, std::string* error);
 
@@ -85,13 +86,17 @@ struct Picture {
 };
 
 bool WritePng(const std::string& path, const Picture& picture, std::string* error);
-bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>* file, std::string* error);
+// Takes the smallest of the formats that hold every pixel exactly: palette, grey, RGB, alpha. The file gets
+// the comment, the background and the metadata of `notes`.
+bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>* file, std::string* error,
+               const Animation& notes = Animation());
 
 // The names that WritePngFrames uses: `path` itself for one frame, else "NAME-000.png", "NAME-001.png", ...
 // beside it, with as many digits as the last number needs, but at least three.
 std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCount);
 
-// All frames or none: when one cannot be written, those before it are removed again.
+// Each file has the animation's comment, background and metadata. All frames or none: when one cannot be
+// written, those before it are removed again.
 bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error);
 
 }  // namespace kfx

@@ -5,6 +5,7 @@
 #include "media/apng.h"
 #include "media/gif_canvas.h"
 #include "media/loop_count.h"
+#include "media/png_notes.h"
 #include "media/readers.h"
 
 namespace kfx {
@@ -22,6 +23,7 @@ struct ApngReader {
     Animation* animation;
     PngFormat format;             // of all frames
     std::vector<uint8_t> canvas;  // RGBA
+    PngNoteReader notes;
     ApngFrame frame;
     bool hasFrame = false;
     uint32_t sequence = 0;  // of the next chunk that has a number
@@ -137,6 +139,7 @@ bool ReadChunk(ApngReader* reader, const PngChunk& chunk) {
             reader->frame.data.insert(reader->frame.data.end(), chunk.data + 4, chunk.data + chunk.size);
             return true;
         default:
+            TakePngNote(chunk, reader->format, &reader->notes);
             return true;
     }
 }
@@ -168,7 +171,11 @@ bool ReadAnimatedPng(const uint8_t* data, size_t size, const PngHeader& header, 
     if (!SpendFrames(budget, header.width, header.height, frames, error)) return false;
     animation->width = static_cast<int>(header.width);
     animation->height = static_cast<int>(header.height);
-    ApngReader reader = {.animation = animation, .format = header.format, .canvas = {}, .frame = {}};
+    ApngReader reader = {.animation = animation,
+                         .format = header.format,
+                         .canvas = {},
+                         .notes = {.animation = animation},
+                         .frame = {}};
     reader.canvas.resize(size_t{4} * header.width * header.height);
     at = kPngSignatureSize;
     bool whole = true;

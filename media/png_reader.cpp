@@ -3,6 +3,7 @@
 
 #include "media/apng.h"
 #include "media/png_format.h"
+#include "media/png_notes.h"
 #include "media/readers.h"
 
 namespace kfx {
@@ -35,8 +36,9 @@ void AddData(const PngChunk& chunk, size_t left, PngData* data) {
 // Chunks whose first letter is small may be left out.
 bool IsNeeded(const PngChunk& chunk) { return (chunk.name & 0x20000000) == 0; }
 
-// Reads what belongs to the picture; a clause about what is wrong, null for nothing.
-const char* ReadChunks(const uint8_t* data, size_t size, PngFormat* format, PngData* picture) {
+// Reads what belongs to the picture, and notes; a clause about what is wrong, null for nothing.
+const char* ReadChunks(const uint8_t* data, size_t size, PngFormat* format, PngData* picture,
+                       PngNoteReader* notes) {
     size_t at = kPngSignatureSize;
     PngChunk chunk;
     while (NextPngChunk(data, size, &at, &chunk)) {
@@ -57,6 +59,7 @@ const char* ReadChunks(const uint8_t* data, size_t size, PngFormat* format, PngD
                 return nullptr;
             default:
                 if (IsNeeded(chunk)) return "it has a part of an unknown kind";
+                TakePngNote(chunk, *format, notes);
         }
     }
     picture->isCut = true;
@@ -91,7 +94,8 @@ bool ReadPng(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
         return ReadAnimatedPng(data, size, header, budget, animation, error);
     }
     PngData picture;
-    const char* fault = ReadChunks(data, size, &header.format, &picture);
+    PngNoteReader notes = {.animation = animation};
+    const char* fault = ReadChunks(data, size, &header.format, &picture, &notes);
     Frame frame;
     std::vector<uint8_t> indices;
     if (!fault) {

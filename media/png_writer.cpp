@@ -1,21 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include <cstdlib>
-#include <memory>
+#include <algorithm>
 #include <new>
-
-#include <lodepng.h>
 
 #include "media/animation_writer.h"
 #include "media/file_io.h"
+#include "media/png_compress.h"
+#include "media/png_notes.h"
 
 namespace kfx {
 namespace {
 
 constexpr size_t kLeastDigits = 3;
 
-struct FreeDeleter {
-    void operator()(unsigned char* memory) const { std::free(memory); }
-};
+using Bytes = std::vector<uint8_t>;
+
+constexpr size_t kSmallPicture = 4096;  // pixels up to which each format is compressed in full
 
 struct SplitName {
     std::string stem;  // with the folder
@@ -30,33 +29,66 @@ SplitName SplitExtension(const std::string& path) {
     return {path.substr(0, dot), path.substr(dot)};
 }
 
-constexpr unsigned kNoMemory = 83;  // of the library
+// The one colour of all transparent pixels, when no opaque one has it and there is no other alpha.
+bool FindKey(const uint8_t* rgba, size_t pixels, PackedColor* key) {
+    constexpr PackedColor kRgb = 0xFFFFFF;
+    bool isFound = false;
+    for (size_t i = 0; i < pixels; ++i) {
+        if (rgba[4 * i + 3] != 0) continue;
+        const PackedColor color = PackedColorAt(rgba + 4 * i) & kRgb;
+        if (isFound && color != *key) return false;
+        isFound = true;
+        *key = color;
+    }
+    for (size_t i = 0; i < pixels; ++i)
+        if (rgba[4 * i + 3] != 0 && (PackedColorAt(rgba + 4 * i) & kRgb) == *key) return false;
+    return isFound;
+}
+
+void EncodeChecked(int width, int height, const uint8_t* rgba, const Animation& notes, Bytes* file) {
+    const size_t pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
+    ColorCensus census;
+    CountColors(rgba, pixels, &census);
+    PngFormatOptions options = {.mayBeGrey = MayBeGrey(notes.metadata)};
+    options.hasKey = !census.isOpaque && census.isSolid && FindKey(rgba, pixels, &options.key);
+    const std::vector<PngFormat> formats = PngFormatsFor(census, options);
+    PngFormat best;
+    Bytes data;
+    size_t least = SIZE_MAX;
+    for (const PngFormat& format : formats) {
+        const PngRows rows = MakePngRows(format, rgba, width, height);
+        Bytes compressed = pixels <= kSmallPicture ? CompressPngRows(rows) : Bytes();
+        const size_t size =
+            PngPaletteBytes(format) +
+            (compressed.empty() && formats.size() > 1 ? EstimatePngRows(rows) : compressed.size());
+        if (size >= least) continue;
+        least = size;
+        best = format;
+        data = std::move(compressed);
+    }
+    if (data.empty()) data = CompressPngRows(MakePngRows(best, rgba, width, height));
+    PutPngHead(file, width, height, notes, &best);
+    PutPngChunk(file, kDataChunk, data);
+    PutPngChunk(file, kEndChunk, {});
+}
 
 }  // namespace
 
-bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>* file, std::string* error) {
+bool EncodePng(int width, int height, const uint8_t* rgba, Bytes* file, std::string* error,
+               const Animation& notes) {
     file->clear();
     if (width < 1 || height < 1) {
         *error = "a PNG picture needs at least one pixel";
         return false;
     }
-    unsigned char* encoded = nullptr;
-    size_t size = 0;
-    const unsigned code =
-        lodepng_encode32(&encoded, &size, rgba, static_cast<unsigned>(width), static_cast<unsigned>(height));
-    const std::unique_ptr<unsigned char, FreeDeleter> owner(encoded);
-    if (code != 0) {
-        *error = code == kNoMemory ? "there is not enough memory to write the PNG file"
-                                   : "the PNG picture is too large";
-        return false;
-    }
     try {
-        file->assign(encoded, encoded + size);
+        EncodeChecked(width, height, rgba, notes, file);
+        return true;
     } catch (const std::bad_alloc&) {
         *error = "there is not enough memory to write the PNG file";
+        file->clear();
         return false;
     }
-    return true;
 }
 
 bool WritePng(const std::string& path, const Picture& picture, std::string* error) {
@@ -84,8 +116,9 @@ bool WritePngFrames(const std::string& path, const Animation& animation, std::st
         *error = path + ": there are no frames to write.";
         return false;
     }
-    const auto encode = [&animation](size_t i, std::vector<uint8_t>* file, std::string* clause) {
-        return EncodePng(animation.width, animation.height, animation.frames[i].pixels.data(), file, clause);
+    const auto encode = [&animation](size_t i, Bytes* file, std::string* clause) {
+        return EncodePng(animation.width, animation.height, animation.frames[i].pixels.data(), file, clause,
+                         animation);
     };
     return WriteWholeFiles(PngFramePaths(path, animation.frames.size()), encode, error);
 }

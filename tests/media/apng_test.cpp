@@ -5,6 +5,8 @@
 
 #include "media/animation_writer.h"
 #include "media/gif_canvas.h"
+#include "media/png_deflate.h"
+#include "media/png_filter.h"
 #include "tests/media/gif_builder.h"
 #include "tests/media/reading.h"
 
@@ -25,21 +27,12 @@ Bytes ApngOrFail(const Animation& animation) {
 
 // The compressed data of a picture of one colour.
 Bytes DataOf(int width, int height, const Bytes& color) {
-    Bytes pixels;
-    for (int i = 0; i < width * height; ++i) pixels.insert(pixels.end(), color.begin(), color.end());
-    // An animation of two different frames keeps the colour type when one of them is not opaque.
-    Animation animation;
-    animation.width = width;
-    animation.height = height;
-    animation.frames.resize(2);
-    animation.frames[0].pixels = pixels;
-    animation.frames[1].pixels = Bytes(pixels.size(), 3);
-    const Bytes file = ApngOrFail(animation);
-    size_t at = kPngSignatureSize;
-    PngChunk chunk;
-    while (NextPngChunk(file.data(), file.size(), &at, &chunk))
-        if (chunk.name == kDataChunk) return {chunk.data, chunk.data + chunk.size};
-    return {};
+    Bytes rows;
+    for (int y = 0; y < height; ++y) {
+        rows.push_back(kFilterNone);
+        for (int x = 0; x < width; ++x) rows.insert(rows.end(), color.begin(), color.end());
+    }
+    return Pack(rows.data(), rows.size(), kFastestPacking);
 }
 
 struct TestFrame {
