@@ -107,7 +107,7 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     session.sourcePath = SystemPath(line.inputs[0]);
     Failure failure;
     if (!ReadSource(line, 0, &source, &report)) return report;
-    if (!EditFrames(line.edits, &source, &failure)) return FailedReport(failure);
+    if (!EditFrames(line.edits, LimitsOf(line), &source, &failure)) return FailedReport(failure);
     if (!CheckOutput(line, ResultPaths(line.output, source.frames.size(), line.format), &report))
         return report;
     if (IsStream(line.output) && line.format == "png" && source.frames.size() > 1) {
@@ -118,7 +118,7 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     PipelineNotes notes;
     if (!Build(line, context, &session, &notes, &failure)) return FailedReport(failure);
     if (notes.thresholdApplied) {
-        report.notes.push_back(line.output +
+        report.notes.push_back(ShownPath(line.output) +
                                ": a GIF holds no half-transparent pixels; from half on they are opaque, the "
                                "others are hidden (--matte mixes them onto a colour).");
     }

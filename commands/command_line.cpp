@@ -6,7 +6,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/edit_options.h"
-#include "commands/output_format.h"
+#include "commands/option_checks.h"
 #include "commands/parser_words.h"
 #include "commands/text_match.h"
 #include "media/animation_writer.h"
@@ -36,8 +36,7 @@ struct ParsedTexts {
     std::vector<std::string> effects;
     std::vector<std::string> inputs;  // of a command that takes any number
     std::vector<std::string> settings;
-    bool noComment = false;
-    std::string format;
+    ApplyWords words;
 };
 
 // Where a command's options are stored.
@@ -107,9 +106,10 @@ void AddApply(CLI::App* app, const Target& target) {
         app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it");
     target.texts->apply = apply;
     apply
-        ->add_option("input", target.texts->inputs,
-                     "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; NAME-%03d.png for "
-                     "numbered files")
+        ->add_option(
+            "input", target.texts->inputs,
+            "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; NAME-%03d.png for "
+            "numbered files")
         ->type_name("FILE")
         ->required();
     AddReadLimit(apply, line);
@@ -118,7 +118,7 @@ void AddApply(CLI::App* app, const Target& target) {
         apply, line, "-o,--output",
         ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for standard output");
     apply
-        ->add_option("--format", target.texts->format,
+        ->add_option("--format", target.texts->words.format,
                      "For standard output, or a name without ending: gif, webp, png, apng, y4m, rgb or rgba")
         ->type_name("NAME");
     AddList(
@@ -134,7 +134,7 @@ void AddApply(CLI::App* app, const Target& target) {
     AddFormatOptions(apply, line);
     AddFlag(apply, "--comment", &line->comment,
             "Add the plug-in's comment to a GIF, behind the source's own");
-    AddFlag(apply, "--no-comment", &target.texts->noComment, "No comment of the plug-in (the default)");
+    AddFlag(apply, "--no-comment", &target.texts->words.noComment, "No comment of the plug-in (the default)");
     apply
         ->add_option("--local-background", line->localBackground,
                      "Colour that effects show beyond the picture's edges, or `none` for the source's own")
@@ -218,92 +218,6 @@ bool JoinEffectsAndSettings(const ParsedTexts& texts, CommandLine* line, std::st
     return true;
 }
 
-// The first of the options that is given; null: none is.
-struct GivenOption {
-    const char* name;
-    bool given;
-};
-
-const char* FirstGiven(std::initializer_list<GivenOption> options) {
-    for (const GivenOption& option : options) {
-        if (option.given) return option.name;
-    }
-    return nullptr;
-}
-
-std::string ExcludeEachOther(const char* one, const char* other) {
-    return std::string(one) + " and " + other + " exclude each other.";
-}
-
-// What does not go with the output's format. Empty: nothing.
-std::string FormatMismatch(const CommandLine& line) {
-    const bool gif = line.format == "gif";
-    const char* const webpOption = FirstGiven({{"--quality", line.quality >= 0},
-                                               {"--near-lossless", line.nearLossless >= 0},
-                                               {"--effort", line.effort >= 0}});
-    if (gif && line.trueColor)
-        return "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color.";
-    if (!gif && line.comment) return "only a GIF holds the plug-in's comment; leave out --comment.";
-    if (!gif && line.lossy >= 0) return "--lossy is for GIF files; leave it out, or write .gif.";
-    if (!gif && !line.matte.empty())
-        return "--matte is for GIF files, which hold no half-transparent pixels; leave it out, or write "
-               ".gif.";
-    if (line.format != "webp" && webpOption)
-        return std::string(webpOption) + " is for WebP files; leave it out, or write .webp.";
-    return "";
-}
-
-// Options that contradict each other. Empty: none do.
-std::string Contradiction(const CommandLine& line, const ParsedTexts& texts, const char* paletteOption) {
-    const char* const searchOption = FirstGiven({{"--fast-remap", line.fastRemap},
-                                                 {"--dither-brightness", line.ditherBrightness >= 0},
-                                                 {"--dither-contrast", line.ditherContrast >= 0}});
-    if (line.trueColor && paletteOption) return ExcludeEachOther("--true-color", paletteOption);
-    if (line.trueColor && searchOption) return ExcludeEachOther("--true-color", searchOption);
-    if (line.delay >= 0 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--delay", "--fps");
-    if (line.edits.speed != 1 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--speed", "--fps");
-    if (searchOption && !paletteOption && line.format != "gif")
-        return std::string(searchOption) + " is for results on a palette; add --palette, or leave it out.";
-    if (line.comment && texts.noComment) return ExcludeEachOther("--comment", "--no-comment");
-    if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
-    return "";
-}
-
-// What goes with an effect only. Empty: nothing is there.
-std::string MissingEffect(const CommandLine& line, bool formatGiven) {
-    if (!line.effects.empty()) return "";
-    if (!line.localBackground.empty()) return "--local-background needs an --effect.";
-    const bool joins = line.join || line.delay >= 0;
-    if (!HasEdits(line.edits) && !formatGiven && !joins) return "--effect NAME is missing; see kestrel apply --help.";
-    return "";
-}
-
-// What the parts of an apply command say together.
-bool CheckApply(const ParsedTexts& texts, CommandLine* line, std::string* error) {
-    const char* const paletteOption = FirstGiven({{"--palette", !line->palette.empty()},
-                                                  {"--dither", line->dither},
-                                                  {"--supercompress", line->supercompress}});
-    unsigned color = 0;
-    *error = MissingEffect(*line, !texts.format.empty());
-    if (error->empty()) line->format = ResolveFormat(line->output, texts.format, error);
-    if (error->empty()) *error = FormatMismatch(*line);
-    if (error->empty()) *error = Contradiction(*line, texts, paletteOption);
-    if (error->empty() && !line->localBackground.empty() && PlainName(line->localBackground) != "none" &&
-        !ParseColor(line->localBackground, &color)) {
-        *error =
-            "--local-background takes a colour as RRGGBB or none, not \"" + line->localBackground + "\".";
-    }
-    if (error->empty() && !line->edges.empty() && line->edges != "background" && line->edges != "extend")
-        *error = "--edges takes background or extend, not \"" + line->edges + "\".";
-    if (error->empty() && !line->matte.empty() && !ParseColor(line->matte, &color))
-        *error = "--matte takes a colour as RRGGBB, not \"" + line->matte + "\".";
-    if (!error->empty()) return false;
-    line->trueColor = line->format != "gif" && !paletteOption;
-    line->keepsColors = line->effects.empty() && !paletteOption;
-    if (line->palette.empty()) line->palette = "custom";
-    return true;
-}
-
 bool CheckEnding(const CommandLine& line, const char* ending, std::string* error) {
     if (EndingOf(line.output) == ending) return true;
     *error = std::string("the output must end in ") + ending + ", not \"" + line.output + "\".";
@@ -311,7 +225,7 @@ bool CheckEnding(const CommandLine& line, const char* ending, std::string* error
 }
 
 bool FinishApply(const ParsedTexts& texts, CommandLine* line, std::string* error) {
-    return JoinEffectsAndSettings(texts, line, error) && CheckApply(texts, line, error);
+    return JoinEffectsAndSettings(texts, line, error) && CheckApply(texts.words, line, error);
 }
 
 bool FinishNothing(const ParsedTexts&, CommandLine*, std::string*) { return true; }

@@ -37,8 +37,8 @@ struct CommandLine {
     Command command = Command::Apply;
     std::vector<std::string> inputs;
     std::vector<SourceFiles> sources;  // what the inputs name, found when the command runs; source_files.h
-    bool join = false;  // several files are one animation
-    int delay = -1;     // milliseconds for every frame, joins as well; -1: not given
+    bool join = false;                 // several files are one animation
+    int delay = -1;                    // milliseconds for every frame, joins as well; -1: not given
     std::string output;
     std::string format;  // of an apply command's output; see output_format.h
     bool json = false;

@@ -26,6 +26,9 @@ Report RunGallery(const CommandLine& line, const CommandContext& context);
 Report RunSample(const CommandLine& line);
 Report RunSheet(const CommandLine& line);
 
+// How large an animation may be, as the line says.
+ReadLimits LimitsOf(const CommandLine& line);
+
 // Reads one of the line's sources, an animation with at least one frame, within the line's limit; warnings
 // become notes.
 bool ReadSource(const CommandLine& line, size_t source, Animation* animation, Report* report);

@@ -73,8 +73,8 @@ Sides ResizedSides(const NewSize& resize, Sides sides) {
 }
 
 // A larger animation than the readers would take is not made either.
-bool CheckSize(Sides sides, size_t frames, Failure* failure) {
-    PixelBudget budget;
+bool CheckSize(Sides sides, size_t frames, const ReadLimits& limits, Failure* failure) {
+    PixelBudget budget = {.limits = limits};
     std::string clause;
     if (SpendFrames(&budget, static_cast<uint64_t>(sides.width), static_cast<uint64_t>(sides.height), frames,
                     &clause))
@@ -160,7 +160,7 @@ bool HasEdits(const FrameEdits& edits) {
            edits.speed != 1 || edits.framesPerSecond > 0 || edits.setsLoop;
 }
 
-bool EditFrames(const FrameEdits& edits, Animation* animation, Failure* failure) {
+bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* animation, Failure* failure) {
     if (!CheckFrames(edits, *animation, failure)) return false;
     const int last = LastOf(edits, *animation);
     const bool changesTimes = edits.speed != 1 || edits.framesPerSecond > 0;
@@ -169,7 +169,7 @@ bool EditFrames(const FrameEdits& edits, Animation* animation, Failure* failure)
     if (!CheckCrop(&crop, &sides, failure)) return false;
     const Sides resized = ResizedSides(edits.resize, sides);
     const bool resizes = resized.width != sides.width || resized.height != sides.height;
-    if (resizes && !CheckSize(resized, static_cast<size_t>(last - edits.firstFrame + 1), failure))
+    if (resizes && !CheckSize(resized, static_cast<size_t>(last - edits.firstFrame + 1), limits, failure))
         return false;
     if (changesTimes && !CheckTimes(edits, *animation, last, failure)) return false;
 

@@ -47,6 +47,6 @@ bool HasEdits(const FrameEdits& edits);
 // or frames per second, loop. Resized frames stand on no palette any more. Everything else of the animation
 // stays. False: `*failure` says which option does not fit this animation or that memory ran out; in the first
 // case the animation is as it was.
-bool EditFrames(const FrameEdits& edits, Animation* animation, Failure* failure);
+bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* animation, Failure* failure);
 
 }  // namespace kfx::commands

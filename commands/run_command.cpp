@@ -39,12 +39,16 @@ Report RunCommand(const CommandLine& line, const CommandContext& context) {
     }
 }
 
-bool ReadSource(const CommandLine& line, size_t source, Animation* animation, Report* report) {
+ReadLimits LimitsOf(const CommandLine& line) {
     constexpr uint64_t kMillion = 1000000;
     ReadLimits limits;
     if (line.maxPixels >= 0) limits.maxPixels = kMillion * static_cast<uint64_t>(line.maxPixels);
     limits.raisedBy = kMaxPixelsOption;
-    return ReadSequence(line.sources[source], limits, line.delay, animation, report);
+    return limits;
+}
+
+bool ReadSource(const CommandLine& line, size_t source, Animation* animation, Report* report) {
+    return ReadSequence(line.sources[source], LimitsOf(line), line.delay, animation, report);
 }
 
 bool CheckOutput(const CommandLine& line, const std::vector<std::string>& files, Report* report) {

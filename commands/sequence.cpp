@@ -17,7 +17,8 @@ namespace {
 constexpr size_t kMostColors = 256;
 
 // A whole file, or standard input. On failure *error is a sentence, name first.
-bool ReadContent(const std::string& file, const ReadLimits& limits, Animation* animation, std::string* error) {
+bool ReadContent(const std::string& file, const ReadLimits& limits, Animation* animation,
+                 std::string* error) {
     if (!IsStream(file)) {
         if (ReadAnimation(SystemPath(file), animation, error, limits)) return true;
         *error = WithFolderAsGiven(*error, file);
@@ -111,8 +112,8 @@ bool CanHold(const Animation& first, const SourceFiles& source, const ReadLimits
     if (source.files.size() <= most / PixelsOf(first)) return true;
     *report = FailedReport(kExitBadInput, source.files.front() + ": " + std::to_string(source.files.size()) +
                                               " pictures of " + SizeText(first) + " have more than " +
-                                              std::to_string(most) +
-                                              " pixels together, the limit (" + limits.raisedBy + " raises it).");
+                                              std::to_string(most) + " pixels together, the limit (" +
+                                              limits.raisedBy + " raises it).");
     return false;
 }
 

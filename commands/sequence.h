@@ -15,7 +15,9 @@ constexpr int kStillMilliseconds = 100;
 // and metadata are those of the first; where that is a still, the animation loops for ever. It has a global
 // palette when every file has one and all their colours fit in it. `delay` in milliseconds holds for every
 // frame; -1: files keep their times, and pictures without one get kStillMilliseconds. A single file keeps
-// everything but the delay. The limits hold for all files together. Warnings become notes of the report. False: the report says which file is wrong.
-bool ReadSequence(const SourceFiles& source, ReadLimits limits, int delay, Animation* animation, Report* report);
+// everything but the delay. The limits hold for all files together. Warnings become notes of the report.
+// False: the report says which file is wrong.
+bool ReadSequence(const SourceFiles& source, ReadLimits limits, int delay, Animation* animation,
+                  Report* report);
 
 }  // namespace kfx::commands

@@ -48,13 +48,13 @@ Animation NumberedFrames(int width, int height, int count) {
 
 void Edit(const FrameEdits& edits, Animation* animation) {
     Failure failure;
-    EXPECT_TRUE(EditFrames(edits, animation, &failure)) << failure.error;
+    EXPECT_TRUE(EditFrames(edits, {}, animation, &failure)) << failure.error;
 }
 
 std::string ErrorOf(const FrameEdits& edits, Animation animation) {
     const size_t frames = animation.frames.size();
     Failure failure;
-    EXPECT_FALSE(EditFrames(edits, &animation, &failure));
+    EXPECT_FALSE(EditFrames(edits, {}, &animation, &failure));
     EXPECT_EQ(failure.exitCode, kExitBadCommand);
     EXPECT_EQ(animation.frames.size(), frames) << "nothing has been done";
     return failure.error;
@@ -325,7 +325,7 @@ TEST(FrameEdits, Refused_memory_is_said_and_nothing_is_lost_by_it) {
         ResetMemoryCounts();
         RefuseAllocation(refused);
         const size_t before = CountMemory().liveBlocks;
-        const bool done = EditFrames({.resize = {.percent = 60}}, &animation, &failure);
+        const bool done = EditFrames({.resize = {.percent = 60}}, {}, &animation, &failure);
         RefuseAllocation(0);
         EXPECT_EQ(CountMemory().liveBlocks, before);
         if (done) {

@@ -207,6 +207,18 @@ TEST_F(Engines, A_chain_of_effects_gives_the_same_files) {
     ExpectSameFrom(Apply("plain.gif", "out.webp", "Raster", {"--effect", "Motion Blur", "--effect", "Neon"}));
 }
 
+TEST_F(Engines, Edits_give_the_same_files_with_and_without_an_effect) {
+    ExpectSameFrom(
+        Apply("plain.gif", "out.gif", "Swirl", {"--frames", "2-", "--resize", "50%", "--reverse"}));
+    for (const Arguments& palette : {Arguments{}, {"--palette", "216-color safe", "--dither"}}) {
+        Arguments arguments = {
+            "apply", sources.path + "holes.gif", "-o", results.path + "out.gif", "--resize", "30x", "--crop",
+            "20x20"};
+        arguments.insert(arguments.end(), palette.begin(), palette.end());
+        ExpectSameFrom(arguments);
+    }
+}
+
 TEST_F(Engines, They_list_the_same_effects_parameters_and_palettes) { ExpectSameFrom({"effects"}); }
 
 TEST_F(Engines, They_draw_the_same_gallery) {

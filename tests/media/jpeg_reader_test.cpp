@@ -297,8 +297,8 @@ TEST(JpegReader, Sizes_are_refused_before_anything_is_allocated) {
     ASSERT_LT(frame, file.size());
     ReadLimits limits;
     limits.maxPixels = kWidth * kHeight - 1;
-    EXPECT_EQ(ErrorOf(file, limits),
-              "the picture of " + std::to_string(kWidth) + " x " + std::to_string(kHeight) + " has 1073 pixels; the limit is 1072");
+    EXPECT_EQ(ErrorOf(file, limits), "the picture of " + std::to_string(kWidth) + " x " +
+                                         std::to_string(kHeight) + " has 1073 pixels; the limit is 1072");
     for (const size_t at : {5u, 7u}) file[frame + at] = 0xF0;
     EXPECT_EQ(ErrorOf(file, {.maxSide = 60000, .maxPixels = 1 << 20}),
               "the picture of 61477 x 61469 pixels is too large: a side may have 60000");

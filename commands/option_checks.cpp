@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "commands/option_checks.h"
+
+#include <initializer_list>
+
+#include "commands/output_format.h"
+#include "commands/text_match.h"
+
+namespace kfx::commands {
+namespace {
+
+// The first of the options that is given; null: none is.
+struct GivenOption {
+    const char* name;
+    bool given;
+};
+
+const char* FirstGiven(std::initializer_list<GivenOption> options) {
+    for (const GivenOption& option : options) {
+        if (option.given) return option.name;
+    }
+    return nullptr;
+}
+
+std::string ExcludeEachOther(const char* one, const char* other) {
+    return std::string(one) + " and " + other + " exclude each other.";
+}
+
+// What does not go with the output's format. Empty: nothing.
+std::string FormatMismatch(const CommandLine& line) {
+    const bool gif = line.format == "gif";
+    const char* const webpOption = FirstGiven({{"--quality", line.quality >= 0},
+                                               {"--near-lossless", line.nearLossless >= 0},
+                                               {"--effort", line.effort >= 0}});
+    if (gif && line.trueColor)
+        return "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color.";
+    if (!gif && line.comment) return "only a GIF holds the plug-in's comment; leave out --comment.";
+    if (!gif && line.lossy >= 0) return "--lossy is for GIF files; leave it out, or write .gif.";
+    if (!gif && !line.matte.empty())
+        return "--matte is for GIF files, which hold no half-transparent pixels; leave it out, or write "
+               ".gif.";
+    if (line.format != "webp" && webpOption)
+        return std::string(webpOption) + " is for WebP files; leave it out, or write .webp.";
+    return "";
+}
+
+// Options that contradict each other. Empty: none do.
+std::string Contradiction(const CommandLine& line, const ApplyWords& words, const char* paletteOption) {
+    const char* const searchOption = FirstGiven({{"--fast-remap", line.fastRemap},
+                                                 {"--dither-brightness", line.ditherBrightness >= 0},
+                                                 {"--dither-contrast", line.ditherContrast >= 0}});
+    if (line.trueColor && paletteOption) return ExcludeEachOther("--true-color", paletteOption);
+    if (line.trueColor && searchOption) return ExcludeEachOther("--true-color", searchOption);
+    if (line.delay >= 0 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--delay", "--fps");
+    if (line.edits.speed != 1 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--speed", "--fps");
+    if (searchOption && !paletteOption && line.format != "gif")
+        return std::string(searchOption) + " is for results on a palette; add --palette, or leave it out.";
+    if (line.comment && words.noComment) return ExcludeEachOther("--comment", "--no-comment");
+    if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
+    return "";
+}
+
+// What goes with an effect only. Empty: nothing is there.
+std::string MissingEffect(const CommandLine& line, bool formatGiven) {
+    if (!line.effects.empty()) return "";
+    if (!line.localBackground.empty()) return "--local-background needs an --effect.";
+    const bool joins = line.join || line.delay >= 0;
+    if (!HasEdits(line.edits) && !formatGiven && !joins)
+        return "--effect NAME is missing; see kestrel apply --help.";
+    return "";
+}
+
+}  // namespace
+
+bool CheckApply(const ApplyWords& words, CommandLine* line, std::string* error) {
+    const char* const paletteOption = FirstGiven({{"--palette", !line->palette.empty()},
+                                                  {"--dither", line->dither},
+                                                  {"--supercompress", line->supercompress}});
+    unsigned color = 0;
+    *error = MissingEffect(*line, !words.format.empty());
+    if (error->empty()) line->format = ResolveFormat(line->output, words.format, error);
+    if (error->empty()) *error = FormatMismatch(*line);
+    if (error->empty()) *error = Contradiction(*line, texts, paletteOption);
+    if (error->empty() && !line->localBackground.empty() && PlainName(line->localBackground) != "none" &&
+        !ParseColor(line->localBackground, &color)) {
+        *error =
+            "--local-background takes a colour as RRGGBB or none, not \"" + line->localBackground + "\".";
+    }
+    if (error->empty() && !line->edges.empty() && line->edges != "background" && line->edges != "extend")
+        *error = "--edges takes background or extend, not \"" + line->edges + "\".";
+    if (error->empty() && !line->matte.empty() && !ParseColor(line->matte, &color))
+        *error = "--matte takes a colour as RRGGBB, not \"" + line->matte + "\".";
+    if (!error->empty()) return false;
+    line->trueColor = line->format != "gif" && !paletteOption;
+    line->keepsColors = line->effects.empty() && !paletteOption;
+    if (line->palette.empty()) line->palette = "custom";
+    return true;
+}
+
+}  // namespace kfx::commands
