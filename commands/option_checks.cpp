@@ -80,7 +80,7 @@ bool CheckApply(const ApplyWords& words, CommandLine* line, std::string* error) 
     *error = MissingEffect(*line, !words.format.empty());
     if (error->empty()) line->format = ResolveFormat(line->output, words.format, error);
     if (error->empty()) *error = FormatMismatch(*line);
-    if (error->empty()) *error = Contradiction(*line, texts, paletteOption);
+    if (error->empty()) *error = Contradiction(*line, words, paletteOption);
     if (error->empty() && !line->localBackground.empty() && PlainName(line->localBackground) != "none" &&
         !ParseColor(line->localBackground, &color)) {
         *error =
