@@ -80,10 +80,12 @@ struct Pipeline : ::testing::Test {
             << failure.error;
         EXPECT_TRUE(RunJobs(engine, &session, jobs, options, &notes, &failure)) << failure.error;
         colors = CountColors(session.built, session.record);
+        hiddenColors = CountColors(session.built, {}) - colors;
         return PlayBuilt(session.built, session.record);
     }
 
-    size_t colors = 0;
+    size_t colors = 0;        // that are seen
+    size_t hiddenColors = 0;  // that are not, besides
 };
 
 void ExpectSame(const Animation& expected, const Animation& actual) {
@@ -151,6 +153,7 @@ TEST_F(Pipeline, Hidden_pixels_take_no_part_in_the_palette) {
         const Animation result = Run(source, {kNothing});
         EXPECT_EQ(builds, 2);
         EXPECT_EQ(colors, 5u);
+        EXPECT_EQ(hiddenColors, 0u);
         for (size_t f = 0; f < 2; ++f) {
             for (size_t i = 0; i < source.frames[f].pixels.size(); ++i) {
                 if (source.frames[f].pixels[i | 3] == 0 && i % 4 != 3) continue;
