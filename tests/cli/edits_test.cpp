@@ -29,7 +29,7 @@ struct Edits : ::testing::Test {
     Animation Edited(const commands::FrameEdits& edits) const {
         Animation animation = ReadBack(input);
         commands::Failure failure;
-        EXPECT_TRUE(commands::EditFrames(edits, &animation, &failure)) << failure.error;
+        EXPECT_TRUE(commands::EditFrames(edits, {}, &animation, &failure)) << failure.error;
         return animation;
     }
 };
