@@ -161,7 +161,8 @@ bool FindFiles(const std::string& input, SourceFiles* found, bool* isSource, Fai
     *isSource = false;
     if (!IsStream(input) && fs::is_directory(path, unknown)) {
         found->files = FindPictures(input);
-        return !found->files.empty() || Refuse(kExitBadInput, input + ": has no pictures.", failure);
+        return !found->files.empty() ||
+               Refuse(kExitBadInput, input + ": this is a folder without pictures.", failure);
     }
     if (IsStream(input) || fs::exists(path, unknown)) {
         found->files = {input};

@@ -7,6 +7,7 @@
 
 #include "commands/commands.h"
 #include "commands/direct_engine.h"
+#include "commands/parameter_help.h"
 #include "effects/effect_table.h"
 #include "media/animation_writer.h"
 #include "media/contact_sheet.h"
@@ -136,14 +137,16 @@ TEST_F(Transparency, A_gallery_shows_what_each_effect_makes_of_the_outline) {
     for (size_t i = 0; i < EffectCount(); ++i) {
         names.emplace_back(EffectAt(i)->name);
         const std::string output = folder.path + "effect.webp";
-        RunHere({"apply", input, "-o", output, "--force", "--effect", names.back()});
+        Arguments arguments = {"apply", input, "-o", output, "--force", "--effect", names.back()};
+        for (const auto& [name, value] : commands::FindPictureSettings(commands::kHelpDocument, names.back()))
+            arguments.insert(arguments.end(), {"--set", name + "=" + value});
+        RunHere(arguments);
         results.push_back(ReadBack(output));
     }
     std::vector<SheetPicture> pictures;
     for (size_t i = 0; i < results.size(); ++i)
         pictures.push_back({kSize, kSize, results[i].frames[0].pixels.data(), names[i]});
-    const Picture expected =
-        DrawGallery("Kestrel FX #1: its effects at their defaults", pictures, 7, 200, 150);
+    const Picture expected = DrawGallery("Kestrel FX #1: its effects", pictures, 7, 200, 150);
     RunHere({"gallery", input, "-o", folder.path + "sheet.png"});
     EXPECT_TRUE(ReadBack(folder.path + "sheet.png").frames[0].pixels == expected.pixels);
 }

@@ -46,7 +46,7 @@ std::vector<WrongCommand> WrongCommands(const std::string& folder) {
          folder + "no.gif: the file cannot be opened (there is no such file or folder)."},
         {{"apply", folder + "folder.gif", "-o", out, "--effect", "Bump"},
          3,
-         folder + "folder.gif: this is a folder, not a file."},
+         folder + "folder.gif: this is a folder without pictures."},
         {{"apply", folder + "empty.gif", "-o", out, "--effect", "Bump"},
          3,
          folder + "empty.gif: the file is empty."},

@@ -265,10 +265,10 @@ TEST(FrameEdits, The_edge_of_a_transparent_picture_keeps_its_colour) {
 }
 
 TEST(FrameEdits, A_size_beyond_the_limits_is_refused_before_any_work) {
-    EXPECT_EQ(ErrorOf({.resize = {.width = 20000, .height = 10}}, NumberedFrames(6, 5, 1)),
-              "--resize: the picture of 20000 x 10 pixels is too large: a side may have 16384.");
+    EXPECT_EQ(ErrorOf({.resize = {.width = 65536, .height = 10}}, NumberedFrames(6, 5, 1)),
+              "--resize: the picture of 65536 x 10 pixels is too large: a side may have 65535.");
     EXPECT_THAT(ErrorOf({.resize = {.width = 16384, .height = 16384}}, NumberedFrames(6, 5, 3)),
-                HasSubstr("--resize: the frames together have more than"));
+                HasSubstr("--resize: the 3 frames of 16384 x 16384 together have 805306368 pixels; "));
     EXPECT_THAT(ErrorOf({.resize = {.percent = 1e12}}, NumberedFrames(6, 5, 3)), HasSubstr("too large"));
 }
 

@@ -155,7 +155,7 @@ TEST_F(FoundSources, A_folder_names_its_pictures) {
         EXPECT_EQ(FilesOf(0), (Names{"sub/a9.webp", "sub/a10.JPG"}));
     }
     EXPECT_FALSE(Find({"empty"}));
-    EXPECT_EQ(Error(), "empty: has no pictures.");
+    EXPECT_EQ(Error(), "empty: this is a folder without pictures.");
     EXPECT_EQ(failure.exitCode, kExitBadInput);
 }
 
