@@ -64,7 +64,7 @@ struct Settings : ::testing::Test {
 
 TEST_F(Settings, The_users_file_is_as_it_was_after_success_and_failure) {
     WriteText(user.path, kUsersText);
-    EXPECT_EQ(Apply({"--effect", "Emboss", "--fast-remap"}).exitCode, 0);
+    EXPECT_EQ(Apply({"--effect", "Emboss", "--palette", "custom", "--fast-remap"}).exitCode, 0);
     EXPECT_EQ(ReadText(user.path), kUsersText);
     EXPECT_EQ(Apply({"--effect", "nonsense"}).exitCode, 2);
     EXPECT_EQ(ReadText(user.path), kUsersText);
@@ -137,8 +137,8 @@ TEST_F(Settings, A_driven_plugin_finds_no_folder_but_the_documents) {
 
 TEST_F(Settings, Settings_that_the_plugin_does_not_read_are_an_error) {
     _putenv("KFX_MISBEHAVIOUR=window");
-    const ProgramResult result =
-        Apply({"--effect", "Bump", "--fast-remap", "--plugin", FileBesideTest("misbehaving_plugin.dll")});
+    const ProgramResult result = Apply({"--effect", "Bump", "--palette", "custom", "--fast-remap", "--plugin",
+                                        FileBesideTest("misbehaving_plugin.dll")});
     EXPECT_EQ(result.exitCode, 5);
     EXPECT_THAT(result.err, HasSubstr("has not read the settings"));
 }
