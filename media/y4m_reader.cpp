@@ -74,9 +74,15 @@ bool TakeLine(const uint8_t* data, size_t size, size_t start, std::string_view* 
     return true;
 }
 
-bool ReadSide(std::string_view text, int* side) {
+bool RefuseLine(std::string* error) {
+    *error = "the first line of the video is damaged";
+    return false;
+}
+
+bool ReadSide(std::string_view text, int* side, std::string* error) {
     const auto result = std::from_chars(text.data(), text.data() + text.size(), *side);
-    return result.ec == std::errc() && result.ptr == text.data() + text.size() && *side > 0;
+    const bool whole = result.ec == std::errc() && result.ptr == text.data() + text.size();
+    return (whole && *side > 0) || RefuseLine(error);
 }
 
 // As 30000:1001. What is no rate leaves the usual one.
@@ -106,9 +112,9 @@ bool ReadField(std::string_view field, Stream* stream, std::string* error) {
     const std::string_view value = field.substr(1);
     switch (field[0]) {
         case 'W':
-            return ReadSide(value, &stream->width);
+            return ReadSide(value, &stream->width, error);
         case 'H':
-            return ReadSide(value, &stream->height);
+            return ReadSide(value, &stream->height, error);
         case 'F':
             ReadRate(value, &stream->frameTime);
             return true;
@@ -123,16 +129,15 @@ bool ReadField(std::string_view field, Stream* stream, std::string* error) {
 }
 
 bool ReadStreamLine(const uint8_t* data, size_t size, Stream* stream, std::string* error) {
-    *error = "the first line of the video is damaged";
     std::string_view line;
-    if (!TakeLine(data, size, 0, &line, &stream->firstFrame)) return false;
+    if (!TakeLine(data, size, 0, &line, &stream->firstFrame)) return RefuseLine(error);
     line.remove_prefix(std::min(line.size(), kStreamMark.size()));
     while (!line.empty()) {
         const size_t end = std::min(line.find(' '), line.size());
         if (end > 0 && !ReadField(line.substr(0, end), stream, error)) return false;
         line.remove_prefix(std::min(line.size(), end + 1));
     }
-    return stream->width > 0 && stream->height > 0;
+    return (stream->width > 0 && stream->height > 0) || RefuseLine(error);
 }
 
 // Where the samples of the frame whose line begins at *at are; *at is moved behind them. Null: no whole frame

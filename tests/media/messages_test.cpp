@@ -7,6 +7,7 @@
 #include "media/animation.h"
 #include "media/animation_writer.h"
 #include "media/apng.h"
+#include "media/file_io.h"
 #include "tests/media/gif_builder.h"
 #include "tests/support/plain_message.h"
 
@@ -65,6 +66,14 @@ Bytes Encoded(bool (*encode)(const Animation&, Bytes*, std::string*), const Anim
     return file;
 }
 
+// One of the small files from which the fuzzers start.
+Bytes Sample(const std::string& name) {
+    Bytes file;
+    std::string error;
+    EXPECT_TRUE(ReadWholeFile("tests/data/fuzz/media/" + name, &file, &error)) << error;
+    return file;
+}
+
 TEST(Messages, Damaged_gif_files_are_told_in_plain_words) {
     test::TestGif gif;
     gif.width = 3;
@@ -90,6 +99,21 @@ TEST(Messages, Damaged_png_files_are_told_in_plain_words) {
     };
     EXPECT_GE(ClausesFor(Encoded(encode, RandomAnimation(9, 7, 3, 2, true))).size(), 2u);
     EXPECT_GE(ClausesFor(Encoded(encode, RandomAnimation(9, 7, 1, 3, false))).size(), 2u);
+}
+
+TEST(Messages, Damaged_jpeg_files_are_told_in_plain_words) {
+    for (const char* name : {"grey.jpg", "progressive.jpg", "arithmetic.jpg", "cmyk.jpg"})
+        EXPECT_GE(ClausesFor(Sample(name)).size(), 2u) << name;
+}
+
+TEST(Messages, Damaged_bmp_files_are_told_in_plain_words) {
+    for (const char* name : {"indexed.bmp", "true-colour.bmp", "v4-alpha.bmp"})
+        EXPECT_GE(ClausesFor(Sample(name)).size(), 2u) << name;
+}
+
+TEST(Messages, Damaged_y4m_streams_are_told_in_plain_words) {
+    for (const char* name : {"grey.y4m", "subsampled.y4m", "full-range.y4m"})
+        EXPECT_GE(ClausesFor(Sample(name)).size(), 4u) << name;
 }
 
 }  // namespace
