@@ -200,6 +200,14 @@ bool IsJpegEmpty(const JpegDecoder& decoder) {
             std::memcmp(source.next_input_byte, kEndMarker, sizeof kEndMarker) == 0);
 }
 
+bool IsJpegTooShort(const JpegDecoder& decoder) {
+    // A block takes a bit at least; only in arithmetic coding there is no such limit.
+    constexpr uint64_t kPixelsPerByte = 8 * DCTSIZE2;
+    constexpr uint64_t kParts = 8;
+    const uint64_t pixels = uint64_t{JpegWidth(decoder)} * JpegHeight(decoder);
+    return !decoder.library.arith_code && pixels / kPixelsPerByte / kParts > decoder.size;
+}
+
 bool IsJpegCmyk(const JpegDecoder& decoder) { return decoder.library.out_color_space == JCS_CMYK; }
 
 bool ReadJpegMetadata(JpegDecoder* decoder, std::string* comment, Metadata* metadata) {

@@ -42,6 +42,10 @@ uint32_t JpegHeight(const JpegDecoder& decoder);
 // Whether the file ends where the picture's data should begin.
 bool IsJpegEmpty(const JpegDecoder& decoder);
 
+// Whether the file is so short that it cannot hold an eighth of its picture, even if that has one colour
+// only.
+bool IsJpegTooShort(const JpegDecoder& decoder);
+
 // Rows are cyan, magenta, yellow and black, each 255 where there is no ink, instead of red, green, blue and
 // 255.
 bool IsJpegCmyk(const JpegDecoder& decoder);

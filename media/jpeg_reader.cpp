@@ -105,6 +105,10 @@ bool ReadJpeg(const uint8_t* data, size_t size, PixelBudget* budget, Animation* 
     const uint32_t width = JpegWidth(*decoder);
     const uint32_t height = JpegHeight(*decoder);
     if (!SpendPixels(budget, width, height, error)) return false;
+    if (IsJpegTooShort(*decoder)) {
+        *error = FaultClause(JpegFault::Damaged);
+        return false;
+    }
     bool started = ReadJpegMetadata(decoder.get(), &animation->comment, &animation->metadata) &&
                    StartJpeg(decoder.get());
     if (!started && IsJpegCut(*decoder) && FaultOf(*decoder) == JpegFault::Damaged) {

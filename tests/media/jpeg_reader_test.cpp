@@ -308,6 +308,24 @@ TEST(JpegReader, Sizes_are_refused_before_anything_is_allocated) {
     EXPECT_EQ(ErrorOf(file), "the JPEG picture is too large: a side may have 65500 pixels");
 }
 
+// The file with a picture of this size, whose data mostly are missing then.
+Bytes WithSize(Bytes file, uint8_t frameMarker, int width, int height) {
+    const size_t frame = FindMarker(file, frameMarker);
+    EXPECT_LT(frame, file.size());
+    const std::string sides =
+        Number(static_cast<unsigned>(height), 2, true) + Number(static_cast<unsigned>(width), 2, true);
+    std::copy(sides.begin(), sides.end(), file.begin() + static_cast<ptrdiff_t>(frame) + 5);
+    return file;
+}
+
+TEST(JpegReader, A_large_picture_in_a_tiny_file_is_refused_before_anything_is_allocated) {
+    EXPECT_EQ(ErrorOf(WithSize(Load("grey.jpg"), 0xC0, 2000, 1600)), kDamaged);
+    EXPECT_EQ(ErrorOf(WithSize(Load("progressive.jpg"), 0xC2, 20000, 20000)), kDamaged);
+    EXPECT_EQ(ReadOrFail(WithSize(Load("grey.jpg"), 0xC0, 2000, 1000)).warning, kWarning);
+    // In arithmetic coding, a large picture of one colour is a few bytes.
+    EXPECT_EQ(ReadOrFail(WithSize(Load("arithmetic.jpg"), 0xC9, 2000, 1600)).width, 2000);
+}
+
 TEST(JpegReader, Endless_passes_are_refused) {
     const Bytes file = Load("progressive.jpg");
     const Bytes scan = {0xFF, 0xDA};
