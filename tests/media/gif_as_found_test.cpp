@@ -6,13 +6,15 @@
 #include <algorithm>
 
 #include "media/animation.h"
-#include "tests/media/gif_builder.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
 
 using test::BuildGif;
 using test::Bytes;
+using test::ErrorOf;
+using test::ReadOrFail;
 using test::ShowFrame;
 using test::TestGif;
 using test::TestImage;
@@ -20,22 +22,6 @@ using test::TestImage;
 constexpr char kCutInside[] =
     "the file is damaged or cut inside its first frame; only the part that is there is shown";
 constexpr char kOnlyFirst[] = "the file is damaged or cut after its first frame; only that frame is used";
-
-Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
-    return animation;
-}
-
-std::string ErrorOf(const Bytes& file, const ReadLimits& limits = ReadLimits()) {
-    Animation animation;
-    std::string error;
-    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits));
-    EXPECT_TRUE(animation.frames.empty());
-    EXPECT_EQ(animation.width, 0);
-    return error;
-}
 
 TestImage Part(const std::string& picture, int left = 0, int top = 0, int disposal = 0) {
     TestImage image;

@@ -41,7 +41,7 @@ std::vector<Bytes> ShownPictures(const GifAnimation& gif) {
 // The file plays as it was given: in the project's reader, and in a decoder that shares no code with it.
 void ExpectSamePlay(const GifAnimation& gif, const Bytes& file) {
     const std::vector<Bytes> expected = ShownPictures(gif);
-    const Animation read = ReadOrFail(file);
+    const Animation read = test::ReadWhole(file);
     const test::DecodedGif decoded = test::DecodeGif(file);
     ASSERT_EQ(decoded.fault, "");
     ASSERT_EQ(read.frames.size(), expected.size());
@@ -245,7 +245,7 @@ TEST(GifPlay, Colour_profile_XMP_and_background_survive) {
     gif.hasBackground = true;
     gif.background = {1, 2, 3};  // not in the palette, which has three colours and so a free entry
     const Bytes file = EncodeOrFail(gif);
-    const Animation animation = ReadOrFail(file);
+    const Animation animation = test::ReadWhole(file);
     EXPECT_EQ(animation.metadata.colorProfile, gif.metadata.colorProfile);
     EXPECT_EQ(animation.metadata.xmp, gif.metadata.xmp);
     EXPECT_EQ(animation.background, gif.background);

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "media/animation_writer.h"
-#include "tests/media/gif_builder.h"
+#include "tests/media/reading.h"
 
 namespace kfx::test {
 
@@ -45,14 +45,6 @@ inline Bytes EncodeOrFail(const GifAnimation& gif) {
     return file;
 }
 
-inline Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
-    EXPECT_EQ(animation.warning, "");
-    return animation;
-}
-
-inline Animation RoundTrip(const GifAnimation& gif) { return ReadOrFail(EncodeOrFail(gif)); }
+inline Animation RoundTrip(const GifAnimation& gif) { return ReadWhole(EncodeOrFail(gif)); }
 
 }  // namespace kfx::test

@@ -7,12 +7,13 @@
 
 #include "media/animation.h"
 #include "media/file_io.h"
-#include "tests/media/gif_builder.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
 
 using test::Bytes;
+using test::ErrorOf;
 
 constexpr int kWidth = 37;
 constexpr int kHeight = 29;
@@ -29,9 +30,7 @@ Bytes Load(const std::string& name) {
 }
 
 Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
+    Animation animation = test::ReadOrFail(file);
     EXPECT_EQ(animation.frames.size(), 1u);
     EXPECT_EQ(animation.loopCount, kLoopNone);
     if (animation.frames.empty()) animation.frames.emplace_back();
@@ -42,13 +41,6 @@ Animation ReadWhole(const Bytes& file) {
     Animation animation = ReadOrFail(file);
     EXPECT_EQ(animation.warning, "");
     return animation;
-}
-
-std::string ErrorOf(const Bytes& file, const ReadLimits& limits = ReadLimits()) {
-    Animation animation;
-    std::string error;
-    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits));
-    return error;
 }
 
 int LargestDifference(const Bytes& left, const Bytes& right) {

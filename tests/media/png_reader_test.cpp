@@ -9,23 +9,16 @@
 #include "media/animation.h"
 #include "media/png_deflate.h"
 #include "media/png_format.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-std::string ErrorOf(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_FALSE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error));
-    return error;
-}
+using test::Bytes;
+using test::ErrorOf;
 
 Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
+    Animation animation = test::ReadOrFail(file);
     if (animation.frames.empty()) animation.frames.emplace_back();
     return animation;
 }

@@ -11,6 +11,7 @@
 #include "media/sample_animation.h"
 #include "tests/media/gif_builder.h"
 #include "tests/media/gif_scenes.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
@@ -18,10 +19,7 @@ namespace {
 using test::Bytes;
 
 Animation ReadOrFail(const Bytes& file) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error)) << error;
-    EXPECT_EQ(animation.warning, "");
+    Animation animation = test::ReadWhole(file);
     if (animation.frames.empty()) animation.frames.emplace_back();
     return animation;
 }

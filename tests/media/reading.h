@@ -19,6 +19,13 @@ inline Animation ReadOrFail(const Bytes& file) {
     return animation;
 }
 
+// The same for a file without damage.
+inline Animation ReadWhole(const Bytes& file) {
+    Animation animation = ReadOrFail(file);
+    EXPECT_EQ(animation.warning, "");
+    return animation;
+}
+
 // The clause of a file that must be refused.
 inline std::string ErrorOf(const Bytes& file, const ReadLimits& limits = ReadLimits()) {
     Animation animation;

@@ -5,6 +5,7 @@
 
 #include "media/animation.h"
 #include "media/yuv.h"
+#include "tests/media/reading.h"
 
 namespace kfx {
 namespace {
@@ -13,7 +14,8 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-using Bytes = std::vector<uint8_t>;
+using test::Bytes;
+using test::ErrorOf;
 
 Bytes Stream(const std::string& fields, const std::vector<Bytes>& frames,
              const std::string& frameLine = "FRAME\n") {
@@ -27,19 +29,9 @@ Bytes Stream(const std::string& fields, const std::vector<Bytes>& frames,
 }
 
 Animation Read(const Bytes& stream) {
-    Animation animation;
-    std::string error;
-    EXPECT_TRUE(ReadAnimationFromMemory(stream.data(), stream.size(), &animation, &error)) << error;
+    Animation animation = test::ReadOrFail(stream);
     if (animation.frames.empty()) animation.frames.emplace_back().pixels.resize(4096);
     return animation;
-}
-
-std::string ErrorOf(const Bytes& stream, const ReadLimits& limits = ReadLimits()) {
-    Animation animation;
-    std::string error;
-    EXPECT_FALSE(ReadAnimationFromMemory(stream.data(), stream.size(), &animation, &error, limits));
-    EXPECT_TRUE(animation.frames.empty());
-    return error;
 }
 
 void ExpectPixel(const Animation& animation, int x, int y, RgbColor expected) {
