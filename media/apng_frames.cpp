@@ -38,8 +38,6 @@ bool FindFreeColor(const Animation& animation, bool isGrey, PackedColor* color) 
     return *color <= kRgb;
 }
 
-bool IsGrey(const PngFormat& format) { return format.colors == kPngGrey || format.colors == kPngGreyAlpha; }
-
 // Whether a pixel of this format can be transparent.
 bool HasHole(const PngFormat& format) {
     if (format.colors == kPngRgba || format.colors == kPngGreyAlpha || format.hasKey) return true;

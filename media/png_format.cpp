@@ -47,6 +47,8 @@ bool TakeTransparency(const PngChunk& chunk, PngFormat* format) {
 
 }  // namespace
 
+bool IsGrey(const PngFormat& format) { return format.colors == kPngGrey || format.colors == kPngGreyAlpha; }
+
 int ChannelsOf(const PngFormat& format) {
     switch (format.colors) {
         case kPngRgb:

@@ -36,6 +36,9 @@ struct PngFormat {
     uint16_t key[3] = {};           // red, green, blue; grey is the first
 };
 
+// Whether pixels have a grey value instead of a colour.
+bool IsGrey(const PngFormat& format);
+
 // Samples of a pixel.
 int ChannelsOf(const PngFormat& format);
 

@@ -124,7 +124,7 @@ uint8_t EightBits(unsigned sample, int depth) {
 }
 
 void TakeBackground(const PngChunk& chunk, const PngFormat& format, Animation* animation) {
-    const bool isGrey = format.colors == kPngGrey || format.colors == kPngGreyAlpha;
+    const bool isGrey = IsGrey(format);
     RgbColor color;
     if (format.colors == kPngPalette) {
         if (chunk.size != 1 || chunk.data[0] >= format.palette.size()) return;
@@ -150,9 +150,8 @@ void PutText(Bytes* data, std::string_view text) {
 }
 
 void PutProfile(Bytes* file, const Bytes& profile, const PngFormat& format) {
-    const bool isGrey = format.colors == kPngGrey || format.colors == kPngGreyAlpha;
     // A profile of grey tones says nothing about colours, which the pictures have by now.
-    if (profile.empty() || (HasSpace(profile, "GRAY") && !isGrey)) return;
+    if (profile.empty() || (HasSpace(profile, "GRAY") && !IsGrey(format))) return;
     Bytes data;
     PutText(&data, kProfileName);
     data.push_back(0);

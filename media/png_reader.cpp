@@ -86,13 +86,10 @@ bool ReadPng(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
         *error = "the PNG file is damaged: its header is wrong or cut off";
         return false;
     }
+    if (IsAnimatedPng(data, size)) return ReadAnimatedPng(data, size, header, budget, animation, error);
     if (!SpendPixels(budget, header.width, header.height, error)) return false;
     const auto width = static_cast<int>(header.width);
     const auto height = static_cast<int>(header.height);
-    if (IsAnimatedPng(data, size)) {
-        budget->spent -= uint64_t{header.width} * header.height;  // counted again with the other frames
-        return ReadAnimatedPng(data, size, header, budget, animation, error);
-    }
     PngData picture;
     PngNoteReader notes = {.animation = animation};
     const char* fault = ReadChunks(data, size, &header.format, &picture, &notes);
