@@ -54,7 +54,7 @@ bool ReadFormat(const uint8_t* data, size_t size, const ReadLimits& limits, Anim
     }
     const Format* format = FormatOf(data, size);
     if (!format) {
-        *error = "the file is not a GIF, WebP, PNG, JPEG or BMP picture";
+        *error = "the file is not a GIF, WebP, PNG, JPEG or BMP picture, nor Y4M video";
         return false;
     }
     PixelBudget budget = {.limits = limits};

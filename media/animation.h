@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Animations in memory, and reading them from GIF, WebP, PNG, JPEG and BMP files.
+// Animations in memory, and reading them from GIF, WebP, PNG, JPEG, BMP and Y4M files.
 #pragma once
 
 #include <cstddef>
