@@ -9,6 +9,20 @@
 namespace kfx::cli {
 
 using namespace commands;
+namespace {
+
+// Whether a wrong command line asks for the result on standard output, where then nothing else may stand.
+bool NamesStandardOutput(const std::vector<std::string>& arguments) {
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& word = arguments[i];
+        if (word == "-o-" || word == "--output=-") return true;
+        if ((word == "-o" || word == "--output") && i + 1 < arguments.size() && IsStream(arguments[i + 1]))
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
 
 bool ReadCommandLine(const std::vector<std::string>& arguments, const OwnOptions& own, CommandLine* line,
                      int* exitCode) {
@@ -19,7 +33,7 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, const OwnOptions
             return false;
         case ParseOutcome::Error: {
             const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
-            PrintReport(FailedReport(kExitBadCommand, text), json, false);
+            PrintReport(FailedReport(kExitBadCommand, text), json, false, NamesStandardOutput(arguments));
             *exitCode = kExitBadCommand;
             return false;
         }

@@ -123,10 +123,8 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
                                "others are hidden (--matte mixes them onto a colour).");
     }
     if (line.supercompress && session.record.transparent) {
-        report.notes.push_back(
-            line.inputs[0] +
-            ": has transparent pixels, so whole pictures are stored; supercompression needs an "
-            "opaque source.");
+        report.notes.push_back(ShownInput(line.inputs[0]) +
+                               ": has transparent pixels; supercompression needs an opaque source.");
     }
     const size_t frames = session.built.frames.size();
     const size_t colors = CountColors(session.built, session.record);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "commands/engine.h"
+#include "commands/output_format.h"
 #include "commands/text_match.h"
 #include "resources/palette_names.h"
 
@@ -52,7 +53,8 @@ bool ResolvePalette(const CommandLine& line, bool ownPalette, const Engine& engi
     job->paletteUse = PaletteUse::Computed;
     if (wanted == "custom") return true;
     if (wanted == "original" && !ownPalette) {
-        return Refuse(line.inputs[0] + ": has no palette of its own; choose another --palette.", failure);
+        return Refuse(ShownInput(line.inputs[0]) + ": has no palette of its own; choose another --palette.",
+                      failure);
     }
     std::vector<std::string> rows;
     if (!engine.listPalettes(opened, &rows, failure)) return false;

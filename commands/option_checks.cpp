@@ -32,6 +32,9 @@ std::string FormatMismatch(const CommandLine& line) {
     const char* const webpOption = FirstGiven({{"--quality", line.quality >= 0},
                                                {"--near-lossless", line.nearLossless >= 0},
                                                {"--effort", line.effort >= 0}});
+    const char* const timeOption = FirstGiven({{"--speed", line.edits.speed != 1},
+                                               {"--fps", line.edits.framesPerSecond > 0},
+                                               {"--loop", line.edits.setsLoop}});
     if (gif && line.trueColor)
         return "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color.";
     if (!gif && line.comment) return "only a GIF holds the plug-in's comment; leave out --comment.";
@@ -39,6 +42,10 @@ std::string FormatMismatch(const CommandLine& line) {
     if (!gif && !line.matte.empty())
         return "--matte is for GIF files, which hold no half-transparent pixels; leave it out, or write "
                ".gif.";
+    if (line.format == "png" && timeOption)
+        return std::string(timeOption) + " is for animations; leave it out, or write .gif, .webp or .apng.";
+    if (IsRawFormat(line.format) && line.edits.setsLoop)
+        return "--loop is for animations, and video streams play once; leave it out.";
     if (line.format != "webp" && webpOption)
         return std::string(webpOption) + " is for WebP files; leave it out, or write .webp.";
     return "";
@@ -53,7 +60,8 @@ std::string Contradiction(const CommandLine& line, const ApplyWords& words, cons
     if (line.trueColor && searchOption) return ExcludeEachOther("--true-color", searchOption);
     if (line.delay >= 0 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--delay", "--fps");
     if (line.edits.speed != 1 && line.edits.framesPerSecond > 0) return ExcludeEachOther("--speed", "--fps");
-    if (searchOption && !paletteOption && line.format != "gif")
+    // A GIF without an effect may keep its exact colours; then nothing is searched.
+    if (searchOption && !paletteOption && (line.format != "gif" || line.effects.empty()))
         return std::string(searchOption) + " is for results on a palette; add --palette, or leave it out.";
     if (line.comment && words.noComment) return ExcludeEachOther("--comment", "--no-comment");
     if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
@@ -63,7 +71,10 @@ std::string Contradiction(const CommandLine& line, const ApplyWords& words, cons
 // What goes with an effect only. Empty: nothing is there.
 std::string MissingEffect(const CommandLine& line, bool formatGiven) {
     if (!line.effects.empty()) return "";
-    if (!line.localBackground.empty()) return "--local-background needs an --effect.";
+    const char* const effectOption = FirstGiven({{"--local-background", !line.localBackground.empty()},
+                                                 {"--edges", !line.edges.empty()},
+                                                 {"--comment", line.comment}});
+    if (effectOption) return std::string(effectOption) + " needs an --effect.";
     const bool joins = line.join || line.delay >= 0;
     if (!HasEdits(line.edits) && !formatGiven && !joins)
         return "--effect NAME is missing; see kestrel apply --help.";

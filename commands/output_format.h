@@ -9,7 +9,8 @@ namespace kfx::commands {
 // The name that stands for standard input or standard output.
 inline bool IsStream(const std::string& path) { return path == "-"; }
 
-// How a result's place is named to the user.
+// How a source or a result is named to the user.
+inline std::string ShownInput(const std::string& path) { return IsStream(path) ? "standard input" : path; }
 inline std::string ShownPath(const std::string& path) { return IsStream(path) ? "standard output" : path; }
 
 // "y4m", "rgb" and "rgba": frames for video programs.

@@ -90,7 +90,7 @@ bool WriteResult(const std::string& path, BuiltAnimation built, const SourceReco
         if (!IsStream(path)) written->bytes = BytesOf(written->files);
         return true;
     } catch (const std::bad_alloc&) {
-        *error = path + ": there is not enough memory to write it.";
+        *error = ShownPath(path) + ": there is not enough memory to write it.";
         return false;
     }
 }

@@ -38,7 +38,7 @@ bool ReadFile(const std::string& file, const ReadLimits& limits, Animation* anim
         *report = FailedReport(kExitBadInput, error);
         return false;
     }
-    const std::string shown = IsStream(file) ? "standard input" : file;
+    const std::string shown = ShownInput(file);
     if (animation->frames.empty()) {
         *report = FailedReport(kExitBadInput, shown + ": holds no picture.");
         return false;
@@ -108,12 +108,12 @@ void SetTimes(int delay, bool onlyMissing, Animation* animation) {
 
 // Whether so many pictures like the first one can be held, before the others are read.
 bool CanHold(const Animation& first, const SourceFiles& source, const ReadLimits& limits, Report* report) {
-    const uint64_t most = limits.maxPixels;
-    if (source.files.size() <= most / PixelsOf(first)) return true;
-    *report = FailedReport(kExitBadInput, source.files.front() + ": " + std::to_string(source.files.size()) +
-                                              " pictures of " + SizeText(first) + " have more than " +
-                                              std::to_string(most) + " pixels together, the limit (" +
-                                              limits.raisedBy + " raises it).");
+    PixelBudget budget = {.limits = limits};
+    std::string clause;
+    if (SpendFrames(&budget, static_cast<uint64_t>(first.width), static_cast<uint64_t>(first.height),
+                    source.files.size(), &clause))
+        return true;
+    *report = FailedReport(kExitBadInput, source.files.front() + ": " + clause + ".");
     return false;
 }
 

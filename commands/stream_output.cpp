@@ -64,7 +64,8 @@ bool EncodeFile(BuiltAnimation built, const SourceRecord& source, const ResultOp
     const Animation animation = PlayBuilt(built, source);
     built = {};
     if (options.format == "png")
-        return EncodePng(animation.width, animation.height, animation.frames[0].pixels.data(), file, error);
+        return EncodePng(animation.width, animation.height, animation.frames[0].pixels.data(), file, error,
+                         animation);
     written->note = ShortDelayNote(animation);
     if (options.format == "apng") return EncodeApng(animation, file, error);
     return EncodeWebp(animation, file, error, options.webp);

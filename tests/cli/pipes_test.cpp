@@ -95,6 +95,17 @@ TEST_F(Pipes, With_json_the_object_goes_to_standard_error) {
     EXPECT_EQ(object["output"], "-");
 }
 
+TEST_F(Pipes, A_wrong_command_leaves_standard_output_empty_with_json_too) {
+    for (const std::vector<std::string>& output : {std::vector<std::string>{"-o", "-"}, {"--output=-"}}) {
+        std::vector<std::string> arguments = {"apply", input, "--effekt", "Bump", "--json"};
+        arguments.insert(arguments.end(), output.begin(), output.end());
+        const ProgramResult result = RunKestrel(arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_TRUE(nlohmann::json::parse(result.err, nullptr, false).is_object()) << result.err;
+    }
+}
+
 TEST_F(Pipes, What_cannot_be_done_is_said_on_standard_error) {
     ProgramResult result = RunKestrel({"apply", input, "-o", "-", "--effect", "Bump"});
     EXPECT_EQ(result.exitCode, 2);
@@ -118,11 +129,24 @@ TEST_F(Pipes, What_cannot_be_done_is_said_on_standard_error) {
     EXPECT_THAT(result.err, StartsWith("kestrel: standard input: the file is not a "));
 }
 
+TEST_F(Pipes, Standard_input_is_called_so) {
+    const std::string out = folder.path + "out.gif", still = folder.path + "in.webp";
+    ASSERT_EQ(RunKestrel({"apply", input, "-o", still, "--frames", "1"}).exitCode, 0);
+    ProgramResult result =
+        RunKestrel({"apply", "-", "-o", out, "--effect", "Bump", "--palette", "original"}, still);
+    EXPECT_EQ(result.err, "kestrel: standard input: has no palette of its own; choose another --palette.\n");
+    WriteTestGif(input, 3, true);
+    result = RunKestrel({"apply", "-", "-o", out, "--effect", "Bump", "--supercompress"}, input);
+    EXPECT_THAT(result.err, StartsWith("kestrel: note: standard input: has transparent pixels"));
+}
+
 TEST_F(Pipes, One_png_picture_goes_through) {
     const ProgramResult result = RunKestrel({"apply", input, "-o", "-", "--format", "png", "--frames", "2"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     WriteText(folder.path + "one.png", result.out);
     EXPECT_EQ(ReadBack(folder.path + "one.png").frames[0].pixels, ReadBack(input).frames[1].pixels);
+    ASSERT_EQ(RunKestrel({"apply", input, "-o", folder.path + "file.png", "--frames", "2"}).exitCode, 0);
+    EXPECT_TRUE(result.out == ReadText(folder.path + "file.png")) << "with the comment";
 }
 
 }  // namespace

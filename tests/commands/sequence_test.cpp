@@ -169,8 +169,8 @@ TEST_F(Sequence, What_cannot_be_held_is_refused_before_it_is_read) {
     EXPECT_FALSE(Join(names));
     EXPECT_EQ(report.error,
               folder.path +
-                  "a.png: 513 pictures of 1024 x 1024 have more than 536870912 pixels together, the limit "
-                  "(--max-pixels raises it).");
+                  "a.png: the 513 frames of 1024 x 1024 together have 537919488 pixels; the limit is "
+                  "536870912 (--max-pixels 538 raises it).");
 }
 
 }  // namespace

@@ -244,7 +244,8 @@ TEST(FileIo, A_file_of_no_known_format_is_named_in_the_error) {
     Animation animation;
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {'h', 'e', 'l', 'l', 'o'}, &error));
     EXPECT_FALSE(ReadAnimation(folder.File("x.gif"), &animation, &error));
-    EXPECT_EQ(error, folder.File("x.gif") + ": the file is not a GIF, WebP, PNG, JPEG or BMP picture, nor Y4M video.");
+    EXPECT_EQ(error, folder.File("x.gif") +
+                         ": the file is not a GIF, WebP, PNG, JPEG or BMP picture, nor Y4M video.");
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {}, &error));
     EXPECT_FALSE(ReadAnimation(folder.File("x.gif"), &animation, &error));
     EXPECT_EQ(error, folder.File("x.gif") + ": the file is empty.");
