@@ -84,6 +84,10 @@ FrameIndices IndicesOf(const CompressedFrame& frame, const std::vector<uint8_t>&
         result.indexOfSymbol[symbol] = static_cast<uint8_t>(result.transparentIndex);
         result.highest = std::max(result.highest, result.transparentIndex);
     }
+    if (result.transparentIndex < 0 && frame.disposal == kDisposalBackground) {
+        const bool* const free = std::find(taken, taken + kMostColors, false);
+        if (free != taken + kMostColors) result.transparentIndex = static_cast<int>(free - taken);
+    }
     return result;
 }
 

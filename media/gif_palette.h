@@ -28,7 +28,8 @@ struct FrameIndices {
 };
 
 // The symbols' indices. The transparent one takes the lowest index that the frame has no other use for, which
-// can be the one behind the palette's end.
+// can be the one behind the palette's end. A frame that is cleared has one although no pixel is transparent,
+// as long as an index is free: without it Pillow, ffmpeg and gifsicle clear to the background colour.
 FrameIndices IndicesOf(const CompressedFrame& frame, const std::vector<uint8_t>& indexOfColor);
 
 // What a file is made of.

@@ -86,6 +86,19 @@ TEST(GifWriter, A_frame_that_is_cleared_afterwards_keeps_all_that_there_is_to_cl
     EXPECT_EQ(ShowFrame(animation, 2), "...B");
 }
 
+// Some viewers clear a frame without a transparent colour to the background colour.
+TEST(GifWriter, A_frame_that_is_cleared_has_a_transparent_colour) {
+    const Bytes file =
+        EncodeOrFail(TextGif(4, 1, {TextFrame("KRGB", kDisposalBackground), TextFrame("...Y")}));
+    const Animation animation = ReadOrFail(file);
+    EXPECT_EQ(ShowFrame(animation, 0), "KRGB");
+    EXPECT_EQ(ShowFrame(animation, 1), "...Y");
+    const Bytes control = {0x21, 0xF9, 4};
+    const auto first = std::search(file.begin(), file.end(), control.begin(), control.end());
+    ASSERT_GE(file.end() - first, 8);
+    EXPECT_EQ(first[3], kDisposalBackground << 2 | 1);
+}
+
 TEST(GifWriter, A_frame_disposed_to_the_previous_is_cropped_to_what_it_changes) {
     const Animation animation = RoundTrip(
         TextGif(4, 1, {TextFrame("RRRR"), TextFrame("RRGR", kDisposalPrevious), TextFrame("B...")}));
