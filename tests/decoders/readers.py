@@ -2,8 +2,6 @@
 """Files of other programs, as kestrel and other programs read them."""
 import dataclasses
 
-from PIL import Image
-
 import programs
 from animations import images, random_animation
 from writers import check_each, frames_of_kestrel
