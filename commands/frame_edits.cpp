@@ -169,7 +169,8 @@ bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* an
     if (!CheckCrop(&crop, &sides, failure)) return false;
     const Sides resized = ResizedSides(edits.resize, sides);
     const bool resizes = resized.width != sides.width || resized.height != sides.height;
-    if (resizes && !CheckSize(resized, static_cast<size_t>(last - edits.firstFrame + 1), limits, failure))
+    if (resizes && !CheckSize(resized, static_cast<size_t>(last) - static_cast<size_t>(edits.firstFrame) + 1,
+                              limits, failure))
         return false;
     if (changesTimes && !CheckTimes(edits, *animation, last, failure)) return false;
 

@@ -125,7 +125,7 @@ bool ReadSequence(const SourceFiles& source, ReadLimits limits, int delay, Anima
     const bool isJoined = source.files.size() > 1;
     if (isJoined && !CanHold(*animation, source, limits, report)) return false;
     if (isJoined && animation->frames.size() == 1) animation->loopCount = kLoopForever;
-    limits.maxPixels -= PixelsOf(*animation) * animation->frames.size();
+    limits.pixelsBefore += PixelsOf(*animation) * animation->frames.size();
     for (size_t i = 1; i < source.files.size(); ++i) {
         Animation part;
         if (!ReadFile(source.files[i], limits, &part, report)) return false;
@@ -136,7 +136,7 @@ bool ReadSequence(const SourceFiles& source, ReadLimits limits, int delay, Anima
                                                       "; joined pictures must have one size.");
             return false;
         }
-        limits.maxPixels -= PixelsOf(part) * part.frames.size();
+        limits.pixelsBefore += PixelsOf(part) * part.frames.size();
         Append(&part, animation);
     }
     if (delay >= 0) SetTimes(delay, false, animation);

@@ -57,7 +57,7 @@ bool ReadFormat(const uint8_t* data, size_t size, const ReadLimits& limits, Anim
         *error = "the file is not a GIF, WebP, PNG, JPEG or BMP picture, nor Y4M video";
         return false;
     }
-    PixelBudget budget = {.limits = limits};
+    PixelBudget budget = {.limits = limits, .spent = limits.pixelsBefore};
     return format->read(data, size, &budget, animation, error);
 }
 

@@ -87,6 +87,7 @@ std::string ShortDelayNote(const Animation& animation);
 struct ReadLimits {
     int maxSide = 65535;                       // pixels, width and height
     uint64_t maxPixels = uint64_t{512} << 20;  // summed over all frames
+    uint64_t pixelsBefore = 0;                 // of files read before this one, which count as well
     // The option that takes maxPixels in millions, for the message of a refusal; null: there is none.
     const char* raisedBy = nullptr;
 };

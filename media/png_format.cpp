@@ -63,7 +63,7 @@ int ChannelsOf(const PngFormat& format) {
 }
 
 size_t PngRowBytes(const PngFormat& format, int width) {
-    const auto bits = static_cast<size_t>(ChannelsOf(format) * format.depth);
+    const auto bits = static_cast<size_t>(ChannelsOf(format)) * static_cast<size_t>(format.depth);
     return (bits * static_cast<size_t>(width) + 7) / 8;
 }
 

@@ -15,6 +15,7 @@ using Bytes = std::vector<uint8_t>;
 
 struct Sequence : ::testing::Test {
     const TemporaryFolder folder;
+    ReadLimits limits = {.raisedBy = "--max-pixels"};
     Animation joined;
     Report report;
 
@@ -45,7 +46,6 @@ struct Sequence : ::testing::Test {
         ASSERT_TRUE(WritePng(folder.path + name, picture, &error)) << error;
     }
     bool Join(const std::vector<std::string>& names, int delay = -1) {
-        const ReadLimits limits = {.raisedBy = "--max-pixels"};
         SourceFiles source;
         for (const std::string& name : names) source.files.push_back(folder.path + name);
         report = {};
@@ -171,6 +171,18 @@ TEST_F(Sequence, What_cannot_be_held_is_refused_before_it_is_read) {
               folder.path +
                   "a.png: the 513 frames of 1024 x 1024 together have 537919488 pixels; the limit is "
                   "536870912 (--max-pixels 538 raises it).");
+}
+
+TEST_F(Sequence, A_file_beyond_the_limit_is_refused_with_the_pixels_of_all) {
+    WriteIndexed("a.gif", {{1, 2, 3}, {4, 5, 6}}, {{0, 1}});
+    WriteIndexed("b.gif", {{1, 2, 3}, {4, 5, 6}}, {{0, 1}, {1, 0}});
+    limits.maxPixels = 5;
+    EXPECT_FALSE(Join({"a.gif", "b.gif"}));
+    EXPECT_EQ(report.error, folder.path +
+                                "b.gif: the pictures together have at least 6 pixels; the limit is 5 "
+                                "(--max-pixels 1 raises it).");
+    limits.maxPixels = 6;
+    EXPECT_TRUE(Join({"a.gif", "b.gif"})) << report.error;
 }
 
 }  // namespace
