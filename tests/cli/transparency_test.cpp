@@ -54,7 +54,7 @@ struct Transparency : ::testing::Test {
     nlohmann::json Apply(const std::string& output, const Arguments& more) const {
         Arguments arguments = {"apply", input, "-o", folder.path + output, "--force"};
         arguments.insert(arguments.end(), more.begin(), more.end());
-        const nlohmann::json result = RunKestrelForJson(arguments);
+        nlohmann::json result = RunKestrelForJson(arguments);
         EXPECT_EQ(result["exitCode"], 0) << result;
         return result;
     }
@@ -66,7 +66,8 @@ struct Transparency : ::testing::Test {
 };
 
 const uint8_t* At(const Animation& animation, int x, int y) {
-    return &animation.frames[0].pixels[static_cast<size_t>(4 * (y * animation.width + x))];
+    return &animation.frames[0].pixels[4 * (static_cast<size_t>(y) * static_cast<size_t>(animation.width) +
+                                            static_cast<size_t>(x))];
 }
 
 TEST_F(Transparency, The_outline_moves_with_the_pixels) {
@@ -139,7 +140,7 @@ TEST_F(Transparency, A_gallery_shows_what_each_effect_makes_of_the_outline) {
         const std::string output = folder.path + "effect.webp";
         Arguments arguments = {"apply", input, "-o", output, "--force", "--effect", names.back()};
         for (const auto& [name, value] : commands::FindPictureSettings(commands::kHelpDocument, names.back()))
-            arguments.insert(arguments.end(), {"--set", name + "=" + value});
+            arguments.insert(arguments.end(), {"--set", std::string(name).append("=").append(value)});
         RunHere(arguments);
         results.push_back(ReadBack(output));
     }

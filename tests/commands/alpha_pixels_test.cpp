@@ -18,7 +18,8 @@ TEST(AlphaPixels, Over_black_and_over_white_give_colour_and_alpha_back) {
         ASSERT_EQ(black[i + 3], alpha <= 1 ? 0 : alpha);
         if (alpha <= 1) continue;
         ASSERT_EQ(black[i], 255);
-        ASSERT_NEAR(black[i + 1], 128, 127 / alpha + 1) << alpha;
+        const int tolerance = 127 / alpha + 1;
+        ASSERT_NEAR(black[i + 1], 128, tolerance) << alpha;
         ASSERT_EQ(black[i + 2], 0);
     }
 }
@@ -66,14 +67,17 @@ TEST(AlphaPixels, Places_are_found_across_the_bounds_of_their_bits) {
 TEST(AlphaPixels, Hidden_pixels_take_the_nearest_colour) {
     constexpr int kWidth = 9, kHeight = 7;
     Pixels pixels(4 * kWidth * kHeight);
+    const auto place = [](int x, int y) {
+        return 4 * (static_cast<size_t>(y) * static_cast<size_t>(kWidth) + static_cast<size_t>(x));
+    };
     const auto set = [&](int x, int y, uint8_t red) {
-        pixels[static_cast<size_t>(4 * (y * kWidth + x))] = red;
-        pixels[static_cast<size_t>(4 * (y * kWidth + x) + 3)] = 9;
+        pixels[place(x, y)] = red;
+        pixels[place(x, y) + 3] = 9;
     };
     set(1, 1, 10);
     set(7, 5, 70);
     FillFromNearest(kWidth, kHeight, &pixels);
-    const auto at = [&](int x, int y) { return pixels[static_cast<size_t>(4 * (y * kWidth + x))]; };
+    const auto at = [&](int x, int y) { return pixels[place(x, y)]; };
     EXPECT_EQ(at(0, 0), 10);
     EXPECT_EQ(at(2, 4), 10);
     EXPECT_EQ(at(8, 6), 70);

@@ -57,7 +57,7 @@ int Worst(const Animation& a, const Animation& b, int inside) {
     int worst = 0;
     for (int y = inside; y < kHeight - inside; ++y) {
         for (int i = 4 * inside; i < 4 * (kWidth - inside); ++i) {
-            const auto at = static_cast<size_t>(4 * y * kWidth + i);
+            const auto at = 4 * static_cast<size_t>(y) * static_cast<size_t>(kWidth) + static_cast<size_t>(i);
             worst = std::max(worst, std::abs(a.frames[0].pixels[at] - b.frames[0].pixels[at]));
         }
     }

@@ -17,7 +17,9 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-size_t At(const Animation& animation, int x, int y) { return static_cast<size_t>(y * animation.width + x); }
+size_t At(const Animation& animation, int x, int y) {
+    return static_cast<size_t>(y) * static_cast<size_t>(animation.width) + static_cast<size_t>(x);
+}
 
 // Every pixel says its frame, column and row; the frames stand on a palette and have places of their own.
 Animation NumberedFrames(int width, int height, int count) {

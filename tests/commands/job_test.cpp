@@ -18,9 +18,9 @@ struct ListingEngine {
 };
 
 bool FailsAt(void* opened, const char* list, Failure* failure) {
-    if (static_cast<ListingEngine*>(opened)->failing != list) return false;
-    *failure = {kExitTimeout, std::string("no ") + list + "."};
-    return true;
+    const bool fails = static_cast<ListingEngine*>(opened)->failing == list;
+    if (fails) *failure = {kExitTimeout, std::string("no ") + list + "."};
+    return fails;
 }
 
 bool ListEffects(void* opened, std::vector<std::string>* names, Failure* failure) {
@@ -77,9 +77,9 @@ struct JobTest : ::testing::Test {
     }
 
     bool Resolve() {
-        if (!ResolveJobs(line, ownPalette, kListing, &engine, &jobs, &failure)) return false;
-        job = jobs.back();
-        return true;
+        const bool isResolved = ResolveJobs(line, ownPalette, kListing, &engine, &jobs, &failure);
+        if (isResolved) job = jobs.back();
+        return isResolved;
     }
 
     std::string Refused() {

@@ -10,7 +10,7 @@ namespace {
 
 std::string Format(const std::string& output, const std::string& given) {
     std::string error;
-    const std::string format = ResolveFormat(output, given, &error);
+    std::string format = ResolveFormat(output, given, &error);
     EXPECT_EQ(error, "");
     return format;
 }

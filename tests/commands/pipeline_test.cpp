@@ -63,7 +63,8 @@ struct Pipeline : ::testing::Test {
     }
 
     // What the effects make of the source, as it plays.
-    Animation Run(Animation source, const std::vector<EffectChoice>& effects) {
+    Animation Run(const Animation& given, const std::vector<EffectChoice>& effects) {
+        Animation source = given;
         HostSession session;
         session.source = &source;
         EngineStart start;
