@@ -157,7 +157,7 @@ TEST(GifAsFound, A_cut_file_gives_its_complete_frames_and_a_warning) {
         constexpr size_t kControl = 8;  // bytes of the control data before each image
         const bool whole = length == first.size() - 1 || length == first.size() - 1 + kControl ||
                            length == two.size() - 1 || length == two.size() - 1 + kControl;
-        ASSERT_EQ(animation.warning == "", whole) << length;
+        ASSERT_EQ(animation.warning.empty(), whole) << length;
         ASSERT_EQ(ShowFrame(animation, 0), "RGB") << length;
         if (animation.frames.size() > 1) {
             ASSERT_EQ(ShowFrame(animation, 1), "YYY") << length;

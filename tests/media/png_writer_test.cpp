@@ -65,6 +65,7 @@ Bytes Grey(int value, int alpha = 255) {
 
 std::vector<Bytes> Colors(int count, bool isGrey = false) {
     std::vector<Bytes> colors;
+    colors.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
         colors.push_back(isGrey ? Grey(i)
                                 : Bytes{static_cast<uint8_t>(i), static_cast<uint8_t>(i / 256 + 3),
@@ -233,7 +234,8 @@ TEST(ApngWriter, Disposal_saves_what_would_be_drawn_again) {
         for (int y = 0; y < 9; ++y)
             for (int x = 0; x < 9; ++x)
                 for (int i = 0; i < 4; ++i)
-                    pixels[static_cast<size_t>(4 * ((y + 10 * frame) * kSide + x + 10 * frame) + i)] =
+                    pixels[4 * static_cast<size_t>((y + 10 * frame) * kSide) +
+                           static_cast<size_t>(4 * x + 40 * frame + i)] =
                         i == 3 ? uint8_t{255} : static_cast<uint8_t>(random());
         moving.frames.emplace_back();
         moving.frames.back().pixels = pixels;
