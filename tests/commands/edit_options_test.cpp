@@ -27,11 +27,12 @@ FrameEdits Accept(const std::string& option, const std::string& value) {
 }
 
 void ExpectRefused(const std::string& option, const Arguments& values, const std::string& takes) {
+    const std::string sentence = option + " takes " + takes + ", not \"";
     for (const std::string& value : values) {
         CommandLine line;
         std::string text;
         EXPECT_EQ(Parse({option, value}, &line, &text), ParseOutcome::Error) << value;
-        EXPECT_EQ(text, option + " takes " + takes + ", not \"" + value + "\".");
+        EXPECT_EQ(text, sentence + value + "\".");
     }
 }
 
