@@ -238,13 +238,6 @@ bool ApplyThreshold(Pixels* pixels) {
     return neither;
 }
 
-bool IsTransparent(const Pixels& pixels) {
-    for (size_t i = 3; i < pixels.size(); i += 4) {
-        if (pixels[i] != kOpaque) return true;
-    }
-    return false;
-}
-
 bool HasAlpha(const Animation& animation) {
     return std::any_of(animation.frames.begin(), animation.frames.end(),
                        [](const Frame& frame) { return frame.transparent; });

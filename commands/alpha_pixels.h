@@ -51,8 +51,6 @@ void MixOnto(RgbColor color, Pixels* pixels);
 // Pixels below half of the full alpha are hidden, the others are opaque. Returns whether a pixel was neither.
 bool ApplyThreshold(Pixels* pixels);
 
-// Whether a pixel has an alpha below 255.
-bool IsTransparent(const Pixels& pixels);
 // Whether a frame is transparent.
 bool HasAlpha(const Animation& animation);
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "commands/alpha_pixels.h"
+#include "media/readers.h"
 
 namespace kfx::commands {
 namespace {
@@ -93,7 +94,7 @@ void WidenFrames(const Margins& margins, Animation* animation) { CutFrames(margi
 void CropFrames(const Margins& margins, Animation* animation) {
     CutFrames({-margins.columns, -margins.rows}, animation);
     for (Frame& frame : animation->frames)
-        frame.transparent = frame.transparent && IsTransparent(frame.pixels);
+        if (frame.transparent) NoteTransparency(&frame);
 }
 
 }  // namespace kfx::commands

@@ -7,6 +7,7 @@
 #include "commands/edges.h"
 #include "commands/plain_build.h"
 #include "commands/stages.h"
+#include "media/readers.h"
 
 namespace kfx::commands {
 namespace {
@@ -72,7 +73,7 @@ void SettleHalfTransparency(const PipelineOptions& options, Animation* animation
     for (Frame& frame : animation->frames) {
         if (options.halfTransparency == HalfTransparency::Mix) MixOnto(options.matte, &frame.pixels);
         if (ApplyThreshold(&frame.pixels)) notes->thresholdApplied = true;
-        frame.transparent = IsTransparent(frame.pixels);
+        NoteTransparency(&frame);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "commands/alpha_pixels.h"
 #include "commands/alpha_ways.h"
+#include "media/readers.h"
 
 namespace kfx::commands {
 namespace {
@@ -72,7 +73,7 @@ bool RunSolved(const OpenEngine& engine, HostSession* session, const Job& job, A
     for (size_t i = 0; i < numbers.size(); ++i) {
         Frame& frame = animation->frames[numbers[i]];
         SolveAlpha(white.frames[i].pixels, &frame.pixels);
-        frame.transparent = IsTransparent(frame.pixels);
+        NoteTransparency(&frame);
     }
     return true;
 }
@@ -91,7 +92,7 @@ bool RunOnPlaces(const OpenEngine& engine, HostSession* session, const Job& job,
         Frame& frame = animation->frames[i];
         frame.pixels = FetchPlaces(frame.pixels, sources[i], animation->width, animation->height);
         sources[i] = {};
-        frame.transparent = IsTransparent(frame.pixels);
+        NoteTransparency(&frame);
     }
     return true;
 }
@@ -127,7 +128,7 @@ bool RunInOutline(const OpenEngine& engine, HostSession* session, const Job& job
         } else {
             CutOut(alphas[i], rule.way == AlphaWay::Light, &frame.pixels);
         }
-        frame.transparent = IsTransparent(frame.pixels);
+        NoteTransparency(&frame);
     }
     return true;
 }

@@ -205,14 +205,7 @@ TEST(Apply, Options_of_the_formats_make_files_smaller) {
 
 TEST(Apply, The_original_palette_keeps_two_colours_apart) {
     const TemporaryFolder folder;
-    // Both are dark: by luminance they are one.
-    GifAnimation gif;
-    gif.width = 4;
-    gif.height = 2;
-    gif.globalPalette = {{90, 0, 0}, {0, 0, 140}};
-    gif.frames.push_back({.indices = {0, 1, 0, 1, 1, 1, 0, 0}, .palette = {}});
-    std::string error;
-    ASSERT_TRUE(WriteGif(folder.path + "in.gif", gif, &error)) << error;
+    WriteTwoColors(folder.path + "in.gif");
     ExpectDone(Command(folder.path + "in.gif", folder.path + "out.gif", UnchangedPictures(),
                        {"--palette", "original"}));
     ExpectSamePictures(ReadBack(folder.path + "in.gif"), ReadBack(folder.path + "out.gif"));

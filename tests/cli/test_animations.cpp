@@ -50,6 +50,16 @@ void WriteTestGif(const std::string& path, int frames, bool holes, int scale) {
     ASSERT_TRUE(WriteGif(path, gif, &error)) << error;
 }
 
+void WriteTwoColors(const std::string& path) {
+    GifAnimation gif;
+    gif.width = 4;
+    gif.height = 2;
+    gif.globalPalette = {{90, 0, 0}, {0, 0, 140}};
+    gif.frames.push_back({.indices = {0, 1, 0, 1, 1, 1, 0, 0}, .palette = {}});
+    std::string error;
+    ASSERT_TRUE(WriteGif(path, gif, &error)) << error;
+}
+
 Animation ReadBack(const std::string& path) {
     Animation animation;
     std::string error;

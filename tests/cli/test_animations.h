@@ -16,6 +16,9 @@ constexpr int kTestHeight = 30;
 // With `holes`, part of each frame is transparent.
 void WriteTestGif(const std::string& path, int frames, bool holes = false, int scale = 1);
 
+// A GIF of one frame in two dark colours, which are one by their luminance.
+void WriteTwoColors(const std::string& path);
+
 // Reads an animation; fails the test when that is not possible.
 Animation ReadBack(const std::string& path);
 

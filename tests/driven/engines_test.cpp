@@ -39,17 +39,7 @@ struct Engines : ::testing::Test {
         WriteTestGif(sources.path + "plain.gif", 3);
         WriteTestGif(sources.path + "single.gif", 1);
         WriteTestGif(sources.path + "holes.gif", 3, true);
-        WriteTwoColors();
-    }
-
-    void WriteTwoColors() const {
-        GifAnimation gif;
-        gif.width = 4;
-        gif.height = 2;
-        gif.globalPalette = {{90, 0, 0}, {0, 0, 140}};
-        gif.frames.push_back({.indices = {0, 1, 0, 1, 1, 1, 0, 0}, .palette = {}});
-        std::string error;
-        ASSERT_TRUE(WriteGif(sources.path + "two.gif", gif, &error)) << error;
+        WriteTwoColors(sources.path + "two.gif");
     }
 
     // Runs the command in this process, and takes its files away.

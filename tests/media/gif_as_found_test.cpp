@@ -14,6 +14,8 @@ namespace {
 using test::BuildGif;
 using test::Bytes;
 using test::ErrorOf;
+using test::Gif;
+using test::Part;
 using test::ReadOrFail;
 using test::ShowFrame;
 using test::TestGif;
@@ -22,23 +24,6 @@ using test::TestImage;
 constexpr char kCutInside[] =
     "the file is damaged or cut inside its first frame; only the part that is there is shown";
 constexpr char kOnlyFirst[] = "the file is damaged or cut after its first frame; only that frame is used";
-
-TestImage Part(const std::string& picture, int left = 0, int top = 0, int disposal = 0) {
-    TestImage image;
-    image.picture = picture;
-    image.left = left;
-    image.top = top;
-    image.disposal = disposal;
-    return image;
-}
-
-TestGif Gif(int width, int height, const std::vector<TestImage>& images) {
-    TestGif gif;
-    gif.width = width;
-    gif.height = height;
-    gif.images = images;
-    return gif;
-}
 
 // An image of this size without a pixel in its data.
 TestImage Empty(int width, int height, bool hasData, int disposal = 0) {

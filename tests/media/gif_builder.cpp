@@ -107,6 +107,23 @@ std::vector<RgbColor> TextPalette() {
             {255, 255, 0}, {255, 0, 255}, {0, 255, 255}, {255, 255, 255}};
 }
 
+TestImage Part(const std::string& picture, int left, int top, int disposal) {
+    TestImage image;
+    image.picture = picture;
+    image.left = left;
+    image.top = top;
+    image.disposal = disposal;
+    return image;
+}
+
+TestGif Gif(int width, int height, const std::vector<TestImage>& images) {
+    TestGif gif;
+    gif.width = width;
+    gif.height = height;
+    gif.images = images;
+    return gif;
+}
+
 Bytes BuildGif(const TestGif& gif) {
     Bytes file;
     PutText(&file, "GIF89a");

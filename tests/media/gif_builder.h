@@ -44,6 +44,10 @@ struct TestGif {
     bool hasTrailer = true;
 };
 
+// The usual ones: an image at a place of the canvas, and a file of such images.
+TestImage Part(const std::string& picture, int left = 0, int top = 0, int disposal = 0);
+TestGif Gif(int width, int height, const std::vector<TestImage>& images);
+
 Bytes BuildGif(const TestGif& gif);
 
 // A frame as text: letters of TextPalette, '.' fully transparent, '?' any other colour; rows separated by

@@ -11,27 +11,12 @@ namespace {
 using test::BuildGif;
 using test::Bytes;
 using test::ErrorOf;
+using test::Gif;
+using test::Part;
 using test::ReadOrFail;
 using test::ShowFrame;
 using test::TestGif;
 using test::TestImage;
-
-TestImage Part(const std::string& picture, int left, int top, int disposal) {
-    TestImage image;
-    image.picture = picture;
-    image.left = left;
-    image.top = top;
-    image.disposal = disposal;
-    return image;
-}
-
-TestGif Gif(int width, int height, const std::vector<TestImage>& images) {
-    TestGif gif;
-    gif.width = width;
-    gif.height = height;
-    gif.images = images;
-    return gif;
-}
 
 TEST(GifReader, A_frame_kept_or_unspecified_stays_under_the_next_one) {
     for (const int disposal : {0, 1, 5, 6, 7}) {
