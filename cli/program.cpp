@@ -48,8 +48,7 @@ CommandContext ContextFor(const CommandLine& line, const Engine& engine) {
 }
 
 int PrintResult(const Report& report, const CommandLine& line) {
-    const bool holdsResult = line.command == Command::Apply && IsStream(line.output);
-    if (PrintReport(report, line.json, line.quiet, holdsResult) || report.exitCode != kExitDone)
+    if (PrintReport(report, line.json, line.quiet, IsStream(line.output)) || report.exitCode != kExitDone)
         return report.exitCode;
     return kExitBadOutput;
 }

@@ -13,7 +13,7 @@ class App;
 
 namespace kfx::commands {
 
-enum class Command { Apply, Effects, Sample, Sheet, Gallery };
+struct CommandRow;
 
 // A parameter of the effect as the user names it.
 struct Setting {
@@ -34,7 +34,7 @@ struct SourceFiles {
 };
 
 struct CommandLine {
-    Command command = Command::Apply;
+    const CommandRow* command = nullptr;  // command_row.h
     std::vector<std::string> inputs;
     std::vector<SourceFiles> sources;  // what the inputs name, found when the command runs; source_files.h
     bool join = false;                 // several files are one animation

@@ -20,11 +20,11 @@ struct CommandContext {
 // Runs whichever command the line names.
 Report RunCommand(const CommandLine& line, const CommandContext& context);
 
+// kestrel apply.
 Report RunApply(const CommandLine& line, const CommandContext& context);
-Report RunEffects(const CommandLine& line, const CommandContext& context);
-Report RunGallery(const CommandLine& line, const CommandContext& context);
-Report RunSample(const CommandLine& line);
-Report RunSheet(const CommandLine& line);
+
+// How an engine is opened by a command that changes nothing of its defaults.
+EngineStart PlainStart(const CommandContext& context, HostSession* session);
 
 // How large an animation may be, as the line says.
 ReadLimits LimitsOf(const CommandLine& line);

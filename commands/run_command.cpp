@@ -2,41 +2,28 @@
 // What the commands share.
 #include <new>
 
-#include "commands/commands.h"
+#include "commands/command_row.h"
 #include "commands/result_files.h"
 #include "commands/sequence.h"
 #include "commands/source_files.h"
 
 namespace kfx::commands {
-namespace {
-
-Report Run(const CommandLine& line, const CommandContext& context) {
-    switch (line.command) {
-        case Command::Apply:
-            return RunApply(line, context);
-        case Command::Effects:
-            return RunEffects(line, context);
-        case Command::Gallery:
-            return RunGallery(line, context);
-        case Command::Sample:
-            return RunSample(line);
-        case Command::Sheet:
-            return RunSheet(line);
-    }
-    return {};
-}
-
-}  // namespace
-
 Report RunCommand(const CommandLine& line, const CommandContext& context) {
     try {
         CommandLine found = line;
         Failure failure;
-        if (!FindSources(&found, &failure)) return FailedReport(failure);
-        return Run(found, context);
+        if (!FindSources(line.command->inputs, &found, &failure)) return FailedReport(failure);
+        return line.command->run(found, context);
     } catch (const std::bad_alloc&) {
         return FailedReport(kExitEngine, "there is not enough memory for this command.");
     }
+}
+
+EngineStart PlainStart(const CommandContext& context, HostSession* session) {
+    EngineStart start;
+    start.session = session;
+    start.onProgress = context.onProgress;
+    return start;
 }
 
 ReadLimits LimitsOf(const CommandLine& line) {

@@ -236,8 +236,8 @@ bool IsBeforeByNumber(const std::string& left, const std::string& right) {
     return isEnded ? left < right : a == left.size();
 }
 
-bool FindSources(CommandLine* line, Failure* failure) {
-    const bool takesFirst = line->command == Command::Gallery;
+bool FindSources(InputUse use, CommandLine* line, Failure* failure) {
+    const bool takesFirst = use == InputUse::FirstPicture;
     const bool joins = line->join || line->delay >= 0 || takesFirst;
     std::vector<std::string> files;
     line->sources.clear();
@@ -254,7 +254,7 @@ bool FindSources(CommandLine* line, Failure* failure) {
         if (takesFirst) found = {.files = {found.files.front()}, .note = {}};
         line->sources.push_back(found);
     }
-    if (line->command == Command::Apply && line->sources.size() > 1) {
+    if (use == InputUse::OneAnimation && line->sources.size() > 1) {
         if (!joins) {
             return Refuse(kExitBadCommand, "there are several inputs; --join makes them one animation.",
                           failure);

@@ -2,7 +2,7 @@
 // From the inputs on a command line to files: numbered names, wildcards and folders.
 #pragma once
 
-#include "commands/command_line.h"
+#include "commands/command_row.h"
 #include "commands/exit_codes.h"
 
 namespace kfx::commands {
@@ -13,9 +13,9 @@ namespace kfx::commands {
 // - a name with %d or %0Nd, for all files that have a number there: always one source;
 // - a name with * or ?, for all files whose name fits, or a folder, for all pictures in it.
 // Files of one pattern are in the order of their numbers (2 before 10), and so are inputs that a shell has
-// sorted as text. Several files are one source where the line joins them. False: they are not joined, or
+// sorted as text. `use` says what several files are. False: they are not joined, or
 // nothing was found.
-bool FindSources(CommandLine* line, Failure* failure);
+bool FindSources(InputUse use, CommandLine* line, Failure* failure);
 
 // Whether one name stands before another one: numbers in it by their value, the rest by its bytes.
 bool IsBeforeByNumber(const std::string& left, const std::string& right);

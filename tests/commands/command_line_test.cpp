@@ -4,7 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "commands/command_line.h"
+#include "commands/command_row.h"
 
 namespace kfx::commands {
 namespace {
@@ -39,7 +39,7 @@ TEST(CommandLine, Without_a_command_there_is_nothing_to_do) {
 
 TEST(CommandLine, Apply_takes_input_output_effect_and_parameters) {
     const CommandLine line = Accept(Apply("out.gif", {"--set", "Radius=9", "--set", "Depth=20"}));
-    EXPECT_EQ(line.command, Command::Apply);
+    EXPECT_EQ(line.command, &kApplyCommand);
     EXPECT_EQ(line.inputs, Arguments{"in.gif"});
     EXPECT_EQ(line.output, "out.gif");
     ASSERT_EQ(line.effects.size(), 1u);

@@ -21,6 +21,7 @@ struct FoundSources : ::testing::Test {
     const TemporaryFolder folder;
     CommandLine line;
     Failure failure;
+    InputUse use = InputUse::OneAnimation;
 
     void Make(const Names& names) const {
         for (const std::string& name : names) WriteText(folder.path + name, "x");
@@ -32,7 +33,7 @@ struct FoundSources : ::testing::Test {
     bool Find(const Names& inputs) {
         failure = {};
         line.inputs = InFolder(inputs);
-        return FindSources(&line, &failure);
+        return FindSources(use, &line, &failure);
     }
     // The files of a source, without the folder.
     Names FilesOf(size_t source) const {
@@ -197,12 +198,12 @@ TEST_F(FoundSources, What_a_shell_sorted_as_text_is_put_in_order) {
 
 TEST_F(FoundSources, A_sheet_has_two_sources_and_a_gallery_takes_the_first_picture) {
     Make({"a1.png", "a2.png", "b1.png", "b2.png"});
-    line.command = Command::Sheet;
+    use = InputUse::Each;
     ASSERT_TRUE(Find({"a%d.png", "b%d.png"})) << failure.error;
     ASSERT_EQ(line.sources.size(), 2u);
     EXPECT_EQ(FilesOf(1), (Names{"b1.png", "b2.png"}));
     EXPECT_FALSE(Find({"a*.png", "b1.png"}));
-    line.command = Command::Gallery;
+    use = InputUse::FirstPicture;
     ASSERT_TRUE(Find({"a*.png"})) << failure.error;
     EXPECT_EQ(FilesOf(0), Names{"a1.png"});
     ASSERT_TRUE(Find({}));

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+// The options of kestrel apply.
+#include <CLI/CLI.hpp>
+
+#include "commands/common_options.h"
+#include "commands/edit_options.h"
+#include "commands/option_checks.h"
+#include "commands/parser_words.h"
+#include "media/animation_writer.h"
+
+namespace kfx::commands {
+namespace {
+
+void AddPaletteOptions(CLI::App* command, CommandLine* line) {
+    command
+        ->add_option(
+            "--palette", line->palette,
+            "Palette as `kestrel effects --json` lists them, `custom` (computed; the default for GIF) or "
+            "`original`")
+        ->type_name("NAME");
+    AddFlag(command, "--dither", &line->dither, "Dither to the palette");
+    AddFlag(command, "--supercompress", &line->supercompress, "Store only pixels that change");
+    AddFlag(command, "--true-color", &line->trueColor,
+            "All colours (WebP and PNG only, where it is the default without palette options)");
+    AddFlag(command, "--fast-remap", &line->fastRemap, "Coarser and faster search for palette colours");
+    AddNumber(command, "--dither-brightness", &line->ditherBrightness, 0, 255, "For black and white");
+    AddNumber(command, "--dither-contrast", &line->ditherContrast, 0, 127, "For black and white");
+}
+
+void AddFormatOptions(CLI::App* command, CommandLine* line) {
+    AddNumber(command, "--lossy", &line->lossy, 0, kMaxLossy,
+              "Smaller GIF: a colour may change by a quarter of this (0: not at all)");
+    AddNumber(command, "--quality", &line->quality, 0, 100, "Lossy WebP of this quality (100: the best)");
+    AddNumber(command, "--near-lossless", &line->nearLossless, 0, 100,
+              "Smaller WebP after small changes of the pixels (100: none)");
+    AddNumber(command, "--effort", &line->effort, 0, 9,
+              "WebP: more takes longer and makes smaller files (6)");
+}
+
+void AddApply(CLI::App* app, const OptionTarget& target) {
+    CommandLine* const line = target.line;
+    CLI::App* const apply =
+        app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it");
+    apply
+        ->add_option(
+            "input", line->inputs,
+            "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; NAME-%03d.png for "
+            "numbered files")
+        ->type_name("FILE")
+        ->required();
+    AddReadLimit(apply, line);
+    AddJoinOptions(apply, line);
+    AddOutput(
+        apply, line, "-o,--output",
+        ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for standard output");
+    apply
+        ->add_option("--format", target.words->format,
+                     "For standard output, or a name without ending: gif, webp, png, apng, y4m, rgb or rgba")
+        ->type_name("NAME");
+    AddList(
+        apply, "--effect", &target.words->effects,
+        "Effect, as `kestrel effects` lists them; several are applied in turn; may be left out with --format "
+        "or one of --reverse to --loop")
+        ->type_name("NAME");
+    AddList(apply, "--set", &target.words->settings,
+            "Parameter of the effect before it; may be given several times")
+        ->type_name("NAME=VALUE");
+    AddEditOptions(apply, &line->edits);
+    AddPaletteOptions(apply, line);
+    AddFormatOptions(apply, line);
+    AddFlag(apply, "--comment", &line->comment,
+            "Add the plug-in's comment to a GIF, behind the source's own");
+    AddFlag(apply, "--no-comment", &target.words->noComment, "No comment of the plug-in (the default)");
+    apply
+        ->add_option("--local-background", line->localBackground,
+                     "Colour that effects show beyond the picture's edges, or `none` for the source's own")
+        ->type_name("RRGGBB");
+    apply
+        ->add_option(
+            "--edges", line->edges,
+            "What Motion Blur, Oil Painting and Radial Blur see there: `background` (the default) or "
+            "`extend` (the edge's pixels, repeated)")
+        ->type_name("NAME");
+    apply
+        ->add_option("--matte", line->matte,
+                     "GIF: colour that half-transparent pixels are mixed onto (without it they are opaque or "
+                     "hidden)")
+        ->type_name("RRGGBB");
+    AddEngineOptions(apply, target);
+}
+
+bool SplitSetting(const std::string& text, EffectChoice* effect, std::string* error) {
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
+        *error = "--set takes NAME=VALUE, not \"" + text + "\".";
+        return false;
+    }
+    effect->settings.push_back({text.substr(0, equals), text.substr(equals + 1)});
+    return true;
+}
+
+// Each setting belongs to the latest effect before it. Where there is only one effect, the order does not
+// matter.
+bool JoinEffectsAndSettings(const CLI::App& command, const ApplyWords& words, CommandLine* line,
+                            std::string* error) {
+    for (const std::string& name : words.effects) line->effects.push_back({name, {}});
+    size_t effectsBefore = 0, setting = 0;
+    for (const CLI::Option* option : command.parse_order()) {
+        if (option->check_lname("effect")) ++effectsBefore;
+        if (!option->check_lname("set")) continue;
+        const std::string& text = words.settings[setting++];
+        if (line->effects.empty()) {
+            *error = "--set needs an --effect, whose parameter it sets.";
+            return false;
+        }
+        if (effectsBefore == 0 && line->effects.size() > 1) {
+            *error = "--set " + text +
+                     " stands before the first --effect; put it behind the effect that it is for.";
+            return false;
+        }
+        const size_t effect = effectsBefore == 0 ? 0 : effectsBefore - 1;
+        if (!SplitSetting(text, &line->effects[effect], error)) return false;
+    }
+    return true;
+}
+
+bool FinishApply(const CLI::App& command, const ApplyWords& words, CommandLine* line, std::string* error) {
+    return JoinEffectsAndSettings(command, words, line, error) && CheckApply(words, line, error);
+}
+
+}  // namespace
+
+const CommandRow kApplyCommand = {.name = "apply",
+                                  .inputs = InputUse::OneAnimation,
+                                  .add = AddApply,
+                                  .finish = FinishApply,
+                                  .run = RunApply};
+
+}  // namespace kfx::commands

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "commands/common_options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "commands/parser_words.h"
+
+namespace kfx::commands {
+namespace {
+
+constexpr int kLongestDelay = 655350;  // what a GIF file can say
+
+}  // namespace
+
+void AddEngineOptions(CLI::App* command, const OptionTarget& target) {
+    AddFlag(command, "--json", &target.line->json, "Print the result, or the error, as one JSON object");
+    AddFlag(command, "--quiet", &target.line->quiet, "No progress line and no notes");
+    if (target.own.add) target.own.add(command, target.own.values);
+}
+
+void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
+    command->add_option(name, line->output, description)->type_name("FILE")->required();
+    AddFlag(command, "--force", &line->force, "Replace the output when it exists");
+}
+
+CLI::Option* AddInput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
+    return command
+        ->add_option_function<std::string>(
+            name, [line](const std::string& input) { line->inputs.push_back(input); }, description)
+        ->type_name("FILE");
+}
+
+void AddJoinOptions(CLI::App* command, CommandLine* line) {
+    AddFlag(command, "--join", &line->join, "Several files, NAME-*.png or a folder make one animation");
+    AddNumber(command, "--delay", &line->delay, 0, kLongestDelay,
+              "Milliseconds that each frame is shown; joins, too (without it: 100 for stills)");
+}
+
+void AddReadLimit(CLI::App* command, CommandLine* line) {
+    constexpr int kMostMillions = 1000000;
+    AddNumber(command, kMaxPixelsOption, &line->maxPixels, 1, kMostMillions,
+              "Read inputs with up to so many million pixels over all frames (537)");
+}
+
+bool CheckEnding(const CommandLine& line, const char* ending, std::string* error) {
+    if (EndingOf(line.output) == ending) return true;
+    *error = std::string("the output must end in ") + ending + ", not \"" + line.output + "\".";
+    return false;
+}
+
+}  // namespace kfx::commands

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// Options that several commands have.
+#pragma once
+
+#include <string>
+
+#include "commands/command_row.h"
+
+namespace CLI {
+class Option;
+}
+
+namespace kfx::commands {
+
+// Adds --json, --quiet and the program's own options: what the commands that use an engine have in common.
+void AddEngineOptions(CLI::App* command, const OptionTarget& target);
+
+// Adds the option `name` for the output, which must be given, and --force.
+void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description);
+
+// Adds one input without an option's name.
+CLI::Option* AddInput(CLI::App* command, CommandLine* line, const char* name, const char* description);
+
+// Adds --join and --delay.
+void AddJoinOptions(CLI::App* command, CommandLine* line);
+
+// Adds --max-pixels.
+void AddReadLimit(CLI::App* command, CommandLine* line);
+
+// Whether the output's name ends so. False: `*error` is one sentence.
+bool CheckEnding(const CommandLine& line, const char* ending, std::string* error);
+
+}  // namespace kfx::commands
