@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// A short text that stands for what an animation shows.
+#pragma once
+
+#include <string>
+
+#include "media/animation.h"
+
+namespace kfx::commands {
+
+// 32 hexadecimal digits of XXH3-128 over what a viewer plays: size, loop count, and each picture with how
+// long it is shown. Colours that full transparency hides do not count, nor whether one picture stands as
+// several equal frames. A file without loss has the fingerprint of what was written into it, whatever its
+// format. No protection against somebody who wants two animations to have the same fingerprint.
+std::string FingerprintOf(const Animation& animation);
+
+}  // namespace kfx::commands
