@@ -11,6 +11,12 @@
 namespace kfx::commands {
 namespace {
 
+constexpr char kExamples[] =
+    "kestrel apply IN.gif -o OUT.gif --effect Emboss --set Radius=18 --set Depth=30\n"
+    "kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\" --effect Swirl --set Angle=90\n"
+    "kestrel apply IN.gif -o OUT.gif --effect Bump --palette \"216-color safe\" --dither --supercompress\n"
+    "kestrel apply FRAMES-%03d.png -o OUT.gif --delay 40 --effect Neon";
+
 void AddPaletteOptions(CLI::App* command, CommandLine* line) {
     command
         ->add_option(
@@ -134,6 +140,7 @@ const CommandRow kApplyCommand = {.name = "apply",
                                   .inputs = InputUse::OneAnimation,
                                   .add = AddApply,
                                   .finish = FinishApply,
-                                  .run = RunApply};
+                                  .run = RunApply,
+                                  .examples = kExamples};
 
 }  // namespace kfx::commands

@@ -4,6 +4,8 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/command_row.h"
+#include "commands/completion.h"
+#include "commands/help_texts.h"
 #include "commands/parser_words.h"
 
 namespace kfx::commands {
@@ -11,19 +13,21 @@ namespace {
 
 constexpr char kDescription[] = "Kestrel FX on files: effects for animations and pictures.";
 
-constexpr char kFooter[] =
-    "Examples:\n"
-    "  kestrel apply IN.gif -o OUT.gif --effect Emboss --set Radius=18 --set Depth=30\n"
-    "  kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\" --effect Swirl --set Angle=90\n"
-    "  kestrel apply IN.gif -o OUT.gif --effect Bump --palette \"216-color safe\" --dither --supercompress\n"
-    "  kestrel apply FRAMES-%03d.png -o OUT.gif --delay 40 --effect Neon\n"
-    "  kestrel effects --json\n\n"
-    "Exit codes: 0 done, 2 wrong command, 3 unreadable input, 4 output not writable, 5 nothing was built,\n"
-    "  6 the plug-in stopped answering, 130 interrupted.";
-
 // In the order in which the help lists them.
-const CommandRow* const kCommands[] = {&kApplyCommand, &kEffectsCommand, &kGalleryCommand, &kSampleCommand,
-                                       &kSheetCommand};
+const CommandRow* const kCommands[] = {
+    &kApplyCommand,  &kEffectsCommand,     &kGalleryCommand, &kSheetCommand,
+    &kSampleCommand, &kCompletionsCommand, &kManualCommand,
+};
+
+// All of apply's, and one of each other command.
+std::string ProgramExamples() {
+    std::string examples = kApplyCommand.examples;
+    for (const CommandRow* row : kCommands) {
+        const std::string own = row->examples;
+        if (row != &kApplyCommand && !own.empty()) examples += "\n" + own.substr(0, own.find('\n'));
+    }
+    return examples;
+}
 
 ParseOutcome Parse(CLI::App* app, const std::vector<std::string>& arguments, std::string* text) {
     try {
@@ -44,6 +48,13 @@ ParseOutcome Parse(CLI::App* app, const std::vector<std::string>& arguments, std
 }
 
 }  // namespace
+
+std::string ExamplesOf(const std::string& command) {
+    for (const CommandRow* row : kCommands) {
+        if (command == row->name) return row->examples;
+    }
+    return "";
+}
 
 std::string EndingOf(const std::string& path) {
     const size_t name = path.find_last_of("/\\");
@@ -69,12 +80,22 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const O
                               CommandLine* line, std::string* text) {
     *line = {};
     CLI::App app(kDescription, "kestrel");
-    app.footer(kFooter);
+    app.footer(ExitCodesText());
     app.set_version_flag("--version", "Kestrel 16.0a");
     app.allow_windows_style_options(false);  // a leading slash begins a path
     app.require_subcommand(0, 1);            // files may be named as commands are
     ApplyWords words;
     for (const CommandRow* row : kCommands) row->add(&app, {line, &words, own});
+    for (const CommandRow* row : kCommands) {
+        CLI::App* const command = app.get_subcommand(row->name);
+        command->group("Commands");
+        if (*row->examples) ShowExamplesFirst(command, row->examples);
+    }
+    ShowExamplesFirst(&app, ProgramExamples());
+    if (!arguments.empty() && arguments.front() == kCompleteCommand) {
+        *text = CompleteWords(app, {arguments.begin() + 1, arguments.end()});
+        return ParseOutcome::ShowText;
+    }
     const ParseOutcome outcome = Parse(&app, arguments, text);
     if (outcome != ParseOutcome::Run) return outcome;
 

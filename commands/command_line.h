@@ -40,7 +40,8 @@ struct CommandLine {
     bool join = false;                 // several files are one animation
     int delay = -1;                    // milliseconds for every frame, joins as well; -1: not given
     std::string output;
-    std::string format;  // of an apply command's output; see output_format.h
+    std::string format;   // of an apply command's output; see output_format.h
+    std::string printed;  // all that a command has to say that only prints
     bool json = false;
     bool quiet = false;
     bool force = false;  // replace a file that exists

@@ -16,6 +16,7 @@ struct ApplyWords {
     bool noComment = false;             // --no-comment
     std::vector<std::string> effects;   // of each --effect
     std::vector<std::string> settings;  // of each --set
+    std::string shell;                  // that a command prints something for
 };
 
 // Where a command's options are stored.
@@ -40,11 +41,20 @@ struct CommandRow {
     // sentence.
     bool (*finish)(const CLI::App& command, const ApplyWords& words, CommandLine* line, std::string* error);
     Report (*run)(const CommandLine& line, const CommandContext& context);
+    const char* examples = "";  // command lines that work, one a line
 };
 
+// The examples of the command of this name.
+std::string ExamplesOf(const std::string& command);
+
+// Prints what the line has ready.
+Report RunPrinted(const CommandLine& line, const CommandContext& context);
+
 extern const CommandRow kApplyCommand;
+extern const CommandRow kCompletionsCommand;
 extern const CommandRow kEffectsCommand;
 extern const CommandRow kGalleryCommand;
+extern const CommandRow kManualCommand;
 extern const CommandRow kSampleCommand;
 extern const CommandRow kSheetCommand;
 

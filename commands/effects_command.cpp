@@ -96,7 +96,11 @@ void AddEffects(CLI::App* app, const OptionTarget& target) {
 
 }  // namespace
 
-const CommandRow kEffectsCommand = {
-    .name = "effects", .inputs = InputUse::Each, .add = AddEffects, .finish = nullptr, .run = RunEffects};
+const CommandRow kEffectsCommand = {.name = "effects",
+                                    .inputs = InputUse::Each,
+                                    .add = AddEffects,
+                                    .finish = nullptr,
+                                    .run = RunEffects,
+                                    .examples = "kestrel effects\nkestrel effects --json"};
 
 }  // namespace kfx::commands

@@ -127,6 +127,7 @@ const CommandRow kGalleryCommand = {.name = "gallery",
                                     .inputs = InputUse::FirstPicture,
                                     .add = AddGallery,
                                     .finish = FinishGallery,
-                                    .run = RunGallery};
+                                    .run = RunGallery,
+                                    .examples = "kestrel gallery IN.gif -o SHEET.png"};
 
 }  // namespace kfx::commands

@@ -30,12 +30,6 @@ const Format* FindFormat(const std::string& name) {
     return found == std::end(kFormats) ? nullptr : found;
 }
 
-std::string JoinedFormats() {
-    std::vector<std::string> names;
-    for (const Format& format : kFormats) names.emplace_back(format.name);
-    return JoinNames(names);
-}
-
 std::string JoinedEndings() {
     std::vector<std::string> endings;
     for (const Format& format : kFormats) {
@@ -45,6 +39,12 @@ std::string JoinedEndings() {
 }
 
 }  // namespace
+
+std::vector<std::string> FormatNames() {
+    std::vector<std::string> names;
+    for (const Format& format : kFormats) names.emplace_back(format.name);
+    return names;
+}
 
 bool IsRawFormat(const std::string& format) {
     const Format* const found = FindFormat(format);
@@ -56,11 +56,11 @@ std::string ResolveFormat(const std::string& output, const std::string& given, s
     const Format* const named = FindFormat(PlainName(given));
     const Format* const ended = ending.empty() ? nullptr : FindFormat(ending.substr(1));
     if (!given.empty() && !named) {
-        *error = "--format takes " + JoinedFormats() + ", not \"" + given + "\".";
+        *error = "--format takes " + JoinNames(FormatNames()) + ", not \"" + given + "\".";
         return "";
     }
     if (!named && IsStream(output)) {
-        *error = "standard output needs a --format: " + JoinedFormats() + ".";
+        *error = "standard output needs a --format: " + JoinNames(FormatNames()) + ".";
         return "";
     }
     if (!named && !(ended && ended->hasEnding)) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace kfx::commands {
 
@@ -12,6 +13,9 @@ inline bool IsStream(const std::string& path) { return path == "-"; }
 // How a source or a result is named to the user.
 inline std::string ShownInput(const std::string& path) { return IsStream(path) ? "standard input" : path; }
 inline std::string ShownPath(const std::string& path) { return IsStream(path) ? "standard output" : path; }
+
+// All formats that --format takes.
+std::vector<std::string> FormatNames();
 
 // "y4m", "rgb" and "rgba": frames for video programs.
 bool IsRawFormat(const std::string& format);

@@ -19,6 +19,12 @@ Report RunCommand(const CommandLine& line, const CommandContext& context) {
     }
 }
 
+Report RunPrinted(const CommandLine& line, const CommandContext&) {
+    Report report;
+    report.text = line.printed;
+    return report;
+}
+
 EngineStart PlainStart(const CommandContext& context, HostSession* session) {
     EngineStart start;
     start.session = session;

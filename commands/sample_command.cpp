@@ -37,7 +37,11 @@ bool FinishSample(const CLI::App&, const ApplyWords&, CommandLine* line, std::st
 
 }  // namespace
 
-const CommandRow kSampleCommand = {
-    .name = "sample", .inputs = InputUse::Each, .add = AddSample, .finish = FinishSample, .run = RunSample};
+const CommandRow kSampleCommand = {.name = "sample",
+                                   .inputs = InputUse::Each,
+                                   .add = AddSample,
+                                   .finish = FinishSample,
+                                   .run = RunSample,
+                                   .examples = "kestrel sample OUT.gif"};
 
 }  // namespace kfx::commands

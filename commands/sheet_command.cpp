@@ -44,7 +44,11 @@ bool FinishSheet(const CLI::App&, const ApplyWords&, CommandLine* line, std::str
 
 }  // namespace
 
-const CommandRow kSheetCommand = {
-    .name = "sheet", .inputs = InputUse::Each, .add = AddSheet, .finish = FinishSheet, .run = RunSheet};
+const CommandRow kSheetCommand = {.name = "sheet",
+                                  .inputs = InputUse::Each,
+                                  .add = AddSheet,
+                                  .finish = FinishSheet,
+                                  .run = RunSheet,
+                                  .examples = "kestrel sheet IN.gif OUT.gif -o SHEET.png"};
 
 }  // namespace kfx::commands

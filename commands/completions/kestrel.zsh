@@ -1,0 +1,24 @@
+#compdef kestrel
+# zsh completion for kestrel. In ~/.zshrc, after compinit: source <(kestrel completions zsh)
+_kestrel() {
+    local line word tab=$'\t' files=
+    local -a described open
+    for line in "${(@f)$(${words[1]} complete "=${(Q)words[CURRENT]}" "${(@Q)words[2,CURRENT-1]}" 2>/dev/null)}"; do
+        [[ -z $line ]] && continue
+        if [[ $line == :files ]]; then
+            files=1
+            continue
+        fi
+        word=${line%%$tab*}
+        if [[ $line == *$tab* ]]; then
+            line=${word//:/\\:}:${line#*$tab}
+        else
+            line=${word//:/\\:}
+        fi
+        if [[ $word == *= ]]; then open+=("$line"); else described+=("$line"); fi
+    done
+    (( $#open )) && _describe 'parameter' open -S ''
+    (( $#described )) && _describe 'kestrel' described
+    [[ -n $files ]] && _files
+}
+if [[ $funcstack[1] == _kestrel ]]; then _kestrel "$@"; else compdef _kestrel kestrel; fi

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#include "commands/help_texts.h"
+
+#include <CLI/CLI.hpp>
+
+namespace kfx::commands {
+namespace {
+
+constexpr size_t kMeaningColumn = 6;
+
+}  // namespace
+
+const std::vector<ExitCodeRow>& ExitCodeRows() {
+    static const std::vector<ExitCodeRow> kRows = {
+        {kExitDone, "done"},
+        {kExitBadCommand, "wrong option, unknown name, value out of range"},
+        {kExitBadInput, "a file that cannot be read or is no animation"},
+        {kExitBadOutput, "an output that cannot be written"},
+        {kExitEngine, "nothing was built: memory ran out, or the plug-in failed"},
+        {kExitTimeout, "the plug-in stopped answering"},
+        {kExitInterrupted, "interrupted"},
+    };
+    return kRows;
+}
+
+std::string ExitCodesText() {
+    std::string text = "Exit codes:\n";
+    for (const ExitCodeRow& row : ExitCodeRows()) {
+        std::string line = "  " + std::to_string(row.code);
+        line.resize(kMeaningColumn, ' ');
+        text += line + " " + row.meaning + "\n";
+    }
+    return text;
+}
+
+std::string Indented(const std::string& lines) {
+    std::string indented = "  ";
+    for (const char c : lines) {
+        indented += c;
+        if (c == '\n') indented += "  ";
+    }
+    return indented;
+}
+
+void ShowExamplesFirst(CLI::App* command, const std::string& examples) {
+    const std::string text = "\nExamples:\n" + Indented(examples) + "\n\n";
+    command->formatter_fn([text](const CLI::App* app, std::string name, CLI::AppFormatMode mode) {
+        CLI::Formatter formatter;
+        formatter.label("SUBCOMMAND", "COMMAND");
+        std::string help = formatter.make_help(app, std::move(name), mode);
+        const size_t usage = help.find("Usage:");
+        if (mode != CLI::AppFormatMode::Sub && usage != std::string::npos) help.insert(usage, text);
+        return help;
+    });
+}
+
+}  // namespace kfx::commands

@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+#include "commands/completion.h"
+
+#include <fstream>
+#include <sstream>
+
+#include <CLI/CLI.hpp>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "commands/command_row.h"
+#include "commands/completion_scripts.h"
+#include "commands/direct_engine.h"
+#include "commands/help_texts.h"
+#include "commands/text_match.h"
+
+namespace kfx::commands {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using Words = std::vector<std::string>;
+
+void AddThrough(CLI::App* command, void*) { command->add_flag("--through")->description("Another way"); }
+
+std::string TextOf(Words arguments) {
+    CommandLine line;
+    std::string text;
+    EXPECT_EQ(ParseCommandLine(arguments, {AddThrough, nullptr}, &line, &text), ParseOutcome::ShowText);
+    return text;
+}
+
+// The words that are offered for `word` behind the others.
+Words Offered(const Words& before, const std::string& word) {
+    Words arguments = {kCompleteCommand, "=" + word};
+    arguments.insert(arguments.end(), before.begin(), before.end());
+    std::istringstream answer(TextOf(arguments));
+    Words words;
+    for (std::string line; std::getline(answer, line);) words.push_back(line.substr(0, line.find('\t')));
+    return words;
+}
+
+// What a command prints that prints only.
+std::string Printed(const Words& arguments) {
+    CommandLine line;
+    std::string error;
+    EXPECT_EQ(ParseCommandLine(arguments, {AddThrough, nullptr}, &line, &error), ParseOutcome::Run) << error;
+    return line.command ? line.command->run(line, {.engine = kDirectEngine}).text : "";
+}
+
+TEST(Completion, The_first_word_is_a_command) {
+    EXPECT_THAT(Offered({}, ""), Contains("apply"));
+    EXPECT_THAT(Offered({}, "app"), ElementsAre("apply"));
+    EXPECT_THAT(Offered({}, ""), Not(Contains(kCompleteCommand)));
+    EXPECT_THAT(Offered({}, "--"), ElementsAre("--help", "--version"));
+    EXPECT_THAT(Offered({"unknown"}, ""), IsEmpty());
+    EXPECT_THAT(TextOf({kCompleteCommand, "=apply"}), HasSubstr("apply\tApply an effect"));
+}
+
+TEST(Completion, Options_are_those_of_the_command) {
+    EXPECT_THAT(Offered({"apply", "a.gif"}, "--ef"), ElementsAre("--effect", "--effort"));
+    EXPECT_THAT(Offered({"apply"}, "--thr"), ElementsAre("--through"));
+    EXPECT_THAT(Offered({"sample"}, "--ef"), IsEmpty());
+}
+
+TEST(Completion, An_option_that_may_stand_once_is_offered_once) {
+    EXPECT_THAT(Offered({"apply", "--dither"}, "--dither"), Not(Contains("--dither")));
+    EXPECT_THAT(Offered({"apply", "--palette=gray"}, "--pal"), IsEmpty());
+    EXPECT_THAT(Offered({"apply", "-o", "a.gif"}, "--out"), IsEmpty());
+    EXPECT_THAT(Offered({"apply", "--effect", "Bump"}, "--effec"), ElementsAre("--effect"));
+}
+
+TEST(Completion, Names_are_words_without_spaces_that_the_command_takes) {
+    EXPECT_THAT(Offered({"apply", "--effect"}, "s"), ElementsAre("solarize", "swirl"));
+    EXPECT_THAT(Offered({"apply", "--effect"}, ""), Contains("hsb-and-channels"));
+    EXPECT_THAT(Offered({"apply"}, "--effect=sw"), ElementsAre("--effect=swirl"));
+    EXPECT_THAT(Offered({"apply", "--palette"}, "c"), ElementsAre("custom"));
+    EXPECT_THAT(Offered({"apply", "--format"}, "rgb"), ElementsAre("rgb", "rgba"));
+    EXPECT_THAT(Offered({"apply", "--edges"}, ""), ElementsAre("background", "extend"));
+}
+
+TEST(Completion, Settings_are_the_parameters_of_the_effect_before_them) {
+    EXPECT_THAT(Offered({"apply", "--effect", "Emboss", "--set"}, ""), ElementsAre("radius=", "depth="));
+    EXPECT_THAT(Offered({"apply", "--effect", "Bump", "--effect=embo", "--set"}, "d"), ElementsAre("depth="));
+    EXPECT_THAT(Offered({"apply", "--effect", "emboss", "--set"}, "Radius="), ElementsAre("Radius=5"));
+    EXPECT_THAT(Offered({"apply", "--effect", "ripple", "--set"}, "dissipate=o"),
+                ElementsAre("dissipate=off", "dissipate=on"));
+    EXPECT_THAT(Offered({"apply", "--set"}, ""), IsEmpty());
+    EXPECT_THAT(Offered({"apply", "--effect", "unknown", "--set"}, ""), IsEmpty());
+}
+
+TEST(Completion, Whatever_is_offered_as_a_name_means_that_name) {
+    Words effects, palettes;
+    kDirectEngine.listEffects(nullptr, &effects, nullptr);
+    kDirectEngine.listPalettes(nullptr, &palettes, nullptr);
+    Words offered = Offered({"apply", "--effect"}, "");
+    ASSERT_EQ(offered.size(), effects.size());
+    for (size_t i = 0; i < effects.size(); ++i) EXPECT_EQ(FindName(offered[i], effects), static_cast<int>(i));
+    offered = Offered({"apply", "--palette"}, "");
+    ASSERT_EQ(offered.size(), palettes.size() + 2) << "with custom and original";
+    for (size_t i = 0; i < palettes.size(); ++i)
+        EXPECT_EQ(FindName(offered[i + 2], palettes), static_cast<int>(i));
+}
+
+TEST(Completion, Files_are_left_to_the_shell) {
+    EXPECT_THAT(Offered({"apply"}, "a"), ElementsAre(":files"));
+    EXPECT_THAT(Offered({"apply", "-o"}, ""), ElementsAre(":files"));
+    EXPECT_THAT(Offered({"apply"}, "--output="), ElementsAre(":files"));
+    EXPECT_THAT(Offered({"apply", "--lossy"}, ""), IsEmpty());
+    EXPECT_THAT(Offered({"effects"}, "--output="), IsEmpty());
+}
+
+TEST(Completion, A_question_that_is_none_has_no_answer) {
+    EXPECT_EQ(TextOf({kCompleteCommand}), "");
+    EXPECT_EQ(TextOf({kCompleteCommand, "apply"}), "");
+}
+
+TEST(Completion, There_is_a_script_for_each_shell) {
+    for (const std::string& shell : CompletionShells()) {
+        EXPECT_EQ(Printed({"completions", shell}), CompletionScript(shell));
+        EXPECT_THAT(CompletionScript(shell), HasSubstr("kestrel complet"));
+    }
+    EXPECT_EQ(CompletionScript("unknown"), "");
+    CommandLine line;
+    std::string error;
+    EXPECT_EQ(ParseCommandLine({"completions", "bsh"}, {}, &line, &error), ParseOutcome::Error);
+    EXPECT_EQ(error, "unknown shell \"bsh\"; did you mean bash, zsh or fish?");
+}
+
+TEST(Manual, Every_option_of_every_command_is_in_it) {
+    const std::string page = Printed({"man"});
+    size_t options = 0;
+    for (const std::string& command : Offered({}, "")) {
+        EXPECT_NE(page.find(".SS " + command + "\n"), std::string::npos) << command;
+        for (const std::string& option : Offered({command}, "--")) {
+            std::string escaped;
+            for (const char c : option) escaped += c == '-' ? std::string("\\-") : std::string(1, c);
+            if (option == "--help") continue;
+            EXPECT_NE(page.find("\\fB" + escaped + "\\fR"), std::string::npos) << option;
+            ++options;
+        }
+    }
+    EXPECT_GT(options, 30u);
+    for (const ExitCodeRow& row : ExitCodeRows())
+        EXPECT_NE(page.find("\\fB" + std::to_string(row.code) + "\\fR\n"), std::string::npos) << row.meaning;
+}
+
+TEST(Manual, No_line_of_text_begins_with_a_request) {
+    std::istringstream page(Printed({"man"}));
+    const Words requests = {".TH", ".SH", ".SS", ".TP", ".PP", ".nf", ".fi", ".B"};
+    for (std::string line; std::getline(page, line);) {
+        EXPECT_THAT(line, Not(::testing::StartsWith("'")));
+        if (line.rfind('.', 0) != 0) continue;
+        EXPECT_THAT(requests, Contains(line.substr(0, line.find(' '))));
+    }
+}
+
+TEST(Help, Begins_with_examples) {
+    for (const Words& arguments : {Words{"--help"}, Words{"apply", "--help"}, Words{"man", "--help"}}) {
+        const std::string help = TextOf(arguments);
+        EXPECT_LT(help.find("Examples:\n  kestrel"), help.find("Usage:"));
+        EXPECT_LT(help.find("Usage:"), help.find("Options:"));
+    }
+}
+
+}  // namespace
+}  // namespace kfx::commands
