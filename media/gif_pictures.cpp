@@ -2,13 +2,14 @@
 #include "media/gif_pictures.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace kfx {
 
 ColorNumber NumberOf(ColorNumbers* numbers, RgbColor color) {
     const auto packed = static_cast<uint32_t>(color.red << 16 | color.green << 8 | color.blue);
     const auto [place, added] =
-        numbers->numbers.emplace(packed, static_cast<ColorNumber>(numbers->colors.size()));
+        numbers->numbers.try_emplace(packed, static_cast<ColorNumber>(numbers->colors.size()));
     if (added) numbers->colors.push_back(color);
     return place->second;
 }
@@ -19,28 +20,40 @@ const std::vector<RgbColor>& PaletteOf(const GifAnimation& gif, const GifFrame& 
 
 GifPlayer MakeGifPlayer(const GifAnimation& gif, ColorNumbers* numbers) {
     const size_t area = static_cast<size_t>(gif.width) * static_cast<size_t>(gif.height);
-    return {.gif = &gif, .numbers = numbers, .canvas = NumberedPicture(area, kClear), .before = {}};
+    return {.gif = &gif, .numbers = numbers, .canvas = NumberedPicture(area, kClear)};
 }
 
 void ShowNextFrame(GifPlayer* player, NumberedPicture* picture) {
     const GifFrame& frame = player->gif->frames[player->nextFrame++];
-    ColorNumber numbers[256] = {};
     const std::vector<RgbColor>& palette = PaletteOf(*player->gif, frame);
-    for (size_t i = 0; i < palette.size(); ++i) numbers[i] = NumberOf(player->numbers, palette[i]);
+    const bool hasOtherColors = player->palette != &palette;
+    player->palette = &palette;
+    for (size_t i = 0; i < palette.size() && hasOtherColors; ++i)
+        player->numberOf[i] = NumberOf(player->numbers, palette[i]);
     if (RestoresCanvas(frame.disposal)) player->before = player->canvas;
-    NumberedPicture& canvas = player->canvas;
-    const uint8_t* indices = frame.indices.data();
-    if (frame.transparentIndex < 0) {
-        for (size_t i = 0; i < canvas.size(); ++i) canvas[i] = numbers[indices[i]];
-    } else {
-        for (size_t i = 0; i < canvas.size(); ++i)
-            canvas[i] = indices[i] == frame.transparentIndex ? canvas[i] : numbers[indices[i]];
+    // A row that was drawn before changes nothing.
+    const GifFrame* const drawn = player->drawn;
+    const bool mayRepeat = drawn && !hasOtherColors && drawn->transparentIndex == frame.transparentIndex;
+    const auto width = static_cast<size_t>(player->gif->width);
+    for (size_t row = 0; row < player->canvas.size(); row += width) {
+        const uint8_t* const indices = frame.indices.data() + row;
+        if (mayRepeat && std::memcmp(indices, drawn->indices.data() + row, width) == 0) continue;
+        ColorNumber* const canvas = player->canvas.data() + row;
+        if (frame.transparentIndex < 0) {
+            for (size_t x = 0; x < width; ++x) canvas[x] = player->numberOf[indices[x]];
+        } else {
+            for (size_t x = 0; x < width; ++x)
+                canvas[x] = indices[x] == frame.transparentIndex ? canvas[x] : player->numberOf[indices[x]];
+        }
     }
-    *picture = canvas;
-    if (RestoresCanvas(frame.disposal))
-        canvas.swap(player->before);
-    else if (frame.disposal == kDisposalBackground)
-        std::fill(canvas.begin(), canvas.end(), kClear);
+    *picture = player->canvas;
+    if (RestoresCanvas(frame.disposal)) {
+        player->canvas.swap(player->before);
+        return;
+    }
+    const bool isCleared = frame.disposal == kDisposalBackground;
+    player->drawn = isCleared ? nullptr : &frame;
+    if (isCleared) std::fill(player->canvas.begin(), player->canvas.end(), kClear);
 }
 
 Rectangle Around(const Rectangle& a, const Rectangle& b) {

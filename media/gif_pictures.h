@@ -35,8 +35,11 @@ struct GifPlayer {
     const GifAnimation* gif;
     ColorNumbers* numbers;
     NumberedPicture canvas;
-    NumberedPicture before;
+    NumberedPicture before = {};  // of a frame that gives the canvas back
     size_t nextFrame = 0;
+    const GifFrame* drawn = nullptr;  // the frame that was drawn last and is still on the canvas
+    const std::vector<RgbColor>* palette = nullptr;  // of the last frame
+    ColorNumber numberOf[256] = {};                  // of its indices
 };
 
 GifPlayer MakeGifPlayer(const GifAnimation& gif, ColorNumbers* numbers);

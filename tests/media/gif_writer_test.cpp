@@ -166,6 +166,15 @@ TEST(GifWriter, Colours_that_stand_twice_in_the_palette_are_shown_alike) {
     EXPECT_EQ(ShowFrame(RoundTrip(gif), 0), "RGRG");
 }
 
+TEST(GifWriter, The_same_indices_show_the_colours_of_each_palette) {
+    GifAnimation gif = TextGif(3, 1, {TextFrame("RGB"), TextFrame("RGB"), TextFrame("RGB")});
+    gif.frames[1].palette = {{}, {0, 0, 255}, {0, 255, 0}, {255, 0, 0}};
+    const Animation animation = RoundTrip(gif);
+    EXPECT_EQ(ShowFrame(animation, 0), "RGB");
+    EXPECT_EQ(ShowFrame(animation, 1), "BGR");
+    EXPECT_EQ(ShowFrame(animation, 2), "RGB");
+}
+
 TEST(GifWriter, Large_frames_of_noise_survive) {
     GifAnimation gif;
     gif.width = 199;
