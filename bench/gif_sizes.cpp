@@ -42,6 +42,7 @@ Bytes PlainGif(const GifAnimation& gif) {
                 {0x21, 0xFF, 11, 'N', 'E', 'T', 'S', 'C', 'A', 'P', 'E', '2', '.', '0', 3, 1, 0, 0, 0});
     uint8_t same[256];
     for (size_t i = 0; i < 256; ++i) same[i] = static_cast<uint8_t>(i);
+    const LzwMemoryOwner memory = MakeLzwMemory();
     for (const GifFrame& frame : gif.frames) {
         const bool transparent = frame.transparentIndex >= 0;
         file.insert(file.end(),
@@ -57,7 +58,7 @@ Bytes PlainGif(const GifAnimation& gif) {
         pixels.symbols = frame.indices;
         pixels.open.resize(frame.indices.size());
         pixels.symbolCount = 256;
-        WriteLzw(CompressLzw(pixels, 8, nullptr), 8, same, &file);
+        WriteLzw(CompressLzw(memory.get(), pixels, 8, nullptr), 8, same, &file);
     }
     file.push_back(0x3B);
     return file;

@@ -24,6 +24,7 @@ struct FrameTask {
     const GlobalColors* global;
     const NumberedPicture* canvas;
     const NumberedPicture* picture;
+    GifFrameMemory* memory;
     int canvasWidth;
     bool isLocal;  // the global colours are not enough
     int lossy;     // 0: every pixel is shown exactly
@@ -70,28 +71,69 @@ Alphabet MakeAlphabet(const FrameTask& task, Unchanged unchanged) {
     return alphabet;
 }
 
+// What a pixel of each colour is stored as, by the colour's number, while the canvas shows another one or the
+// same.
+struct SymbolTables {
+    const uint8_t* changed;
+    const uint8_t* shown;
+    const uint8_t* open;  // not 0 where the transparent symbol may stand for a colour that is shown
+};
+
+template <typename IsShown>
+void FillPixels(const FrameTask& task, const SymbolTables& tables, const IsShown& isShown,
+                LzwPixels* pixels) {
+    const Rectangle& part = task.plan->part;
+    const auto width = static_cast<size_t>(part.width);
+    uint8_t* symbols = pixels->symbols.data();
+    uint8_t* open = pixels->open.data();
+    for (int y = part.top; y < part.top + part.height; ++y) {
+        const size_t start =
+            static_cast<size_t>(y) * static_cast<size_t>(task.canvasWidth) + static_cast<size_t>(part.left);
+        const ColorNumber* const picture = task.picture->data() + start;
+        const ColorNumber* const canvas = task.canvas->data() + start;
+        for (size_t x = 0; x < width; ++x) {
+            const ColorNumber number = picture[x];
+            const bool shown = isShown(number, canvas[x]);
+            symbols[x] = shown ? tables.shown[number] : tables.changed[number];
+            open[x] = shown ? tables.open[number] : 0;
+        }
+        symbols += width;
+        open += width;
+    }
+}
+
 LzwPixels MakePixels(const FrameTask& task, const Alphabet& alphabet, Unchanged unchanged) {
-    std::vector<int16_t> symbolOf(task.numbers->colors.size(), -1);
-    for (size_t i = 0; i < alphabet.colors.size(); ++i)
-        symbolOf[alphabet.colors[i]] = static_cast<int16_t>(i);
-    LzwPixels pixels;
-    pixels.symbolCount = static_cast<int>(alphabet.colors.size());
-    pixels.transparentSymbol = alphabet.transparentSymbol;
+    GifFrameMemory& memory = *task.memory;
+    const bool hasTransparent = alphabet.transparentSymbol >= 0;
+    const auto transparent = static_cast<uint8_t>(std::max(alphabet.transparentSymbol, 0));
+    for (std::vector<uint8_t>* table : {&memory.changed, &memory.shown, &memory.open})
+        if (table->size() < task.numbers->colors.size()) table->resize(task.numbers->colors.size());
+    // Colours that the alphabet lacks are shown already.
+    for (const ColorNumber number : task.plan->shown) {
+        memory.changed[number] = memory.shown[number] = transparent;
+        memory.open[number] = 0;
+    }
+    for (size_t i = 0; i < alphabet.colors.size(); ++i) {
+        const ColorNumber number = alphabet.colors[i];
+        const bool staysTransparent = hasTransparent && unchanged == Unchanged::Transparent;
+        memory.changed[number] = static_cast<uint8_t>(i);
+        memory.shown[number] = staysTransparent ? transparent : static_cast<uint8_t>(i);
+        memory.open[number] = hasTransparent && unchanged == Unchanged::Either && i != transparent;
+    }
     const Rectangle& part = task.plan->part;
     const size_t area = static_cast<size_t>(part.width) * static_cast<size_t>(part.height);
-    pixels.symbols.reserve(area);
-    pixels.open.reserve(area);
-    const bool canStayOpen = alphabet.transparentSymbol >= 0 && unchanged == Unchanged::Either;
-    ForEachPixel(task.canvasWidth, part, [&](size_t pixel) {
-        const ColorNumber number = (*task.picture)[pixel];
-        const bool isShown = IsNear(task, number, (*task.canvas)[pixel]);
-        int symbol = symbolOf[number];
-        const bool known = symbol >= 0;
-        if (!known || (isShown && unchanged == Unchanged::Transparent && alphabet.transparentSymbol >= 0))
-            symbol = alphabet.transparentSymbol;
-        pixels.symbols.push_back(static_cast<uint8_t>(symbol));
-        pixels.open.push_back(isShown && known && canStayOpen);
-    });
+    LzwPixels pixels = {.symbols = std::vector<uint8_t>(area),
+                        .open = std::vector<uint8_t>(area),
+                        .symbolCount = static_cast<int>(alphabet.colors.size()),
+                        .transparentSymbol = alphabet.transparentSymbol};
+    const SymbolTables tables = {
+        .changed = memory.changed.data(), .shown = memory.shown.data(), .open = memory.open.data()};
+    if (task.lossy == 0)
+        FillPixels(
+            task, tables, [](ColorNumber a, ColorNumber b) { return a == b; }, &pixels);
+    else
+        FillPixels(
+            task, tables, [&](ColorNumber a, ColorNumber b) { return IsNear(task, a, b); }, &pixels);
     return pixels;
 }
 
@@ -162,7 +204,7 @@ size_t SampleSize(const FrameTask& task, const Attempt& attempt) {
         sample.open.insert(sample.open.end(), attempt.pixels.open.data() + start,
                            attempt.pixels.open.data() + start + count);
     }
-    return LzwSize(CompressLzw(sample, attempt.codeSize, nullptr), attempt.codeSize);
+    return LzwSize(CompressLzw(task.memory->lzw.get(), sample, attempt.codeSize, nullptr), attempt.codeSize);
 }
 
 bool IsSmall(const FramePlan& plan) {
@@ -208,12 +250,13 @@ size_t PaletteBytes(size_t colors) {
 
 CompressedFrame CompressFrame(const FramePlan& plan, const ColorNumbers& numbers, const GlobalColors& global,
                               const NumberedPicture& canvas, int canvasWidth, int lossy,
-                              NumberedPicture* picture) {
+                              NumberedPicture* picture, GifFrameMemory* memory) {
     FrameTask task = {.plan = &plan,
                       .numbers = &numbers,
                       .global = &global,
                       .canvas = &canvas,
                       .picture = picture,
+                      .memory = memory,
                       .canvasWidth = canvasWidth,
                       .isLocal = false,
                       .lossy = lossy};
@@ -226,7 +269,8 @@ CompressedFrame CompressFrame(const FramePlan& plan, const ColorNumbers& numbers
     const auto carryOut = [&](const Attempt& attempt) {
         CompressedFrame frame = {.part = plan.part, .disposal = plan.disposal, .codes = {}, .colors = {}};
         std::vector<uint8_t> stored;
-        frame.codes = CompressLzw(attempt.pixels, attempt.codeSize, lossy > 0 ? &stored : nullptr);
+        frame.codes =
+            CompressLzw(memory->lzw.get(), attempt.pixels, attempt.codeSize, lossy > 0 ? &stored : nullptr);
         frame.colors = UsedColors(attempt.alphabet, frame.codes);
         frame.isLocal = task.isLocal;
         const size_t size = StoredSize(task, &frame);

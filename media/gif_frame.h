@@ -31,10 +31,19 @@ constexpr ColorNumber kUnused = UINT32_MAX;
 // Bytes of a palette with so many colours in the file, where their number is a power of two.
 size_t PaletteBytes(size_t colors);
 
+// What compressing frames works in: one serves any number of frames, one after the other.
+struct GifFrameMemory {
+    LzwMemoryOwner lzw = MakeLzwMemory();
+    // By colour number; only those of the frame hold anything.
+    std::vector<uint8_t> changed;
+    std::vector<uint8_t> shown;
+    std::vector<uint8_t> open;
+};
+
 // Compresses a frame in the smallest of several ways. `canvas` is what the viewer shows before it; `picture`
 // is what it has to show. With `lossy` above 0, `picture` becomes what it shows instead; see GifOptions.
 CompressedFrame CompressFrame(const FramePlan& plan, const ColorNumbers& numbers, const GlobalColors& global,
                               const NumberedPicture& canvas, int canvasWidth, int lossy,
-                              NumberedPicture* picture);
+                              NumberedPicture* picture, GifFrameMemory* memory);
 
 }  // namespace kfx

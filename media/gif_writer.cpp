@@ -181,10 +181,11 @@ void EncodeChecked(const GifAnimation& gif, const GifOptions& options, Bytes* fi
     GifPlayer player = MakeGifPlayer(gif, &plan.numbers);
     NumberedPicture canvas = player.canvas;
     NumberedPicture picture;
+    GifFrameMemory memory;
     for (const FramePlan& frame : plan.frames) {
         ShowNextFrame(&player, &picture);
         parts.frames.push_back(
-            CompressFrame(frame, plan.numbers, global, canvas, gif.width, lossy, &picture));
+            CompressFrame(frame, plan.numbers, global, canvas, gif.width, lossy, &picture, &memory));
         DisposePicture(gif.width, frame, picture, &canvas);
     }
     parts.numbers = std::move(plan.numbers);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace kfx {
@@ -12,7 +13,8 @@ namespace kfx {
 // The pixels of an image as they may be stored.
 struct LzwPixels {
     std::vector<uint8_t> symbols;  // each below `symbolCount`
-    // Where not 0, the pixel may be stored as `transparentSymbol` instead. As long as `symbols`.
+    // Where not 0, the pixel may be stored as `transparentSymbol` instead of its own, other one. As long as
+    // `symbols`.
     std::vector<uint8_t> open;
     int symbolCount = 0;         // 1 to 256
     int transparentSymbol = -1;  // needed when a pixel is open
@@ -33,12 +35,23 @@ using LzwCodes = std::vector<uint16_t>;
 // The least `minimumCodeSize` (2 to 8) for symbols below `symbolCount`.
 int LzwCodeSize(int symbolCount);
 
+// What compressing an image works in, 2 MiB at most: it serves any number of images, one after the other.
+struct LzwMemory;
+
+struct LzwMemoryDeleter {
+    void operator()(LzwMemory* memory) const;
+};
+using LzwMemoryOwner = std::unique_ptr<LzwMemory, LzwMemoryDeleter>;
+
+LzwMemoryOwner MakeLzwMemory();
+
 // Chooses codes for the pixels that can be written with any minimum code size from that of `symbolCount` up
 // to `largestCodeSize`. Each code takes the string that, together with the one after it, covers the most
 // pixels (Horspool, "The effect of non-greedy parsing in Ziv-Lempel compression methods", Data Compression
 // Conference, 1995); open pixels take whichever symbol makes strings longer. A full dictionary is used until
 // a new one promises to be better. When `stored` is not null, it gets the symbol chosen for each pixel.
-LzwCodes CompressLzw(const LzwPixels& pixels, int largestCodeSize, std::vector<uint8_t>* stored);
+LzwCodes CompressLzw(LzwMemory* memory, const LzwPixels& pixels, int largestCodeSize,
+                     std::vector<uint8_t>* stored);
 
 // The bytes that WriteLzw appends.
 size_t LzwSize(const LzwCodes& codes, int minimumCodeSize);

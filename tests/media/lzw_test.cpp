@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
 #include <random>
 
+#include "media/lzw_match.h"
 #include "tests/media/gif_decoder.h"
 
 namespace kfx {
@@ -16,12 +19,16 @@ LzwPixels PixelsOf(const Bytes& symbols, int symbolCount) {
     return {.symbols = symbols, .open = Bytes(symbols.size()), .symbolCount = symbolCount};
 }
 
+LzwCodes Compress(const LzwPixels& pixels, int largestCodeSize, Bytes* stored) {
+    return CompressLzw(MakeLzwMemory().get(), pixels, largestCodeSize, stored);
+}
+
 // Writes the pixels with this code size and reads them back; what was stored must be what was said.
 Bytes RoundTrip(const LzwPixels& pixels, int largestCodeSize, int codeSize) {
     uint8_t same[256];
     for (size_t i = 0; i < 256; ++i) same[i] = static_cast<uint8_t>(i);
     Bytes stored;
-    const LzwCodes codes = CompressLzw(pixels, largestCodeSize, &stored);
+    const LzwCodes codes = Compress(pixels, largestCodeSize, &stored);
     Bytes file;
     WriteLzw(codes, codeSize, same, &file);
     EXPECT_EQ(file.size(), LzwSize(codes, codeSize));
@@ -59,7 +66,7 @@ TEST(Lzw, Pixels_come_back_with_every_code_size_and_length) {
 }
 
 TEST(Lzw, Symbols_can_get_other_numbers_afterwards) {
-    const LzwCodes codes = CompressLzw(PixelsOf({0, 1, 2, 0, 1, 2, 0, 1, 2}, 3), 8, nullptr);
+    const LzwCodes codes = Compress(PixelsOf({0, 1, 2, 0, 1, 2, 0, 1, 2}, 3), 8, nullptr);
     const uint8_t others[] = {31, 7, 0};
     Bytes file;
     WriteLzw(codes, 5, others, &file);
@@ -71,7 +78,7 @@ TEST(Lzw, Open_pixels_are_stored_as_their_own_symbol_or_the_transparent_one) {
     LzwPixels pixels = PixelsOf(RandomSymbols(40000, 20, 3), 21);
     pixels.transparentSymbol = 20;
     pixels.open = RandomSymbols(40000, 2, 60);
-    const size_t closed = LzwSize(CompressLzw(PixelsOf(pixels.symbols, 21), 5, nullptr), 5);
+    const size_t closed = LzwSize(Compress(PixelsOf(pixels.symbols, 21), 5, nullptr), 5);
     const Bytes read = RoundTrip(pixels, 5, 5);
     ASSERT_EQ(read.size(), pixels.symbols.size());
     bool differs = false;
@@ -81,7 +88,7 @@ TEST(Lzw, Open_pixels_are_stored_as_their_own_symbol_or_the_transparent_one) {
         ASSERT_TRUE(pixels.open[i] && read[i] == 20) << i;
     }
     EXPECT_TRUE(differs);
-    EXPECT_LT(LzwSize(CompressLzw(pixels, 5, nullptr), 5), closed);
+    EXPECT_LT(LzwSize(Compress(pixels, 5, nullptr), 5), closed);
 }
 
 TEST(Lzw, Near_symbols_stand_for_each_other_where_that_is_allowed) {
@@ -91,12 +98,61 @@ TEST(Lzw, Near_symbols_stand_for_each_other_where_that_is_allowed) {
         for (int b = 0; b < kSymbols; ++b)
             nears[static_cast<size_t>(a) * kSymbols + static_cast<size_t>(b)] = a / 2 == b / 2;
     LzwPixels pixels = PixelsOf(RandomSymbols(12000, kSymbols, 2), kSymbols);
-    const size_t exact = LzwSize(CompressLzw(pixels, 4, nullptr), 4);
+    const size_t exact = LzwSize(Compress(pixels, 4, nullptr), 4);
     pixels.nears = nears.data();
     const Bytes read = RoundTrip(pixels, 4, 4);
     ASSERT_EQ(read.size(), pixels.symbols.size());
     for (size_t i = 0; i < read.size(); ++i) ASSERT_EQ(read[i] / 2, pixels.symbols[i] / 2) << i;
-    EXPECT_LT(LzwSize(CompressLzw(pixels, 4, nullptr), 4), exact * 9 / 10);
+    EXPECT_LT(LzwSize(Compress(pixels, 4, nullptr), 4), exact * 9 / 10);
+}
+
+TEST(Lzw, Memory_that_served_another_image_gives_the_same_codes) {
+    const LzwMemoryOwner memory = MakeLzwMemory();
+    for (const int symbolCount : {256, 3, 40, 1, 256, 2}) {
+        const LzwPixels pixels = PixelsOf(RandomSymbols(20000, symbolCount, 4), symbolCount);
+        EXPECT_TRUE(CompressLzw(memory.get(), pixels, 8, nullptr) == Compress(pixels, 8, nullptr))
+            << symbolCount;
+    }
+}
+
+// Puts strings of the pixels into the dictionary, each longer by one than the longest one that is there.
+void FillDictionary(const LzwPixels& pixels, LzwDictionary* dictionary, LzwMatch* match) {
+    dictionary->firstMade = static_cast<uint32_t>(pixels.symbolCount);
+    dictionary->symbolBits = 5;
+    ClearLzwDictionary(dictionary);
+    for (size_t at = 0; at < pixels.symbols.size() && dictionary->next < kLzwCodeLimit;) {
+        FindLzwMatch(pixels, *dictionary, at, 1, match);
+        at += match->length;
+        const uint32_t end = match->nodes[match->length - 1];
+        if (at < pixels.symbols.size()) PutLzwString(dictionary, dictionary->next++, end, pixels.symbols[at]);
+    }
+}
+
+TEST(Lzw, A_match_of_the_needed_length_is_found) {
+    const auto dictionary = std::make_unique<LzwDictionary>();
+    const auto longest = std::make_unique<LzwMatch>();
+    const auto match = std::make_unique<LzwMatch>();
+    size_t longestOfAll = 0;
+    for (const int run : {3, 9000}) {
+        LzwPixels pixels = PixelsOf(RandomSymbols(60000, 4, run), 21);
+        pixels.transparentSymbol = 20;
+        pixels.open = RandomSymbols(60000, 2, 90);
+        FillDictionary(pixels, dictionary.get(), match.get());
+        for (size_t at = 0; at < pixels.symbols.size(); at += 37) {
+            FindLzwMatch(pixels, *dictionary, at, 1, longest.get());
+            longestOfAll = std::max(longestOfAll, longest->length);
+            for (const size_t needed : {longest->length - 1, longest->length, longest->length + 1}) {
+                FindLzwMatch(pixels, *dictionary, at, needed, match.get());
+                if (needed > longest->length) {
+                    ASSERT_LE(match->length, longest->length);
+                    continue;
+                }
+                ASSERT_EQ(match->length, longest->length) << at;
+                ASSERT_TRUE(std::equal(match->nodes, match->nodes + match->length, longest->nodes)) << at;
+            }
+        }
+    }
+    EXPECT_GT(longestOfAll, 2 * LzwDictionary::kMostReach);
 }
 
 }  // namespace
