@@ -22,10 +22,9 @@ struct FrameTask {
     const FramePlan* plan;
     const ColorNumbers* numbers;
     const GlobalColors* global;
-    const NumberedPicture* canvas;
+    const NumberedCanvas* canvas;
     const NumberedPicture* picture;
     GifFrameMemory* memory;
-    int canvasWidth;
     bool isLocal;  // the global colours are not enough
     int lossy;     // 0: every pixel is shown exactly
 };
@@ -79,32 +78,63 @@ struct SymbolTables {
     const uint8_t* open;  // not 0 where the transparent symbol may stand for a colour that is shown
 };
 
+// Rows of the part.
+struct RowRange {
+    size_t first;
+    size_t count;
+};
+
 template <typename IsShown>
-void FillPixels(const FrameTask& task, const SymbolTables& tables, const IsShown& isShown,
-                LzwPixels* pixels) {
+void FillRows(const FrameTask& task, const SymbolTables& tables, const IsShown& isShown, const RowRange& rows,
+              uint8_t* symbols, uint8_t* open) {
     const Rectangle& part = task.plan->part;
+    const auto left = static_cast<size_t>(part.left);
     const auto width = static_cast<size_t>(part.width);
-    uint8_t* symbols = pixels->symbols.data();
-    uint8_t* open = pixels->open.data();
-    for (int y = part.top; y < part.top + part.height; ++y) {
-        const size_t start =
-            static_cast<size_t>(y) * static_cast<size_t>(task.canvasWidth) + static_cast<size_t>(part.left);
-        const ColorNumber* const picture = task.picture->data() + start;
-        const ColorNumber* const canvas = task.canvas->data() + start;
+    const size_t top = static_cast<size_t>(part.top) + rows.first;
+    for (size_t y = top; y < top + rows.count; ++y) {
+        const ColorNumber* const picture = task.picture->data() + y * task.canvas->width + left;
+        const ColorNumber* const canvas = RowOf(*task.canvas, y) + left;
         for (size_t x = 0; x < width; ++x) {
             const ColorNumber number = picture[x];
             const bool shown = isShown(number, canvas[x]);
-            symbols[x] = shown ? tables.shown[number] : tables.changed[number];
-            open[x] = shown ? tables.open[number] : 0;
+            *symbols++ = shown ? tables.shown[number] : tables.changed[number];
+            *open++ = shown ? tables.open[number] : 0;
         }
-        symbols += width;
-        open += width;
     }
 }
 
-LzwPixels MakePixels(const FrameTask& task, const Alphabet& alphabet, Unchanged unchanged) {
+// A way to store a frame.
+struct Attempt {
+    Unchanged unchanged;
+    Alphabet alphabet;
+    std::vector<uint8_t> nears;  // as LzwPixels has them; empty when every pixel is shown exactly
+    int codeSize;
+};
+
+// Which colours may stand for which.
+std::vector<uint8_t> NearsOf(const FrameTask& task, const Alphabet& alphabet) {
+    std::vector<uint8_t> nears;
+    for (const ColorNumber a : alphabet.colors)
+        for (const ColorNumber b : alphabet.colors) nears.push_back(IsNear(task, a, b));
+    return nears;
+}
+
+Attempt MakeAttempt(const FrameTask& task, Unchanged unchanged) {
+    Attempt attempt;
+    attempt.unchanged = unchanged;
+    attempt.alphabet = MakeAlphabet(task, unchanged);
+    if (task.lossy > 0) attempt.nears = NearsOf(task, attempt.alphabet);
+    const auto symbols = static_cast<int>(attempt.alphabet.colors.size());
+    attempt.codeSize = task.isLocal ? LzwCodeSize(symbols) : task.global->codeSize;
+    return attempt;
+}
+
+SymbolTables FillTables(const FrameTask& task, const Attempt& attempt) {
     GifFrameMemory& memory = *task.memory;
+    const Alphabet& alphabet = attempt.alphabet;
     const bool hasTransparent = alphabet.transparentSymbol >= 0;
+    const bool staysTransparent = hasTransparent && attempt.unchanged == Unchanged::Transparent;
+    const bool canStayOpen = hasTransparent && attempt.unchanged == Unchanged::Either;
     const auto transparent = static_cast<uint8_t>(std::max(alphabet.transparentSymbol, 0));
     for (std::vector<uint8_t>* table : {&memory.changed, &memory.shown, &memory.open})
         if (table->size() < task.numbers->colors.size()) table->resize(task.numbers->colors.size());
@@ -115,26 +145,42 @@ LzwPixels MakePixels(const FrameTask& task, const Alphabet& alphabet, Unchanged 
     }
     for (size_t i = 0; i < alphabet.colors.size(); ++i) {
         const ColorNumber number = alphabet.colors[i];
-        const bool staysTransparent = hasTransparent && unchanged == Unchanged::Transparent;
-        memory.changed[number] = static_cast<uint8_t>(i);
-        memory.shown[number] = staysTransparent ? transparent : static_cast<uint8_t>(i);
-        memory.open[number] = hasTransparent && unchanged == Unchanged::Either && i != transparent;
+        const auto symbol = static_cast<uint8_t>(i);
+        memory.changed[number] = symbol;
+        memory.shown[number] = staysTransparent ? transparent : symbol;
+        memory.open[number] = canStayOpen && symbol != transparent;
     }
-    const Rectangle& part = task.plan->part;
-    const size_t area = static_cast<size_t>(part.width) * static_cast<size_t>(part.height);
+    return {.changed = memory.changed.data(), .shown = memory.shown.data(), .open = memory.open.data()};
+}
+
+// The pixels of some rows, which refer to the attempt.
+LzwPixels PixelsOf(const FrameTask& task, const Attempt& attempt, const std::vector<RowRange>& rows) {
+    const auto width = static_cast<size_t>(task.plan->part.width);
+    size_t area = 0;
+    for (const RowRange& range : rows) area += range.count * width;
     LzwPixels pixels = {.symbols = std::vector<uint8_t>(area),
                         .open = std::vector<uint8_t>(area),
-                        .symbolCount = static_cast<int>(alphabet.colors.size()),
-                        .transparentSymbol = alphabet.transparentSymbol};
-    const SymbolTables tables = {
-        .changed = memory.changed.data(), .shown = memory.shown.data(), .open = memory.open.data()};
-    if (task.lossy == 0)
-        FillPixels(
-            task, tables, [](ColorNumber a, ColorNumber b) { return a == b; }, &pixels);
-    else
-        FillPixels(
-            task, tables, [&](ColorNumber a, ColorNumber b) { return IsNear(task, a, b); }, &pixels);
+                        .symbolCount = static_cast<int>(attempt.alphabet.colors.size()),
+                        .transparentSymbol = attempt.alphabet.transparentSymbol,
+                        .nears = attempt.nears.empty() ? nullptr : attempt.nears.data()};
+    const SymbolTables tables = FillTables(task, attempt);
+    const auto isSame = [](ColorNumber a, ColorNumber b) { return a == b; };
+    const auto isNear = [&](ColorNumber a, ColorNumber b) { return IsNear(task, a, b); };
+    size_t at = 0;
+    for (const RowRange& range : rows) {
+        uint8_t* const symbols = pixels.symbols.data() + at;
+        uint8_t* const open = pixels.open.data() + at;
+        if (task.lossy == 0)
+            FillRows(task, tables, isSame, range, symbols, open);
+        else
+            FillRows(task, tables, isNear, range, symbols, open);
+        at += range.count * width;
+    }
     return pixels;
+}
+
+LzwPixels AllPixels(const FrameTask& task, const Attempt& attempt) {
+    return PixelsOf(task, attempt, {{.first = 0, .count = static_cast<size_t>(task.plan->part.height)}});
 }
 
 // The colours of the symbols that occur. Every string begins as a single symbol, so that these are all.
@@ -158,52 +204,17 @@ size_t StoredSize(const FrameTask& task, CompressedFrame* frame) {
     return std::min(local, shared);
 }
 
-// A way to store a frame.
-struct Attempt {
-    Alphabet alphabet;
-    LzwPixels pixels;
-    std::vector<uint8_t> nears;  // for the pixels; empty when every pixel is shown exactly
-    int codeSize = 8;
-};
-
-// Which colours may stand for which, as LzwPixels wants it.
-std::vector<uint8_t> NearsOf(const FrameTask& task, const Alphabet& alphabet) {
-    std::vector<uint8_t> nears;
-    for (const ColorNumber a : alphabet.colors)
-        for (const ColorNumber b : alphabet.colors) nears.push_back(IsNear(task, a, b));
-    return nears;
-}
-
-Attempt MakeAttempt(const FrameTask& task, Unchanged unchanged) {
-    Attempt attempt;
-    attempt.alphabet = MakeAlphabet(task, unchanged);
-    attempt.pixels = MakePixels(task, attempt.alphabet, unchanged);
-    if (task.lossy > 0) {
-        attempt.nears = NearsOf(task, attempt.alphabet);
-        attempt.pixels.nears = attempt.nears.data();  // which moving the attempt does not move
-    }
-    attempt.codeSize = task.isLocal ? LzwCodeSize(attempt.pixels.symbolCount) : task.global->codeSize;
-    return attempt;
-}
-
 // The size of some rows from the middle of each quarter.
 size_t SampleSize(const FrameTask& task, const Attempt& attempt) {
-    const auto width = static_cast<size_t>(task.plan->part.width);
     const auto height = static_cast<size_t>(task.plan->part.height);
-    LzwPixels sample = {.symbols = {},
-                        .open = {},
-                        .symbolCount = attempt.pixels.symbolCount,
-                        .transparentSymbol = attempt.pixels.transparentSymbol,
-                        .nears = attempt.pixels.nears};
-    const size_t stripe = (height + kSampleShare * kStripes - 1) / (kSampleShare * kStripes) * width;
+    constexpr size_t kShare = kSampleShare * kStripes;
+    const size_t most = (height + kShare - 1) / kShare;
+    std::vector<RowRange> rows;
     for (size_t i = 0; i < kStripes; ++i) {
-        const size_t start = (2 * i + 1) * height / (2 * kStripes) * width;
-        const size_t count = std::min(stripe, attempt.pixels.symbols.size() - start);
-        sample.symbols.insert(sample.symbols.end(), attempt.pixels.symbols.data() + start,
-                              attempt.pixels.symbols.data() + start + count);
-        sample.open.insert(sample.open.end(), attempt.pixels.open.data() + start,
-                           attempt.pixels.open.data() + start + count);
+        const size_t first = (2 * i + 1) * height / (2 * kStripes);
+        rows.push_back({.first = first, .count = std::min(most, height - first)});
     }
+    const LzwPixels sample = PixelsOf(task, attempt, rows);
     return LzwSize(CompressLzw(task.memory->lzw.get(), sample, attempt.codeSize, nullptr), attempt.codeSize);
 }
 
@@ -229,14 +240,17 @@ std::vector<Attempt> ChooseAttempts(const FrameTask& task) {
     return attempts;
 }
 
-// Puts what the frame shows in place of what it was to show.
+// What the canvas shows with the frame.
 void ShowStored(const FrameTask& task, const CompressedFrame& frame, const std::vector<uint8_t>& stored,
-                NumberedPicture* picture) {
-    *picture = *task.canvas;
+                NumberedPicture* shown) {
+    if (task.canvas->pixels.empty())
+        shown->assign(task.picture->size(), kClear);
+    else
+        *shown = task.canvas->pixels;
     size_t next = 0;
-    ForEachPixel(task.canvasWidth, frame.part, [&](size_t pixel) {
+    ForEachPixel(static_cast<int>(task.canvas->width), frame.part, [&](size_t pixel) {
         const ColorNumber number = frame.colors[stored[next++]];
-        if (number != kClear) (*picture)[pixel] = number;
+        if (number != kClear) (*shown)[pixel] = number;
     });
 }
 
@@ -249,28 +263,28 @@ size_t PaletteBytes(size_t colors) {
 }
 
 CompressedFrame CompressFrame(const FramePlan& plan, const ColorNumbers& numbers, const GlobalColors& global,
-                              const NumberedPicture& canvas, int canvasWidth, int lossy,
-                              NumberedPicture* picture, GifFrameMemory* memory) {
+                              const NumberedCanvas& canvas, const NumberedPicture& picture, int lossy,
+                              NumberedPicture* shown, GifFrameMemory* memory) {
     FrameTask task = {.plan = &plan,
                       .numbers = &numbers,
                       .global = &global,
                       .canvas = &canvas,
-                      .picture = picture,
+                      .picture = &picture,
                       .memory = memory,
-                      .canvasWidth = canvasWidth,
                       .isLocal = false,
                       .lossy = lossy};
     for (const ColorNumber number : plan.needed)
         if (!global.contains[number]) task.isLocal = true;
-    std::vector<Attempt> attempts = ChooseAttempts(task);
+    const std::vector<Attempt> attempts = ChooseAttempts(task);
     CompressedFrame best;
     std::vector<uint8_t> bestStored;
     size_t least = SIZE_MAX;
-    const auto carryOut = [&](const Attempt& attempt) {
+    const auto carryOut = [&](const Attempt& attempt, bool looksAhead) {
+        LzwPixels pixels = AllPixels(task, attempt);
+        pixels.looksAhead = looksAhead;
         CompressedFrame frame = {.part = plan.part, .disposal = plan.disposal, .codes = {}, .colors = {}};
         std::vector<uint8_t> stored;
-        frame.codes =
-            CompressLzw(memory->lzw.get(), attempt.pixels, attempt.codeSize, lossy > 0 ? &stored : nullptr);
+        frame.codes = CompressLzw(memory->lzw.get(), pixels, attempt.codeSize, lossy > 0 ? &stored : nullptr);
         frame.colors = UsedColors(attempt.alphabet, frame.codes);
         frame.isLocal = task.isLocal;
         const size_t size = StoredSize(task, &frame);
@@ -282,12 +296,9 @@ CompressedFrame CompressFrame(const FramePlan& plan, const ColorNumbers& numbers
     };
     size_t winner = 0;
     for (size_t i = 0; i < attempts.size(); ++i)
-        if (carryOut(attempts[i])) winner = i;
-    if (IsSmall(plan)) {
-        attempts[winner].pixels.looksAhead = false;
-        carryOut(attempts[winner]);
-    }
-    if (lossy > 0) ShowStored(task, best, bestStored, picture);
+        if (carryOut(attempts[i], true)) winner = i;
+    if (IsSmall(plan)) carryOut(attempts[winner], false);
+    if (lossy > 0) ShowStored(task, best, bestStored, shown);
     return best;
 }
 

@@ -41,9 +41,9 @@ struct GifFrameMemory {
 };
 
 // Compresses a frame in the smallest of several ways. `canvas` is what the viewer shows before it; `picture`
-// is what it has to show. With `lossy` above 0, `picture` becomes what it shows instead; see GifOptions.
+// is what it has to show. With `lossy` above 0, *shown becomes what it shows instead; see GifOptions.
 CompressedFrame CompressFrame(const FramePlan& plan, const ColorNumbers& numbers, const GlobalColors& global,
-                              const NumberedPicture& canvas, int canvasWidth, int lossy,
-                              NumberedPicture* picture, GifFrameMemory* memory);
+                              const NumberedCanvas& canvas, const NumberedPicture& picture, int lossy,
+                              NumberedPicture* shown, GifFrameMemory* memory);
 
 }  // namespace kfx

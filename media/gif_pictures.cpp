@@ -6,6 +6,22 @@
 
 namespace kfx {
 
+namespace {
+
+void DisposeOfLast(GifPlayer* player) {
+    const GifFrame& frame = player->gif->frames[player->nextFrame - 1];
+    if (RestoresCanvas(frame.disposal)) {
+        player->canvas.swap(player->before);
+    } else if (frame.disposal == kDisposalBackground) {
+        std::fill(player->canvas.begin(), player->canvas.end(), kClear);
+        player->drawn = nullptr;
+    } else {
+        player->drawn = &frame;
+    }
+}
+
+}  // namespace
+
 ColorNumber NumberOf(ColorNumbers* numbers, RgbColor color) {
     const auto packed = static_cast<uint32_t>(color.red << 16 | color.green << 8 | color.blue);
     const auto [place, added] =
@@ -23,18 +39,21 @@ GifPlayer MakeGifPlayer(const GifAnimation& gif, ColorNumbers* numbers) {
     return {.gif = &gif, .numbers = numbers, .canvas = NumberedPicture(area, kClear)};
 }
 
-void ShowNextFrame(GifPlayer* player, NumberedPicture* picture) {
-    const GifFrame& frame = player->gif->frames[player->nextFrame++];
-    const std::vector<RgbColor>& palette = PaletteOf(*player->gif, frame);
+const NumberedPicture& ShowNextFrame(GifPlayer* player) {
+    const GifAnimation& gif = *player->gif;
+    if (player->nextFrame > 0) DisposeOfLast(player);
+    const GifFrame& frame = gif.frames[player->nextFrame++];
+    const std::vector<RgbColor>& palette = PaletteOf(gif, frame);
     const bool hasOtherColors = player->palette != &palette;
     player->palette = &palette;
     for (size_t i = 0; i < palette.size() && hasOtherColors; ++i)
         player->numberOf[i] = NumberOf(player->numbers, palette[i]);
-    if (RestoresCanvas(frame.disposal)) player->before = player->canvas;
+    if (RestoresCanvas(frame.disposal) && player->nextFrame < gif.frames.size())
+        player->before = player->canvas;
     // A row that was drawn before changes nothing.
     const GifFrame* const drawn = player->drawn;
     const bool mayRepeat = drawn && !hasOtherColors && drawn->transparentIndex == frame.transparentIndex;
-    const auto width = static_cast<size_t>(player->gif->width);
+    const auto width = static_cast<size_t>(gif.width);
     for (size_t row = 0; row < player->canvas.size(); row += width) {
         const uint8_t* const indices = frame.indices.data() + row;
         if (mayRepeat && std::memcmp(indices, drawn->indices.data() + row, width) == 0) continue;
@@ -46,14 +65,12 @@ void ShowNextFrame(GifPlayer* player, NumberedPicture* picture) {
                 canvas[x] = indices[x] == frame.transparentIndex ? canvas[x] : player->numberOf[indices[x]];
         }
     }
-    *picture = player->canvas;
-    if (RestoresCanvas(frame.disposal)) {
-        player->canvas.swap(player->before);
-        return;
-    }
-    const bool isCleared = frame.disposal == kDisposalBackground;
-    player->drawn = isCleared ? nullptr : &frame;
-    if (isCleared) std::fill(player->canvas.begin(), player->canvas.end(), kClear);
+    return player->canvas;
+}
+
+NumberedCanvas MakeNumberedCanvas(int width) {
+    const auto columns = static_cast<size_t>(width);
+    return {.width = columns, .pixels = {}, .clearRow = NumberedPicture(columns, kClear)};
 }
 
 Rectangle Around(const Rectangle& a, const Rectangle& b) {

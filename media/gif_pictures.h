@@ -35,17 +35,30 @@ struct GifPlayer {
     const GifAnimation* gif;
     ColorNumbers* numbers;
     NumberedPicture canvas;
-    NumberedPicture before = {};  // of a frame that gives the canvas back
+    NumberedPicture before = {};  // a frame that gives the canvas back
     size_t nextFrame = 0;
-    const GifFrame* drawn = nullptr;  // the frame that was drawn last and is still on the canvas
+    const GifFrame* drawn = nullptr;                 // the frame that was drawn last and stays on the canvas
     const std::vector<RgbColor>* palette = nullptr;  // of the last frame
     ColorNumber numberOf[256] = {};                  // of its indices
 };
 
 GifPlayer MakeGifPlayer(const GifAnimation& gif, ColorNumbers* numbers);
 
-// Gives the picture that the next frame shows, and disposes of the frame.
-void ShowNextFrame(GifPlayer* player, NumberedPicture* picture);
+// The picture that the next frame shows, which the player keeps until it is asked for another one.
+const NumberedPicture& ShowNextFrame(GifPlayer* player);
+
+// What a viewer shows before a frame is drawn.
+struct NumberedCanvas {
+    size_t width;
+    NumberedPicture pixels;    // empty as long as all are transparent
+    NumberedPicture clearRow;  // stands for each row then
+};
+
+NumberedCanvas MakeNumberedCanvas(int width);
+
+inline const ColorNumber* RowOf(const NumberedCanvas& canvas, size_t y) {
+    return canvas.pixels.empty() ? canvas.clearRow.data() : canvas.pixels.data() + y * canvas.width;
+}
 
 // The smallest rectangle around `a` and `b`; one without width does not count.
 Rectangle Around(const Rectangle& a, const Rectangle& b);

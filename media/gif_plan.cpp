@@ -45,12 +45,13 @@ void CompareRow(const ColorNumber* from, const ColorNumber* to, size_t width, Di
     rowPart->width = static_cast<int>(right - left);
 }
 
-Difference DifferenceOf(const GifAnimation& gif, const NumberedPicture& canvas,
-                        const NumberedPicture& picture) {
+// `rowOf(y)` is row y of the canvas.
+template <typename Row>
+Difference DifferenceOf(const GifAnimation& gif, const Row& rowOf, const NumberedPicture& picture) {
     Difference difference;
     const auto width = static_cast<size_t>(gif.width);
     for (int y = 0; y < gif.height; ++y) {
-        const ColorNumber* from = canvas.data() + static_cast<size_t>(y) * width;
+        const ColorNumber* from = rowOf(static_cast<size_t>(y));
         const ColorNumber* to = picture.data() + static_cast<size_t>(y) * width;
         if (std::memcmp(from, to, width * sizeof *from) == 0) continue;
         Rectangle row = {.left = 0, .top = y, .width = 0, .height = 1};
@@ -58,6 +59,34 @@ Difference DifferenceOf(const GifAnimation& gif, const NumberedPicture& canvas,
         difference.part = Around(difference.part, row);
     }
     return difference;
+}
+
+Difference DifferenceOf(const GifAnimation& gif, const NumberedCanvas& canvas,
+                        const NumberedPicture& picture) {
+    return DifferenceOf(
+        gif, [&](size_t y) { return RowOf(canvas, y); }, picture);
+}
+
+Difference DifferenceOf(const GifAnimation& gif, const NumberedPicture& from,
+                        const NumberedPicture& picture) {
+    const auto width = static_cast<size_t>(gif.width);
+    return DifferenceOf(
+        gif, [&](size_t y) { return from.data() + y * width; }, picture);
+}
+
+// The same for a canvas that shows `from`, of which a part is cleared.
+Difference DifferenceOfCleared(const GifAnimation& gif, const NumberedPicture& from, const Rectangle& part,
+                               const NumberedPicture& picture) {
+    const auto width = static_cast<size_t>(gif.width);
+    NumberedPicture cleared(width);
+    const auto rowOf = [&](size_t y) -> const ColorNumber* {
+        const ColorNumber* const row = from.data() + y * width;
+        if (static_cast<int>(y) < part.top || static_cast<int>(y) >= part.top + part.height) return row;
+        std::copy(row, row + width, cleared.begin());
+        std::fill_n(cleared.begin() + part.left, part.width, kClear);
+        return cleared.data();
+    };
+    return DifferenceOf(gif, rowOf, picture);
 }
 
 // The part that has to become transparent between two pictures.
@@ -90,7 +119,7 @@ size_t CostOf(const Choice& choice) {
 }
 
 // `own` is how the picture differs from the canvas before it.
-Choice ChooseDisposal(const GifAnimation& gif, const Difference& own, const NumberedPicture& canvas,
+Choice ChooseDisposal(const GifAnimation& gif, const Difference& own, const NumberedCanvas& canvas,
                       const NumberedPicture& picture, const NumberedPicture& next) {
     const Choice keep = {
         .disposal = kDisposalKeep, .part = own.part, .next = DifferenceOf(gif, picture, next)};
@@ -103,20 +132,24 @@ Choice ChooseDisposal(const GifAnimation& gif, const Difference& own, const Numb
         return !previous.next.hasVanishing && CostOf(previous) < CostOf(keep) ? previous : keep;
     Choice background = {.disposal = kDisposalBackground,
                          .part = AtLeastOnePixel(Around(own.part, VanishingPart(gif, picture, next)))};
-    NumberedPicture cleared = picture;
-    ForEachPixel(gif.width, background.part, [&](size_t pixel) { cleared[pixel] = kClear; });
-    background.next = DifferenceOf(gif, cleared, next);
+    background.next = DifferenceOfCleared(gif, picture, background.part, next);
     return !previous.next.hasVanishing && CostOf(previous) < CostOf(background) ? previous : background;
 }
 
-// After the last frame some viewers clear the canvas and others draw the first frame on what is there. What
-// the source clears is cleared.
+// Whether the source clears something after its last frame. After that one, some viewers clear the canvas and
+// others draw the first frame on what is there.
+bool ClearsAtEnd(const GifAnimation& gif) {
+    const int given = gif.frames.back().disposal;
+    return given == kDisposalBackground || RestoresCanvas(given);
+}
+
+// What the source clears at its end is cleared. `first` is the first frame's picture, needed only then.
 Choice ChooseLastDisposal(const GifAnimation& gif, const Rectangle& part, const NumberedPicture& picture,
                           const NumberedPicture& first) {
-    const int given = gif.frames.back().disposal;
+    const Choice keep = {.disposal = kDisposalKeep, .part = part};
+    if (first.empty()) return keep;
     const Rectangle vanishing = VanishingPart(gif, picture, first);
-    if ((given != kDisposalBackground && !RestoresCanvas(given)) || vanishing.width == 0)
-        return {.disposal = kDisposalKeep, .part = part};
+    if (vanishing.width == 0) return keep;
     return {.disposal = kDisposalBackground, .part = Around(part, vanishing)};
 }
 
@@ -129,16 +162,15 @@ Choice GivenDisposal(const GifAnimation& gif, const Rectangle& part, int disposa
     return {.disposal = kDisposalBackground, .part = Around(part, colored)};
 }
 
-void CollectColors(Planner* planner, size_t frame, const NumberedPicture& canvas,
+void CollectColors(Planner* planner, size_t frame, const NumberedCanvas& canvas,
                    const NumberedPicture& picture) {
     FramePlan& plan = planner->plan.frames[frame];
     planner->neededBy.resize(planner->plan.numbers.colors.size());
     planner->shownBy.resize(planner->plan.numbers.colors.size());
-    ForEachPixel(planner->gif->width, plan.part, [&](size_t pixel) {
-        const ColorNumber number = picture[pixel];
+    const auto collect = [&](ColorNumber number, ColorNumber before) {
         if (number == kClear) {
             plan.hasClear = true;
-        } else if (number != canvas[pixel]) {
+        } else if (number != before) {
             if (planner->neededBy[number] != frame + 1) plan.needed.push_back(number);
             planner->neededBy[number] = frame + 1;
         } else {
@@ -146,7 +178,12 @@ void CollectColors(Planner* planner, size_t frame, const NumberedPicture& canvas
             if (planner->shownBy[number] != frame + 1) plan.shown.push_back(number);
             planner->shownBy[number] = frame + 1;
         }
-    });
+    };
+    for (int y = plan.part.top; y < plan.part.top + plan.part.height; ++y) {
+        const ColorNumber* const before = RowOf(canvas, static_cast<size_t>(y));
+        const ColorNumber* const row = picture.data() + static_cast<size_t>(y) * canvas.width;
+        for (int x = plan.part.left; x < plan.part.left + plan.part.width; ++x) collect(row[x], before[x]);
+    }
     std::erase_if(plan.shown, [&](ColorNumber number) { return planner->neededBy[number] == frame + 1; });
 }
 
@@ -161,28 +198,36 @@ bool FitsPalette(const FramePlan& plan) {
 bool PlanFrames(Planner* planner) {
     const GifAnimation& gif = *planner->gif;
     GifPlayer player = MakeGifPlayer(gif, &planner->plan.numbers);
-    NumberedPicture canvas = player.canvas;
-    NumberedPicture first, picture, next;
-    ShowNextFrame(&player, &picture);
-    first = picture;
+    NumberedCanvas canvas = MakeNumberedCanvas(gif.width);
+    NumberedPicture first, before;
+    const NumberedPicture* picture = &ShowNextFrame(&player);
+    // A single frame clears nothing that it does not show again.
+    if (gif.frames.size() > 1 && ClearsAtEnd(gif)) first = *picture;
     planner->plan.frames.resize(gif.frames.size());
-    Difference own = DifferenceOf(gif, canvas, picture);
+    Difference own = DifferenceOf(gif, canvas, *picture);
     // The first frame stays whole: some viewers take the animation's size from it.
     own.part = {.left = 0, .top = 0, .width = gif.width, .height = gif.height};
     for (size_t i = 0; i < gif.frames.size(); ++i) {
         const bool isLast = i + 1 == gif.frames.size();
-        if (!isLast) ShowNextFrame(&player, &next);
-        const Choice choice = planner->asGiven ? GivenDisposal(gif, own.part, gif.frames[i].disposal, picture)
-                              : isLast         ? ChooseLastDisposal(gif, own.part, picture, first)
-                                               : ChooseDisposal(gif, own, canvas, picture, next);
+        const NumberedPicture* next = nullptr;
+        if (!isLast) {
+            before = *picture;
+            picture = &before;
+            next = &ShowNextFrame(&player);
+        }
+        const Choice choice = planner->asGiven
+                                  ? GivenDisposal(gif, own.part, gif.frames[i].disposal, *picture)
+                              : isLast ? ChooseLastDisposal(gif, own.part, *picture, first)
+                                       : ChooseDisposal(gif, own, canvas, *picture, *next);
         FramePlan& plan = planner->plan.frames[i];
         plan.part = AtLeastOnePixel(choice.part);
         plan.disposal = choice.disposal;
-        CollectColors(planner, i, canvas, picture);
+        CollectColors(planner, i, canvas, *picture);
         if (!FitsPalette(plan)) return false;
-        DisposePicture(gif.width, plan, picture, &canvas);
-        own = planner->asGiven && !isLast ? DifferenceOf(gif, canvas, next) : choice.next;
-        picture.swap(next);
+        if (isLast) break;
+        DisposePicture(plan, *picture, &canvas);
+        own = planner->asGiven ? DifferenceOf(gif, canvas, *next) : choice.next;
+        picture = next;
     }
     return true;
 }
@@ -197,12 +242,17 @@ GifPlan PlanGif(const GifAnimation& gif) {
     return std::move(planner.plan);
 }
 
-void DisposePicture(int canvasWidth, const FramePlan& frame, const NumberedPicture& picture,
-                    NumberedPicture* canvas) {
+void DisposePicture(const FramePlan& frame, const NumberedPicture& picture, NumberedCanvas* canvas) {
     if (frame.disposal == kDisposalPrevious) return;
-    *canvas = picture;
-    if (frame.disposal != kDisposalBackground) return;
-    ForEachPixel(canvasWidth, frame.part, [&](size_t pixel) { (*canvas)[pixel] = kClear; });
+    const bool isCleared = frame.disposal == kDisposalBackground;
+    if (isCleared && AreaOf(frame.part) == picture.size()) {
+        canvas->pixels.clear();
+        return;
+    }
+    canvas->pixels = picture;
+    if (isCleared)
+        ForEachPixel(static_cast<int>(canvas->width), frame.part,
+                     [&](size_t pixel) { canvas->pixels[pixel] = kClear; });
 }
 
 }  // namespace kfx

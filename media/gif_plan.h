@@ -28,9 +28,7 @@ struct GifPlan {
 // Plans an animation that WriteGif accepts. Every frame shows the same picture as before.
 GifPlan PlanGif(const GifAnimation& gif);
 
-// The canvas after a frame with this part and disposal; `canvas` was there before and `picture` is what the
-// frame shows.
-void DisposePicture(int canvasWidth, const FramePlan& frame, const NumberedPicture& picture,
-                    NumberedPicture* canvas);
+// Makes `canvas` what it is after a frame with this part and disposal; `picture` is what the frame shows.
+void DisposePicture(const FramePlan& frame, const NumberedPicture& picture, NumberedCanvas* canvas);
 
 }  // namespace kfx

@@ -179,14 +179,14 @@ void EncodeChecked(const GifAnimation& gif, const GifOptions& options, Bytes* fi
     const GlobalColors global = ChooseGlobalColors(gif, plan);
     GifParts parts = {.gif = &gif, .numbers = {}, .frames = {}};
     GifPlayer player = MakeGifPlayer(gif, &plan.numbers);
-    NumberedPicture canvas = player.canvas;
-    NumberedPicture picture;
+    NumberedCanvas canvas = MakeNumberedCanvas(gif.width);
+    NumberedPicture shown;
     GifFrameMemory memory;
     for (const FramePlan& frame : plan.frames) {
-        ShowNextFrame(&player, &picture);
+        const NumberedPicture& picture = ShowNextFrame(&player);
         parts.frames.push_back(
-            CompressFrame(frame, plan.numbers, global, canvas, gif.width, lossy, &picture, &memory));
-        DisposePicture(gif.width, frame, picture, &canvas);
+            CompressFrame(frame, plan.numbers, global, canvas, picture, lossy, &shown, &memory));
+        if (&frame != &plan.frames.back()) DisposePicture(frame, lossy > 0 ? shown : picture, &canvas);
     }
     parts.numbers = std::move(plan.numbers);
     PutFile(&parts, file);
