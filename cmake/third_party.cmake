@@ -1,4 +1,4 @@
-# giflib, libdeflate, libjpeg-turbo, libwebp and lodepng as static libraries in whichever toolchain is in use,
+# giflib, libdeflate, libjpeg-turbo, libwebp, lodepng and zlib as static libraries in whichever toolchain is in use,
 # from Debian's sources (cmake/fetch-third-party, which is silent and immediate when they are there).
 set(KFX_THIRD_PARTY_DIR ${CMAKE_SOURCE_DIR}/.work/third-party CACHE PATH "Sources of the image libraries")
 
@@ -64,3 +64,14 @@ set(lodepng ${KFX_THIRD_PARTY_DIR}/lodepng)
 kfx_add_third_party(kfx_lodepng ${lodepng}/lodepng.cpp)
 target_include_directories(kfx_lodepng SYSTEM PUBLIC ${lodepng})
 target_compile_definitions(kfx_lodepng PUBLIC LODEPNG_NO_COMPILE_DISK LODEPNG_NO_COMPILE_ANCILLARY_CHUNKS)
+
+# Unpacking only, and only what PNG files have.
+set(zlib ${KFX_THIRD_PARTY_DIR}/zlib)
+kfx_add_third_party(kfx_zlib
+    ${zlib}/adler32.c
+    ${zlib}/inffast.c
+    ${zlib}/inflate.c
+    ${zlib}/inftrees.c
+    ${zlib}/zutil.c)
+target_include_directories(kfx_zlib SYSTEM PUBLIC ${zlib})
+target_compile_definitions(kfx_zlib PUBLIC ZLIB_CONST PRIVATE NO_GZIP)

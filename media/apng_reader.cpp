@@ -95,8 +95,8 @@ bool FinishFrame(ApngReader* reader) {
     reader->hasFrame = false;
     const ApngFrame& given = reader->frame;
     std::vector<uint8_t> pixels;
-    if (DecodePngPixels(reader->format, given.place.width, given.place.height, given.data.data(),
-                        given.data.size(), &pixels, nullptr) != nullptr)
+    if (DecodePngPixels(reader->format, given.place.width, given.place.height,
+                        {{given.data.data(), given.data.size()}}, &pixels, nullptr) != nullptr)
         return false;
     const std::vector<uint8_t> before =
         given.disposal == kApngPrevious ? reader->canvas : std::vector<uint8_t>();

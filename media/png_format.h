@@ -8,6 +8,7 @@
 
 #include "media/animation.h"
 #include "media/png_chunks.h"
+#include "media/png_deflate.h"
 
 namespace kfx {
 
@@ -60,10 +61,10 @@ bool ReadPngHeader(const uint8_t* data, size_t size, PngHeader* header);
 // Takes over a palette or transparency chunk; any other one is left alone. False when it is damaged.
 bool TakeFormatChunk(const PngChunk& chunk, PngFormat* format);
 
-// Decodes `size` bytes of compressed data, all of a picture, to RGBA. `indices` gets the palette's indices
-// when the picture has a palette and all of them are in it, else becomes empty; it may be null. Returns what
-// is wrong as a clause, null for nothing.
-const char* DecodePngPixels(const PngFormat& format, int width, int height, const uint8_t* data, size_t size,
+// Decodes compressed data, all of a picture, to RGBA. `indices` gets the palette's indices when the picture
+// has a palette and all of them are in it, else becomes empty; it may be null. Returns what is wrong as a
+// clause, null for nothing.
+const char* DecodePngPixels(const PngFormat& format, int width, int height, const PackedParts& data,
                             std::vector<uint8_t>* rgba, std::vector<uint8_t>* indices);
 
 }  // namespace kfx

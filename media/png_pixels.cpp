@@ -139,41 +139,81 @@ void ExpandRow(Rows* rows, const uint8_t* row, const Pass& pass, int y, int coun
         ExpandBytes<4>(format, row, count, pass.stepX, out);
 }
 
-// The pass whose rows begin at `data`, which moves behind them; false when a row has no known filter.
-bool ExpandPass(Rows* rows, const Pass& pass, uint8_t** data) {
+// Where rows come from: the unpacked data of a picture, or the packed ones. Samples of 16 bits take two to
+// three times the memory of what they become, so that they are unpacked row by row.
+struct RowSource {
+    std::unique_ptr<uint8_t[]> unpacked;
+    uint8_t* at;             // the next row in `unpacked`
+    UnpackerOwner unpacker;  // null: everything is unpacked
+    std::vector<uint8_t> rows[2];
+};
+
+// The next row of `size` bytes, whose filter stands before it; null when there is none. It stays until two
+// rows later.
+uint8_t* NextRow(RowSource* source, size_t size) {
+    if (!source->unpacker) {
+        uint8_t* const row = source->at + 1;
+        source->at = row + size;
+        return row;
+    }
+    source->rows[0].swap(source->rows[1]);
+    std::vector<uint8_t>& row = source->rows[0];
+    row.resize(size + 2);
+    return UnpackNext(source->unpacker.get(), row.data(), size + 1) ? row.data() + 1 : nullptr;
+}
+
+// False when a row is missing or has no known filter.
+bool ExpandPass(Rows* rows, const Pass& pass, RowSource* source) {
     const int count = Count(rows->width, pass.left, pass.stepX);
     if (count == 0) return true;
     const size_t size = PngRowBytes(*rows->format, count);
     const std::vector<uint8_t> zeros(size + 1);
     const uint8_t* above = zeros.data();
     for (int y = pass.top; y < rows->height; y += pass.stepY) {
-        uint8_t* row = *data + 1;
-        if (!UndoPngFilter(row[-1], above, size, PngFilterStep(*rows->format), row)) return false;
+        uint8_t* const row = NextRow(source, size);
+        if (!row || !UndoPngFilter(row[-1], above, size, PngFilterStep(*rows->format), row)) return false;
         ExpandRow(rows, row, pass, y, count);
         above = row;
-        *data = row + size;
     }
     return true;
 }
 
+// The bytes of all rows of the passes.
+size_t UnpackedSize(const PngFormat& format, int width, int height, const Pass* first, const Pass* end) {
+    size_t size = 0;
+    for (const Pass* pass = first; pass != end; ++pass) {
+        const int columns = Count(width, pass->left, pass->stepX);
+        const auto lines = static_cast<size_t>(Count(height, pass->top, pass->stepY));
+        if (columns != 0) size += lines * (PngRowBytes(format, columns) + 1);
+    }
+    return size;
+}
+
+// False when the data are damaged.
+bool OpenRows(const PngFormat& format, const PackedParts& data, size_t unpackedSize, RowSource* source) {
+    size_t packed = 0;
+    for (const PackedPart& part : data) packed += part.size;
+    // A small file that says that it is a large picture costs no memory.
+    if (unpackedSize / kMostUnpacked > packed) return false;
+    if (format.depth == 16) {
+        source->unpacker = MakeUnpacker(data);
+        return true;
+    }
+    source->unpacked = std::make_unique_for_overwrite<uint8_t[]>(unpackedSize + 1);
+    source->at = source->unpacked.get();
+    return UnpackWhole(data, source->at, unpackedSize);
+}
+
 }  // namespace
 
-const char* DecodePngPixels(const PngFormat& format, int width, int height, const uint8_t* data, size_t size,
+const char* DecodePngPixels(const PngFormat& format, int width, int height, const PackedParts& data,
                             std::vector<uint8_t>* rgba, std::vector<uint8_t>* indices) {
     if (format.colors == kPngPalette && format.palette.empty()) return "it has no palette";
     const Pass* first = format.interlaced ? std::begin(kInterlaced) : &kWholePicture;
     const Pass* end = format.interlaced ? std::end(kInterlaced) : &kWholePicture + 1;
-    size_t unpackedSize = 0;
-    for (const Pass* pass = first; pass != end; ++pass) {
-        const int columns = Count(width, pass->left, pass->stepX);
-        const auto lines = static_cast<size_t>(Count(height, pass->top, pass->stepY));
-        if (columns != 0) unpackedSize += lines * (PngRowBytes(format, columns) + 1);
-    }
     constexpr const char* kDamaged = "its picture data are damaged";
-    // A small file that says that it is a large picture costs no memory.
-    if (unpackedSize / kMostUnpacked > size) return kDamaged;
-    const auto unpacked = std::make_unique_for_overwrite<uint8_t[]>(unpackedSize + 1);
-    if (!UnpackWhole(data, size, unpacked.get(), unpackedSize)) return kDamaged;
+    RowSource source = {};
+    if (!OpenRows(format, data, UnpackedSize(format, width, height, first, end), &source)) return kDamaged;
     const size_t area = static_cast<size_t>(width) * static_cast<size_t>(height);
     rgba->resize(4 * area);
     const bool hasIndices = indices && format.colors == kPngPalette;
@@ -185,9 +225,9 @@ const char* DecodePngPixels(const PngFormat& format, int width, int height, cons
                  .indices = hasIndices ? indices->data() : nullptr,
                  .values = {}};
     FillValues(&rows);
-    uint8_t* at = unpacked.get();
     for (const Pass* pass = first; pass != end; ++pass)
-        if (!ExpandPass(&rows, *pass, &at)) return kDamaged;
+        if (!ExpandPass(&rows, *pass, &source)) return kDamaged;
+    if (source.unpacker && !EndsUnpacked(source.unpacker.get())) return kDamaged;
     if (hasIndices && !rows.isInPalette) indices->clear();
     return nullptr;
 }

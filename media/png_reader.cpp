@@ -9,29 +9,11 @@
 namespace kfx {
 namespace {
 
-// The compressed data of the picture: in the file when they stand in one chunk, joined otherwise.
+// The compressed data of the picture, which stand in one chunk or in several ones.
 struct PngData {
-    const uint8_t* bytes = nullptr;
-    size_t size = 0;
-    std::vector<uint8_t> joined;
+    PackedParts parts;
     bool isCut = false;  // the file ends before its end mark
 };
-
-// `left` is how much of the file follows.
-void AddData(const PngChunk& chunk, size_t left, PngData* data) {
-    if (!data->bytes) {
-        data->bytes = chunk.data;
-        data->size = chunk.size;
-        return;
-    }
-    if (data->joined.empty()) {
-        data->joined.reserve(data->size + chunk.size + left);
-        data->joined.assign(data->bytes, data->bytes + data->size);
-    }
-    data->joined.insert(data->joined.end(), chunk.data, chunk.data + chunk.size);
-    data->bytes = data->joined.data();
-    data->size = data->joined.size();
-}
 
 // Chunks whose first letter is small may be left out.
 bool IsNeeded(const PngChunk& chunk) { return (chunk.name & 0x20000000) == 0; }
@@ -53,7 +35,7 @@ const char* ReadChunks(const uint8_t* data, size_t size, PngFormat* format, PngD
                 break;
             case kDataChunk:
                 if (!IsPngChunkWhole(chunk)) return "its picture data are damaged";
-                AddData(chunk, size - at, picture);
+                if (chunk.size > 0) picture->parts.push_back({chunk.data, chunk.size});
                 break;
             case kEndChunk:
                 return nullptr;
@@ -96,8 +78,7 @@ bool ReadPng(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
     Frame frame;
     std::vector<uint8_t> indices;
     if (!fault) {
-        fault = DecodePngPixels(header.format, width, height, picture.bytes, picture.size, &frame.pixels,
-                                &indices);
+        fault = DecodePngPixels(header.format, width, height, picture.parts, &frame.pixels, &indices);
         // A file that lacks nothing but its end mark is no damaged one.
         if (fault && picture.isCut) fault = "it is cut off";
     }

@@ -159,6 +159,42 @@ TEST(PngReader, Unknown_filters_and_rows_of_a_wrong_number_are_damage) {
     EXPECT_EQ(ErrorOf(FileOf(TwoColours(), 2, 1, {5, 1, 1})), damaged);
     EXPECT_EQ(ErrorOf(FileOf(TwoColours(), 2, 2, {0, 1, 1})), damaged);
     EXPECT_EQ(ErrorOf(FileOf(TwoColours(), 2, 1, {0, 1, 1, 0, 1, 1})), damaged);
+    const PngFormat deep = {.colors = kPngGrey, .depth = 16, .palette = {}, .alphas = {}};
+    EXPECT_EQ(ErrorOf(FileOf(deep, 1, 1, {5, 1, 1})), damaged);
+    EXPECT_EQ(ErrorOf(FileOf(deep, 1, 2, {0, 1, 1})), damaged);
+    EXPECT_EQ(ErrorOf(FileOf(deep, 1, 1, {0, 1, 1, 0, 1, 1})), damaged);
+    EXPECT_EQ(ErrorOf(FileOf(deep, 1, 1, {0, 1, 1, 0})), damaged);
+}
+
+// A picture whose data stand in chunks of one byte, with empty ones between; the byte number `broken` is
+// another.
+Bytes FileOfSmallChunks(const PngFormat& format, const Bytes& rows, size_t broken) {
+    Bytes file;
+    PutPngSignature(&file);
+    PutPngChunk(&file, kHeaderChunk, HeaderOf(format, 2, 2));
+    Bytes data = Pack(rows.data(), rows.size(), 1);
+    if (broken < data.size()) data[data.size() - 1 - broken] ^= 1;
+    for (const uint8_t byte : data) {
+        PutPngChunk(&file, kDataChunk, {});
+        PutPngChunk(&file, kDataChunk, {byte});
+    }
+    PutPngChunk(&file, kEndChunk, {});
+    return file;
+}
+
+TEST(PngReader, Data_may_stand_in_any_chunks_and_have_a_checksum) {
+    for (const int depth : {8, 16}) {
+        const PngFormat format = {.colors = kPngRgba, .depth = depth, .palette = {}, .alphas = {}};
+        Bytes rows;
+        for (size_t i = 0; i < 2 * (PngRowBytes(format, 2) + 1); ++i)
+            rows.push_back(static_cast<uint8_t>(i % (PngRowBytes(format, 2) + 1) == 0 ? 1 : 7 * i));
+        const Animation animation = ReadOrFail(FileOfSmallChunks(format, rows, SIZE_MAX));
+        EXPECT_TRUE(animation.frames[0].pixels == OtherPixels(FileOf(format, 2, 2, rows), depth));
+        // The checksum is the last thing.
+        for (const size_t broken : {0u, 3u})
+            EXPECT_EQ(ErrorOf(FileOfSmallChunks(format, rows, broken)),
+                      "the PNG file is damaged: its picture data are damaged");
+    }
 }
 
 TEST(PngReader, What_is_wrong_is_said) {
