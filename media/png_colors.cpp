@@ -85,6 +85,15 @@ PngFormat PaletteFormat(const std::vector<PackedColor>& colors) {
     return format;
 }
 
+// Of few colours, several orders can be the same.
+void AddPalette(const std::vector<PackedColor>& colors, std::vector<PngFormat>* formats) {
+    PngFormat format = PaletteFormat(colors);
+    const auto isSame = [&format](const PngFormat& other) {
+        return other.palette == format.palette && other.alphas == format.alphas;
+    };
+    if (std::none_of(formats->begin(), formats->end(), isSame)) formats->push_back(std::move(format));
+}
+
 // One sample of up to 8 bits a pixel; `value` gives it.
 template <typename Value>
 void PackSamples(int depth, int width, const uint8_t* rgba, uint8_t* row, const Value& value) {
@@ -156,17 +165,17 @@ std::vector<PngFormat> PngFormatsFor(const ColorCensus& census, const PngFormatO
     if (census.isFew) {
         std::vector<PackedColor> colors = census.numbering.colors;
         std::stable_partition(colors.begin(), colors.end(), IsTransparent);
-        formats.push_back(PaletteFormat(colors));
+        AddPalette(colors, &formats);
         std::sort(colors.begin(), colors.end(), [](PackedColor a, PackedColor b) {
             return OrderOf(BrightnessOf(a), a) < OrderOf(BrightnessOf(b), b);
         });
-        formats.push_back(PaletteFormat(colors));
+        AddPalette(colors, &formats);
         OrderAsChain(&colors);
-        formats.push_back(PaletteFormat(colors));
+        AddPalette(colors, &formats);
         std::sort(colors.begin(), colors.end(), [](PackedColor a, PackedColor b) {
             return OrderOf(RedFirst(a), a) < OrderOf(RedFirst(b), b);
         });
-        formats.push_back(PaletteFormat(colors));
+        AddPalette(colors, &formats);
     }
     PngFormat direct = {.colors = kPngRgba, .palette = {}, .alphas = {}};
     if (census.isGrey && options.mayBeGrey)

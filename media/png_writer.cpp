@@ -45,6 +45,13 @@ bool FindKey(const uint8_t* rgba, size_t pixels, PackedColor* key) {
     return isFound;
 }
 
+// Whether a pixel takes at least six times the bits that it has with the palette: a large picture does not
+// become smaller so.
+bool IsMuchWider(const PngFormat& format, const PngFormat& first) {
+    constexpr int kMuch = 6;
+    return ChannelsOf(format) * format.depth >= kMuch * ChannelsOf(first) * first.depth;
+}
+
 void EncodeChecked(int width, int height, const uint8_t* rgba, const Animation& notes, Bytes* file) {
     const size_t pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
     ColorCensus census;
@@ -56,6 +63,7 @@ void EncodeChecked(int width, int height, const uint8_t* rgba, const Animation& 
     Bytes data;
     size_t least = SIZE_MAX;
     for (const PngFormat& format : formats) {
+        if (pixels > kSmallPicture && IsMuchWider(format, formats[0])) continue;
         const PngRows rows = MakePngRows(format, rgba, width, height);
         Bytes compressed = pixels <= kSmallPicture ? CompressPngRows(rows) : Bytes();
         const size_t size =
