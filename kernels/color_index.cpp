@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "framework/cpu.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 constexpr int32_t kCubeSide = 4;
 constexpr int32_t kBlockSide = 16;
+constexpr int32_t kTooManyCandidates = int32_t{kMostCandidates} + 1;
 
 struct Color {
     int32_t red;
@@ -107,20 +109,32 @@ KFX_INLINE void AnswerNearest(const Entries& given, const Color& corner, uint8_t
 KFX_INLINE void GatherCandidates(ColorIndex* index, uint32_t place, Entries* entries) {
     constexpr uint32_t kBlockPlaces = 12;  // bits
     BlockCandidates* block = &index->tables->candidates[place >> kBlockPlaces];
-    if (block->count == 0) {
+    int32_t count = ReadMark(&block->count);
+    if (count == 0) {
         Entries all;
         for (int32_t i = 0; i < index->count; ++i) AddEntry(*index, i, &all);
         uint8_t candidates[256];
         const int32_t found =
             FindCandidates(all, CornerAt(place >> kBlockPlaces << kBlockPlaces), kBlockSide, candidates);
-        block->count = static_cast<uint8_t>(std::min<int32_t>(found, kMostCandidates + 1));
-        std::memcpy(block->entries, candidates, kMostCandidates);
+        count = std::min(found, kTooManyCandidates);
+        for (int32_t i = 0; count < kTooManyCandidates && i < count; ++i)
+            WriteShared(&block->entries[i], candidates[i]);
+        WriteMark(&block->count, static_cast<uint8_t>(count));
     }
-    if (block->count > kMostCandidates) {
+    if (count == kTooManyCandidates) {
         for (int32_t i = 0; i < index->count; ++i) AddEntry(*index, i, entries);
     } else {
-        for (int32_t i = 0; i < block->count; ++i) AddEntry(*index, block->entries[i], entries);
+        for (int32_t i = 0; i < count; ++i) AddEntry(*index, ReadShared(&block->entries[i]), entries);
     }
+}
+
+// Puts the answers of a cube into the tables.
+void WriteCube(ColorIndex* index, uint32_t cube, const uint8_t answers[kCubeColors]) {
+    uint64_t words[kCubeColors / 8];
+    std::memcpy(words, answers, sizeof words);
+    uint64_t* to = &index->tables->answers[cube * std::size(words)];
+    for (size_t i = 0; i < std::size(words); ++i) WriteShared(to + i, words[i]);
+    WriteMark(&index->tables->known[cube], 1);
 }
 
 // The cube's answers when every colour becomes its nearest entry.
@@ -128,8 +142,9 @@ KFX_INLINE void FindNearest(ColorIndex* index, uint32_t place) {
     Entries entries;
     GatherCandidates(index, place, &entries);
     const uint32_t cube = place / kCubeColors;
-    AnswerNearest(entries, CornerAt(cube * kCubeColors), &index->tables->answers[cube * kCubeColors]);
-    index->tables->known[cube] = 1;
+    uint8_t answers[kCubeColors];
+    AnswerNearest(entries, CornerAt(cube * kCubeColors), answers);
+    WriteCube(index, cube, answers);
 }
 
 // Answers for fast remapping: a colour of the palette becomes the first entry that equals it, any other
@@ -147,19 +162,27 @@ KFX_INLINE void FindRounded(ColorIndex* index, uint32_t place) {
                                           corner.blue - entries.blue[i]);
         best = std::min(best, distance * 256 + entries.number[i]);
     }
-    // All subsets of the third bits.
-    for (uint32_t bits = kThirdBits;; bits = (bits - 1) & kThirdBits) {
-        std::memset(&index->tables->answers[firstPlace | bits], best & 255, kCubeColors);
-        index->tables->known[(firstPlace | bits) / kCubeColors] = 1;
-        if (bits == 0) break;
-    }
+    // The entries that lie in one of the eight cubes, the last one first.
+    uint32_t places[256];
+    uint8_t numbers[256];
+    int32_t inside = 0;
     for (int32_t i = entries.count - 1; i >= 0; --i) {
         const auto red = static_cast<uint32_t>(entries.red[i]);
         const auto green = static_cast<uint32_t>(entries.green[i]);
         const auto blue = static_cast<uint32_t>(entries.blue[i]);
-        const uint32_t exact = PlaceOf(red, green, blue);
-        if (((exact ^ firstPlace) & ~kThirdBits) < kCubeColors)
-            index->tables->answers[exact] = entries.number[i];
+        places[inside] = PlaceOf(red, green, blue);
+        numbers[inside] = entries.number[i];
+        inside += ((places[inside] ^ firstPlace) & ~kThirdBits) < kCubeColors;
+    }
+    // All subsets of the third bits.
+    for (uint32_t bits = kThirdBits;; bits = (bits - 1) & kThirdBits) {
+        const uint32_t cubePlace = firstPlace | bits;
+        uint8_t answers[kCubeColors];
+        std::memset(answers, best & 255, kCubeColors);
+        for (int32_t i = 0; i < inside; ++i)
+            if ((places[i] ^ cubePlace) < kCubeColors) answers[places[i] ^ cubePlace] = numbers[i];
+        WriteCube(index, cubePlace / kCubeColors, answers);
+        if (bits == 0) break;
     }
 }
 

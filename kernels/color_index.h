@@ -3,8 +3,13 @@
 // the colour and else the entry nearest to the colour rounded to 15 bits. Answers are computed once in a
 // build, for 4 x 4 x 4 neighbouring colours when the first of them is asked for. They are kept in a table of
 // all 2^24 colours, of which only the pages in use get memory.
+//
+// Several threads may ask a prepared index at the same time. Two that need the same answers at once compute
+// them twice and write the same bytes, so nobody waits. What says that answers are there is written after
+// them and read before them.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -23,9 +28,10 @@ struct BlockCandidates {
     uint8_t entries[kMostCandidates];
 };
 
-// The tables that are asked for each pixel; see PlaceOf.
+// The tables that are asked for each pixel; see PlaceOf. Their bytes are read and written by the functions
+// below.
 struct ColorAnswers {
-    uint8_t answers[kColorCubes * kCubeColors];
+    uint64_t answers[kColorCubes * kCubeColors / 8];  // a byte each, written eight at a time
     uint8_t known[kColorCubes];
     BlockCandidates candidates[kColorBlocks];
 };
@@ -51,6 +57,23 @@ struct ColorIndex {
 // memory for the tables.
 bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count, bool fast);
 
+// A byte or word of the tables that another thread may be writing.
+inline uint8_t ReadShared(uint8_t* byte) {
+    return std::atomic_ref<uint8_t>(*byte).load(std::memory_order_relaxed);
+}
+template <typename T>
+void WriteShared(T* place, T value) {
+    std::atomic_ref<T>(*place).store(value, std::memory_order_relaxed);
+}
+
+// A byte that says whether others have been written.
+inline uint8_t ReadMark(uint8_t* byte) {
+    return std::atomic_ref<uint8_t>(*byte).load(std::memory_order_acquire);
+}
+inline void WriteMark(uint8_t* byte, uint8_t value) {
+    std::atomic_ref<uint8_t>(*byte).store(value, std::memory_order_release);
+}
+
 // A colour's place in the table of answers: the three channels' bits in turn, two at a time with red highest,
 // so that neighbouring colours share cache lines and pages. This is the place of a blue level; a green one's
 // is shifted by 2 and a red one's by 4.
@@ -75,8 +98,8 @@ void FindAnswers(ColorIndex* index, uint32_t place);
 
 // The palette entry for the colour at a place.
 inline uint8_t AnswerAt(ColorIndex* index, uint32_t place) {
-    if (!index->tables->known[place / kCubeColors]) FindAnswers(index, place);
-    return index->tables->answers[place];
+    if (!ReadMark(&index->tables->known[place / kCubeColors])) FindAnswers(index, place);
+    return ReadShared(reinterpret_cast<uint8_t*>(index->tables->answers) + place);
 }
 
 inline uint8_t LookUpColor(ColorIndex* index, uint32_t red, uint32_t green, uint32_t blue) {

@@ -47,6 +47,8 @@ KFX_AVX2 void RemapRowAvx2(const uint8_t* from, int32_t width, ColorIndex* index
             _mm256_store_si256(reinterpret_cast<__m256i*>(each), places);
             for (const uint32_t place : each) AnswerAt(index, place);
         }
+        // The processor reads in this order anyway; the compiler must, too. See color_index.h.
+        std::atomic_signal_fence(std::memory_order_acquire);
         const __m256i found = _mm256_and_si256(_mm256_i32gather_epi32(answers, places, 1), byte);
         const __m128i words =
             _mm_packus_epi32(_mm256_castsi256_si128(found), _mm256_extracti128_si256(found, 1));
