@@ -135,7 +135,8 @@ bool RunEffect(Build* build) {
         EffectBuildContext context = {.window = build->environment.window,
                                       .frames = &build->frames,
                                       .source = build->environment.source,
-                                      .host = HostOf(*build)};
+                                      .host = HostOf(*build),
+                                      .runner = build->environment.runner};
         if (!effect->build(&context) || IsAbandoned(*build)) return false;
     } else if (DecodeAllFrames(build->environment.source, &build->frames) == DecodeResult::Incomplete) {
         // No effect to decode the frames: they are built unchanged, all or none.
@@ -214,17 +215,32 @@ bool MarkReserved(const Build& build, int32_t index, ImageHandle converted, Fram
     return true;
 }
 
+// The stage in which frames are converted to the palette.
+struct Remapping {
+    Build* build;
+    RemapTarget target = {};
+};
+
+bool TellRemapping(void* user, int32_t index) {
+    const Build& build = *static_cast<const Remapping*>(user)->build;
+    return TellProgress(build, index, build.frames.count);
+}
+
 // Replaces a frame's full-colour image by its converted one.
-bool RemapFrame(const Build& build, int32_t index, RemapTarget* target) {
+bool RemapFrame(void* user, int32_t index, int32_t) {
+    auto* remapping = static_cast<Remapping*>(user);
+    const Build& build = *remapping->build;
+    if (build.options.trueColor) return true;
     FrameEntry entry;
     if (!GetFrame(build.frames, index, &entry)) return false;
-    MemoryOwner converted(build.options.dither ? DitherRemap(entry.image, target)
-                                               : PlainRemap(entry.image, target));
+    MemoryOwner converted(build.options.dither ? DitherRemap(entry.image, &remapping->target)
+                                               : PlainRemap(entry.image, &remapping->target));
     if (!converted.memory || !MarkReserved(build, index, converted.memory, &entry)) return false;
     return ReplaceImage(build.frames, index, entry, converted.Release());
 }
 
-bool NoteSize(Build* build, int32_t index) {
+bool NoteSize(void* user, int32_t index) {
+    Build* build = static_cast<Remapping*>(user)->build;
     FrameEntry entry;
     if (!GetFrame(build->frames, index, &entry)) return false;
     const ImageLock lock(entry.image);
@@ -236,19 +252,19 @@ bool NoteSize(Build* build, int32_t index) {
 
 bool RemapFrames(Build* build) {
     if (!TellStatus(*build, "Remapping")) return false;
-    RemapTarget target;
+    Remapping remapping = {.build = build};
+    RemapTarget& target = remapping.target;
     std::memcpy(target.palette, build->palette, kPaletteBytes);
     target.bitsPerPixel = build->bitsPerPixel;
     target.colorCount = build->colorCount;
     target.fastRemap = build->options.fastRemap;
     target.ditherBrightness = build->options.ditherBrightness;
     target.ditherContrast = build->options.ditherContrast;
-    for (int32_t i = 0; i < build->frames.count; ++i) {
-        if (!TellProgress(*build, i, build->frames.count)) return false;
-        if (!build->options.trueColor && !RemapFrame(*build, i, &target)) return false;
-        if (!NoteSize(build, i)) return false;
-    }
-    return true;
+    const FrameRunner* runner = build->environment.runner;
+    if (runner && !build->options.trueColor && !PrepareTarget(&target)) return false;
+    return RunFrames(
+        runner, build->frames.count,
+        {.user = &remapping, .before = TellRemapping, .transform = RemapFrame, .after = NoteSize});
 }
 
 // False: the host refused, or the build is abandoned.

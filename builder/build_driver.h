@@ -53,6 +53,9 @@ struct BuildEnvironment {
     MemoryHandle source;             // the source animation's block, or null; the caller's
     const EffectDescriptor* effect;  // null, or without a build operation: frames stay unchanged
     void (*showMessage)(void* window, BuildMessage message);  // called at most once
+    // Null: frame after frame on the calling thread. The host is asked in the same way with every runner, on
+    // the calling thread.
+    const FrameRunner* runner = nullptr;
 };
 
 // Builds environment.source. The caller shows the wait cursor. 1: every frame was added and the task closed.

@@ -95,6 +95,11 @@ ColorIndex* IndexFor(RemapTarget* target, int32_t imageBitCount) {
                                                                                            : nullptr;
 }
 
+bool PrepareTarget(RemapTarget* target) {
+    // Two-colour results are made without a table of colours.
+    return target->bitsPerPixel == 1 || IndexFor(target, target->bitsPerPixel <= 4 ? 4 : 8);
+}
+
 ImageHandle PlainRemap(ImageHandle source, RemapTarget* target) {
     const ImageLock from(source);
     if (!from) return nullptr;

@@ -20,6 +20,9 @@ struct RemapTarget {
     ColorIndex index;
 };
 
+// Makes the target ready for frames that are converted on several threads at a time. False: memory ran out.
+bool PrepareTarget(RemapTarget* target);
+
 // Both return a new image of 1, 4 or 8 bits with the target's palette; the source is neither changed nor
 // freed. Null: memory ran out or the source could not be locked.
 

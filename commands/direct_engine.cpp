@@ -4,6 +4,7 @@
 #include <new>
 
 #include "builder/build_driver.h"
+#include "commands/frame_threads.h"
 #include "effects/effect_table.h"
 #include "framework/number_text.h"
 #include "framework/panel.h"
@@ -178,6 +179,8 @@ bool Build(void* opened, const Job& job, bool, Failure* failure) {
     environment.effect = DescriptorAt(static_cast<size_t>(job.effect));
     environment.source = direct->source;
     environment.showMessage = NoteMessage;
+    const FrameRunner runner = FramesOnThreads(direct->start.threads);
+    if (runner.threads > 1) environment.runner = &runner;
     const OwnFloatingPoint core;
     if (RunBuild(environment, OptionsOf(job))) return true;
     *failure = {kExitEngine, SentenceOf(direct->message)};

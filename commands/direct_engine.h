@@ -6,7 +6,7 @@
 
 namespace kfx::commands {
 
-// Uses the framework's settings and source: one thread at a time.
+// Uses the framework's settings and source: one build at a time, whose frames may be on several threads.
 extern const Engine kDirectEngine;
 
 }  // namespace kfx::commands

@@ -22,6 +22,8 @@ struct EngineStart {
     bool fastRemap = false;
     int ditherBrightness = -1;  // -1: the plug-in's default
     int ditherContrast = -1;
+    int threads =
+        1;  // on which frames are built at the same time; the plug-in has one, whatever is asked for
     void (*onProgress)(const HostSession& session) = nullptr;  // called while it works; may be null
 };
 

@@ -38,7 +38,10 @@ constexpr auto kControls = MakeControls({
 
 }  // namespace
 
-const Effect kWaterDrops = {
-    .name = "Water Drops", .panel = IDD_PANEL_WATER_DROPS, .controls = kControls, .apply = ApplyWaterDrops};
+const Effect kWaterDrops = {.name = "Water Drops",
+                            .panel = IDD_PANEL_WATER_DROPS,
+                            .controls = kControls,
+                            .apply = ApplyWaterDrops,
+                            .framesInOrder = true};  // the clock's second is the seed
 
 }  // namespace kfx

@@ -92,6 +92,8 @@ struct Effect {
     EffectControls controls = {};
     EffectKernel apply = nullptr;
     const GatheringPasses* gathering = nullptr;  // null: each frame by itself
+    // A frame's result depends on when it is made: frames are transformed one after another, in their order.
+    bool framesInOrder = false;
 };
 
 }  // namespace kfx

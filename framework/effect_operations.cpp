@@ -8,13 +8,11 @@
 namespace kfx {
 namespace {
 
-// False: the background colour could not be read.
-bool ReadInput(const Effect& effect, void* window, MemoryHandle source, KernelCache* cache,
-               KernelInput* input) {
+// All but the cache. False: the background colour could not be read.
+bool ReadInput(const Effect& effect, void* window, MemoryHandle source, KernelInput* input) {
     *input = {};
     for (size_t i = 0; i < effect.controls.count; ++i)
         input->values[i] = ReadControl(effect.controls.rows[i], window);
-    input->cache = cache;
     return ReadBackgroundColor(source, &input->background);
 }
 
@@ -23,17 +21,38 @@ bool TakeResult(const FrameList& frames, int32_t index, const FrameEntry& entry,
     return !result || ReplaceImage(frames, index, entry, result);
 }
 
+// A build in which each frame is transformed by itself.
+struct SingleFrames {
+    const Effect& effect;
+    const EffectBuildContext& context;
+    const KernelInput& input;
+    KernelCache caches[kMostFrameThreads];  // one for each worker
+};
+
+// False: the list could not be locked.
+bool TransformFrame(void* user, int32_t i, int32_t worker) {
+    auto* single = static_cast<SingleFrames*>(user);
+    const FrameList& frames = *single->context.frames;
+    KernelInput input = single->input;
+    input.cache = &single->caches[worker];
+    FrameEntry entry;
+    return GetFrame(frames, i, &entry) &&
+           TakeResult(frames, i, entry, single->effect.apply(entry.image, input));
+}
+
+// False: the window has gone.
+bool TellFrameDone(void* user, int32_t i) {
+    const EffectBuildContext& context = static_cast<SingleFrames*>(user)->context;
+    RequestProgress(context.host, i, context.frames->count);
+    return IsPanelOpen(context.window);
+}
+
 // False: the list could not be locked, or the window has gone.
-bool BuildEachFrame(const Effect& effect, EffectBuildContext* context, const KernelInput& input) {
-    const FrameList& frames = *context->frames;
-    for (int32_t i = 0; i < frames.count; ++i) {
-        FrameEntry entry;
-        if (!GetFrame(frames, i, &entry)) return false;
-        if (!TakeResult(frames, i, entry, effect.apply(entry.image, input))) return false;
-        RequestProgress(context->host, i, frames.count);
-        if (!IsPanelOpen(context->window)) return false;
-    }
-    return true;
+bool BuildEachFrame(const Effect& effect, const EffectBuildContext& context, const KernelInput& input) {
+    SingleFrames single = {.effect = effect, .context = context, .input = input, .caches = {}};
+    const FrameWork work = {
+        .user = &single, .before = nullptr, .transform = TransformFrame, .after = TellFrameDone};
+    return RunFrames(effect.framesInOrder ? nullptr : context.runner, context.frames->count, work);
 }
 
 bool GatherFromFrames(const GatheringPasses& passes, EffectBuildContext* context, uint64_t record[2]) {
@@ -80,7 +99,8 @@ ImageHandle ApplyKernel(const Effect& effect, ImageHandle image, const KernelInp
 int32_t PreviewEffect(const Effect& effect, EffectRunContext* context) {
     KernelCache cache;
     KernelInput input;
-    const bool read = ReadInput(effect, context->window, context->source, &cache, &input);
+    const bool read = ReadInput(effect, context->window, context->source, &input);
+    input.cache = &cache;
     context->flags |= kRunFirstFrameOnly;
     context->image = FetchFirstFrame(context->source);
     if (context->image && read) context->image = ApplyKernel(effect, context->image, input);
@@ -88,14 +108,13 @@ int32_t PreviewEffect(const Effect& effect, EffectRunContext* context) {
 }
 
 int32_t BuildEffect(const Effect& effect, EffectBuildContext* context) {
-    KernelCache cache;
     KernelInput input;
-    if (!ReadInput(effect, context->window, context->source, &cache, &input)) return 0;
+    if (!ReadInput(effect, context->window, context->source, &input)) return 0;
     // Without a source there are no frames: the build driver reports that. A part of the frames must not be
     // built.
     if (DecodeAllFrames(context->source, context->frames) == DecodeResult::Incomplete) return 0;
     const bool gathers = effect.gathering && effect.gathering->wanted(input);
-    return gathers ? BuildInTwoPasses(*effect.gathering, context) : BuildEachFrame(effect, context, input);
+    return gathers ? BuildInTwoPasses(*effect.gathering, context) : BuildEachFrame(effect, *context, input);
 }
 
 }  // namespace kfx

@@ -6,6 +6,7 @@
 
 #include "framework/effect.h"
 #include "framework/frame_list.h"
+#include "framework/frame_runner.h"
 #include "host/host_records.h"
 
 namespace kfx {
@@ -31,6 +32,7 @@ struct EffectBuildContext {
     FrameList* frames;
     MemoryHandle source;  // the source animation's block, or null
     const HostContext* host;
+    const FrameRunner* runner = nullptr;  // null: frame after frame, on the calling thread
 };
 
 // One row of the effect table as window and build driver use it.
@@ -50,8 +52,9 @@ struct EffectDescriptor {
 int32_t PreviewEffect(const Effect& effect, EffectRunContext* context);
 
 // Decodes context->source into context->frames and transforms every frame, reporting progress; a frame for
-// which the kernel has no picture stays as it came. 0: memory was refused while decoding, or the source or
-// the list could not be locked; the frames in the list belong to the caller in every case.
+// which the kernel has no picture stays as it came. Frames are transformed by context->runner unless the
+// effect needs their order. 0: memory was refused while decoding, or the source or the list could not be
+// locked; the frames in the list belong to the caller in every case.
 int32_t BuildEffect(const Effect& effect, EffectBuildContext* context);
 
 // Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept

@@ -2,6 +2,7 @@
 #include "tests/builder/build_run.h"
 
 #include <algorithm>
+#include <thread>
 
 #include "framework/memory_guards.h"
 #include "framework/source_animation.h"
@@ -34,8 +35,12 @@ int32_t BuildWith(BuildRun* run, const std::vector<uint8_t>& block, const BuildO
     FakeHost host;
     if (run->refusedRequest)
         host.Refuse(static_cast<HostRequest>(run->refusedRequest), run->refusedOccurrence);
-    if (run->countLocks)
-        host.onRequest = [run] { run->mostLocks = std::max(run->mostLocks, run->countLocks()); };
+    const std::thread::id own = std::this_thread::get_id();
+    host.onRequest = [run, own] {
+        if (std::this_thread::get_id() != own) run->askedElsewhere = true;
+        if (run->countLocks) run->mostLocks = std::max(run->mostLocks, run->countLocks());
+        if (run->onRequest) run->onRequest();
+    };
     EffectDescriptor unchanged = {};
     unchanged.name = "Unchanged";
     unchanged.build = DecodeUnchanged;
@@ -46,7 +51,8 @@ int32_t BuildWith(BuildRun* run, const std::vector<uint8_t>& block, const BuildO
                                           .host = &host.context,
                                           .source = source.memory,
                                           .effect = effect ? effect : &unchanged,
-                                          .showMessage = NoteMessage};
+                                          .showMessage = NoteMessage,
+                                          .runner = run->runner};
     currentHost = &host;
     currentRun = run;
     const int32_t result = RunBuild(environment, options);

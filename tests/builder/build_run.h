@@ -15,14 +15,17 @@ struct BuildRun {
     // Before the build: the occurrence (from 1) of this request is answered with 0.
     uint32_t refusedRequest = 0;
     int refusedOccurrence = 0;
-    size_t (*countLocks)() = nullptr;  // where given: asked at each request
+    size_t (*countLocks)() = nullptr;     // where given: asked at each request
+    void (*onRequest)() = nullptr;        // where given: called at each request
+    const FrameRunner* runner = nullptr;  // the build's
 
     // After it.
     std::vector<std::string> lines;  // the host's, messages, and "RET " with what the build returned
     std::vector<BuildMessage> messages;
     std::vector<HandedFrame> frames;
-    FileObjectRecord task = {};  // zeros: none was opened
-    size_t mostLocks = 0;        // of what countLocks answered
+    FileObjectRecord task = {};   // zeros: none was opened
+    size_t mostLocks = 0;         // of what countLocks answered
+    bool askedElsewhere = false;  // some request came on another thread than the build's
 };
 
 // Builds the source animation `block` as the effect leaves it. A null effect: frames unchanged, decoded by an

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "builder/build_driver.h"
+#include "commands/frame_threads.h"
 #include "effects/effect_table.h"
 #include "framework/memory_guards.h"
 #include "framework/movable_memory_native.h"
@@ -40,6 +41,8 @@ struct Outcome {
     std::vector<Handed> frames;
     std::vector<uint64_t> closes;  // the words of the closing requests
 };
+
+const FrameRunner* runner = nullptr;  // of the next builds
 
 Outcome* current = nullptr;  // set during a build: the callbacks have no place for a pointer of ours
 
@@ -71,8 +74,12 @@ void NoteMessage(void*, BuildMessage message) { current->messages.push_back(mess
 Outcome Build(MemoryHandle source, const EffectDescriptor& effect, const BuildOptions& options) {
     HostContext host = {};
     host.callback = TakeRequest;
-    const BuildEnvironment environment = {
-        .window = nullptr, .host = &host, .source = source, .effect = &effect, .showMessage = NoteMessage};
+    const BuildEnvironment environment = {.window = nullptr,
+                                          .host = &host,
+                                          .source = source,
+                                          .effect = &effect,
+                                          .showMessage = NoteMessage,
+                                          .runner = runner};
     Outcome outcome;
     current = &outcome;
     outcome.result = RunBuild(environment, options);
@@ -165,6 +172,7 @@ protected:
     ~Refusals() override {
         ResetMemoryCounts();
         FreeMemory(source);
+        runner = nullptr;
         settings = Settings();
         ReleaseClock();
         std::printf("%zu allocations, %zu locks and %zu sizes refused\n", refused[0] + refused[1],
@@ -281,6 +289,15 @@ TEST_P(RefusalsByOutput, A_build_fails_with_a_message_or_gives_whole_frames) {
 
 INSTANTIATE_TEST_SUITE_P(Outputs, RefusalsByOutput, testing::ValuesIn(Outputs()),
                          [](const auto& output) { return output.param.name; });
+
+TEST_P(RefusalsByOutput, A_build_on_two_threads_fails_with_a_message_or_gives_whole_frames) {
+    const FrameRunner threads = commands::FramesOnThreads(2);
+    runner = &threads;
+    output = GetParam();
+    for (const char* name : {"Bump", "Swirl", "Oil Painting", "Normalize", "Water Drops"})
+        for (size_t row = 0; row < EffectCount(); ++row)
+            if (std::strcmp(EffectAt(row)->name, name) == 0) SweepBuilds(*DescriptorAt(row));
+}
 
 // More colours than a palette holds: the quantizer builds its tree.
 TEST_F(Refusals, A_quantized_build_fails_with_a_message_or_gives_whole_frames) {
