@@ -37,10 +37,10 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostS
                    PipelineNotes* notes, Failure* failure) {
     EngineStart start;
     start.session = session;
-    // A GIF's frames stand on palettes; those between two effects, those with alpha and widened ones do not
-    // yet.
-    if (line.format == "gif" && line.effects.size() == 1 && line.edges != "extend" &&
-        !HasAlpha(*session->source)) {
+    // A GIF's frames stand on palettes; those between two effects, those with alpha, widened ones and those
+    // with values of their own do not yet.
+    if (line.format == "gif" && line.effects.size() == 1 && !HasJourney(line.effects[0]) &&
+        line.edges != "extend" && !HasAlpha(*session->source)) {
         start.capabilities = kHostTakesSupercompressed;
     }
     start.fastRemap = line.fastRemap;

@@ -117,8 +117,9 @@ void SetStatus(const char* text) {
 }
 
 void SetProgress(uint64_t item, uint64_t total) {
-    current->progressCurrent = static_cast<int>(static_cast<int64_t>(item));
-    current->progressTotal = static_cast<int>(static_cast<int64_t>(total));
+    const int whole = current->progressWhole;
+    current->progressCurrent = current->progressBefore + static_cast<int>(static_cast<int64_t>(item));
+    current->progressTotal = whole > 0 ? whole : static_cast<int>(static_cast<int64_t>(total));
     if (current->actions.showProgress) current->actions.showProgress(current);
 }
 

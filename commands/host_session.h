@@ -52,6 +52,9 @@ struct HostSession {
     std::atomic<uint64_t> requestsAnswered{0};
     std::atomic<int> progressCurrent{0};
     std::atomic<int> progressTotal{0};
+    // Where a build is a part of a larger one: frames of the builds before it, and of all. 0: it is not.
+    std::atomic<int> progressBefore{0};
+    std::atomic<int> progressWhole{0};
     mutable std::mutex statusLock;
     std::string status;  // under statusLock
 };

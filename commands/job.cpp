@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/job.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "commands/engine.h"
@@ -23,6 +24,36 @@ bool ResolveEffect(const EffectChoice& choice, const std::vector<std::string>& e
     return job->effect >= 0 || Refuse(UnknownNameMessage("effect", choice.name, effects), failure);
 }
 
+// Whether the job has a value, or values, of the parameter.
+bool HasValue(const Job& job, const std::string& parameter) {
+    for (const ChosenValue& chosen : job.values) {
+        if (chosen.parameter.name == parameter) return true;
+    }
+    for (const MovingValue& moving : job.moving) {
+        if (moving.parameter.name == parameter) return true;
+    }
+    return false;
+}
+
+// Adds what the setting says about the parameter to the job.
+bool ResolveSetting(const Setting& setting, const Parameter& parameter, Job* job, Failure* failure) {
+    std::string error;
+    ChosenValue chosen = {parameter, 0};
+    MovingValue moving = {parameter, {}};
+    const bool moves = IsJourney(setting.value);
+    if (moves ? !ParseJourney(parameter, job->effectName, setting.value, &moving.journey, &error)
+              : !ParseValue(parameter, job->effectName, setting.value, &chosen.value, &error)) {
+        return Refuse(error, failure);
+    }
+    if (HasValue(*job, parameter.name)) return Refuse("--set gives " + parameter.name + " twice.", failure);
+    if (moves) {
+        job->moving.push_back(std::move(moving));
+    } else {
+        job->values.push_back(std::move(chosen));
+    }
+    return true;
+}
+
 bool ResolveValues(const EffectChoice& choice, const Engine& engine, void* opened, Job* job,
                    Failure* failure) {
     if (!engine.listParameters(opened, job->effect, &job->parameters, failure)) return false;
@@ -33,15 +64,7 @@ bool ResolveValues(const EffectChoice& choice, const Engine& engine, void* opene
         if (names.empty()) return Refuse(job->effectName + " has no parameters.", failure);
         const int row = FindName(setting.name, names);
         if (row < 0) return Refuse(UnknownNameMessage("parameter", setting.name, names), failure);
-        ChosenValue chosen = {job->parameters[static_cast<size_t>(row)], 0};
-        std::string error;
-        if (!ParseValue(chosen.parameter, job->effectName, setting.value, &chosen.value, &error))
-            return Refuse(error, failure);
-        for (const ChosenValue& before : job->values) {
-            if (before.parameter.name == chosen.parameter.name)
-                return Refuse("--set gives " + chosen.parameter.name + " twice.", failure);
-        }
-        job->values.push_back(chosen);
+        if (!ResolveSetting(setting, job->parameters[static_cast<size_t>(row)], job, failure)) return false;
     }
     return true;
 }
@@ -98,6 +121,11 @@ bool ResolveJobs(const CommandLine& line, bool ownPalette, const Engine& engine,
     last.supercompress = line.supercompress;
     last.comment = line.comment;
     return ResolvePalette(line, ownPalette, engine, opened, &last, failure);
+}
+
+bool HasJourney(const EffectChoice& choice) {
+    return std::any_of(choice.settings.begin(), choice.settings.end(),
+                       [](const Setting& setting) { return IsJourney(setting.value); });
 }
 
 int ValueOf(const Job& job, const std::string& parameter, int otherwise) {

@@ -8,6 +8,7 @@
 
 #include "commands/command_line.h"
 #include "commands/exit_codes.h"
+#include "commands/journey.h"
 #include "commands/parameter.h"
 
 namespace kfx::commands {
@@ -17,6 +18,12 @@ struct Engine;
 struct ChosenValue {
     Parameter parameter;
     int value = 0;  // as shown
+};
+
+// A parameter whose value changes from frame to frame.
+struct MovingValue {
+    Parameter parameter;
+    Journey journey;
 };
 
 enum class PaletteUse {
@@ -37,6 +44,7 @@ struct Job {
     std::string effectName;             // as the list has it
     std::vector<Parameter> parameters;  // all of the effect's, with their defaults
     std::vector<ChosenValue> values;    // the other parameters keep what they have in a fresh engine
+    std::vector<MovingValue> moving;    // an engine builds frames of one value only; see journey_frames.h
     PaletteUse paletteUse = PaletteUse::TrueColor;
     int palette = 0;  // when Listed: row of the palette list; the row behind the last is the source's own
     bool dither = false;
@@ -56,6 +64,9 @@ bool ResolveJobs(const CommandLine& line, bool ownPalette, const Engine& engine,
 // The same for one effect of its own: a job in true colour.
 bool ResolveEffectJob(const EffectChoice& choice, const Engine& engine, void* opened, Job* job,
                       Failure* failure);
+
+// Whether a parameter of the effect moves.
+bool HasJourney(const EffectChoice& choice);
 
 // The value that the job gives the parameter of this name, as shown; `otherwise` when its effect has none.
 int ValueOf(const Job& job, const std::string& parameter, int otherwise);

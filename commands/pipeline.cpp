@@ -5,6 +5,7 @@
 
 #include "commands/alpha_pixels.h"
 #include "commands/edges.h"
+#include "commands/journey_frames.h"
 #include "commands/plain_build.h"
 #include "commands/stages.h"
 #include "media/readers.h"
@@ -35,16 +36,38 @@ Margins MarginsFor(const Job& job, const Animation& animation, const PipelineOpt
 // Whether the engine alone does it.
 bool IsPlainBuild(const Job& job, const Animation& animation, const PipelineOptions& options) {
     const Margins margins = MarginsFor(job, animation, options);
-    return margins.columns == 0 && margins.rows == 0 && !HasAlpha(animation);
+    return margins.columns == 0 && margins.rows == 0 && job.moving.empty() && !HasAlpha(animation);
 }
 
-bool RunWithEdges(const OpenEngine& engine, HostSession* session, const Job& job,
+bool RunWithEdges(const OpenEngine& engine, HostSession* session, const Job& job, bool opaque,
                   const PipelineOptions& options, Animation* animation, Failure* failure) {
     const Margins margins = MarginsFor(job, *animation, options);
-    if (margins.columns == 0 && margins.rows == 0) return RunStage(engine, session, job, animation, failure);
+    if (margins.columns == 0 && margins.rows == 0)
+        return RunStageOfPart(engine, session, job, opaque, animation, failure);
     WidenFrames(margins, animation);
-    if (!RunStage(engine, session, job, animation, failure)) return false;
+    if (!RunStageOfPart(engine, session, job, opaque, animation, failure)) return false;
     CropFrames(margins, animation);
+    return true;
+}
+
+// A job in true colour, with parameters that move or stay.
+bool RunTrueColor(const OpenEngine& engine, HostSession* session, const Job& job,
+                  const PipelineOptions& options, Animation* animation, Failure* failure) {
+    const bool opaque = !HasAlpha(*animation);
+    const auto run = [&](const Job& still, Animation* part) {
+        return RunWithEdges(engine, session, still, opaque, options, part, failure);
+    };
+    return job.moving.empty() ? run(job, animation) : BuildMovingFrames(job, run, session, animation);
+}
+
+bool CheckMovement(const std::vector<Job>& jobs, const Animation& animation, Failure* failure) {
+    for (const Job& job : jobs) {
+        if (job.moving.empty() || animation.frames.size() > 1) continue;
+        *failure = {kExitBadCommand, job.moving[0].parameter.name +
+                                         " cannot move within one frame; --frames N makes a still picture an "
+                                         "animation of N frames."};
+        return false;
+    }
     return true;
 }
 
@@ -79,6 +102,7 @@ void SettleHalfTransparency(const PipelineOptions& options, Animation* animation
 
 bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
              const PipelineOptions& options, PipelineNotes* notes, Failure* failure) {
+    if (!CheckMovement(jobs, *session->source, failure)) return false;
     if (jobs.size() == 1 && IsPlainBuild(jobs.front(), *session->source, options))
         return engine.engine.build(engine.opened, jobs.front(), false, failure);
     Animation animation = std::move(*session->source);
@@ -92,7 +116,7 @@ bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jo
         }
         job.paletteUse = PaletteUse::TrueColor;
         job.dither = job.supercompress = job.comment = false;
-        if (!RunWithEdges(engine, session, job, options, &animation, failure)) return false;
+        if (!RunTrueColor(engine, session, job, options, &animation, failure)) return false;
     }
     SettleHalfTransparency(options, &animation, notes);
     if (last.paletteUse != PaletteUse::TrueColor)

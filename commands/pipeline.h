@@ -31,7 +31,8 @@ struct PipelineNotes {
 void SettleHalfTransparency(const PipelineOptions& options, Animation* animation, PipelineNotes* notes);
 
 // Builds the session's source through all jobs into session->built, with what the plug-in does not carry in
-// session->record. Alpha follows the effects (alpha_ways.h). An opaque source with one job is built at once.
+// session->record. Alpha follows the effects (alpha_ways.h). An opaque source with one job whose parameters
+// stay is built at once.
 // The session's source is used up. False: `*failure` says why.
 bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
              const PipelineOptions& options, PipelineNotes* notes, Failure* failure);

@@ -53,7 +53,7 @@ void MakeOpaque(uint8_t level, Frame* frame) {
     frame->transparent = false;
 }
 
-// Twice: all frames over black, and those that are transparent over white.
+// Twice: all frames over black, and those that are transparent, if any, over white.
 bool RunSolved(const OpenEngine& engine, HostSession* session, const Job& job, Animation* animation,
                Failure* failure) {
     Animation white = WithoutFrames(animation);
@@ -66,10 +66,9 @@ bool RunSolved(const OpenEngine& engine, HostSession* session, const Job& job, A
         MakeOpaque(255, &white.frames.back());
         MakeOpaque(0, &frame);
     }
-    if (!RunOpaque(engine, session, OverGround(job, 0), animation, failure) ||
-        !RunOpaque(engine, session, OverGround(job, 255), &white, failure)) {
-        return false;
-    }
+    if (!RunOpaque(engine, session, OverGround(job, 0), animation, failure)) return false;
+    if (numbers.empty()) return true;
+    if (!RunOpaque(engine, session, OverGround(job, 255), &white, failure)) return false;
     for (size_t i = 0; i < numbers.size(); ++i) {
         Frame& frame = animation->frames[numbers[i]];
         SolveAlpha(white.frames[i].pixels, &frame.pixels);
@@ -137,19 +136,24 @@ bool RunInOutline(const OpenEngine& engine, HostSession* session, const Job& job
 
 bool RunStage(const OpenEngine& engine, HostSession* session, const Job& job, Animation* animation,
               Failure* failure) {
-    if (!HasAlpha(*animation)) return RunOpaque(engine, session, job, animation, failure);
+    return RunStageOfPart(engine, session, job, !HasAlpha(*animation), animation, failure);
+}
+
+bool RunStageOfPart(const OpenEngine& engine, HostSession* session, const Job& job, bool opaque,
+                    Animation* part, Failure* failure) {
+    if (opaque) return RunOpaque(engine, session, job, part, failure);
     const AlphaRule& rule = AlphaRuleOf(job.effectName);
     switch (rule.way) {
         case AlphaWay::Solve:
-            return RunSolved(engine, session, job, animation, failure);
+            return RunSolved(engine, session, job, part, failure);
         case AlphaWay::Places:
-            return RunOnPlaces(engine, session, job, animation, failure);
+            return RunOnPlaces(engine, session, job, part, failure);
         case AlphaWay::Keep:
         case AlphaWay::Edges:
         case AlphaWay::Light:
             break;
     }
-    return RunInOutline(engine, session, job, rule, animation, failure);
+    return RunInOutline(engine, session, job, rule, part, failure);
 }
 
 }  // namespace kfx::commands

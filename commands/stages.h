@@ -12,4 +12,9 @@ namespace kfx::commands {
 bool RunStage(const OpenEngine& engine, HostSession* session, const Job& job, Animation* animation,
               Failure* failure);
 
+// The same for a part of an animation's frames. `opaque`: all of the animation's frames are. Opaque frames of
+// a transparent animation have another ground beyond their edges, whichever frames they are built with.
+bool RunStageOfPart(const OpenEngine& engine, HostSession* session, const Job& job, bool opaque,
+                    Animation* part, Failure* failure);
+
 }  // namespace kfx::commands

@@ -124,6 +124,28 @@ TEST_F(JobTest, A_parameter_is_set_once_by_whatever_part_of_its_name) {
     EXPECT_EQ(Refused(), "--set gives Angle twice.");
 }
 
+TEST_F(JobTest, A_parameter_moves_or_has_one_value) {
+    line.effects[0].settings = {{"angle", "-90..90:loop"}, {"Side", "right"}};
+    EXPECT_TRUE(HasJourney(line.effects[0]));
+    ASSERT_TRUE(Resolve()) << failure.error;
+    ASSERT_EQ(job.moving.size(), 1u);
+    EXPECT_EQ(job.moving[0].parameter.name, "Angle");
+    EXPECT_EQ(job.moving[0].journey.keys.size(), 3u);
+    ASSERT_EQ(job.values.size(), 1u);
+    EXPECT_EQ(job.values[0].value, 1);
+    line.effects[0].settings = {{"Side", "right,left"}};
+    ASSERT_TRUE(Resolve()) << failure.error;
+    EXPECT_EQ(job.moving[0].parameter.name, "Side");
+    line.effects[0].settings = {{"Side", "right"}};
+    EXPECT_FALSE(HasJourney(line.effects[0]));
+    line.effects[0].settings = {{"Angle", "1"}, {"ang", "2..3"}};
+    EXPECT_EQ(Refused(), "--set gives Angle twice.");
+    line.effects[0].settings = {{"ang", "2..3"}, {"angle", "1,2"}};
+    EXPECT_EQ(Refused(), "--set gives Angle twice.");
+    line.effects[0].settings = {{"angle", "0..1441"}};
+    EXPECT_EQ(Refused(), "Angle of Swirl takes whole numbers from -1440 to 1440, not \"1441\".");
+}
+
 TEST_F(JobTest, Each_effect_is_a_job_and_the_last_one_has_the_palette) {
     line.effects = {{"Swirl", {{"Angle", "3"}}}, {"Blur", {}}, {"Swirl", {}}};
     line.palette = "216 color";
