@@ -3,6 +3,7 @@
 // 4 bits) or bit-field storage. None of the libraries in use reads them.
 #include <algorithm>
 
+#include "media/little_endian.h"
 #include "media/readers.h"
 
 namespace kfx {
@@ -33,25 +34,21 @@ struct BmpHeader {
     std::vector<RgbColor> palette;
 };
 
-uint32_t ReadU16(const uint8_t* bytes) { return static_cast<uint32_t>(bytes[0] | bytes[1] << 8); }
-
-uint32_t ReadU32(const uint8_t* bytes) { return ReadU16(bytes) | ReadU16(bytes + 2) << 16; }
-
 // Sizes, order and storage from either kind of header; false when no file of this kind has such values.
 bool ReadSizes(const uint8_t* info, BmpHeader* header) {
     if (header->headerSize == kCoreHeaderSize) {
-        header->width = static_cast<int>(ReadU16(info + 4));
-        header->height = static_cast<int>(ReadU16(info + 6));
-        header->bitCount = ReadU16(info + 10);
+        header->width = static_cast<int>(LittleWord16(info + 4));
+        header->height = static_cast<int>(LittleWord16(info + 6));
+        header->bitCount = LittleWord16(info + 10);
     } else {
-        const auto width = static_cast<int32_t>(ReadU32(info + 4));
-        const auto height = static_cast<int32_t>(ReadU32(info + 8));
+        const auto width = static_cast<int32_t>(LittleWord32(info + 4));
+        const auto height = static_cast<int32_t>(LittleWord32(info + 8));
         if (width < 0 || height == INT32_MIN) return false;
         header->width = width;
         header->height = height < 0 ? -height : height;
         header->topDown = height < 0;
-        header->bitCount = ReadU16(info + 14);
-        header->compression = ReadU32(info + 16);
+        header->bitCount = LittleWord16(info + 14);
+        header->compression = LittleWord32(info + 16);
     }
     return header->width > 0 && header->height > 0;
 }
@@ -86,7 +83,7 @@ bool ReadMasks(const uint8_t* data, size_t size, BmpHeader* header) {
     const size_t count = hasAlpha ? 4 : 3;
     const size_t start = kFileHeaderSize + kInfoHeaderSize;
     if (size < start + 4 * count) return false;
-    for (size_t i = 0; i < count; ++i) header->masks[i] = ReadU32(data + start + 4 * i);
+    for (size_t i = 0; i < count; ++i) header->masks[i] = LittleWord32(data + start + 4 * i);
     return true;
 }
 
@@ -98,7 +95,7 @@ bool ReadPalette(const uint8_t* data, size_t size, BmpHeader* header) {
     const size_t start = kFileHeaderSize + header->headerSize;
     size_t count = size_t{1} << header->bitCount;
     if (!isCore) {
-        const size_t used = ReadU32(data + kFileHeaderSize + 32);
+        const size_t used = LittleWord32(data + kFileHeaderSize + 32);
         if (used != 0) count = std::min(used, count);
     }
     // The pixels may begin before a full-length palette would end.
@@ -113,8 +110,8 @@ bool ReadPalette(const uint8_t* data, size_t size, BmpHeader* header) {
 
 bool ReadHeader(const uint8_t* data, size_t size, BmpHeader* header) {
     if (size < kFileHeaderSize + kCoreHeaderSize) return false;
-    header->pixelOffset = ReadU32(data + 10);
-    header->headerSize = ReadU32(data + kFileHeaderSize);
+    header->pixelOffset = LittleWord32(data + 10);
+    header->headerSize = LittleWord32(data + kFileHeaderSize);
     if (header->headerSize != kCoreHeaderSize && header->headerSize < kInfoHeaderSize) return false;
     if (header->headerSize > size - kFileHeaderSize || header->pixelOffset > size) return false;
     return ReadSizes(data + kFileHeaderSize, header) && IsKnownStorage(*header) &&
@@ -174,7 +171,7 @@ void DecodeColors(const BmpHeader& header, const uint8_t* data, std::vector<uint
                 target[3] = 255;
                 continue;
             }
-            const uint32_t value = bytes == 2 ? ReadU16(source) : ReadU32(source);
+            const uint32_t value = bytes == 2 ? LittleWord16(source) : LittleWord32(source);
             for (int channel = 0; channel < 4; ++channel)
                 target[channel] = LevelOf(channels[channel], value, channel == 3 ? 255 : 0);
         }

@@ -68,7 +68,6 @@ void ReadScreen(GifReader* reader) {
     Animation* animation = reader->animation;
     animation->width = reader->survey->width;
     animation->height = reader->survey->height;
-    animation->frames.reserve(reader->survey->images);
     if (!gif->SColorMap) return;
     animation->globalPalette = ColorsOf(gif->SColorMap);
     animation->hasGlobalPalette = true;
@@ -266,7 +265,10 @@ bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
                         .control = kNoControl};
     ReadScreen(&reader);
     const bool hasSize = survey.width > 0 && survey.height > 0;
-    if (hasSize) ReadRecords(&reader);
+    if (hasSize) {
+        animation->frames.reserve(survey.images);
+        ReadRecords(&reader);
+    }
     if (!animation->frames.empty()) return true;
     *error = animation->warning.empty() ? "the GIF file has no frames"
                                         : "the GIF file is damaged before the end of its first frame";

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "media/little_endian.h"
+
 namespace kfx {
 namespace {
 
@@ -11,7 +13,7 @@ constexpr size_t kDescriptorSize = 10;
 constexpr uint8_t kImageSeparator = 0x2C;
 constexpr uint8_t kExtensionIntroducer = 0x21;
 
-int ReadU16(const uint8_t* bytes) { return bytes[0] | bytes[1] << 8; }
+int SideAt(const uint8_t* bytes) { return static_cast<int>(LittleWord16(bytes)); }
 
 size_t PaletteBytes(uint8_t flags) { return flags & 0x80 ? size_t{6} << (flags & 7) : 0; }
 
@@ -60,10 +62,10 @@ void AddImage(const Rectangle& place, GifSurvey* survey) {
 
 bool ReadGifImageHeader(const uint8_t* data, size_t size, size_t at, GifImageHeader* header) {
     if (size - at < kDescriptorSize) return false;
-    header->place = {.left = ReadU16(data + at + 1),
-                     .top = ReadU16(data + at + 3),
-                     .width = ReadU16(data + at + 5),
-                     .height = ReadU16(data + at + 7)};
+    header->place = {.left = SideAt(data + at + 1),
+                     .top = SideAt(data + at + 3),
+                     .width = SideAt(data + at + 5),
+                     .height = SideAt(data + at + 7)};
     header->codes = at + kDescriptorSize + PaletteBytes(data[at + kDescriptorSize - 1]);
     return header->codes < size;
 }
@@ -80,8 +82,8 @@ GifSurvey SurveyGif(const uint8_t* data, size_t size) {
         survey.cut = true;
         return survey;
     }
-    survey.width = ReadU16(data + 6);
-    survey.height = ReadU16(data + 8);
+    survey.width = SideAt(data + 6);
+    survey.height = SideAt(data + 8);
     size_t at = kScreenEnd + PaletteBytes(data[10]);
     while (at < size) {
         GifImageHeader image;

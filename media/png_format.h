@@ -49,6 +49,11 @@ size_t PngRowBytes(const PngFormat& format, int width);
 // Bytes from a byte to that of the same sample on its left, at least 1.
 int PngFilterStep(const PngFormat& format);
 
+// The nearest sample of 8 bits to one of 0 to `most`.
+inline uint8_t RoundPngSample(uint32_t sample, uint32_t most) {
+    return static_cast<uint8_t>((sample * 255 + most / 2) / most);
+}
+
 struct PngHeader {
     uint32_t width = 0;
     uint32_t height = 0;

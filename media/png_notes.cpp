@@ -118,11 +118,6 @@ void TakeProfile(const PngChunk& chunk, PngNoteReader* reader) {
         reader->animation->metadata.colorProfile = std::move(profile);
 }
 
-uint8_t EightBits(unsigned sample, int depth) {
-    const unsigned most = (1u << depth) - 1;
-    return static_cast<uint8_t>((std::min(sample, most) * 255 + most / 2) / most);
-}
-
 void TakeBackground(const PngChunk& chunk, const PngFormat& format, Animation* animation) {
     const bool isGrey = IsGrey(format);
     RgbColor color;
@@ -132,7 +127,10 @@ void TakeBackground(const PngChunk& chunk, const PngFormat& format, Animation* a
     } else if (chunk.size != (isGrey ? 2 : 6)) {
         return;
     } else {
-        const auto sample = [&](size_t i) { return EightBits(BigWord16(chunk.data + i), format.depth); };
+        const uint32_t most = (1u << format.depth) - 1;
+        const auto sample = [&](size_t i) {
+            return RoundPngSample(std::min(BigWord16(chunk.data + i), most), most);
+        };
         color =
             isGrey ? RgbColor{sample(0), sample(0), sample(0)} : RgbColor{sample(0), sample(2), sample(4)};
     }

@@ -41,10 +41,8 @@ struct Rows {
     uint8_t values[4 * kValues];  // RGBA of samples of up to 8 bits: grey or of the palette
 };
 
-// Samples of 16 bits to the nearest ones of 8 bits.
 uint8_t Rounded(const uint8_t* sample) {
-    const auto deep = static_cast<unsigned>(sample[0] << 8 | sample[1]);
-    return static_cast<uint8_t>((deep * 255 + 32767) / 65535);
+    return RoundPngSample(static_cast<uint32_t>(sample[0] << 8 | sample[1]), 65535);
 }
 
 void FillValues(Rows* rows) {

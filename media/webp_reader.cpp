@@ -10,6 +10,7 @@
 #include <webp/demux.h>
 
 #include "media/gif_canvas.h"
+#include "media/little_endian.h"
 #include "media/loop_count.h"
 #include "media/readers.h"
 
@@ -30,17 +31,12 @@ struct FrameIterator {
     ~FrameIterator() { WebPDemuxReleaseIterator(&at); }
 };
 
-uint32_t ReadU32(const uint8_t* bytes) {
-    return bytes[0] | static_cast<uint32_t>(bytes[1]) << 8 | static_cast<uint32_t>(bytes[2]) << 16 |
-           static_cast<uint32_t>(bytes[3]) << 24;
-}
-
 // The complete chunks of a file that was cut, with a size that says so; empty when none is complete. The
 // decoder refuses a file that ends before its announced size.
 std::vector<uint8_t> CompleteChunks(const uint8_t* data, size_t size) {
     size_t end = kRiffHeaderSize;
     while (size - end >= kChunkHeaderSize) {
-        const size_t content = ReadU32(data + end + 4);
+        const size_t content = LittleWord32(data + end + 4);
         const size_t padded = content + content % kChunkPadding;
         if (padded > size - end - kChunkHeaderSize) break;
         end += kChunkHeaderSize + padded;

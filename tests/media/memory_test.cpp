@@ -106,6 +106,18 @@ TEST(MediaMemory, A_picture_of_16_bits_takes_little_more_than_its_frame) {
     }
 }
 
+TEST(MediaMemory, A_GIF_without_size_takes_nothing_for_its_images) {
+    Bytes file = {'G', 'I', 'F', '8', '9', 'a', 0, 0, 0, 0, 0, 0, 0};
+    for (int i = 0; i < 20000; ++i) file.insert(file.end(), {0x2C, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0});
+    file.push_back(0x3B);
+    Animation animation;
+    std::string error;
+    const size_t most =
+        PeakOf([&] { ReadAnimationFromMemory(file.data(), file.size(), &animation, &error); });
+    EXPECT_EQ(error, "the GIF file has no frames");
+    EXPECT_LT(most, kMargin);
+}
+
 // Four bytes a pixel for the picture and two for what is compressed.
 TEST(MediaMemory, Writing_a_GIF_picture_takes_less_than_two_frames) {
     constexpr size_t kDictionary = 2200000;
