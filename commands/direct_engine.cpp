@@ -179,7 +179,8 @@ bool Build(void* opened, const Job& job, bool, Failure* failure) {
     environment.effect = DescriptorAt(static_cast<size_t>(job.effect));
     environment.source = direct->source;
     environment.showMessage = NoteMessage;
-    const FrameRunner runner = FramesOnThreads(direct->start.threads);
+    const int threads = direct->start.threads;
+    const FrameRunner runner = FramesOnThreads(threads > 0 ? threads : UsableThreads());
     if (runner.threads > 1) environment.runner = &runner;
     const OwnFloatingPoint core;
     if (RunBuild(environment, OptionsOf(job))) return true;
@@ -190,6 +191,7 @@ bool Build(void* opened, const Job& job, bool, Failure* failure) {
 }  // namespace
 
 const Engine kDirectEngine = {.options = nullptr,
+                              .usesThreads = true,
                               .open = Open,
                               .close = Close,
                               .name = Name,

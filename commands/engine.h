@@ -22,14 +22,14 @@ struct EngineStart {
     bool fastRemap = false;
     int ditherBrightness = -1;  // -1: the plug-in's default
     int ditherContrast = -1;
-    int threads =
-        1;  // on which frames are built at the same time; the plug-in has one, whatever is asked for
+    int threads = 0;  // for frames, where the engine usesThreads; 0: as many as the process has processors
     void (*onProgress)(const HostSession& session) = nullptr;  // called while it works; may be null
 };
 
 // A constant record of functions. Those that return false have written why not into their Failure.
 struct Engine {
-    const void* options;  // the engine's own, handed to `open`
+    const void* options;       // the engine's own, handed to `open`
+    bool usesThreads = false;  // builds several frames at a time
 
     // An opened engine, which the other functions take. Null: `*failure` says why not. One at a time.
     void* (*open)(const void* options, const EngineStart& start, Failure* failure);

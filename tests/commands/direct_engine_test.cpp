@@ -80,6 +80,25 @@ TEST_F(DirectEngine, Progress_reaches_whoever_asked_for_it) {
     EXPECT_EQ(session.actions.showProgress, nullptr) << "the session may be used for another engine";
 }
 
+TEST_F(DirectEngine, Any_number_of_threads_builds_the_same_frames) {
+    const std::vector<Frame> both = source.frames;
+    for (int i = 0; i < 3; ++i) source.frames.push_back(both[static_cast<size_t>(i % 2)]);
+    Job job;
+    job.effect = RowOf("Swirl");
+    job.paletteUse = PaletteUse::Computed;
+    job.dither = true;
+    std::vector<std::vector<uint8_t>> expected;
+    for (const int threads : {1, 2, 8, 0}) {
+        start.threads = threads;
+        ASSERT_TRUE(Build(job)) << failure.error;
+        std::vector<std::vector<uint8_t>> frames;
+        for (const BuiltFrame& frame : session.built.frames) frames.push_back(frame.pixels);
+        ASSERT_EQ(frames.size(), 5u);
+        if (threads == 1) expected = frames;
+        EXPECT_EQ(frames, expected) << threads;
+    }
+}
+
 #ifndef _WIN32
 TEST_F(DirectEngine, Each_refused_allocation_is_a_failure_that_loses_nothing) {
     Job job;
