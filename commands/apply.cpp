@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "commands/alpha_pixels.h"
+#include "commands/journey_seam.h"
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
 #include "commands/result_files.h"
@@ -107,7 +108,9 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     session.sourcePath = SystemPath(line.inputs[0]);
     Failure failure;
     if (!ReadSource(line, 0, &source, &report)) return report;
-    if (!EditFrames(line.edits, LimitsOf(line), &source, &failure)) return FailedReport(failure);
+    FrameEdits edits = line.edits;
+    if (line.delay >= 0) edits.stillDelay = line.delay;
+    if (!EditFrames(edits, LimitsOf(line), &source, &failure)) return FailedReport(failure);
     if (!CheckOutput(line, ResultPaths(line.output, source.frames.size(), line.format), &report))
         return report;
     if (IsStream(line.output) && line.format == "png" && source.frames.size() > 1) {
@@ -126,6 +129,14 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
         report.notes.push_back(ShownInput(line.inputs[0]) +
                                ": has transparent pixels; supercompression needs an opaque source.");
     }
+    bool seamless = false;
+    if (line.journeys.seamless) {
+        std::vector<std::string> clauses;
+        const bool loops = line.format != "png" && !IsRawFormat(line.format);
+        seamless = CheckSeam(session.built, session.record, loops, &clauses);
+        for (const std::string& clause : clauses)
+            report.notes.push_back(ShownPath(line.output) + ": " + clause + ".");
+    }
     const size_t frames = session.built.frames.size();
     const size_t colors = CountColors(session.built, session.record);
     const int width = session.built.width, height = session.built.height;
@@ -143,6 +154,7 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     report.result = {{"output", line.output}, {"frames", frames},      {"width", width},
                      {"height", height},      {"colors", colors},      {"bytes", written.bytes},
                      {"seconds", seconds},    {"files", written.files}};
+    if (line.journeys.seamless) report.result["seamless"] = seamless;
     return report;
 }
 

@@ -15,6 +15,7 @@ constexpr char kExamples[] =
     "kestrel apply IN.gif -o OUT.gif --effect Emboss --set Radius=18 --set Depth=30\n"
     "kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\" --effect Swirl --set Angle=90\n"
     "kestrel apply IN.gif -o OUT.gif --effect Bump --palette \"216-color safe\" --dither --supercompress\n"
+    "kestrel apply LOGO.png -o LOGO.gif --frames 20 --effect Swirl --set Angle=0..720:ease\n"
     "kestrel apply FRAMES-%03d.png -o OUT.gif --delay 40 --effect Neon";
 
 void AddPaletteOptions(CLI::App* command, CommandLine* line) {
@@ -68,10 +69,14 @@ void AddApply(CLI::App* app, const OptionTarget& target) {
         "Effect, as `kestrel effects` lists them; several are applied in turn; may be left out with --format "
         "or one of --reverse to --loop")
         ->type_name("NAME");
-    AddList(apply, "--set", &target.words->settings,
-            "Parameter of the effect before it; may be given several times")
+    AddList(
+        apply, "--set", &target.words->settings,
+        "Parameter of the effect before it; may be given several times; 0..720, 4,20,8 or 4@0%,20@30%,8@100% "
+        "moves it over the frames, with :ease (slow at the ends) and :loop (back to the first value)")
         ->type_name("NAME=VALUE");
     AddEditOptions(apply, &line->edits);
+    AddFlag(apply, "--seamless", &line->journeys.seamless,
+            "Say when the last frame does not lead into the first");
     AddPaletteOptions(apply, line);
     AddFormatOptions(apply, line);
     AddFlag(apply, "--comment", &line->comment,

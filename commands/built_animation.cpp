@@ -231,6 +231,15 @@ size_t CountColors(const BuiltAnimation& built, const SourceRecord& source) {
     return count;
 }
 
+std::vector<uint8_t> ShownPicture(const BuiltAnimation& built, size_t number, const SourceRecord& source,
+                                  std::vector<uint8_t>* canvas) {
+    canvas->resize(4 * PixelCount(built));
+    DrawOnto(built.frames[number], canvas);
+    std::vector<uint8_t> shown = *canvas;
+    TakeAlpha(SourceOf(built.frames[number], source), &shown);
+    return shown;
+}
+
 Animation PlayBuilt(const BuiltAnimation& built, const SourceRecord& source) {
     Animation animation;
     animation.width = built.width;

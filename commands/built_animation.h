@@ -44,6 +44,11 @@ bool AddBuiltFrame(const AddImageRecord& record, const uint8_t* bitmap, size_t b
 // hides does not count.
 size_t CountColors(const BuiltAnimation& built, const SourceRecord& source);
 
+// What a viewer shows while frame `number` is there, RGBA. Frames are asked for in their order: `canvas`
+// holds what the frames before have drawn; it is empty at first.
+std::vector<uint8_t> ShownPicture(const BuiltAnimation& built, size_t number, const SourceRecord& source,
+                                  std::vector<uint8_t>* canvas);
+
 // The animation as a viewer plays it, in true colour: transparent pixels show the frames before, and the
 // source's times, loop count, background, metadata and alpha are back. The source's comment stands before the
 // plug-in's.

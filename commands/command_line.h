@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "commands/frame_edits.h"
+#include "commands/journey.h"
 
 namespace CLI {
 class App;
@@ -50,6 +51,7 @@ struct CommandLine {
     // In the order in which they are applied; empty: the frames are only edited or converted.
     std::vector<EffectChoice> effects;
     FrameEdits edits;
+    JourneyOptions journeys;
     std::string palette;  // empty: whatever suits the output
     bool dither = false;
     bool supercompress = false;

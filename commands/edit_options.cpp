@@ -51,15 +51,16 @@ bool TakeTimes(Rest* rest) { return TakeCharacter(rest, 'x') || TakeCharacter(re
 
 bool IsAtEnd(const Rest& rest) { return rest.at == rest.end; }
 
-// 3-10, 3- or 3.
+// 3-10, 3- or 3, counted from 0.
 bool ReadFrames(const std::string& text, FrameEdits* edits) {
     Rest rest = All(text);
     int first = 0;
-    if (!TakeNumber(&rest, 1, &first)) return false;
+    if (!TakeNumber(&rest, 0, &first)) return false;
     int last = first;
+    edits->singleNumber = IsAtEnd(rest);
     if (TakeCharacter(&rest, '-')) {
         last = kLastFrame;
-        if (!IsAtEnd(rest) && (!TakeNumber(&rest, 1, &last) || last < first)) return false;
+        if (!IsAtEnd(rest) && (!TakeNumber(&rest, 0, &last) || last < first)) return false;
     }
     edits->firstFrame = first;
     edits->lastFrame = last;
@@ -137,8 +138,10 @@ struct EditOption {
 constexpr EditOption kEditOptions[] = {
     {.name = "--frames",
      .typeName = "A-B",
-     .description = "Only these frames, counted from 1: 3-10, 10- (to the end) or 5",
-     .takes = "frames, counted from 1, as 3-10, 10- or 5",
+     .description =
+         "Only these frames, counted from 0: 0-9, 10- (to the end) or 5; a still picture becomes an "
+         "animation of 5 frames with --frames 5",
+     .takes = "frames, counted from 0, as 0-9, 10- or 5",
      .read = ReadFrames},
     {.name = "--crop",
      .typeName = "WxH+X+Y",

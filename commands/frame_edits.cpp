@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -26,17 +27,31 @@ std::string SidesText(Sides sides) {
     return std::to_string(sides.width) + " x " + std::to_string(sides.height);
 }
 
-// From 1, up to and with the last one.
-int LastOf(const FrameEdits& edits, const Animation& animation) {
-    return edits.lastFrame == kLastFrame ? static_cast<int>(animation.frames.size()) : edits.lastFrame;
+// The frames that stay, and how often each is repeated.
+struct Stay {
+    size_t first;
+    size_t end;  // behind the last
+    size_t times;
+};
+
+// Whether a still picture is to become an animation.
+bool RepeatsStill(const FrameEdits& edits, const Animation& animation) {
+    return edits.singleNumber && edits.firstFrame > 0 && animation.frames.size() == 1;
 }
 
-bool CheckFrames(const FrameEdits& edits, const Animation& animation, Failure* failure) {
+bool FindFrames(const FrameEdits& edits, const Animation& animation, Stay* stay, Failure* failure) {
     const size_t count = animation.frames.size();
-    const int wanted = std::max(edits.firstFrame, edits.lastFrame);
-    if (static_cast<size_t>(wanted) <= count) return true;
-    return Refuse("--frames: there is no frame " + std::to_string(wanted) + "; the animation has " +
-                      (count == 1 ? "only one." : "frames 1 to " + std::to_string(count) + "."),
+    const auto first = static_cast<size_t>(edits.firstFrame);
+    *stay = {first, edits.lastFrame == kLastFrame ? count : static_cast<size_t>(edits.lastFrame) + 1, 1};
+    if (RepeatsStill(edits, animation)) {
+        *stay = {0, 1, first};
+        return first > 1 ||
+               Refuse("--frames: a still picture becomes an animation of 2 frames or more, not 1.", failure);
+    }
+    if (first < count && stay->end <= count) return true;
+    return Refuse("--frames: there is no frame " +
+                      std::to_string(std::max(edits.firstFrame, edits.lastFrame)) + "; the animation has " +
+                      (count == 1 ? "only frame 0." : "frames 0 to " + std::to_string(count - 1) + "."),
                   failure);
 }
 
@@ -73,23 +88,24 @@ Sides ResizedSides(const NewSize& resize, Sides sides) {
 }
 
 // A larger animation than the readers would take is not made either.
-bool CheckSize(Sides sides, size_t frames, const ReadLimits& limits, Failure* failure) {
+bool CheckSize(const char* option, Sides sides, size_t frames, const ReadLimits& limits, Failure* failure) {
     PixelBudget budget = {.limits = limits};
     std::string clause;
     if (SpendFrames(&budget, static_cast<uint64_t>(sides.width), static_cast<uint64_t>(sides.height), frames,
                     &clause))
         return true;
-    return Refuse("--resize: " + clause + ".", failure);
+    return Refuse(option + (": " + clause) + ".", failure);
 }
 
-double TimeOf(const FrameEdits& edits, const Frame& frame) {
-    return edits.framesPerSecond > 0 ? 1000 / edits.framesPerSecond : MillisecondsOf(frame) / edits.speed;
+double TimeOf(const FrameEdits& edits, int milliseconds) {
+    return edits.framesPerSecond > 0 ? 1000 / edits.framesPerSecond : milliseconds / edits.speed;
 }
 
 // Of the frames that stay.
-bool CheckTimes(const FrameEdits& edits, const Animation& animation, int last, Failure* failure) {
-    for (int number = edits.firstFrame; number <= last; ++number) {
-        if (TimeOf(edits, animation.frames[static_cast<size_t>(number - 1)]) <= kLongestFrame) continue;
+bool CheckTimes(const FrameEdits& edits, const Animation& animation, const Stay& stay, Failure* failure) {
+    for (size_t number = stay.first; number < stay.end; ++number) {
+        const int time = stay.times > 1 ? edits.stillDelay : MillisecondsOf(animation.frames[number]);
+        if (TimeOf(edits, time) <= kLongestFrame) continue;
         return Refuse("--speed: frame " + std::to_string(number) + " would be shown for more than " +
                           std::to_string(kLongestFrame / 1000) + " seconds, which files cannot hold.",
                       failure);
@@ -97,10 +113,22 @@ bool CheckTimes(const FrameEdits& edits, const Animation& animation, int last, F
     return true;
 }
 
-void KeepFrames(int first, int last, Animation* animation) {
+void KeepFrames(const Stay& stay, Animation* animation) {
     auto& frames = animation->frames;
-    frames.erase(frames.begin() + last, frames.end());
-    frames.erase(frames.begin(), frames.begin() + (first - 1));
+    frames.erase(frames.begin() + static_cast<std::ptrdiff_t>(stay.end), frames.end());
+    frames.erase(frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(stay.first));
+}
+
+// The still picture as an animation.
+void RepeatFrame(size_t times, int delay, Animation* animation) {
+    Frame& still = animation->frames[0];
+    int carry = 0;
+    still.milliseconds = delay;
+    still.delay = HundredthsOf(delay, &carry);
+    const Frame repeated = still;
+    animation->frames.resize(times, repeated);
+    animation->loopCount = kLoopForever;
+    for (size_t i = 1; i < times; ++i) animation->frames[i].delay = HundredthsOf(delay, &carry);
 }
 
 // Moves the rows of the area to the front: each goes to a place that is not behind its own.
@@ -144,7 +172,7 @@ void SetTimes(const FrameEdits& edits, Animation* animation) {
     long long shown = 0;
     int carry = 0;
     for (Frame& frame : animation->frames) {
-        end += TimeOf(edits, frame);
+        end += TimeOf(edits, MillisecondsOf(frame));
         const long long now = std::llround(end);
         frame.milliseconds = static_cast<int>(now - shown);
         frame.delay = HundredthsOf(frame.milliseconds, &carry);
@@ -155,32 +183,33 @@ void SetTimes(const FrameEdits& edits, Animation* animation) {
 }  // namespace
 
 bool HasEdits(const FrameEdits& edits) {
-    return edits.firstFrame != 1 || edits.lastFrame != kLastFrame || edits.reverse || edits.crop.width > 0 ||
+    return edits.firstFrame != 0 || edits.lastFrame != kLastFrame || edits.reverse || edits.crop.width > 0 ||
            edits.resize.percent > 0 || edits.resize.width > 0 || edits.resize.height > 0 ||
            edits.speed != 1 || edits.framesPerSecond > 0 || edits.setsLoop;
 }
 
 bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* animation, Failure* failure) {
-    if (!CheckFrames(edits, *animation, failure)) return false;
-    const int last = LastOf(edits, *animation);
+    Stay stay = {};
+    if (!FindFrames(edits, *animation, &stay, failure)) return false;
+    const size_t count = (stay.end - stay.first) * stay.times;
     const bool changesTimes = edits.speed != 1 || edits.framesPerSecond > 0;
     CropArea crop = edits.crop;
     Sides sides = {animation->width, animation->height};
     if (!CheckCrop(&crop, &sides, failure)) return false;
     const Sides resized = ResizedSides(edits.resize, sides);
     const bool resizes = resized.width != sides.width || resized.height != sides.height;
-    if (resizes && !CheckSize(resized, static_cast<size_t>(last) - static_cast<size_t>(edits.firstFrame) + 1,
-                              limits, failure))
-        return false;
-    if (changesTimes && !CheckTimes(edits, *animation, last, failure)) return false;
+    if (resizes && !CheckSize("--resize", resized, count, limits, failure)) return false;
+    if (stay.times > 1 && !CheckSize("--frames", resized, count, limits, failure)) return false;
+    if (changesTimes && !CheckTimes(edits, *animation, stay, failure)) return false;
 
-    KeepFrames(edits.firstFrame, last, animation);
+    KeepFrames(stay, animation);
     if (edits.reverse) std::reverse(animation->frames.begin(), animation->frames.end());
     if (crop.width > 0) Crop(crop, animation);
     if (resizes && !Resize(resized, animation)) {
         *failure = {kExitEngine, "there is not enough memory to resize the frames."};
         return false;
     }
+    if (stay.times > 1) RepeatFrame(stay.times, edits.stillDelay, animation);
     if (changesTimes) SetTimes(edits, animation);
     if (edits.setsLoop) animation->loopCount = edits.loopCount;
     return true;

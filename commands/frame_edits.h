@@ -23,15 +23,21 @@ struct NewSize {
     int height = 0;
 };
 
-constexpr int kLastFrame = 0;
+constexpr int kLastFrame = -1;
 constexpr double kSlowestSpeed = 0.01;
 constexpr double kFastestSpeed = 100;
+// Shown for so long where neither file nor command line says how long.
+constexpr int kStillMilliseconds = 100;
 constexpr int kLongestFrame = 655350;  // milliseconds: what the hundredths of a GIF file can say
 
 struct FrameEdits {
-    // The frames that stay, counted from 1. `lastFrame` may be kLastFrame: up to the end.
-    int firstFrame = 1;
+    // The frames that stay, counted from 0. `lastFrame` may be kLastFrame: up to the end.
+    int firstFrame = 0;
     int lastFrame = kLastFrame;
+    // They are given by one number. A still picture becomes an animation of so many frames, each shown for
+    // `stillDelay` milliseconds; 0 stays the picture itself.
+    bool singleNumber = false;
+    int stillDelay = kStillMilliseconds;
     bool reverse = false;
     CropArea crop = {};
     NewSize resize = {};
@@ -44,7 +50,8 @@ struct FrameEdits {
 bool HasEdits(const FrameEdits& edits);
 
 // Edits the animation in place, one frame after another, in this order: frames, reverse, crop, resize, speed
-// or frames per second, loop. Resized frames stand on no palette any more. Everything else of the animation
+// or frames per second, loop. A still picture is repeated behind resizing, and loops for ever then. Resized
+// frames stand on no palette any more. Everything else of the animation
 // stays. False: `*failure` says which option does not fit this animation or that memory ran out; in the first
 // case the animation is as it was.
 bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* animation, Failure* failure);

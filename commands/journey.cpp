@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "commands/sequence.h"
+#include "commands/frame_edits.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {
@@ -15,16 +15,14 @@ constexpr int kPercentParts = 100;  // times are read to a hundredth of a percen
 constexpr int kFullTime = 100 * kPercentParts;
 constexpr int kFullTurn = 360;
 
-// Parameters that are the same again after a full turn.
+// Parameters that are the same again after a full turn. A hue is none: it is not wrapped.
 struct TurningParameter {
     const char* effect;
     const char* parameter;
 };
 
 constexpr TurningParameter kTurning[] = {
-    {.effect = "HSB and Channels", .parameter = "Hue"},
     {.effect = "Motion Blur", .parameter = "Angle"},
-    {.effect = "Ripple", .parameter = "Phase"},
 };
 
 bool Turns(const std::string& effect, const std::string& parameter) {

@@ -45,8 +45,8 @@ bool IsJourney(const std::string& text);
 // Reads "0..720", "4,20,8" or "4@0%,20@30%,8@100%", with ":linear", ":ease" and ":loop" behind it, for the
 // parameter of `effect`. The first value is that of the first frame and the last value that of the last
 // frame; values between them follow the time. With "loop" the first value comes again when the last frame has
-// been shown. What turns all the way round, as a hue does, goes on in its direction then. Check boxes and
-// lists switch from value to value and take no range. False: `*error` is one sentence.
+// been shown. What turns all the way round, as Motion Blur's angle does, goes on in its direction then. Check
+// boxes and lists switch from value to value and take no range. False: `*error` is one sentence.
 bool ParseJourney(const Parameter& parameter, const std::string& effect, const std::string& text,
                   Journey* journey, std::string* error);
 

@@ -8,9 +8,6 @@
 
 namespace kfx::commands {
 
-// Shown for so long where neither file nor command line says how long.
-constexpr int kStillMilliseconds = 100;
-
 // Reads the source's files, which must have one size, one behind the other. Loop count, background, comment
 // and metadata are those of the first; where that is a still, the animation loops for ever. It has a global
 // palette when every file has one and all their colours fit in it. `delay` in milliseconds holds for every

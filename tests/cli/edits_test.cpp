@@ -38,10 +38,10 @@ TEST_F(Edits, Without_an_effect_a_gif_keeps_its_exact_pictures) {
     for (const bool holes : {false, true}) {
         WriteTestGif(input, 6, holes);
         const Animation result = Result(holes ? "holes.gif" : "plain.gif",
-                                        {"--frames", "2-5", "--crop", "17x11+9+3", "--reverse"});
+                                        {"--frames", "1-4", "--crop", "17x11+9+3", "--reverse"});
         ExpectSamePictures(
-            Edited({.firstFrame = 2,
-                    .lastFrame = 5,
+            Edited({.firstFrame = 1,
+                    .lastFrame = 4,
                     .reverse = true,
                     .crop = {.width = 17, .height = 11, .centered = false, .left = 9, .top = 3}}),
             result);
@@ -72,8 +72,8 @@ TEST_F(Edits, A_resized_gif_has_one_computed_palette) {
 TEST_F(Edits, The_effect_works_on_the_edited_frames) {
     WriteTestGif(input, 3);
     std::vector<std::string> unchanged = UnchangedPictures();
-    unchanged.insert(unchanged.end(), {"--resize", "60x", "--frames", "2-"});
-    ExpectSamePictures(Edited({.firstFrame = 2, .resize = {.width = 60}}), Result("out.webp", unchanged));
+    unchanged.insert(unchanged.end(), {"--resize", "60x", "--frames", "1-"});
+    ExpectSamePictures(Edited({.firstFrame = 1, .resize = {.width = 60}}), Result("out.webp", unchanged));
 }
 
 TEST_F(Edits, A_palette_goes_without_an_effect_too) {
@@ -89,16 +89,16 @@ TEST_F(Edits, A_palette_goes_without_an_effect_too) {
 
 TEST_F(Edits, One_frame_of_many_is_one_picture_file) {
     WriteTestGif(input, 5);
-    ExpectSamePictures(Edited({.firstFrame = 4, .lastFrame = 4}), Result("out.png", {"--frames", "4"}));
+    ExpectSamePictures(Edited({.firstFrame = 3, .lastFrame = 3}), Result("out.png", {"--frames", "3"}));
     EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out.png"}));
 }
 
 TEST_F(Edits, What_does_not_fit_the_animation_is_a_wrong_command) {
     WriteTestGif(input, 5);
     const ProgramResult result =
-        RunKestrel({"apply", input, "-o", folder.path + "out.gif", "--frames", "3-6"});
+        RunKestrel({"apply", input, "-o", folder.path + "out.gif", "--frames", "3-5"});
     EXPECT_EQ(result.exitCode, 2);
-    EXPECT_EQ(result.err, "kestrel: --frames: there is no frame 6; the animation has frames 1 to 5.\n");
+    EXPECT_EQ(result.err, "kestrel: --frames: there is no frame 5; the animation has frames 0 to 4.\n");
     EXPECT_EQ(FilesIn(folder.path), std::vector<std::string>{"in.gif"});
 }
 

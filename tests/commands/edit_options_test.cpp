@@ -43,8 +43,13 @@ TEST(EditOptions, Frames_are_a_range_an_open_range_or_one) {
     EXPECT_EQ(Accept("--frames", "10-").lastFrame, kLastFrame);
     EXPECT_EQ(Accept("--frames", "5").firstFrame, 5);
     EXPECT_EQ(Accept("--frames", "5").lastFrame, 5);
-    ExpectRefused("--frames", {"0", "0-3", "9-3", "3-0", "3-4-5", "x", "3-x", "1,2", "99999999999", "3 "},
-                  "frames, counted from 1, as 3-10, 10- or 5");
+    EXPECT_EQ(Accept("--frames", "0").lastFrame, 0);
+    EXPECT_EQ(Accept("--frames", "0-3").lastFrame, 3);
+    EXPECT_TRUE(Accept("--frames", "5").singleNumber);
+    EXPECT_FALSE(Accept("--frames", "5-5").singleNumber);
+    EXPECT_FALSE(Accept("--frames", "5-").singleNumber);
+    ExpectRefused("--frames", {"-1", "9-3", "3-0", "3-4-5", "x", "3-x", "1,2", "99999999999", "3 ", "0x1"},
+                  "frames, counted from 0, as 0-9, 10- or 5");
 }
 
 TEST(EditOptions, A_crop_is_a_size_with_or_without_a_place) {

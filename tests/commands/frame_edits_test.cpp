@@ -93,12 +93,12 @@ TEST(FrameEdits, Without_edits_nothing_changes) {
     EXPECT_EQ(animation.loopCount, 7);
 }
 
-TEST(FrameEdits, Frames_are_counted_from_one_and_keep_their_times) {
+TEST(FrameEdits, Frames_are_counted_from_zero_and_keep_their_times) {
     Animation animation = NumberedFrames(6, 5, 8);
-    Edit({.firstFrame = 3, .lastFrame = 5}, &animation);
+    Edit({.firstFrame = 2, .lastFrame = 4}, &animation);
     EXPECT_THAT(NumbersOf(animation), ElementsAre(3, 4, 5));
     EXPECT_THAT(DelaysIn(animation), ElementsAre(6, 7, 8));
-    Edit({.firstFrame = 2}, &animation);
+    Edit({.firstFrame = 1}, &animation);
     EXPECT_THAT(NumbersOf(animation), ElementsAre(4, 5));
     EXPECT_EQ(animation.comment, "of the source");
     EXPECT_EQ(animation.metadata.xmp.size(), 2u);
@@ -107,17 +107,72 @@ TEST(FrameEdits, Frames_are_counted_from_one_and_keep_their_times) {
 
 TEST(FrameEdits, Frames_that_are_not_there_are_refused) {
     const Animation animation = NumberedFrames(6, 5, 8);
-    EXPECT_EQ(ErrorOf({.firstFrame = 3, .lastFrame = 9}, animation),
-              "--frames: there is no frame 9; the animation has frames 1 to 8.");
-    EXPECT_EQ(ErrorOf({.firstFrame = 9}, animation),
-              "--frames: there is no frame 9; the animation has frames 1 to 8.");
-    EXPECT_EQ(ErrorOf({.firstFrame = 2}, NumberedFrames(6, 5, 1)),
-              "--frames: there is no frame 2; the animation has only one.");
+    EXPECT_EQ(ErrorOf({.firstFrame = 3, .lastFrame = 8}, animation),
+              "--frames: there is no frame 8; the animation has frames 0 to 7.");
+    EXPECT_EQ(ErrorOf({.firstFrame = 8}, animation),
+              "--frames: there is no frame 8; the animation has frames 0 to 7.");
+    EXPECT_EQ(ErrorOf({.firstFrame = 8, .lastFrame = 8, .singleNumber = true}, animation),
+              "--frames: there is no frame 8; the animation has frames 0 to 7.");
+    EXPECT_EQ(ErrorOf({.firstFrame = 1}, NumberedFrames(6, 5, 1)),
+              "--frames: there is no frame 1; the animation has only frame 0.");
+}
+
+TEST(FrameEdits, A_still_picture_becomes_an_animation_of_so_many_frames) {
+    Animation animation = NumberedFrames(6, 5, 1);
+    animation.loopCount = kLoopNone;
+    Edit({.firstFrame = 4, .lastFrame = 4, .singleNumber = true}, &animation);
+    EXPECT_THAT(NumbersOf(animation), ElementsAre(1, 1, 1, 1));
+    EXPECT_THAT(MillisecondsIn(animation), ElementsAre(100, 100, 100, 100));
+    EXPECT_THAT(DelaysIn(animation), ElementsAre(10, 10, 10, 10));
+    EXPECT_EQ(animation.frames[3].indices, animation.frames[0].indices);
+    EXPECT_TRUE(animation.frames[3].indexed);
+    EXPECT_EQ(animation.loopCount, kLoopForever);
+    EXPECT_EQ(animation.comment, "of the source");
+
+    animation = NumberedFrames(6, 5, 1);
+    Edit({.firstFrame = 3,
+          .lastFrame = 3,
+          .singleNumber = true,
+          .stillDelay = 33,
+          .crop = {.width = 2, .height = 2},
+          .speed = 0.5,
+          .setsLoop = true,
+          .loopCount = 4},
+         &animation);
+    EXPECT_EQ(animation.width, 2);
+    EXPECT_THAT(MillisecondsIn(animation), ElementsAre(66, 66, 66));
+    EXPECT_EQ(animation.loopCount, 4);
+
+    animation = NumberedFrames(6, 5, 1);
+    Edit({.firstFrame = 3, .lastFrame = 3, .singleNumber = true, .stillDelay = 33}, &animation);
+    EXPECT_THAT(DelaysIn(animation), ElementsAre(3, 4, 3)) << "a file of hundredths keeps the pace";
+    animation = NumberedFrames(6, 5, 1);
+    Edit({.lastFrame = 0, .singleNumber = true}, &animation);
+    EXPECT_EQ(animation.frames.size(), 1u) << "its frame 0 is the picture itself";
+    EXPECT_EQ(ErrorOf({.firstFrame = 1, .lastFrame = 1, .singleNumber = true}, animation),
+              "--frames: a still picture becomes an animation of 2 frames or more, not 1.");
+    EXPECT_EQ(ErrorOf({.firstFrame = 3, .lastFrame = 3}, animation),
+              "--frames: there is no frame 3; the animation has only frame 0.");
+}
+
+TEST(FrameEdits, A_still_picture_is_repeated_within_the_limit) {
+    Animation animation = NumberedFrames(10, 10, 1);
+    Failure failure;
+    ReadLimits limits;
+    limits.maxPixels = 1000;
+    EXPECT_FALSE(
+        EditFrames({.firstFrame = 11, .lastFrame = 11, .singleNumber = true}, limits, &animation, &failure));
+    EXPECT_EQ(failure.exitCode, kExitBadCommand);
+    EXPECT_THAT(failure.error, HasSubstr("--frames: "));
+    EXPECT_EQ(animation.frames.size(), 1u);
+    EXPECT_TRUE(
+        EditFrames({.firstFrame = 10, .lastFrame = 10, .singleNumber = true}, limits, &animation, &failure));
+    EXPECT_EQ(animation.frames.size(), 10u);
 }
 
 TEST(FrameEdits, Reverse_turns_the_frames_that_are_kept_and_their_times) {
     Animation animation = NumberedFrames(6, 5, 5);
-    Edit({.firstFrame = 2, .reverse = true}, &animation);
+    Edit({.firstFrame = 1, .reverse = true}, &animation);
     EXPECT_THAT(NumbersOf(animation), ElementsAre(5, 4, 3, 2));
     EXPECT_THAT(DelaysIn(animation), ElementsAre(8, 7, 6, 5));
 }
@@ -300,8 +355,8 @@ TEST(FrameEdits, A_time_that_no_file_holds_is_refused) {
     Animation animation = NumberedFrames(2, 2, 3);
     animation.frames[1].delay = 65535;
     EXPECT_EQ(ErrorOf({.speed = 0.5}, animation),
-              "--speed: frame 2 would be shown for more than 655 seconds, which files cannot hold.");
-    Edit({.lastFrame = 1, .speed = 0.5}, &animation);
+              "--speed: frame 1 would be shown for more than 655 seconds, which files cannot hold.");
+    Edit({.lastFrame = 0, .speed = 0.5}, &animation);
     EXPECT_EQ(animation.frames.size(), 1u) << "a frame that goes is none to complain about";
 }
 

@@ -197,9 +197,29 @@ TEST_F(Engines, A_chain_of_effects_gives_the_same_files) {
     ExpectSameFrom(Apply("plain.gif", "out.webp", "Raster", {"--effect", "Motion Blur", "--effect", "Neon"}));
 }
 
+TEST_F(Engines, Journeys_give_the_same_files) {
+    ExpectSameFrom(
+        Apply("plain.gif", "out.gif", "Swirl",
+              {"--set", "Angle=-90..360:ease", "--dither", "--supercompress", "--palette", "custom"}));
+    ExpectSameFrom(Apply("plain.gif", "out.webp", "HSB",
+                         {"--set", "Hue=0..360:loop", "--set", "Invert=off,on", "--seamless"}));
+    ExpectSameFrom(Apply("holes.gif", "out.gif", "Motion Blur",
+                         {"--set", "Radius=5..50", "--edges", "extend", "--effect", "Emboss", "--set",
+                          "Depth=15,50,20", "--comment"}));
+    ExpectSameFrom(
+        Apply("single.gif", "out.gif", "Ripple",
+              {"--frames", "4", "--delay", "40", "--set", "Phase=0..360:loop", "--palette", "216"}));
+    ExpectSameInSomeSecond(
+        Apply("single.gif", "out.webp", "Water Drops", {"--frames", "3", "--set", "Radius=3..12"}));
+    ExpectSameFrom(Apply("single.gif", "out.gif", "Swirl", {"--set", "Angle=0..90"}),
+                   commands::kExitBadCommand);
+    ExpectSameFrom(Apply("plain.gif", "out.gif", "Swirl", {"--set", "Angle=0..1441"}),
+                   commands::kExitBadCommand);
+}
+
 TEST_F(Engines, Edits_give_the_same_files_with_and_without_an_effect) {
     ExpectSameFrom(
-        Apply("plain.gif", "out.gif", "Swirl", {"--frames", "2-", "--resize", "50%", "--reverse"}));
+        Apply("plain.gif", "out.gif", "Swirl", {"--frames", "1-", "--resize", "50%", "--reverse"}));
     for (const Arguments& palette : {Arguments{}, {"--palette", "216-color safe", "--dither"}}) {
         Arguments arguments = {
             "apply", sources.path + "holes.gif", "-o", results.path + "out.gif", "--resize", "30x", "--crop",
