@@ -73,6 +73,7 @@ struct Animation {
     bool hasBackground = false;
     RgbColor background;
     std::string comment;  // the file's bytes; several comments are joined by a line feed
+    std::string recipe;   // how the file was made; see media/recipe_note.h
     Metadata metadata;
     std::vector<Frame> frames;
     // Not empty when the file is damaged and only its complete frames were read: one clause for the user.

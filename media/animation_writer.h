@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,7 @@ struct GifAnimation {
     int loopCount = kLoopNone;
     std::vector<RgbColor> globalPalette;  // may be empty when each frame has its own
     std::string comment;                  // empty: no comment block
+    std::string recipe;                   // a comment block of its own, behind the other; empty: none
     bool hasBackground = false;
     RgbColor background;  // kept when the global palette has it or a free entry; viewers do not show it
     Metadata metadata;    // the format holds colour profile and XMP
@@ -64,17 +66,17 @@ struct WebpOptions {
     int effort = 6;    // 0 to 9: more takes longer and makes smaller files
 };
 
-// Uses the size, loop count, background, metadata and each frame's pixels and time, to the millisecond. Sides
-// are limited to 16383. A frame that equals its predecessor is stored as a longer time. Colours of fully
-// transparent pixels are not kept.
+// Uses the size, loop count, background, metadata, recipe and each frame's pixels and time, to the
+// millisecond. Sides are limited to 16383. A frame that equals its predecessor is stored as a longer time.
+// Colours of fully transparent pixels are not kept.
 bool WriteWebp(const std::string& path, const Animation& animation, std::string* error,
                const WebpOptions& options = WebpOptions());
 bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error,
                 const WebpOptions& options = WebpOptions());
 
-// An animated PNG file: uses the size, the loop count, comment, background, metadata and each frame's pixels
-// and time, to the millisecond. Every frame but the first is stored as the part that changes. Colours of
-// fully transparent pixels are not kept.
+// An animated PNG file: uses the size, the loop count, comment, recipe, background, metadata and each frame's
+// pixels and time, to the millisecond. Every frame but the first is stored as the part that changes. Colours
+// of fully transparent pixels are not kept.
 bool WriteApng(const std::string& path, const Animation& animation, std::string* error);
 bool EncodeApng(const Animation& animation, std::vector<uint8_t>* file, std::string* error);
 
@@ -87,7 +89,7 @@ struct Picture {
 
 bool WritePng(const std::string& path, const Picture& picture, std::string* error);
 // Takes the smallest of the formats that hold every pixel exactly: palette, grey, RGB, alpha. The file gets
-// the comment, the background and the metadata of `notes`.
+// the comment, the recipe, the background and the metadata of `notes`.
 bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>* file, std::string* error,
                const Animation& notes = Animation());
 
@@ -95,8 +97,10 @@ bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>*
 // beside it, with as many digits as the last number needs, but at least three.
 std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCount);
 
-// Each file has the animation's comment, background and metadata. All frames or none: when one cannot be
-// written, those before it are removed again.
-bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error);
+// Each file has the animation's comment, background and metadata, and the recipe of its own that `recipeOf`
+// says (null: none). All frames or none: when one cannot be written, those before it are removed again.
+using RecipeOfFrame = std::function<std::string(size_t frame)>;
+bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error,
+                    const RecipeOfFrame& recipeOf = nullptr);
 
 }  // namespace kfx

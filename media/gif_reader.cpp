@@ -10,6 +10,7 @@
 #include "media/gif_canvas.h"
 #include "media/gif_survey.h"
 #include "media/readers.h"
+#include "media/recipe_note.h"
 
 namespace kfx {
 namespace {
@@ -86,6 +87,15 @@ void CutXmpEnd(std::vector<uint8_t>* xmp) {
     xmp->erase(whole ? xmp->end() - kEnd : xmp->begin(), xmp->end());
 }
 
+void TakeComment(const std::string& text, Animation* animation) {
+    if (IsRecipe(text)) {
+        animation->recipe = text;
+        return;
+    }
+    if (!animation->comment.empty()) animation->comment += '\n';
+    animation->comment += text;
+}
+
 // An extension is a chain of blocks, each beginning with its length.
 bool ReadExtension(GifReader* reader) {
     int code = 0;
@@ -95,14 +105,15 @@ bool ReadExtension(GifReader* reader) {
     bool isLoopExtension = false;
     bool isXmp = false;
     bool isProfile = false;
-    if (code == COMMENT_EXT_FUNC_CODE && block && !animation->comment.empty()) animation->comment += '\n';
+    std::string comment;
+    const bool isComment = code == COMMENT_EXT_FUNC_CODE && block;
     for (bool first = true; block; first = false) {
         const size_t length = block[0];
         const char* text = reinterpret_cast<const char*>(block + 1);
         if (code == GRAPHICS_EXT_FUNC_CODE && first) {
             DGifExtensionToGCB(length, block + 1, &reader->control);
         } else if (code == COMMENT_EXT_FUNC_CODE) {
-            animation->comment.append(text, length);
+            comment.append(text, length);
         } else if (code == APPLICATION_EXT_FUNC_CODE && first) {
             isLoopExtension = length == 11 && (std::memcmp(text, "NETSCAPE2.0", length) == 0 ||
                                                std::memcmp(text, "ANIMEXTS1.0", length) == 0);
@@ -117,8 +128,12 @@ bool ReadExtension(GifReader* reader) {
             animation->metadata.colorProfile.insert(animation->metadata.colorProfile.end(), block + 1,
                                                     block + 1 + length);
         }
-        if (DGifGetExtensionNext(reader->gif, &block) == GIF_ERROR) return false;
+        if (DGifGetExtensionNext(reader->gif, &block) == GIF_ERROR) {
+            if (isComment && !IsRecipe(comment)) TakeComment(comment, animation);  // what there is of it
+            return false;
+        }
     }
+    if (isComment) TakeComment(comment, animation);
     if (isXmp) CutXmpEnd(&animation->metadata.xmp);
     return true;
 }

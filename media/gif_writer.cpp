@@ -167,6 +167,7 @@ void PutFile(GifParts* work, Bytes* file) {
     if (entries > 0) PutPalette(file, parts.numbers, order.colors, entries);
     PutLoopCount(file, gif.loopCount);
     PutComment(file, gif.comment);
+    PutComment(file, gif.recipe);
     PutMetadata(file, gif.metadata);
     for (size_t i = 0; i < parts.frames.size(); ++i)
         PutFrame(file, parts, parts.frames[i], gif.frames[i].delay, order);

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "media/png_deflate.h"
+#include "media/recipe_note.h"
 
 namespace kfx {
 namespace {
@@ -21,8 +22,10 @@ constexpr uint32_t kTextChunk = PngName("iTXt");  // in UTF-8
 
 constexpr std::string_view kXmpKeyword = "XML:com.adobe.xmp";
 constexpr std::string_view kCommentKeyword = "Comment";
+constexpr std::string_view kRecipeKeyword = "Kestrel recipe";
 constexpr std::string_view kProfileName = "ICC profile";
-constexpr size_t kLongText = 1024;  // bytes from which a comment is compressed
+constexpr size_t kLongText = 1024;   // bytes from which a comment is compressed
+constexpr size_t kLongRecipe = 256;  // its words repeat themselves, so that less of it is worth packing
 
 // The part of a chunk that was not read yet.
 struct Rest {
@@ -85,12 +88,18 @@ void AddComment(const Bytes& text, Animation* animation) {
     animation->comment.append(text.begin(), text.end());
 }
 
+void TakeRecipe(const Bytes& text, Animation* animation) {
+    const std::string recipe(text.begin(), text.end());
+    if (IsRecipe(recipe)) animation->recipe = recipe;
+}
+
 void TakeText(const PngChunk& chunk, PngNoteReader* reader) {
     Rest rest = {chunk.data, chunk.size};
     std::string_view keyword;
     if (!TakeString(&rest, &keyword)) return;
     const bool isXmp = chunk.name == kTextChunk && keyword == kXmpKeyword;
-    if (!isXmp && keyword != kCommentKeyword) return;
+    const bool isRecipe = keyword == kRecipeKeyword;
+    if (!isXmp && !isRecipe && keyword != kCommentKeyword) return;
     uint8_t isPacked = chunk.name == kPackedLatinChunk ? 1 : 0;
     uint8_t method = 0;
     if (chunk.name == kTextChunk && !TakeByte(&rest, &isPacked)) return;
@@ -104,6 +113,8 @@ void TakeText(const PngChunk& chunk, PngNoteReader* reader) {
     if (isPacked == 1 && !UnpackNote(rest, reader, &text)) return;
     if (isXmp)
         reader->animation->metadata.xmp = std::move(text);
+    else if (isRecipe)
+        TakeRecipe(text, reader->animation);
     else
         AddComment(chunk.name == kTextChunk ? text : Utf8Of(text), reader->animation);
 }
@@ -158,16 +169,17 @@ void PutProfile(Bytes* file, const Bytes& profile, const PngFormat& format) {
     PutPngChunk(file, kProfileChunk, data);
 }
 
-void PutComment(Bytes* file, const std::string& comment) {
-    Bytes text(comment.begin(), comment.end());
+// A text of the keyword, compressed from so many bytes on.
+void PutTextChunk(Bytes* file, std::string_view keyword, const std::string& content, size_t packedFrom) {
+    Bytes text(content.begin(), content.end());
     std::erase(text, uint8_t{0});
     if (text.empty()) return;
     const bool isAscii = std::all_of(text.begin(), text.end(), [](uint8_t letter) { return letter < 0x80; });
     const bool isLatin = isAscii || !IsUtf8(text);
-    const bool isPacked = text.size() >= kLongText;
+    const bool isPacked = text.size() >= packedFrom;
     if (isPacked) text = Pack(text.data(), text.size(), kSmallestPacking);
     Bytes data;
-    PutText(&data, kCommentKeyword);
+    PutText(&data, keyword);
     if (!isLatin) data.insert(data.end(), {static_cast<uint8_t>(isPacked ? 1 : 0), 0, 0, 0});
     if (isLatin && isPacked) data.push_back(0);
     data.insert(data.end(), text.begin(), text.end());
@@ -260,7 +272,8 @@ void PutPngHead(Bytes* file, int width, int height, const Animation& notes, PngF
         PutBigWord16(&transparency, format->key[i]);
     if (!transparency.empty()) PutPngChunk(file, kTransparencyChunk, transparency);
     if (!background.empty()) PutPngChunk(file, kBackgroundChunk, background);
-    PutComment(file, notes.comment);
+    PutTextChunk(file, kCommentKeyword, notes.comment, kLongText);
+    PutTextChunk(file, kRecipeKeyword, notes.recipe, kLongRecipe);
     PutXmp(file, notes.metadata.xmp);
     if (!notes.metadata.exif.empty()) PutPngChunk(file, kExifChunk, notes.metadata.exif);
 }

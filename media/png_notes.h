@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What PNG files say beside the picture: colour profile, EXIF, XMP, comment, background colour.
+// What PNG files say beside the picture: colour profile, EXIF, XMP, comment, recipe, background colour.
 #pragma once
 
 #include <cstddef>

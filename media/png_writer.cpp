@@ -119,14 +119,21 @@ std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCoun
     return paths;
 }
 
-bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error) {
+bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error,
+                    const RecipeOfFrame& recipeOf) {
     if (animation.frames.empty()) {
         *error = path + ": there are no frames to write.";
         return false;
     }
-    const auto encode = [&animation](size_t i, Bytes* file, std::string* clause) {
+    Animation notes;
+    notes.comment = animation.comment;
+    notes.hasBackground = animation.hasBackground;
+    notes.background = animation.background;
+    notes.metadata = animation.metadata;
+    const auto encode = [&](size_t i, Bytes* file, std::string* clause) {
+        if (recipeOf) notes.recipe = recipeOf(i);
         return EncodePng(animation.width, animation.height, animation.frames[i].pixels.data(), file, clause,
-                         animation);
+                         notes);
     };
     return WriteWholeFiles(PngFramePaths(path, animation.frames.size()), encode, error);
 }

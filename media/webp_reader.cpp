@@ -13,6 +13,7 @@
 #include "media/little_endian.h"
 #include "media/loop_count.h"
 #include "media/readers.h"
+#include "media/recipe_note.h"
 
 namespace kfx {
 namespace {
@@ -66,6 +67,9 @@ void ReadCanvas(const WebPDemuxer* demuxer, Animation* animation) {
     animation->metadata = {.colorProfile = ReadChunk(demuxer, "ICCP"),
                            .exif = ReadChunk(demuxer, "EXIF"),
                            .xmp = ReadChunk(demuxer, "XMP ")};
+    const std::vector<uint8_t> recipe = ReadChunk(demuxer, kRecipeChunk);
+    animation->recipe.assign(recipe.begin(), recipe.end());
+    if (!IsRecipe(animation->recipe)) animation->recipe.clear();
     if ((WebPDemuxGetI(demuxer, WEBP_FF_FORMAT_FLAGS) & ANIMATION_FLAG) == 0) return;
     animation->loopCount = RepeatsOf(WebPDemuxGetI(demuxer, WEBP_FF_LOOP_COUNT));
     const uint32_t background = WebPDemuxGetI(demuxer, WEBP_FF_BACKGROUND_COLOR);  // 0xAARRGGBB

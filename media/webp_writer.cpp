@@ -11,6 +11,7 @@
 #include "media/animation_writer.h"
 #include "media/file_io.h"
 #include "media/loop_count.h"
+#include "media/recipe_note.h"
 
 namespace kfx {
 namespace {
@@ -86,14 +87,18 @@ bool SetChunk(WebPMux* mux, const char* name, const std::vector<uint8_t>& bytes)
     return bytes.empty() || WebPMuxSetChunk(mux, name, &data, 1) == WEBP_MUX_OK;
 }
 
-// The file with the metadata; `file` is as it was when there are none.
-bool AddMetadata(const Metadata& metadata, std::vector<uint8_t>* file) {
-    if (metadata.colorProfile.empty() && metadata.exif.empty() && metadata.xmp.empty()) return true;
+// The file with the metadata and the recipe; `file` is as it was when there are none.
+bool AddNotes(const Animation& notes, std::vector<uint8_t>* file) {
+    const Metadata& metadata = notes.metadata;
+    const std::vector<uint8_t> recipe(notes.recipe.begin(), notes.recipe.end());
+    if (metadata.colorProfile.empty() && metadata.exif.empty() && metadata.xmp.empty() && recipe.empty())
+        return true;
     const WebPData plain = {file->data(), file->size()};
     const std::unique_ptr<WebPMux, MuxDeleter> mux(WebPMuxCreate(&plain, 1));
     AssembledFile assembled;
     if (!mux || !SetChunk(mux.get(), "ICCP", metadata.colorProfile) ||
         !SetChunk(mux.get(), "EXIF", metadata.exif) || !SetChunk(mux.get(), "XMP ", metadata.xmp) ||
+        !SetChunk(mux.get(), kRecipeChunk, recipe) ||
         WebPMuxAssemble(mux.get(), &assembled.data) != WEBP_MUX_OK)
         return false;
     file->assign(assembled.data.bytes, assembled.data.bytes + assembled.data.size);
@@ -123,7 +128,7 @@ bool EncodeChecked(const Animation& animation, const WebpOptions& options, std::
         !WebPAnimEncoderAssemble(encoder.get(), &assembled.data))
         return false;
     file->assign(assembled.data.bytes, assembled.data.bytes + assembled.data.size);
-    return AddMetadata(animation.metadata, file);
+    return AddNotes(animation, file);
 }
 
 }  // namespace
