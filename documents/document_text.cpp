@@ -28,12 +28,9 @@ void CutAt(char* line, char end) {
 
 }  // namespace
 
-void WriteDocumentStart(std::FILE* file) {
-    std::fprintf(file, ";This is a document created by %s by %s - do not edit.\n", kProductText, kMakerText);
-    std::fputs(";Start of document\n", file);
-}
+void WriteDocumentStart(std::FILE* file) { std::fputs(kDocumentStart, file); }
 
-void WriteDocumentEnd(std::FILE* file) { std::fputs(";End of document\n", file); }
+void WriteDocumentEnd(std::FILE* file) { std::fputs(kDocumentEnd, file); }
 
 void WriteNumberLine(std::FILE* file, const char* kindWord, int id, int32_t value) {
     std::fprintf(file, "%s%d=%d\n", kindWord, id, value);
@@ -50,19 +47,28 @@ void WriteTextLine(std::FILE* file, const char* kindWord, int id, const char* va
 bool ReadDocumentStart(std::FILE* file) {
     char line[kDocumentLineBytes];
     if (!std::fgets(line, sizeof line, file)) return true;
-    return std::strstr(line, kProductText) && std::strstr(line, kMakerText);
+    return IsDocumentStart(line);
 }
 
 int ReadDocumentLine(std::FILE* file, char line[kDocumentLineBytes]) {
     while (std::fgets(line, kDocumentLineBytes, file)) {
-        if (line[0] == ';') continue;
-        CutAt(line, '\n');
-        CutAt(line, '\r');
-        if (std::strlen(line) <= kKindWordLength) continue;
-        const auto id = static_cast<int32_t>(ParseDecimal(line + kKindWordLength));
+        const int id = TakeDocumentLine(line);
         if (id > 0) return id;
     }
     return 0;
+}
+
+bool IsDocumentStart(const char* line) {
+    return std::strstr(line, kProductText) && std::strstr(line, kMakerText);
+}
+
+int TakeDocumentLine(char* line) {
+    if (line[0] == ';') return 0;
+    CutAt(line, '\n');
+    CutAt(line, '\r');
+    if (std::strlen(line) <= kKindWordLength) return 0;
+    const auto id = static_cast<int32_t>(ParseDecimal(line + kKindWordLength));
+    return id > 0 ? id : 0;
 }
 
 const char* FindLineValue(const char* line, const char* kindWord) {

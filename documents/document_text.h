@@ -12,6 +12,12 @@ namespace kfx {
 constexpr size_t kDocumentLineBytes = 8192;   // a longer line is read in pieces
 constexpr size_t kDocumentValueBytes = 1024;  // of a text value, at most 1023 characters
 
+// The lines that a document begins with, and its last one.
+constexpr char kDocumentStart[] =
+    ";This is a document created by Kestrel FX #1 Plugin by Quorvane Labs - do not edit.\n"
+    ";Start of document\n";
+constexpr char kDocumentEnd[] = ";End of document\n";
+
 void WriteDocumentStart(std::FILE* file);
 void WriteDocumentEnd(std::FILE* file);
 
@@ -28,6 +34,13 @@ bool ReadDocumentStart(std::FILE* file);
 // (above 0). Comments, lines below seven characters and lines without an identifier are skipped. 0: the
 // file has ended.
 int ReadDocumentLine(std::FILE* file, char line[kDocumentLineBytes]);
+
+// The rules of the two functions above for lines that somebody else has read, of at most kDocumentLineBytes
+// with the terminator. Whether this can be a document's first line.
+bool IsDocumentStart(const char* line);
+
+// Cuts the line end off and returns the identifier; 0: the line is to be skipped.
+int TakeDocumentLine(char* line);
 
 // The value of a line of this kind, behind "=" and any further "=" and spaces. Null: another kind, or no "=".
 const char* FindLineValue(const char* line, const char* kindWord);
