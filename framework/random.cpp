@@ -54,8 +54,7 @@ KFX_INLINE size_t StepLanes(uint32_t* state, uint16_t* __restrict numbers, size_
     return done;
 }
 
-constexpr int64_t kRunning = -1;
-constinit std::atomic<int64_t> heldClock = kRunning;  // the seconds at which the clock stands
+constinit std::atomic<int64_t> heldClock = kClockRuns;  // the seconds at which the clock stands
 
 #ifdef _WIN32
 // Calling rand() costs more than everything else Water Drops does, so its numbers are computed here, as long
@@ -110,11 +109,11 @@ void NextRandoms(RandomSequence* sequence, uint16_t* numbers, size_t count) {
 
 uint32_t ClockSeconds() {
     const int64_t held = heldClock.load(std::memory_order_relaxed);
-    return held == kRunning ? static_cast<uint32_t>(std::time(nullptr)) : static_cast<uint32_t>(held);
+    return held == kClockRuns ? static_cast<uint32_t>(std::time(nullptr)) : static_cast<uint32_t>(held);
 }
 
-void HoldClock(uint32_t seconds) { heldClock.store(seconds, std::memory_order_relaxed); }
+int64_t HoldClock(int64_t seconds) { return heldClock.exchange(seconds, std::memory_order_relaxed); }
 
-void ReleaseClock() { heldClock.store(kRunning, std::memory_order_relaxed); }
+void ReleaseClock() { HoldClock(kClockRuns); }
 
 }  // namespace kfx

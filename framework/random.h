@@ -25,8 +25,11 @@ void NextRandoms(RandomSequence* sequence, uint16_t* numbers, size_t count);
 // The clock in whole seconds since 1970, in the 32 bits that srand() takes.
 uint32_t ClockSeconds();
 
-// Makes ClockSeconds() answer `seconds` until ReleaseClock() is called: for tests.
-void HoldClock(uint32_t seconds);
+constexpr int64_t kClockRuns = -1;
+
+// Makes ClockSeconds() answer `seconds`, in all threads, until it is told another number; kClockRuns: the
+// time again. Returns what was said before.
+int64_t HoldClock(int64_t seconds);
 void ReleaseClock();
 
 }  // namespace kfx

@@ -57,5 +57,13 @@ TEST(Random, The_clock_tells_the_time_unless_it_is_held) {
     EXPECT_EQ(ClockSeconds(), 42u);
 }
 
+TEST(Random, Who_holds_the_clock_learns_what_held_it_before) {
+    EXPECT_EQ(HoldClock(42), kClockRuns);
+    EXPECT_EQ(HoldClock(4294967295), 42);
+    EXPECT_EQ(ClockSeconds(), 4294967295u);
+    EXPECT_EQ(HoldClock(kClockRuns), 4294967295);
+    EXPECT_GT(ClockSeconds(), 42u);
+}
+
 }  // namespace
 }  // namespace kfx::test
