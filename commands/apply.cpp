@@ -47,6 +47,7 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostS
     start.fastRemap = line.fastRemap;
     start.ditherBrightness = line.ditherBrightness;
     start.ditherContrast = line.ditherContrast;
+    start.seed = line.recipe.seed;
     start.onProgress = context.onProgress;
     const OpenEngine engine(context.engine, start, failure);
     std::vector<Job> jobs;
@@ -79,6 +80,7 @@ ResultOptions OptionsOf(const CommandLine& line) {
         options.webp.quality = line.quality >= 0 ? line.quality : line.nearLossless;
     }
     if (line.effort >= 0) options.webp.effort = line.effort;
+    options.recipe = DraftRecipe(line);
     return options;
 }
 

@@ -6,6 +6,7 @@
 #include "commands/edit_options.h"
 #include "commands/option_checks.h"
 #include "commands/parser_words.h"
+#include "commands/recipe_words.h"
 #include "media/animation_writer.h"
 
 namespace kfx::commands {
@@ -16,7 +17,8 @@ constexpr char kExamples[] =
     "kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\" --effect Swirl --set Angle=90\n"
     "kestrel apply IN.gif -o OUT.gif --effect Bump --palette \"216-color safe\" --dither --supercompress\n"
     "kestrel apply LOGO.png -o LOGO.gif --frames 20 --effect Swirl --set Angle=0..720:ease\n"
-    "kestrel apply FRAMES-%03d.png -o OUT.gif --delay 40 --effect Neon";
+    "kestrel apply FRAMES-%03d.png -o OUT.gif --delay 40 --effect Neon\n"
+    "kestrel apply OTHER.gif -o OUT.gif --recipe MADE.gif";
 
 void AddPaletteOptions(CLI::App* command, CommandLine* line) {
     command
@@ -97,6 +99,7 @@ void AddApply(CLI::App* app, const OptionTarget& target) {
                      "GIF: colour that half-transparent pixels are mixed onto (without it they are opaque or "
                      "hidden)")
         ->type_name("RRGGBB");
+    AddRecipeOptions(apply, target);
     AddEngineOptions(apply, target);
 }
 
@@ -136,6 +139,8 @@ bool JoinEffectsAndSettings(const CLI::App& command, const ApplyWords& words, Co
 }
 
 bool FinishApply(const CLI::App& command, const ApplyWords& words, CommandLine* line, std::string* error) {
+    TakeWords(command, &line->recipe);
+    if (TakesOver(line->recipe)) return CheckTakingOver(*line, error);
     return JoinEffectsAndSettings(command, words, line, error) && CheckApply(words, line, error);
 }
 

@@ -15,8 +15,8 @@ constexpr char kDescription[] = "Kestrel FX on files: effects for animations and
 
 // In the order in which the help lists them.
 const CommandRow* const kCommands[] = {
-    &kApplyCommand,  &kEffectsCommand,     &kGalleryCommand, &kSheetCommand,
-    &kSampleCommand, &kCompletionsCommand, &kManualCommand,
+    &kApplyCommand,  &kRecipeCommand, &kVerifyCommand,      &kEffectsCommand, &kGalleryCommand,
+    &kSheetCommand,  &kSampleCommand, &kCompletionsCommand, &kManualCommand,
 };
 
 // All of apply's, and one of each other command.

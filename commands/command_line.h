@@ -7,6 +7,7 @@
 
 #include "commands/frame_edits.h"
 #include "commands/journey.h"
+#include "commands/recipe_options.h"
 
 namespace CLI {
 class App;
@@ -69,6 +70,7 @@ struct CommandLine {
     int quality = -1;
     int nearLossless = -1;
     int effort = -1;
+    RecipeOptions recipe;
 };
 
 // Options of the program's own, for the commands that use an engine.

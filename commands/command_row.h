@@ -55,7 +55,9 @@ extern const CommandRow kCompletionsCommand;
 extern const CommandRow kEffectsCommand;
 extern const CommandRow kGalleryCommand;
 extern const CommandRow kManualCommand;
+extern const CommandRow kRecipeCommand;
 extern const CommandRow kSampleCommand;
 extern const CommandRow kSheetCommand;
+extern const CommandRow kVerifyCommand;
 
 }  // namespace kfx::commands

@@ -8,6 +8,7 @@
 #include "effects/effect_table.h"
 #include "framework/number_text.h"
 #include "framework/panel.h"
+#include "framework/random.h"
 #include "framework/settings.h"
 #include "framework/source_animation.h"
 #include "host/floating_point_state.h"
@@ -169,6 +170,20 @@ std::string SentenceOf(BuildMessage message) {
 // The build driver's window: nothing but a place for its message.
 void NoteMessage(void* window, BuildMessage message) { static_cast<Direct*>(window)->message = message; }
 
+// The second from which effects take their seed, for a scope; the clock's own without one.
+struct HeldSeed {
+    explicit HeldSeed(int64_t wanted)
+        : seed(wanted), before(seed == kNoSeed ? kClockRuns : HoldClock(seed)) {}
+    ~HeldSeed() {
+        if (seed != kNoSeed) HoldClock(before);
+    }
+    HeldSeed(const HeldSeed&) = delete;
+    HeldSeed& operator=(const HeldSeed&) = delete;
+
+    const int64_t seed;
+    const int64_t before;
+};
+
 bool Build(void* opened, const Job& job, bool, Failure* failure) {
     auto* direct = static_cast<Direct*>(opened);
     if (!SelectSource(direct, failure)) return false;
@@ -183,6 +198,7 @@ bool Build(void* opened, const Job& job, bool, Failure* failure) {
     const FrameRunner runner = FramesOnThreads(threads > 0 ? threads : UsableThreads());
     if (runner.threads > 1) environment.runner = &runner;
     const OwnFloatingPoint core;
+    const HeldSeed held(direct->start.seed);
     if (RunBuild(environment, OptionsOf(job))) return true;
     *failure = {kExitEngine, SentenceOf(direct->message)};
     return false;
@@ -192,6 +208,7 @@ bool Build(void* opened, const Job& job, bool, Failure* failure) {
 
 const Engine kDirectEngine = {.options = nullptr,
                               .usesThreads = true,
+                              .takesSeed = true,
                               .open = Open,
                               .close = Close,
                               .name = Name,

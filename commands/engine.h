@@ -23,6 +23,7 @@ struct EngineStart {
     int ditherBrightness = -1;  // -1: the plug-in's default
     int ditherContrast = -1;
     int threads = 0;  // for frames, where the engine usesThreads; 0: as many as the process has processors
+    int64_t seed = kNoSeed;  // of effects with random numbers, where the engine takes one
     void (*onProgress)(const HostSession& session) = nullptr;  // called while it works; may be null
 };
 
@@ -30,6 +31,7 @@ struct EngineStart {
 struct Engine {
     const void* options;       // the engine's own, handed to `open`
     bool usesThreads = false;  // builds several frames at a time
+    bool takesSeed = false;    // else effects take the clock's second
 
     // An opened engine, which the other functions take. Null: `*failure` says why not. One at a time.
     void* (*open)(const void* options, const EngineStart& start, Failure* failure);

@@ -13,6 +13,7 @@ enum ExitCode {
     kExitBadOutput = 4,   // a file that cannot be written
     kExitEngine = 5,      // nothing was built: the plug-in is missing or reported an error, memory ran out
     kExitTimeout = 6,     // the plug-in stopped answering
+    kExitDiffers = 7,     // verify: the file is not what its recipe makes of the source
     kExitInterrupted = 130,
 };
 

@@ -52,17 +52,17 @@ bool IsSame(const XXH128_canonical_t& a, const XXH128_canonical_t& b) {
 
 }  // namespace
 
-std::string FingerprintOf(const Animation& animation) {
+std::string FingerprintOf(const ShownAnimation& animation, const ShowFrame& show) {
     XXH3_state_t state;
     XXH3_128bits_reset(&state);
     AddNumber(&state, animation.width);
     AddNumber(&state, animation.height);
-    const size_t count = animation.frames.size();
     XXH128_canonical_t picture = {};
     int64_t milliseconds = 0;
     size_t pictures = 0;
-    for (size_t i = 0; i < count; ++i) {
-        const XXH128_canonical_t next = HashPicture(animation.frames[i]);
+    for (size_t i = 0; i < animation.frames; ++i) {
+        const ShownFrame shown = show(i);
+        const XXH128_canonical_t next = HashPicture(*shown.frame);
         if (i > 0 && !IsSame(next, picture)) {
             XXH3_128bits_update(&state, picture.digest, sizeof picture.digest);
             AddNumber(&state, milliseconds);
@@ -70,7 +70,7 @@ std::string FingerprintOf(const Animation& animation) {
             ++pictures;
         }
         picture = next;
-        milliseconds += MillisecondsOf(animation.frames[i]);
+        milliseconds += shown.milliseconds;
     }
     // A still has no time, and nothing of it is repeated.
     const bool isStill = pictures == 0;
@@ -85,6 +85,18 @@ std::string FingerprintOf(const Animation& animation) {
         text += digits;
     }
     return text;
+}
+
+std::string FingerprintOf(const Animation& animation) {
+    const auto show = [&](size_t i) -> ShownFrame {
+        const Frame& frame = animation.frames[i];
+        return {.frame = &frame, .milliseconds = MillisecondsOf(frame)};
+    };
+    return FingerprintOf({.width = animation.width,
+                          .height = animation.height,
+                          .loopCount = animation.loopCount,
+                          .frames = animation.frames.size()},
+                         show);
 }
 
 }  // namespace kfx::commands

@@ -2,6 +2,8 @@
 // A short text that stands for what an animation shows.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 
 #include "media/animation.h"
@@ -13,5 +15,20 @@ namespace kfx::commands {
 // several equal frames. A file without loss has the fingerprint of what was written into it, whatever its
 // format. No protection against somebody who wants two animations to have the same fingerprint.
 std::string FingerprintOf(const Animation& animation);
+
+// The fingerprint of what is not there as a whole: `show` is asked for one frame after another, and the
+// pixels it gives are used before the next one.
+struct ShownFrame {
+    const Frame* frame = nullptr;
+    int milliseconds = 0;
+};
+using ShowFrame = std::function<ShownFrame(size_t frame)>;
+struct ShownAnimation {
+    int width = 0;
+    int height = 0;
+    int loopCount = kLoopNone;
+    size_t frames = 0;
+};
+std::string FingerprintOf(const ShownAnimation& animation, const ShowFrame& show);
 
 }  // namespace kfx::commands

@@ -18,6 +18,7 @@ const std::vector<ExitCodeRow>& ExitCodeRows() {
         {kExitBadOutput, "an output that cannot be written"},
         {kExitEngine, "nothing was built: memory ran out, or the plug-in failed"},
         {kExitTimeout, "the plug-in stopped answering"},
+        {kExitDiffers, "verify: the file is not what its recipe makes of the source"},
         {kExitInterrupted, "interrupted"},
     };
     return kRows;

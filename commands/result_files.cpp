@@ -7,6 +7,7 @@
 
 #include "commands/command_line.h"
 #include "commands/output_check.h"
+#include "commands/result_fingerprint.h"
 #include "commands/stream_output.h"
 #include "commands/text.h"
 #include "media/animation_writer.h"
@@ -28,13 +29,24 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
     if (IsStream(path)) return WriteToStandardOutput(std::move(built), source, options, written, error);
     if (IsRawFormat(format)) return WriteRawFile(system, std::move(built), source, options, written, error);
     if (format == "gif") {
-        const GifAnimation gif = MakeGif(std::move(built), source);
+        GifAnimation gif = MakeGif(std::move(built), source);
+        gif.recipe = RecipeFor(options.recipe, gif);
         written->note = ShortDelaysOf(gif);
         return WriteGif(system, gif, error, options.gif);
     }
-    const Animation animation = PlayBuilt(built, source);
+    Animation animation = PlayBuilt(built, source);
     built = {};  // the played frames take its place in memory
-    if (format == "png") return WritePngFrames(system, animation, error);
+    if (format == "png") {
+        const auto recipeOf = [&](size_t frame) {
+            const size_t count = animation.frames.size();
+            return options.recipe.head.empty()
+                       ? std::string()
+                       : FinishRecipe(options.recipe, FingerprintOfStill(animation, frame),
+                                      {.number = frame + 1, .count = count});
+        };
+        return WritePngFrames(system, animation, error, recipeOf);
+    }
+    animation.recipe = RecipeFor(options.recipe, format, animation);
     written->note = ShortDelayNote(animation);
     if (format == "apng") return WriteApng(system, animation, error);
     return WriteWebp(system, animation, error, options.webp);
@@ -51,6 +63,16 @@ uint64_t BytesOf(const std::vector<std::string>& files) {
 }
 
 }  // namespace
+
+std::string RecipeFor(const RecipeDraft& draft, const GifAnimation& gif) {
+    return draft.head.empty() ? "" : FinishRecipe(draft, FingerprintOfGif(gif));
+}
+
+std::string RecipeFor(const RecipeDraft& draft, const std::string& format, const Animation& animation) {
+    if (draft.head.empty()) return "";
+    return FinishRecipe(
+        draft, format == "png" ? FingerprintOfStill(animation, 0) : FingerprintIn(format, animation));
+}
 
 std::string ShortDelaysOf(const GifAnimation& gif) {
     Animation times;

@@ -9,6 +9,7 @@
 
 #include "commands/built_animation.h"
 #include "commands/output_format.h"
+#include "commands/recipe_text.h"
 
 namespace kfx::commands {
 
@@ -17,6 +18,7 @@ struct ResultOptions {
     std::string format;  // as ResolveFormat has it; empty: what the path's ending says
     GifOptions gif;
     WebpOptions webp;
+    RecipeDraft recipe;  // is kept in the file, with its fingerprint; raw frames hold none
 };
 
 struct WrittenResult {
@@ -36,6 +38,10 @@ std::vector<std::string> ResultPaths(const std::string& path, size_t frameCount,
 // exists and is not to be replaced; `*error` is one sentence.
 bool MayWriteResult(const std::vector<std::string>& files, const std::vector<std::string>& inputs,
                     bool replace, std::string* error);
+
+// The recipe to keep in the file of this result; empty: none. `format` is "webp", "apng" or "png", a still.
+std::string RecipeFor(const RecipeDraft& draft, const GifAnimation& gif);
+std::string RecipeFor(const RecipeDraft& draft, const std::string& format, const Animation& animation);
 
 // Writes the animation in the format of the options, to standard output when that is the path.
 bool WriteResult(const std::string& path, BuiltAnimation built, const SourceRecord& source,

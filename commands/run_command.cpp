@@ -12,8 +12,13 @@ Report RunCommand(const CommandLine& line, const CommandContext& context) {
     try {
         CommandLine found = line;
         Failure failure;
-        if (!FindSources(line.command->inputs, &found, &failure)) return FailedReport(failure);
-        return line.command->run(found, context);
+        if (!TakeRecipe(context.engine, &found, &failure) ||
+            !FindSources(line.command->inputs, &found, &failure))
+            return FailedReport(failure);
+        Report report = line.command->run(found, context);
+        const std::vector<std::string>& notes = found.recipe.notes;
+        report.notes.insert(report.notes.begin(), notes.begin(), notes.end());
+        return report;
     } catch (const std::bad_alloc&) {
         return FailedReport(kExitEngine, "there is not enough memory for this command.");
     }

@@ -57,12 +57,14 @@ bool WriteRaw(BuiltAnimation built, const SourceRecord& source, const ResultOpti
 bool EncodeFile(BuiltAnimation built, const SourceRecord& source, const ResultOptions& options,
                 WrittenResult* written, std::vector<uint8_t>* file, std::string* error) {
     if (options.format == "gif") {
-        const GifAnimation gif = MakeGif(std::move(built), source);
+        GifAnimation gif = MakeGif(std::move(built), source);
+        gif.recipe = RecipeFor(options.recipe, gif);
         written->note = ShortDelaysOf(gif);
         return EncodeGif(gif, file, error, options.gif);
     }
-    const Animation animation = PlayBuilt(built, source);
+    Animation animation = PlayBuilt(built, source);
     built = {};
+    animation.recipe = RecipeFor(options.recipe, options.format, animation);
     if (options.format == "png")
         return EncodePng(animation.width, animation.height, animation.frames[0].pixels.data(), file, error,
                          animation);

@@ -27,7 +27,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"window", {"builder", "documents", "effects", "framework", "host", "resources"}},
     {kEntryPoints, {"host", "resources", "window"}},
     {"media", {}},
-    {"commands", {"builder", "effects", "framework", "host", "media", "resources"}},
+    {"commands", {"builder", "documents", "effects", "framework", "host", "media", "resources"}},
     {"driven", {"commands", "host", "media"}},
     {"stage", {"commands", "driven", "media"}},
     {"cli", {"commands", "driven", "media"}},
