@@ -8,6 +8,7 @@
 #include "commands/frame_edits.h"
 #include "commands/journey.h"
 #include "commands/recipe_options.h"
+#include "commands/look_options.h"
 
 namespace CLI {
 class App;
@@ -71,6 +72,7 @@ struct CommandLine {
     int nearLossless = -1;
     int effort = -1;
     RecipeOptions recipe;
+    LookOptions look;
 };
 
 // Options of the program's own, for the commands that use an engine.

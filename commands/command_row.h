@@ -31,6 +31,7 @@ enum class InputUse {
     Each,          // one source an input
     OneAnimation,  // one source of them all, where the line joins them
     FirstPicture,  // only the first file counts
+    EachFile,      // every file by itself, also those of a folder or a pattern
 };
 
 struct CommandRow {
@@ -51,12 +52,16 @@ std::string ExamplesOf(const std::string& command);
 Report RunPrinted(const CommandLine& line, const CommandContext& context);
 
 extern const CommandRow kApplyCommand;
+extern const CommandRow kCompareCommand;
 extern const CommandRow kCompletionsCommand;
 extern const CommandRow kEffectsCommand;
 extern const CommandRow kGalleryCommand;
+extern const CommandRow kInfoCommand;
 extern const CommandRow kManualCommand;
+extern const CommandRow kPalettesCommand;
 extern const CommandRow kRecipeCommand;
 extern const CommandRow kSampleCommand;
+extern const CommandRow kSelfTestCommand;
 extern const CommandRow kSheetCommand;
 extern const CommandRow kVerifyCommand;
 

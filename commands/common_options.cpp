@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "commands/common_options.h"
 
+#include <algorithm>
+
 #include <CLI/CLI.hpp>
 
 #include "commands/parser_words.h"
+#include "commands/text_match.h"
 
 namespace kfx::commands {
 namespace {
@@ -19,7 +22,12 @@ void AddEngineOptions(CLI::App* command, const OptionTarget& target) {
 }
 
 void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
-    command->add_option(name, line->output, description)->type_name("FILE")->required();
+    AddOptionalOutput(command, line, name, description);
+    command->get_option("-o")->required();
+}
+
+void AddOptionalOutput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
+    command->add_option(name, line->output, description)->type_name("FILE");
     AddFlag(command, "--force", &line->force, "Replace the output when it exists");
 }
 
@@ -28,6 +36,10 @@ CLI::Option* AddInput(CLI::App* command, CommandLine* line, const char* name, co
         ->add_option_function<std::string>(
             name, [line](const std::string& input) { line->inputs.push_back(input); }, description)
         ->type_name("FILE");
+}
+
+CLI::Option* AddInputs(CLI::App* command, CommandLine* line, const char* name, const char* description) {
+    return command->add_option(name, line->inputs, description)->type_name("FILE");
 }
 
 void AddJoinOptions(CLI::App* command, CommandLine* line) {
@@ -42,9 +54,9 @@ void AddReadLimit(CLI::App* command, CommandLine* line) {
               "Read inputs with up to so many million pixels over all frames (537)");
 }
 
-bool CheckEnding(const CommandLine& line, const char* ending, std::string* error) {
-    if (EndingOf(line.output) == ending) return true;
-    *error = std::string("the output must end in ") + ending + ", not \"" + line.output + "\".";
+bool CheckEnding(const CommandLine& line, const std::vector<std::string>& endings, std::string* error) {
+    if (std::find(endings.begin(), endings.end(), EndingOf(line.output)) != endings.end()) return true;
+    *error = "the output must end in " + JoinNames(endings) + ", not \"" + line.output + "\".";
     return false;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "commands/command_row.h"
 
@@ -18,8 +19,14 @@ void AddEngineOptions(CLI::App* command, const OptionTarget& target);
 // Adds the option `name` for the output, which must be given, and --force.
 void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description);
 
+// The same for an output that need not be given.
+void AddOptionalOutput(CLI::App* command, CommandLine* line, const char* name, const char* description);
+
 // Adds one input without an option's name.
 CLI::Option* AddInput(CLI::App* command, CommandLine* line, const char* name, const char* description);
+
+// Adds any number of inputs.
+CLI::Option* AddInputs(CLI::App* command, CommandLine* line, const char* name, const char* description);
 
 // Adds --join and --delay.
 void AddJoinOptions(CLI::App* command, CommandLine* line);
@@ -27,7 +34,7 @@ void AddJoinOptions(CLI::App* command, CommandLine* line);
 // Adds --max-pixels.
 void AddReadLimit(CLI::App* command, CommandLine* line);
 
-// Whether the output's name ends so. False: `*error` is one sentence.
-bool CheckEnding(const CommandLine& line, const char* ending, std::string* error);
+// Whether the output's name ends in one of these, such as {".gif", ".png"}. False: `*error` is one sentence.
+bool CheckEnding(const CommandLine& line, const std::vector<std::string>& endings, std::string* error);
 
 }  // namespace kfx::commands

@@ -6,6 +6,7 @@
 
 #include "commands/common_options.h"
 #include "commands/parameter_help.h"
+#include "commands/text_match.h"
 
 namespace kfx::commands {
 namespace {
@@ -65,11 +66,34 @@ bool DescribeEffect(const OpenEngine& engine, int effect, const std::string& nam
     return true;
 }
 
-bool DescribeAll(const OpenEngine& engine, Report* report, Failure* failure) {
-    std::vector<std::string> effects, palettes;
-    if (!engine || !engine.engine.listEffects(engine.opened, &effects, failure)) return false;
-    report->result["plugin"] = engine.engine.name(engine.opened);
-    report->result["effects"] = nlohmann::ordered_json::array();
+// How the effect is applied at the settings at which the help document shows it.
+std::string ExampleLine(const std::string& name) {
+    const bool isOneWord = name.find(' ') == std::string::npos;
+    std::string line =
+        "\nkestrel apply IN.gif -o OUT.gif --effect " + (isOneWord ? name : "\"" + name + "\"");
+    for (const Setting& setting : FindPictureSettings(kHelpDocument, name)) {
+        const std::string value = setting.name + "=" + setting.value;
+        line += " --set " + (value.find(' ') == std::string::npos ? value : "\"" + value + "\"");
+    }
+    return line + "\n";
+}
+
+bool DescribeOne(const OpenEngine& engine, const std::vector<std::string>& effects, const std::string& wanted,
+                 Report* report, Failure* failure) {
+    const int effect = FindName(wanted, effects);
+    if (effect < 0) {
+        *failure = {kExitBadCommand, UnknownNameMessage("effect", wanted, effects)};
+        return false;
+    }
+    const std::string& name = effects[static_cast<size_t>(effect)];
+    if (!DescribeEffect(engine, effect, name, report, failure)) return false;
+    report->text += ExampleLine(name);
+    return true;
+}
+
+bool DescribeAll(const OpenEngine& engine, const std::vector<std::string>& effects, Report* report,
+                 Failure* failure) {
+    std::vector<std::string> palettes;
     for (size_t i = 0; i < effects.size(); ++i) {
         if (!DescribeEffect(engine, static_cast<int>(i), effects[i], report, failure)) return false;
     }
@@ -78,20 +102,38 @@ bool DescribeAll(const OpenEngine& engine, Report* report, Failure* failure) {
     return true;
 }
 
-Report RunEffects(const CommandLine&, const CommandContext& context) {
+bool Describe(const OpenEngine& engine, const std::string& wanted, Report* report, Failure* failure) {
+    std::vector<std::string> effects;
+    if (!engine || !engine.engine.listEffects(engine.opened, &effects, failure)) return false;
+    report->result["plugin"] = engine.engine.name(engine.opened);
+    report->result["effects"] = nlohmann::ordered_json::array();
+    return wanted.empty() ? DescribeAll(engine, effects, report, failure)
+                          : DescribeOne(engine, effects, wanted, report, failure);
+}
+
+Report RunEffects(const CommandLine& line, const CommandContext& context) {
     Animation source;
     HostSession session;
     session.source = &source;
     Failure failure;
     Report report;
     const OpenEngine engine(context.engine, PlainStart(context, &session), &failure);
-    return DescribeAll(engine, &report, &failure) ? report : FailedReport(failure);
+    return Describe(engine, line.look.effect, &report, &failure) ? report : FailedReport(failure);
 }
 
 void AddEffects(CLI::App* app, const OptionTarget& target) {
-    AddEngineOptions(
-        app->add_subcommand("effects", "List the effects with their parameters, ranges and defaults"),
-        target);
+    CLI::App* const effects = app->add_subcommand(
+        "effects", "List the effects, or one of them, with their parameters, ranges and defaults");
+    effects
+        ->add_option("name", target.line->look.effect,
+                     "Only this effect; a beginning that fits one name is enough (default: all)")
+        ->type_name("NAME");
+    AddEngineOptions(effects, target);
+    effects->footer(
+        "Examples:\n"
+        "  kestrel effects\n"
+        "  kestrel effects \"Oil Painting\"\n"
+        "  kestrel effects swirl --json");
 }
 
 }  // namespace

@@ -13,12 +13,13 @@ constexpr size_t kMeaningColumn = 6;
 const std::vector<ExitCodeRow>& ExitCodeRows() {
     static const std::vector<ExitCodeRow> kRows = {
         {kExitDone, "done"},
+        {kExitDifferent, "compare: the animations do not look equal"},
         {kExitBadCommand, "wrong option, unknown name, value out of range"},
         {kExitBadInput, "a file that cannot be read or is no animation"},
         {kExitBadOutput, "an output that cannot be written"},
         {kExitEngine, "nothing was built: memory ran out, or the plug-in failed"},
         {kExitTimeout, "the plug-in stopped answering"},
-        {kExitDiffers, "verify: the file is not what its recipe makes of the source"},
+        {kExitUnverified, "verify: the file is not what its recipe makes of the source"},
         {kExitInterrupted, "interrupted"},
     };
     return kRows;

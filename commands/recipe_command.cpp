@@ -59,7 +59,7 @@ void AddRecipe(CLI::App* app, const OptionTarget& target) {
 }
 
 bool FinishRecipeCommand(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {
-    return line->output.empty() || IsStream(line->output) || CheckEnding(*line, ".kx1", error);
+    return line->output.empty() || IsStream(line->output) || CheckEnding(*line, {".kx1"}, error);
 }
 
 }  // namespace
@@ -69,6 +69,6 @@ const CommandRow kRecipeCommand = {.name = "recipe",
                                    .add = AddRecipe,
                                    .finish = FinishRecipeCommand,
                                    .run = RunRecipe,
-.examples = "kestrel recipe MADE.gif\nkestrel recipe MADE.gif -o HOW.kx1"};
+                                   .examples = "kestrel recipe MADE.gif\nkestrel recipe MADE.gif -o HOW.kx1"};
 
 }  // namespace kfx::commands

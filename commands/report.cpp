@@ -4,13 +4,28 @@
 namespace kfx::commands {
 namespace {
 
-std::string JsonText(const Report& report) {
+constexpr int kIndent = 2;
+constexpr int kOnOneLine = -1;
+
+std::string JsonText(const Report& report, int indent) {
     nlohmann::ordered_json object = {{"ok", report.exitCode == kExitDone}, {"exitCode", report.exitCode}};
     if (!report.error.empty()) object["error"] = report.error;
     object["notes"] = report.notes;
     object.update(report.result);
     // Bytes that are no UTF-8, from a damaged comment say, must not stop the output.
-    return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return object.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+void AddTo(PrintedReport* printed, const Report& report, bool json, bool quiet, int indent) {
+    if (json) {
+        printed->output += JsonText(report, indent);
+        return;
+    }
+    printed->output += report.text;
+    if (!quiet) {
+        for (const std::string& note : report.notes) printed->errors += "kestrel: note: " + note + "\n";
+    }
+    if (!report.error.empty()) printed->errors += "kestrel: " + report.error + "\n";
 }
 
 }  // namespace
@@ -26,15 +41,11 @@ Report FailedReport(const Failure& failure) { return FailedReport(failure.exitCo
 
 PrintedReport FormatReport(const Report& report, bool json, bool quiet) {
     PrintedReport printed;
-    if (json) {
-        printed.output = JsonText(report);
-        return printed;
+    if (report.parts.empty()) {
+        AddTo(&printed, report, json, quiet, kIndent);
+    } else {
+        for (const Report& part : report.parts) AddTo(&printed, part, json, quiet, kOnOneLine);
     }
-    printed.output = report.text;
-    if (!quiet) {
-        for (const std::string& note : report.notes) printed.errors += "kestrel: note: " + note + "\n";
-    }
-    if (!report.error.empty()) printed.errors += "kestrel: " + report.error + "\n";
     return printed;
 }
 

@@ -17,6 +17,9 @@ struct Report {
     std::vector<std::string> notes;  // sentences that change nothing
     std::string text;                // the result for people, whole lines
     nlohmann::ordered_json result = nlohmann::ordered_json::object();
+    // Of a command that goes through several files: one for each, printed one after another in place of all
+    // of the above but the exit code.
+    std::vector<Report> parts;
 };
 
 Report FailedReport(ExitCode exitCode, const std::string& error);
@@ -29,7 +32,7 @@ struct PrintedReport {
 };
 
 // The result as output, error and notes as errors (`quiet`: no notes); with `json` everything as one object
-// in the output.
+// in the output, or for a report of parts each as one object on a line.
 PrintedReport FormatReport(const Report& report, bool json, bool quiet);
 
 }  // namespace kfx::commands

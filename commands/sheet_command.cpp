@@ -39,7 +39,7 @@ void AddSheet(CLI::App* app, const OptionTarget& target) {
 }
 
 bool FinishSheet(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {
-    return CheckEnding(*line, ".png", error);
+    return CheckEnding(*line, {".png"}, error);
 }
 
 }  // namespace

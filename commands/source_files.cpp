@@ -244,7 +244,15 @@ bool FindSources(InputUse use, CommandLine* line, Failure* failure) {
     for (const std::string& input : line->inputs) {
         SourceFiles found;
         bool isSource = false;
-        if (!FindFiles(input, &found, &isSource, failure)) return false;
+        const bool isFound = FindFiles(input, &found, &isSource, failure);
+        if (use == InputUse::EachFile) {
+            // An input that names nothing is left to the command, which goes on with the others.
+            if (!isFound) found.files = {input};
+            for (const std::string& file : found.files)
+                line->sources.push_back({.files = {file}, .note = {}});
+            continue;
+        }
+        if (!isFound) return false;
         if (found.files.size() > 1 && !isSource && !joins) {
             return Refuse(kExitBadCommand,
                           input + ": names " + std::to_string(found.files.size()) +

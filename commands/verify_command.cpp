@@ -134,7 +134,7 @@ std::vector<std::string> ArgumentsFor(const CommandLine& line, const Recipe& rec
 
 Report NotVerified(const CommandLine& line, const std::string& why) {
     Report report =
-        FailedReport(kExitDiffers, ShownInput(line.recipe.recipe) + ": not verified: " + why + ".");
+        FailedReport(kExitUnverified, ShownInput(line.recipe.recipe) + ": not verified: " + why + ".");
     report.result = {{"input", line.recipe.recipe}, {"verified", false}};
     return report;
 }
@@ -203,7 +203,11 @@ void AddVerify(CLI::App* app, const OptionTarget& target) {
 
 }  // namespace
 
-const CommandRow kVerifyCommand = {
-    .name = "verify", .inputs = InputUse::Each, .add = AddVerify, .finish = nullptr, .run = RunVerify, .examples = "kestrel verify MADE.gif --source IN.gif"};
+const CommandRow kVerifyCommand = {.name = "verify",
+                                   .inputs = InputUse::Each,
+                                   .add = AddVerify,
+                                   .finish = nullptr,
+                                   .run = RunVerify,
+                                   .examples = "kestrel verify MADE.gif --source IN.gif"};
 
 }  // namespace kfx::commands

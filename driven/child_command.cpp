@@ -180,19 +180,24 @@ struct Received {
     std::vector<std::string> temporary;
 };
 
-// Throws where a line does not hold what it should.
-void ReadLine(const nlohmann::ordered_json& line, Received* received) {
-    if (line.contains("temporary")) received->temporary.push_back(line.at("temporary").get<std::string>());
-    if (line.contains("plugin")) received->usedPlugin = true;
-    if (!line.contains("report")) return;
-    const auto& sent = line.at("report");
+// Throws where it does not hold what it should.
+Report ReceivedReport(const nlohmann::ordered_json& sent) {
     Report report;
     report.exitCode = static_cast<ExitCode>(sent.at("exitCode").get<int>());
     report.error = sent.at("error").get<std::string>();
     report.notes = sent.at("notes").get<std::vector<std::string>>();
     report.text = sent.at("text").get<std::string>();
     report.result = sent.at("result");
-    received->report = report;
+    for (const nlohmann::ordered_json& part : sent.at("parts")) report.parts.push_back(ReceivedReport(part));
+    return report;
+}
+
+// Throws where a line does not hold what it should.
+void ReadLine(const nlohmann::ordered_json& line, Received* received) {
+    if (line.contains("temporary")) received->temporary.push_back(line.at("temporary").get<std::string>());
+    if (line.contains("plugin")) received->usedPlugin = true;
+    if (!line.contains("report")) return;
+    received->report = ReceivedReport(line.at("report"));
     received->reported = true;
 }
 
@@ -234,6 +239,13 @@ HANDLE HandleFrom(const std::string& number) {
     // A plug-in that starts a program must not hand it on: the pipe would stay open.
     SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
     return handle;
+}
+
+nlohmann::ordered_json SentReport(const Report& report) {
+    auto parts = nlohmann::ordered_json::array();
+    for (const Report& part : report.parts) parts.push_back(SentReport(part));
+    return {{"exitCode", report.exitCode}, {"error", report.error},   {"notes", report.notes},
+            {"text", report.text},         {"result", report.result}, {"parts", parts}};
 }
 
 }  // namespace
@@ -290,12 +302,7 @@ void TellOfPlugin() {
 
 void EndChild(const Report& report) {
     ClearProgressLine();
-    Send({{"report",
-           {{"exitCode", report.exitCode},
-            {"error", report.error},
-            {"notes", report.notes},
-            {"text", report.text},
-            {"result", report.result}}}});
+    Send({{"report", SentReport(report)}});
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(report.exitCode));
     std::abort();
 }

@@ -17,6 +17,7 @@ struct Signature {
 };
 
 struct Format {
+    const char* name;
     Signature signatures[2];  // a file of the format has both; an empty one matches any file
     bool (*read)(const uint8_t* data, size_t size, PixelBudget* budget, Animation* animation,
                  std::string* error);
@@ -25,12 +26,14 @@ struct Format {
 constexpr Signature kAnyFile = {.offset = 0, .bytes = ""};
 
 constexpr Format kFormats[] = {
-    {.signatures = {{.offset = 0, .bytes = "GIF8"}, kAnyFile}, .read = ReadGif},
-    {.signatures = {{.offset = 0, .bytes = "RIFF"}, {.offset = 8, .bytes = "WEBP"}}, .read = ReadWebp},
-    {.signatures = {{.offset = 0, .bytes = "\x89PNG\r\n\x1a\n"}, kAnyFile}, .read = ReadPng},
-    {.signatures = {{.offset = 0, .bytes = "\xFF\xD8\xFF"}, kAnyFile}, .read = ReadJpeg},
-    {.signatures = {{.offset = 0, .bytes = "BM"}, kAnyFile}, .read = ReadBmp},
-    {.signatures = {{.offset = 0, .bytes = "YUV4MPEG2 "}, kAnyFile}, .read = ReadY4m},
+    {.name = "GIF", .signatures = {{.offset = 0, .bytes = "GIF8"}, kAnyFile}, .read = ReadGif},
+    {.name = "WebP",
+     .signatures = {{.offset = 0, .bytes = "RIFF"}, {.offset = 8, .bytes = "WEBP"}},
+     .read = ReadWebp},
+    {.name = "PNG", .signatures = {{.offset = 0, .bytes = "\x89PNG\r\n\x1a\n"}, kAnyFile}, .read = ReadPng},
+    {.name = "JPEG", .signatures = {{.offset = 0, .bytes = "\xFF\xD8\xFF"}, kAnyFile}, .read = ReadJpeg},
+    {.name = "BMP", .signatures = {{.offset = 0, .bytes = "BM"}, kAnyFile}, .read = ReadBmp},
+    {.name = "Y4M", .signatures = {{.offset = 0, .bytes = "YUV4MPEG2 "}, kAnyFile}, .read = ReadY4m},
 };
 
 bool Matches(const Signature& signature, const uint8_t* data, size_t size) {
@@ -131,6 +134,11 @@ std::string DamageWarning(size_t frames) {
     if (frames == 1) return "the file is damaged or cut after its first frame; only that frame is used";
     return "the file is damaged or cut after frame " + std::to_string(frames) +
            "; only the frames up to there are used";
+}
+
+std::string FormatNameOf(const uint8_t* data, size_t size) {
+    const Format* const format = FormatOf(data, size);
+    return format ? format->name : "";
 }
 
 bool ReadAnimationFromMemory(const uint8_t* data, size_t size, Animation* animation, std::string* error,

@@ -39,9 +39,12 @@ struct Frame {
     bool indexed = false;
     // At least one pixel has an alpha below 255.
     bool transparent = false;
-    // From the file: the frame's place on the canvas, what happens to the canvas after it, and its time.
+    // From the file: the part of the canvas that the frame draws, what happens to the canvas after it, and
+    // its time. Without a part's size it is the whole canvas.
     int left = 0;
     int top = 0;
+    int partWidth = 0;
+    int partHeight = 0;
     int disposal = kDisposalUnspecified;
     int delay = 0;  // hundredths of a second
     // The same time exactly, when the file says it in milliseconds; kNoMilliseconds otherwise.
@@ -75,6 +78,9 @@ struct Animation {
     std::string comment;  // the file's bytes; several comments are joined by a line feed
     std::string recipe;   // how the file was made; see media/recipe_note.h
     Metadata metadata;
+    // EXIF's number for the way in which a picture is stored that was turned upright when it was read; 0: it
+    // was not turned.
+    int turnedFrom = 0;
     std::vector<Frame> frames;
     // Not empty when the file is damaged and only its complete frames were read: one clause for the user.
     std::string warning;
@@ -102,5 +108,9 @@ bool ReadAnimation(const std::string& path, Animation* animation, std::string* e
 // The same from a whole file in memory; the error is then a clause without path and full stop.
 bool ReadAnimationFromMemory(const uint8_t* data, size_t size, Animation* animation, std::string* error,
                              const ReadLimits& limits = ReadLimits());
+
+// The format of a whole file in memory, by its first bytes, as "GIF"; "PNG" for animated ones, too. Empty: it
+// is none that is read.
+std::string FormatNameOf(const uint8_t* data, size_t size);
 
 }  // namespace kfx

@@ -106,6 +106,8 @@ bool FinishFrame(ApngReader* reader) {
     NoteTransparency(&frame);
     frame.left = given.place.left;
     frame.top = given.place.top;
+    frame.partWidth = given.place.width;
+    frame.partHeight = given.place.height;
     frame.disposal = given.disposal == kApngKeep         ? kDisposalKeep
                      : given.disposal == kApngBackground ? kDisposalBackground
                                                          : kDisposalPrevious;

@@ -14,6 +14,7 @@ constexpr int kGap = 10;     // between thumbnails
 constexpr int kTitleScale = 2;
 constexpr int kTitleHeight = kGlyphHeight * kTitleScale + 12;
 constexpr int kRowTitleHeight = kGlyphHeight + 7;
+constexpr int kLabelGap = 5;  // between thumbnail and label
 constexpr int kLabelHeight = kGlyphHeight + 5;
 constexpr int kRowGap = 12;
 constexpr int kCheckerSide = 8;
@@ -25,12 +26,7 @@ constexpr RgbColor kFaintInk = {104, 108, 116};
 constexpr RgbColor kRule = {184, 184, 178};
 constexpr int kCheckerLevels[2] = {255, 208};
 
-struct Place {
-    int left;
-    int top;
-    int width;
-    int height;
-};
+using Place = SheetPlace;
 
 Picture MakeSheet(int width, int height) {
     Picture sheet;
@@ -55,21 +51,6 @@ void FillPlace(Picture* sheet, const Place& place, RgbColor color) {
             pixel[3] = 255;
         }
     }
-}
-
-// The largest size within the bounds that keeps the picture's shape; never larger than the picture.
-Place FitInto(const SheetPicture& picture, int maxWidth, int maxHeight) {
-    int64_t width = picture.width;
-    int64_t height = picture.height;
-    if (width > maxWidth) {
-        height = std::max<int64_t>(1, height * maxWidth / width);
-        width = maxWidth;
-    }
-    if (height > maxHeight) {
-        width = std::max<int64_t>(1, width * maxHeight / height);
-        height = maxHeight;
-    }
-    return {0, 0, static_cast<int>(width), static_cast<int>(height)};
 }
 
 // One reduced pixel: the mean of the source pixels under it, each laid over the chequered ground first.
@@ -119,20 +100,42 @@ std::string CutText(const std::string& text, int width, int scale) {
     return text.substr(0, static_cast<size_t>(fitting - 2)) + "..";
 }
 
-void DrawCell(Picture* sheet, const SheetPicture& picture, const Place& cell) {
+PictureSize ShownSize(const SheetPicture& picture, int mostWidth, int mostHeight) {
+    if (picture.timesAsLarge > 1)
+        return {picture.width * picture.timesAsLarge, picture.height * picture.timesAsLarge};
+    return FitPicture(picture.width, picture.height, mostWidth, mostHeight);
+}
+
+// In the middle of the cell.
+Place PlaceIn(const Place& cell, const SheetPicture& picture) {
+    const PictureSize size = ShownSize(picture, cell.width, cell.height);
+    return {cell.left + (cell.width - size.width) / 2, cell.top + (cell.height - size.height) / 2, size.width,
+            size.height};
+}
+
+// In the middle below the cell.
+void DrawLabel(Picture* sheet, const std::string& text, const Place& cell, int down, RgbColor color) {
+    const std::string label = CutText(text, cell.width, 1);
+    DrawBitmapText(sheet, cell.left + (cell.width - TextWidth(label, 1)) / 2, cell.top + cell.height + down,
+                   label, 1, color);
+}
+
+// Returns where the thumbnail stands.
+Place DrawCell(Picture* sheet, const SheetPicture& picture, const Place& cell) {
     FillPlace(sheet, {cell.left - 1, cell.top - 1, cell.width + 2, cell.height + 2}, kRule);
     FillPlace(sheet, cell, kMat);
-    Place shown = FitInto(picture, cell.width, cell.height);
-    shown.left = cell.left + (cell.width - shown.width) / 2;
-    shown.top = cell.top + (cell.height - shown.height) / 2;
+    const Place shown = PlaceIn(cell, picture);
     DrawThumbnail(sheet, picture, shown);
-    const std::string label = CutText(picture.label, cell.width, 1);
-    DrawBitmapText(sheet, cell.left + (cell.width - TextWidth(label, 1)) / 2, cell.top + cell.height + 5,
-                   label, 1, kFaintInk);
+    DrawLabel(sheet, picture.label, cell, kLabelGap, picture.note.empty() ? kFaintInk : kInk);
+    DrawLabel(sheet, picture.note, cell, kLabelGap + kLabelHeight, kFaintInk);
+    return shown;
 }
 
 int RowHeight(const SheetRow& row, int cellHeight) {
-    return (row.title.empty() ? 0 : kRowTitleHeight) + cellHeight + kLabelHeight + kRowGap;
+    const bool hasNotes = std::any_of(row.pictures.begin(), row.pictures.end(),
+                                      [](const SheetPicture& picture) { return !picture.note.empty(); });
+    return (row.title.empty() ? 0 : kRowTitleHeight) + cellHeight + (hasNotes ? 2 : 1) * kLabelHeight +
+           kRowGap;
 }
 
 bool IsShowable(const SheetPicture& picture) {
@@ -166,22 +169,48 @@ size_t FrameBeside(const Animation& source, size_t frame, const Animation& resul
 
 }  // namespace
 
+PictureSize FitPicture(int width, int height, int mostWidth, int mostHeight) {
+    int64_t fittedWidth = width;
+    int64_t fittedHeight = height;
+    if (fittedWidth > mostWidth) {
+        fittedHeight = std::max<int64_t>(1, fittedHeight * mostWidth / fittedWidth);
+        fittedWidth = mostWidth;
+    }
+    if (fittedHeight > mostHeight) {
+        fittedWidth = std::max<int64_t>(1, fittedWidth * mostHeight / fittedHeight);
+        fittedHeight = mostHeight;
+    }
+    return {static_cast<int>(fittedWidth), static_cast<int>(fittedHeight)};
+}
+
+int TimesAsLarge(int width, int height, int mostWidth, int mostHeight) {
+    constexpr int kMostTimes = 8;
+    return std::clamp(std::min(mostWidth / width, mostHeight / height), 1, kMostTimes);
+}
+
+void DrawSheetPicture(const SheetPicture& picture, const SheetPlace& place, Picture* sheet) {
+    DrawThumbnail(sheet, picture, place);
+}
+
 Picture DrawContactSheet(const std::string& title, const std::vector<SheetRow>& rows, int thumbnailWidth,
-                         int thumbnailHeight) {
+                         int thumbnailHeight, std::vector<SheetPlace>* places) {
     if (thumbnailWidth < 1 || thumbnailHeight < 1) return {};
     int columns = 0;
     int cellWidth = 0;
     int cellHeight = 0;
+    int labelWidth = 0;
     for (const SheetRow& row : rows) {
         columns = std::max(columns, static_cast<int>(row.pictures.size()));
         for (const SheetPicture& picture : row.pictures) {
             if (!IsShowable(picture)) return {};
-            const Place fitted = FitInto(picture, thumbnailWidth, thumbnailHeight);
+            const PictureSize fitted = ShownSize(picture, thumbnailWidth, thumbnailHeight);
             cellWidth = std::max(cellWidth, fitted.width);
             cellHeight = std::max(cellHeight, fitted.height);
+            labelWidth = std::max(labelWidth, TextWidth(picture.label, 1));
         }
     }
     if (columns == 0) return {};
+    cellWidth = std::max(cellWidth, std::min(labelWidth, thumbnailWidth));
 
     int height = 2 * kMargin + (title.empty() ? 0 : kTitleHeight) - kRowGap;
     for (const SheetRow& row : rows) height += RowHeight(row, cellHeight);
@@ -202,7 +231,8 @@ Picture DrawContactSheet(const std::string& title, const std::vector<SheetRow>& 
         }
         int left = kMargin;
         for (const SheetPicture& picture : row.pictures) {
-            DrawCell(&sheet, picture, {left, cellTop, cellWidth, cellHeight});
+            const Place shown = DrawCell(&sheet, picture, {left, cellTop, cellWidth, cellHeight});
+            if (places) places->push_back(shown);
             left += cellWidth + kGap;
         }
         top += RowHeight(row, cellHeight);
@@ -211,14 +241,14 @@ Picture DrawContactSheet(const std::string& title, const std::vector<SheetRow>& 
 }
 
 Picture DrawGallery(const std::string& title, const std::vector<SheetPicture>& pictures, int columns,
-                    int thumbnailWidth, int thumbnailHeight) {
+                    int thumbnailWidth, int thumbnailHeight, std::vector<SheetPlace>* places) {
     std::vector<SheetRow> rows;
     const auto perRow = static_cast<size_t>(std::max(columns, 1));
     for (size_t i = 0; i < pictures.size(); ++i) {
         if (i % perRow == 0) rows.emplace_back();
         rows.back().pictures.push_back(pictures[i]);
     }
-    return DrawContactSheet(title, rows, thumbnailWidth, thumbnailHeight);
+    return DrawContactSheet(title, rows, thumbnailWidth, thumbnailHeight, places);
 }
 
 Picture DrawComparison(const std::string& title, const Animation& source, const Animation& result,

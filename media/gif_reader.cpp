@@ -221,6 +221,8 @@ ImageResult ReadImage(GifReader* reader) {
 
     frame.left = header.place.left;
     frame.top = header.place.top;
+    frame.partWidth = header.place.width;
+    frame.partHeight = header.place.height;
     frame.disposal = control.DisposalMode;
     frame.delay = control.DelayTime;
     FinishGifFrame(reader->canvas, animation->frames, &frame);

@@ -116,6 +116,8 @@ bool ReadJpeg(const uint8_t* data, size_t size, PixelBudget* budget, Animation* 
         decoder = OpenJpeg(data, LengthBeforeLastMarker(data, size), error);
         started = decoder && StartJpeg(decoder.get());
     }
+    const int number = OrientationNumber(animation->metadata.exif);
+    if (number > 1) animation->turnedFrom = number;
     const Orientation orientation = TakeOrientation(&animation->metadata);
     animation->width = static_cast<int>(orientation.swapsSides ? height : width);
     animation->height = static_cast<int>(orientation.swapsSides ? width : height);

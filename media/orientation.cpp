@@ -25,7 +25,7 @@ constexpr Orientation kOrientations[] = {
 
 // TIFF data in either order of bytes.
 struct Tiff {
-    std::vector<uint8_t>* bytes;
+    const std::vector<uint8_t>* bytes;
     bool bigEndian;
 };
 
@@ -39,6 +39,14 @@ size_t Read32(const Tiff& tiff, size_t at) {
     const size_t first = Read16(tiff, at);
     const size_t second = Read16(tiff, at + 2);
     return tiff.bigEndian ? first << 16 | second : second << 16 | first;
+}
+
+// False: these are no TIFF data.
+bool OpenTiff(const std::vector<uint8_t>& bytes, Tiff* tiff) {
+    if (bytes.size() < kHeaderSize) return false;
+    const bool bigEndian = bytes[0] == 'M';
+    *tiff = {.bytes = &bytes, .bigEndian = bigEndian};
+    return std::memcmp(bytes.data(), bigEndian ? "MM\0*" : "II*\0", 4) == 0;
 }
 
 // Where the orientation's value of 16 bits stands; 0 when there is none.
@@ -70,18 +78,22 @@ void SetXmpUpright(std::vector<uint8_t>* xmp) {
 
 }  // namespace
 
+int OrientationNumber(const std::vector<uint8_t>& exif) {
+    Tiff tiff = {};
+    if (!OpenTiff(exif, &tiff)) return 0;
+    const size_t at = FindOrientation(tiff);
+    return at ? static_cast<int>(Read16(tiff, at)) : 0;
+}
+
 Orientation TakeOrientation(Metadata* metadata) {
     std::vector<uint8_t>* const exif = &metadata->exif;
-    if (exif->size() < kHeaderSize) return {};
-    const bool bigEndian = (*exif)[0] == 'M';
-    const char* const mark = bigEndian ? "MM\0*" : "II*\0";
-    if (std::memcmp(exif->data(), mark, 4) != 0) return {};
-    const Tiff tiff = {.bytes = exif, .bigEndian = bigEndian};
+    const int number = OrientationNumber(*exif);
+    if (number < 2 || number > static_cast<int>(std::size(kOrientations))) return {};
+    Tiff tiff = {};
+    OpenTiff(*exif, &tiff);
     const size_t at = FindOrientation(tiff);
-    const unsigned number = at ? Read16(tiff, at) : 1;
-    if (number < 2 || number > std::size(kOrientations)) return {};
-    (*exif)[bigEndian ? at : at + 1] = 0;
-    (*exif)[bigEndian ? at + 1 : at] = 1;
+    (*exif)[tiff.bigEndian ? at : at + 1] = 0;
+    (*exif)[tiff.bigEndian ? at + 1 : at] = 1;
     SetXmpUpright(&metadata->xmp);
     return kOrientations[number - 1];
 }

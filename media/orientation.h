@@ -13,6 +13,10 @@ struct Orientation {
     bool mirrorsY = false;
 };
 
+// The number by which EXIF says how the picture is to be turned, 1 to 8 when it is one of the standard's; 0:
+// it says nothing.
+int OrientationNumber(const std::vector<uint8_t>& exif);
+
 // What EXIF says of the orientation: the picture as it is stored where it says nothing. It then stands in
 // EXIF and XMP that the picture is upright, so that nobody turns it again.
 Orientation TakeOrientation(Metadata* metadata);

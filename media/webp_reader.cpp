@@ -202,6 +202,8 @@ bool ReadFrames(const WebPDemuxer* demuxer, Animation* animation) {
         NoteTransparency(&frame);
         frame.left = frames.at.x_offset;
         frame.top = frames.at.y_offset;
+        frame.partWidth = frames.at.width;
+        frame.partHeight = frames.at.height;
         frame.disposal = canvas.cleared ? kDisposalBackground : kDisposalKeep;
         frame.delay = HundredthsOf(frames.at.duration, &carry);
         if (isAnimated) frame.milliseconds = frames.at.duration;
