@@ -53,6 +53,7 @@ bool ListPalettes(void* opened, std::vector<std::string>* names, Failure* failur
 }
 
 const Engine kListing = {.options = nullptr,
+                         .takesSeed = false,
                          .open = nullptr,
                          .close = nullptr,
                          .name = nullptr,
