@@ -14,6 +14,7 @@
 #include "commands/parser_words.h"
 #include "commands/sheet_file.h"
 #include "commands/text.h"
+#include "commands/text_columns.h"
 #include "commands/times.h"
 
 namespace kfx::commands {
@@ -153,12 +154,9 @@ std::string DifferenceRows(const Pair& pair, const Comparison& comparison) {
 std::string MomentTable(const Comparison& comparison) {
     std::string text = "     Time    Frames    Different pixels        PSNR    SSIM\n";
     for (const Moment& moment : comparison.moments) {
-        char row[160];
-        std::snprintf(row, sizeof row, "  %7s  %4zu %4zu    %16llu  %10s  %s\n",
-                      SecondsText(moment.milliseconds).c_str(), moment.frameA + 1, moment.frameB + 1,
-                      static_cast<unsigned long long>(moment.differentPixels),
-                      PsnrText(moment.quality.psnr).c_str(), Decimal(moment.quality.ssim, 4).c_str());
-        text += row;
+        text += AtRight(9, SecondsText(moment.milliseconds)) + AtRight(6, moment.frameA + 1) +
+                AtRight(5, moment.frameB + 1) + AtRight(20, std::to_string(moment.differentPixels)) +
+                AtRight(12, PsnrText(moment.quality.psnr)) + "  " + Decimal(moment.quality.ssim, 4) + "\n";
     }
     return text;
 }

@@ -14,6 +14,7 @@
 #include "commands/output_format.h"
 #include "commands/parser_words.h"
 #include "commands/text.h"
+#include "commands/text_columns.h"
 #include "commands/text_match.h"
 #include "commands/times.h"
 #include "media/file_io.h"
@@ -201,11 +202,10 @@ std::string FrameTable(const ReadFile& file) {
     for (size_t i = 0; i < file.animation.frames.size(); ++i) {
         const Frame& frame = file.animation.frames[i];
         const Part part = PartOf(file.animation, frame);
-        char row[160];
-        std::snprintf(row, sizeof row, "  %5zu   %12d   %11s  %6d,%-5d  %-8s %8zu%s\n", i + 1,
-                      MillisecondsOf(frame), SizeText(part.width, part.height).c_str(), part.left, part.top,
-                      DisposalName(frame.disposal), file.colors[i], frame.transparent ? "  transparent" : "");
-        text += row;
+        text += AtRight(7, i + 1) + AtRight(15, std::to_string(MillisecondsOf(frame))) +
+                AtRight(14, SizeText(part.width, part.height)) + AtRight(8, std::to_string(part.left)) + "," +
+                AtLeft(7, std::to_string(part.top)) + AtLeft(8, DisposalName(frame.disposal)) +
+                AtRight(9, file.colors[i]) + (frame.transparent ? "  transparent" : "") + "\n";
     }
     return text;
 }

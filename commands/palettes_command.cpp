@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // kestrel palettes: a GIF under every palette, with its size.
-#include <cstdio>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -11,6 +10,7 @@
 #include "commands/plain_build.h"
 #include "commands/sheet_file.h"
 #include "commands/text.h"
+#include "commands/text_columns.h"
 
 namespace kfx::commands {
 namespace {
@@ -82,10 +82,10 @@ std::string ShownName(const Trial& trial) {
 std::string Describe(const std::vector<Trial>& trials) {
     std::string text = "Palette                   Plain bytes  Colors   Dithered bytes  Colors\n";
     for (size_t i = 0; i + 1 < trials.size(); i += 2) {
-        char row[160];
-        std::snprintf(row, sizeof row, "%-24s %12zu  %6zu   %14zu  %6zu\n", ShownName(trials[i]).c_str(),
-                      trials[i].bytes, trials[i].colors, trials[i + 1].bytes, trials[i + 1].colors);
-        text += row;
+        const Trial& plain = trials[i];
+        const Trial& dithered = trials[i + 1];
+        text += AtLeft(24, ShownName(plain)) + AtRight(13, plain.bytes) + AtRight(8, plain.colors) +
+                AtRight(17, dithered.bytes) + AtRight(8, dithered.colors) + "\n";
     }
     return text;
 }

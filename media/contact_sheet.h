@@ -16,9 +16,9 @@ struct SheetPicture {
     int width = 0;
     int height = 0;
     const uint8_t* pixels = nullptr;
-    std::string label;     // under the thumbnail, ASCII; cut where it would not fit
-    int timesAsLarge = 1;  // above 1: each pixel becomes a square of this side, and no bounds count
-    std::string note;      // under the label, ASCII as well; empty: none
+    std::string label;      // under the thumbnail, ASCII; cut where it would not fit
+    int timesAsLarge = 1;   // above 1: each pixel becomes a square of this side, and no bounds count
+    std::string note = {};  // under the label, ASCII as well; empty: none
 };
 
 struct SheetRow {

@@ -146,7 +146,8 @@ TEST_F(Transparency, A_gallery_shows_what_each_effect_makes_of_the_outline) {
     }
     std::vector<SheetPicture> pictures;
     for (size_t i = 0; i < results.size(); ++i)
-        pictures.push_back({kSize, kSize, results[i].frames[0].pixels.data(), names[i]});
+        pictures.push_back({kSize, kSize, results[i].frames[0].pixels.data(), names[i],
+                            TimesAsLarge(kSize, kSize, 200, 150)});
     const Picture expected = DrawGallery("Kestrel FX #1: its effects", pictures, 7, 200, 150);
     RunHere({"gallery", input, "-o", folder.path + "sheet.png"});
     EXPECT_TRUE(ReadBack(folder.path + "sheet.png").frames[0].pixels == expected.pixels);

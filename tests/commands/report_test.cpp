@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace kfx::commands {
 namespace {
 
@@ -39,6 +41,20 @@ TEST(Report, For_scripts_everything_is_one_object_in_the_output) {
     EXPECT_EQ(nlohmann::json::parse(failed.output),
               (nlohmann::json{
                   {"ok", false}, {"exitCode", 3}, {"error", "no."}, {"notes", nlohmann::json::array()}}));
+}
+
+TEST(Report, Parts_are_printed_one_after_another_and_for_scripts_one_a_line) {
+    Report report;
+    report.exitCode = kExitBadInput;
+    report.parts = {NotedReport(), FailedReport(kExitBadInput, "no."), NotedReport()};
+    const PrintedReport printed = FormatReport(report, false, true);
+    EXPECT_EQ(printed.output, "out.gif: 2 frames.\nout.gif: 2 frames.\n");
+    EXPECT_EQ(printed.errors, "kestrel: no.\n");
+    const std::string lines = FormatReport(report, true, false).output;
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 3);
+    const size_t second = lines.find('\n') + 1;
+    const auto failed = nlohmann::json::parse(lines.substr(second, lines.find('\n', second) - second));
+    EXPECT_EQ(failed["error"], "no.");
 }
 
 TEST(Report, Bytes_that_are_no_text_are_replaced) {
