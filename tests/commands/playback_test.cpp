@@ -117,8 +117,8 @@ TEST(Playback, Animations_of_two_sizes_are_not_compared) {
     EXPECT_TRUE(result.moments.empty());
 }
 
-// The figures were computed by a script of a few lines from the definitions alone. ffmpeg's filter psnr gives
-// the same; its filter ssim leaves out the windows at the right and lower edge and is within 0.001.
+// The figures were computed by a script of a few lines from the definitions alone. For a frame of the sample
+// and its lossy WebP file, where this gives 31.85 dB and 0.9693, ffmpeg's filters give 31.83 dB and 0.9687.
 TEST(PictureQuality, Figures_are_those_of_the_definitions) {
     constexpr int kSide = 21, kRows = 18;
     Frame a, b;
