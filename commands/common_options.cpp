@@ -16,7 +16,8 @@ constexpr int kLongestDelay = 655350;  // what a GIF file can say
 }  // namespace
 
 void AddEngineOptions(CLI::App* command, const OptionTarget& target) {
-    AddFlag(command, "--json", &target.line->json, "Print the result, or the error, as one JSON object");
+    AddFlag(command, "--json", &target.line->json,
+            "Print the result, or the error, as one JSON object on a line");
     AddFlag(command, "--quiet", &target.line->quiet, "No progress line and no notes");
     if (target.own.add) target.own.add(command, target.own.values);
 }

@@ -4,21 +4,20 @@
 namespace kfx::commands {
 namespace {
 
-constexpr int kIndent = 2;
 constexpr int kOnOneLine = -1;
 
-std::string JsonText(const Report& report, int indent) {
+std::string JsonText(const Report& report) {
     nlohmann::ordered_json object = {{"ok", report.exitCode == kExitDone}, {"exitCode", report.exitCode}};
     if (!report.error.empty()) object["error"] = report.error;
     object["notes"] = report.notes;
     object.update(report.result);
     // Bytes that are no UTF-8, from a damaged comment say, must not stop the output.
-    return object.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return object.dump(kOnOneLine, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
-void AddTo(PrintedReport* printed, const Report& report, bool json, bool quiet, int indent) {
+void AddTo(PrintedReport* printed, const Report& report, bool json, bool quiet) {
     if (json) {
-        printed->output += JsonText(report, indent);
+        printed->output += JsonText(report);
         return;
     }
     printed->output += report.text;
@@ -42,9 +41,9 @@ Report FailedReport(const Failure& failure) { return FailedReport(failure.exitCo
 PrintedReport FormatReport(const Report& report, bool json, bool quiet) {
     PrintedReport printed;
     if (report.parts.empty()) {
-        AddTo(&printed, report, json, quiet, kIndent);
+        AddTo(&printed, report, json, quiet);
     } else {
-        for (const Report& part : report.parts) AddTo(&printed, part, json, quiet, kOnOneLine);
+        for (const Report& part : report.parts) AddTo(&printed, part, json, quiet);
     }
     return printed;
 }

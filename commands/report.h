@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What a command has to say, and how it is said: to people in sentences, to scripts as one JSON object.
+// What a command has to say, and how it is said: to people in sentences, to scripts as one JSON object on a
+// line.
 #pragma once
 
 #include <string>
@@ -32,7 +33,7 @@ struct PrintedReport {
 };
 
 // The result as output, error and notes as errors (`quiet`: no notes); with `json` everything as one object
-// in the output, or for a report of parts each as one object on a line.
+// on one line of the output, or for a report of parts each as one.
 PrintedReport FormatReport(const Report& report, bool json, bool quiet);
 
 }  // namespace kfx::commands

@@ -57,6 +57,14 @@ TEST(Report, Parts_are_printed_one_after_another_and_for_scripts_one_a_line) {
     EXPECT_EQ(failed["error"], "no.");
 }
 
+// A line of output is an object, whatever stands in its texts.
+TEST(Report, For_scripts_the_object_stands_on_one_line) {
+    Report report = NotedReport();
+    report.error = "two\nlines.";
+    const std::string output = FormatReport(report, true, false).output;
+    EXPECT_EQ(output.find('\n'), output.size() - 1);
+}
+
 TEST(Report, Bytes_that_are_no_text_are_replaced) {
     Report report;
     report.error = "caf\xE9.gif: no.";
