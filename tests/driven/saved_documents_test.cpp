@@ -76,8 +76,8 @@ protected:
         ASSERT_TRUE(ChooseRow(&run, driven::kEffectList, choice.effect)) << run.failure.error;
         for (const commands::Parameter& parameter : driven::ReadParameters(run.window)) {
             for (const auto& [name, value] : choice.values) {
-                if (parameter.name == name)
-                    EXPECT_TRUE(driven::SetParameterValue(run.window, parameter, value)) << name;
+                if (parameter.name != name) continue;
+                EXPECT_TRUE(driven::SetParameterValue(run.window, parameter, value)) << name;
             }
         }
         for (const auto& [name, on] : choice.options)
