@@ -8,6 +8,8 @@
 
 #include <unistd.h>
 
+#include "commands/child_process.h"
+#include "commands/child_process_native.h"
 #include "commands/exit_codes.h"
 #include "media/file_io.h"
 
@@ -27,6 +29,7 @@ constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
 void NoteUnfinished(const std::string& path) {
     const auto* file = new UnfinishedFile{path, unfinished};
     unfinished = file;
+    commands::TellOfTemporary(path);
 }
 
 // Called before the first file gets its final name: an interrupt after that would leave a part of a series.
@@ -38,7 +41,10 @@ void BlockEndingSignals() {
 }
 
 void OnEndingSignal(int) {
+    // With children the main thread goes on: it says what they have done.
+    if (commands::InterruptChildren()) return;
     for (const UnfinishedFile* file = unfinished; file; file = file->next) unlink(file->path.c_str());
+    if (commands::IsChildProcess()) _exit(commands::kExitInterrupted);
     constexpr char kText[] = "kestrel: interrupted.\n";
     if (write(STDERR_FILENO, kText, std::strlen(kText)) < 0) _exit(commands::kExitInterrupted);
     _exit(commands::kExitInterrupted);

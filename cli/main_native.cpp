@@ -1,18 +1,24 @@
 // SPDX-License-Identifier: MIT
-// kestrel, natively.
+// kestrel, natively. One result is made in this process; several have a process each.
 #include <string>
 #include <vector>
 
 #include "cli/interrupts.h"
 #include "cli/program.h"
+#include "commands/child_process.h"
 #include "commands/direct_engine.h"
 
+using namespace kfx::commands;
+
 int main(int argc, char** argv) {
+    std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    const bool isChild = BecomeChild(&arguments);
     kfx::cli::HandleSignals();
-    kfx::commands::CommandLine line;
-    int exitCode = kfx::commands::kExitDone;
-    if (!kfx::cli::ReadCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc}, {}, &line, &exitCode))
-        return exitCode;
-    const auto context = kfx::cli::ContextFor(line, kfx::commands::kDirectEngine);
-    return kfx::cli::PrintResult(kfx::commands::RunCommand(line, context), line);
+    CommandLine line;
+    int exitCode = kExitDone;
+    if (!kfx::cli::ReadCommandLine(arguments, {}, &line, &exitCode)) return exitCode;
+    if (isChild) EndChild(RunCommand(line, kfx::cli::ContextOfChild(kDirectEngine)));
+    if (kfx::cli::RunBatchLine(&line, &kDirectEngine, &exitCode)) return exitCode;
+    const auto context = kfx::cli::ContextFor(line, kDirectEngine);
+    return kfx::cli::PrintResult(RunCommand(line, context), line);
 }

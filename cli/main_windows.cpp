@@ -8,9 +8,10 @@
 #include <shellapi.h>
 
 #include "cli/program.h"
+#include "commands/child_process.h"
+#include "commands/console.h"
 #include "commands/direct_engine.h"
 #include "commands/text_windows.h"
-#include "driven/child_command.h"
 #include "driven/driven_engine.h"
 #include "driven/settings_folder.h"
 
@@ -41,10 +42,15 @@ int main() {
         return exitCode;
     if (isChild) {
         const Engine engine = options.throughPlugin ? MakeDrivenEngine(&options) : kDirectEngine;
-        EndChild(RunCommand(line, kfx::cli::ContextFor(line, engine)));
+        EndChild(RunCommand(line, kfx::cli::ContextOfChild(engine)));
     }
+    std::string error;
+    if (!PrepareChildren(&error)) return kfx::cli::PrintResult(FailedReport(kExitEngine, error), line);
     const std::string leftSettings = options.throughPlugin ? PutBackLeftSettings() : "";
-    Report report = RunChildCommand();
+    // Only the plug-in knows its names.
+    if (kfx::cli::RunBatchLine(&line, options.throughPlugin ? nullptr : &kDirectEngine, &exitCode))
+        return exitCode;
+    Report report = RunChild(arguments, line.quiet ? nullptr : ShowStageLine);
     if (!leftSettings.empty()) report.notes.push_back(leftSettings);
     return kfx::cli::PrintResult(report, line);
 }

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "commands/batch_run.h"
+#include "commands/child_process.h"
 #include "commands/console.h"
 #include "commands/output_format.h"
 
@@ -44,7 +46,26 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, const OwnOptions
 }
 
 CommandContext ContextFor(const CommandLine& line, const Engine& engine) {
-    return {engine, line.quiet || line.json ? nullptr : ShowProgressLine};
+    return {engine, line.quiet ? nullptr : ShowProgressLine};
+}
+
+CommandContext ContextOfChild(const Engine& engine) { return {engine, TellOfProgress}; }
+
+bool RunBatchLine(CommandLine* line, const Engine* names, int* exitCode) {
+    std::vector<BatchItem> items;
+    Report refusal;
+    std::string error;
+    if (!IsBatch(line, &items, &refusal)) {
+        if (refusal.exitCode == kExitDone) return false;
+        *exitCode = PrintResult(refusal, *line);
+    } else if (line->batch.dryRun) {
+        *exitCode = PrintPlan(*line, items, names);
+    } else if (!PrepareChildren(&error)) {
+        *exitCode = PrintResult(FailedReport(kExitEngine, error), *line);
+    } else {
+        *exitCode = RunBatch(*line, items, names);
+    }
+    return true;
 }
 
 int PrintResult(const Report& report, const CommandLine& line) {

@@ -2,11 +2,15 @@
 // kestrel apply: one animation, edited, through effects or none.
 #include "commands/commands.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <utility>
 
 #include "commands/alpha_pixels.h"
+#include "commands/batch_plan.h"
+#include "commands/done_check.h"
 #include "commands/journey_seam.h"
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
@@ -36,6 +40,11 @@ PipelineOptions PipelineOptionsOf(const CommandLine& line) {
 // needed for writing.
 bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostSession* session,
                    PipelineNotes* notes, Failure* failure) {
+    if (line.threads > 1 && !context.engine.usesThreads) {
+        *failure = {kExitBadCommand,
+                    "the plug-in builds one frame after another; leave out --threads or --through-plugin."};
+        return false;
+    }
     EngineStart start;
     start.session = session;
     // A GIF's frames stand on palettes; those between two effects, those with alpha, widened ones and those
@@ -48,6 +57,7 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostS
     start.ditherBrightness = line.ditherBrightness;
     start.ditherContrast = line.ditherContrast;
     start.seed = line.recipe.seed;
+    start.threads = line.threads;
     start.onProgress = context.onProgress;
     const OpenEngine engine(context.engine, start, failure);
     std::vector<Job> jobs;
@@ -79,6 +89,7 @@ ResultOptions OptionsOf(const CommandLine& line) {
         options.webp.kind = line.quality >= 0 ? WebpKind::Lossy : WebpKind::NearLossless;
         options.webp.quality = line.quality >= 0 ? line.quality : line.nearLossless;
     }
+    options.fingerprint = line.json;
     if (line.effort >= 0) options.webp.effort = line.effort;
     options.recipe = DraftRecipe(line);
     return options;
@@ -99,9 +110,94 @@ std::string SecondsText(double seconds) {
     return text;
 }
 
-}  // namespace
+int64_t MicrosecondsSince(Clock::time_point start) {
+    return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count();
+}
 
-Report RunApply(const CommandLine& line, const CommandContext& context) {
+// In whole microseconds.
+double Milliseconds(int64_t microseconds) { return static_cast<double>(microseconds) / 1000; }
+
+// Which files the command is about, as the user named them.
+nlohmann::ordered_json NamesOf(const CommandLine& line) {
+    const std::vector<std::string>& given = line.sources[0].given;
+    nlohmann::ordered_json names;
+    if (given.size() > 1) names["inputs"] = given;
+    if (given.size() <= 1) names["input"] = given.empty() ? line.inputs[0] : given[0];
+    names["output"] = line.output;
+    return names;
+}
+
+Report SkippedReport(const std::vector<std::string>& files) {
+    Report report;
+    report.text = FilesText(files) + ": is there already.\n";
+    report.result = {{"files", files}, {"skipped", true}};
+    return report;
+}
+
+// Shows what is done before and after the engine's own stages.
+void ShowStage(const char* stage, const CommandContext& context, HostSession* session) {
+    session->status = stage;
+    session->progressTotal = 0;
+    if (context.onProgress) context.onProgress(*session);
+}
+
+// The line of the only result, whose output is a folder.
+bool NameResult(CommandLine* line, Failure* failure) {
+    std::vector<BatchItem> items;
+    if (!PlanBatch(*line, &items, failure)) return false;
+    *failure =
+        items.size() == 1 ? items[0].outputFailure : Failure{kExitBadCommand, "there are several results."};
+    CommandLine one;
+    if (failure->exitCode != kExitDone || !LineOf(*line, items[0], &one, &failure->error)) return false;
+    *line = std::move(one);
+    return MakeFolders(items, failure);
+}
+
+// Whether the result is to be made. False: the report says why not, or that it is there.
+bool MayBegin(const CommandLine& line, const Animation& source, Report* report) {
+    const std::vector<std::string> files = ResultPaths(line.output, source.frames.size(), line.format);
+    std::string reason;
+    if (line.batch.skipDone && IsDone(line, source, files, &reason)) {
+        *report = SkippedReport(files);
+        return false;
+    }
+    if (!reason.empty() && !line.force) {
+        *report = FailedReport(kExitBadOutput, line.output + ": is there, but " + reason +
+                                                   "; --force together with --skip-done makes it anew.");
+        return false;
+    }
+    if (!CheckOutput(line, files, report)) return false;
+    if (!IsStream(line.output) || line.format != "png" || source.frames.size() == 1) return true;
+    *report = FailedReport(kExitBadCommand, "standard output takes one PNG picture, and there are " +
+                                                Plural(source.frames.size(), "frame") +
+                                                "; choose one with --frames, or write --format apng.");
+    return false;
+}
+
+void NoteBuild(const CommandLine& line, const HostSession& session, const PipelineNotes& notes,
+               Report* report) {
+    if (notes.thresholdApplied) {
+        report->notes.push_back(ShownPath(line.output) +
+                                ": a GIF holds no half-transparent pixels; from half on they are opaque, the "
+                                "others are hidden (--matte mixes them onto a colour).");
+    }
+    if (line.supercompress && session.record.transparent) {
+        report->notes.push_back(ShownInput(line.inputs[0]) +
+                                ": has transparent pixels; supercompression needs an opaque source.");
+    }
+}
+
+// Whether the last frame leads into the first; notes why not.
+bool NoteSeam(const CommandLine& line, const HostSession& session, Report* report) {
+    std::vector<std::string> clauses;
+    const bool loops = line.format != "png" && !IsRawFormat(line.format);
+    const bool seamless = CheckSeam(session.built, session.record, loops, &clauses);
+    for (const std::string& clause : clauses)
+        report->notes.push_back(ShownPath(line.output) + ": " + clause + ".");
+    return seamless;
+}
+
+Report Apply(const CommandLine& line, const CommandContext& context) {
     const Clock::time_point start = Clock::now();
     Report report;
     Animation source;
@@ -109,54 +205,64 @@ Report RunApply(const CommandLine& line, const CommandContext& context) {
     session.source = &source;
     session.sourcePath = SystemPath(line.inputs[0]);
     Failure failure;
+    ShowStage("Reading", context, &session);
     if (!ReadSource(line, 0, &source, &report)) return report;
+    const int64_t decodeTime = MicrosecondsSince(start);
     FrameEdits edits = line.edits;
     if (line.delay >= 0) edits.stillDelay = line.delay;
     if (!EditFrames(edits, LimitsOf(line), &source, &failure)) return FailedReport(failure);
-    if (!CheckOutput(line, ResultPaths(line.output, source.frames.size(), line.format), &report))
-        return report;
-    if (IsStream(line.output) && line.format == "png" && source.frames.size() > 1) {
-        return FailedReport(kExitBadCommand, "standard output takes one PNG picture, and there are " +
-                                                 Plural(source.frames.size(), "frame") +
-                                                 "; choose one with --frames, or write --format apng.");
-    }
+    if (!MayBegin(line, source, &report)) return report;
     PipelineNotes notes;
+    const Clock::time_point buildStart = Clock::now();
     if (!Build(line, context, &session, &notes, &failure)) return FailedReport(failure);
-    if (notes.thresholdApplied) {
-        report.notes.push_back(ShownPath(line.output) +
-                               ": a GIF holds no half-transparent pixels; from half on they are opaque, the "
-                               "others are hidden (--matte mixes them onto a colour).");
-    }
-    if (line.supercompress && session.record.transparent) {
-        report.notes.push_back(ShownInput(line.inputs[0]) +
-                               ": has transparent pixels; supercompression needs an opaque source.");
-    }
-    bool seamless = false;
-    if (line.journeys.seamless) {
-        std::vector<std::string> clauses;
-        const bool loops = line.format != "png" && !IsRawFormat(line.format);
-        seamless = CheckSeam(session.built, session.record, loops, &clauses);
-        for (const std::string& clause : clauses)
-            report.notes.push_back(ShownPath(line.output) + ": " + clause + ".");
-    }
+    const int64_t effectTime = session.effectMicroseconds;
+    const int64_t buildTime = std::max<int64_t>(MicrosecondsSince(buildStart) - effectTime, 0);
+    NoteBuild(line, session, notes, &report);
+    const bool seamless = line.journeys.seamless && NoteSeam(line, session, &report);
     const size_t frames = session.built.frames.size();
     const size_t colors = CountColors(session.built, session.record);
     const int width = session.built.width, height = session.built.height;
     WrittenResult written;
     std::string error;
+    ShowStage("Writing", context, &session);
+    const Clock::time_point encodeStart = Clock::now();
     if (!WriteResult(line.output, std::move(session.built), session.record, OptionsOf(line), &written,
                      &error)) {
         return FailedReport(kExitBadOutput, error);
     }
     if (!written.note.empty()) report.notes.push_back(ShownPath(line.output) + ": " + written.note + ".");
+    const int64_t encodeTime = MicrosecondsSince(encodeStart);
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     report.text = FilesText(written.files) + ": " + Plural(frames, "frame") + ", " + std::to_string(width) +
                   " x " + std::to_string(height) + ", " + Plural(colors, "color") + ", " +
                   std::to_string(written.bytes) + " bytes, " + SecondsText(seconds) + " s.\n";
-    report.result = {{"output", line.output}, {"frames", frames},      {"width", width},
-                     {"height", height},      {"colors", colors},      {"bytes", written.bytes},
-                     {"seconds", seconds},    {"files", written.files}};
+    report.result = {{"files", written.files},
+                     {"frames", frames},
+                     {"width", width},
+                     {"height", height},
+                     {"colors", colors},
+                     {"bytes", written.bytes},
+                     {"milliseconds",
+                      {{"decode", Milliseconds(decodeTime)},
+                       {"effect", Milliseconds(effectTime)},
+                       {"build", Milliseconds(buildTime)},
+                       {"encode", Milliseconds(encodeTime)}}},
+                     {"seconds", seconds}};
     if (line.journeys.seamless) report.result["seamless"] = seamless;
+    if (!written.fingerprint.empty()) report.result["fingerprint"] = written.fingerprint;
+    return report;
+}
+
+}  // namespace
+
+Report RunApply(const CommandLine& given, const CommandContext& context) {
+    CommandLine line = given;
+    Failure failure;
+    const bool isNamed = !NamesFolder(line.output) || NameResult(&line, &failure);
+    Report report = isNamed ? Apply(line, context) : FailedReport(failure);
+    nlohmann::ordered_json result = NamesOf(line);
+    result.update(report.result);
+    report.result = std::move(result);
     return report;
 }
 

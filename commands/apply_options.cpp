@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The options of kestrel apply.
+#include <map>
+#include <set>
+
 #include <CLI/CLI.hpp>
 
 #include "commands/common_options.h"
@@ -7,6 +10,7 @@
 #include "commands/option_checks.h"
 #include "commands/parser_words.h"
 #include "commands/recipe_words.h"
+#include "framework/frame_runner.h"
 #include "media/animation_writer.h"
 
 namespace kfx::commands {
@@ -46,6 +50,17 @@ void AddFormatOptions(CLI::App* command, CommandLine* line) {
               "WebP: more takes longer and makes smaller files (6)");
 }
 
+void AddBatchOptions(CLI::App* command, BatchOptions* batch, int* threads) {
+    AddNumber(command, "--jobs", &batch->jobs, 1, kMostJobs,
+              "Files at a time, with a folder as output (as many as there are processors, up to 4)");
+    AddNumber(
+        command, "--threads", threads, 1, kMostFrameThreads,
+        "Frames at a time (as many as there are processors, shared by the files); the result is the same");
+    AddFlag(command, "--recursive", &batch->recursive, "Folders in the input folders, too");
+    AddFlag(command, "--skip-done", &batch->skipDone, "Pass over results that are there and complete");
+    AddFlag(command, "--dry-run", &batch->dryRun, "Only say what would be written");
+}
+
 void AddApply(CLI::App* app, const OptionTarget& target) {
     CommandLine* const line = target.line;
     CLI::App* const apply =
@@ -54,14 +69,16 @@ void AddApply(CLI::App* app, const OptionTarget& target) {
         ->add_option(
             "input", line->inputs,
             "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; NAME-%03d.png for "
-            "numbered files")
+            "numbered files; several files, NAME-*.gif or a folder, with a folder as output")
         ->type_name("FILE")
         ->required();
     AddReadLimit(apply, line);
     AddJoinOptions(apply, line);
     AddOutput(
         apply, line, "-o,--output",
-        ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for standard output");
+        ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for standard output; "
+        "FOLDER/ for a result of each input, named as it");
+    AddBatchOptions(apply, &line->batch, &line->threads);
     apply
         ->add_option("--format", target.words->format,
                      "For standard output, or a name without ending: gif, webp, png, apng, y4m, rgb or rgba")
@@ -138,7 +155,23 @@ bool JoinEffectsAndSettings(const CLI::App& command, const ApplyWords& words, Co
     return true;
 }
 
+// The options of one result's own command, as they were written.
+std::vector<std::string> WordsForEach(const CLI::App& command) {
+    static const std::set<std::string> others = {"output",  "format", "jobs",  "recursive",
+                                                 "threads", "json",   "quiet", "dry-run"};
+    std::vector<std::string> words;
+    std::map<const CLI::Option*, size_t> seen;
+    for (const CLI::Option* option : command.parse_order()) {
+        if (option->get_lnames().empty() || others.count(option->get_lnames()[0]) > 0) continue;
+        words.push_back("--" + option->get_lnames()[0]);
+        const size_t number = seen[option]++;
+        if (option->get_items_expected_max() > 0) words.push_back(option->results().at(number));
+    }
+    return words;
+}
+
 bool FinishApply(const CLI::App& command, const ApplyWords& words, CommandLine* line, std::string* error) {
+    line->batch.words = WordsForEach(command);
     TakeWords(command, &line->recipe);
     if (TakesOver(line->recipe)) return CheckTakingOver(*line, error);
     return JoinEffectsAndSettings(command, words, line, error) && CheckApply(words, line, error);

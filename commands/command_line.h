@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "commands/batch_options.h"
 #include "commands/frame_edits.h"
 #include "commands/journey.h"
 #include "commands/recipe_options.h"
@@ -33,7 +34,9 @@ struct EffectChoice {
 // The files of one animation.
 struct SourceFiles {
     std::vector<std::string> files;
-    std::string note;  // a sentence about what was found; or empty
+    std::string note = {};                // a sentence about what was found; or empty
+    std::vector<std::string> given = {};  // the inputs on the command line that name the files
+    std::string subfolder = {};           // of the folder that was given, with its separator; or empty
 };
 
 struct CommandLine {
@@ -43,10 +46,12 @@ struct CommandLine {
     bool join = false;                 // several files are one animation
     int delay = -1;                    // milliseconds for every frame, joins as well; -1: not given
     std::string output;
-    std::string format;   // of an apply command's output; see output_format.h
+    std::string format;  // of an apply command's output, see output_format.h; empty: of each its own
+    BatchOptions batch;
     std::string printed;  // all that a command has to say that only prints
     bool json = false;
     bool quiet = false;
+    int threads = 0;     // that work on frames; 0: as many as there are processors
     bool force = false;  // replace a file that exists
     int maxPixels = -1;  // the most that are read, in millions over all frames; -1: what is read by itself
 

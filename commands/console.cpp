@@ -14,17 +14,9 @@ constexpr std::chrono::milliseconds kProgressStep{100};
 std::string progressLine;
 Clock::time_point progressTime;
 
-std::string LineOf(const HostSession& session) {
-    std::string line;
-    {
-        const std::lock_guard<std::mutex> lock(session.statusLock);
-        line = session.status;
-    }
-    const int total = session.progressTotal;
-    if (total > 0)
-        line += "  " + std::to_string(session.progressCurrent + 1) + " of " + std::to_string(total);
-    return line;
-}
+// Since when the stage that is shown goes on.
+std::string stageName;
+Clock::time_point stageStart;
 
 }  // namespace
 
@@ -41,11 +33,26 @@ bool PrintReport(const Report& report, bool json, bool quiet, bool holdsResult) 
     return written;
 }
 
-void ShowProgressLine(const HostSession& session) {
+void ShowProgressLine(const HostSession& session) { ShowStageLine(ProgressOf(session)); }
+
+void ShowStageLine(const StageProgress& progress) {
+    const Clock::time_point now = Clock::now();
+    if (progress.stage != stageName) stageStart = now;
+    stageName = progress.stage;
+    std::string left;
+    if (progress.total > 0 && progress.current > 0) {
+        left = TimeLeftText(std::chrono::duration<double>(now - stageStart).count(),
+                            static_cast<uint64_t>(progress.current), static_cast<uint64_t>(progress.total));
+    }
+    ShowProgressText(TextOf(progress) + (left.empty() ? "" : ", " + left));
+}
+
+void ShowProgressText(const std::string& text) {
     const Clock::time_point now = Clock::now();
     if (now - progressTime < kProgressStep || !ErrorsAreWatched()) return;
     progressTime = now;
-    const std::string line = LineOf(session);
+    // The last column stays free: some terminals begin a new line behind it.
+    const std::string line = FitColumns(text, TerminalColumns() - 1);
     if (line == progressLine) return;
     const std::string rest(progressLine.size() > line.size() ? progressLine.size() - line.size() : 0, ' ');
     WriteStandardError("\r" + line + rest);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "commands/host_session.h"
+#include "commands/progress.h"
 #include "commands/report.h"
 
 namespace kfx::commands {
@@ -19,11 +20,11 @@ bool WriteStandardOutput(const std::string& text);
 bool WriteStandardOutput(const uint8_t* data, size_t size, std::string* reason);
 void WriteStandardError(const std::string& text);
 
-// Whether standard error is a terminal, where somebody watches.
+// Whether standard error is a terminal that can draw over a line, where somebody watches.
 bool ErrorsAreWatched();
 
-// Leaves a line that a process on the same terminal has begun and not ended.
-void LeaveUnfinishedLine();
+// How many columns that terminal has.
+size_t TerminalColumns();
 
 // All bytes up to the end of standard input. False: `*reason` is a clause.
 bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason);
@@ -32,8 +33,11 @@ bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason);
 // `holdsResult`. False: standard output did not take it, which a sentence on standard error then says.
 bool PrintReport(const Report& report, bool json, bool quiet, bool holdsResult = false);
 
-// One line on standard error that shows the engine's stage and frame; nothing unless that is a terminal.
+// One line on standard error that shows the engine's stage and frame, and how long the stage will take;
+// nothing unless that is a terminal. The other two show the same of a child, and any text.
 void ShowProgressLine(const HostSession& session);
+void ShowStageLine(const StageProgress& progress);
+void ShowProgressText(const std::string& text);
 void ClearProgressLine();
 
 }  // namespace kfx::commands

@@ -2,8 +2,11 @@
 #include "commands/console.h"
 
 #include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <system_error>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace kfx::commands {
@@ -62,9 +65,15 @@ bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason) {
 
 bool WriteStandardOutput(const std::string& text) { return Write(STDOUT_FILENO, text); }
 void WriteStandardError(const std::string& text) { Write(STDERR_FILENO, text); }
-bool ErrorsAreWatched() { return isatty(STDERR_FILENO) != 0; }
+bool ErrorsAreWatched() {
+    const char* const kind = std::getenv("TERM");
+    return isatty(STDERR_FILENO) != 0 && !(kind && std::strcmp(kind, "dumb") == 0);
+}
 
-// A terminal here does not tell where its cursor stands.
-void LeaveUnfinishedLine() {}
+size_t TerminalColumns() {
+    constexpr size_t kUsual = 80;
+    struct winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : kUsual;
+}
 
 }  // namespace kfx::commands

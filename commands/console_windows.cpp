@@ -79,12 +79,11 @@ bool ErrorsAreWatched() {
     return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 
-void LeaveUnfinishedLine() {
+size_t TerminalColumns() {
+    constexpr size_t kUsual = 80;
     CONSOLE_SCREEN_BUFFER_INFO screen = {};
-    const HANDLE terminal = GetStdHandle(STD_ERROR_HANDLE);
-    if (GetConsoleScreenBufferInfo(terminal, &screen) && screen.dwCursorPosition.X > 0) {
-        WriteStandardError("\n");
-    }
+    const bool isKnown = GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &screen) != 0;
+    return isKnown && screen.dwSize.X > 1 ? static_cast<size_t>(screen.dwSize.X) : kUsual;
 }
 
 }  // namespace kfx::commands

@@ -81,6 +81,17 @@ uint64_t OpenAnimation(OpenAnimationRequest* request) {
     return block;
 }
 
+// Each status text, and the task's end, ends the time of an effect that was at work.
+void NoteEffectTime(bool works) {
+    const auto now = std::chrono::steady_clock::now();
+    if (current->effectWorks) {
+        current->effectMicroseconds +=
+            std::chrono::duration_cast<std::chrono::microseconds>(now - current->effectSince).count();
+    }
+    current->effectSince = now;
+    current->effectWorks = works;
+}
+
 uint64_t NewTask(const FileObjectRecord* task) { return task && BeginTask(*task, &current->built) ? 1 : 0; }
 
 uint64_t AddImage(const AddImageRecord* frame) {
@@ -99,6 +110,7 @@ uint64_t AddComment(const char* text) {
 }
 
 uint64_t CloseTask(bool success) {
+    NoteEffectTime(false);
     if (!current->built.open) return 0;
     current->built.open = false;
     current->built.complete = success;
@@ -112,6 +124,7 @@ void SetStatus(const char* text) {
     {
         const std::lock_guard<std::mutex> lock(current->statusLock);
         current->status = text ? text : "";
+        NoteEffectTime(current->status == kEffectStatus);
     }
     if (current->actions.showProgress) current->actions.showProgress(current);
 }

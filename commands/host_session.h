@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -16,6 +17,9 @@
 namespace kfx::commands {
 
 struct HostSession;
+
+// The status text of a build while its effect makes the frames.
+inline constexpr char kEffectStatus[] = "Building";
 
 // What needs a user. A null entry declines.
 struct HostActions {
@@ -57,6 +61,11 @@ struct HostSession {
     std::atomic<int> progressWhole{0};
     mutable std::mutex statusLock;
     std::string status;  // under statusLock
+
+    // How long effects have worked: from their status text to the next one, or to the task's end.
+    std::atomic<int64_t> effectMicroseconds{0};
+    std::chrono::steady_clock::time_point effectSince = {};
+    bool effectWorks = false;  // since effectSince
 };
 
 // Makes the session the one that answers, with the capability bits given. The host interface carries no

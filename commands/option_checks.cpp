@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 
+#include "commands/batch_plan.h"
 #include "commands/output_format.h"
 #include "commands/text_match.h"
 
@@ -52,7 +53,7 @@ std::string FormatMismatch(const CommandLine& line) {
 }
 
 // Options that contradict each other. Empty: none do.
-std::string Contradiction(const CommandLine& line, const ApplyWords& words, const char* paletteOption) {
+std::string Contradiction(const CommandLine& line, const char* paletteOption) {
     const char* const searchOption = FirstGiven({{"--fast-remap", line.fastRemap},
                                                  {"--dither-brightness", line.ditherBrightness >= 0},
                                                  {"--dither-contrast", line.ditherContrast >= 0}});
@@ -63,8 +64,16 @@ std::string Contradiction(const CommandLine& line, const ApplyWords& words, cons
     // A GIF without an effect may keep its exact colours; then nothing is searched.
     if (searchOption && !paletteOption && (line.format != "gif" || line.effects.empty()))
         return std::string(searchOption) + " is for results on a palette; add --palette, or leave it out.";
-    if (line.comment && words.noComment) return ExcludeEachOther("--comment", "--no-comment");
     if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
+    return "";
+}
+
+// What goes with several results only, or not with these. Empty: nothing is there.
+std::string BatchMismatch(const CommandLine& line, bool isFolder) {
+    if (line.batch.recursive && (line.join || line.delay >= 0))
+        return ExcludeEachOther("--recursive", line.join ? "--join" : "--delay");
+    if (line.batch.recursive && !isFolder)
+        return "--recursive needs a folder for the results; end the output's name in /.";
     return "";
 }
 
@@ -84,14 +93,15 @@ std::string MissingEffect(const CommandLine& line, bool formatGiven) {
 }  // namespace
 
 bool CheckApply(const ApplyWords& words, CommandLine* line, std::string* error) {
-    const char* const paletteOption = FirstGiven({{"--palette", !line->palette.empty()},
-                                                  {"--dither", line->dither},
-                                                  {"--supercompress", line->supercompress}});
     unsigned color = 0;
+    const bool isFolder = NamesFolder(line->output);
+    const bool formatOpen = isFolder && words.format.empty();
     *error = MissingEffect(*line, !words.format.empty());
-    if (error->empty()) line->format = ResolveFormat(line->output, words.format, error);
-    if (error->empty()) *error = FormatMismatch(*line);
-    if (error->empty()) *error = Contradiction(*line, words, paletteOption);
+    if (error->empty() && !formatOpen)
+        line->format = ResolveFormat(isFolder ? "" : line->output, words.format, error);
+    if (error->empty()) *error = BatchMismatch(*line, isFolder);
+    if (error->empty() && line->comment && words.noComment)
+        *error = ExcludeEachOther("--comment", "--no-comment");
     if (error->empty() && !line->localBackground.empty() && PlainName(line->localBackground) != "none" &&
         !ParseColor(line->localBackground, &color)) {
         *error =
@@ -101,6 +111,15 @@ bool CheckApply(const ApplyWords& words, CommandLine* line, std::string* error) 
         *error = "--edges takes background or extend, not \"" + line->edges + "\".";
     if (error->empty() && !line->matte.empty() && !ParseColor(line->matte, &color))
         *error = "--matte takes a colour as RRGGBB, not \"" + line->matte + "\".";
+    return error->empty() && (formatOpen || CompleteFormat(line, error));
+}
+
+bool CompleteFormat(CommandLine* line, std::string* error) {
+    const char* const paletteOption = FirstGiven({{"--palette", !line->palette.empty()},
+                                                  {"--dither", line->dither},
+                                                  {"--supercompress", line->supercompress}});
+    *error = FormatMismatch(*line);
+    if (error->empty()) *error = Contradiction(*line, paletteOption);
     if (!error->empty()) return false;
     line->trueColor = line->format != "gif" && !paletteOption;
     line->keepsColors = line->effects.empty() && !paletteOption;

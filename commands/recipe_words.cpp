@@ -18,6 +18,7 @@ namespace {
 // Options without an effect on the result, or that a recipe says in another way. Those that name files
 // (see NamesFile) need not stand here.
 constexpr const char* kNotKept[] = {
+    "dry-run",     // nothing is written
     "force",       // where the result goes
     "format",      // stands in the recipe by itself, because an output's ending says it as well
     "help",        //
@@ -28,7 +29,10 @@ constexpr const char* kNotKept[] = {
     "no-comment",  // the default
     "no-recipe",   //
     "quiet",       // what is printed
+    "recursive",   // how the inputs are named
+    "seamless",    // what is printed
     "seed",        // stands in the recipe by itself, because the clock gives it as well
+    "skip-done",   // which results are made
     "threads",     // how fast
 };
 

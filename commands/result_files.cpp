@@ -2,10 +2,12 @@
 #include "commands/result_files.h"
 
 #include <filesystem>
+#include <functional>
 #include <new>
 #include <utility>
 
 #include "commands/command_line.h"
+#include "commands/fingerprint.h"
 #include "commands/output_check.h"
 #include "commands/result_fingerprint.h"
 #include "commands/stream_output.h"
@@ -22,6 +24,18 @@ std::string FormatOf(const std::string& path, const std::string& format) {
     return format.empty() && !ending.empty() ? ending.substr(1) : format;
 }
 
+using Encode = std::function<bool(std::vector<uint8_t>* file, std::string* clause)>;
+
+// What such a file shows is known when it is decoded.
+bool WriteLossy(const std::string& system, const Encode& encode, WrittenResult* written, std::string* error) {
+    const auto makeContent = [&](size_t, std::vector<uint8_t>* file, std::string* clause) {
+        if (!encode(file, clause)) return false;
+        written->fingerprint = FingerprintOfFile(*file);
+        return true;
+    };
+    return WriteWholeFiles({system}, makeContent, error);
+}
+
 bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& source,
            const ResultOptions& options, WrittenResult* written, std::string* error) {
     const std::string system = SystemPath(path);
@@ -30,8 +44,13 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
     if (IsRawFormat(format)) return WriteRawFile(system, std::move(built), source, options, written, error);
     if (format == "gif") {
         GifAnimation gif = MakeGif(std::move(built), source);
-        gif.recipe = RecipeFor(options.recipe, gif);
-        written->note = ShortDelaysOf(gif);
+        NoteResult(options, &gif, written);
+        if (options.fingerprint && HasLoss(options, format)) {
+            const auto encode = [&](std::vector<uint8_t>* file, std::string* clause) {
+                return EncodeGif(gif, file, clause, options.gif);
+            };
+            return WriteLossy(system, encode, written, error);
+        }
         return WriteGif(system, gif, error, options.gif);
     }
     Animation animation = PlayBuilt(built, source);
@@ -44,10 +63,16 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
                        : FinishRecipe(options.recipe, FingerprintOfStill(animation, frame),
                                       {.number = frame + 1, .count = count});
         };
+        if (options.fingerprint) written->fingerprint = FingerprintOfPictures(animation);
         return WritePngFrames(system, animation, error, recipeOf);
     }
-    animation.recipe = RecipeFor(options.recipe, format, animation);
-    written->note = ShortDelayNote(animation);
+    NoteResult(options, format, &animation, written);
+    if (options.fingerprint && HasLoss(options, format)) {
+        const auto encode = [&](std::vector<uint8_t>* file, std::string* clause) {
+            return EncodeWebp(animation, file, clause, options.webp);
+        };
+        return WriteLossy(system, encode, written, error);
+    }
     if (format == "apng") return WriteApng(system, animation, error);
     return WriteWebp(system, animation, error, options.webp);
 }
@@ -64,14 +89,25 @@ uint64_t BytesOf(const std::vector<std::string>& files) {
 
 }  // namespace
 
-std::string RecipeFor(const RecipeDraft& draft, const GifAnimation& gif) {
-    return draft.head.empty() ? "" : FinishRecipe(draft, FingerprintOfGif(gif));
+void NoteResult(const ResultOptions& options, GifAnimation* gif, WrittenResult* written) {
+    written->note = ShortDelaysOf(*gif);
+    if (!options.fingerprint && options.recipe.head.empty()) return;
+    written->fingerprint = FingerprintOfGif(*gif);
+    if (!options.recipe.head.empty()) gif->recipe = FinishRecipe(options.recipe, written->fingerprint);
 }
 
-std::string RecipeFor(const RecipeDraft& draft, const std::string& format, const Animation& animation) {
-    if (draft.head.empty()) return "";
-    return FinishRecipe(
-        draft, format == "png" ? FingerprintOfStill(animation, 0) : FingerprintIn(format, animation));
+void NoteResult(const ResultOptions& options, const std::string& format, Animation* animation,
+                WrittenResult* written) {
+    const bool isStill = format == "png";
+    if (!isStill) written->note = ShortDelayNote(*animation);
+    if (!options.fingerprint && options.recipe.head.empty()) return;
+    written->fingerprint = isStill ? FingerprintOfStill(*animation, 0) : FingerprintIn(format, *animation);
+    if (!options.recipe.head.empty()) animation->recipe = FinishRecipe(options.recipe, written->fingerprint);
+}
+
+bool HasLoss(const ResultOptions& options, const std::string& format) {
+    return (format == "gif" && options.gif.lossy > 0) ||
+           (format == "webp" && options.webp.kind != WebpKind::Lossless);
 }
 
 std::string ShortDelaysOf(const GifAnimation& gif) {

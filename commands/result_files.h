@@ -18,12 +18,17 @@ struct ResultOptions {
     std::string format;  // as ResolveFormat has it; empty: what the path's ending says
     GifOptions gif;
     WebpOptions webp;
-    RecipeDraft recipe;  // is kept in the file, with its fingerprint; raw frames hold none
+    RecipeDraft recipe;        // is kept in the file, with its fingerprint; raw frames hold none
+    bool fingerprint = false;  // is wanted in WrittenResult
 };
+
+// Whether a file in this format shows other pixels than those that it is made of.
+bool HasLoss(const ResultOptions& options, const std::string& format);
 
 struct WrittenResult {
     std::vector<std::string> files;  // with folders as in the path that was given
     uint64_t bytes = 0;              // of all files; 0 for a device or a pipe
+    std::string fingerprint;         // of what the files show, when it was wanted; see fingerprint.h
     std::string note;  // a clause about frames that viewers do not show as long as they say; or empty
 };
 
@@ -39,9 +44,11 @@ std::vector<std::string> ResultPaths(const std::string& path, size_t frameCount,
 bool MayWriteResult(const std::vector<std::string>& files, const std::vector<std::string>& inputs,
                     bool replace, std::string* error);
 
-// The recipe to keep in the file of this result; empty: none. `format` is "webp", "apng" or "png", a still.
-std::string RecipeFor(const RecipeDraft& draft, const GifAnimation& gif);
-std::string RecipeFor(const RecipeDraft& draft, const std::string& format, const Animation& animation);
+// Gives the animation the recipe that its file keeps, and notes what is known before it is written: the note
+// about times and the fingerprint, of a file without loss. `format` is "webp", "apng" or "png", a still.
+void NoteResult(const ResultOptions& options, GifAnimation* gif, WrittenResult* written);
+void NoteResult(const ResultOptions& options, const std::string& format, Animation* animation,
+                WrittenResult* written);
 
 // Writes the animation in the format of the options, to standard output when that is the path.
 bool WriteResult(const std::string& path, BuiltAnimation built, const SourceRecord& source,

@@ -3,8 +3,13 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
+#include <cstdint>
+#include <utility>
 
+#include "commands/sequence.h"
 #include "media/loop_count.h"
+#include "media/readers.h"
 
 namespace kfx::commands {
 namespace {
@@ -30,6 +35,34 @@ void Draw(const GifFrame& frame, const std::vector<RgbColor>& palette, std::vect
 int MillisecondsInPng(int milliseconds) {
     if (milliseconds <= kMostHundredths) return milliseconds;
     return 10 * std::min(milliseconds / 10, kMostHundredths);
+}
+
+// One picture of a stream, with the colours that a reader gives it.
+void MakeShown(const Animation& animation, size_t index, RawFormat format, RgbColor behind, Frame* shown) {
+    if (format == RawFormat::Rgba) {
+        *shown = animation.frames[index];
+        return;
+    }
+    Animation one;
+    one.width = animation.width;
+    one.height = animation.height;
+    one.frames = {animation.frames[index]};
+    std::vector<uint8_t> bytes;
+    const auto take = [&](const uint8_t* data, size_t size) {
+        bytes.insert(bytes.end(), data, data + size);
+        return true;
+    };
+    WriteRawVideo(one, {.rate = {}, .repeats = {1}}, format, behind, take);
+    if (format == RawFormat::Rgb) {
+        shown->pixels.assign(bytes.size() / 3 * 4, 255);
+        for (size_t i = 0; i < bytes.size() / 3; ++i)
+            std::copy_n(bytes.data() + 3 * i, 3, shown->pixels.data() + 4 * i);
+        return;
+    }
+    Animation read;
+    std::string ignored;
+    if (ReadAnimationFromMemory(bytes.data(), bytes.size(), &read, &ignored))
+        shown->pixels = std::move(read.frames[0].pixels);
 }
 
 }  // namespace
@@ -77,6 +110,53 @@ std::string FingerprintOfStill(const Animation& animation, size_t frame) {
     };
     return FingerprintOf(
         {.width = animation.width, .height = animation.height, .loopCount = kLoopNone, .frames = 1}, show);
+}
+
+std::string FingerprintOfPictures(const Animation& animation) {
+    const auto show = [&](size_t i) -> ShownFrame {
+        return {.frame = &animation.frames[i], .milliseconds = kStillMilliseconds};
+    };
+    return FingerprintOf({.width = animation.width,
+                          .height = animation.height,
+                          .loopCount = kLoopForever,
+                          .frames = animation.frames.size()},
+                         show);
+}
+
+std::string FingerprintOfStream(const Animation& animation, const ConstantRate& plan, RawFormat format,
+                                RgbColor behind) {
+    // Those that stand in the stream.
+    std::vector<size_t> numbers;
+    for (size_t i = 0; i < animation.frames.size(); ++i)
+        if (plan.repeats[i] > 0) numbers.push_back(i);
+    const double frameTime =
+        1000.0 * static_cast<double>(plan.rate.denominator) / static_cast<double>(plan.rate.numerator);
+    Frame shown;
+    int64_t frames = 0, milliseconds = 0;
+    const auto show = [&](size_t i) -> ShownFrame {
+        shown = {};
+        MakeShown(animation, numbers[i], format, behind, &shown);
+        NoteTransparency(&shown);
+        frames += plan.repeats[numbers[i]];
+        const int64_t end = std::llround(static_cast<double>(frames) * frameTime);
+        const auto time = static_cast<int>(end - milliseconds);
+        milliseconds = end;
+        return {.frame = &shown, .milliseconds = time};
+    };
+    return FingerprintOf({.width = animation.width,
+                          .height = animation.height,
+                          .loopCount = kLoopNone,
+                          .frames = numbers.size()},
+                         show);
+}
+
+std::string FingerprintOfFile(const std::vector<uint8_t>& file) {
+    Animation animation;
+    std::string ignored;
+    ReadLimits limits;
+    limits.maxPixels = UINT64_MAX;  // it was in memory already
+    const bool isRead = ReadAnimationFromMemory(file.data(), file.size(), &animation, &ignored, limits);
+    return isRead ? FingerprintOf(animation) : "";
 }
 
 }  // namespace kfx::commands

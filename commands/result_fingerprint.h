@@ -2,10 +2,13 @@
 // The fingerprints that results have when they are read back, known before they are written.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "commands/fingerprint.h"
 #include "media/animation_writer.h"
+#include "media/raw_video.h"
 
 namespace kfx::commands {
 
@@ -17,5 +20,15 @@ std::string FingerprintIn(const std::string& format, const Animation& animation)
 
 // Of one frame as a picture of its own.
 std::string FingerprintOfStill(const Animation& animation, size_t frame);
+
+// Of PNG files, a frame each: one is a still, several are what NAME-%03d.png reads.
+std::string FingerprintOfPictures(const Animation& animation);
+
+// Of a stream of WriteRawVideo.
+std::string FingerprintOfStream(const Animation& animation, const ConstantRate& plan, RawFormat format,
+                                RgbColor behind);
+
+// Of a whole file that was written with loss: it is decoded. Empty: that failed.
+std::string FingerprintOfFile(const std::vector<uint8_t>& file);
 
 }  // namespace kfx::commands

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iterator>
 
+#include "commands/batch_plan.h"
 #include "commands/output_format.h"
 #include "commands/text.h"
 #include "media/utf8_path.h"
@@ -135,8 +136,12 @@ std::vector<std::string> FindFitting(const std::string& input) {
     return files;
 }
 
+std::string WithSeparator(const std::string& folder) {
+    return FileNameOf(folder).empty() ? folder : folder + "/";
+}
+
 std::vector<std::string> FindPictures(const std::string& folder) {
-    const std::string prefix = FileNameOf(folder).empty() ? folder : folder + "/";
+    const std::string prefix = WithSeparator(folder);
     std::vector<std::string> files;
     for (const std::string& name : NamesIn(prefix)) {
         const std::string ending = EndingOf(name);
@@ -147,9 +152,42 @@ std::vector<std::string> FindPictures(const std::string& folder) {
     return files;
 }
 
+// The folders in a folder, without hidden ones and links, which could lead back to it.
+std::vector<std::string> FoldersIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code noFolder;
+    fs::directory_iterator entry(PathOf(SystemPath(folder)), noFolder);
+    while (!noFolder && entry != fs::directory_iterator()) {
+        std::error_code unknown;
+        const std::string name = Utf8Of(entry->path().filename());
+        if (fs::is_directory(entry->symlink_status(unknown)) && name[0] != '.') names.push_back(name);
+        entry.increment(noFolder);
+    }
+    std::sort(names.begin(), names.end(), IsBeforeByNumber);
+    return names;
+}
+
+// The pictures in a folder and all folders in it, each a source; not in the folder of the results, where
+// earlier ones may be. `below`: this folder's place in the given one.
+void AddTree(const std::string& folder, const std::string& below, const std::string& output,
+             std::vector<SourceFiles>* sources) {
+    for (const std::string& file : FindPictures(folder))
+        sources->push_back({.files = {file}, .given = {file}, .subfolder = below});
+    for (const std::string& name : FoldersIn(folder)) {
+        std::error_code unknown;
+        const std::string inner = folder + name + "/";
+        if (!fs::equivalent(PathOf(SystemPath(inner)), PathOf(SystemPath(output)), unknown))
+            AddTree(inner, below + name + "/", output, sources);
+    }
+}
+
 bool Refuse(ExitCode exitCode, const std::string& error, Failure* failure) {
     *failure = {exitCode, error};
     return false;
+}
+
+bool RefuseFolder(const std::string& input, Failure* failure) {
+    return Refuse(kExitBadInput, input + ": this is a folder without pictures.", failure);
 }
 
 // What one input names. `*isSource`: it is one animation by itself.
@@ -161,8 +199,7 @@ bool FindFiles(const std::string& input, SourceFiles* found, bool* isSource, Fai
     *isSource = false;
     if (!IsStream(input) && fs::is_directory(path, unknown)) {
         found->files = FindPictures(input);
-        return !found->files.empty() ||
-               Refuse(kExitBadInput, input + ": this is a folder without pictures.", failure);
+        return !found->files.empty() || RefuseFolder(input, failure);
     }
     if (IsStream(input) || fs::exists(path, unknown)) {
         found->files = {input};
@@ -205,11 +242,73 @@ void JoinSources(CommandLine* line) {
     SourceFiles all;
     for (SourceFiles& source : line->sources) {
         all.files.insert(all.files.end(), source.files.begin(), source.files.end());
+        all.given.insert(all.given.end(), source.given.begin(), source.given.end());
         if (all.note.empty()) all.note = source.note;
     }
     if (line->inputs.size() == all.files.size() && SortByNumber(&all.files) && all.note.empty())
         all.note = "the files are joined in the order of their numbers.";
     line->sources = {all};
+}
+
+// A source for each file that the inputs name: the results go into a folder.
+bool FindEach(CommandLine* line, Failure* failure) {
+    for (const std::string& input : line->inputs) {
+        SourceFiles found;
+        bool isSource = false;
+        std::error_code unknown;
+        const bool isTree = line->batch.recursive && fs::is_directory(PathOf(SystemPath(input)), unknown);
+        const size_t before = line->sources.size();
+        if (isTree) {
+            AddTree(WithSeparator(input), "", line->output, &line->sources);
+            if (line->sources.size() == before) return RefuseFolder(input, failure);
+            continue;
+        }
+        if (!FindFiles(input, &found, &isSource, failure)) return false;
+        found.given = {input};
+        if (isSource) line->sources.push_back(found);
+        for (const std::string& file : found.files) {
+            if (!isSource) line->sources.push_back({.files = {file}, .given = {file}});
+        }
+    }
+    return true;
+}
+
+// A source for each file. An input that names nothing is left to the command, which goes on with the others.
+void FindEachFile(CommandLine* line) {
+    for (const std::string& input : line->inputs) {
+        SourceFiles found;
+        bool isSource = false;
+        Failure ignored;
+        if (!FindFiles(input, &found, &isSource, &ignored)) found.files = {input};
+        for (const std::string& file : found.files)
+            line->sources.push_back({.files = {file}, .given = {file}});
+    }
+}
+
+bool FindJoined(InputUse use, CommandLine* line, Failure* failure) {
+    const bool takesFirst = use == InputUse::FirstPicture;
+    const bool joins = line->join || line->delay >= 0 || takesFirst;
+    const std::string remedy = use == InputUse::OneAnimation
+                                   ? "--join makes them one animation, -o FOLDER/ takes a result for each."
+                                   : "--join makes them one animation.";
+    for (const std::string& input : line->inputs) {
+        SourceFiles found;
+        bool isSource = false;
+        if (!FindFiles(input, &found, &isSource, failure)) return false;
+        if (found.files.size() > 1 && !isSource && !joins) {
+            return Refuse(kExitBadCommand,
+                          input + ": names " + std::to_string(found.files.size()) + " files; " + remedy,
+                          failure);
+        }
+        if (takesFirst) found = {.files = {found.files.front()}};
+        found.given = {input};
+        line->sources.push_back(found);
+    }
+    if (use == InputUse::OneAnimation && line->sources.size() > 1) {
+        if (!joins) return Refuse(kExitBadCommand, "there are several inputs; " + remedy, failure);
+        JoinSources(line);
+    }
+    return true;
 }
 
 }  // namespace
@@ -237,37 +336,14 @@ bool IsBeforeByNumber(const std::string& left, const std::string& right) {
 }
 
 bool FindSources(InputUse use, CommandLine* line, Failure* failure) {
-    const bool takesFirst = use == InputUse::FirstPicture;
-    const bool joins = line->join || line->delay >= 0 || takesFirst;
+    const bool joins = line->join || line->delay >= 0;
+    const bool isEach = use == InputUse::OneAnimation && !joins && NamesFolder(line->output);
     std::vector<std::string> files;
     line->sources.clear();
-    for (const std::string& input : line->inputs) {
-        SourceFiles found;
-        bool isSource = false;
-        const bool isFound = FindFiles(input, &found, &isSource, failure);
-        if (use == InputUse::EachFile) {
-            // An input that names nothing is left to the command, which goes on with the others.
-            if (!isFound) found.files = {input};
-            for (const std::string& file : found.files)
-                line->sources.push_back({.files = {file}, .note = {}});
-            continue;
-        }
-        if (!isFound) return false;
-        if (found.files.size() > 1 && !isSource && !joins) {
-            return Refuse(kExitBadCommand,
-                          input + ": names " + std::to_string(found.files.size()) +
-                              " files; --join makes them one animation.",
-                          failure);
-        }
-        if (takesFirst) found = {.files = {found.files.front()}, .note = {}};
-        line->sources.push_back(found);
-    }
-    if (use == InputUse::OneAnimation && line->sources.size() > 1) {
-        if (!joins) {
-            return Refuse(kExitBadCommand, "there are several inputs; --join makes them one animation.",
-                          failure);
-        }
-        JoinSources(line);
+    if (use == InputUse::EachFile) {
+        FindEachFile(line);
+    } else if (!(isEach ? FindEach(line, failure) : FindJoined(use, line, failure))) {
+        return false;
     }
     for (const SourceFiles& source : line->sources)
         files.insert(files.end(), source.files.begin(), source.files.end());

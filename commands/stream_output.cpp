@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "commands/console.h"
+#include "commands/fingerprint.h"
+#include "commands/result_fingerprint.h"
 #include "media/file_io.h"
 #include "media/raw_video.h"
 
@@ -50,6 +52,7 @@ bool WriteRaw(BuiltAnimation built, const SourceRecord& source, const ResultOpti
     const RawFormat format = RawFormatOf(options.format);
     const ConstantRate plan = PlanConstantRate(animation);
     written->note = RawNote(animation, plan, format, source.transparent);
+    if (options.fingerprint) written->fingerprint = FingerprintOfStream(animation, plan, format, kBehind);
     return WriteRawVideo(animation, plan, format, kBehind, take);
 }
 
@@ -58,17 +61,15 @@ bool EncodeFile(BuiltAnimation built, const SourceRecord& source, const ResultOp
                 WrittenResult* written, std::vector<uint8_t>* file, std::string* error) {
     if (options.format == "gif") {
         GifAnimation gif = MakeGif(std::move(built), source);
-        gif.recipe = RecipeFor(options.recipe, gif);
-        written->note = ShortDelaysOf(gif);
+        NoteResult(options, &gif, written);
         return EncodeGif(gif, file, error, options.gif);
     }
     Animation animation = PlayBuilt(built, source);
     built = {};
-    animation.recipe = RecipeFor(options.recipe, options.format, animation);
+    NoteResult(options, options.format, &animation, written);
     if (options.format == "png")
         return EncodePng(animation.width, animation.height, animation.frames[0].pixels.data(), file, error,
                          animation);
-    written->note = ShortDelayNote(animation);
     if (options.format == "apng") return EncodeApng(animation, file, error);
     return EncodeWebp(animation, file, error, options.webp);
 }
@@ -90,6 +91,8 @@ bool WriteToStandardOutput(BuiltAnimation built, const SourceRecord& source, con
             *error = "standard output: " + reason + ".";
             return false;
         }
+        if (options.fingerprint && HasLoss(options, options.format))
+            written->fingerprint = FingerprintOfFile(file);
         take(file.data(), file.size());
     }
     if (reason.empty()) return true;

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "commands/text_windows.h"
-#include "driven/child_command.h"
+#include "commands/child_process.h"
 #include "driven/command_settings.h"
 #include "driven/folder_answers.h"
 #include "driven/plugin_run.h"

@@ -88,7 +88,8 @@ TEST_F(SequenceCommand, Several_files_are_not_joined_unasked) {
     for (const Arguments& inputs : {Arguments{"f-*.png"}, Arguments{"f-9.png", "f-10.png"}}) {
         const ProgramResult result = RunKestrel(Command(inputs, folder.path + "out.gif"));
         EXPECT_EQ(result.exitCode, 2);
-        EXPECT_THAT(result.err, EndsWith("--join makes them one animation.\n"));
+        EXPECT_THAT(result.err,
+                    EndsWith("--join makes them one animation, -o FOLDER/ takes a result for each.\n"));
         EXPECT_FALSE(FileExists(folder.path + "out.gif"));
     }
 }

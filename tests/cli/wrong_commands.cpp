@@ -13,6 +13,7 @@ namespace kfx::test {
 
 std::vector<WrongCommand> WrongCommands(const std::string& folder) {
     std::filesystem::create_directory(PathOf(folder + "folder.gif"));
+    std::filesystem::create_directory(PathOf(folder + "folder.png"));
     WriteText(folder + "empty.gif", "");
     WriteText(folder + "there.gif", "mine");
     const std::string in = folder + "in.gif", out = folder + "out.gif", none = folder + "none/";
@@ -53,9 +54,7 @@ std::vector<WrongCommand> WrongCommands(const std::string& folder) {
         {{"apply", in, "-o", none + "out.gif", "--effect", "Bump"},
          4,
          none + "out.gif: cannot be written: the folder " + none + " does not exist."},
-        {{"apply", in, "-o", folder + "folder.gif", "--effect", "Bump"},
-         4,
-         folder + "folder.gif: is a folder."},
+        {{"gallery", in, "-o", folder + "folder.png"}, 4, folder + "folder.png: is a folder."},
         {{"apply", in, "-o", folder + "there.gif", "--effect", "Bump"},
          4,
          folder + "there.gif: the file exists; use --force to replace it."},

@@ -147,9 +147,8 @@ TEST(Console, A_progress_line_is_drawn_over_the_last_and_cleared_before_a_report
     };
     EXPECT_TRUE(showUntil("\rQuantizing")) << shown;
     session.status = "Remap";
-    session.progressCurrent = 1;
-    session.progressTotal = 3;
-    EXPECT_TRUE(showUntil("\rRemap  2 of 3")) << shown;
+    session.progressTotal = 3;  // at the first part there is no time left to tell, however slow this is
+    EXPECT_TRUE(showUntil("\rRemap  1 of 3")) << shown;
     session.progressTotal = 0;
     EXPECT_TRUE(showUntil("\rRemap        ")) << shown;
     {

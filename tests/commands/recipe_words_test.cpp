@@ -89,9 +89,10 @@ const std::map<std::string, Sample> kSamples = {
 
 // Options that say where files are, what is printed, or how fast it goes; and those by which a recipe is
 // used.
-const std::set<std::string> kWithoutResult = {"force",  "format",     "help",       "join",      "json",
-                                              "output", "max-pixels", "no-comment", "no-recipe", "quiet",
-                                              "recipe", "seed",       "settings"};
+const std::set<std::string> kWithoutResult = {
+    "dry-run",  "force",      "format",     "help",      "jobs",   "join",   "json",
+    "output",   "max-pixels", "no-comment", "no-recipe", "quiet",  "recipe", "recursive",
+    "seamless", "seed",       "settings",   "skip-done", "threads"};
 
 TEST(RecipeWords, Each_option_of_apply_is_kept_or_known_to_change_no_result) {
     for (const std::string& name : ApplyOptionNames()) {

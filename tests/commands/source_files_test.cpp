@@ -173,10 +173,14 @@ TEST_F(FoundSources, A_pattern_without_files_is_an_error) {
 TEST_F(FoundSources, Several_files_are_joined_on_request_only) {
     Make({"a1.png", "a2.png", "b.png"});
     EXPECT_FALSE(Find({"a*"}));
-    EXPECT_EQ(Error(), "a*: names 2 files; --join makes them one animation.");
+    EXPECT_EQ(Error(),
+              "a*: names 2 files; --join makes them one animation, -o FOLDER/ takes a result for "
+              "each.");
     EXPECT_EQ(failure.exitCode, kExitBadCommand);
     EXPECT_FALSE(Find({"b.png", "a1.png"}));
-    EXPECT_EQ(failure.error, "there are several inputs; --join makes them one animation.");
+    EXPECT_EQ(failure.error,
+              "there are several inputs; --join makes them one animation, -o FOLDER/ takes a result for "
+              "each.");
     line.join = true;
     ASSERT_TRUE(Find({"b.png", "a%d.png"})) << failure.error;
     ASSERT_EQ(line.sources.size(), 1u);

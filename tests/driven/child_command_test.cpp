@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The process that does a command's work: what it is told, what it inherits, and what it tells.
-#include "driven/child_command.h"
+#include "commands/child_process.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -115,7 +115,7 @@ struct ParentEnd {
         const auto number = [](HANDLE handle) { return std::to_string(reinterpret_cast<uintptr_t>(handle)); };
         std::vector<std::string> arguments = {"--child-of-kestrel", number(writing), number(placing),
                                               "apply"};
-        EXPECT_TRUE(driven::BecomeChild(&arguments));
+        EXPECT_TRUE(commands::BecomeChild(&arguments));
         EXPECT_EQ(arguments, std::vector<std::string>{"apply"});
     }
     ~ParentEnd() {

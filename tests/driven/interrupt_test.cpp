@@ -71,12 +71,14 @@ struct Interrupt : ::testing::Test {
     }
 
     // Returns when the program stands still.
-    void StartUntil(const std::string& misbehaviour) {
+    void StartUntil(const std::string& misbehaviour, const std::vector<std::string>& more = {}) {
         _putenv(("KFX_MISBEHAVIOUR=" + misbehaviour).c_str());
-        ASSERT_TRUE(
-            StartThroughPlugin({"apply", folder.path + "in.gif", "-o", folder.path + "out.png", "--effect",
-                                "Bump", "--plugin", FileBesideTest("misbehaving_plugin.dll")},
-                               &program));
+        std::vector<std::string> words = {"apply",    folder.path + "in.gif",
+                                          "--effect", "Bump",
+                                          "--plugin", FileBesideTest("misbehaving_plugin.dll")};
+        words.insert(words.end(), more.begin(), more.end());
+        if (more.empty()) words.insert(words.end(), {"-o", folder.path + "out.png"});
+        ASSERT_TRUE(StartThroughPlugin(words, &program));
         EXPECT_EQ(WaitForSingleObject(started, 120000), WAIT_OBJECT_0);
     }
 };
@@ -87,6 +89,16 @@ TEST_F(Interrupt, Leaves_nothing_of_a_series_of_pictures) {
     EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
     EXPECT_EQ(WaitForEnd(&program), 130);
     EXPECT_EQ(FilesIn(folder.path), std::vector<std::string>{"in.gif"});
+}
+
+TEST_F(Interrupt, Leaves_nothing_of_a_file_of_a_batch) {
+    WriteTestGif(folder.path + "more.gif", 1);
+    const std::string out = folder.path + "out/";
+    StartUntil("writing", {folder.path + "more.gif", "-o", out, "--format", "png", "--jobs", "1"});
+    EXPECT_EQ(FilesIn(out), std::vector<std::string>{"in-000.png.part"});
+    EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
+    EXPECT_EQ(WaitForEnd(&program), 130);
+    EXPECT_EQ(FilesIn(out), std::vector<std::string>{});
 }
 
 TEST_F(Interrupt, Leaves_a_whole_series_when_files_are_being_placed) {

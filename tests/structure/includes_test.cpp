@@ -28,7 +28,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {kEntryPoints, {"host", "resources", "window"}},
     {"media", {}},
     {"commands", {"builder", "documents", "effects", "framework", "host", "media", "resources"}},
-    {"driven", {"commands", "host", "media"}},
+    {"driven", {"commands", "host"}},
     {"stage", {"commands", "driven", "media"}},
     {"cli", {"commands", "driven", "media"}},
 };
