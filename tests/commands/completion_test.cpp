@@ -62,7 +62,7 @@ TEST(Completion, The_first_word_is_a_command) {
 
 TEST(Completion, Options_are_those_of_the_command) {
     EXPECT_THAT(Offered({"apply", "a.gif"}, "--ef"), ElementsAre("--effect", "--effort"));
-    EXPECT_THAT(Offered({"apply"}, "--thr"), ElementsAre("--through"));
+    EXPECT_THAT(Offered({"apply"}, "--throu"), ElementsAre("--through"));
     EXPECT_THAT(Offered({"sample"}, "--ef"), IsEmpty());
 }
 
