@@ -9,6 +9,25 @@ std::string LineOf(const nlohmann::ordered_json& object) {
     return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
+// Throws where it does not hold what it should.
+Report ReceivedReport(const nlohmann::ordered_json& sent) {
+    Report report;
+    report.exitCode = static_cast<ExitCode>(sent.at("exitCode").get<int>());
+    report.error = sent.at("error").get<std::string>();
+    report.notes = sent.at("notes").get<std::vector<std::string>>();
+    report.text = sent.at("text").get<std::string>();
+    report.result = sent.at("result");
+    for (const nlohmann::ordered_json& part : sent.at("parts")) report.parts.push_back(ReceivedReport(part));
+    return report;
+}
+
+nlohmann::ordered_json SentReport(const Report& report) {
+    auto parts = nlohmann::ordered_json::array();
+    for (const Report& part : report.parts) parts.push_back(SentReport(part));
+    return {{"exitCode", report.exitCode}, {"error", report.error},   {"notes", report.notes},
+            {"text", report.text},         {"result", report.result}, {"parts", parts}};
+}
+
 // Throws where a line does not hold what it should.
 void TakeObject(const nlohmann::ordered_json& line, ChildWords* words) {
     if (line.contains("temporary")) words->temporary.push_back(line.at("temporary").get<std::string>());
@@ -20,14 +39,7 @@ void TakeObject(const nlohmann::ordered_json& line, ChildWords* words) {
                            .total = sent.at("total").get<int>()};
     }
     if (!line.contains("report")) return;
-    const auto& sent = line.at("report");
-    Report report;
-    report.exitCode = static_cast<ExitCode>(sent.at("exitCode").get<int>());
-    report.error = sent.at("error").get<std::string>();
-    report.notes = sent.at("notes").get<std::vector<std::string>>();
-    report.text = sent.at("text").get<std::string>();
-    report.result = sent.at("result");
-    words->report = report;
+    words->report = ReceivedReport(line.at("report"));
     words->reported = true;
 }
 
@@ -41,14 +53,7 @@ std::string ProgressLine(const StageProgress& progress) {
                     {{"stage", progress.stage}, {"current", progress.current}, {"total", progress.total}}}});
 }
 
-std::string ReportLine(const Report& report) {
-    return LineOf({{"report",
-                    {{"exitCode", report.exitCode},
-                     {"error", report.error},
-                     {"notes", report.notes},
-                     {"text", report.text},
-                     {"result", report.result}}}});
-}
+std::string ReportLine(const Report& report) { return LineOf({{"report", SentReport(report)}}); }
 
 void TakeChildLine(const std::string& line, ChildWords* words) {
     const auto object = nlohmann::ordered_json::parse(line, nullptr, false);

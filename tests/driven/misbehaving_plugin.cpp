@@ -61,7 +61,8 @@ void SendNoReport() {
 int filesAnnounced = 0;
 
 DWORD WINAPI FindPathAndMeet(LPCWSTR name, DWORD size, LPWSTR path, LPWSTR* file) {
-    if (std::wcsstr(name, L".part") && filesAnnounced++ == 1) MeetTest();
+    // The first call for a file asks for the length only.
+    if (path && std::wcsstr(name, L".part") && filesAnnounced++ == 1) MeetTest();
     return GetFullPathNameW(name, size, path, file);
 }
 
