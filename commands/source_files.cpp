@@ -167,6 +167,12 @@ std::vector<std::string> FoldersIn(const std::string& folder) {
     return names;
 }
 
+// Where a folder stands. Windows finds nothing at a name that ends in a separator.
+fs::path PlaceOf(std::string folder) {
+    while (folder.size() > 1 && (folder.back() == '/' || folder.back() == '\\')) folder.pop_back();
+    return PathOf(SystemPath(folder));
+}
+
 // The pictures in a folder and all folders in it, each a source; not in the folder of the results, where
 // earlier ones may be. `below`: this folder's place in the given one.
 void AddTree(const std::string& folder, const std::string& below, const std::string& output,
@@ -176,7 +182,7 @@ void AddTree(const std::string& folder, const std::string& below, const std::str
     for (const std::string& name : FoldersIn(folder)) {
         std::error_code unknown;
         const std::string inner = folder + name + "/";
-        if (!fs::equivalent(PathOf(SystemPath(inner)), PathOf(SystemPath(output)), unknown))
+        if (!fs::equivalent(PlaceOf(inner), PlaceOf(output), unknown))
             AddTree(inner, below + name + "/", output, sources);
     }
 }
