@@ -89,19 +89,6 @@ LONG WINAPI EndCrashed(EXCEPTION_POINTERS* exception) {
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
-// As the system's own splitting of command lines undoes it.
-std::wstring Quoted(const std::string& argument) {
-    std::wstring quoted = L"\"";
-    size_t backslashes = 0;
-    for (const wchar_t c : Widen(argument)) {
-        if (c == L'"') quoted.append(backslashes + 1, L'\\');
-        backslashes = c == L'\\' ? backslashes + 1 : 0;
-        quoted += c;
-    }
-    quoted.append(backslashes, L'\\');
-    return quoted + L"\"";
-}
-
 std::wstring ChildCommandLine(const std::wstring& program, const Shared& ends,
                               const std::vector<std::string>& arguments) {
     const auto number = [](HANDLE handle) {
@@ -109,7 +96,7 @@ std::wstring ChildCommandLine(const std::wstring& program, const Shared& ends,
     };
     std::wstring line =
         L"\"" + program + L"\" " + Widen(kChildOption) + number(ends.pipe) + number(ends.placing);
-    for (const std::string& argument : arguments) line += L" " + Quoted(argument);
+    for (const std::string& argument : arguments) line += L" " + QuotedArgument(argument);
     return line;
 }
 

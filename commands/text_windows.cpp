@@ -73,4 +73,16 @@ std::string SystemErrorText(unsigned long code) {
     return sentence.empty() ? "Windows error " + std::to_string(code) : sentence;
 }
 
+std::wstring QuotedArgument(const std::string& argument) {
+    std::wstring quoted = L"\"";
+    size_t backslashes = 0;
+    for (const wchar_t c : Widen(argument)) {
+        if (c == L'"') quoted.append(backslashes + 1, L'\\');
+        backslashes = c == L'\\' ? backslashes + 1 : 0;
+        quoted += c;
+    }
+    quoted.append(backslashes, L'\\');
+    return quoted + L"\"";
+}
+
 }  // namespace kfx::commands

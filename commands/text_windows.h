@@ -17,4 +17,7 @@ std::string AbsolutePath(const std::string& path);
 // The system's sentence for an error code, without its line end and final full stop.
 std::string SystemErrorText(unsigned long code);
 
+// The argument in quotes, as the system's splitting of command lines undoes it.
+std::wstring QuotedArgument(const std::string& argument);
+
 }  // namespace kfx::commands

@@ -16,26 +16,14 @@
 namespace kfx::test {
 namespace {
 
+using commands::QuotedArgument;
 using commands::Widen;
 
 constexpr DWORD kLongestRun = 600000;  // the longest takes seconds, but not on a loaded machine
 
-// As the system's own splitting of command lines undoes it.
-std::wstring Quoted(const std::string& argument) {
-    std::wstring quoted = L"\"";
-    size_t backslashes = 0;
-    for (const wchar_t c : Widen(argument)) {
-        if (c == L'"') quoted.append(backslashes + 1, L'\\');
-        backslashes = c == L'\\' ? backslashes + 1 : 0;
-        quoted += c;
-    }
-    quoted.append(backslashes, L'\\');
-    return quoted + L"\"";
-}
-
 std::wstring CommandLineOf(const std::string& program, const std::vector<std::string>& arguments) {
-    std::wstring commandLine = Quoted(program);
-    for (const std::string& argument : arguments) commandLine += L" " + Quoted(argument);
+    std::wstring commandLine = QuotedArgument(program);
+    for (const std::string& argument : arguments) commandLine += L" " + QuotedArgument(argument);
     return commandLine;
 }
 
