@@ -151,13 +151,20 @@ bool RunEffect(Build* build) {
 bool QuantizePalette(Build* build) {
     if (build->options.trueColor || !build->options.customPalette) return true;
     if (!TellStatus(*build, "Quantizing")) return false;
-    uint32_t found = ReservesEntry(*build) ? kMostColors - 1 : kMostColors;
+    const bool isLimited = build->options.mostColors > 0;
+    const int32_t entries =
+        (isLimited ? build->options.mostColors : kMostColors) - (ReservesEntry(*build) ? 1 : 0);
+    auto found = static_cast<uint32_t>(entries);
     if (!Quantize(&found, build->palette, build->frames)) return false;
 
     auto n = static_cast<int32_t>(found);
     if (!build->options.localBackground) {
-        const int32_t place = n <= kMostColorsToExtend ? n++ : NearestToBackground(*build, n);
-        PutBackground(build, place);
+        // A palette that has been limited gives up none of its few colours for a background that is not
+        // there.
+        if (n < entries && n <= kMostColorsToExtend)
+            PutBackground(build, n++);
+        else if (!isLimited || build->background != kNoBackground)
+            PutBackground(build, NearestToBackground(*build, n));
     }
     SortByLuminance(build->palette, n);
     build->bitsPerPixel = BitsForColors(ReservesEntry(*build) ? n + 1 : n);

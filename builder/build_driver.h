@@ -22,6 +22,9 @@ struct BuildOptions {
     int32_t ditherBrightness;
     int32_t ditherContrast;
     bool test;  // into a test task of the host
+    // The most entries of a computed palette, the reserved one among them: 3 to 255, or 2 where none is
+    // reserved. 0: 256.
+    int32_t mostColors;
 };
 
 // What the settings say; what only controls say is off.

@@ -67,6 +67,50 @@ TEST(Build, Up_to_253_colours_gain_an_entry_and_more_give_up_the_one_nearest_to_
     }
 }
 
+// Entries up to the last one that is not black.
+int32_t EntriesOf(const BuildRun& run) {
+    int32_t count = 256;
+    while (count > 0 && EntryOf(run.task.palette, count - 1) == 0) --count;
+    return count;
+}
+
+TEST(Build, A_limited_palette_never_has_more_entries_than_asked_for) {
+    for (const int32_t limit : {3, 4, 5, 16, 17, 64, 100, 253, 254, 255}) {
+        for (const bool supercompress : {false, true}) {
+            std::vector<Picture> pictures;
+            pictures.push_back(PictureOfColors(255));
+            pictures.push_back(PictureOfColors(255));
+            BuildOptions options = BuiltInOptions();
+            options.customPalette = true;
+            options.supercompress = supercompress;
+            options.mostColors = limit;
+            BuildRun run;
+            EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
+            EXPECT_LE(EntriesOf(run), limit) << "with supercompression: " << supercompress;
+            EXPECT_LE(run.task.bitsPerPixel, static_cast<uint32_t>(BitsForColors(limit)));
+            EXPECT_LT(run.frames[1].record.transparentIndex, limit);
+        }
+    }
+}
+
+TEST(Build, A_limited_palette_gives_up_no_colour_for_white) {
+    for (const uint32_t colors : {2u, 3u, 16u, 100u, 255u}) {
+        std::vector<Picture> pictures;
+        pictures.push_back(PictureOfColors(colors));
+        BuildOptions options = BuiltInOptions();
+        options.customPalette = true;
+        options.mostColors = static_cast<int32_t>(colors);
+        BuildRun run;
+        EXPECT_EQ(BuildWith(&run, BlockOf(pictures), options), 1);
+        EXPECT_EQ(EntryOf(run.task.palette, colors - 1), Rgb(250, 250, 250)) << colors;
+        if (colors == 255) continue;
+        options.mostColors = static_cast<int32_t>(colors) + 1;
+        BuildRun larger;
+        EXPECT_EQ(BuildWith(&larger, BlockOf(pictures), options), 1);
+        EXPECT_EQ(EntryOf(larger.task.palette, colors), colors < 254 ? 0xFFFFFFu : 0u) << colors;
+    }
+}
+
 TEST(Build, The_reserved_entry_counts_among_the_bits) {
     for (const uint32_t colors : {1u, 2u, 3u, 6u, 7u, 14u, 15u, 16u, 127u, 253u, 255u}) {
         std::vector<Picture> pictures;
