@@ -11,6 +11,7 @@
 #include "commands/alpha_pixels.h"
 #include "commands/batch_plan.h"
 #include "commands/done_check.h"
+#include "commands/fit.h"
 #include "commands/journey_seam.h"
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
@@ -26,6 +27,7 @@ PipelineOptions PipelineOptionsOf(const CommandLine& line) {
     PipelineOptions options;
     unsigned color = 0;
     options.extendEdges = line.edges == "extend";
+    options.edits = line.resultEdits;
     if (line.format != "gif") return options;
     options.halfTransparency = HalfTransparency::Threshold;
     if (ParseColor(line.matte, &color)) {
@@ -34,6 +36,25 @@ PipelineOptions PipelineOptionsOf(const CommandLine& line) {
                          static_cast<uint8_t>(color >> 16)};
     }
     return options;
+}
+
+EngineStart StartOf(const CommandLine& line, const CommandContext& context, HostSession* session) {
+    EngineStart start;
+    start.session = session;
+    // A GIF's frames stand on palettes; those between two effects, those with alpha, widened and edited ones,
+    // and those with values of their own do not yet.
+    if (line.format == "gif" && line.effects.size() == 1 && !HasJourney(line.effects[0]) &&
+        line.edges != "extend" && !HasResultEdits(line.resultEdits) && line.fit.mostBytes == 0 &&
+        !HasAlpha(*session->source)) {
+        start.capabilities = kHostTakesSupercompressed;
+    }
+    start.fastRemap = line.fastRemap;
+    start.ditherBrightness = line.ditherBrightness;
+    start.ditherContrast = line.ditherContrast;
+    start.seed = line.recipe.seed;
+    start.threads = line.threads;
+    start.onProgress = context.onProgress;
+    return start;
 }
 
 // Into session->built, by the engine. Everything of the engine is gone when this returns: its memory is
@@ -45,21 +66,13 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostS
                     "the plug-in builds one frame after another; leave out --threads or --through-plugin."};
         return false;
     }
-    EngineStart start;
-    start.session = session;
-    // A GIF's frames stand on palettes; those between two effects, those with alpha, widened ones and those
-    // with values of their own do not yet.
-    if (line.format == "gif" && line.effects.size() == 1 && !HasJourney(line.effects[0]) &&
-        line.edges != "extend" && !HasAlpha(*session->source)) {
-        start.capabilities = kHostTakesSupercompressed;
+    if (line.colors > 0 && !context.engine.limitsColors) {
+        *failure = {kExitBadCommand,
+                    "the plug-in's window has no control for --colors; leave it out, or leave out "
+                    "--through-plugin."};
+        return false;
     }
-    start.fastRemap = line.fastRemap;
-    start.ditherBrightness = line.ditherBrightness;
-    start.ditherContrast = line.ditherContrast;
-    start.seed = line.recipe.seed;
-    start.threads = line.threads;
-    start.onProgress = context.onProgress;
-    const OpenEngine engine(context.engine, start, failure);
+    const OpenEngine engine(context.engine, StartOf(line, context, session), failure);
     std::vector<Job> jobs;
     return engine &&
            ResolveJobs(line, HasOwnPalette(*session->source), context.engine, engine.opened, &jobs,
@@ -71,6 +84,10 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, HostS
 bool Build(CommandLine line, const CommandContext& context, HostSession* session, PipelineNotes* notes,
            Failure* failure) {
     if (!line.effects.empty()) return BuildByEngine(line, context, session, notes, failure);
+    if (!EditResult(std::exchange(line.resultEdits, {}), session->source)) {
+        *failure = {kExitEngine, "there is not enough memory to shrink the frames."};
+        return false;
+    }
     SettleHalfTransparency(PipelineOptionsOf(line), session->source, notes);
     if (line.trueColor || (line.keepsColors && FitsGifPalettes(*session->source))) {
         session->record = MakeSourceRecord(*session->source);
@@ -93,6 +110,21 @@ ResultOptions OptionsOf(const CommandLine& line) {
     if (line.effort >= 0) options.webp.effort = line.effort;
     options.recipe = DraftRecipe(line);
     return options;
+}
+
+struct ResultCounts {
+    size_t frames, colors;
+    int width, height;
+};
+
+ResultCounts CountsOf(const HostSession& session) {
+    const BuiltAnimation& built = session.built;
+    if (built.frames.empty()) return {};
+    return {built.frames.size(), CountColors(built, session.record), built.width, built.height};
+}
+
+ResultCounts CountsOf(const FitTrial& trial) {
+    return {trial.frames, trial.colors, trial.width, trial.height};
 }
 
 std::string Plural(size_t count, const std::string& noun) {
@@ -155,7 +187,8 @@ bool NameResult(CommandLine* line, Failure* failure) {
 
 // Whether the result is to be made. False: the report says why not, or that it is there.
 bool MayBegin(const CommandLine& line, const Animation& source, Report* report) {
-    const std::vector<std::string> files = ResultPaths(line.output, source.frames.size(), line.format);
+    const size_t frames = KeptFrames(line.resultEdits, source.frames.size());
+    const std::vector<std::string> files = ResultPaths(line.output, frames, line.format);
     std::string reason;
     if (line.batch.skipDone && IsDone(line, source, files, &reason)) {
         *report = SkippedReport(files);
@@ -167,9 +200,9 @@ bool MayBegin(const CommandLine& line, const Animation& source, Report* report) 
         return false;
     }
     if (!CheckOutput(line, files, report)) return false;
-    if (!IsStream(line.output) || line.format != "png" || source.frames.size() == 1) return true;
+    if (!IsStream(line.output) || line.format != "png" || frames == 1) return true;
     *report = FailedReport(kExitBadCommand, "standard output takes one PNG picture, and there are " +
-                                                Plural(source.frames.size(), "frame") +
+                                                Plural(frames, "frame") +
                                                 "; choose one with --frames, or write --format apng.");
     return false;
 }
@@ -213,34 +246,42 @@ Report Apply(const CommandLine& line, const CommandContext& context) {
     if (!EditFrames(edits, LimitsOf(line), &source, &failure)) return FailedReport(failure);
     if (!MayBegin(line, source, &report)) return report;
     PipelineNotes notes;
+    FitFound fit;
+    const bool fits = line.fit.mostBytes > 0;
     const Clock::time_point buildStart = Clock::now();
-    if (!Build(line, context, &session, &notes, &failure)) return FailedReport(failure);
+    if (fits ? !FitToSize(line, context, {PipelineOptionsOf, OptionsOf, StartOf}, &session, &fit, &failure)
+             : !Build(line, context, &session, &notes, &failure)) {
+        report = FailedReport(failure);
+        ReportFit(line, fit, &report);
+        return report;
+    }
+    if (fits) notes = fit.tried[fit.chosen].notes;
     const int64_t effectTime = session.effectMicroseconds;
     const int64_t buildTime = std::max<int64_t>(MicrosecondsSince(buildStart) - effectTime, 0);
     NoteBuild(line, session, notes, &report);
     const bool seamless = line.journeys.seamless && NoteSeam(line, session, &report);
-    const size_t frames = session.built.frames.size();
-    const size_t colors = CountColors(session.built, session.record);
-    const int width = session.built.width, height = session.built.height;
+    const ResultCounts counts = fits ? CountsOf(fit.tried[fit.chosen]) : CountsOf(session);
     WrittenResult written;
     std::string error;
     ShowStage("Writing", context, &session);
     const Clock::time_point encodeStart = Clock::now();
-    if (!WriteResult(line.output, std::move(session.built), session.record, OptionsOf(line), &written,
-                     &error)) {
+    if (fits ? !WriteFound(line, fit, &written, &error)
+             : !WriteResult(line.output, std::move(session.built), session.record, OptionsOf(line), &written,
+                            &error)) {
         return FailedReport(kExitBadOutput, error);
     }
     if (!written.note.empty()) report.notes.push_back(ShownPath(line.output) + ": " + written.note + ".");
     const int64_t encodeTime = MicrosecondsSince(encodeStart);
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-    report.text = FilesText(written.files) + ": " + Plural(frames, "frame") + ", " + std::to_string(width) +
-                  " x " + std::to_string(height) + ", " + Plural(colors, "color") + ", " +
-                  std::to_string(written.bytes) + " bytes, " + SecondsText(seconds) + " s.\n";
+    report.text = FilesText(written.files) + ": " + Plural(counts.frames, "frame") + ", " +
+                  std::to_string(counts.width) + " x " + std::to_string(counts.height) + ", " +
+                  Plural(counts.colors, "color") + ", " + std::to_string(written.bytes) + " bytes, " +
+                  SecondsText(seconds) + " s.\n";
     report.result = {{"files", written.files},
-                     {"frames", frames},
-                     {"width", width},
-                     {"height", height},
-                     {"colors", colors},
+                     {"frames", counts.frames},
+                     {"width", counts.width},
+                     {"height", counts.height},
+                     {"colors", counts.colors},
                      {"bytes", written.bytes},
                      {"milliseconds",
                       {{"decode", Milliseconds(decodeTime)},
@@ -250,6 +291,7 @@ Report Apply(const CommandLine& line, const CommandContext& context) {
                      {"seconds", seconds}};
     if (line.journeys.seamless) report.result["seamless"] = seamless;
     if (!written.fingerprint.empty()) report.result["fingerprint"] = written.fingerprint;
+    ReportFit(line, fit, &report);
     return report;
 }
 

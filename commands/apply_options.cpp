@@ -21,6 +21,7 @@ constexpr char kExamples[] =
     "kestrel apply IN.webp -o OUT.webp --effect \"Water Drops\" --effect Swirl --set Angle=90\n"
     "kestrel apply IN.gif -o OUT.gif --effect Bump --palette \"216-color safe\" --dither --supercompress\n"
     "kestrel apply LOGO.png -o LOGO.gif --frames 20 --effect Swirl --set Angle=0..720:ease\n"
+    "kestrel apply IN.gif -o OUT.gif --effect Neon --max-size 500K --allow scale,frames\n"
     "kestrel apply FRAMES-%03d.png -o OUT.gif --delay 40 --effect Neon\n"
     "kestrel apply OTHER.gif -o OUT.gif --recipe MADE.gif";
 
@@ -31,6 +32,7 @@ void AddPaletteOptions(CLI::App* command, CommandLine* line) {
             "Palette as `kestrel effects --json` lists them, `custom` (computed; the default for GIF) or "
             "`original`")
         ->type_name("NAME");
+    AddNumber(command, "--colors", &line->colors, 2, 256, "The most colours of the computed palette");
     AddFlag(command, "--dither", &line->dither, "Dither to the palette");
     AddFlag(command, "--supercompress", &line->supercompress, "Store only pixels that change");
     AddFlag(command, "--true-color", &line->trueColor,
@@ -96,8 +98,10 @@ void AddApply(CLI::App* app, const OptionTarget& target) {
     AddEditOptions(apply, &line->edits);
     AddFlag(apply, "--seamless", &line->journeys.seamless,
             "Say when the last frame does not lead into the first");
+    AddResultEditOptions(apply, &line->resultEdits);
     AddPaletteOptions(apply, line);
     AddFormatOptions(apply, line);
+    AddFitOptions(apply, &line->fit);
     AddFlag(apply, "--comment", &line->comment,
             "Add the plug-in's comment to a GIF, behind the source's own");
     AddFlag(apply, "--no-comment", &target.words->noComment, "No comment of the plug-in (the default)");

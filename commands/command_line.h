@@ -6,10 +6,12 @@
 #include <vector>
 
 #include "commands/batch_options.h"
+#include "commands/fit_options.h"
 #include "commands/frame_edits.h"
 #include "commands/journey.h"
-#include "commands/recipe_options.h"
 #include "commands/look_options.h"
+#include "commands/recipe_options.h"
+#include "commands/result_edits.h"
 
 namespace CLI {
 class App;
@@ -59,7 +61,9 @@ struct CommandLine {
     std::vector<EffectChoice> effects;
     FrameEdits edits;
     JourneyOptions journeys;
+    ResultEdits resultEdits;
     std::string palette;  // empty: whatever suits the output
+    int colors = -1;      // the most of a computed palette; -1: 256
     bool dither = false;
     bool supercompress = false;
     bool trueColor = false;
@@ -78,6 +82,7 @@ struct CommandLine {
     int effort = -1;
     RecipeOptions recipe;
     LookOptions look;
+    FitOptions fit;
 };
 
 // Options of the program's own, for the commands that use an engine.

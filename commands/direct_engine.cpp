@@ -148,6 +148,7 @@ BuildOptions OptionsOf(const Job& job) {
     BuildOptions options = OptionsFromSettings();
     options.trueColor = job.paletteUse == PaletteUse::TrueColor;
     options.customPalette = job.paletteUse == PaletteUse::Computed;
+    options.mostColors = job.mostColors;
     options.dither = job.dither;
     options.supercompress = job.supercompress;
     if (job.paletteUse == PaletteUse::Listed) options.paletteChoice = job.palette;
@@ -209,6 +210,7 @@ bool Build(void* opened, const Job& job, bool, Failure* failure) {
 const Engine kDirectEngine = {.options = nullptr,
                               .usesThreads = true,
                               .takesSeed = true,
+                              .limitsColors = true,
                               .open = Open,
                               .close = Close,
                               .name = Name,

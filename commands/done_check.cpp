@@ -41,12 +41,16 @@ bool IsWhole(const CommandLine& line, const Animation& source, const std::string
              std::string* reason) {
     Animation result;
     std::string error;
+    // How large they are is only known when they are made.
+    const bool mayShrink = HasResultEdits(line.resultEdits) || line.fit.mostBytes > 0;
     if (line.format == "rgb" || line.format == "rgba")
-        return AreWholeFrames(file, line.format, source) || Say("it does not hold whole frames", reason);
+        return mayShrink || AreWholeFrames(file, line.format, source) ||
+               Say("it does not hold whole frames", reason);
     ReadLimits limits;
     limits.maxPixels = UINT64_MAX;
     if (!ReadAnimation(SystemPath(file), &result, &error, limits) || !result.warning.empty())
         return Say("it is damaged", reason);
+    if (mayShrink) return result.frames.size() <= mostFrames;
     if (result.width != source.width || result.height != source.height)
         return Say("it has another size", reason);
     // A video repeats frames.

@@ -29,9 +29,10 @@ struct EngineStart {
 
 // A constant record of functions. Those that return false have written why not into their Failure.
 struct Engine {
-    const void* options;       // the engine's own, handed to `open`
-    bool usesThreads = false;  // builds several frames at a time
-    bool takesSeed = false;    // else effects take the clock's second
+    const void* options;        // the engine's own, handed to `open`
+    bool usesThreads = false;   // builds several frames at a time
+    bool takesSeed = false;     // else effects take the clock's second
+    bool limitsColors = false;  // it knows Job::mostColors
 
     // An opened engine, which the other functions take. Null: `*failure` says why not. One at a time.
     void* (*open)(const void* options, const EngineStart& start, Failure* failure);

@@ -15,6 +15,7 @@ enum ExitCode {
     kExitEngine = 5,      // nothing was built: the plug-in is missing or reported an error, memory ran out
     kExitTimeout = 6,     // the plug-in stopped answering
     kExitUnverified = 7,  // verify: the file is not what its recipe makes of the source
+    kExitTooLarge = 8,    // no settings that were allowed make a file within --max-size
     kExitInterrupted = 130,
 };
 

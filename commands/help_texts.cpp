@@ -20,6 +20,7 @@ const std::vector<ExitCodeRow>& ExitCodeRows() {
         {kExitEngine, "nothing was built: memory ran out, or the plug-in failed"},
         {kExitTimeout, "the plug-in stopped answering"},
         {kExitUnverified, "verify: the file is not what its recipe makes of the source"},
+        {kExitTooLarge, "nothing fits into --max-size"},
         {kExitInterrupted, "interrupted"},
     };
     return kRows;

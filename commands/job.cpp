@@ -117,6 +117,7 @@ bool ResolveJobs(const CommandLine& line, bool ownPalette, const Engine& engine,
         jobs->push_back(std::move(job));
     }
     Job& last = jobs->back();
+    if (line.colors > 0 && line.colors < 256) last.mostColors = line.colors;
     last.dither = line.dither;
     last.supercompress = line.supercompress;
     last.comment = line.comment;

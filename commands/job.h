@@ -46,7 +46,8 @@ struct Job {
     std::vector<ChosenValue> values;    // the other parameters keep what they have in a fresh engine
     std::vector<MovingValue> moving;    // an engine builds frames of one value only; see journey_frames.h
     PaletteUse paletteUse = PaletteUse::TrueColor;
-    int palette = 0;  // when Listed: row of the palette list; the row behind the last is the source's own
+    int palette = 0;     // when Listed: row of the palette list; the row behind the last is the source's own
+    int mostColors = 0;  // when Computed: of the palette, 2 to 255; 0: 256
     bool dither = false;
     bool supercompress = false;
     bool comment = false;

@@ -64,6 +64,11 @@ std::string Contradiction(const CommandLine& line, const char* paletteOption) {
     // A GIF without an effect may keep its exact colours; then nothing is searched.
     if (searchOption && !paletteOption && (line.format != "gif" || line.effects.empty()))
         return std::string(searchOption) + " is for results on a palette; add --palette, or leave it out.";
+    if (line.colors > 0 && !line.palette.empty() && PlainName(line.palette) != "custom")
+        return "--colors is for a computed palette; leave it out, or take --palette custom.";
+    if (line.colors == 2 && line.supercompress)
+        return "--supercompress takes one entry of the palette for itself; take --colors 3 or more.";
+    if (line.journeys.seamless && line.fit.mostBytes > 0) return ExcludeEachOther("--seamless", "--max-size");
     if (line.quality >= 0 && line.nearLossless >= 0) return ExcludeEachOther("--quality", "--near-lossless");
     return "";
 }
@@ -85,7 +90,8 @@ std::string MissingEffect(const CommandLine& line, bool formatGiven) {
                                                  {"--comment", line.comment}});
     if (effectOption) return std::string(effectOption) + " needs an --effect.";
     const bool joins = line.join || line.delay >= 0;
-    if (!HasEdits(line.edits) && !formatGiven && !joins)
+    if (!HasEdits(line.edits) && !HasResultEdits(line.resultEdits) && line.fit.size.empty() && !formatGiven &&
+        !joins)
         return "--effect NAME is missing; see kestrel apply --help.";
     return "";
 }
@@ -116,10 +122,12 @@ bool CheckApply(const ApplyWords& words, CommandLine* line, std::string* error) 
 
 bool CompleteFormat(CommandLine* line, std::string* error) {
     const char* const paletteOption = FirstGiven({{"--palette", !line->palette.empty()},
+                                                  {"--colors", line->colors > 0},
                                                   {"--dither", line->dither},
                                                   {"--supercompress", line->supercompress}});
     *error = FormatMismatch(*line);
     if (error->empty()) *error = Contradiction(*line, paletteOption);
+    if (error->empty()) CheckFit(line, error);
     if (!error->empty()) return false;
     line->trueColor = line->format != "gif" && !paletteOption;
     line->keepsColors = line->effects.empty() && !paletteOption;

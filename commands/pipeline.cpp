@@ -13,6 +13,8 @@
 namespace kfx::commands {
 namespace {
 
+constexpr int kFewestColors = 2;  // of a palette
+
 // The last job, without its effect.
 bool MakePaletteJob(const OpenEngine& engine, const Job& last, Job* job, Failure* failure) {
     if (!ResolveEffectJob(UnchangingEffect(), engine.engine, engine.opened, job, failure)) {
@@ -22,6 +24,7 @@ bool MakePaletteJob(const OpenEngine& engine, const Job& last, Job* job, Failure
     }
     job->paletteUse = last.paletteUse;
     job->palette = last.palette;
+    job->mostColors = last.mostColors;
     job->dither = last.dither;
     job->supercompress = last.supercompress;
     job->comment = last.comment;
@@ -51,8 +54,8 @@ bool RunWithEdges(const OpenEngine& engine, HostSession* session, const Job& job
 }
 
 // A job in true colour, with parameters that move or stay.
-bool RunTrueColor(const OpenEngine& engine, HostSession* session, const Job& job,
-                  const PipelineOptions& options, Animation* animation, Failure* failure) {
+bool RunOneInTrueColor(const OpenEngine& engine, HostSession* session, const Job& job,
+                       const PipelineOptions& options, Animation* animation, Failure* failure) {
     const bool opaque = !HasAlpha(*animation);
     const auto run = [&](const Job& still, Animation* part) {
         return RunWithEdges(engine, session, still, opaque, options, part, failure);
@@ -72,11 +75,17 @@ bool CheckMovement(const std::vector<Job>& jobs, const Animation& animation, Fai
 }
 
 // Puts finished frames onto the palette of the last job. The palette is computed from visible colours.
-bool BuildPalette(const OpenEngine& engine, HostSession* session, const Job& last, Animation animation,
-                  Failure* failure) {
+bool BuildPalette(const OpenEngine& engine, HostSession* session, const Job& last,
+                  const PipelineOptions& options, Animation animation, Failure* failure) {
     Job job;
     if (!MakePaletteJob(engine, last, &job, failure)) return false;
     SourceRecord record = MakeSourceRecord(animation);
+    if (job.mostColors > 0 && options.halfTransparency != HalfTransparency::Stay && record.transparent &&
+        --job.mostColors < kFewestColors) {
+        *failure = {kExitBadCommand,
+                    "transparent pixels take one entry of the palette; take --colors 3 or more."};
+        return false;
+    }
     FillWithFrequent(&animation.frames);
     for (Frame& frame : animation.frames) {
         TakeAlphaOut(&frame.pixels);
@@ -100,30 +109,51 @@ void SettleHalfTransparency(const PipelineOptions& options, Animation* animation
     }
 }
 
-bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
-             const PipelineOptions& options, PipelineNotes* notes, Failure* failure) {
-    if (!CheckMovement(jobs, *session->source, failure)) return false;
-    if (jobs.size() == 1 && IsPlainBuild(jobs.front(), *session->source, options))
-        return engine.engine.build(engine.opened, jobs.front(), false, failure);
-    Animation animation = std::move(*session->source);
-    const Job last = jobs.back();
+bool RunInTrueColor(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
+                    const PipelineOptions& options, Animation* animation, Failure* failure) {
+    if (!CheckMovement(jobs, *animation, failure)) return false;
     for (Job& job : jobs) {
         CompleteValues(&job);
-        if (&job == &jobs.back() && IsPlainBuild(job, animation, options)) {
-            *session->source = std::move(animation);
-            engine.engine.dropSource(engine.opened);
-            return engine.engine.build(engine.opened, job, false, failure);
-        }
         job.paletteUse = PaletteUse::TrueColor;
         job.dither = job.supercompress = job.comment = false;
-        if (!RunTrueColor(engine, session, job, options, &animation, failure)) return false;
+        if (!RunOneInTrueColor(engine, session, job, options, animation, failure)) return false;
+    }
+    return true;
+}
+
+bool FinishFrames(const OpenEngine& engine, HostSession* session, const Job& last,
+                  const PipelineOptions& options, Animation animation, PipelineNotes* notes,
+                  Failure* failure) {
+    if (!EditResult(options.edits, &animation)) {
+        *failure = {kExitEngine, "there is not enough memory to shrink the frames."};
+        return false;
     }
     SettleHalfTransparency(options, &animation, notes);
     if (last.paletteUse != PaletteUse::TrueColor)
-        return BuildPalette(engine, session, last, std::move(animation), failure);
+        return BuildPalette(engine, session, last, options, std::move(animation), failure);
     session->record = MakeSourceRecord(animation);
     session->built = PlainBuild(&animation);
     return true;
+}
+
+bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
+             const PipelineOptions& options, PipelineNotes* notes, Failure* failure) {
+    if (!CheckMovement(jobs, *session->source, failure)) return false;
+    const bool isEdited = HasResultEdits(options.edits);
+    if (!isEdited && jobs.size() == 1 && IsPlainBuild(jobs.front(), *session->source, options))
+        return engine.engine.build(engine.opened, jobs.front(), false, failure);
+    Animation animation = std::move(*session->source);
+    Job last = jobs.back();
+    jobs.pop_back();
+    if (!RunInTrueColor(engine, session, std::move(jobs), options, &animation, failure)) return false;
+    if (!isEdited && IsPlainBuild(last, animation, options)) {
+        CompleteValues(&last);
+        *session->source = std::move(animation);
+        engine.engine.dropSource(engine.opened);
+        return engine.engine.build(engine.opened, last, false, failure);
+    }
+    return RunInTrueColor(engine, session, {last}, options, &animation, failure) &&
+           FinishFrames(engine, session, last, options, std::move(animation), notes, failure);
 }
 
 }  // namespace kfx::commands

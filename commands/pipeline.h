@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "commands/engine.h"
+#include "commands/result_edits.h"
 
 namespace kfx::commands {
 
@@ -21,6 +22,7 @@ struct PipelineOptions {
     bool extendEdges = false;
     HalfTransparency halfTransparency = HalfTransparency::Stay;
     RgbColor matte;  // to mix them onto
+    ResultEdits edits;
 };
 
 struct PipelineNotes {
@@ -29,6 +31,16 @@ struct PipelineNotes {
 
 // Makes every pixel of the frames opaque or hidden where the options ask for it.
 void SettleHalfTransparency(const PipelineOptions& options, Animation* animation, PipelineNotes* notes);
+
+// Runs the jobs on the frames in true colour. False: `*failure` says why, and the animation is lost.
+bool RunInTrueColor(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
+                    const PipelineOptions& options, Animation* animation, Failure* failure);
+
+// Builds finished frames into session->built and session->record: edited as the options say, and with the
+// palette of the last job, whose effect has been applied. False: `*failure` says why.
+bool FinishFrames(const OpenEngine& engine, HostSession* session, const Job& last,
+                  const PipelineOptions& options, Animation animation, PipelineNotes* notes,
+                  Failure* failure);
 
 // Builds the session's source through all jobs into session->built, with what the plug-in does not carry in
 // session->record. Alpha follows the effects (alpha_ways.h). An opaque source with one job whose parameters

@@ -56,9 +56,10 @@ bool WriteRaw(BuiltAnimation built, const SourceRecord& source, const ResultOpti
     return WriteRawVideo(animation, plan, format, kBehind, take);
 }
 
-// One PNG picture, or an animation in another format, as a whole file. On failure the error is a clause.
-bool EncodeFile(BuiltAnimation built, const SourceRecord& source, const ResultOptions& options,
-                WrittenResult* written, std::vector<uint8_t>* file, std::string* error) {
+}  // namespace
+
+bool EncodeResult(BuiltAnimation built, const SourceRecord& source, const ResultOptions& options,
+                  WrittenResult* written, std::vector<uint8_t>* file, std::string* error) {
     if (options.format == "gif") {
         GifAnimation gif = MakeGif(std::move(built), source);
         NoteResult(options, &gif, written);
@@ -74,8 +75,6 @@ bool EncodeFile(BuiltAnimation built, const SourceRecord& source, const ResultOp
     return EncodeWebp(animation, file, error, options.webp);
 }
 
-}  // namespace
-
 bool WriteToStandardOutput(BuiltAnimation built, const SourceRecord& source, const ResultOptions& options,
                            WrittenResult* written, std::string* error) {
     std::string reason;
@@ -87,7 +86,7 @@ bool WriteToStandardOutput(BuiltAnimation built, const SourceRecord& source, con
         WriteRaw(std::move(built), source, options, written, take);
     } else {
         std::vector<uint8_t> file;
-        if (!EncodeFile(std::move(built), source, options, written, &file, &reason)) {
+        if (!EncodeResult(std::move(built), source, options, written, &file, &reason)) {
             *error = "standard output: " + reason + ".";
             return false;
         }

@@ -8,6 +8,10 @@
 
 namespace kfx::commands {
 
+// One PNG picture, or an animation in another format, as a whole file in memory. False: `*error` is a clause.
+bool EncodeResult(BuiltAnimation built, const SourceRecord& source, const ResultOptions& options,
+                  WrittenResult* written, std::vector<uint8_t>* file, std::string* error);
+
 // Writes the animation to standard output in options.format. Nothing is written when `*error`, one sentence,
 // says that it cannot be made.
 bool WriteToStandardOutput(BuiltAnimation built, const SourceRecord& source, const ResultOptions& options,

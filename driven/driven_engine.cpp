@@ -211,6 +211,7 @@ bool Build(void* opened, const Job& job, bool more, Failure* failure) {
 Engine MakeDrivenEngine(const DrivenOptions* options) {
     return {.options = options,
             .takesSeed = false,
+            .limitsColors = false,
             .open = Open,
             .close = Close,
             .name = Name,

@@ -217,6 +217,59 @@ TEST(SourcePalettes, Supercompression_makes_a_dithered_file_smaller) {
     EXPECT_LT(sizeWith({"--supercompress", "--force"}), plain);
 }
 
+// Colours of the file's global palette: a GIF says how many bits there are in its eleventh byte.
+int PaletteEntriesOf(const std::string& path) { return 2 << (ReadText(path)[10] & 7); }
+
+TEST(SourcePalettes, The_number_of_colours_can_be_limited) {
+    const TemporaryFolder folder;
+    const std::string input = folder.path + "in.gif", output = folder.path + "out.gif";
+    ASSERT_EQ(RunKestrel({"sample", input}).exitCode, 0);
+    for (const int colors : {2, 3, 8, 64, 255, 256}) {
+        const nlohmann::json result =
+            RunKestrelForJson({"apply", input, "-o", output, "--force", "--frames", "1-2", "--effect",
+                               "Emboss", "--dither", "--colors", std::to_string(colors)});
+        EXPECT_LE(result["colors"].get<int>(), colors);
+        EXPECT_GT(result["colors"].get<int>(), colors / 2);
+        // The writer may add an entry for pixels that do not change.
+        EXPECT_LE(PaletteEntriesOf(output), 2 * colors);
+    }
+}
+
+TEST(SourcePalettes, A_limit_leaves_room_for_transparent_pixels) {
+    const TemporaryFolder folder;
+    const std::string input = folder.path + "in.gif", output = folder.path + "out.gif";
+    WriteTestGif(input, 2, true);
+    for (const int colors : {3, 4, 8, 16}) {
+        const ProgramResult result = RunKestrel({"apply", input, "-o", output, "--force", "--effect", "Neon",
+                                                 "--colors", std::to_string(colors)});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_LT(PaletteEntriesOf(output), 2 * colors);
+    }
+    const ProgramResult refused =
+        RunKestrel({"apply", input, "-o", output, "--force", "--effect", "Neon", "--colors", "2"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_NE(refused.err.find("--colors 3"), std::string::npos) << refused.err;
+}
+
+TEST(SourcePalettes, A_limit_is_for_computed_palettes) {
+    const TemporaryFolder folder;
+    WriteTestGif(folder.path + "in.gif", 2);
+    const auto errorWith = [&](const std::vector<std::string>& options) {
+        std::vector<std::string> arguments = {
+            "apply", folder.path + "in.gif", "-o", folder.path + "out.gif", "--effect", "Neon"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const ProgramResult result = RunKestrel(arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        return result.err;
+    };
+    EXPECT_NE(errorWith({"--colors", "9", "--palette", "216-color safe"}).find("computed"),
+              std::string::npos);
+    EXPECT_NE(errorWith({"--colors", "9", "--palette", "original"}).find("computed"), std::string::npos);
+    EXPECT_NE(errorWith({"--colors", "2", "--supercompress"}).find("--colors 3"), std::string::npos);
+    EXPECT_NE(errorWith({"--colors", "1"}).find("2 to 256"), std::string::npos);
+    EXPECT_NE(errorWith({"--colors", "257"}).find("2 to 256"), std::string::npos);
+}
+
 TEST(SourcePalettes, Fast_remapping_still_shows_exact_colours) {
     const Built built;
     ExpectSamePictures(built.source, built.Build("original", {"--fast-remap"}));

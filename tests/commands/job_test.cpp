@@ -54,6 +54,7 @@ bool ListPalettes(void* opened, std::vector<std::string>* names, Failure* failur
 
 const Engine kListing = {.options = nullptr,
                          .takesSeed = false,
+                         .limitsColors = true,
                          .open = nullptr,
                          .close = nullptr,
                          .name = nullptr,

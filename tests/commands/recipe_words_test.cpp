@@ -60,6 +60,8 @@ struct Sample {
 };
 
 const std::map<std::string, Sample> kSamples = {
+    {"allow", {"out.gif", {"--max-size=1M", "--allow=scale"}}},
+    {"colors", {"out.gif", {"--effect=Bump", "--colors=20"}}},
     {"comment", {"out.gif", {"--effect=Bump", "--comment"}}},
     {"crop", {"out.gif", {"--crop=8x6+1+2"}}},
     {"delay", {"out.gif", {"--delay=40"}}},
@@ -69,6 +71,7 @@ const std::map<std::string, Sample> kSamples = {
     {"edges", {"out.gif", {"--effect=Motion Blur", "--edges=extend"}}},
     {"effect", {"out.gif", {"--effect=Swirl"}}},
     {"effort", {"out.webp", {"--effect=Bump", "--effort=3"}}},
+    {"every", {"out.gif", {"--every=2"}}},
     {"fast-remap", {"out.gif", {"--effect=Bump", "--fast-remap"}}},
     {"fps", {"out.gif", {"--fps=12.5"}}},
     {"frames", {"out.gif", {"--frames=2-3"}}},
@@ -76,12 +79,14 @@ const std::map<std::string, Sample> kSamples = {
     {"loop", {"out.gif", {"--loop=3"}}},
     {"lossy", {"out.gif", {"--effect=Bump", "--lossy=20"}}},
     {"matte", {"out.gif", {"--effect=Bump", "--matte=102030"}}},
+    {"max-size", {"out.gif", {"--effect=Bump", "--max-size=500K"}}},
     {"near-lossless", {"out.webp", {"--effect=Bump", "--near-lossless=60"}}},
     {"palette", {"out.gif", {"--effect=Bump", "--palette=216-color safe"}}},
     {"quality", {"out.webp", {"--effect=Bump", "--quality=80"}}},
     {"resize", {"out.gif", {"--resize=50%"}}},
     {"reverse", {"out.gif", {"--reverse"}}},
     {"set", {"out.gif", {"--effect=Swirl", "--set=Angle=90"}}},
+    {"shrink", {"out.gif", {"--shrink=50"}}},
     {"speed", {"out.gif", {"--speed=2"}}},
     {"supercompress", {"out.gif", {"--effect=Bump", "--supercompress"}}},
     {"true-color", {"out.webp", {"--effect=Bump", "--true-color"}}},
