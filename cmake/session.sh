@@ -116,13 +116,20 @@ copy_prefix() {
 }
 
 # manage_windows Y|N: whether a window manager frames Wine's windows. An Xvfb has none, and Wine would wait seconds for
-# it whenever a window closes.
+# it whenever a window closes. A program that crashes ends at once: nobody sees the box in which Wine's debugger waits.
 manage_windows() {
-    local state=$WINEPREFIX/.managed
-    [ ! -f "$state" ] || [ "$(<"$state")" != "$1" ] || return 0
-    "$root/cmake/wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d "$1" /f >/dev/null 2>&1 ||
+    local state=$WINEPREFIX/.managed settings="$1, crashes end programs"
+    [ ! -f "$state" ] || [ "$(<"$state")" != "$settings" ] || return 0
+    set_registry 'HKCU\Software\Wine\X11 Driver' Managed REG_SZ "$1"
+    set_registry 'HKCU\Software\Wine\WineDbg' ShowCrashDialog REG_DWORD 0
+    set_registry 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' Auto REG_SZ 0
+    echo "$settings" >"$state"
+}
+
+# set_registry KEY NAME TYPE VALUE
+set_registry() {
+    "$root/cmake/wine" reg add "$1" /v "$2" /t "$3" /d "$4" /f >/dev/null 2>&1 ||
         fail "Wine could not change the registry of ${WINEPREFIX#"$root"/}."
-    echo "$1" >"$state"
 }
 
 # An Xvfb on a display number of its own choice. The limit is for one that hangs: a loaded machine takes seconds.

@@ -139,12 +139,18 @@ bool CreateChild(const wchar_t* program, std::wstring commandLine, const Shared&
     std::vector<uint64_t> memory(size / sizeof(uint64_t) + 1);
     startup.lpAttributeList = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory.data());
     if (!InitializeProcThreadAttributeList(startup.lpAttributeList, 1, 0, &size)) return false;
-    const bool created =
-        UpdateProcThreadAttribute(startup.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
-                                  handles.data(), handles.size() * sizeof(HANDLE), nullptr, nullptr) &&
-        CreateProcessW(program, commandLine.data(), nullptr, nullptr, TRUE,
-                       CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
-                       &startup.StartupInfo, process);
+    bool created = false;
+    if (UpdateProcThreadAttribute(startup.lpAttributeList, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST,
+                                  handles.data(), handles.size() * sizeof(HANDLE), nullptr, nullptr)) {
+        // On a loaded machine a process may end while the system still loads it. None of its code has run, so
+        // another start repeats nothing.
+        for (int attempt = 0; !created && attempt < 3; ++attempt) {
+            created = CreateProcessW(program, commandLine.data(), nullptr, nullptr, TRUE,
+                                     CREATE_SUSPENDED | EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
+                                     &startup.StartupInfo, process);
+            if (!created && GetLastError() != ERROR_INTERNAL_ERROR) break;
+        }
+    }
     DeleteProcThreadAttributeList(startup.lpAttributeList);
     return created;
 }
