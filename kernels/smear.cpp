@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A sum in double precision depends on the order of adding, so the sums of several neighbouring pixels are
 // computed at the same time, each in order. With AVX2 an estimate in whole numbers comes first: where its
-// error cannot change the truncated level, the byte is certain. In flat areas sums lie exactly on a level, so
-// their results are taken from a table. The remaining samples are summed in order.
+// error cannot change the truncated level, the byte is certain. In flat areas sums lie on a level, so each is
+// computed once and then taken from a table. The remaining samples are summed in order.
 #include "kernels/smear.h"
 
 #include <algorithm>
@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "framework/memory_guards.h"
+#include "kernels/short_smear.h"
 #include "kernels/smear_estimate.h"
 
 namespace kfx {
@@ -77,17 +78,22 @@ KFX_INLINE void SumBlock(const Smear& smear, int32_t x, int32_t r, uint8_t* out)
 struct Estimate {
     Smear merged;
     WholeWeights weights;
+    OrderedTaps ordered;
     ptrdiff_t* offsets;       // of each merged tap's samples from the pixel's, in bytes
     const uint8_t** samples;  // of each merged tap, for the current block
     uint8_t* mixed;           // kSmearSamples for each merged tap
-    uint8_t flat[256];        // the exact result where all samples are the same
+    // Results where the taps inside the picture have one value and all others the background: for each value,
+    // number of merged taps inside and channel, one more than the result; 0 is one that is not known yet.
+    uint16_t* flat;
 };
+
+bool OnOnePixel(const Tap& a, const Tap& b) { return a.dx == b.dx && a.dy == b.dy; }
 
 int32_t MergeTaps(const Smear& smear, Tap* merged) {
     int32_t count = 0;
     for (int32_t i = 0; i < smear.count; ++i) {
         const Tap& tap = smear.taps[i];
-        if (count && merged[count - 1].dx == tap.dx && merged[count - 1].dy == tap.dy)
+        if (count && OnOnePixel(merged[count - 1], tap))
             merged[count - 1].weight += tap.weight;
         else
             merged[count++] = tap;
@@ -120,90 +126,133 @@ Inside FindInside(const Smear& merged, int32_t x) {
     return inside;
 }
 
-// Computes the samples in doubt exactly, or the whole block if there are many of them.
-void SettleDoubts(const Smear& smear, const Estimate& estimate, int32_t used, const uint8_t* doubts,
-                  int32_t x, int32_t r, uint8_t* out) {
-    constexpr int32_t kManyPixels = 3;
-    uint8_t least[kSmearSamples], greatest[kSmearSamples];
-    RangeOfSamples(estimate.samples, used, least, greatest);
-    const bool sawBackground = used < estimate.merged.count;
-    int32_t open[kSmearPixels];
-    int32_t openCount = 0;
-    for (int32_t pixel = 0; pixel < kSmearPixels; ++pixel) {
-        bool settled = true;
-        for (int32_t s = 3 * pixel; s < 3 * pixel + 3; ++s) {
-            if (!doubts[s]) continue;
-            if (least[s] == greatest[s] && (!sawBackground || least[s] == smear.background[s]))
-                out[s] = estimate.flat[least[s]];
-            else
-                settled = false;
-        }
-        if (!settled) open[openCount++] = pixel;
+// The result where the first `inside` merged taps have the same value in this channel.
+uint8_t FlatResult(const Estimate& estimate, uint8_t value, int32_t inside, int32_t channel) {
+    const size_t place = static_cast<size_t>(value) * static_cast<size_t>(estimate.merged.count + 1);
+    uint16_t& known = estimate.flat[3 * (place + static_cast<size_t>(inside)) + static_cast<size_t>(channel)];
+    if (known == 0) {
+        const OrderedTaps& taps = estimate.ordered;
+        const uint8_t background = estimate.merged.background[channel];
+        double sum = 0;
+        for (int32_t i = 0; i < taps.count; ++i)
+            sum += taps.weights[i] * (i < taps.before[inside] ? value : background);
+        known = static_cast<uint16_t>(Truncate(sum) + 1);
     }
-    if (openCount >= kManyPixels)
-        Fastest<SumBlock>()(smear, x, r, out);
-    else
-        for (int32_t i = 0; i < openCount; ++i) SumPixel(smear, x + open[i], r, out + 3 * open[i]);
+    return static_cast<uint8_t>(known - 1);
+}
+
+// The taps of a block: all samples of the first `whole` lie inside the picture, none of those from `used` on.
+// The taps between reach over its left or right edge.
+struct BlockTaps {
+    int32_t whole;
+    int32_t used;
+};
+
+// How many merged taps of one pixel of the block lie inside, when these have the same value in each of its
+// channels that is in doubt. 0: they have not.
+int32_t FlatTaps(const Estimate& estimate, const BlockTaps& taps, int32_t x, int32_t pixel,
+                 const uint8_t* doubts, const uint8_t* least, const uint8_t* greatest) {
+    const Smear& merged = estimate.merged;
+    const int32_t begin = 3 * pixel, end = begin + 3;
+    for (int32_t s = begin; s < end; ++s)
+        if (doubts[s] && least[s] != greatest[s]) return 0;
+    int32_t inside = taps.whole;
+    for (; inside < taps.used; ++inside) {
+        const int32_t column = x + pixel + merged.taps[inside].dx;
+        if (column < 0 || column >= merged.from->width) break;
+        for (int32_t s = begin; s < end; ++s)
+            if (doubts[s] && estimate.samples[inside][s] != least[s]) return 0;
+    }
+    return inside;
+}
+
+// Computes the samples in doubt exactly: those of flat places once for all, or else the whole block.
+void SettleDoubts(const Estimate& estimate, const BlockTaps& taps, const uint8_t* doubts, int32_t x,
+                  uint8_t* out) {
+    uint8_t least[kSmearSamples], greatest[kSmearSamples];
+    RangeOfSamples(estimate.samples, taps.whole, least, greatest);
+    for (int32_t pixel = 0; pixel < kSmearPixels; ++pixel) {
+        const int32_t first = 3 * pixel;
+        if (!doubts[first] && !doubts[first + 1] && !doubts[first + 2]) continue;
+        const int32_t inside = FlatTaps(estimate, taps, x, pixel, doubts, least, greatest);
+        if (inside == 0) {
+            SumInOrder(estimate.ordered, estimate.samples, taps.used, estimate.merged.background, out);
+            return;
+        }
+        for (int32_t channel = 0; channel < 3; ++channel)
+            if (doubts[first + channel])
+                out[first + channel] = FlatResult(estimate, least[first + channel], inside, channel);
+    }
 }
 
 // `inside` is FindInside for x, `rows` how many taps lie within the picture's rows.
-void EstimateBlock(const Smear& smear, const Estimate& estimate, const Inside& inside, int32_t rows,
-                   int32_t x, int32_t r, uint8_t* out) {
+void EstimateBlock(const Estimate& estimate, const Inside& inside, int32_t rows, int32_t x, int32_t r,
+                   uint8_t* out) {
     const Smear& merged = estimate.merged;
     const uint8_t* pixel = StoredRow(merged.from, r) + 3 * static_cast<size_t>(x);
-    const int32_t whole = std::min(inside.whole, rows);
+    const BlockTaps taps = {.whole = std::min(inside.whole, rows), .used = std::min(inside.partly, rows)};
     // Taps are taken in pairs. The partner of an odd last tap is the background, or a tap of weight 0.
-    const int32_t used = (std::min(inside.partly, rows) + 1) & ~1;
-    for (int32_t i = 0; i < whole; ++i) estimate.samples[i] = pixel + estimate.offsets[i];
-    for (int32_t i = whole; i < used; ++i)
+    const int32_t paired = (taps.used + 1) & ~1;
+    for (int32_t i = 0; i < taps.whole; ++i) estimate.samples[i] = pixel + estimate.offsets[i];
+    for (int32_t i = taps.whole; i < paired; ++i)
         estimate.samples[i] = i < merged.count
                                   ? SamplesAt(merged, merged.taps[i], x, r,
                                               estimate.mixed + static_cast<size_t>(i) * kSmearSamples)
                                   : estimate.samples[0];
     uint8_t doubts[kSmearSamples];
-    if (SumWholeWeights(estimate.weights, estimate.samples, used / 2, smear.background, out, doubts))
-        SettleDoubts(smear, estimate, used, doubts, x, r, out);
+    if (SumWholeWeights(estimate.weights, estimate.samples, paired / 2, merged.background, out, doubts))
+        SettleDoubts(estimate, taps, doubts, x, out);
 }
 
-// False: memory ran out.
-bool SmearByEstimate(const Smear& smear, WorkingImage* to) {
-    const auto room = static_cast<size_t>(smear.count) + 2;
+// How many weights can change a result. Once 255 times a weight is less than 2^-54, adding it changes no sum
+// from a half on, and smaller sums stay below 1.
+int32_t WeightsThatCount(const Tap* taps, int32_t count) {
+    while (count > 1 && 255 * taps[count - 1].weight < 0x1p-54) --count;
+    return count;
+}
+
+// `merged` are the taps that fall on different pixels. False: memory ran out.
+bool SmearByEstimate(const Smear& smear, const Tap* merged, int32_t count, WorkingImage* to) {
+    const auto room = static_cast<size_t>(count) + 2;
     const int32_t width = to->width;
-    const Scratch<Tap> merged(room);
     const Scratch<double> weights(room);
-    const Scratch<int32_t> parts(4 * room);
+    const Scratch<double> orderedWeights(static_cast<size_t>(smear.count));
+    const Scratch<int32_t> parts(5 * room);
     const Scratch<ptrdiff_t> offsets(room);
     const Scratch<const uint8_t*> samples(room);
     const Scratch<uint8_t> mixed(room * kSmearSamples);
+    const Scratch<uint16_t> flat(256 * 3 * (static_cast<size_t>(count) + 1));
     const Scratch<Inside> insides(static_cast<size_t>(width / kSmearPixels) + 1);
-    if (!merged || !weights || !parts || !offsets || !samples || !mixed || !insides) return false;
+    if (!weights || !orderedWeights || !parts || !offsets || !samples || !mixed || !flat || !insides)
+        return false;
 
-    const int32_t count = MergeTaps(smear, merged.address);
-    Estimate estimate = {.merged = {.from = smear.from,
-                                    .taps = merged.address,
-                                    .count = count,
-                                    .background = smear.background},
-                         .weights = {.highPairs = parts.address,
-                                     .lowPairs = parts.address + room,
-                                     .highRest = parts.address + 2 * room,
-                                     .lowRest = parts.address + 3 * room,
-                                     .margin = 0},
-                         .offsets = offsets.address,
-                         .samples = samples.address,
-                         .mixed = mixed.address,
-                         .flat = {}};
+    int32_t* before = parts.address + 4 * room;
+    Estimate estimate = {
+        .merged = {.from = smear.from, .taps = merged, .count = count, .background = smear.background},
+        .weights = {.highPairs = parts.address,
+                    .lowPairs = parts.address + room,
+                    .highRest = parts.address + 2 * room,
+                    .lowRest = parts.address + 3 * room,
+                    .margin = 0},
+        .ordered = {.weights = orderedWeights.address,
+                    .before = before,
+                    .count = WeightsThatCount(smear.taps, smear.count)},
+        .offsets = offsets.address,
+        .samples = samples.address,
+        .mixed = mixed.address,
+        .flat = flat.address};
+    for (int32_t i = 0, tap = -1; i < smear.count; ++i) {
+        orderedWeights[static_cast<size_t>(i)] = smear.taps[i].weight;
+        if (tap < 0 || !OnOnePixel(merged[tap], smear.taps[i])) before[++tap] = i;
+    }
+    before[count] = smear.count;
     for (int32_t i = 0; i < count; ++i) {
-        const Tap& tap = merged.address[i];
+        const Tap& tap = merged[i];
         weights.address[i] = tap.weight;
         offsets.address[i] =
             tap.dy * static_cast<ptrdiff_t>(StrideOf(to)) + 3 * static_cast<ptrdiff_t>(tap.dx);
     }
     RoundWeights(weights.address, count, &estimate.weights);
-    for (int32_t value = 0; value < 256; ++value) {
-        double sum = 0;
-        for (int32_t i = 0; i < smear.count; ++i) sum += smear.taps[i].weight * value;
-        estimate.flat[value] = Truncate(sum);
-    }
     // The last block of a row may overlap the one before it.
     const auto blockAt = [&](int32_t block) { return std::min(block * kSmearPixels, width - kSmearPixels); };
     const int32_t blocks = (width + kSmearPixels - 1) / kSmearPixels;
@@ -214,10 +263,10 @@ bool SmearByEstimate(const Smear& smear, WorkingImage* to) {
     for (int32_t strip = 0; strip < blocks; strip += kBlocksInStrip) {
         for (int32_t r = 0; r < to->height; ++r) {
             int32_t rows = 0;
-            while (rows < count && WithinRows(smear, merged.address[rows], r)) ++rows;
+            while (rows < count && WithinRows(smear, merged[rows], r)) ++rows;
             for (int32_t block = strip; block < std::min(blocks, strip + kBlocksInStrip); ++block) {
                 const int32_t x = blockAt(block);
-                EstimateBlock(smear, estimate, insides.address[block], rows, x, r,
+                EstimateBlock(estimate, insides.address[block], rows, x, r,
                               StoredRow(to, r) + 3 * static_cast<size_t>(x));
             }
         }
@@ -237,7 +286,14 @@ bool SmearImage(const WorkingImage* from, WorkingImage* to, const Tap* taps, int
     const Smear smear = {from, taps, count, pattern};
     const int32_t width = from->width;
 #if KFX_HAS_AVX2
-    if (UseAvx2() && width >= kSmearPixels && count <= kMostWholeTaps) return SmearByEstimate(smear, to);
+    if (UseAvx2() && count <= kMostWholeTaps) {
+        const Scratch<Tap> merged(static_cast<size_t>(count));
+        if (!merged) return false;
+        const int32_t mergedCount = MergeTaps(smear, merged.address);
+        if (mergedCount <= kMostShortTaps)
+            return SmearShortLine(from, to, taps, count, merged.address, mergedCount, background);
+        if (width >= kSmearPixels) return SmearByEstimate(smear, merged.address, mergedCount, to);
+    }
 #endif
     for (int32_t r = 0; r < from->height; ++r) {
         uint8_t* out = StoredRow(to, r);

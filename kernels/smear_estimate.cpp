@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/smear_estimate.h"
 
-#include <cmath>
+#include <algorithm>
+
 #include "kernels/vector_bytes.h"
 
 namespace kfx {
@@ -98,6 +99,37 @@ KFX_AVX2 bool SumWholeWeights(const WholeWeights& weights, const uint8_t* const*
     if (any == 0) return false;
     for (int32_t s = 0; s < kSmearSamples; ++s) doubts[s] = fromLeast[s] > certain;
     return true;
+}
+
+KFX_AVX2 void SumInOrder(const OrderedTaps& taps, const uint8_t* const* samples, int32_t used,
+                         const uint8_t* background, uint8_t* out) {
+    constexpr int32_t kVectors = 6;  // that many sums of four samples stay in registers
+    for (int32_t part = 0; part < kSmearSamples; part += 4 * kVectors) {
+        const auto widened = [&](const uint8_t* bytes, int32_t v) KFX_AVX2 {
+            const __m128i four = _mm_loadu_si32(bytes + part + 4 * v);
+            return _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(four));
+        };
+        __m256d sums[kVectors], levels[kVectors];
+        const auto add = [&](int32_t i) KFX_AVX2 {
+            const __m256d weight = _mm256_set1_pd(taps.weights[i]);
+            for (int32_t v = 0; v < kVectors; ++v)
+                sums[v] = _mm256_add_pd(sums[v], _mm256_mul_pd(weight, levels[v]));
+        };
+        for (__m256d& sum : sums) sum = _mm256_setzero_pd();
+        int32_t i = 0;
+        for (int32_t tap = 0; tap < used; ++tap) {
+            const int32_t end = std::min(taps.before[tap + 1], taps.count);
+            if (i >= end) break;
+            for (int32_t v = 0; v < kVectors; ++v) levels[v] = widened(samples[tap], v);
+            for (; i < end; ++i) add(i);
+        }
+        for (int32_t v = 0; v < kVectors; ++v) levels[v] = widened(background, v);
+        for (; i < taps.count; ++i) add(i);
+        int32_t truncated[4 * kVectors];
+        for (int32_t v = 0; v < kVectors; ++v)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(truncated + 4 * v), _mm256_cvttpd_epi32(sums[v]));
+        for (int32_t s = 0; s < 4 * kVectors; ++s) out[part + s] = static_cast<uint8_t>(truncated[s]);
+    }
 }
 
 KFX_AVX2 void RangeOfSamples(const uint8_t* const* samples, int32_t count, uint8_t* least,

@@ -37,6 +37,20 @@ void RoundWeights(const double* weights, int32_t count, WholeWeights* whole);
 KFX_AVX2 bool SumWholeWeights(const WholeWeights& weights, const uint8_t* const* samples, int32_t pairs,
                               const uint8_t* background, uint8_t* out, uint8_t* doubts);
 
+// The taps as they are added in double precision.
+struct OrderedTaps {
+    const double* weights;  // in the order of the smear
+    // How many weights stand before each tap of the estimate, which adds those that fall on one pixel; one
+    // more entry at the end.
+    const int32_t* before;
+    int32_t count;  // of the weights that can change a result
+};
+
+// kSmearSamples samples, each added in the order of the taps: those of the first `used` taps of the estimate
+// begin at samples[tap], all others are `background`.
+KFX_AVX2 void SumInOrder(const OrderedTaps& taps, const uint8_t* const* samples, int32_t used,
+                         const uint8_t* background, uint8_t* out);
+
 // The least and the greatest of each sample over the first `count` taps.
 KFX_AVX2 void RangeOfSamples(const uint8_t* const* samples, int32_t count, uint8_t* least, uint8_t* greatest);
 

@@ -59,6 +59,38 @@ TEST(MotionBlur, Equals_its_reference_where_sums_lie_on_a_level) {
     EXPECT_TRUE(SameAsReference(kMotionBlur, Dot(120, 20, 60, 10).handle, {5, 60, 90}, 0));
 }
 
+TEST(MotionBlur, Equals_its_reference_where_flat_places_meet_others) {
+    // Bars of one colour each, wider than a short smear, with a line of other colours through them; wider
+    // than the strips in which short smears work.
+    for (const int32_t width : {33, 255, 256, 257, 530}) {
+        Picture source = FlatPicture(width, 50, 0xFFFFFF);
+        {
+            const ImageLock lock(source.handle);
+            for (int32_t y = 0; y < 50; ++y)
+                for (int32_t x = 0; x < width; ++x)
+                    if (x / 40 % 2 == 0)
+                        SetDibPixel(lock.image, x, y, static_cast<uint32_t>(x / 40) * 0x1F2B11);
+                    else if (y == 25)
+                        SetDibPixel(lock.image, x, y, static_cast<uint32_t>(x * 77) & 0xFFFFFF);
+        }
+        for (const Values& values : {Values{25, 5, 45}, Values{50, 9, 90}, Values{5, 30, 271}})
+            EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, values));
+    }
+}
+
+TEST(MotionBlur, Equals_its_reference_where_a_flat_picture_meets_the_background) {
+    const Picture source = FlatPicture(150, 90, 0x28C8FF);
+    for (const int32_t radius : {5, 20, 30, 31, 32, 33, 45, 46, 120})
+        for (const int32_t angle : {0, 45, 90, 135, 180, 225, 270, 315, 359})
+            EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {50, radius, angle}));
+    // Far taps carry so little that they decide only on which side of a level a sum lies.
+    for (const uint32_t color : {0x28C8FFu, 0x646464u, 0x030201u, 0xFDFEFFu}) {
+        const Picture wide = FlatPicture(500, 3, color);
+        for (const uint32_t background : {0x000000u, 0xFFFFFFu, 0x656463u})
+            EXPECT_TRUE(SameAsReference(kMotionBlur, wide.handle, {25, 150, 90}, background));
+    }
+}
+
 TEST(MotionBlur, Equals_its_reference_beyond_the_panels_range) {
     const Picture source = RandomPicture(31, 22, 8);
     for (const int32_t depth : {1, -1, -25, 1000, INT32_MAX})

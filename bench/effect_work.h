@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// What benchmarks of effects run: each effect at its built-in settings and at its greatest.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "framework/effect.h"
+
+namespace kfx::bench {
+
+// One row of the table: an effect under one choice of settings.
+struct Work {
+    const Effect* effect;
+    bool greatest;
+    KernelInput input;
+    std::string text;  // "45, 50"
+};
+
+// All effects in their order; a row with the greatest settings only where these differ.
+std::vector<Work> ListWork();
+
+}  // namespace kfx::bench
