@@ -5,8 +5,8 @@
 // including the centre, is subtracted again. So a sample takes about 3 n products instead of n^2. They are
 // added in another order than the matrix has, so the sum is only an estimate: it differs from the exact sum
 // by no more than a bound, which is computed from the weights. Where no rounding boundary lies within the
-// bound, the byte is certain. The other samples are summed again product by product, in the order of the
-// matrix.
+// bound, the byte is certain. The other samples are summed again in the order of the matrix; see
+// emboss_settle.h.
 #include "kernels/emboss_estimate.h"
 
 #include <algorithm>
@@ -17,6 +17,7 @@
 #include "framework/math/elementary.h"
 #include "framework/memory_guards.h"
 #include "kernels/convolution.h"
+#include "kernels/emboss_settle.h"
 
 namespace kfx {
 namespace {
@@ -167,69 +168,130 @@ void WidenRow(const uint8_t* row, int32_t width, int32_t x, int32_t count, doubl
 
 constexpr int32_t kStripColumns = 256;  // a strip's rings stay in the cache, however wide the picture is
 constexpr size_t kLongestBlock = 32;
+// Smooth slopes leave nearly every sum on a boundary. Where the blocks of a row are mostly in doubt, the next
+// rows are settled without an estimate.
+constexpr int32_t kRowsWithoutEstimate = 15;
+
+// Rows of a strip around the current one, by turns in `count` slots.
+struct Ring {
+    double* slots;
+    size_t slotSize;
+    int32_t reach;  // rows above and below, and pixels on either side
+    int32_t ready;  // rows from -reach on that are in the ring
+};
 
 struct Workspace {
-    double* ring;  // 2 * reach + 1 rows, each as samples and its three sums
-    size_t rowSize;
+    Ring sums;     // for the estimate: a row's samples and its three sums
+    Ring samples;  // for what is settled
     const double** pointers;
     uint8_t* bytes;
     uint8_t* doubts;
 };
 
-struct Matrix {
-    int32_t n;
-    const double* weights;
-    double divisor;
+struct Strip {
+    const WorkingImage* from;
+    WorkingImage* to;
+    int32_t left;
+    int32_t columns;
+    size_t samples;
 };
 
-// The columns from `left` on.
-void EmbossStrip(const WorkingImage* from, WorkingImage* to, const Separation& plan, const Matrix& matrix,
-                 int32_t left, int32_t columns, const Workspace& space) {
-    const auto sumAlongRow = Fastest<SumAlongRow>();
-    const auto roundRow = Fastest<RoundRow>();
-    const int32_t height = from->height;
-    const int32_t ringRows = 2 * plan.reach + 1;
-    const size_t samples = 3 * static_cast<size_t>(columns);
-    const auto place = [&](int32_t row, int32_t which) {
-        return space.ring + static_cast<size_t>(4 * (row % ringRows) + which) * space.rowSize;
-    };
-    int32_t ready = 0;  // rows from -reach on that are in the ring
-    for (int32_t r = 0; r < height; ++r) {
-        for (; ready < r + ringRows; ++ready) {
-            const uint8_t* row = StoredRow(from, WrapCoordinate(ready - plan.reach, height));
-            WidenRow(row, from->width, left - plan.reach, columns + 2 * plan.reach, place(ready, 0));
-            sumAlongRow(plan, place(ready, 0), samples, {place(ready, 1), place(ready, 2), place(ready, 3)});
+int32_t RingRows(const Ring& ring) { return 2 * ring.reach + 1; }
+
+double* SlotOf(const Ring& ring, int32_t row) {
+    return ring.slots + static_cast<size_t>(row % RingRows(ring)) * ring.slotSize;
+}
+
+// Brings the rows around row `r` into the ring; `onRow` is called with each that is new.
+template <typename OnRow>
+void FillRing(const Strip& strip, int32_t r, Ring* ring, OnRow onRow) {
+    const WorkingImage* from = strip.from;
+    for (ring->ready = std::max(ring->ready, r); ring->ready < r + RingRows(*ring); ++ring->ready) {
+        const uint8_t* row = StoredRow(from, WrapCoordinate(ring->ready - ring->reach, from->height));
+        double* slot = SlotOf(*ring, ring->ready);
+        WidenRow(row, from->width, strip.left - ring->reach, strip.columns + 2 * ring->reach, slot);
+        onRow(slot);
+    }
+}
+
+// Writes the estimated bytes of row `r` and which are in doubt. Returns whether any is.
+bool EstimateRow(const Strip& strip, const Separation& plan, int32_t r, Workspace* space) {
+    Ring* ring = &space->sums;
+    const size_t part = ring->slotSize / 4;
+    FillRing(strip, r, ring, [&](double* slot) {
+        Fastest<SumAlongRow>()(plan, slot, strip.samples, {slot + part, slot + 2 * part, slot + 3 * part});
+    });
+    const int32_t rowCount = RingRows(*ring);
+    for (int32_t k = 0; k < rowCount; ++k)
+        for (int32_t which = 0; which < 4; ++which)
+            space->pointers[which * rowCount + k] = SlotOf(*ring, r + k) + static_cast<size_t>(which) * part;
+    const double* const* set = space->pointers;
+    const RowSet rows = {set + rowCount, set + 2 * rowCount, set + 3 * rowCount, set};
+    return Fastest<RoundRow>()(plan, rows, strip.samples, space->bytes, space->doubts);
+}
+
+// Computes the blocks of row `r` that hold a sample in doubt. Returns how many there are.
+size_t SettleRow(const Strip& strip, const SettlePlan& plan, int32_t r, Workspace* space) {
+    FillRing(strip, r, &space->samples, [](double*) {});
+    for (int32_t k = 0; k < RingRows(space->samples); ++k)
+        space->pointers[k] = SlotOf(space->samples, r + k) + 3 * static_cast<size_t>(space->samples.reach);
+    size_t settled = 0;
+    for (size_t first = 0; first < strip.samples; first += kSettledSamples) {
+        uint8_t* doubts = space->doubts + first;
+        if (std::none_of(doubts, doubts + kSettledSamples, [](uint8_t doubt) { return doubt != 0; }))
+            continue;
+        ++settled;
+        if (SettleSamples(plan, space->pointers, first, space->bytes + first)) continue;
+        for (size_t s = first; s < std::min(first + kSettledSamples, strip.samples); ++s) {
+            uint8_t pixel[3];
+            ConvolvePixel(strip.from, plan.matrix.n, plan.matrix.weights, plan.matrix.divisor,
+                          strip.left + static_cast<int32_t>(s / 3), r, pixel);
+            space->bytes[s] = pixel[s % 3];
         }
-        for (int32_t k = 0; k < ringRows; ++k)
-            for (int32_t which = 0; which < 4; ++which)
-                space.pointers[which * ringRows + k] = place(r + k, which);
-        const double* const* set = space.pointers;
-        const RowSet rows = {set + ringRows, set + 2 * ringRows, set + 3 * ringRows, set};
-        uint8_t* out = StoredRow(to, r) + 3 * static_cast<size_t>(left);
-        const bool anyDoubt = roundRow(plan, rows, samples, space.bytes, space.doubts);
-        std::memcpy(out, space.bytes, samples);
-        if (!anyDoubt) continue;
-        for (int32_t x = 0; x < columns; ++x, out += 3) {
-            const uint8_t* doubt = space.doubts + 3 * static_cast<size_t>(x);
-            if (doubt[0] | doubt[1] | doubt[2])
-                ConvolvePixel(from, matrix.n, matrix.weights, matrix.divisor, left + x, r, out);
+    }
+    return settled;
+}
+
+void EmbossStrip(const Strip& strip, const Separation& plan, const SettlePlan& settling, Workspace* space) {
+    const size_t blocks = (strip.samples + kSettledSamples - 1) / kSettledSamples;
+    int32_t estimateFrom = 0;  // the first row that is estimated again
+    for (int32_t r = 0; r < strip.from->height; ++r) {
+        const bool estimated = r >= estimateFrom;
+        if (!estimated) std::memset(space->doubts, 1, strip.samples);
+        if (!estimated || EstimateRow(strip, plan, r, space)) {
+            const size_t settled = SettleRow(strip, settling, r, space);
+            if (estimated && settled > blocks / 2) estimateFrom = r + 1 + kRowsWithoutEstimate;
         }
+        std::memcpy(StoredRow(strip.to, r) + 3 * static_cast<size_t>(strip.left), space->bytes,
+                    strip.samples);
     }
 }
 
 // False: memory ran out.
-bool EmbossStrips(const WorkingImage* from, WorkingImage* to, const Separation& plan, const Matrix& matrix) {
-    const auto ringRows = 2 * static_cast<size_t>(plan.reach) + 1;
+bool EmbossStrips(const WorkingImage* from, WorkingImage* to, const Separation& plan,
+                  const SettlePlan& settling) {
     const size_t samples = 3 * static_cast<size_t>(std::min(kStripColumns, from->width));
-    const size_t rowSize = samples + 6 * static_cast<size_t>(plan.reach) + kLongestBlock;
-    const Scratch<double> ring(4 * rowSize * ringRows);
-    const Scratch<const double*> pointers(4 * ringRows);
+    const auto slotSize = [samples](int32_t reach) {
+        return samples + 6 * static_cast<size_t>(reach) + kLongestBlock;
+    };
+    Ring sums = {.slots = nullptr, .slotSize = 4 * slotSize(plan.reach), .reach = plan.reach, .ready = 0};
+    Ring around = {
+        .slots = nullptr, .slotSize = slotSize(settling.reach), .reach = settling.reach, .ready = 0};
+    const auto sumRows = static_cast<size_t>(RingRows(sums)),
+               aroundRows = static_cast<size_t>(RingRows(around));
+    const Scratch<double> slots(sumRows * sums.slotSize + aroundRows * around.slotSize);
+    const Scratch<const double*> pointers(std::max(4 * sumRows, aroundRows));
     const Scratch<uint8_t> bytes(2 * (samples + kLongestBlock));
-    if (!ring || !pointers || !bytes) return false;
-    const Workspace space = {ring.address, rowSize, pointers.address, bytes.address,
-                             bytes.address + samples + kLongestBlock};
-    for (int32_t left = 0; left < from->width; left += kStripColumns)
-        EmbossStrip(from, to, plan, matrix, left, std::min(kStripColumns, from->width - left), space);
+    if (!slots || !pointers || !bytes) return false;
+    sums.slots = slots.address;
+    around.slots = slots.address + sumRows * sums.slotSize;
+    for (int32_t left = 0; left < from->width; left += kStripColumns) {
+        const int32_t columns = std::min(kStripColumns, from->width - left);
+        const Strip strip = {from, to, left, columns, 3 * static_cast<size_t>(columns)};
+        Workspace space = {sums, around, pointers.address, bytes.address,
+                           bytes.address + samples + kLongestBlock};
+        EmbossStrip(strip, plan, settling, &space);
+    }
     return true;
 }
 
@@ -242,8 +304,8 @@ ImageHandle EmbossWithinBound(ImageHandle source, int32_t n, const double* matri
     if (!from || from->bitCount != 24 || from->width < n || from->height < n) return nullptr;
     if (!bell || !PlanSeparation(n, matrix, sigma, bell.address, &plan)) return nullptr;
     NewImage to(CreateLike(from.image));
-    const Matrix whole = {n, matrix, MatrixDivisor(n, matrix)};
-    if (!to || !EmbossStrips(from.image, to.image, plan, whole)) return nullptr;
+    const SettlePlan settling = PlanSettling({n, matrix, MatrixDivisor(n, matrix)});
+    if (!to || !EmbossStrips(from.image, to.image, plan, settling)) return nullptr;
     return to.Release();
 }
 

@@ -153,5 +153,25 @@ TEST(ConvolveImage, Refuses_even_matrices_and_pictures_smaller_than_them) {
     EXPECT_EQ(ConvolveImage(nullptr, 5, matrix.data()), nullptr);
 }
 
+// Even slopes: sums lie on a boundary nearly everywhere.
+TEST(Emboss, Equals_its_reference_on_slopes_in_strips_of_all_widths) {
+    for (const int32_t width : {31, 256, 257, 300}) {
+        const Picture source = FlatPicture(width, 45, 0);
+        {
+            const ImageLock lock(source.handle);
+            for (int32_t y = 0; y < 45; ++y)
+                for (int32_t x = 0; x < width; ++x) {
+                    const auto slope = static_cast<uint32_t>((x + y) / 2 & 255);
+                    const auto steep = static_cast<uint32_t>(3 * x - y + 45) & 255;
+                    SetDibPixel(lock.image, x, y, Rgb(slope, 255 - slope, steep));
+                }
+        }
+        for (const Values& values :
+             {Values{5, 15}, Values{5, 31}, Values{4, 9}, Values{7, 15}, Values{10, 21}, Values{5, 4}})
+            EXPECT_TRUE(SameAsReference(kEmboss, source.handle, values))
+                << width << ": " << values[0] << ", " << values[1];
+    }
+}
+
 }  // namespace
 }  // namespace kfx::test

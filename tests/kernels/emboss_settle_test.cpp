@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/emboss_settle.h"
+
+#include <cmath>
+#include <vector>
+
+#include "framework/cpu.h"
+#include "kernels/convolution.h"
+#include "tests/support/pictures.h"
+
+namespace kfx::test {
+namespace {
+
+// Emboss's weights with a bell of this spread.
+std::vector<double> Weights(int32_t n, double sigma) {
+    std::vector<double> weights;
+    const int32_t half = n / 2;
+    for (int32_t ky = -half; ky <= half; ++ky)
+        for (int32_t kx = -half; kx <= half; ++kx) {
+            const double bell = std::exp(-(kx * kx + ky * ky) / (sigma * sigma));
+            weights.push_back(kx == -ky ? 0 : kx >= 0 && ky >= 0 ? 8 * bell : -8 * bell);
+        }
+    return weights;
+}
+
+// A slope, with a little noise in every other row of tiles.
+Picture Slopes(int32_t width, int32_t height) {
+    Picture picture = FlatPicture(width, height, 0);
+    const ImageLock lock(picture.handle);
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x) {
+            const auto slope = static_cast<uint32_t>((x + y) / 2 & 255);
+            const auto noise = static_cast<uint32_t>(y / 8 % 2 ? x * y * 7 % 3 : 0);
+            SetDibPixel(lock.image, x, y, Rgb(slope + noise, 200 - slope, 128));
+        }
+    return picture;
+}
+
+struct Settled {
+    int32_t certain = 0;
+    int32_t uncertain = 0;
+};
+
+// Settles all blocks whose matrix lies inside the picture; those that are certain have ConvolvePixel's bytes.
+Settled SettlePicture(const SettlePlan& plan, const WorkingImage* image) {
+    Settled count;
+    const int32_t half = plan.matrix.n / 2, reach = plan.reach;
+    const auto samples = static_cast<size_t>(3 * image->width);
+    std::vector<std::vector<double>> rows;
+    for (int32_t r = 0; r < image->height; ++r)
+        rows.emplace_back(StoredRow(image, r), StoredRow(image, r) + samples);
+    for (int32_t r = half; r + half < image->height; ++r) {
+        std::vector<const double*> around;
+        for (int32_t k = -reach; k <= reach; ++k) around.push_back(rows[static_cast<size_t>(r + k)].data());
+        for (auto first = static_cast<size_t>(3 * half);
+             first + kSettledSamples + static_cast<size_t>(3 * half) <= samples; first += kSettledSamples) {
+            uint8_t bytes[kSettledSamples];
+            if (!SettleSamples(plan, around.data(), first, bytes)) {
+                ++count.uncertain;
+                continue;
+            }
+            ++count.certain;
+            for (size_t s = 0; s < kSettledSamples; s += 3) {
+                uint8_t expected[3];
+                ConvolvePixel(image, plan.matrix.n, plan.matrix.weights, plan.matrix.divisor,
+                              static_cast<int32_t>((first + s) / 3), r, expected);
+                for (size_t c = 0; c < 3; ++c)
+                    EXPECT_EQ(bytes[s + c], expected[c]) << "reach " << reach << ", row " << r;
+            }
+        }
+    }
+    return count;
+}
+
+TEST(SettleSamples, Bytes_that_are_certain_are_those_of_the_whole_matrix) {
+    const Picture picture = Slopes(120, 40);
+    const ImageLock lock(picture.handle);
+    for (const bool avx2 : {false, true}) {
+        AllowAvx2(avx2);
+        for (const double sigma : {0.4, 0.5, 0.7, 1.0}) {
+            const std::vector<double> weights = Weights(15, sigma);
+            const EmbossMatrix matrix = {15, weights.data(), MatrixDivisor(15, weights.data())};
+            Settled all;
+            for (int32_t reach = 1; reach <= 7; ++reach) {
+                const Settled settled = SettlePicture(PlanReach(matrix, reach), lock.image);
+                all.certain += settled.certain;
+                all.uncertain += settled.uncertain;
+                EXPECT_TRUE(reach < 7 || settled.uncertain == 0) << "nothing is left out";
+            }
+            EXPECT_GT(all.certain, 0);
+            EXPECT_GT(all.uncertain, 0) << "too small a reach decides nothing on a slope";
+        }
+    }
+    AllowAvx2(true);
+}
+
+TEST(SettleSamples, The_reach_that_is_chosen_settles_nearly_every_block) {
+    const Picture picture = Slopes(120, 40);
+    const ImageLock lock(picture.handle);
+    for (const double sigma : {0.4, 0.5, 0.7}) {
+        const std::vector<double> weights = Weights(25, sigma);
+        const EmbossMatrix matrix = {25, weights.data(), MatrixDivisor(25, weights.data())};
+        const SettlePlan plan = PlanSettling(matrix);
+        EXPECT_LT(plan.reach, 12) << "sigma " << sigma;
+        const Settled settled = SettlePicture(plan, lock.image);
+        EXPECT_LT(settled.uncertain, settled.certain / 100) << "sigma " << sigma;
+    }
+}
+
+}  // namespace
+}  // namespace kfx::test
