@@ -80,109 +80,162 @@ void ShiftPixels(uint8_t* row, int32_t count, const HsbShift& shift) {
     }
 }
 
+// Whether the single precision of a grey's product shows in the byte of some grey.
+bool GreyDiffers(double brightness) {
+    for (int32_t grey = 0; grey < 256; ++grey) {
+        const double product = std::fmin(static_cast<float>(grey / 255.0) * brightness, 1) * 255;
+        if (static_cast<int32_t>(product) != static_cast<int32_t>(static_cast<float>(product))) return true;
+    }
+    return false;
+}
+
 #if KFX_HAS_AVX2
 
-// Four pixels in the lanes of each register.
-struct HsbLanes {
+// What is the same for all pixels of a row.
+struct ShiftLanes {
     __m256d hue;
     __m256d saturation;
     __m256d brightness;
+    bool allGrey;      // the saturation becomes 0 everywhere
+    bool greyDiffers;  // the single precision of a grey's product shows in some byte
 };
 
-// The bytes at `offset` of four pixels, as channels from 0 to 1. The quotient c / 255 is a product with 1 /
-// 255 in two parts, of which the first product is exact. For each of the 256 values this gives the same as a
-// division in double precision that is then rounded.
-KFX_AVX2 inline __m128 LoadChannel(__m128i pixels, char offset) {
+// Eight pixels, each as the channels that place its hue.
+struct ChannelLanes {
+    __m256 most;
+    __m256 least;
+    __m256 minuend;  // the hue is the sector plus minuend less subtrahend, over most less least
+    __m256 subtrahend;
+    __m256 sector;
+    __m256 grey;
+};
+
+// Four pixels' bytes before each is put into its channel.
+struct ByteLanes {
+    __m128i level;    // of the strongest channel
+    __m128i weakest;  // p
+    __m128i between;  // q or t, whichever the sector shows
+    __m128i sector;   // 0 to 4; 5 is any other number
+};
+
+// A channel of eight pixels, from 0 to 1, whose bytes `pick` chooses. The quotient c / 255 is a product with
+// 1 / 255 in two parts, of which the first product is exact. For each of the 256 values this gives the same
+// as a division in double precision that is then rounded.
+KFX_AVX2 KFX_INLINE __m256 LoadChannel(__m256i pixels, __m256i pick) {
     constexpr float kUpper = 0.00392150878906250f;  // 257 / 65536
     constexpr float kLower = static_cast<float>(1 / 255.0 - kUpper);
-    const __m128i spread = _mm_setr_epi8(0, -1, -1, -1, 3, -1, -1, -1, 6, -1, -1, -1, 9, -1, -1, -1);
-    const __m128i moved = _mm_add_epi8(spread, _mm_set1_epi32(offset));
-    const __m128 c = _mm_cvtepi32_ps(_mm_shuffle_epi8(pixels, moved));
-    return _mm_add_ps(_mm_mul_ps(c, _mm_set1_ps(kUpper)), _mm_mul_ps(c, _mm_set1_ps(kLower)));
+    const __m256 c = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(pixels, pick));
+    return _mm256_add_ps(_mm256_mul_ps(c, _mm256_set1_ps(kUpper)), _mm256_mul_ps(c, _mm256_set1_ps(kLower)));
 }
 
-KFX_AVX2 inline HsbLanes ToHsbLanes(__m128 red, __m128 green, __m128 blue) {
-    const __m128 most = _mm_max_ps(red, _mm_max_ps(green, blue));
-    const __m128 redIsMost = _mm_cmpeq_ps(red, most);
-    const __m128 greenIsMost = _mm_cmpeq_ps(green, most);
-    // The hue's sector and the two channels that place it there, from the last case to the first.
-    __m128 minuend = _mm_blendv_ps(_mm_blendv_ps(red, blue, greenIsMost), green, redIsMost);
-    __m128 subtrahend = _mm_blendv_ps(_mm_blendv_ps(green, red, greenIsMost), blue, redIsMost);
-    const __m128 sector =
-        _mm_andnot_ps(redIsMost, _mm_blendv_ps(_mm_set1_ps(4), _mm_set1_ps(2), greenIsMost));
-
-    const __m256d greatest = _mm256_cvtps_pd(most);
-    const __m256d delta = _mm256_sub_pd(greatest, _mm256_cvtps_pd(_mm_min_ps(red, _mm_min_ps(green, blue))));
-    const __m256d zero = _mm256_setzero_pd();
-    const __m256d none = _mm256_cmp_pd(delta, zero, _CMP_EQ_OQ);
-    const __m256d divisor = _mm256_or_pd(delta, _mm256_and_pd(none, _mm256_set1_pd(1)));
-    const __m256d difference = _mm256_sub_pd(_mm256_cvtps_pd(minuend), _mm256_cvtps_pd(subtrahend));
-    HsbLanes lanes;
-    lanes.hue = _mm256_add_pd(_mm256_div_pd(difference, divisor), _mm256_cvtps_pd(sector));
-    lanes.hue = _mm256_mul_pd(lanes.hue, _mm256_set1_pd(60));
-    const __m256d negative = _mm256_cmp_pd(lanes.hue, zero, _CMP_LT_OQ);
-    lanes.hue = _mm256_add_pd(lanes.hue, _mm256_and_pd(negative, _mm256_set1_pd(360)));
-    // Black's 0 / 0 becomes no saturation.
-    lanes.saturation =
-        _mm256_and_pd(_mm256_div_pd(delta, greatest), _mm256_cmp_pd(greatest, zero, _CMP_GT_OQ));
-    lanes.brightness = greatest;
+KFX_AVX2 KFX_INLINE ChannelLanes LoadPixels(const uint8_t* row) {
+    const __m256i pixels =
+        _mm256_inserti128_si256(_mm256_castsi128_si256(LoadBytes(row)), LoadBytes(row + 12), 1);
+    const __m256i pickBlue = _mm256_setr_epi8(0, -1, -1, -1, 3, -1, -1, -1, 6, -1, -1, -1, 9, -1, -1, -1,  //
+                                              0, -1, -1, -1, 3, -1, -1, -1, 6, -1, -1, -1, 9, -1, -1, -1);
+    const __m256 blue = LoadChannel(pixels, pickBlue);
+    const __m256 green = LoadChannel(pixels, _mm256_add_epi8(pickBlue, _mm256_set1_epi32(1)));
+    const __m256 red = LoadChannel(pixels, _mm256_add_epi8(pickBlue, _mm256_set1_epi32(2)));
+    ChannelLanes lanes;
+    lanes.most = _mm256_max_ps(red, _mm256_max_ps(green, blue));
+    lanes.least = _mm256_min_ps(red, _mm256_min_ps(green, blue));
+    lanes.grey = _mm256_cmp_ps(lanes.most, lanes.least, _CMP_EQ_OQ);
+    const __m256 redIsMost = _mm256_cmp_ps(red, lanes.most, _CMP_EQ_OQ);
+    const __m256 greenIsMost = _mm256_cmp_ps(green, lanes.most, _CMP_EQ_OQ);
+    // From the last case to the first.
+    lanes.minuend = _mm256_blendv_ps(_mm256_blendv_ps(red, blue, greenIsMost), green, redIsMost);
+    lanes.subtrahend = _mm256_blendv_ps(_mm256_blendv_ps(green, red, greenIsMost), blue, redIsMost);
+    lanes.sector =
+        _mm256_andnot_ps(redIsMost, _mm256_blendv_ps(_mm256_set1_ps(4), _mm256_set1_ps(2), greenIsMost));
     return lanes;
 }
 
-KFX_AVX2 inline __m128i ToBytes(__m256d scaled) {
-    const __m256d floored = _mm256_max_pd(scaled, _mm256_setzero_pd());
-    return _mm256_cvttpd_epi32(_mm256_min_pd(floored, _mm256_set1_pd(255)));
+KFX_AVX2 KFX_INLINE __m256d MaskOf(__m128i words) {
+    return _mm256_castsi256_pd(_mm256_cvtepi32_epi64(words));
 }
 
-// Four pixels of blue, green, red and nothing.
-KFX_AVX2 inline __m128i ToRgbLanes(const HsbLanes& lanes) {
-    const __m256d one = _mm256_set1_pd(1);
-    const __m256d scale = _mm256_set1_pd(255);
-    const __m256d s = _mm256_min_pd(lanes.saturation, one);
-    const __m256d v = _mm256_min_pd(lanes.brightness, one);
-    const __m256d position = _mm256_div_pd(lanes.hue, _mm256_set1_pd(60));
-    const __m256d sector = _mm256_floor_pd(position);
-    const __m256d f = _mm256_sub_pd(position, sector);
-    const __m256d p = _mm256_mul_pd(_mm256_sub_pd(one, s), v);
-    const __m256d q = _mm256_mul_pd(_mm256_sub_pd(one, _mm256_mul_pd(f, s)), v);
-    const __m256d t = _mm256_mul_pd(_mm256_sub_pd(one, _mm256_mul_pd(_mm256_sub_pd(one, f), s)), v);
-    // A grey's product is held in single precision.
-    const __m256d grey = _mm256_cmp_pd(s, _mm256_setzero_pd(), _CMP_EQ_OQ);
-    const __m256d scaledV = _mm256_mul_pd(v, scale);
-    const __m256d level = _mm256_blendv_pd(scaledV, _mm256_cvtps_pd(_mm256_cvtpd_ps(scaledV)), grey);
+KFX_AVX2 KFX_INLINE __m128i ToBytes(__m256d share) {
+    return _mm256_cvttpd_epi32(_mm256_mul_pd(share, _mm256_set1_pd(255)));
+}
 
-    // v, p, q and t become the bytes of one word a pixel, out of which each sector picks its channels: one
-    // control word a sector, for 0 to 4, for all others and for greys.
-    __m128i words = _mm_or_si128(ToBytes(level), _mm_slli_epi32(ToBytes(_mm256_mul_pd(p, scale)), 8));
-    words = _mm_or_si128(words, _mm_slli_epi32(ToBytes(_mm256_mul_pd(q, scale)), 16));
-    words = _mm_or_si128(words, _mm_slli_epi32(ToBytes(_mm256_mul_pd(t, scale)), 24));
-    const __m256i controls =
-        _mm256_setr_epi32(0x000301, 0x020001, 0x010003, 0x010200, 0x030100, 0x000102, 0x000000, 0x000000);
+// Every share lies from 0 to 1, because neither factor of the shift is negative: nothing has to be clamped.
+KFX_AVX2 KFX_INLINE ByteLanes ShiftFour(__m128 most, __m128 least, __m128 minuend, __m128 subtrahend,
+                                        __m128 place, __m128 grey, const ShiftLanes& shift) {
+    const __m256d one = _mm256_set1_pd(1), zero = _mm256_setzero_pd(), sixty = _mm256_set1_pd(60);
+    const __m256d tiny = _mm256_set1_pd(1e-300);  // a divisor where 0 / 0 is to be 0
+    const __m256d greatest = _mm256_cvtps_pd(most);
+    const __m256d delta = _mm256_sub_pd(greatest, _mm256_cvtps_pd(least));
+    const __m256d difference = _mm256_sub_pd(_mm256_cvtps_pd(minuend), _mm256_cvtps_pd(subtrahend));
+    __m256d hue =
+        _mm256_add_pd(_mm256_div_pd(difference, _mm256_max_pd(delta, tiny)), _mm256_cvtps_pd(place));
+    hue = _mm256_mul_pd(hue, sixty);
+    const __m256d negative = _mm256_cmp_pd(hue, zero, _CMP_LT_OQ);
+    hue = _mm256_add_pd(hue, _mm256_and_pd(negative, _mm256_set1_pd(360)));
+    const __m256d position = _mm256_div_pd(_mm256_add_pd(hue, shift.hue), sixty);
+    const __m256d sector = _mm256_floor_pd(position);
+    const __m256d fraction = _mm256_sub_pd(position, sector);
+    const __m256d ratio = _mm256_div_pd(delta, _mm256_max_pd(greatest, tiny));
+    const __m256d s = _mm256_min_pd(_mm256_mul_pd(ratio, shift.saturation), one);
+    const __m256d v = _mm256_min_pd(_mm256_mul_pd(greatest, shift.brightness), one);
+
+    ByteLanes bytes;
     // Numbers beyond 32 bits convert to the most negative one; as unsigned numbers all but 0 to 4 are 5 or
     // more.
-    __m128i number = _mm_min_epu32(_mm256_cvttpd_epi32(sector), _mm_set1_epi32(5));
-    const __m256i narrow =
-        _mm256_permutevar8x32_epi32(_mm256_castpd_si256(grey), _mm256_setr_epi32(0, 2, 4, 6, 0, 2, 4, 6));
-    number = _mm_blendv_epi8(number, _mm_set1_epi32(6), _mm256_castsi256_si128(narrow));
-    const __m128i picks =
-        _mm256_castsi256_si128(_mm256_permutevar8x32_epi32(controls, _mm256_castsi128_si256(number)));
-    const __m128i places = _mm_setr_epi32(0, 0x04040404, 0x08080808, 0x0C0C0C0C);
-    return _mm_shuffle_epi8(words, _mm_add_epi8(picks, places));
+    bytes.sector = _mm_min_epu32(_mm256_cvttpd_epi32(sector), _mm_set1_epi32(5));
+    // Even sectors show t, all others q.
+    const __m256d odd = MaskOf(_mm_srai_epi32(_mm_slli_epi32(bytes.sector, 31), 31));
+    const __m256d share = _mm256_blendv_pd(_mm256_sub_pd(one, fraction), fraction, odd);
+    bytes.weakest = ToBytes(_mm256_mul_pd(_mm256_sub_pd(one, s), v));
+    bytes.between = ToBytes(_mm256_mul_pd(_mm256_sub_pd(one, _mm256_mul_pd(share, s)), v));
+    bytes.level = ToBytes(v);
+    if (shift.greyDiffers) {
+        const __m128i single = _mm_cvttps_epi32(_mm256_cvtpd_ps(_mm256_mul_pd(v, _mm256_set1_pd(255))));
+        bytes.level = _mm_blendv_epi8(bytes.level, single, _mm_castps_si128(grey));
+    }
+    return bytes;
 }
 
-// Shifts four pixels at a time, as long as no load reads beyond the row. Returns how many pixels these are.
+KFX_AVX2 KFX_INLINE __m256i Join(__m128i low, __m128i high) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1);
+}
+
+// Eight pixels of blue, green, red and nothing.
+KFX_AVX2 KFX_INLINE __m256i ShiftEight(const ChannelLanes& lanes, const ShiftLanes& shift) {
+    const __m256 grey = shift.allGrey ? _mm256_castsi256_ps(_mm256_set1_epi32(-1)) : lanes.grey;
+    const auto upper = [](__m256 both) KFX_AVX2 { return _mm256_extractf128_ps(both, 1); };
+    const ByteLanes low =
+        ShiftFour(_mm256_castps256_ps128(lanes.most), _mm256_castps256_ps128(lanes.least),
+                  _mm256_castps256_ps128(lanes.minuend), _mm256_castps256_ps128(lanes.subtrahend),
+                  _mm256_castps256_ps128(lanes.sector), _mm256_castps256_ps128(grey), shift);
+    const ByteLanes high = ShiftFour(upper(lanes.most), upper(lanes.least), upper(lanes.minuend),
+                                     upper(lanes.subtrahend), upper(lanes.sector), upper(grey), shift);
+    // The three bytes of a pixel become one word, out of which each sector picks its channels: one control
+    // word for each of 0 to 4, for all others and for greys.
+    __m256i words =
+        _mm256_or_si256(Join(low.level, high.level), _mm256_slli_epi32(Join(low.weakest, high.weakest), 8));
+    words = _mm256_or_si256(words, _mm256_slli_epi32(Join(low.between, high.between), 16));
+    const __m256i controls =
+        _mm256_setr_epi32(0x000201, 0x020001, 0x010002, 0x010200, 0x020100, 0x000102, 0x000000, 0x000000);
+    const __m256i number =
+        _mm256_blendv_epi8(Join(low.sector, high.sector), _mm256_set1_epi32(6), _mm256_castps_si256(grey));
+    const __m256i places = _mm256_setr_epi32(0, 0x04040404, 0x08080808, 0x0C0C0C0C,  //
+                                             0, 0x04040404, 0x08080808, 0x0C0C0C0C);
+    const __m256i picks = _mm256_add_epi8(_mm256_permutevar8x32_epi32(controls, number), places);
+    return _mm256_shuffle_epi8(words, picks);
+}
+
+// Shifts eight pixels at a time, as long as no load reads beyond the row. Returns how many pixels these are.
 KFX_AVX2 int32_t ShiftPixelsAvx2(uint8_t* row, int32_t count, const HsbShift& shift) {
-    const __m256d hue = _mm256_set1_pd(shift.hue);
-    const __m256d saturation = _mm256_set1_pd(shift.saturation);
-    const __m256d brightness = _mm256_set1_pd(shift.brightness);
+    const ShiftLanes lanes = {.hue = _mm256_set1_pd(shift.hue),
+                              .saturation = _mm256_set1_pd(shift.saturation),
+                              .brightness = _mm256_set1_pd(shift.brightness),
+                              .allGrey = shift.saturation == 0,
+                              .greyDiffers = shift.greyDiffers};
     int32_t x = 0;
-    for (; x + 6 <= count; x += 4, row += 12) {
-        const __m128i pixels = LoadBytes(row);
-        HsbLanes lanes = ToHsbLanes(LoadChannel(pixels, 2), LoadChannel(pixels, 1), LoadChannel(pixels, 0));
-        lanes.hue = _mm256_add_pd(lanes.hue, hue);
-        lanes.saturation = _mm256_mul_pd(lanes.saturation, saturation);
-        lanes.brightness = _mm256_mul_pd(lanes.brightness, brightness);
-        StoreFourPixels(ToRgbLanes(lanes), row);
+    for (; x + 10 <= count; x += 8, row += 24) {
+        const __m256i pixels = ShiftEight(LoadPixels(row), lanes);
+        StoreFourPixels(_mm256_castsi256_si128(pixels), row);
+        StoreFourPixels(_mm256_extracti128_si256(pixels, 1), row + 12);
     }
     return x;
 }
@@ -192,14 +245,19 @@ KFX_AVX2 int32_t ShiftPixelsAvx2(uint8_t* row, int32_t count, const HsbShift& sh
 }  // namespace
 
 HsbShift MakeHsbShift(int32_t hue, int32_t saturation, int32_t brightness) {
-    return {hue - 180.0, 2 * (static_cast<float>(saturation) / 200),
-            2 * (static_cast<float>(brightness) / 200)};
+    HsbShift shift = {.hue = hue - 180.0,
+                      .saturation = 2 * (static_cast<float>(saturation) / 200),
+                      .brightness = 2 * (static_cast<float>(brightness) / 200),
+                      .greyDiffers = false};
+    shift.greyDiffers = GreyDiffers(shift.brightness);
+    return shift;
 }
 
 void ShiftHsbRow(uint8_t* row, int32_t width, const HsbShift& shift) {
     int32_t done = 0;
 #if KFX_HAS_AVX2
-    if (UseAvx2()) done = ShiftPixelsAvx2(row, width, shift);
+    if (UseAvx2() && shift.saturation >= 0 && shift.brightness >= 0)
+        done = ShiftPixelsAvx2(row, width, shift);
 #endif
     ShiftPixels(row + 3 * static_cast<size_t>(done), width - done, shift);
 }

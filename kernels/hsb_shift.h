@@ -11,6 +11,7 @@ struct HsbShift {
     double hue;        // degrees added
     float saturation;  // factors
     float brightness;
+    bool greyDiffers;  // a grey's product is held in single precision, which shows in some byte
 };
 
 // From slider positions; 180, 100 and 100 change nothing.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "effects/effects.h"
 
+#include <iterator>
 #include <string>
 
 #include "framework/cpu.h"
@@ -124,11 +125,25 @@ TEST(HsbChannels, The_middle_positions_change_none_of_all_colours) {
     AllowAvx2(true);
 }
 
+TEST(HsbChannels, Some_brightnesses_show_the_single_precision_of_greys) {
+    // Otherwise the way without it would be all that tests see.
+    EXPECT_FALSE(MakeHsbShift(180, 100, 100).greyDiffers);
+    int32_t shown = 0;
+    for (int32_t brightness = 0; brightness <= 200; ++brightness)
+        shown += MakeHsbShift(180, 100, brightness).greyDiffers;
+    EXPECT_GT(shown, 0);
+}
+
 TEST(HsbChannels, Both_ways_of_shifting_agree_on_all_colours) {
     const Scratch<uint8_t> row(3 * 65536);
     ASSERT_NE(row.address, nullptr);
-    const HsbShift shift = MakeHsbShift(207, 143, 91);
-    for (uint32_t red = 0; red < 256; red += 3) {
+    // A turned hue, no saturation, the greatest of all, a brightness at which the single precision of greys
+    // shows, and no brightness.
+    const HsbShift shifts[] = {MakeHsbShift(207, 143, 91), MakeHsbShift(217, 0, 77),
+                               MakeHsbShift(360, 200, 200), MakeHsbShift(60, 30, 133),
+                               MakeHsbShift(0, 100, 0)};
+    for (uint32_t red = 0; red < 256; ++red) {
+        const HsbShift& shift = shifts[red % std::size(shifts)];
         std::string results[2];
         for (const bool avx2 : {true, false}) {
             for (uint32_t i = 0; i < 65536; ++i) {
