@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "framework/cpu.h"
 #include "framework/memory_guards.h"
 #include "framework/resampling_filters.h"
 
@@ -94,34 +95,37 @@ void FillTable(const Direction& direction, const ResamplingFilter& filter, Contr
     }
 }
 
-uint8_t ToByte(float value) {
+KFX_INLINE uint8_t ToByte(float value) {
     const float rounded = value + 0.5f;
     return static_cast<uint8_t>(static_cast<int32_t>(std::min(std::max(rounded, 0.0f), 255.0f)));
 }
 
-void StoreSums(const float* sums, size_t count, uint8_t* out) {
-    for (size_t i = 0; i < count; ++i) out[i] = ToByte(sums[i]);
+// One row of a result from `span.count` rows under the filter, `stride` bytes apart; the first begins at
+// `from`.
+KFX_INLINE void SumRows(const uint8_t* from, size_t stride, const float* weights, int32_t count,
+                        uint8_t* out) {
+    constexpr size_t kBlock = 32;  // sums that stay in registers over all rows
+    size_t first = 0;
+    for (; first + kBlock <= stride; first += kBlock) {
+        float sums[kBlock] = {};
+        const uint8_t* row = from + first;
+        for (int32_t i = 0; i < count; ++i, row += stride)
+            for (size_t b = 0; b < kBlock; ++b) sums[b] += weights[i] * row[b];
+        for (size_t b = 0; b < kBlock; ++b) out[first + b] = ToByte(sums[b]);
+    }
+    for (; first < stride; ++first) {
+        float sum = 0;
+        for (int32_t i = 0; i < count; ++i) sum += weights[i] * from[static_cast<size_t>(i) * stride + first];
+        out[first] = ToByte(sum);
+    }
 }
 
-// Rows are summed in pieces that stay in the first-level cache together with their sums.
-constexpr size_t kPieceBytes = 1024;
-
 void VerticalPass(const WorkingImage* from, WorkingImage* to, const PassTable& table) {
-    const size_t rowBytes = StrideOf(from);
-    float sums[kPieceBytes];
+    const auto sumRows = Fastest<SumRows>();
     for (int32_t r = 0; r < to->height; ++r) {
         const PassTable::Span& span = table.spans.address[r];
-        const float* weights = table.weights.address + static_cast<size_t>(r) * table.stride;
-        for (size_t first = 0; first < rowBytes; first += kPieceBytes) {
-            const size_t count = std::min(kPieceBytes, rowBytes - first);
-            std::memset(sums, 0, sizeof sums);
-            for (int32_t i = 0; i < span.count; ++i) {
-                const uint8_t* row = StoredRow(from, span.start + i) + first;
-                const float weight = weights[i];
-                for (size_t b = 0; b < count; ++b) sums[b] += weight * row[b];
-            }
-            StoreSums(sums, count, StoredRow(to, r) + first);
-        }
+        sumRows(StoredRow(from, span.start), StrideOf(from),
+                table.weights.address + static_cast<size_t>(r) * table.stride, span.count, StoredRow(to, r));
     }
 }
 
@@ -139,23 +143,32 @@ void Interleave(const WorkingImage* from, int32_t firstRow, int32_t rows, size_t
     }
 }
 
-// `kPixelBytes` is known at compile time so that the sums stay in registers.
+// One column of a result, kRowsAtOnce rows high. `kPixelBytes` is known at compile time so that the sums stay
+// in registers.
+template <size_t kPixelBytes>
+KFX_INLINE void SumColumns(const float* lanes, const float* weights, int32_t count, uint8_t* out) {
+    constexpr size_t kLanes = kRowsAtOnce * kPixelBytes;
+    float sums[kLanes] = {};
+    for (int32_t i = 0; i < count; ++i, lanes += kLanes)
+        for (size_t lane = 0; lane < kLanes; ++lane) sums[lane] += weights[i] * lanes[lane];
+    for (size_t lane = 0; lane < kLanes; ++lane) out[lane] = ToByte(sums[lane]);
+}
+
 template <size_t kPixelBytes>
 void HorizontalPass(const WorkingImage* from, WorkingImage* to, const PassTable& table, float* lanes) {
     constexpr size_t kLanes = kRowsAtOnce * kPixelBytes;
+    const auto sumColumns = Fastest<SumColumns<kPixelBytes>>();
     for (int32_t firstRow = 0; firstRow < to->height; firstRow += kRowsAtOnce) {
         const int32_t rows = std::min(kRowsAtOnce, to->height - firstRow);
         Interleave(from, firstRow, rows, kPixelBytes, lanes);
         for (int32_t x = 0; x < to->width; ++x) {
             const PassTable::Span& span = table.spans.address[x];
-            const float* weights = table.weights.address + static_cast<size_t>(x) * table.stride;
-            const float* source = lanes + static_cast<size_t>(span.start) * kLanes;
-            float sums[kLanes] = {};
-            for (int32_t i = 0; i < span.count; ++i, source += kLanes)
-                for (size_t lane = 0; lane < kLanes; ++lane) sums[lane] += weights[i] * source[lane];
+            uint8_t pixels[kLanes];
+            sumColumns(lanes + static_cast<size_t>(span.start) * kLanes,
+                       table.weights.address + static_cast<size_t>(x) * table.stride, span.count, pixels);
             for (int32_t r = 0; r < rows; ++r)
-                StoreSums(sums + static_cast<size_t>(r) * kPixelBytes, kPixelBytes,
-                          StoredRow(to, firstRow + r) + static_cast<size_t>(x) * kPixelBytes);
+                std::memcpy(StoredRow(to, firstRow + r) + static_cast<size_t>(x) * kPixelBytes,
+                            pixels + static_cast<size_t>(r) * kPixelBytes, kPixelBytes);
         }
     }
 }
