@@ -58,7 +58,7 @@ TEST_F(Recipes, Each_format_keeps_one_beside_the_sources_comment) {
         const Animation made = ReadBack(Make(name, {"--effect=Emboss", "--set=Radius=18", "--frames=2"}));
         const std::string format = std::string(name).substr(4);
         EXPECT_EQ(made.recipe,
-                  std::string(kRecipeStart) + ";Start of document\n;kestrel 16.0a\n;--format=" + format +
+                  std::string(kRecipeStart) + "16.0a\n;--format=" + format +
                       "\n;--effect=Emboss\n;--set=Radius=18\n;--frames=2\n;fingerprint " +
                       commands::FingerprintOf(made) + "\nCMBBOX50=1\nSCROLL100=18\nSCROLL103=15\n" +
                       (format == "gif" ? "CHKBOX10=0\nCHKBOX14=1\n" : "") + "CHKBOX20=0\n;End of document\n");
@@ -160,7 +160,7 @@ TEST_F(Recipes, What_is_given_beside_it_wins) {
 
 TEST_F(Recipes, Settings_documents_are_taken_over) {
     WriteText(Path("look.kx1"),
-              std::string(kRecipeStart) +
+              std::string(kRecipeStart.substr(0, kRecipeStart.find('\n') + 1)) +
                   ";Start of document\r\nTXTFLD41=C:\\in.gif\r\nCMBBOX50=17\r\nSCROLL193=1530\r\n"
                   "SCROLL100=18\r\nCHKBOX10=0\r\nCHKBOX14=0\r\nCMBBOX13=5\r\nCHKBOX15=1\r\n");
     EXPECT_TRUE(ReadText(Make("direct.gif", {"--effect=Swirl", "--set=Angle=90", "--palette=216-color safe",

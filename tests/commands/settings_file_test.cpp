@@ -102,9 +102,10 @@ TEST(SettingsFile, Longer_lines_are_read_in_pieces_and_zeros_end_a_line) {
     EXPECT_EQ(document.lines[2].text, "SCROLL4=5");
 }
 
-// media/ knows nothing of documents and has the line once more.
-TEST(SettingsFile, A_recipe_begins_as_a_document) {
-    EXPECT_EQ(std::string(kDocumentStart).substr(0, kRecipeStart.size()), kRecipeStart);
+// media/ knows nothing of documents and has the lines once more.
+TEST(SettingsFile, A_recipe_begins_and_ends_as_a_document) {
+    EXPECT_EQ(std::string(kDocumentStart) + ";kestrel ", kRecipeStart);
+    EXPECT_EQ(std::string("\n") + kDocumentEnd, kRecipeEnd);
 }
 
 std::string ControlsOf(const std::string& output, const Texts& options) {

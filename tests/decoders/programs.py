@@ -14,6 +14,8 @@ from animations import Animation
 # Without this, palettes and transparent colours of later frames are mixed up in files with several palettes.
 GifImagePlugin.LOADING_STRATEGY = GifImagePlugin.LoadingStrategy.RGB_ALWAYS
 
+RECIPE_START = ";This is a document created by Kestrel FX #1 Plugin"
+
 
 def run(*command, data=None):
     result = subprocess.run([str(part) for part in command], input=data, capture_output=True)
@@ -195,7 +197,7 @@ def gifsicle_information(path):
     loop = re.search(r"loop count (\d+)", text)
     result.plays = 0 if "loop forever" in text else int(loop.group(1)) + 1 if loop else 1
     comment = re.search(r"^ *(?:end )?comment (.*)$", text, re.MULTILINE)
-    result.comment = comment.group(1) if comment else None
+    result.comment = without_recipe(comment.group(1)) if comment else None
     for name, dump in re.findall(r"extension \d+: app '([^']*)'[^\n]*\n((?: +[0-9a-f]{8}: [^\n]*\n)*)", text):
         data = bytes.fromhex("".join(line.split(": ")[1][:39] for line in dump.splitlines()))
         if name.startswith("ICCRGBG1"):
@@ -203,6 +205,11 @@ def gifsicle_information(path):
         elif name.startswith("XMP Data"):
             result.xmp = without_xmp_trailer(data)
     return result
+
+
+def without_recipe(comment):
+    """A recipe is a comment of its own in GIF files. Programs that show one comment show it where there is no other."""
+    return None if comment and comment.startswith(RECIPE_START) else comment
 
 
 def without_block_sizes(data):
@@ -231,6 +238,7 @@ def exiftool(path):
             value = value.encode("utf-8")
         setattr(result, name, value)
     if path.suffix == ".gif":
+        result.comment = without_recipe(result.comment)
         result.xmp = result.xmp and without_xmp_trailer(result.xmp)
         plays = entry.get("AnimationIterations", 0)
         result.plays = 0 if plays == "Infinite" else plays + 1

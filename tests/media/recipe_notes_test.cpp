@@ -17,8 +17,8 @@ using test::ReadOrFail;
 
 std::string Recipe(size_t bytes = 300) {
     std::string text(kRecipeStart);
-    while (text.size() < bytes) text += static_cast<char>('a' + text.size() % 26);
-    return text;
+    while (text.size() + kRecipeEnd.size() < bytes) text += static_cast<char>('a' + text.size() % 26);
+    return text.append(kRecipeEnd);
 }
 
 GifAnimation Dots(const std::string& comment, const std::string& recipe) {
@@ -106,7 +106,7 @@ TEST_P(RecipeNotes, Comment_and_recipe_come_back_each_by_itself) {
 }
 
 TEST_P(RecipeNotes, Letters_beyond_ASCII_come_back) {
-    const std::string recipe = Recipe() + "caf\xC3\xA9";
+    const std::string recipe = std::string(kRecipeStart) + "caf\xC3\xA9" + std::string(kRecipeEnd);
     EXPECT_EQ(ReadOrFail(GetParam().write("", recipe)).recipe, recipe);
 }
 
@@ -124,6 +124,18 @@ INSTANTIATE_TEST_SUITE_P(Formats, RecipeNotes,
                                            Format{.name = "Apng", .hasComment = true, .write = Apng},
                                            Format{.name = "Png", .hasComment = true, .write = Png}),
                          [](const auto& one) { return one.param.name; });
+
+// Such as a document of the plug-in's window that somebody has put there.
+TEST(RecipeNotesOfGif, A_comment_that_only_begins_or_ends_as_a_recipe_stays_a_comment) {
+    const std::string document = std::string(kRecipeStart.substr(0, kRecipeStart.find(";kestrel"))) +
+                                 "SCROLL100=18\n;End of document\n";
+    const std::string begun = std::string(kRecipeStart) + "and more";
+    for (const std::string& comment : {document, begun, "a" + Recipe(), Recipe() + "a"}) {
+        const Animation read = ReadOrFail(GifWith(comment, Recipe(220)));
+        EXPECT_EQ(read.comment, comment);
+        EXPECT_EQ(read.recipe, Recipe(220));
+    }
+}
 
 TEST(RecipeNotesOfGif, The_last_one_counts_and_comments_around_it_stay) {
     test::TestGif gif = test::Gif(1, 1, {test::Part("R")});
