@@ -3,11 +3,12 @@
 
 #include <algorithm>
 
+#include "media/quantize.h"
+
 namespace kfx::commands {
 namespace {
 
 constexpr uint8_t kOpaque = 255;
-constexpr uint8_t kHalf = 128;
 constexpr uint8_t kGrey = 127;
 constexpr int kRemainder = 1;  // the alpha that truncation leaves
 
@@ -233,7 +234,7 @@ bool ApplyThreshold(Pixels* pixels) {
     for (size_t i = 3; i < pixels->size(); i += 4) {
         uint8_t* const alpha = pixels->data() + i;
         neither = neither || (*alpha != 0 && *alpha != kOpaque);
-        *alpha = *alpha < kHalf ? 0 : kOpaque;
+        *alpha = *alpha < kOpaqueFrom ? 0 : kOpaque;
     }
     return neither;
 }

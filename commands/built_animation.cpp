@@ -12,7 +12,6 @@ namespace kfx::commands {
 namespace {
 
 constexpr int kLargestSide = 65535;
-constexpr uint8_t kOpaqueFrom = 128;  // GIF pixels are either opaque or not there
 
 // The index at column x of a row of 1, 4 or 8 bits a pixel, the leftmost pixel in the highest bits.
 uint8_t IndexAt(const uint8_t* row, size_t x, uint32_t bitCount) {

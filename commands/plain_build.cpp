@@ -4,11 +4,12 @@
 #include <unordered_set>
 #include <utility>
 
+#include "media/quantize.h"
+
 namespace kfx::commands {
 namespace {
 
 constexpr size_t kMostColors = 256;
-constexpr uint8_t kOpaqueFrom = 128;
 
 // The opaque colours, and one entry for transparency, fit one palette.
 bool FitsPalette(const Frame& frame) {

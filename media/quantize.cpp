@@ -102,7 +102,7 @@ uint8_t NearestEntry(const std::vector<RgbColor>& palette, const std::array<uint
     return static_cast<uint8_t>(nearest);
 }
 
-bool IsOpaque(const uint8_t* pixel) { return pixel[3] >= 128; }
+bool IsOpaque(const uint8_t* pixel) { return pixel[3] >= kOpaqueFrom; }
 
 // The opaque colours in the order of their first appearance, so that equal pictures get equal palettes.
 std::vector<CountedColor> CountColors(const uint8_t* rgba, size_t area) {
