@@ -72,8 +72,10 @@ bool ReadGifImageHeader(const uint8_t* data, size_t size, size_t at, GifImageHea
 
 bool IsEmptyGifImage(const uint8_t* data, size_t size, const GifImageHeader& header, size_t* end) {
     *end = header.codes + 1;
-    return SkipBlocks(data, size, end) && (header.place.width == 0 || header.place.height == 0 ||
-                                           EndsBeforePixels(data, size, header.codes));
+    const bool isWhole = SkipBlocks(data, size, end);
+    if (!isWhole) *end = size;
+    return isWhole && (header.place.width == 0 || header.place.height == 0 ||
+                       EndsBeforePixels(data, size, header.codes));
 }
 
 GifSurvey SurveyGif(const uint8_t* data, size_t size) {

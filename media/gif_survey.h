@@ -31,8 +31,8 @@ struct GifImageHeader {
 // The header of the image whose separator is at `at`; false when the file ends before its data.
 bool ReadGifImageHeader(const uint8_t* data, size_t size, size_t at, GifImageHeader* header);
 
-// Whether the image shows nothing: it has no width, no height or no pixel in its data. `*end` is then the
-// offset behind its data. False for an image that is cut.
+// Whether the image shows nothing: it has no width, no height or no pixel in its data. False for an image
+// that is cut. `*end` becomes the offset behind its data, of a cut one the file's size.
 bool IsEmptyGifImage(const uint8_t* data, size_t size, const GifImageHeader& header, size_t* end);
 
 }  // namespace kfx

@@ -7,6 +7,7 @@
 #include <memory>
 #include <random>
 
+#include "media/lzw_decoder.h"
 #include "media/lzw_match.h"
 #include "tests/media/gif_decoder.h"
 
@@ -36,6 +37,10 @@ Bytes RoundTrip(const LzwPixels& pixels, int largestCodeSize, int codeSize) {
     Bytes read = test::DecodeLzw(file, 0, &end);
     EXPECT_EQ(end, file.size());
     EXPECT_TRUE(read == stored);
+    Bytes decoded(stored.size());
+    EXPECT_EQ(DecodeLzw(file.data(), file.size(), decoded.data(), decoded.size()), decoded.size());
+    EXPECT_TRUE(decoded == stored);
+    EXPECT_GE(MostLzwPixels(file.size()), stored.size());
     return read;
 }
 
@@ -153,6 +158,95 @@ TEST(Lzw, A_match_of_the_needed_length_is_found) {
         }
     }
     EXPECT_GT(longestOfAll, 2 * LzwDictionary::kMostReach);
+}
+
+struct Code {
+    unsigned value;
+    unsigned bits;
+};
+
+// Image data of these codes, in blocks of `block` bytes, with or without the empty block that ends them.
+Bytes DataOf(uint8_t codeSize, const std::vector<Code>& codes, size_t block, bool hasEnd = true) {
+    Bytes packed;
+    unsigned count = 0;
+    for (const Code& code : codes) {
+        for (unsigned bit = 0; bit < code.bits; ++bit, ++count) {
+            if (count % 8 == 0) packed.push_back(0);
+            packed.back() |= static_cast<uint8_t>((code.value >> bit & 1) << count % 8);
+        }
+    }
+    Bytes data = {codeSize};
+    for (size_t at = 0; at < packed.size(); at += block) {
+        const size_t length = std::min(block, packed.size() - at);
+        data.push_back(static_cast<uint8_t>(length));
+        data.insert(data.end(), packed.begin() + static_cast<std::ptrdiff_t>(at),
+                    packed.begin() + static_cast<std::ptrdiff_t>(at + length));
+    }
+    if (hasEnd) data.push_back(0);
+    return data;
+}
+
+// As many as there are of ten.
+Bytes Decoded(const Bytes& data) {
+    Bytes pixels(10);
+    pixels.resize(DecodeLzw(data.data(), data.size(), pixels.data(), pixels.size()));
+    return pixels;
+}
+
+TEST(LzwDecoder, Codes_are_read_across_blocks_of_any_length) {
+    const std::vector<Code> codes = {{4, 3}, {1, 3}, {6, 3}, {2, 3}, {6, 4}, {7, 4}, {5, 4}};
+    for (const size_t block : {1u, 2u, 3u, 255u})
+        EXPECT_EQ(Decoded(DataOf(2, codes, block)), (Bytes{1, 1, 1, 2, 1, 1, 1, 1, 2})) << block;
+}
+
+TEST(LzwDecoder, A_missing_clear_code_at_the_beginning_does_no_harm) {
+    EXPECT_EQ(Decoded(DataOf(2, {{3, 3}, {6, 3}, {5, 3}}, 255)), (Bytes{3, 3, 3}));
+}
+
+// The first code takes a bit, or two, and others one more.
+TEST(LzwDecoder, Pixels_of_one_value_or_two_have_the_shortest_codes) {
+    EXPECT_EQ(Decoded(DataOf(0, {{1, 1}, {0, 1}, {3, 2}, {0, 3}, {2, 3}}, 255)), (Bytes{0, 0, 0, 0}));
+    EXPECT_EQ(Decoded(DataOf(1, {{2, 2}, {1, 2}, {4, 3}, {0, 3}, {3, 3}}, 255)), (Bytes{1, 1, 1, 0}));
+}
+
+TEST(LzwDecoder, Pixels_end_before_a_code_that_cannot_be) {
+    EXPECT_EQ(Decoded(DataOf(2, {{4, 3}, {1, 3}, {7, 3}, {1, 3}}, 255)), (Bytes{1}));
+    EXPECT_EQ(Decoded(DataOf(2, {{4, 3}, {6, 3}, {1, 3}}, 255)), Bytes());
+    EXPECT_EQ(Decoded(DataOf(9, {{1, 10}}, 255)), Bytes());
+    EXPECT_EQ(Decoded({}), Bytes());
+    EXPECT_EQ(Decoded({2}), Bytes());
+}
+
+TEST(LzwDecoder, Pixels_end_with_the_data_and_at_the_end_code) {
+    const std::vector<Code> codes = {{4, 3}, {1, 3}, {2, 3}, {3, 3}, {0, 4}};
+    EXPECT_EQ(Decoded(DataOf(2, {{4, 3}, {1, 3}, {5, 3}, {2, 3}}, 255)), (Bytes{1}));
+    Bytes data = DataOf(2, codes, 255, false);
+    EXPECT_EQ(Decoded(data), (Bytes{1, 2, 3, 0}));
+    data.pop_back();  // inside the block
+    EXPECT_EQ(Decoded(data), (Bytes{1}));
+}
+
+TEST(LzwDecoder, Pixels_beyond_the_asked_number_are_left_out) {
+    const Bytes data = DataOf(2, {{4, 3}, {1, 3}, {6, 3}, {7, 3}}, 255);
+    for (size_t count = 0; count <= 6; ++count) {
+        const auto pixels = std::make_unique<uint8_t[]>(count);  // a byte beyond it would be noticed
+        ASSERT_EQ(DecodeLzw(data.data(), data.size(), pixels.get(), count), count);
+        EXPECT_TRUE(
+            std::all_of(pixels.get(), pixels.get() + count, [](uint8_t pixel) { return pixel == 1; }));
+    }
+}
+
+TEST(LzwDecoder, Random_data_stay_within_the_pixels) {
+    std::mt19937 random(11);
+    for (int round = 0; round < 3000; ++round) {
+        Bytes data = {static_cast<uint8_t>(random() % 10)};
+        while (data.size() < 300 && random() % 200 != 0) data.push_back(static_cast<uint8_t>(random()));
+        const size_t count = random() % 5000;
+        const auto pixels = std::make_unique<uint8_t[]>(count);
+        const size_t decoded = DecodeLzw(data.data(), data.size(), pixels.get(), count);
+        EXPECT_LE(decoded, count);
+        EXPECT_LE(decoded, MostLzwPixels(data.size()));
+    }
 }
 
 }  // namespace
