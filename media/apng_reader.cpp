@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Animated PNG files: each frame is a picture in the format of the whole file.
 #include <algorithm>
+#include <utility>
 
 #include "media/apng.h"
 #include "media/gif_canvas.h"
@@ -23,6 +24,9 @@ struct ApngReader {
     Animation* animation;
     PngFormat format;             // of all frames
     std::vector<uint8_t> canvas;  // RGBA
+    // Of each pixel of the canvas its palette entry, kOffPalette where there is none; empty when the file has
+    // no palette.
+    std::vector<int16_t> globalIndices;
     PngNoteReader notes;
     ApngFrame frame;
     bool hasFrame = false;
@@ -30,13 +34,12 @@ struct ApngReader {
     int carry = 0;
 };
 
-// Calls `use` for each pixel of the canvas in this place.
+// Calls `use` with the number of each pixel of the canvas in this place.
 template <typename Use>
-void ForEachCanvasPixel(ApngReader* reader, const Rectangle& place, const Use& use) {
+void ForEachCanvasPixel(const ApngReader& reader, const Rectangle& place, const Use& use) {
     for (int y = place.top; y < place.top + place.height; ++y) {
-        const size_t row = static_cast<size_t>(y) * static_cast<size_t>(reader->animation->width);
-        for (int x = place.left; x < place.left + place.width; ++x)
-            use(reader->canvas.data() + 4 * (row + static_cast<size_t>(x)));
+        const size_t row = static_cast<size_t>(y) * static_cast<size_t>(reader.animation->width);
+        for (int x = place.left; x < place.left + place.width; ++x) use(row + static_cast<size_t>(x));
     }
 }
 
@@ -80,7 +83,8 @@ void BlendOver(const uint8_t* source, uint8_t* target) {
 void DrawFrame(ApngReader* reader, const uint8_t* pixels) {
     const Rectangle& place = reader->frame.place;
     const bool over = reader->frame.blend == kApngOver;
-    ForEachCanvasPixel(reader, place, [&](uint8_t* target) {
+    ForEachCanvasPixel(*reader, place, [&](size_t number) {
+        uint8_t* const target = reader->canvas.data() + 4 * number;
         if (over)
             BlendOver(pixels, target);
         else
@@ -89,21 +93,73 @@ void DrawFrame(ApngReader* reader, const uint8_t* pixels) {
     });
 }
 
+// The palette entries of the canvas where the frame was drawn. `indices` are the frame's own; empty when some
+// of them are not in the palette.
+void DrawIndices(ApngReader* reader, const uint8_t* pixels, const std::vector<uint8_t>& indices) {
+    constexpr size_t kAlpha = 3;
+    const bool over = reader->frame.blend == kApngOver;
+    size_t i = 0;
+    ForEachCanvasPixel(*reader, reader->frame.place, [&](size_t number) {
+        const uint8_t alpha = pixels[4 * i + kAlpha];
+        const uint8_t* const shown = reader->canvas.data() + 4 * number;
+        int16_t* const entry = &reader->globalIndices[number];
+        if (alpha == 255 && !indices.empty())
+            *entry = indices[i];
+        else if (shown[kAlpha] < 255)
+            *entry = kOffPalette;
+        else if (!over || alpha > 0)
+            *entry = FindPaletteEntry(reader->format.palette, {shown[0], shown[1], shown[2]});
+        ++i;
+    });
+}
+
+// Gives an opaque frame the palette entries of the canvas where each pixel has one.
+void TakeIndices(const std::vector<int16_t>& entries, Frame* frame) {
+    if (entries.empty() || frame->transparent) return;
+    frame->indexed = std::all_of(entries.begin(), entries.end(), [](int16_t entry) { return entry >= 0; });
+    if (frame->indexed) frame->indices.assign(entries.begin(), entries.end());
+}
+
+// What happens to the canvas after the time of the last frame. `before` is the canvas before it,
+// `entriesBefore` its palette entries; they are only used where the canvas is restored.
+void DisposeFrame(ApngReader* reader, std::vector<uint8_t> before, std::vector<int16_t> entriesBefore) {
+    if (reader->frame.disposal == kApngPrevious) {
+        reader->canvas = std::move(before);
+        reader->globalIndices = std::move(entriesBefore);
+    } else if (reader->frame.disposal == kApngBackground) {
+        ForEachCanvasPixel(*reader, reader->frame.place, [&](size_t number) {
+            std::fill_n(reader->canvas.data() + 4 * number, 4, uint8_t{0});
+            if (!reader->globalIndices.empty()) reader->globalIndices[number] = kOffPalette;
+        });
+    }
+}
+
 // Adds the frame whose data are complete; false when they are damaged.
 bool FinishFrame(ApngReader* reader) {
     if (!reader->hasFrame) return true;
     reader->hasFrame = false;
     const ApngFrame& given = reader->frame;
+    const bool hasPalette = reader->format.colors == kPngPalette;
     std::vector<uint8_t> pixels;
+    std::vector<uint8_t> indices;
     if (DecodePngPixels(reader->format, given.place.width, given.place.height,
-                        {{given.data.data(), given.data.size()}}, &pixels, nullptr) != nullptr)
+                        {{given.data.data(), given.data.size()}}, &pixels,
+                        hasPalette ? &indices : nullptr) != nullptr)
         return false;
-    const std::vector<uint8_t> before =
-        given.disposal == kApngPrevious ? reader->canvas : std::vector<uint8_t>();
+    if (hasPalette && reader->animation->frames.empty()) {
+        reader->globalIndices.assign(reader->canvas.size() / 4, kOffPalette);
+        reader->animation->hasGlobalPalette = true;
+        reader->animation->globalPalette = reader->format.palette;
+    }
+    const bool restores = given.disposal == kApngPrevious;
+    std::vector<uint8_t> before = restores ? reader->canvas : std::vector<uint8_t>();
+    std::vector<int16_t> entriesBefore = restores ? reader->globalIndices : std::vector<int16_t>();
     DrawFrame(reader, pixels.data());
+    if (hasPalette) DrawIndices(reader, pixels.data(), indices);
     Frame frame;
     frame.pixels = reader->canvas;
     NoteTransparency(&frame);
+    TakeIndices(reader->globalIndices, &frame);
     frame.left = given.place.left;
     frame.top = given.place.top;
     frame.partWidth = given.place.width;
@@ -114,10 +170,7 @@ bool FinishFrame(ApngReader* reader) {
     frame.milliseconds = given.milliseconds;
     frame.delay = HundredthsOf(given.milliseconds, &reader->carry);
     reader->animation->frames.push_back(std::move(frame));
-    if (given.disposal == kApngPrevious)
-        reader->canvas = before;
-    else if (given.disposal == kApngBackground)
-        ForEachCanvasPixel(reader, given.place, [](uint8_t* target) { std::fill_n(target, 4, uint8_t{0}); });
+    DisposeFrame(reader, std::move(before), std::move(entriesBefore));
     return true;
 }
 
@@ -125,6 +178,9 @@ bool FinishFrame(ApngReader* reader) {
 bool ReadChunk(ApngReader* reader, const PngChunk& chunk) {
     switch (chunk.name) {
         case kPaletteChunk:
+            // The frames so far have the entries of another one.
+            if (!reader->animation->frames.empty()) return false;
+            [[fallthrough]];
         case kTransparencyChunk:
             return TakeFormatChunk(chunk, &reader->format);
         case kFrameControlChunk:
@@ -176,6 +232,7 @@ bool ReadAnimatedPng(const uint8_t* data, size_t size, const PngHeader& header, 
     ApngReader reader = {.animation = animation,
                          .format = header.format,
                          .canvas = {},
+                         .globalIndices = {},
                          .notes = {.animation = animation},
                          .frame = {}};
     reader.canvas.resize(size_t{4} * header.width * header.height);

@@ -9,11 +9,6 @@
 namespace kfx {
 namespace {
 
-int16_t FindColor(const std::vector<RgbColor>& palette, RgbColor color) {
-    const auto found = std::find(palette.begin(), palette.end(), color);
-    return found == palette.end() ? kOffPalette : static_cast<int16_t>(found - palette.begin());
-}
-
 // The part that lies on the canvas.
 Rectangle OnCanvas(const GifCanvas& canvas, const Rectangle& part) {
     const int right = std::min(part.left + part.width, canvas.width);
@@ -46,6 +41,11 @@ void DrawPixels(const uint8_t* indices, int count, const FrameColors& colors, ui
 
 }  // namespace
 
+int16_t FindPaletteEntry(const std::vector<RgbColor>& palette, RgbColor color) {
+    const auto found = std::find(palette.begin(), palette.end(), color);
+    return found == palette.end() ? kOffPalette : static_cast<int16_t>(found - palette.begin());
+}
+
 GifCanvas MakeGifCanvas(int width, int height, bool hasGlobalPalette) {
     GifCanvas canvas;
     canvas.width = width;
@@ -60,7 +60,7 @@ FrameColors MakeFrameColors(const std::vector<RgbColor>& palette, const std::vec
     FrameColors result;
     result.transparentIndex = transparentIndex;
     const bool isGlobal = &palette == &globalPalette;
-    const int16_t black = FindColor(globalPalette, RgbColor());
+    const int16_t black = FindPaletteEntry(globalPalette, RgbColor());
     for (size_t i = 0; i < 256; ++i) {
         const bool stored = i < palette.size();
         const RgbColor color = stored ? palette[i] : RgbColor();
@@ -69,7 +69,8 @@ FrameColors MakeFrameColors(const std::vector<RgbColor>& palette, const std::vec
         if (!stored)
             result.globalIndices[i] = black;
         else
-            result.globalIndices[i] = isGlobal ? static_cast<int16_t>(i) : FindColor(globalPalette, color);
+            result.globalIndices[i] =
+                isGlobal ? static_cast<int16_t>(i) : FindPaletteEntry(globalPalette, color);
     }
     return result;
 }

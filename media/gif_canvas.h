@@ -20,6 +20,9 @@ struct Rectangle {
 
 constexpr int16_t kOffPalette = -1;
 
+// The first entry of the colour; kOffPalette when there is none.
+int16_t FindPaletteEntry(const std::vector<RgbColor>& palette, RgbColor color);
+
 // The pixels of a frame by their index; indices beyond the stored palette show black.
 struct FrameColors {
     uint8_t pixels[256][4];      // red, green, blue, alpha

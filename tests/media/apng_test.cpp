@@ -36,17 +36,26 @@ Bytes DataOf(int width, int height, const Bytes& color) {
 }
 
 struct TestFrame {
-    Bytes color;  // RGBA
+    Bytes color;  // RGBA; in a file with a palette its entry
     Rectangle place;
     int disposal = kApngKeep;
     int blend = kApngReplace;
 };
 
+struct TestPalette {
+    Bytes colors;
+    Bytes alphas;
+};
+
 // A file of 4 x 1 pixels; `hasStill` puts a picture before the frames that is none of them.
-Bytes BuildApng(const std::vector<TestFrame>& frames, bool hasStill = false) {
+Bytes BuildApng(const std::vector<TestFrame>& frames, bool hasStill = false,
+                const TestPalette* palette = nullptr) {
     Bytes file;
     PutPngSignature(&file);
-    PutPngChunk(&file, kHeaderChunk, {0, 0, 0, 4, 0, 0, 0, 1, 8, 6, 0, 0, 0});
+    const uint8_t colors = palette ? kPngPalette : kPngRgba;
+    PutPngChunk(&file, kHeaderChunk, {0, 0, 0, 4, 0, 0, 0, 1, 8, colors, 0, 0, 0});
+    if (palette) PutPngChunk(&file, kPaletteChunk, palette->colors);
+    if (palette) PutPngChunk(&file, kTransparencyChunk, palette->alphas);
     PutPngChunk(&file, kAnimationChunk, {0, 0, 0, static_cast<uint8_t>(frames.size()), 0, 0, 0, 3});
     if (hasStill) PutPngChunk(&file, kDataChunk, DataOf(4, 1, {1, 1, 1, 255}));
     uint32_t sequence = 0;
@@ -137,6 +146,48 @@ TEST(Apng, Disposal_and_blending_are_those_of_the_format) {
     EXPECT_EQ(animation.frames[4].pixels, Row({mixed, kNothing, kNothing, mixed}));
     EXPECT_EQ(animation.frames[1].milliseconds, 33);
     EXPECT_EQ(animation.frames[0].delay + animation.frames[1].delay + animation.frames[2].delay, 10);
+}
+
+TEST(Apng, Opaque_frames_keep_the_entries_of_the_file_s_palette) {
+    const TestPalette palette = {.colors = {255, 0, 0, 0, 255, 0, 255, 0, 0, 0, 0, 255, 9, 9, 9, 127, 0, 128},
+                                 .alphas = {255, 255, 255, 128, 0}};
+    const Bytes red = {0}, green = {1}, secondRed = {2}, halfBlue = {3}, nothing = {4}, beyond = {6};
+    const Animation animation = ReadOrFail(BuildApng(
+        {
+            {.color = secondRed, .place = kAll},
+            {.color = green, .place = kMiddle, .disposal = kApngPrevious},
+            {.color = nothing, .place = kAll, .blend = kApngOver},
+            {.color = halfBlue, .place = kMiddle, .blend = kApngOver},
+            {.color = nothing, .place = kMiddle},
+            {.color = red, .place = kAll, .disposal = kApngBackground},
+            {.color = green, .place = kMiddle},
+            {.color = beyond, .place = kAll},
+        },
+        false, &palette));
+    ASSERT_TRUE(animation.hasGlobalPalette);
+    ASSERT_EQ(animation.globalPalette.size(), 6u);
+    EXPECT_EQ(animation.globalPalette[5], (RgbColor{127, 0, 128}));
+    const std::vector<Bytes> expected = {{2, 2, 2, 2}, {2, 1, 1, 2}, {2, 2, 2, 2}, {2, 5, 5, 2},
+                                         {},           {0, 0, 0, 0}, {},           {}};
+    ASSERT_EQ(animation.frames.size(), expected.size());
+    for (size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(animation.frames[i].indices, expected[i]) << i;
+        EXPECT_EQ(animation.frames[i].indexed, !expected[i].empty()) << i;
+    }
+    EXPECT_EQ(animation.frames[7].pixels,
+              Row({{0, 0, 0, 255}, {0, 0, 0, 255}, {0, 0, 0, 255}, {0, 0, 0, 255}}));
+}
+
+TEST(Apng, A_second_palette_behind_a_frame_is_damage) {
+    const TestPalette palette = {.colors = {255, 0, 0, 0, 255, 0}, .alphas = {255}};
+    Bytes file = BuildApng({{.color = {1}, .place = kAll}, {.color = {0}, .place = kAll}}, false, &palette);
+    Bytes chunk;
+    PutPngChunk(&chunk, kPaletteChunk, {1, 2, 3});
+    const size_t endSize = 12;
+    file.insert(file.end() - endSize, chunk.begin(), chunk.end());
+    const Animation animation = ReadOrFail(file);
+    EXPECT_EQ(animation.frames.size(), 1u);
+    EXPECT_NE(animation.warning, "");
 }
 
 TEST(Apng, A_still_picture_without_control_is_no_frame) {
