@@ -6,6 +6,7 @@
 #include "commands/batch_run.h"
 #include "commands/child_process.h"
 #include "commands/console.h"
+#include "commands/idle_options.h"
 #include "commands/output_format.h"
 
 namespace kfx::cli {
@@ -42,7 +43,10 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, const OwnOptions
         case ParseOutcome::Run:
             break;
     }
-    return true;
+    Failure failure;
+    if (CheckIdleOptions(*line, &failure)) return true;
+    *exitCode = PrintResult(FailedReport(failure), *line);
+    return false;
 }
 
 CommandContext ContextFor(const CommandLine& line, const Engine& engine) {

@@ -38,15 +38,21 @@ Margins RadialBlurMargins(const Job& job, int width, int height) {
     return {margin, margin};
 }
 
+// An effect that shows a background colour.
 struct EdgeRow {
     const char* effect;
+    // Null: its places depend on the picture's size, or the colour is shown inside the picture.
     Margins (*margins)(const Job& job, int width, int height);
 };
 
 constexpr EdgeRow kRows[] = {
+    {.effect = "Explode", .margins = nullptr},
+    {.effect = "Implode", .margins = nullptr},
     {.effect = "Motion Blur", .margins = MotionBlurMargins},
     {.effect = "Oil Painting", .margins = OilPaintingMargins},
     {.effect = "Radial Blur", .margins = RadialBlurMargins},
+    {.effect = "Raster", .margins = nullptr},
+    {.effect = "Swirl", .margins = nullptr},
 };
 
 // The part of a picture that begins at (left, top), which may lie outside: edge pixels are repeated there.
@@ -81,12 +87,26 @@ void CutFrames(const Margins& added, Animation* animation) {
 
 Margins EdgeMargins(const Job& job, int width, int height) {
     for (const EdgeRow& row : kRows) {
-        if (job.effectName != row.effect) continue;
+        if (job.effectName != row.effect || !row.margins) continue;
         const Margins wanted = row.margins(job, width, height);
         return {std::min(wanted.columns, (kLongestSide - width) / 2),
                 std::min(wanted.rows, (kLongestSide - height) / 2)};
     }
     return {};
+}
+
+std::vector<std::string> EffectsWithEdges() {
+    std::vector<std::string> names;
+    for (const EdgeRow& row : kRows) {
+        if (row.margins) names.emplace_back(row.effect);
+    }
+    return names;
+}
+
+std::vector<std::string> EffectsWithBackground() {
+    std::vector<std::string> names;
+    for (const EdgeRow& row : kRows) names.emplace_back(row.effect);
+    return names;
 }
 
 void WidenFrames(const Margins& margins, Animation* animation) { CutFrames(margins, animation); }

@@ -2,6 +2,9 @@
 // Frames widened by repeated edge pixels, for effects that show a background colour beyond the picture.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "commands/job.h"
 #include "media/animation.h"
 
@@ -17,6 +20,11 @@ struct Margins {
 // that show no background, and for those whose places depend on the picture's size, so that a wider picture
 // would be another one.
 Margins EdgeMargins(const Job& job, int width, int height);
+
+// The effects for which there can be margins, and those that show a background colour, as the effect list
+// names them.
+std::vector<std::string> EffectsWithEdges();
+std::vector<std::string> EffectsWithBackground();
 
 // Adds the margins to every frame; the picture stays in the middle.
 void WidenFrames(const Margins& margins, Animation* animation);

@@ -96,6 +96,15 @@ std::string MissingEffect(const CommandLine& line, bool formatGiven) {
     return "";
 }
 
+// Whether --edges has one of its names, which is then put in small letters.
+bool CheckEdges(CommandLine* line) {
+    const std::string plain = PlainName(line->edges);
+    if (line->edges.empty()) return true;
+    if (plain != "background" && plain != "extend") return false;
+    line->edges = plain;
+    return true;
+}
+
 }  // namespace
 
 bool CheckApply(const ApplyWords& words, CommandLine* line, std::string* error) {
@@ -113,7 +122,7 @@ bool CheckApply(const ApplyWords& words, CommandLine* line, std::string* error) 
         *error =
             "--local-background takes a colour as RRGGBB or none, not \"" + line->localBackground + "\".";
     }
-    if (error->empty() && !line->edges.empty() && line->edges != "background" && line->edges != "extend")
+    if (error->empty() && !CheckEdges(line))
         *error = "--edges takes background or extend, not \"" + line->edges + "\".";
     if (error->empty() && !line->matte.empty() && !ParseColor(line->matte, &color))
         *error = "--matte takes a colour as RRGGBB, not \"" + line->matte + "\".";

@@ -285,7 +285,9 @@ TEST(CommandLine, A_matte_is_a_colour_and_for_gif_files) {
 }
 
 TEST(CommandLine, Edges_are_the_background_or_extended) {
-    EXPECT_EQ(Accept(Apply("out.gif", {"--edges", "extend"})).edges, "extend");
+    for (const char* name : {"extend", "Extend", "EXTEND"})
+        EXPECT_EQ(Accept(Apply("out.gif", {"--edges", name})).edges, "extend");
+    EXPECT_EQ(Accept(Apply("out.gif", {"--edges", "BackGround"})).edges, "background");
     EXPECT_EQ(Refuse(Apply("out.gif", {"--edges", "mirror"})),
               "--edges takes background or extend, not \"mirror\".");
 }
