@@ -7,6 +7,7 @@
 #include <new>
 #include <system_error>
 
+#include "media/temporary_file.h"
 #include "media/utf8_path.h"
 
 namespace kfx {
@@ -68,24 +69,13 @@ std::string LastReason() { return errno != 0 ? ReasonOf({errno, std::generic_cat
 // Set once, at the start of a program.
 WriteWatch writeWatch;
 
-// Removes temporary files at the end. An empty path stands for a file that was never made or was renamed.
-struct TemporaryFiles {
-    std::vector<fs::path> paths;
-    ~TemporaryFiles() {
-        std::error_code ignored;
-        for (const fs::path& path : paths)
-            if (!path.empty()) fs::remove(path, ignored);
-    }
-};
-
-fs::path UnusedNameBeside(const fs::path& target) {
-    for (int number = 0;; ++number) {
-        fs::path name = target;
-        name += kTemporaryEnding + (number > 0 ? std::to_string(number) : std::string());
-        std::error_code ignored;
-        if (!fs::exists(fs::symlink_status(name, ignored))) return name;
-    }
+void AnnounceFile(const fs::path& path) {
+    if (writeWatch.making) writeWatch.making(Utf8Of(path));
 }
+
+// So many files of a series are marked as being written; each takes one of the descriptors that a process may
+// have.
+constexpr size_t kMostLocks = 200;
 
 // The file that a link leads to, also when it does not exist yet: that file is replaced and the link stays. A
 // link that leads back to itself is returned as it is.
@@ -222,7 +212,8 @@ bool WriteWholeFile(const std::string& path, const std::vector<uint8_t>& content
 bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& makeContent,
                      std::string* error) {
     std::vector<fs::path> targets(paths.size());
-    TemporaryFiles temporary;
+    // Without a path: one that was never made, or that has its final name.
+    std::vector<TemporaryFile> temporary(paths.size());
     std::vector<uint8_t> content;
     for (size_t i = 0; i < paths.size(); ++i) {
         if (!PathFromUtf8(paths[i], &targets[i], error)) return false;
@@ -231,20 +222,25 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
             return false;
         }
         targets[i] = BehindLinks(targets[i]);
-        temporary.paths.push_back(IsDevice(targets[i]) ? fs::path() : UnusedNameBeside(targets[i]));
-        if (writeWatch.making && !temporary.paths[i].empty()) writeWatch.making(Utf8Of(temporary.paths[i]));
+        const bool isTemporary = !IsDevice(targets[i]);
+        int failure = 0;
+        if (isTemporary &&
+            !MakeTemporaryFile(targets[i], AnnounceFile, i < kMostLocks, &temporary[i], &failure)) {
+            *error =
+                Failure(paths[i], "the file cannot be written", ReasonOf({failure, std::generic_category()}));
+            return false;
+        }
         std::string reason;
-        const bool isTemporary = !temporary.paths[i].empty();
-        if (!WriteBytes(isTemporary ? temporary.paths[i] : targets[i], isTemporary, content, &reason)) {
+        if (!WriteBytes(isTemporary ? temporary[i].path : targets[i], isTemporary, content, &reason)) {
             *error = Failure(paths[i], "the file cannot be written", reason);
             return false;
         }
     }
     if (writeWatch.placing) writeWatch.placing();
     for (size_t i = 0; i < paths.size(); ++i) {
-        if (temporary.paths[i].empty()) continue;
+        if (temporary[i].path.empty()) continue;
         std::error_code failure;
-        fs::rename(temporary.paths[i], targets[i], failure);
+        fs::rename(temporary[i].path, targets[i], failure);
         if (failure) {
             *error = Failure(paths[i], "the file cannot be written", ReasonOf(failure));
             // A part of a series could be taken for all of it.
@@ -253,7 +249,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
                 if (!IsDevice(targets[done])) fs::remove(targets[done], ignored);
             return false;
         }
-        temporary.paths[i].clear();
+        temporary[i].path.clear();
     }
     return true;
 }

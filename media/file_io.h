@@ -10,8 +10,9 @@
 
 namespace kfx {
 
-// What the name of a file ends in until the file is whole; a number may follow.
-constexpr char kTemporaryEnding[] = ".part";
+// What the name of a file ends in until the file is whole; a number may follow. No other program uses it, so
+// that a file with this ending which nobody writes may be removed.
+constexpr char kTemporaryEnding[] = ".kestrel-part";
 
 // Reads a whole file. On failure returns false with one sentence in *error, path first.
 bool ReadWholeFile(const std::string& path, std::vector<uint8_t>* content, std::string* error);
@@ -27,8 +28,9 @@ bool MayWriteFile(const std::string& path, const std::vector<std::string>& input
                   std::string* error);
 
 // Writes a file so that `path` holds either its old content or all of the new one: the bytes go to a
-// temporary name in the same folder, which is renamed at the end and removed on failure. A link stays, and
-// the file that it leads to is replaced or made; devices and pipes are written to directly.
+// temporary file in the same folder, which is renamed at the end and removed on failure. Several programs may
+// write one path at the same time; the last wins. A link stays, and the file that it leads to is replaced or
+// made; devices and pipes are written to directly.
 bool WriteWholeFile(const std::string& path, const std::vector<uint8_t>& content, std::string* error);
 
 // Several files that appear together: all are written under temporary names before the first is renamed,

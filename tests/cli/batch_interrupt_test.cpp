@@ -27,7 +27,7 @@ using ::testing::HasSubstr;
 struct BatchInterrupt : ::testing::Test {
     TemporaryFolder folder;
     const std::string out = folder.path + "out/", errors = folder.path + "errors";
-    const std::string unfinished = out + "b-000.png.part";
+    const std::string unfinished = out + "b-000.png.kestrel-part";
     pid_t process = -1;
 
     // Returns when the first and the last file are done and the second stands still.

@@ -136,7 +136,7 @@ TEST_F(Streams, An_interrupt_leaves_nothing_of_an_unfinished_file) {
     const pid_t process = StartKestrel({"apply", input, "-o", folder.path + "out.png", "--effect", "Bump"},
                                        STDOUT_FILENO, STDERR_FILENO);
     ASSERT_GT(process, 0);
-    EXPECT_TRUE(WaitFor([&] { return FileExists(folder.path + "out-000.png.part"); }));
+    EXPECT_TRUE(WaitFor([&] { return FileExists(folder.path + "out-000.png.kestrel-part"); }));
     EXPECT_FALSE(FileExists(folder.path + "out-000.png"));
     kill(process, SIGINT);
     EXPECT_EQ(WaitForEnd(process), 130);
@@ -162,7 +162,7 @@ TEST_F(Streams, No_file_but_the_temporary_one_appears_beside_the_output) {
     const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     ASSERT_GE(inotify_add_watch(watch, folder.path.c_str(), IN_CREATE | IN_MOVED_TO), 0);
     EXPECT_EQ(RunKestrel(Apply(output)).exitCode, 0);
-    EXPECT_EQ(NamesSeen(watch), (std::set<std::string>{"out.gif", "out.gif.part"}));
+    EXPECT_EQ(NamesSeen(watch), (std::set<std::string>{"out.gif", "out.gif.kestrel-part"}));
     close(watch);
 }
 

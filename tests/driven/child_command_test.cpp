@@ -146,7 +146,7 @@ TEST_F(ChildCommand, It_tells_the_whole_path_of_an_unfinished_file) {
     SetCurrentDirectoryW(before);
     const auto line = nlohmann::json::parse(parent.Received(), nullptr, false);
     ASSERT_TRUE(line.is_object() && line.contains("temporary"));
-    EXPECT_EQ(line["temporary"], folder.path + "relative.gif.part");
+    EXPECT_EQ(line["temporary"], folder.path + "relative.gif.kestrel-part");
     // Once files get their final names an interrupt has to wait.
     DWORD answer = WAIT_OBJECT_0;
     std::thread([&] { answer = WaitForSingleObject(parent.placing, 0); }).join();

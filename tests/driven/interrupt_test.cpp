@@ -34,7 +34,7 @@ bool OpenOwnConsole() {
 int CountParts(const std::string& folder) {
     const auto files = FilesIn(folder);
     return static_cast<int>(std::count_if(files.begin(), files.end(), [](const std::string& name) {
-        return name.find(".part") != std::string::npos;
+        return name.find(".kestrel-part") != std::string::npos;
     }));
 }
 
@@ -85,7 +85,7 @@ struct Interrupt : ::testing::Test {
 
 TEST_F(Interrupt, Leaves_nothing_of_a_series_of_pictures) {
     StartUntil("writing");
-    EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out-000.png.part"}));
+    EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out-000.png.kestrel-part"}));
     EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
     EXPECT_EQ(WaitForEnd(&program), 130);
     EXPECT_EQ(FilesIn(folder.path), std::vector<std::string>{"in.gif"});
@@ -95,7 +95,7 @@ TEST_F(Interrupt, Leaves_nothing_of_a_file_of_a_batch) {
     WriteTestGif(folder.path + "more.gif", 1);
     const std::string out = folder.path + "out/";
     StartUntil("writing", {folder.path + "more.gif", "-o", out, "--format", "png", "--jobs", "1"});
-    EXPECT_EQ(FilesIn(out), std::vector<std::string>{"in-000.png.part"});
+    EXPECT_EQ(FilesIn(out), std::vector<std::string>{"in-000.png.kestrel-part"});
     EXPECT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0));
     EXPECT_EQ(WaitForEnd(&program), 130);
     EXPECT_EQ(FilesIn(out), std::vector<std::string>{});

@@ -62,7 +62,7 @@ int filesAnnounced = 0;
 
 DWORD WINAPI FindPathAndMeet(LPCWSTR name, DWORD size, LPWSTR path, LPWSTR* file) {
     // The first call for a file asks for the length only.
-    if (path && std::wcsstr(name, L".part") && filesAnnounced++ == 1) MeetTest();
+    if (path && std::wcsstr(name, L".kestrel-part") && filesAnnounced++ == 1) MeetTest();
     return GetFullPathNameW(name, size, path, file);
 }
 

@@ -134,15 +134,6 @@ TEST(FileIo, A_folder_of_the_final_name_stays_and_no_temporary_file_does) {
     EXPECT_EQ(folder.Count(), 1u);
 }
 
-TEST(FileIo, A_file_that_has_the_temporary_name_is_left_alone) {
-    const Folder folder;
-    std::string error;
-    ASSERT_TRUE(WriteWholeFile(folder.File("x.gif.part"), {7}, &error));
-    ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {8}, &error));
-    EXPECT_EQ(ContentOf(folder.File("x.gif.part")), Bytes{7});
-    EXPECT_EQ(ContentOf(folder.File("x.gif")), Bytes{8});
-}
-
 TEST(FileIo, When_one_of_several_files_cannot_be_made_none_appears) {
     const Folder folder;
     std::string error;

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+// Files that are not whole yet: several programs at one result, and what a killed one leaves.
+#include "media/temporary_file.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <fstream>
+#include <thread>
+
+#include "media/file_io.h"
+#include "media/utf8_path.h"
+
+#ifdef _WIN32
+#include <process.h>
+#else
+#include <csignal>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace kfx {
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<uint8_t>;
+
+long ProcessId() {
+#ifdef _WIN32
+    return _getpid();
+#else
+    return getpid();
+#endif
+}
+
+struct TemporaryFiles : ::testing::Test {
+    fs::path folder = fs::temp_directory_path() / ("kfx-temporary-" + std::to_string(ProcessId()));
+    const std::string target = Utf8Of(folder / "x.gif");
+
+    void SetUp() override {
+        fs::remove_all(folder);
+        fs::create_directories(folder);
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    }
+
+    void Put(const std::string& name, const std::string& text) const {
+        std::ofstream(folder / name, std::ios::binary) << text;
+    }
+    bool Has(const std::string& name) const { return fs::exists(folder / name); }
+    size_t Count() const {
+        return static_cast<size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+    }
+    void Write(const Bytes& content) const {
+        std::string error;
+        EXPECT_TRUE(WriteWholeFile(target, content, &error)) << error;
+    }
+};
+
+TEST_F(TemporaryFiles, What_a_killed_program_left_is_removed_when_its_result_is_made) {
+    for (const char* name : {"x.gif.kestrel-part", "x.gif.kestrel-part1", "x.gif.kestrel-part3"})
+        Put(name, "half");
+    Put("y.gif.kestrel-part", "of another result");
+    Put("x.gif.part", "of another program");
+    Write({1, 2, 3});
+    EXPECT_TRUE(Has("y.gif.kestrel-part"));
+    EXPECT_TRUE(Has("x.gif.part"));
+    EXPECT_EQ(Count(), 3u);
+    Bytes content;
+    std::string error;
+    EXPECT_TRUE(ReadWholeFile(target, &content, &error));
+    EXPECT_EQ(content, (Bytes{1, 2, 3}));
+}
+
+TEST_F(TemporaryFiles, A_folder_and_a_link_of_the_temporary_name_are_left_alone) {
+    fs::create_directories(folder / "x.gif.kestrel-part" / "inner");
+    Put("mine", "mine");
+    std::error_code failure;
+    fs::create_symlink("mine", folder / "x.gif.kestrel-part1", failure);
+    const bool hasLink = !failure;
+    Write({1});
+    EXPECT_TRUE(Has("x.gif.kestrel-part/inner"));
+    EXPECT_TRUE(Has("mine"));
+    EXPECT_EQ(Count(), hasLink ? 4u : 3u);
+}
+
+TEST_F(TemporaryFiles, Each_of_several_writers_of_one_result_has_a_file_of_its_own) {
+    std::vector<TemporaryFile> files(6);
+    for (TemporaryFile& file : files) {
+        int reason = 0;
+        ASSERT_TRUE(MakeTemporaryFile(PathOf(target), nullptr, true, &file, &reason)) << reason;
+#ifdef _WIN32
+        // Files that are not open there may be removed: one is at work at a time.
+        file.path.clear();
+#endif
+    }
+#ifndef _WIN32
+    for (const TemporaryFile& file : files) EXPECT_TRUE(fs::exists(file.path)) << file.path;
+    files.clear();
+    EXPECT_EQ(Count(), 0u);
+#endif
+}
+
+#ifndef _WIN32
+// Whoever opens the result at any moment sees one writer's bytes, all of them.
+TEST_F(TemporaryFiles, Writers_of_one_result_at_the_same_time_never_show_a_part) {
+    constexpr size_t kSize = 200000;
+    constexpr int kWriters = 4, kTimes = 40;
+    std::atomic<int> running = kWriters;
+    std::atomic<int> failures = 0;
+    std::vector<std::thread> writers;
+    Write(Bytes(kSize, 9));
+    for (int writer = 0; writer < kWriters; ++writer) {
+        writers.emplace_back([&, writer] {
+            std::string error;
+            for (int i = 0; i < kTimes; ++i)
+                failures += !WriteWholeFile(target, Bytes(kSize, static_cast<uint8_t>(writer)), &error);
+            --running;
+        });
+    }
+    int partial = 0;
+    while (running > 0) {
+        Bytes content;
+        std::string error;
+        if (!ReadWholeFile(target, &content, &error) || content.size() != kSize ||
+            content != Bytes(kSize, content[0]))
+            ++partial;
+    }
+    for (std::thread& writer : writers) writer.join();
+    EXPECT_EQ(partial, 0);
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(Count(), 1u);
+}
+
+// The child writes into a file of its own and is killed then.
+TEST_F(TemporaryFiles, A_file_counts_as_left_behind_only_when_its_program_has_ended) {
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        TemporaryFile file;
+        int reason = 0;
+        const bool isMade = MakeTemporaryFile(PathOf(target), nullptr, true, &file, &reason);
+        if (write(ready[1], isMade ? "y" : "n", 1) != 1) _exit(1);
+        for (;;) pause();
+    }
+    char made = 0;
+    ASSERT_EQ(read(ready[0], &made, 1), 1);
+    ASSERT_EQ(made, 'y');
+    Write({1});
+    EXPECT_TRUE(Has("x.gif.kestrel-part")) << "somebody writes it";
+    kill(child, SIGKILL);
+    EXPECT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_TRUE(Has("x.gif.kestrel-part"));
+    Write({2});
+    EXPECT_EQ(Count(), 1u);
+    close(ready[0]);
+    close(ready[1]);
+}
+#endif
+
+}  // namespace
+}  // namespace kfx
