@@ -23,7 +23,8 @@ double PsnrOf(const Pixels& a, const Pixels& b) {
         }
     }
     if (sum == 0) return std::numeric_limits<double>::infinity();
-    const double meanSquare = static_cast<double>(sum) / (3.0 * static_cast<double>(a.size() / 4));
+    const size_t pixels = a.size() / 4;
+    const double meanSquare = static_cast<double>(sum) / (3.0 * static_cast<double>(pixels));
     return 10 * std::log10(255.0 * 255.0 / meanSquare);
 }
 

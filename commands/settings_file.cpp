@@ -209,7 +209,7 @@ std::string BackgroundLines(const CommandLine& line) {
 }
 
 std::string PaletteName(const std::string& given) {
-    const std::string plain = PlainName(given);
+    std::string plain = PlainName(given);
     if (plain == "custom" || plain == "original") return plain;
     const int row = FindName(given, PaletteNames());
     return row < 0 ? given : PaletteNames()[static_cast<size_t>(row)];

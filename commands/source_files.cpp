@@ -302,9 +302,9 @@ bool FindJoined(InputUse use, CommandLine* line, Failure* failure) {
         bool isSource = false;
         if (!FindFiles(input, &found, &isSource, failure)) return false;
         if (found.files.size() > 1 && !isSource && !joins) {
-            return Refuse(kExitBadCommand,
-                          input + ": names " + std::to_string(found.files.size()) + " files; " + remedy,
-                          failure);
+            std::string reason = input + ": names ";
+            reason += std::to_string(found.files.size()) + " files; " + remedy;
+            return Refuse(kExitBadCommand, reason, failure);
         }
         if (takesFirst) found = {.files = {found.files.front()}};
         found.given = {input};

@@ -179,7 +179,7 @@ Report RunVerify(const CommandLine& line, const CommandContext& context) {
         ParseCommandLine(ArgumentsFor(line, file.recipe, output), {}, &again, &text) != ParseOutcome::Run) {
         return FailedReport(kExitBadInput, shown + ": its recipe cannot be repeated: " + text);
     }
-    const Report made = RunCommand(again, context);
+    Report made = RunCommand(again, context);
     if (made.exitCode != kExitDone) return made;
     TemporaryResult result;
     for (const auto& path : made.result["files"]) result.files.push_back(path.get<std::string>());

@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "framework/movable_memory.h"
 
@@ -58,8 +59,9 @@ struct ColorIndex {
 bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count, bool fast);
 
 // A byte or word of the tables that another thread may be writing.
-inline uint8_t ReadShared(uint8_t* byte) {
-    return std::atomic_ref<uint8_t>(*byte).load(std::memory_order_relaxed);
+template <typename T>
+T ReadShared(T* place) {
+    return std::atomic_ref<T>(*place).load(std::memory_order_relaxed);
 }
 template <typename T>
 void WriteShared(T* place, T value) {
@@ -67,11 +69,13 @@ void WriteShared(T* place, T value) {
 }
 
 // A byte that says whether others have been written.
-inline uint8_t ReadMark(uint8_t* byte) {
-    return std::atomic_ref<uint8_t>(*byte).load(std::memory_order_acquire);
+template <typename T>
+T ReadMark(T* mark) {
+    return std::atomic_ref<T>(*mark).load(std::memory_order_acquire);
 }
-inline void WriteMark(uint8_t* byte, uint8_t value) {
-    std::atomic_ref<uint8_t>(*byte).store(value, std::memory_order_release);
+template <typename T>
+void WriteMark(T* mark, std::type_identity_t<T> value) {
+    std::atomic_ref<T>(*mark).store(value, std::memory_order_release);
 }
 
 // A colour's place in the table of answers: the three channels' bits in turn, two at a time with red highest,

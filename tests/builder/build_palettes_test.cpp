@@ -69,9 +69,9 @@ TEST(Build, Up_to_253_colours_gain_an_entry_and_more_give_up_the_one_nearest_to_
 
 // Entries up to the last one that is not black.
 int32_t EntriesOf(const BuildRun& run) {
-    int32_t count = 256;
+    size_t count = 256;
     while (count > 0 && EntryOf(run.task.palette, count - 1) == 0) --count;
-    return count;
+    return static_cast<int32_t>(count);
 }
 
 TEST(Build, A_limited_palette_never_has_more_entries_than_asked_for) {

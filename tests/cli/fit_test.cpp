@@ -78,7 +78,7 @@ struct Fit : ::testing::Test {
         Words fit = options;
         fit.insert(fit.end(), {"--max-size", std::to_string(limit), "--force"});
         fit.insert(fit.end(), allowed.begin(), allowed.end());
-        const nlohmann::json result = RunKestrelForJson(Command(name, fit));
+        nlohmann::json result = RunKestrelForJson(Command(name, fit));
         EXPECT_EQ(result["exitCode"], 0) << result.dump(2);
         if (result["exitCode"] != 0) return result;
         EXPECT_LE(SizeOf(name), limit);

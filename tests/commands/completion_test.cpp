@@ -26,7 +26,7 @@ using Words = std::vector<std::string>;
 
 void AddThrough(CLI::App* command, void*) { command->add_flag("--through")->description("Another way"); }
 
-std::string TextOf(Words arguments) {
+std::string TextOf(const Words& arguments) {
     CommandLine line;
     std::string text;
     EXPECT_EQ(ParseCommandLine(arguments, {AddThrough, nullptr}, &line, &text), ParseOutcome::ShowText);

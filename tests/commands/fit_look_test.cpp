@@ -54,7 +54,8 @@ Frame Reduced(const Frame& frame, int levels, bool dither) {
                 const double error = dither ? left[static_cast<size_t>(at)] - level : 0;
                 const auto give = [&](int dx, int dy, double share) {
                     if (x + dx < 0 || x + dx >= kWidth || y + dy >= kHeight) return;
-                    left[static_cast<size_t>(at + 4 * (dy * kWidth + dx))] += error * share / 16;
+                    const int place = at + 4 * (dy * kWidth + dx);
+                    left[static_cast<size_t>(place)] += error * share / 16;
                 };
                 give(1, 0, 7);
                 give(-1, 1, 3);
@@ -110,8 +111,8 @@ TEST(FitLook, Grain_on_a_flat_picture_is_no_gain) {
     Frame grainy = flat;
     for (int i = 0; i < kWidth * kHeight; ++i) {
         const int shift = (i + i / kWidth) % 2 ? 12 : -12;
-        for (int c = 0; c < 3; ++c)
-            grainy.pixels[static_cast<size_t>(4 * i + c)] = static_cast<uint8_t>(100 + shift);
+        uint8_t* pixel = grainy.pixels.data() + 4 * static_cast<size_t>(i);
+        for (int c = 0; c < 3; ++c) pixel[c] = static_cast<uint8_t>(100 + shift);
     }
     EXPECT_LT(Look(flat, grainy), 45);
 }

@@ -192,7 +192,8 @@ TEST(Journey, What_is_written_wrong_is_answered_with_how_to_write_it) {
          "no time is left for the way back to 4; give the last value an earlier time, or leave out :loop"},
     };
     for (const auto& [text, clause] : texts)
-        EXPECT_EQ(Refused(kAngle, text), "--set Angle=" + text + ": " + clause + ".");
+        EXPECT_EQ(Refused(kAngle, text),
+                  std::string("--set Angle=").append(text).append(": ").append(clause) + ".");
     EXPECT_EQ(Refused(Box(), "off..on"),
               "--set Invert=off..on: a range is for sliders; write the values one after another, as off,on.");
     EXPECT_EQ(Refused(Sides(), "left 1..right"),

@@ -149,7 +149,7 @@ TEST(RecipeWords, An_option_that_is_no_single_line_is_not_kept_at_all) {
 Arguments Beside(const Arguments& own, const Arguments& recipe, const std::string& format,
                  Arguments* leftOut = nullptr) {
     OptionWords left;
-    const Arguments held = TextsOf(WordsBeside(Words(own), Words(recipe), format, &left));
+    Arguments held = TextsOf(WordsBeside(Words(own), Words(recipe), format, &left));
     if (leftOut) *leftOut = TextsOf(left);
     return held;
 }

@@ -94,13 +94,13 @@ std::vector<uint8_t> FakeHost::OfferedPalette() {
     return offeredPalette_;
 }
 
-void FakeHost::Act(HostRequest request, std::function<void()> action, int occurrence) {
+void FakeHost::Act(HostRequest request, const std::function<void()>& action, int occurrence) {
     action_ = [=](HostRequest asked) mutable {
         if (asked == request && --occurrence == 0) action();
     };
 }
 
-void FakeHost::ActAtRequest(int number, std::function<void()> action) {
+void FakeHost::ActAtRequest(int number, const std::function<void()>& action) {
     action_ = [=](HostRequest) mutable {
         if (--number == 0) action();
     };

@@ -46,10 +46,10 @@ public:
 
     // Does something inside the nth request (from 1) after now that is of this kind, before it is answered.
     // An earlier action is forgotten.
-    void Act(HostRequest request, std::function<void()> action, int occurrence = 1);
+    void Act(HostRequest request, const std::function<void()>& action, int occurrence = 1);
 
     // The same inside the nth request after now, whatever it is.
-    void ActAtRequest(int number, std::function<void()> action);
+    void ActAtRequest(int number, const std::function<void()>& action);
 
     // Every request is answered with 0.
     void RefuseAll();
