@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "framework/effect_operations.h"
 
+#include "framework/memory_guards.h"
 #include "framework/panel.h"
 #include "framework/source_animation.h"
 #include "host/host_requests.h"
@@ -113,6 +114,7 @@ int32_t BuildEffect(const Effect& effect, EffectBuildContext* context) {
     // Without a source there are no frames: the build driver reports that. A part of the frames must not be
     // built.
     if (DecodeAllFrames(context->source, context->frames) == DecodeResult::Incomplete) return 0;
+    const FreedMemoryKept kept;
     const bool gathers = effect.gathering && effect.gathering->wanted(input);
     return gathers ? BuildInTwoPasses(*effect.gathering, context) : BuildEachFrame(effect, *context, input);
 }

@@ -38,6 +38,14 @@ struct MemoryOwner {
     MemoryHandle memory;
 };
 
+// Freed memory may be kept for the next block of its size within this scope.
+struct FreedMemoryKept {
+    FreedMemoryKept() { KeepFreedMemory(); }
+    ~FreedMemoryKept() { StopKeepingFreedMemory(); }
+    FreedMemoryKept(const FreedMemoryKept&) = delete;
+    FreedMemoryKept& operator=(const FreedMemoryKept&) = delete;
+};
+
 // A zeroed working table of `count` elements of a plain type, freed at the end of the scope. Test it before
 // use: false when memory ran out or the size would overflow.
 template <typename T>

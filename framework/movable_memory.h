@@ -32,4 +32,11 @@ void FreeFixedTable(void* table);
 // The block's real size in bytes; 0 when it is not a block.
 size_t MemorySize(MemoryHandle memory);
 
+// Between these two calls a large block that is freed may be kept, and handed out, zeroed, to the next who
+// asks for as many bytes: clearing memory takes less time than getting it from the system page by page. A
+// build makes and frees a picture of one size for each frame. Calls nest; any thread may allocate and free
+// meanwhile. The last StopKeepingFreedMemory frees what is kept.
+void KeepFreedMemory();
+void StopKeepingFreedMemory();
+
 }  // namespace kfx

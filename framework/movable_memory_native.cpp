@@ -189,6 +189,10 @@ size_t MemorySize(MemoryHandle memory) {
     return static_cast<Block*>(memory)->size;
 }
 
+// The C library's heap keeps freed blocks by itself.
+void KeepFreedMemory() {}
+void StopKeepingFreedMemory() {}
+
 MemoryCounts CountMemory() {
     const Guard guard(mutex);
     return counts;
