@@ -103,6 +103,8 @@ bool BuildPalette(const OpenEngine& engine, HostSession* session, const Job& las
 void SettleHalfTransparency(const PipelineOptions& options, Animation* animation, PipelineNotes* notes) {
     if (options.halfTransparency == HalfTransparency::Stay) return;
     for (Frame& frame : animation->frames) {
+        NoteTransparency(&frame);
+        if (!frame.transparent) continue;
         if (options.halfTransparency == HalfTransparency::Mix) MixOnto(options.matte, &frame.pixels);
         if (ApplyThreshold(&frame.pixels)) notes->thresholdApplied = true;
         NoteTransparency(&frame);

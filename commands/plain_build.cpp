@@ -4,6 +4,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "media/color_cache.h"
 #include "media/quantize.h"
 
 namespace kfx::commands {
@@ -15,14 +16,15 @@ constexpr size_t kMostColors = 256;
 bool FitsPalette(const Frame& frame) {
     constexpr uint32_t kTransparent = 1u << 24;
     std::unordered_set<uint32_t> colors;
-    uint32_t before = kTransparent + 1;  // no colour
+    ColorCache cache;
     for (size_t i = 0; i < frame.pixels.size(); i += 4) {
         const uint8_t* pixel = frame.pixels.data() + i;
         const uint32_t color = pixel[3] < kOpaqueFrom
                                    ? kTransparent
                                    : static_cast<uint32_t>(pixel[0] << 16 | pixel[1] << 8 | pixel[2]);
-        if (color == before) continue;
-        before = color;
+        ColorCache::Slot* const slot = SlotOf(&cache, color);
+        if (slot->color == color) continue;
+        slot->color = color;
         if (colors.insert(color).second && colors.size() > kMostColors) return false;
     }
     return true;

@@ -6,6 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "media/color_cache.h"
+
 namespace kfx {
 namespace {
 
@@ -108,12 +110,18 @@ bool IsOpaque(const uint8_t* pixel) { return pixel[3] >= kOpaqueFrom; }
 std::vector<CountedColor> CountColors(const uint8_t* rgba, size_t area) {
     std::vector<CountedColor> colors;
     std::unordered_map<uint32_t, size_t> places;
+    ColorCache cache;
     for (size_t i = 0; i < area; ++i) {
         const uint8_t* pixel = rgba + 4 * i;
         if (!IsOpaque(pixel)) continue;
-        const auto [place, added] = places.emplace(PackColor(pixel), colors.size());
-        if (added) colors.push_back({{pixel[0], pixel[1], pixel[2]}, 0});
-        ++colors[place->second].count;
+        const uint32_t color = PackColor(pixel);
+        ColorCache::Slot* const slot = SlotOf(&cache, color);
+        if (slot->color != color) {
+            const auto [place, added] = places.emplace(color, colors.size());
+            if (added) colors.push_back({{pixel[0], pixel[1], pixel[2]}, 0});
+            *slot = {.color = color, .value = static_cast<uint32_t>(place->second)};
+        }
+        ++colors[slot->value].count;
     }
     return colors;
 }
@@ -141,11 +149,15 @@ void QuantizeFrame(const uint8_t* rgba, int width, int height, int maxColors, Gi
         frame->transparentIndex = static_cast<int>(frame->palette.size());
         frame->palette.push_back({});
     }
-    frame->indices.resize(area);
+    frame->indices.assign(area, static_cast<uint8_t>(frame->transparentIndex));
+    ColorCache cache;
     for (size_t i = 0; i < area; ++i) {
         const uint8_t* pixel = rgba + 4 * i;
-        frame->indices[i] = IsOpaque(pixel) ? indices.find(PackColor(pixel))->second
-                                            : static_cast<uint8_t>(frame->transparentIndex);
+        if (!IsOpaque(pixel)) continue;
+        const uint32_t color = PackColor(pixel);
+        ColorCache::Slot* const slot = SlotOf(&cache, color);
+        if (slot->color != color) *slot = {.color = color, .value = indices.find(color)->second};
+        frame->indices[i] = static_cast<uint8_t>(slot->value);
     }
 }
 
