@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "commands/fingerprint.h"
 #include "commands/output_format.h"
+#include "commands/recipe_text.h"
 #include "commands/text.h"
 #include "media/utf8_path.h"
 
@@ -36,10 +38,68 @@ bool AreWholeFrames(const std::string& file, const std::string& format, const An
     return !unknown && bytes > 0 && bytes % (pixels * (format == "rgb" ? 3 : 4)) == 0;
 }
 
+bool Has(const OptionWords& words, const OptionWord& word) {
+    return std::any_of(words.begin(), words.end(),
+                       [&](const OptionWord& other) { return TextOf(other) == TextOf(word); });
+}
+
+bool IsGiven(const CommandLine& line, const std::string& name) {
+    const OptionWords& words = line.recipe.others;
+    return std::any_of(words.begin(), words.end(), [&](const OptionWord& word) { return word.name == name; });
+}
+
+// A seed that was not asked for is the clock's, and another each time.
+void ForgetClock(const CommandLine& line, OptionWords* words) {
+    if (!IsGiven(line, "seed"))
+        std::erase_if(*words, [](const OptionWord& word) { return word.name == "seed"; });
+}
+
+bool IsMadeByTheSameOptions(const CommandLine& line, OptionWords made, OptionWords wanted,
+                            std::string* reason) {
+    const bool fits = line.fit.mostBytes > 0;
+    ForgetClock(line, &made);
+    ForgetClock(line, &wanted);
+    // What was made to fit keeps the options that were found.
+    if (fits)
+        std::erase_if(wanted,
+                      [](const OptionWord& word) { return word.name == "max-size" || word.name == "allow"; });
+    for (const OptionWord& word : wanted)
+        if (!Has(made, word)) return Say("it was made without " + TextOf(word), reason);
+    if (fits) return true;
+    for (const OptionWord& word : made)
+        if (!Has(wanted, word)) return Say("it was made with " + TextOf(word), reason);
+    const auto isSame = [](const OptionWord& one, const OptionWord& other) {
+        return TextOf(one) == TextOf(other);
+    };
+    return std::equal(made.begin(), made.end(), wanted.begin(), wanted.end(), isSame) ||
+           Say("it was made with the same options in another order", reason);
+}
+
+// Whether the recipe in the result, if there is one, is that of the line's command, and the result's pictures
+// are those that it was made with.
+bool HasItsRecipe(const CommandLine& line, const Animation& result, const SeriesPart& part,
+                  std::string* reason) {
+    if (result.recipe.empty()) return true;
+    const std::string own = FingerprintOf(result);
+    const RecipeDraft draft = DraftRecipe(line);
+    if (draft.head.empty()) return Say("it holds a recipe, and none is kept now", reason);
+    Recipe made, wanted;
+    std::string error;
+    if (!ReadRecipe(FinishRecipe(draft, own, part), &wanted, &error)) return true;
+    if (!ReadRecipe(result.recipe, &made, &error) || !made.isWhole)
+        return Say("its recipe is damaged or a newer kestrel's", reason);
+    if (made.version != wanted.version)
+        return Say("kestrel " + made.version + " made it, and this is " + wanted.version, reason);
+    if (!IsMadeByTheSameOptions(line, made.words, wanted.words, reason)) return false;
+    if (made.part.number != wanted.part.number || made.part.count != wanted.part.count)
+        return Say("it is of another place in its series", reason);
+    return made.isLossy || made.fingerprint == own || Say("it was changed after it had been made", reason);
+}
+
 // A frame that equals the one before may have become a longer time.
 bool IsWhole(const CommandLine& line, const Animation& source, const std::string& file, size_t mostFrames,
-             std::string* reason) {
-    Animation result;
+             Animation* read, std::string* reason) {
+    Animation& result = *read;
     std::string error;
     // How large they are is only known when they are made.
     const bool mayShrink = HasResultEdits(line.resultEdits) || line.fit.mostBytes > 0;
@@ -58,6 +118,13 @@ bool IsWhole(const CommandLine& line, const Animation& source, const std::string
            Say("it has another number of frames", reason);
 }
 
+bool FitsStill(const CommandLine& line, const std::string& file, std::string* reason) {
+    std::error_code unknown;
+    const auto bytes = fs::file_size(PathOf(SystemPath(file)), unknown);
+    return line.fit.mostBytes == 0 || unknown || bytes <= line.fit.mostBytes ||
+           Say("it is larger than --max-size", reason);
+}
+
 }  // namespace
 
 bool IsDone(const CommandLine& line, const Animation& source, const std::vector<std::string>& files,
@@ -70,9 +137,13 @@ bool IsDone(const CommandLine& line, const Animation& source, const std::vector<
     if (static_cast<size_t>(missing) == files.size()) return false;
     if (missing > 0) return Say("some of its files are missing", reason);
     const size_t mostFrames = files.size() == 1 ? source.frames.size() : 1;
-    for (const std::string& file : files) {
-        if (IsOlder(file, line.inputs)) return Say("it is older than its source", reason);
-        if (!IsWhole(line, source, file, mostFrames, reason)) return false;
+    for (size_t i = 0; i < files.size(); ++i) {
+        Animation result;
+        const SeriesPart part = files.size() > 1 ? SeriesPart{i + 1, files.size()} : SeriesPart{};
+        if (IsOlder(files[i], line.inputs)) return Say("it is older than its source", reason);
+        if (!IsWhole(line, source, files[i], mostFrames, &result, reason) ||
+            !HasItsRecipe(line, result, part, reason) || !FitsStill(line, files[i], reason))
+            return false;
     }
     return true;
 }
