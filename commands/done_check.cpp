@@ -31,10 +31,10 @@ bool IsOlder(const std::string& file, const std::vector<std::string>& inputs) {
 }
 
 // Frames without headers cannot be read; their bytes must be a number of whole frames.
-bool AreWholeFrames(const std::string& file, const std::string& format, const Animation& source) {
+bool AreWholeFrames(const std::string& file, const std::string& format, int width, int height) {
     std::error_code unknown;
     const auto bytes = fs::file_size(PathOf(SystemPath(file)), unknown);
-    const auto pixels = static_cast<uint64_t>(source.width) * static_cast<uint64_t>(source.height);
+    const auto pixels = static_cast<uint64_t>(width) * static_cast<uint64_t>(height);
     return !unknown && bytes > 0 && bytes % (pixels * (format == "rgb" ? 3 : 4)) == 0;
 }
 
@@ -101,18 +101,19 @@ bool IsWhole(const CommandLine& line, const Animation& source, const std::string
              Animation* read, std::string* reason) {
     Animation& result = *read;
     std::string error;
-    // How large they are is only known when they are made.
-    const bool mayShrink = HasResultEdits(line.resultEdits) || line.fit.mostBytes > 0;
+    const int width = ShrunkSide(source.width, line.resultEdits.shrink);
+    const int height = ShrunkSide(source.height, line.resultEdits.shrink);
     if (line.format == "rgb" || line.format == "rgba")
-        return mayShrink || AreWholeFrames(file, line.format, source) ||
+        return AreWholeFrames(file, line.format, width, height) ||
                Say("it does not hold whole frames", reason);
     ReadLimits limits;
     limits.maxPixels = UINT64_MAX;
     if (!ReadAnimation(SystemPath(file), &result, &error, limits) || !result.warning.empty())
         return Say("it is damaged", reason);
-    if (mayShrink) return result.frames.size() <= mostFrames;
-    if (result.width != source.width || result.height != source.height)
-        return Say("it has another size", reason);
+    // Which scale was taken stands nowhere.
+    const bool hasSize = line.fit.scale ? result.width <= width && result.height <= height
+                                        : result.width == width && result.height == height;
+    if (!hasSize) return Say("it has another size", reason);
     // A video repeats frames.
     return result.frames.size() <= mostFrames || line.format == "y4m" ||
            Say("it has another number of frames", reason);
@@ -136,13 +137,14 @@ bool IsDone(const CommandLine& line, const Animation& source, const std::vector<
     });
     if (static_cast<size_t>(missing) == files.size()) return false;
     if (missing > 0) return Say("some of its files are missing", reason);
-    const size_t mostFrames = files.size() == 1 ? source.frames.size() : 1;
+    const size_t mostFrames = files.size() == 1 ? KeptFrames(line.resultEdits, source.frames.size()) : 1;
     for (size_t i = 0; i < files.size(); ++i) {
         Animation result;
         const SeriesPart part = files.size() > 1 ? SeriesPart{i + 1, files.size()} : SeriesPart{};
         if (IsOlder(files[i], line.inputs)) return Say("it is older than its source", reason);
-        if (!IsWhole(line, source, files[i], mostFrames, &result, reason) ||
-            !HasItsRecipe(line, result, part, reason) || !FitsStill(line, files[i], reason))
+        if (!FitsStill(line, files[i], reason) ||
+            !IsWhole(line, source, files[i], mostFrames, &result, reason) ||
+            !HasItsRecipe(line, result, part, reason))
             return false;
     }
     return true;

@@ -14,6 +14,8 @@ namespace kfx::commands {
 namespace {
 
 constexpr double kMostBytes = 1e15;
+constexpr char kSizesTaken[] = "takes a number of bytes as 500000, 500K, 1.5M or 2MiB, not ";
+constexpr char kWordsTaken[] = "takes scale, frames and lossy, divided by commas, not ";
 
 struct ByteUnit {
     const char* name;
@@ -47,15 +49,11 @@ bool Allow(const std::string& word, FitOptions* options) {
     return false;
 }
 
-bool ReadAllowed(FitOptions* options, std::string* error) {
-    const std::string text = InSmallLetters(options->allowed);
+bool ReadAllowed(const std::string& list, FitOptions* options) {
+    const std::string text = InSmallLetters(list);
     for (size_t start = 0, end = 0; end != std::string::npos; start = end + 1) {
         end = text.find(',', start);
-        const std::string word = text.substr(start, end == std::string::npos ? end : end - start);
-        if (Allow(word, options)) continue;
-        *error =
-            "--allow takes scale, frames and lossy, divided by commas, not \"" + options->allowed + "\".";
-        return false;
+        if (!Allow(text.substr(start, end == std::string::npos ? end : end - start), options)) return false;
     }
     return true;
 }
@@ -78,14 +76,24 @@ std::string FixedAlready(const CommandLine& line) {
 }  // namespace
 
 void AddFitOptions(CLI::App* command, FitOptions* options) {
+    const auto checkSize = [](const std::string& text) {
+        uint64_t bytes = 0;
+        return ParseBytes(text, &bytes) ? std::string() : kSizesTaken + ("\"" + text + "\"");
+    };
+    const auto checkAllowed = [](const std::string& text) {
+        FitOptions unused;
+        return ReadAllowed(text, &unused) ? std::string() : kWordsTaken + ("\"" + text + "\"");
+    };
     command
         ->add_option("--max-size", options->size,
                      "Find the settings that look best within so many bytes: 500K, 1.5M, 2MiB")
-        ->type_name("SIZE");
+        ->type_name("SIZE")
+        ->check(checkSize);
     command
         ->add_option("--allow", options->allowed,
                      "What --max-size may give up, too: scale, frames, lossy, or several with commas")
-        ->type_name("LIST");
+        ->type_name("LIST")
+        ->check(checkAllowed);
 }
 
 bool ParseBytes(const std::string& text, uint64_t* bytes) {
@@ -112,14 +120,11 @@ bool CheckFit(CommandLine* line, std::string* error) {
         *error = "--allow says what --max-size may give up; add --max-size, or leave it out.";
         return false;
     }
-    if (!ParseBytes(fit.size, &fit.mostBytes)) {
-        *error =
-            "--max-size takes a number of bytes as 500000, 500K, 1.5M or 2MiB, not \"" + fit.size + "\".";
+    // The parser has refused texts that cannot be read.
+    if (!ParseBytes(fit.size, &fit.mostBytes) || (!fit.allowed.empty() && !ReadAllowed(fit.allowed, &fit)))
         return false;
-    }
     fit.fixedPalette = !line->palette.empty();
     fit.fixedTrueColor = line->trueColor;
-    if (!fit.allowed.empty() && !ReadAllowed(&fit, error)) return false;
     if (IsRawFormat(line->format)) {
         *error = "--max-size is for GIF, WebP and PNG files; video has the same size with all settings.";
         return false;

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "media/animation_writer.h"
+#include "tests/cli/colorful_animation.h"
 #include "tests/cli/program.h"
 #include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
@@ -14,31 +14,6 @@ namespace kfx::test {
 namespace {
 
 using Words = std::vector<std::string>;
-
-// Moving colours that no palette holds exactly.
-void WriteColorful(const std::string& path, int frames, bool transparent) {
-    Animation animation;
-    animation.width = 64;
-    animation.height = 48;
-    animation.loopCount = 2;
-    animation.comment = "many colours";
-    for (int f = 0; f < frames; ++f) {
-        Frame frame;
-        frame.delay = 5 + f % 3;
-        for (int i = 0; i < 64 * 48; ++i) {
-            const int x = i % 64, y = i / 64;
-            const bool hidden = transparent && (x - 32) * (x - 32) + (y - 24) * (y - 24) > 500;
-            frame.pixels.insert(
-                frame.pixels.end(),
-                {static_cast<uint8_t>(x * 4), static_cast<uint8_t>(y * 5 + 3 * f),
-                 static_cast<uint8_t>((x + f) * (y + 2) % 256), static_cast<uint8_t>(hidden ? 0 : 255)});
-        }
-        frame.transparent = transparent;
-        animation.frames.push_back(frame);
-    }
-    std::string error;
-    ASSERT_TRUE(WriteApng(path, animation, &error)) << error;
-}
 
 // The words of an option text, in which quotes hold a name together.
 Words SplitOptions(const std::string& text) {
@@ -225,11 +200,20 @@ TEST_F(Fit, A_picture_is_fitted_and_a_series_is_refused) {
 
 TEST_F(Fit, Wrong_sizes_are_refused) {
     WriteColorful(input, 1, false);
-    for (const std::string size : {"0", "-5", "x", "1T", "1e9", "1.2.3M", "99999999999999999999"}) {
-        const ProgramResult result =
-            RunKestrel(Command("out.gif", {"--effect", "Neon", "--max-size=" + size}));
+    for (const std::string size :
+         {"", "0", "-5", "x", "2X", "1T", "1e9", "1e9G", "1.2.3M", "99999999999999999999"}) {
+        const ProgramResult result = RunKestrel(Command("out.gif", {"--effect", "Neon", "--max-size", size}));
         EXPECT_EQ(result.exitCode, 2) << size;
-        EXPECT_NE(result.err.find("--max-size takes"), std::string::npos) << result.err;
+        EXPECT_EQ(result.err,
+                  "kestrel: --max-size takes a number of bytes as 500000, 500K, 1.5M or 2MiB, not \"" + size +
+                      "\".\n");
+    }
+    for (const std::string list : {"", "size", "scale,", ",scale", "scale frames"}) {
+        const ProgramResult result =
+            RunKestrel(Command("out.gif", {"--effect", "Neon", "--max-size", "1M", "--allow", list}));
+        EXPECT_EQ(result.exitCode, 2) << list;
+        EXPECT_EQ(result.err, "kestrel: --allow takes scale, frames and lossy, divided by commas, not \"" +
+                                  list + "\".\n");
     }
 }
 

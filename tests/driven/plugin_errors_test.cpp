@@ -39,6 +39,14 @@ TEST_F(PluginErrors, The_driven_engine_says_the_same_as_the_direct_one) {
     ExpectSentences(WrongCommands(folder.path), folder.path, {"--through-plugin"});
 }
 
+TEST_F(PluginErrors, What_only_the_direct_engine_can_do_is_refused) {
+    for (const char* option : {"--colors=40", "--max-size=1M"}) {
+        const std::string said = Failing(2, Apply({"--effect", "Bump", option}));
+        EXPECT_THAT(said, HasSubstr(std::string(option).substr(0, std::string(option).find('='))));
+        EXPECT_THAT(said, HasSubstr("leave out --through-plugin."));
+    }
+}
+
 TEST_F(PluginErrors, A_missing_plugin_is_named) {
     EXPECT_THAT(Failing(5, Apply({"--effect", "Bump", "--plugin", folder.path + "no.dll"})),
                 HasSubstr("no.dll"));
