@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "commands/alpha_pixels.h"
 #include "commands/resize_frame.h"
@@ -15,6 +16,8 @@ constexpr int kReach = 3;
 constexpr float kWeights[2 * kReach + 1] = {1 / 64.0F,  6 / 64.0F, 15 / 64.0F, 20 / 64.0F,
                                             15 / 64.0F, 6 / 64.0F, 1 / 64.0F};
 constexpr int kStep = 2;  // means are taken at each second row and column
+constexpr size_t kBlockSide = 16;
+constexpr double kWideWeight = 3;
 
 // What is averaged for a place.
 enum Plane { kLuma, kBlue, kRed, kWanted, kWantedSquare, kShown, kShownSquare, kPlanes };
@@ -52,6 +55,7 @@ size_t Clamped(int place, size_t count) {
 
 double Deviation(float mean, float square) { return std::sqrt(std::max(0.0F, square - mean * mean)); }
 
+// The error of means over a small neighbourhood.
 double PlaceError(const std::array<float, kPlanes>& mean) {
     const double grain =
         Deviation(mean[kShown], mean[kShownSquare]) - Deviation(mean[kWanted], mean[kWantedSquare]);
@@ -59,8 +63,21 @@ double PlaceError(const std::array<float, kPlanes>& mean) {
     return double{mean[kLuma]} * mean[kLuma] + color + (grain < 0 ? 1 : 0.125) * grain * grain;
 }
 
-// The error summed over the places of one row, from the column sums.
-double RowError(const Planes& columns, size_t width) {
+// Sums of what has been averaged over the places of a wide block.
+struct BlockSums {
+    double luma = 0, blue = 0, red = 0;
+    double places = 0;
+};
+
+// The block's error for each of its places together.
+double BlockError(const BlockSums& block) {
+    if (block.places == 0) return 0;
+    return (block.luma * block.luma + block.blue * block.blue + block.red * block.red) / block.places;
+}
+
+// The errors of small neighbourhoods summed over the places of one row, from the column sums. Adds the places
+// to the wide blocks, too.
+double RowError(const Planes& columns, size_t width, std::vector<BlockSums>* blocks) {
     double sum = 0;
     for (size_t x = 0; x < width; x += kStep) {
         std::array<float, kPlanes> mean = {};
@@ -70,6 +87,11 @@ double RowError(const Planes& columns, size_t width) {
                 mean[plane] += kWeights[i + kReach] * columns[plane][from];
         }
         sum += PlaceError(mean);
+        BlockSums& block = (*blocks)[x / kBlockSide];
+        block.luma += double{mean[kLuma]};
+        block.blue += double{mean[kBlue]};
+        block.red += double{mean[kRed]};
+        ++block.places;
     }
     return sum;
 }
@@ -83,7 +105,8 @@ double OpaqueError(const uint8_t* wanted, const uint8_t* shown, size_t width, si
     }
     for (auto& plane : columns) plane.resize(width);
     size_t filled = 0;
-    double sum = 0;
+    double small = 0, wide = 0;
+    std::vector<BlockSums> blocks((width + kBlockSide - 1) / kBlockSide);
     for (size_t y = 0; y < height; y += kStep) {
         for (; filled < height && filled <= y + kReach; ++filled)
             FillRow(wanted + 4 * width * filled, shown + 4 * width * filled, width,
@@ -97,10 +120,12 @@ double OpaqueError(const uint8_t* wanted, const uint8_t* shown, size_t width, si
                 for (size_t x = 0; x < width; ++x) to[x] += kWeights[i + kReach] * from[x];
             }
         }
-        sum += RowError(columns, width);
+        small += RowError(columns, width, &blocks);
+        if ((y + kStep) % kBlockSide != 0 && y + kStep < height) continue;
+        for (BlockSums& block : blocks) wide += BlockError(std::exchange(block, {}));
     }
     const size_t places = ((width + kStep - 1) / kStep) * ((height + kStep - 1) / kStep);
-    return sum / static_cast<double>(places);
+    return (small + kWideWeight * wide) / (1 + kWideWeight) / static_cast<double>(places);
 }
 
 bool IsOpaque(const std::vector<uint8_t>& pixels) {

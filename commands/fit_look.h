@@ -12,9 +12,13 @@
 // `lost` and `gained` say by how much the standard deviation of Y under the same weights is smaller or larger
 // than it was: detail that has been smoothed away, and grain that has come. Wang, Bovik, Sheikh and
 // Simoncelli compare contrasts so ("Image quality assessment: from error visibility to structural
-// similarity", IEEE TIP 13, 2004), but in both directions alike. The look is 10 log10(255^2 / mean error) in
-// decibels, over all places and over the time that each picture is shown: like PSNR, 20 log10(255 / n) for
-// pictures that are evenly brighter by n.
+// similarity", IEEE TIP 13, 2004), but in both directions alike.
+//
+// What differs over a wide area is seen more clearly than what differs in detail, and its colour as clearly
+// as its brightness. The means over blocks of 16 x 16 pixels have the error D(Y)^2 + D(Cb)^2 + D(Cr)^2, with
+// three times the weight of the small neighbourhoods. The look is 10 log10(255^2 / mean error) in decibels,
+// over all places and over the time that each picture is shown: like PSNR, 20 log10(255 / n) for pictures
+// that are evenly brighter by n.
 #pragma once
 
 #include <cstddef>

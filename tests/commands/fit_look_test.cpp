@@ -128,7 +128,24 @@ TEST(FitLook, Smaller_scales_look_worse) {
         }
     }
     // Lost detail counts although neighbours have the same mean.
-    EXPECT_LT(Look(Draw(Texture), ScaledDownAndUp(Draw(Texture), 50)), 28);
+    EXPECT_LT(Look(Draw(Texture), ScaledDownAndUp(Draw(Texture), 50)), 34);
+}
+
+// Two coloured areas with a coarse black pattern.
+RgbColor ColoredPattern(int x, int y) {
+    if ((x * 37 + y * 61 + x * y) / 8 % 2 == 0) return {0, 0, 0};
+    return x < kWidth / 2 ? RgbColor{255, 220, 40} : RgbColor{30, 40, 200};
+}
+
+TEST(FitLook, The_colours_of_wide_areas_count_more_than_sharp_detail) {
+    const Frame wanted = Draw(ColoredPattern);
+    Frame gray = wanted;
+    for (size_t i = 0; i < gray.pixels.size(); i += 4) {
+        uint8_t* const pixel = &gray.pixels[i];
+        const int level = (299 * pixel[0] + 587 * pixel[1] + 114 * pixel[2]) / 1000;
+        pixel[0] = pixel[1] = pixel[2] = static_cast<uint8_t>(level);
+    }
+    EXPECT_GT(Look(wanted, ScaledDownAndUp(wanted, 50)), Look(wanted, gray) + 3);
 }
 
 TEST(FitLook, Wrong_colours_count_at_equal_luma) {
