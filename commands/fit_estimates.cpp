@@ -9,7 +9,9 @@ namespace {
 constexpr double kNothingFits = -1;
 // A dithered palette must come as near as that to the best one for its other settings to be judged as well.
 constexpr double kNearEnough = 1;  // decibels
-constexpr int kMostWorse = 2;      // scales in turn
+// On one frame it may seem to be by so much worse than on the others.
+constexpr double kFarBehind = kNearEnough + 2;
+constexpr int kMostWorse = 2;  // scales in turn
 
 bool Fits(const FitEstimates& estimates, const FitEstimate& estimate) {
     return !estimate.impossible && estimate.bytes <= static_cast<double>(estimates.mostBytes);
@@ -56,12 +58,25 @@ bool EstimateGroups(FitEstimates* estimates, const std::vector<FitGroup>& groups
     return true;
 }
 
+// Whether settings look so much worse than `best` on one frame that the others need not be judged.
+bool IsFarBehind(const FitEstimates& estimates, const FitSettings& settings, double best, bool* isBehind,
+                 Failure* failure) {
+    FitTrial trial;
+    const TrialEnd end = MakeSampleTrial(estimates.work, estimates.sample.still, settings, &trial, failure);
+    *isBehind = end == TrialEnd::Done && trial.look < best - kFarBehind;
+    return end != TrialEnd::Failed;
+}
+
 // The fixed palettes, each dithered at first.
 bool EstimatePalettes(FitEstimates* estimates, Failure* failure) {
     const CommandLine& line = estimates->work.line;
     const double best = BestLook(*estimates, 0);
     for (const FitGroup& group : PaletteGroups(line, estimates->subject)) {
         size_t place = 0;
+        bool isBehind = false;
+        if (best != kNothingFits && !IsFarBehind(*estimates, group.steps[0], best, &isBehind, failure))
+            return false;
+        if (isBehind) continue;
         if (!EstimateSettings(estimates, group.steps[0], &place, failure)) return false;
         if (best != kNothingFits && estimates->pool[place].look < best - kNearEnough) continue;
         if (!EstimateGroups(estimates, OtherWaysOf(line, estimates->subject, group.steps[0]), failure))
@@ -114,13 +129,14 @@ bool EstimateSettings(FitEstimates* estimates, const FitSettings& settings, size
     }
     estimates->tell(settings);
     FitTrial trial;
-    const TrialEnd end = MakeTrial(estimates->work, estimates->sample.frames, settings, &trial, failure);
+    const TrialEnd end =
+        MakeSampleTrial(estimates->work, estimates->sample.frames, settings, &trial, failure);
     if (end == TrialEnd::Failed) return false;
     FitEstimate estimate;
     estimate.settings = settings;
     estimate.impossible = end == TrialEnd::Impossible;
     estimate.bytes = static_cast<double>(trial.bytes) * estimates->sample.parts +
-                     static_cast<double>(estimates->sample.beside);
+                     static_cast<double>(estimates->sample.beside + trial.recipeBytes);
     estimate.look = trial.look;
     estimates->pool.push_back(estimate);
     return true;

@@ -15,6 +15,7 @@ namespace {
 
 constexpr size_t kMostTrials = 14;
 constexpr size_t kMostRefinements = 3;
+constexpr int kFinestPart = 8;  // of the colours or of the quality: a smaller step is hardly seen
 constexpr double kNoLook = -1;
 constexpr size_t kNoPlace = SIZE_MAX;
 constexpr double kVisible = 0.01;  // decibels: less is no better look
@@ -161,7 +162,7 @@ bool Refine(Search* search, Failure* failure) {
     const FitSettings chosen = found.tried[found.chosen].settings;
     if (line.colors > 0 && chosen.palette == "custom") return true;
     int low = StepNumberOf(chosen), high = TooLargeBeside(*search, chosen);
-    for (size_t i = 0; i < kMostRefinements && high - low > std::max(1, low / 16); ++i) {
+    for (size_t i = 0; i < kMostRefinements && high - low > std::max(1, low / kFinestPart); ++i) {
         const int middle = (low + high) / 2;
         if (!Try(search, WithStepNumber(chosen, middle), kNoPlace, failure)) return false;
         (found.tried.back().bytes <= search->estimates.mostBytes ? low : high) = middle;

@@ -16,6 +16,7 @@ namespace {
 
 constexpr size_t kRun = 6;  // frames; so that every second and every third can be left out
 constexpr size_t kMostRuns = 2;
+constexpr size_t kFingerprintBytes = 80;  // a recipe's line with it, about
 // For a fifth of a second or less; the other formats take longer than GIF without loss.
 constexpr size_t kMostGifPixels = 500000;
 constexpr size_t kMostOtherPixels = 250000;
@@ -63,34 +64,74 @@ std::vector<size_t> ShownFrames(const Animation& wanted, const Animation& shown,
     return numbers;
 }
 
-// Encodes what has been built, and judges it as a viewer plays it.
-bool Judge(const FitWork& work, const CommandLine& line, const Animation& wanted, FitTrial* trial,
+bool Judge(const CommandLine& line, const Animation& wanted, const Animation& shown, FitTrial* trial,
            Failure* failure) {
-    const ResultOptions options = work.resultOptions(line);
-    const SourceRecord& record = work.session->record;
-    const bool isLossy = HasLoss(options, options.format);
-    Animation shown;
-    if (!isLossy) shown = PlayBuilt(work.session->built, record);
-    WrittenResult written;
-    std::string error;
-    if (!EncodeResult(std::move(work.session->built), record, options, &written, &trial->file, &error)) {
-        *failure = {kExitBadOutput, ShownPath(line.output) + ": " + error + "."};
-        return false;
-    }
-    ReadLimits limits;
-    limits.maxPixels = std::numeric_limits<uint64_t>::max();
-    if (shown.frames.empty() &&
-        !ReadAnimationFromMemory(trial->file.data(), trial->file.size(), &shown, &error, limits)) {
-        *failure = {kExitEngine, "a trial could not be read again: " + error + "."};
-        return false;
-    }
-    trial->note = written.note;
-    if (options.fingerprint) trial->fingerprint = isLossy ? FingerprintOf(shown) : written.fingerprint;
-    trial->bytes = trial->file.size();
     trial->look = CompareLooks(wanted, shown, ShownFrames(wanted, shown, line.resultEdits.every));
     if (trial->look >= 0) return true;
     *failure = {kExitEngine, "there is not enough memory to compare the frames."};
     return false;
+}
+
+// Encodes what has been built into the trial's file.
+bool Encode(const FitWork& work, const CommandLine& line, const ResultOptions& options, FitTrial* trial,
+            Failure* failure) {
+    WrittenResult written;
+    std::string error;
+    if (!EncodeResult(std::move(work.session->built), work.session->record, options, &written, &trial->file,
+                      &error)) {
+        *failure = {kExitBadOutput, ShownPath(line.output) + ": " + error + "."};
+        return false;
+    }
+    trial->note = written.note;
+    trial->fingerprint = written.fingerprint;
+    trial->bytes = trial->file.size();
+    return true;
+}
+
+// Encodes what has been built, and judges it as a viewer plays it. A file with loss is read again for that;
+// other frames are judged before they are encoded, so that there is memory for it.
+bool EncodeAndJudge(const FitWork& work, const CommandLine& line, const Animation& wanted,
+                    ResultOptions options, FitTrial* trial, Failure* failure) {
+    if (!HasLoss(options, options.format)) {
+        const bool isJudged =
+            Judge(line, wanted, PlayBuilt(work.session->built, work.session->record), trial, failure);
+        return isJudged && Encode(work, line, options, trial, failure);
+    }
+    const bool wantsFingerprint = std::exchange(options.fingerprint, false);
+    if (!Encode(work, line, options, trial, failure)) return false;
+    Animation shown;
+    std::string error;
+    ReadLimits limits;
+    limits.maxPixels = std::numeric_limits<uint64_t>::max();
+    if (!ReadAnimationFromMemory(trial->file.data(), trial->file.size(), &shown, &error, limits)) {
+        *failure = {kExitEngine, "a trial could not be read again: " + error + "."};
+        return false;
+    }
+    if (wantsFingerprint) trial->fingerprint = FingerprintOf(shown);
+    return Judge(line, wanted, shown, trial, failure);
+}
+
+TrialEnd MakeAny(const FitWork& work, const Animation& wanted, const FitSettings& settings, bool isSample,
+                 FitTrial* trial, Failure* failure) {
+    *trial = {};
+    trial->settings = settings;
+    const CommandLine line = LineWith(work.line, settings);
+    const TrialEnd end = Build(work, line, wanted, &trial->notes, failure);
+    if (end != TrialEnd::Done) return end;
+    const BuiltAnimation& built = work.session->built;
+    trial->frames = built.frames.size();
+    trial->width = built.width;
+    trial->height = built.height;
+    trial->colors = CountColors(built, work.session->record);
+    ResultOptions options = work.resultOptions(line);
+    if (isSample) {
+        const RecipeDraft recipe = std::exchange(options.recipe, {});
+        if (!recipe.head.empty())
+            trial->recipeBytes = recipe.head.size() + kFingerprintBytes + recipe.tail.size();
+        options.fingerprint = false;
+    }
+    return EncodeAndJudge(work, line, wanted, std::move(options), trial, failure) ? TrialEnd::Done
+                                                                                  : TrialEnd::Failed;
 }
 
 // The middle of the pictures, so that they have so many pixels at most.
@@ -113,17 +154,12 @@ void CropMiddle(size_t mostPixels, Animation* animation) {
 
 TrialEnd MakeTrial(const FitWork& work, const Animation& wanted, const FitSettings& settings, FitTrial* trial,
                    Failure* failure) {
-    *trial = {};
-    trial->settings = settings;
-    const CommandLine line = LineWith(work.line, settings);
-    const TrialEnd end = Build(work, line, wanted, &trial->notes, failure);
-    if (end != TrialEnd::Done) return end;
-    const BuiltAnimation& built = work.session->built;
-    trial->frames = built.frames.size();
-    trial->width = built.width;
-    trial->height = built.height;
-    trial->colors = CountColors(built, work.session->record);
-    return Judge(work, line, wanted, trial, failure) ? TrialEnd::Done : TrialEnd::Failed;
+    return MakeAny(work, wanted, settings, false, trial, failure);
+}
+
+TrialEnd MakeSampleTrial(const FitWork& work, const Animation& wanted, const FitSettings& settings,
+                         FitTrial* trial, Failure* failure) {
+    return MakeAny(work, wanted, settings, true, trial, failure);
 }
 
 FitSample TakeSample(const CommandLine& line, const Animation& wanted) {
@@ -147,6 +183,8 @@ FitSample TakeSample(const CommandLine& line, const Animation& wanted) {
     const size_t mostPixels = line.format == "gif" && !line.fit.lossy ? kMostGifPixels : kMostOtherPixels;
     CropMiddle(std::max<size_t>(1, mostPixels / frames.frames.size()), &frames);
     sample.parts = all / (static_cast<double>(frames.frames.size()) * frames.width * frames.height);
+    sample.still = frames;
+    sample.still.frames.resize(1);
     const Metadata& metadata = wanted.metadata;
     sample.beside =
         wanted.comment.size() + metadata.colorProfile.size() + metadata.exif.size() + metadata.xmp.size();

@@ -24,8 +24,9 @@ struct FitWork {
 
 struct FitTrial {
     FitSettings settings;
-    uint64_t bytes = 0;  // of the file
-    double look = 0;     // decibels; see fit_look.h
+    uint64_t bytes = 0;        // of the file
+    uint64_t recipeBytes = 0;  // of a sample's trial: what the result's recipe takes, about
+    double look = 0;           // decibels; see fit_look.h
     size_t frames = 0;
     size_t colors = 0;
     int width = 0;
@@ -45,11 +46,16 @@ enum class TrialEnd {
 // `wanted` are the finished frames in true colour and full size.
 TrialEnd MakeTrial(const FitWork& work, const Animation& wanted, const FitSettings& settings, FitTrial* trial,
                    Failure* failure);
+// The same with frames of a sample. The file has no recipe, whose fingerprint would take time;
+// trial->recipeBytes says how many bytes it takes.
+TrialEnd MakeSampleTrial(const FitWork& work, const Animation& wanted, const FitSettings& settings,
+                         FitTrial* trial, Failure* failure);
 
 // A part of an animation by which settings can be judged: runs of neighbouring frames, because files store
 // what changes, and of large ones the middle of the picture.
 struct FitSample {
     Animation frames;     // without comment and metadata
+    Animation still;      // the first of them
     double parts = 1;     // how many times as many pixels there are in all
     uint64_t beside = 0;  // bytes of comment and metadata
 };
