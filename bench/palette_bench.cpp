@@ -84,6 +84,30 @@ void QuantizeAnimation(benchmark::State& state) {
     state.counters["colours"] = static_cast<double>(colors);
 }
 
+// Frames whose 250 colours are all kept. `range(0)` is what one differs from the next by: some steps make
+// hash tables slow.
+void QuantizeFewColors(benchmark::State& state) {
+    const auto step = static_cast<uint32_t>(state.range(0));
+    FrameList frames = {};
+    const ImageHandle picture = CreateDib(kWidth, kHeight, nullptr, 24);
+    {
+        const ImageLock lock(picture);
+        for (int32_t y = 0; y < kHeight; ++y)
+            for (int32_t x = 0; x < kWidth; ++x)
+                SetDibPixel(lock.image, x, y,
+                            static_cast<uint32_t>((x * 7 + y * 13) % 250) * step & 0xFFFFFF);
+    }
+    FrameEntry entry = {};
+    entry.image = picture;
+    if (!AppendFrame(&frames, entry)) state.SkipWithError("no memory");
+    for (auto _ : state) {
+        uint8_t palette[kPaletteBytes];
+        uint32_t colors = 256;
+        benchmark::DoNotOptimize(Quantize(&colors, palette, frames));
+    }
+    FreeFrames(&frames);
+}
+
 void QuantizeReference(benchmark::State& state) {
     const std::vector<ImageHandle> frames = FirstFrames(8);
     for (auto _ : state) benchmark::DoNotOptimize(test::ReferenceQuantize(256, frames));
@@ -156,6 +180,7 @@ void WholeBuild(benchmark::State& state, bool dither, bool supercompress, bool f
 }
 
 BENCHMARK(QuantizeAnimation)->ArgName("colors")->Arg(256)->Arg(255)->Unit(benchmark::kMillisecond);
+BENCHMARK(QuantizeFewColors)->ArgName("step")->Arg(0x10107)->Arg(46368)->Unit(benchmark::kMillisecond);
 BENCHMARK(QuantizeReference)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(Remap, PlainRemap)->ArgName("fast")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(RemapReference, test::ReferencePlainRemap)

@@ -2,6 +2,7 @@
 #include "builder/quantizer.h"
 
 #include <cstring>
+#include <iterator>
 
 #include "builder/color_cells.h"
 #include "builder/color_cube.h"
@@ -11,6 +12,15 @@ namespace {
 
 constexpr uint32_t kMostColors = 256;
 
+constexpr uint32_t kPlaces = 1024;
+// With so few colours in the table nearly every one is found within this many steps. When one is not, they
+// are colours that this way of spreading puts together: another way is taken, as often as there is one left.
+constexpr uint32_t kLongestSearch = 16;
+constexpr uint32_t kSpreads[] = {
+    0x9E3779B1,  // 2^32 over the golden ratio
+    0x85EBCA77, 0xC2B2AE3D, 0x27D4EB2F, 0x165667B1, 0x2C1B3C6D, 0x297A2D39, 0xD3A2646D,  // other odd numbers
+};
+
 // The different colours in order of first appearance, up to 256 of them.
 struct ColorList {
     uint32_t count = 0;
@@ -18,19 +28,41 @@ struct ColorList {
     // them.
     bool more = false;
     uint8_t colors[kPaletteBytes] = {};  // red, green, blue
-    uint32_t places[1024] = {};          // hash table of colours plus one; 0: free
+    uint32_t places[kPlaces] = {};       // hash table of colours plus one; 0: free
+    uint32_t spread = 0;                 // which of kSpreads
 };
 
+// The place of a colour, or the free place for it. `*steps` is how many places were looked at.
+uint32_t FindPlace(const ColorList& list, uint32_t color, uint32_t* steps) {
+    uint32_t place = color * kSpreads[list.spread] >> 22;
+    for (*steps = 1; list.places[place] && list.places[place] != color + 1; ++*steps)
+        place = (place + 1) % kPlaces;
+    return place;
+}
+
+// Puts all colours into their places again, in the next way of spreading them.
+void SpreadAnew(ColorList* list) {
+    ++list->spread;
+    std::memset(list->places, 0, sizeof list->places);
+    const uint8_t* entry = list->colors;
+    for (uint32_t i = 0; i < list->count; ++i, entry += 3) {
+        const uint32_t color = Rgb(entry[0], entry[1], entry[2]);
+        uint32_t steps;
+        list->places[FindPlace(*list, color, &steps)] = color + 1;
+    }
+}
+
 void AddColor(ColorList* list, uint32_t color) {
-    constexpr uint32_t kSpread = 0x9E3779B1u;  // 2^32 over the golden ratio
-    uint32_t place = color * kSpread >> 22;
-    for (; list->places[place]; place = (place + 1) % 1024)
-        if (list->places[place] == color + 1) return;
-    list->places[place] = color + 1;
-    uint8_t* entry = list->colors + 3 * list->count++;
-    entry[0] = static_cast<uint8_t>(RedOf(color));
-    entry[1] = static_cast<uint8_t>(GreenOf(color));
-    entry[2] = static_cast<uint8_t>(BlueOf(color));
+    uint32_t steps;
+    const uint32_t place = FindPlace(*list, color, &steps);
+    if (!list->places[place]) {
+        list->places[place] = color + 1;
+        uint8_t* entry = list->colors + 3 * list->count++;
+        entry[0] = static_cast<uint8_t>(RedOf(color));
+        entry[1] = static_cast<uint8_t>(GreenOf(color));
+        entry[2] = static_cast<uint8_t>(BlueOf(color));
+    }
+    if (steps > kLongestSearch && list->spread + 1 < std::size(kSpreads)) SpreadAnew(list);
 }
 
 void ListColorsOfRow(ColorList* list, const uint8_t* row, int32_t width) {

@@ -100,6 +100,24 @@ TEST(Quantizer, Every_count_of_colours_from_1_to_300_gives_the_reference) {
     }
 }
 
+// Equal steps that the table of colours puts together, and steps that lie well apart in it.
+TEST(Quantizer, Colours_in_equal_steps_are_listed_in_order_of_first_appearance) {
+    for (const uint32_t step : {46368u, 28657u, 17711u, 1u, 256u, 65536u / 250, 0x10107u}) {
+        std::vector<uint32_t> colors;
+        for (uint32_t i = 0; i < 250; ++i) colors.push_back(i * step & 0xFFFFFF);
+        std::vector<uint32_t> twice = colors;
+        twice.insert(twice.end(), colors.rbegin(), colors.rend());
+        Frames frames;
+        frames.Add(PictureOf(twice, 25, 20));
+        const Found found = RunQuantize(256, frames.list);
+        ASSERT_TRUE(found.ok);
+        ASSERT_EQ(found.colors, 250u) << "step " << step;
+        for (size_t i = 0; i < colors.size(); ++i)
+            ASSERT_EQ(Rgb(found.bytes[3 * i], found.bytes[3 * i + 1], found.bytes[3 * i + 2]), colors[i])
+                << "step " << step << ", colour " << i;
+    }
+}
+
 TEST(Quantizer, Exactly_256_colours_are_listed_only_when_the_last_one_is_the_last_pixel) {
     const std::vector<uint32_t> colors = DifferentColors(256, 9);
     Frames exact, longer;
