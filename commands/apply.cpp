@@ -10,6 +10,7 @@
 
 #include "commands/alpha_pixels.h"
 #include "commands/batch_plan.h"
+#include "commands/console.h"
 #include "commands/done_check.h"
 #include "commands/fit.h"
 #include "commands/journey_seam.h"
@@ -220,6 +221,17 @@ void NoteBuild(const CommandLine& line, const HostSession& session, const Pipeli
     }
 }
 
+// A source, or --loop, may say more than the format can.
+void NoteLoop(const CommandLine& line, int repeats, Report* report) {
+    constexpr int kMostOfWebp = 65534, kMostOfGif = 65535;  // the first counts all showings, up to 65535
+    if (line.format != "webp" && line.format != "gif") return;
+    const int most = line.format == "webp" ? kMostOfWebp : kMostOfGif;
+    if (repeats <= most) return;
+    report->notes.push_back(ShownPath(line.output) + ": is played " + std::to_string(int64_t{most} + 1) +
+                            " times, the most that the file can say, not " +
+                            std::to_string(int64_t{repeats} + 1) + ".");
+}
+
 // Whether the last frame leads into the first; notes why not.
 bool NoteSeam(const CommandLine& line, const HostSession& session, Report* report) {
     std::vector<std::string> clauses;
@@ -245,6 +257,7 @@ Report Apply(const CommandLine& line, const CommandContext& context) {
     if (line.delay >= 0) edits.stillDelay = line.delay;
     if (!EditFrames(edits, LimitsOf(line), &source, &failure)) return FailedReport(failure);
     if (!MayBegin(line, source, &report)) return report;
+    const int repeats = source.loopCount;
     PipelineNotes notes;
     FitFound fit;
     const bool fits = line.fit.mostBytes > 0;
@@ -259,6 +272,7 @@ Report Apply(const CommandLine& line, const CommandContext& context) {
     const int64_t effectTime = session.effectMicroseconds;
     const int64_t buildTime = std::max<int64_t>(MicrosecondsSince(buildStart) - effectTime, 0);
     NoteBuild(line, session, notes, &report);
+    NoteLoop(line, repeats, &report);
     const bool seamless = line.journeys.seamless && NoteSeam(line, session, &report);
     const ResultCounts counts = fits ? CountsOf(fit.tried[fit.chosen]) : CountsOf(session);
     WrittenResult written;
@@ -301,7 +315,12 @@ Report RunApply(const CommandLine& given, const CommandContext& context) {
     CommandLine line = given;
     Failure failure;
     const bool isNamed = !NamesFolder(line.output) || NameResult(&line, &failure);
-    Report report = isNamed ? Apply(line, context) : FailedReport(failure);
+    const bool isShown = IsStream(line.output) && OutputIsTerminal();
+    if (isShown)
+        failure = {kExitBadOutput,
+                   "standard output is a terminal, which cannot show a picture; send it to a file or a "
+                   "program, or name a file with -o."};
+    Report report = isNamed && !isShown ? Apply(line, context) : FailedReport(failure);
     nlohmann::ordered_json result = NamesOf(line);
     result.update(report.result);
     report.result = std::move(result);

@@ -23,7 +23,10 @@ void WriteStandardError(const std::string& text);
 // Whether standard error is a terminal that can draw over a line, where somebody watches.
 bool ErrorsAreWatched();
 
-// How many columns that terminal has.
+// Whether standard output is a terminal, which would show a picture's bytes as text.
+bool OutputIsTerminal();
+
+// How many columns the terminal of standard error has.
 size_t TerminalColumns();
 
 // All bytes up to the end of standard input. False: `*reason` is a clause.

@@ -70,6 +70,8 @@ bool ErrorsAreWatched() {
     return isatty(STDERR_FILENO) != 0 && !(kind && std::strcmp(kind, "dumb") == 0);
 }
 
+bool OutputIsTerminal() { return isatty(STDOUT_FILENO) != 0; }
+
 size_t TerminalColumns() {
     constexpr size_t kUsual = 80;
     struct winsize size = {};

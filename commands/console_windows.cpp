@@ -79,6 +79,11 @@ bool ErrorsAreWatched() {
     return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
 }
 
+bool OutputIsTerminal() {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
+}
+
 size_t TerminalColumns() {
     constexpr size_t kUsual = 80;
     CONSOLE_SCREEN_BUFFER_INFO screen = {};

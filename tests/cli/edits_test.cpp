@@ -93,6 +93,29 @@ TEST_F(Edits, One_frame_of_many_is_one_picture_file) {
     EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out.png"}));
 }
 
+TEST_F(Edits, A_number_of_repetitions_that_a_file_cannot_say_is_noted) {
+    WriteTestGif(input, 2);
+    const std::vector<std::string> words = {"apply",  input,  "-o", folder.path + "out.webp",
+                                            "--loop", "65536"};
+    EXPECT_EQ(RunKestrel(words).err,
+              "kestrel: note: " + folder.path +
+                  "out.webp: is played 65535 times, the most that the file can say, not "
+                  "65536.\n");
+    EXPECT_EQ(ReadBack(folder.path + "out.webp").loopCount, 65534);
+    for (const char* name : {"out.gif", "out.apng"}) {
+        EXPECT_EQ(RunKestrel({"apply", input, "-o", folder.path + name, "--loop", "65536"}).err, "");
+        EXPECT_EQ(ReadBack(folder.path + name).loopCount, 65535);
+    }
+    Animation often = ReadBack(folder.path + "out.apng");
+    std::string error;
+    often.loopCount = 99999;
+    ASSERT_TRUE(WriteApng(folder.path + "often.apng", often, &error)) << error;
+    EXPECT_THAT(
+        RunKestrel({"apply", folder.path + "often.apng", "-o", folder.path + "often.gif", "--effect", "Bump"})
+            .err,
+        HasSubstr("often.gif: is played 65536 times, the most that the file can say, not 100000."));
+}
+
 TEST_F(Edits, What_does_not_fit_the_animation_is_a_wrong_command) {
     WriteTestGif(input, 5);
     const ProgramResult result =

@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <thread>
@@ -127,6 +128,29 @@ TEST_F(Streams, A_result_that_finds_no_room_is_lost_and_that_is_said) {
     close(err);
     EXPECT_EQ(WaitForEnd(process), 4);
     EXPECT_THAT(ReadText(errors), HasSubstr("standard output: it cannot be written ("));
+}
+
+TEST_F(Streams, A_picture_is_not_written_to_a_terminal) {
+    const int controller = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(controller, 0);
+    ASSERT_EQ(grantpt(controller), 0);
+    ASSERT_EQ(unlockpt(controller), 0);
+    const int terminal = open(ptsname(controller), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_GE(terminal, 0);
+    const std::string errors = folder.path + "errors";
+    const int err = open(errors.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    const pid_t process = StartKestrel(
+        {"apply", input, "-o", "-", "--format", "gif", "--frames", "0-0", "--effect", "Bump"}, terminal, err);
+    close(err);
+    EXPECT_EQ(WaitForEnd(process), 4);
+    EXPECT_EQ(ReadText(errors),
+              "kestrel: standard output is a terminal, which cannot show a picture; send it to a file or a "
+              "program, or name a file with -o.\n");
+    fcntl(controller, F_SETFL, O_NONBLOCK);
+    char byte = 0;
+    EXPECT_LT(read(controller, &byte, 1), 0) << "something was written";
+    close(terminal);
+    close(controller);
 }
 
 // The second file of the series is a pipe that nobody reads: the program has written the first file under its
