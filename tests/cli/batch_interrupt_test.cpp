@@ -6,7 +6,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -52,17 +51,6 @@ struct BatchInterrupt : ::testing::Test {
         }));
     }
 
-    // The processes that the threads of the program have started.
-    std::vector<pid_t> Children() const {
-        std::vector<pid_t> children;
-        for (const auto& task :
-             std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
-            std::ifstream list(task.path() / "children");
-            for (pid_t child; list >> child;) children.push_back(child);
-        }
-        return children;
-    }
-
     void ExpectOnlyWholeFiles() const {
         EXPECT_EQ(FilesIn(out), (std::vector<std::string>{"a.png", "b-001.png", "c.png"}));
         EXPECT_EQ(ReadBack(out + "a.png").frames.size(), 1u);
@@ -84,8 +72,8 @@ TEST_F(BatchInterrupt, Ends_by_any_signal_to_end) {
 }
 
 TEST_F(BatchInterrupt, A_process_that_is_killed_is_a_failure_of_its_file_only) {
-    EXPECT_TRUE(WaitFor([&] { return Children().size() == 1; })) << "the other two have ended";
-    const std::vector<pid_t> children = Children();
+    EXPECT_TRUE(WaitFor([&] { return ChildrenOf(process).size() == 1; })) << "the other two have ended";
+    const std::vector<pid_t> children = ChildrenOf(process);
     ASSERT_EQ(children.size(), 1u);
     kill(children[0], SIGKILL);
     EXPECT_EQ(WaitForEnd(process), 5);

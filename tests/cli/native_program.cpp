@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -28,6 +30,16 @@ pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int er
     if (dup2(output, STDOUT_FILENO) < 0 || dup2(errors, STDERR_FILENO) < 0) _exit(98);
     execv(pointers[0], pointers.data());
     _exit(97);
+}
+
+std::vector<pid_t> ChildrenOf(pid_t process) {
+    std::vector<pid_t> children;
+    for (const auto& task :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+        std::ifstream list(task.path() / "children");
+        for (pid_t child; list >> child;) children.push_back(child);
+    }
+    return children;
 }
 
 int WaitForEnd(pid_t process) {

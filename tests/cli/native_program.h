@@ -13,6 +13,9 @@ namespace kfx::test {
 // to close. -1: it did not start.
 pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors, int input = 0);
 
+// The processes that the threads of a program have started.
+std::vector<pid_t> ChildrenOf(pid_t process);
+
 // Waits for its end: the exit code, or minus the number of the signal that ended it.
 int WaitForEnd(pid_t process);
 
