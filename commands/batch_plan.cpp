@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "commands/command_row.h"
+#include "commands/commands.h"
 #include "commands/option_checks.h"
 #include "commands/output_check.h"
 #include "commands/output_format.h"
@@ -145,6 +146,55 @@ void CheckNames(const CommandLine& line, std::vector<BatchItem>* items) {
     }
 }
 
+// "a.png" for "a-012.png", as the first name of a series is made. Empty: it is not named as one of a series.
+std::string NameOfSeries(const std::string& path) {
+    constexpr size_t kLeastDigits = 3;
+    const std::string ending = EndingOf(path);
+    std::string stem = path.substr(0, path.size() - ending.size());
+    size_t digits = 0;
+    while (!stem.empty() && stem.back() >= '0' && stem.back() <= '9') {
+        stem.pop_back();
+        ++digits;
+    }
+    if (digits < kLeastDigits || stem.empty() || stem.back() != '-') return "";
+    stem.pop_back();
+    return FileNameOf(stem).empty() ? "" : stem + ending;
+}
+
+// The files of an item whose result is PNG; `number` is that of its source. What cannot be read has none.
+std::vector<std::string> PicturesOf(const CommandLine& line, const BatchItem& item, size_t number) {
+    Report report;
+    Animation source;
+    Failure failure;
+    if (!ReadSource(line, number, &source, &report) ||
+        !EditFrames(line.edits, LimitsOf(line), &source, &failure))
+        return {};
+    return ResultPaths(item.output, KeptFrames(line.resultEdits, source.frames.size()), item.format);
+}
+
+// A picture of one item's series may have the name of another item's result: frames of "a.gif" and
+// "a-001.gif". How many there are is only known when the file has been read, which is done for those alone.
+void CheckSeries(const CommandLine& line, std::vector<BatchItem>* items) {
+    std::unordered_map<std::string, const BatchItem*> outputs;
+    std::unordered_map<std::string, std::vector<std::string>> pictures;
+    for (const BatchItem& item : *items)
+        if (item.format == "png") outputs.emplace(item.output, &item);
+    for (BatchItem& item : *items) {
+        if (item.format != "png") continue;
+        const auto series = outputs.find(NameOfSeries(item.output));
+        if (series == outputs.end()) continue;
+        const auto [files, isNew] = pictures.emplace(series->first, std::vector<std::string>());
+        if (isNew)
+            files->second =
+                PicturesOf(line, *series->second, static_cast<size_t>(series->second - items->data()));
+        if (std::find(files->second.begin(), files->second.end(), item.output) == files->second.end())
+            continue;
+        item.outputFailure = {kExitBadCommand, series->second->inputs[0] + " and " + item.inputs[0] +
+                                                   ": both results would have a file " + item.output +
+                                                   "; give them different names or folders."};
+    }
+}
+
 // The nearest of a folder and those around it that is there, with its separator. It may be a file.
 std::string ExistingFolder(std::string folder) {
     std::error_code unknown;
@@ -211,6 +261,7 @@ bool PlanBatch(const CommandLine& line, std::vector<BatchItem>* items, Failure* 
         items->push_back(MakeItem(line, source));
     }
     CheckNames(line, items);
+    if (items->size() > 1) CheckSeries(line, items);
     CheckPlaces(line, items);
     return true;
 }

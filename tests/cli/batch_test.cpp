@@ -143,6 +143,19 @@ TEST_F(Batch, Two_inputs_with_one_name_are_refused_before_any_work) {
     EXPECT_FALSE(std::filesystem::exists(PathOf(out)));
 }
 
+TEST_F(Batch, A_picture_of_a_series_and_another_result_do_not_get_one_name) {
+    WriteTestGif(in + "a-001.gif", 1);
+    WriteTestGif(in + "b-002.gif", 1);  // b.gif has the pictures 000 and 001
+    const ProgramResult result = RunKestrel(All({"--format", "png"}));
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.err, "kestrel: " + in + "a.gif and " + in +
+                              "a-001.gif: both results would have a file " + out +
+                              "a-001.png; give them different names or folders.\n");
+    EXPECT_FALSE(std::filesystem::exists(PathOf(out)));
+    EXPECT_EQ(RunKestrel(All({"--format", "png", "--frames", "0"})).exitCode, 0) << "a picture each";
+    EXPECT_EQ(FilesIn(out), (Words{"a-001.png", "a.png", "b-002.png", "b.png", "c.png"}));
+}
+
 TEST_F(Batch, Results_that_exist_are_replaced_on_request_only) {
     std::filesystem::create_directory(PathOf(out));
     WriteText(out + "b.gif", "mine");
