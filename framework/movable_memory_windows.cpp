@@ -30,8 +30,7 @@ MemoryHandle TakeKept(size_t bytes) {
 }
 
 bool IsKept(MemoryHandle memory) {
-    if (keepers == 0 || GlobalSize(memory) < kLeastKeptBytes || (GlobalFlags(memory) & GMEM_LOCKCOUNT) != 0)
-        return false;
+    if (keepers == 0 || GlobalSize(memory) < kLeastKeptBytes) return false;
     if (const HGLOBAL earlier = kept.exchange(memory)) GlobalFree(earlier);
     return true;
 }

@@ -91,13 +91,19 @@ ProgramResult RunKestrel(const std::vector<std::string>& arguments, const std::s
     startup.hStdError = InheritableFile(errPath);
     PROCESS_INFORMATION process = {};
     ProgramResult result;
-    const BOOL started = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                        nullptr, &startup, &process);
+    BOOL started = FALSE;
+    DWORD error = ERROR_INTERNAL_ERROR;
+    // Wine gives a start up with this error when its server is slow; see StartChild in child_process_windows.
+    for (int attempt = 0; !started && error == ERROR_INTERNAL_ERROR && attempt < 3; ++attempt) {
+        started = CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                                 &startup, &process);
+        error = GetLastError();
+    }
     if (startup.hStdInput) CloseHandle(startup.hStdInput);
     CloseHandle(startup.hStdOutput);
     CloseHandle(startup.hStdError);
     if (!started) {
-        ADD_FAILURE() << "kestrel.exe does not start";
+        ADD_FAILURE() << "kestrel.exe does not start: error " << error;
         return result;
     }
     result.peakBytes = WatchUntilEnd(process.hProcess);
