@@ -59,6 +59,23 @@ const HostContext* HostOf(const Build& build) { return build.environment.host; }
 // The window has gone inside a request: the build is given up, and no message is shown.
 bool IsAbandoned(const Build& build) { return !IsPanelOpen(build.environment.window); }
 
+// What all frames say where the build has only some of them; null where it has all.
+const WholeAnimation* HeldWhole(const Build& build) {
+    const WholeAnimation* const whole = build.environment.whole;
+    return whole && whole->use == WholeUse::Hold ? whole : nullptr;
+}
+
+// Frames of the source that are only compared with.
+int32_t FramesBefore(const Build& build) {
+    const WholeAnimation* const whole = HeldWhole(build);
+    return whole ? whole->framesBefore : 0;
+}
+
+bool HasOneFrame(const Build& build) {
+    const WholeAnimation* const whole = HeldWhole(build);
+    return whole ? !whole->hasSeveralFrames : build.frames.count == 1;
+}
+
 // False: the build is abandoned.
 bool TellProgress(const Build& build, int32_t current, int32_t total) {
     RequestProgress(HostOf(build), current, total);
@@ -137,19 +154,38 @@ bool RunEffect(Build* build) {
                                       .source = build->environment.source,
                                       .host = HostOf(*build),
                                       .runner = build->environment.runner};
+        if (build->environment.whole) context.gathered = &build->environment.whole->gathered;
         if (!effect->build(&context) || IsAbandoned(*build)) return false;
     } else if (DecodeAllFrames(build->environment.source, &build->frames) == DecodeResult::Incomplete) {
         // No effect to decode the frames: they are built unchanged, all or none.
         return false;
     }
     if (!TellProgress(*build, 0, 0)) return false;
-    if (build->frames.count == 1) build->options.supercompress = false;
-    return build->frames.count >= 1;
+    if (HasOneFrame(*build)) build->options.supercompress = false;
+    return build->frames.count > FramesBefore(*build);
+}
+
+// The palette that all frames have given. False: there is none.
+bool HoldPalette(const ComputedPalette& palette, Build* build) {
+    std::memcpy(build->palette, palette.colors, kPaletteBytes);
+    build->bitsPerPixel = palette.bitsPerPixel;
+    build->colorCount = palette.colorCount;
+    build->reservedIndex = palette.reservedIndex;
+    return palette.isKnown;
+}
+
+void NotePalette(const Build& build, ComputedPalette* palette) {
+    std::memcpy(palette->colors, build.palette, kPaletteBytes);
+    palette->bitsPerPixel = build.bitsPerPixel;
+    palette->colorCount = build.colorCount;
+    palette->reservedIndex = build.reservedIndex;
+    palette->isKnown = true;
 }
 
 // Replaces the palette by one computed from the frames where that is wanted.
 bool QuantizePalette(Build* build) {
     if (build->options.trueColor || !build->options.customPalette) return true;
+    if (const WholeAnimation* const whole = HeldWhole(*build)) return HoldPalette(whole->palette, build);
     if (!TellStatus(*build, "Quantizing")) return false;
     const bool isLimited = build->options.mostColors > 0;
     const int32_t entries =
@@ -171,6 +207,7 @@ bool QuantizePalette(Build* build) {
     build->reservedIndex = n;
     build->colorCount = n;
     if (ReservesEntry(*build)) PutBackground(build, n);
+    if (build->environment.whole) NotePalette(*build, &build->environment.whole->palette);
     return true;
 }
 
@@ -237,7 +274,7 @@ bool TellRemapping(void* user, int32_t index) {
 bool RemapFrame(void* user, int32_t index, int32_t) {
     auto* remapping = static_cast<Remapping*>(user);
     const Build& build = *remapping->build;
-    if (build.options.trueColor) return true;
+    if (build.options.trueColor || index < FramesBefore(build)) return true;
     FrameEntry entry;
     if (!GetFrame(build.frames, index, &entry)) return false;
     MemoryOwner converted(build.options.dither ? DitherRemap(entry.image, &remapping->target)
@@ -292,7 +329,7 @@ bool OpenTask(Build* build) {
 
 // Hands every frame to the host, in order. False: `*failure` says why.
 bool AddFrames(const Build& build, BuildMessage* failure) {
-    for (int32_t i = 0; i < build.frames.count; ++i) {
+    for (int32_t i = FramesBefore(build); i < build.frames.count; ++i) {
         FrameEntry entry;
         *failure = BuildMessage::MemoryError;
         if (IsAbandoned(build) || !GetFrame(build.frames, i, &entry)) return false;
@@ -337,9 +374,10 @@ int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& option
     Build build(environment, options);
     SettleOptions(&build);
     AskBackgroundColor(&build);
-    if (!ChoosePalette(&build) || !RunEffect(&build) || !QuantizePalette(&build) ||
-        !SupercompressFrames(&build) || !RemapFrames(&build))
+    if (!ChoosePalette(&build) || !RunEffect(&build) || !QuantizePalette(&build))
         return Fail(build, BuildMessage::MemoryError);
+    if (environment.whole && environment.whole->use == WholeUse::Find) return 1;
+    if (!SupercompressFrames(&build) || !RemapFrames(&build)) return Fail(build, BuildMessage::MemoryError);
     if (!OpenTask(&build)) return Fail(build, BuildMessage::NewTaskRefused);
     BuildMessage failure;
     if (!AddFrames(build, &failure)) {

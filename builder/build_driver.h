@@ -33,6 +33,33 @@ BuildOptions OptionsFromSettings();
 // The palette choice that stands for the source animation's own global palette.
 constexpr int32_t kSourcePalette = 9;
 
+// A palette that has been computed, and what belongs to it.
+struct ComputedPalette {
+    bool isKnown = false;
+    uint8_t colors[kPaletteBytes] = {};  // red, green, blue
+    int32_t bitsPerPixel = 8;
+    int32_t colorCount = 0;
+    int32_t reservedIndex = -1;
+};
+
+// What a build has to do with other builds of frames of the same animation.
+enum class WholeUse {
+    Note,  // the source has all frames: what they say together is noted, and the build goes on as usual
+    Find,  // the same, but the build ends when it is known; the host is told nothing but progress
+    Hold,  // the source has some frames: what all of them say is known already, and holds for these
+};
+
+// What all frames of an animation say together.
+struct WholeAnimation {
+    WholeUse use = WholeUse::Note;
+    GatheredSummary gathered;  // by the effect
+    ComputedPalette palette;   // stays unknown where none is computed
+    // With Hold: whether the animation has more frames than one, and how many frames of the source come
+    // before those that are wanted. They are not handed over: supercompression compares with the last one.
+    bool hasSeveralFrames = false;
+    int32_t framesBefore = 0;
+};
+
 // How a build is started.
 enum class BuildMode {
     Build,
@@ -59,9 +86,12 @@ struct BuildEnvironment {
     // Null: frame after frame on the calling thread. The host is asked in the same way with every runner, on
     // the calling thread.
     const FrameRunner* runner = nullptr;
+    // Null: the source has all frames of the animation, and no other build needs to know what they say.
+    WholeAnimation* whole = nullptr;
 };
 
-// Builds environment.source. The caller shows the wait cursor. 1: every frame was added and the task closed.
+// Builds environment.source. The caller shows the wait cursor. 1: every frame was added and the task closed,
+// or what was to be found is known.
 // 0: the build failed, and a message has been shown unless the window has closed. Every image that it made is
 // freed in both cases.
 int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& options);

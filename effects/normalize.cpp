@@ -13,8 +13,14 @@
 namespace kfx {
 namespace {
 
-// The second word of a gathering record once memory was refused. The first word is the handle of a histogram.
-constexpr uint64_t kRefused = 1;
+// The second word of a gathering record says what the first one is.
+constexpr uint64_t kHistogram = 0;  // the handle of a histogram
+constexpr uint64_t kRefused = 1;    // the same, but memory was refused
+constexpr uint64_t kSummary = 2;    // a summary: the range that is stretched
+
+// A summary: both ends of the range, and a bit that says that there is one.
+constexpr uint32_t kHighShift = 8;
+constexpr uint64_t kHasRange = 1u << 16;
 
 MemoryHandle HandleOf(const uint64_t record[2]) { return reinterpret_cast<MemoryHandle>(record[0]); }
 
@@ -25,10 +31,9 @@ bool FindRange(const LuminanceHistogram& histogram, int32_t* low, int32_t* high)
     return *low != *high;
 }
 
-ImageHandle Stretch(ImageHandle source, const LuminanceHistogram& histogram) {
+ImageHandle Stretch(ImageHandle source, int32_t low, int32_t high) {
     const ImageLock from(source);
-    int32_t low, high;
-    if (!from || from->bitCount != 24 || !FindRange(histogram, &low, &high)) return nullptr;
+    if (!from || from->bitCount != 24) return nullptr;
     NewImage to(CreateLike(from.image));
     if (!to) return nullptr;
     const LevelStretch stretch = MakeLevelStretch(low, high);
@@ -56,14 +61,38 @@ void GatherLuminance(ImageHandle source, uint64_t record[2]) {
         record[1] = kRefused;
 }
 
-ImageHandle ApplyGatheredLuminance(ImageHandle source, const uint64_t record[2]) {
+// False: nothing is stretched.
+bool FindGatheredRange(const uint64_t record[2], int32_t* low, int32_t* high) {
+    if (record[1] == kSummary) {
+        *low = static_cast<int32_t>(record[0] & 255);
+        *high = static_cast<int32_t>(record[0] >> kHighShift & 255);
+        return (record[0] & kHasRange) != 0 && *low < *high;
+    }
     const MemoryLock lock(HandleOf(record));
-    if (!lock || record[1] == kRefused) return nullptr;
-    return Stretch(source, *static_cast<const LuminanceHistogram*>(lock.address));
+    return lock && record[1] == kHistogram &&
+           FindRange(*static_cast<const LuminanceHistogram*>(lock.address), low, high);
+}
+
+ImageHandle ApplyGatheredLuminance(ImageHandle source, const uint64_t record[2]) {
+    int32_t low, high;
+    return FindGatheredRange(record, &low, &high) ? Stretch(source, low, high) : nullptr;
+}
+
+bool SummarizeLuminance(const uint64_t record[2], uint64_t* summary) {
+    int32_t low, high;
+    *summary = 0;
+    if (FindGatheredRange(record, &low, &high))
+        *summary = kHasRange | static_cast<uint64_t>(high) << kHighShift | static_cast<uint64_t>(low);
+    return record[1] != kRefused;
+}
+
+void RestoreLuminance(uint64_t summary, uint64_t record[2]) {
+    record[0] = summary;
+    record[1] = kSummary;
 }
 
 void ReleaseLuminance(uint64_t record[2]) {
-    FreeMemory(HandleOf(record));
+    if (record[1] != kSummary) FreeMemory(HandleOf(record));
     record[0] = 0;
     record[1] = 0;
 }
@@ -82,7 +111,9 @@ bool IsDistributed(const KernelInput& input) { return input.values[0] != 0; }
 constexpr GatheringPasses kPasses = {.wanted = IsDistributed,
                                      .gather = GatherLuminance,
                                      .apply = ApplyGatheredLuminance,
-                                     .release = ReleaseLuminance};
+                                     .release = ReleaseLuminance,
+                                     .summarize = SummarizeLuminance,
+                                     .restore = RestoreLuminance};
 constexpr auto kControls = MakeControls({
     CheckBox(IDC_NORMALIZE_DISTRIBUTED, &settings.style019Distributed, NORMALIZE_DISTRIBUTED_TEXT),
 });

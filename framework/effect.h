@@ -84,6 +84,11 @@ struct GatheringPasses {
     void (*gather)(ImageHandle source, uint64_t record[2]);
     ImageHandle (*apply)(ImageHandle source, const uint64_t record[2]);
     void (*release)(uint64_t record[2]);
+    // What `apply` needs of a record, as a number for builds of some of the frames. False: memory was refused
+    // while it was gathered. Null: the frames cannot be built in parts.
+    bool (*summarize)(const uint64_t record[2], uint64_t* summary) = nullptr;
+    // A record of zeros becomes one with which `apply` does the same as with the one that was summarized.
+    void (*restore)(uint64_t summary, uint64_t record[2]) = nullptr;
 };
 
 struct Effect {

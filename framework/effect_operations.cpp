@@ -80,10 +80,24 @@ bool ApplyToFrames(const GatheringPasses& passes, EffectBuildContext* context, c
     return true;
 }
 
-// False: the list could not be locked, or the window has gone.
+// Fills the record. False: the list could not be locked, the window has gone, or no summary can be made.
+bool Gather(const GatheringPasses& passes, EffectBuildContext* context, uint64_t record[2]) {
+    GatheredSummary* const gathered = context->gathered;
+    if (!gathered) return GatherFromFrames(passes, context, record);
+    if (!passes.summarize || !passes.restore) return false;
+    if (gathered->isKnown) {
+        passes.restore(gathered->summary, record);
+        return true;
+    }
+    gathered->isKnown =
+        GatherFromFrames(passes, context, record) && passes.summarize(record, &gathered->summary);
+    return gathered->isKnown;
+}
+
+// False: the list could not be locked, the window has gone, or no summary can be made.
 bool BuildInTwoPasses(const GatheringPasses& passes, EffectBuildContext* context) {
     uint64_t record[2] = {0, 0};
-    const bool built = GatherFromFrames(passes, context, record) && ApplyToFrames(passes, context, record);
+    const bool built = Gather(passes, context, record) && ApplyToFrames(passes, context, record);
     passes.release(record);
     return built;
 }

@@ -27,12 +27,21 @@ struct EffectRunContext {
     MemoryHandle source;  // the source animation's block, or null
 };
 
+// What an effect has gathered from all frames of an animation, for builds of some of them.
+struct GatheredSummary {
+    bool isKnown = false;  // by a build of all frames; what a build of some frames takes it from
+    uint64_t summary = 0;
+};
+
 struct EffectBuildContext {
     void* window;
     FrameList* frames;
     MemoryHandle source;  // the source animation's block, or null
     const HostContext* host;
     const FrameRunner* runner = nullptr;  // null: frame after frame, on the calling thread
+    // Null: the source has all frames of the animation, and nobody asks what is gathered from them. Otherwise
+    // it is noted there, unless it is known already: then nothing is gathered.
+    GatheredSummary* gathered = nullptr;
 };
 
 // One row of the effect table as window and build driver use it.
