@@ -79,12 +79,6 @@ std::vector<uint32_t> VisiblePixels(const Pixels& pixels) {
     return visible;
 }
 
-void FillWith(const uint8_t* color, Pixels* pixels) {
-    for (size_t i = 0; i < pixels->size(); i += 4) {
-        if ((*pixels)[i + 3] == 0) SetColor(pixels->data() + i, color);
-    }
-}
-
 // Five bits a channel.
 size_t CellOf(const uint8_t* color) {
     return static_cast<size_t>(color[0] >> 3) << 10 | static_cast<size_t>(color[1] >> 3) << 5 | color[2] >> 3;
@@ -188,8 +182,7 @@ void FillFromNearest(int width, int height, Pixels* pixels) {
 
 void FillInProportion(Pixels* pixels) {
     const std::vector<uint32_t> visible = VisiblePixels(*pixels);
-    constexpr uint8_t kNoColor[3] = {kGrey, kGrey, kGrey};
-    if (visible.empty()) return FillWith(kNoColor, pixels);
+    if (visible.empty()) return FillWith({.red = kGrey, .green = kGrey, .blue = kGrey}, pixels);
     const uint64_t hidden = pixels->size() / 4 - visible.size();
     uint64_t number = 0;
     for (size_t i = 0; i < pixels->size(); i += 4) {
@@ -199,13 +192,20 @@ void FillInProportion(Pixels* pixels) {
     }
 }
 
-void FillWithFrequent(std::vector<Frame>* frames) {
+void FillWith(RgbColor color, Pixels* pixels) {
+    const uint8_t bytes[3] = {color.red, color.green, color.blue};
+    for (size_t i = 0; i < pixels->size(); i += 4) {
+        if ((*pixels)[i + 3] == 0) SetColor(pixels->data() + i, bytes);
+    }
+}
+
+RgbColor FrequentColor(const std::vector<Frame>& frames) {
     struct Cell {
         uint64_t count = 0;
         uint8_t color[3] = {};
     };
     std::vector<Cell> cells(size_t{1} << 15);
-    for (const Frame& frame : *frames) {
+    for (const Frame& frame : frames) {
         for (size_t i = 0; i < frame.pixels.size(); i += 4) {
             if (frame.pixels[i + 3] == 0) continue;
             Cell& cell = cells[CellOf(&frame.pixels[i])];
@@ -214,7 +214,7 @@ void FillWithFrequent(std::vector<Frame>* frames) {
     }
     const auto most = std::max_element(cells.begin(), cells.end(),
                                        [](const Cell& a, const Cell& b) { return a.count < b.count; });
-    for (Frame& frame : *frames) FillWith(most->color, &frame.pixels);
+    return {.red = most->color[0], .green = most->color[1], .blue = most->color[2]};
 }
 
 void MixOnto(RgbColor color, Pixels* pixels) {

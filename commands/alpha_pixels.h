@@ -43,8 +43,10 @@ Pixels FetchPlaces(const Pixels& places, const Pixels& source, int width, int he
 void FillFromNearest(int width, int height, Pixels* pixels);
 // So that each colour keeps its share of the picture.
 void FillInProportion(Pixels* pixels);
-// Of all frames together: with a colour that is frequent.
-void FillWithFrequent(std::vector<Frame>* frames);
+// With one colour.
+void FillWith(RgbColor color, Pixels* pixels);
+// A colour that is frequent among the visible pixels of all frames.
+RgbColor FrequentColor(const std::vector<Frame>& frames);
 
 // Mixes half-transparent pixels onto a colour; they are opaque then.
 void MixOnto(RgbColor color, Pixels* pixels);

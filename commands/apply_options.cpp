@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "commands/apply_options.h"
 #include "commands/common_options.h"
 #include "commands/edit_options.h"
 #include "commands/option_checks.h"
@@ -52,38 +53,94 @@ void AddFormatOptions(CLI::App* command, CommandLine* line) {
               "WebP: more takes longer and makes smaller files (6)");
 }
 
-void AddBatchOptions(CLI::App* command, BatchOptions* batch, int* threads) {
-    AddNumber(command, "--jobs", &batch->jobs, 1, kMostJobs,
-              "Files at a time, with a folder as output (as many as there are processors, up to 4)");
+void AddThreads(CLI::App* command, int* threads) {
     AddNumber(
         command, "--threads", threads, 1, kMostFrameThreads,
         "Frames at a time (as many as there are processors, shared by the files); the result is the same");
+}
+
+void AddBatchOptions(CLI::App* command, BatchOptions* batch, int* threads) {
+    AddNumber(command, "--jobs", &batch->jobs, 1, kMostJobs,
+              "Files at a time, with a folder as output (as many as there are processors, up to 4)");
+    AddThreads(command, threads);
     AddFlag(command, "--recursive", &batch->recursive, "Folders in the input folders, too");
     AddFlag(command, "--skip-done", &batch->skipDone, "Pass over results that are there and complete");
     AddFlag(command, "--dry-run", &batch->dryRun, "Only say what would be written");
 }
 
-void AddApply(CLI::App* app, const OptionTarget& target) {
-    CommandLine* const line = target.line;
-    CLI::App* const apply =
-        app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it");
-    apply
+void AddFiles(CLI::App* command, CommandLine* line, bool isSurvey) {
+    command
         ->add_option(
             "input", line->inputs,
             "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; NAME-%03d.png for "
             "numbered files; several files, NAME-*.gif or a folder, with a folder as output")
         ->type_name("FILE")
         ->required();
-    AddReadLimit(apply, line);
-    AddJoinOptions(apply, line);
-    AddOutput(
-        apply, line, "-o,--output",
-        ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for standard output; "
-        "FOLDER/ for a result of each input, named as it");
-    AddBatchOptions(apply, &line->batch, &line->threads);
+    AddReadLimit(command, line);
+    AddJoinOptions(command, line);
+    AddOutput(command, line, "-o,--output",
+              isSurvey ? "NAME.survey; `-` for standard output"
+                       : ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for "
+                         "standard output; FOLDER/ for a result of each input, named as it; .kpart for a "
+                         "part (--survey)");
+}
+
+bool SplitSetting(const std::string& text, EffectChoice* effect, std::string* error) {
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
+        *error = "--set takes NAME=VALUE, not \"" + text + "\".";
+        return false;
+    }
+    effect->settings.push_back({text.substr(0, equals), text.substr(equals + 1)});
+    return true;
+}
+
+// The options of one result's own command, as they were written.
+std::vector<std::string> WordsForEach(const CLI::App& command) {
+    static const std::set<std::string> others = {"output",  "format", "jobs",  "recursive",
+                                                 "threads", "json",   "quiet", "dry-run"};
+    std::vector<std::string> words;
+    std::map<const CLI::Option*, size_t> seen;
+    for (const CLI::Option* option : command.parse_order()) {
+        if (option->get_lnames().empty() || others.count(option->get_lnames()[0]) > 0) continue;
+        words.push_back("--" + option->get_lnames()[0]);
+        const size_t number = seen[option]++;
+        if (option->get_items_expected_max() > 0) words.push_back(option->results().at(number));
+    }
+    return words;
+}
+
+void AddApply(CLI::App* app, const OptionTarget& target) {
+    AddApplyOptions(
+        app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it"),
+        target, ApplyUse::Apply);
+}
+
+bool FinishApply(const CLI::App& command, const ApplyWords& words, CommandLine* line, std::string* error) {
+    line->batch.words = WordsForEach(command);
+    TakeWords(command, &line->recipe);
+    if (!CheckPart(*line, error)) return false;
+    if (!line->split.survey.empty()) return true;  // the survey has the options
+    if (TakesOver(line->recipe)) return CheckTakingOver(*line, error);
+    return JoinEffectsAndSettings(command, words, line, error) && CheckApply(words, line, error);
+}
+
+}  // namespace
+
+void AddApplyOptions(CLI::App* apply, const OptionTarget& target, ApplyUse use) {
+    CommandLine* const line = target.line;
+    const bool isSurvey = use == ApplyUse::Survey;
+    AddFiles(apply, line, isSurvey);
+    if (isSurvey)
+        AddThreads(apply, &line->threads);
+    else
+        AddBatchOptions(apply, &line->batch, &line->threads);
     apply
         ->add_option("--format", target.words->format,
-                     "For standard output, or a name without ending: gif, webp, png, apng, y4m, rgb or rgba")
+                     isSurvey
+                         ? "What the parts are joined to: gif, webp, png, apng, y4m, rgb or rgba"
+                         : "For standard output, or a name without ending: gif, webp, png, apng, y4m, rgb or "
+                           "rgba")
         ->type_name("NAME");
     AddList(
         apply, "--effect", &target.words->effects,
@@ -96,12 +153,13 @@ void AddApply(CLI::App* app, const OptionTarget& target) {
         "moves it over the frames, with :ease (slow at the ends) and :loop (back to the first value)")
         ->type_name("NAME=VALUE");
     AddEditOptions(apply, &line->edits);
-    AddFlag(apply, "--seamless", &line->journeys.seamless,
-            "Say when the last frame does not lead into the first");
+    if (!isSurvey)
+        AddFlag(apply, "--seamless", &line->journeys.seamless,
+                "Say when the last frame does not lead into the first");
     AddResultEditOptions(apply, &line->resultEdits);
     AddPaletteOptions(apply, line);
     AddFormatOptions(apply, line);
-    AddFitOptions(apply, &line->fit);
+    if (!isSurvey) AddFitOptions(apply, &line->fit);
     AddFlag(apply, "--comment", &line->comment,
             "Add the plug-in's comment to a GIF, behind the source's own");
     AddFlag(apply, "--no-comment", &target.words->noComment, "No comment of the plug-in (the default)");
@@ -121,21 +179,10 @@ void AddApply(CLI::App* app, const OptionTarget& target) {
                      "hidden)")
         ->type_name("RRGGBB");
     AddRecipeOptions(apply, target);
+    if (!isSurvey) AddSurveyOption(apply, &line->split);
     AddEngineOptions(apply, target);
 }
 
-bool SplitSetting(const std::string& text, EffectChoice* effect, std::string* error) {
-    const size_t equals = text.find('=');
-    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
-        *error = "--set takes NAME=VALUE, not \"" + text + "\".";
-        return false;
-    }
-    effect->settings.push_back({text.substr(0, equals), text.substr(equals + 1)});
-    return true;
-}
-
-// Each setting belongs to the latest effect before it. Where there is only one effect, the order does not
-// matter.
 bool JoinEffectsAndSettings(const CLI::App& command, const ApplyWords& words, CommandLine* line,
                             std::string* error) {
     for (const std::string& name : words.effects) line->effects.push_back({name, {}});
@@ -158,30 +205,6 @@ bool JoinEffectsAndSettings(const CLI::App& command, const ApplyWords& words, Co
     }
     return true;
 }
-
-// The options of one result's own command, as they were written.
-std::vector<std::string> WordsForEach(const CLI::App& command) {
-    static const std::set<std::string> others = {"output",  "format", "jobs",  "recursive",
-                                                 "threads", "json",   "quiet", "dry-run"};
-    std::vector<std::string> words;
-    std::map<const CLI::Option*, size_t> seen;
-    for (const CLI::Option* option : command.parse_order()) {
-        if (option->get_lnames().empty() || others.count(option->get_lnames()[0]) > 0) continue;
-        words.push_back("--" + option->get_lnames()[0]);
-        const size_t number = seen[option]++;
-        if (option->get_items_expected_max() > 0) words.push_back(option->results().at(number));
-    }
-    return words;
-}
-
-bool FinishApply(const CLI::App& command, const ApplyWords& words, CommandLine* line, std::string* error) {
-    line->batch.words = WordsForEach(command);
-    TakeWords(command, &line->recipe);
-    if (TakesOver(line->recipe)) return CheckTakingOver(*line, error);
-    return JoinEffectsAndSettings(command, words, line, error) && CheckApply(words, line, error);
-}
-
-}  // namespace
 
 const CommandRow kApplyCommand = {.name = "apply",
                                   .inputs = InputUse::OneAnimation,

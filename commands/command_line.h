@@ -12,6 +12,7 @@
 #include "commands/look_options.h"
 #include "commands/recipe_options.h"
 #include "commands/result_edits.h"
+#include "commands/split_options.h"
 
 namespace CLI {
 class App;
@@ -83,6 +84,7 @@ struct CommandLine {
     RecipeOptions recipe;
     LookOptions look;
     FitOptions fit;
+    SplitOptions split;
 };
 
 // Options of the program's own, for the commands that use an engine.

@@ -57,12 +57,14 @@ extern const CommandRow kCompletionsCommand;
 extern const CommandRow kEffectsCommand;
 extern const CommandRow kGalleryCommand;
 extern const CommandRow kInfoCommand;
+extern const CommandRow kJoinCommand;
 extern const CommandRow kManualCommand;
 extern const CommandRow kPalettesCommand;
 extern const CommandRow kRecipeCommand;
 extern const CommandRow kSampleCommand;
 extern const CommandRow kSelfTestCommand;
 extern const CommandRow kSheetCommand;
+extern const CommandRow kSurveyCommand;
 extern const CommandRow kVerifyCommand;
 
 }  // namespace kfx::commands

@@ -198,6 +198,7 @@ bool Build(void* opened, const Job& job, bool, Failure* failure) {
     const int threads = direct->start.threads;
     const FrameRunner runner = FramesOnThreads(threads > 0 ? threads : UsableThreads());
     if (runner.threads > 1) environment.runner = &runner;
+    environment.whole = job.whole;
     const OwnFloatingPoint core;
     const HeldSeed held(direct->start.seed);
     if (RunBuild(environment, OptionsOf(job))) return true;
@@ -211,6 +212,7 @@ const Engine kDirectEngine = {.options = nullptr,
                               .usesThreads = true,
                               .takesSeed = true,
                               .limitsColors = true,
+                              .buildsParts = true,
                               .open = Open,
                               .close = Close,
                               .name = Name,

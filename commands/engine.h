@@ -33,6 +33,7 @@ struct Engine {
     bool usesThreads = false;   // builds several frames at a time
     bool takesSeed = false;     // else effects take the clock's second
     bool limitsColors = false;  // it knows Job::mostColors
+    bool buildsParts = false;   // it knows Job::whole
 
     // An opened engine, which the other functions take. Null: `*failure` says why not. One at a time.
     void* (*open)(const void* options, const EngineStart& start, Failure* failure);

@@ -46,6 +46,27 @@ XXH128_canonical_t HashPicture(const Frame& frame) {
     return HashOf(state);
 }
 
+std::string HexOf(const XXH128_canonical_t& hash) {
+    std::string text;
+    for (const uint8_t byte : hash.digest) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02x", byte);
+        text += digits;
+    }
+    return text;
+}
+
+// With its length, so that no two lists of blocks are the same bytes.
+template <typename Bytes>
+void AddBlock(XXH3_state_t* state, const Bytes& bytes) {
+    AddNumber(state, static_cast<int64_t>(bytes.size()));
+    XXH3_128bits_update(state, bytes.data(), bytes.size());
+}
+
+void AddColor(XXH3_state_t* state, RgbColor color) {
+    AddNumber(state, color.red << 16 | color.green << 8 | color.blue);
+}
+
 bool IsSame(const XXH128_canonical_t& a, const XXH128_canonical_t& b) {
     return std::memcmp(a.digest, b.digest, sizeof a.digest) == 0;
 }
@@ -77,14 +98,7 @@ std::string FingerprintOf(const ShownAnimation& animation, const ShowFrame& show
     XXH3_128bits_update(&state, picture.digest, sizeof picture.digest);
     AddNumber(&state, isStill ? 0 : milliseconds);
     AddNumber(&state, isStill ? kLoopNone : animation.loopCount);
-
-    std::string text;
-    for (const uint8_t byte : HashOf(state).digest) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02x", byte);
-        text += digits;
-    }
-    return text;
+    return HexOf(HashOf(state));
 }
 
 std::string FingerprintOf(const Animation& animation) {
@@ -97,6 +111,41 @@ std::string FingerprintOf(const Animation& animation) {
                           .loopCount = animation.loopCount,
                           .frames = animation.frames.size()},
                          show);
+}
+
+std::string ExactHashOf(const Animation& animation) {
+    XXH3_state_t state;
+    XXH3_128bits_reset(&state);
+    for (const int number : {animation.width, animation.height, animation.loopCount,
+                             int{animation.hasGlobalPalette}, int{animation.hasBackground}})
+        AddNumber(&state, number);
+    AddNumber(&state, static_cast<int64_t>(animation.globalPalette.size()));
+    for (const RgbColor color : animation.globalPalette) AddColor(&state, color);
+    AddColor(&state, animation.background);
+    AddBlock(&state, animation.comment);
+    AddBlock(&state, animation.metadata.colorProfile);
+    AddBlock(&state, animation.metadata.exif);
+    AddBlock(&state, animation.metadata.xmp);
+    AddNumber(&state, static_cast<int64_t>(animation.frames.size()));
+    for (const Frame& frame : animation.frames) {
+        for (const int number :
+             {int{frame.indexed}, int{frame.transparent}, frame.left, frame.top, frame.partWidth,
+              frame.partHeight, frame.disposal, frame.delay, frame.milliseconds})
+            AddNumber(&state, number);
+        AddBlock(&state, frame.pixels);
+        AddBlock(&state, frame.indices);
+    }
+    return HexOf(HashOf(state));
+}
+
+std::string HashOfBytes(const uint8_t* data, size_t size) {
+    XXH128_canonical_t hash;
+    XXH128_canonicalFromHash(&hash, XXH3_128bits(data, size));
+    return HexOf(hash);
+}
+
+std::string HashOfText(const std::string& text) {
+    return HashOfBytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
 }
 
 }  // namespace kfx::commands

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -30,5 +31,13 @@ struct ShownAnimation {
     size_t frames = 0;
 };
 std::string FingerprintOf(const ShownAnimation& animation, const ShowFrame& show);
+
+// 32 hexadecimal digits of XXH3-128 over all that effects, palettes and writers may look at: also what
+// FingerprintOf passes over.
+std::string ExactHashOf(const Animation& animation);
+
+// The same over bytes.
+std::string HashOfBytes(const uint8_t* data, size_t size);
+std::string HashOfText(const std::string& text);
 
 }  // namespace kfx::commands

@@ -119,6 +119,17 @@ void KeepFrames(const Stay& stay, Animation* animation) {
     frames.erase(frames.begin(), frames.begin() + static_cast<std::ptrdiff_t>(stay.first));
 }
 
+void FreePixels(const NeededFrames& needed, std::vector<Frame>* frames) {
+    for (size_t i = 0; i < frames->size(); ++i) {
+        const bool isNeeded = i >= needed.first && i < needed.end && (i - needed.first) % needed.step == 0;
+        if (isNeeded) continue;
+        Frame& frame = (*frames)[i];
+        frame.pixels = {};
+        frame.indices = {};
+        frame.indexed = false;
+    }
+}
+
 // The still picture as an animation.
 void RepeatFrame(size_t times, int delay, Animation* animation) {
     Frame& still = animation->frames[0];
@@ -146,6 +157,7 @@ void CropRows(const CropArea& area, int sourceWidth, size_t pixelBytes, std::vec
 
 void Crop(const CropArea& area, Animation* animation) {
     for (Frame& frame : animation->frames) {
+        if (frame.pixels.empty()) continue;
         CropRows(area, animation->width, 4, &frame.pixels);
         if (frame.indexed) CropRows(area, animation->width, 1, &frame.indices);
         NoteTransparency(&frame);
@@ -158,6 +170,7 @@ void Crop(const CropArea& area, Animation* animation) {
 
 bool Resize(Sides sides, Animation* animation) {
     for (Frame& frame : animation->frames) {
+        if (frame.pixels.empty()) continue;
         if (!ResizeFrame(animation->width, animation->height, sides.width, sides.height, &frame))
             return false;
     }
@@ -188,7 +201,8 @@ bool HasEdits(const FrameEdits& edits) {
            edits.speed != 1 || edits.framesPerSecond > 0 || edits.setsLoop;
 }
 
-bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* animation, Failure* failure) {
+bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* animation, Failure* failure,
+                const NeededFrames& needed) {
     Stay stay = {};
     if (!FindFrames(edits, *animation, &stay, failure)) return false;
     const size_t count = (stay.end - stay.first) * stay.times;
@@ -204,12 +218,16 @@ bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* an
 
     KeepFrames(stay, animation);
     if (edits.reverse) std::reverse(animation->frames.begin(), animation->frames.end());
+    if (stay.times == 1) FreePixels(needed, &animation->frames);
     if (crop.width > 0) Crop(crop, animation);
     if (resizes && !Resize(resized, animation)) {
         *failure = {kExitEngine, "there is not enough memory to resize the frames."};
         return false;
     }
-    if (stay.times > 1) RepeatFrame(stay.times, edits.stillDelay, animation);
+    if (stay.times > 1) {
+        RepeatFrame(stay.times, edits.stillDelay, animation);
+        FreePixels(needed, &animation->frames);
+    }
     if (changesTimes) SetTimes(edits, animation);
     if (edits.setsLoop) animation->loopCount = edits.loopCount;
     return true;

@@ -2,6 +2,9 @@
 // Edits around the effect: which frames there are, how large they are and how long each is shown.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "commands/exit_codes.h"
 #include "media/animation.h"
 
@@ -47,13 +50,22 @@ struct FrameEdits {
     int loopCount = kLoopNone;  // as in media/animation.h
 };
 
+// Of an animation that is built in parts: the frames whose pixels one part needs, counted behind --frames and
+// --reverse.
+struct NeededFrames {
+    size_t first = 0;
+    size_t end = SIZE_MAX;  // behind the last
+    size_t step = 1;        // each so many of them
+};
+
 bool HasEdits(const FrameEdits& edits);
 
 // Edits the animation in place, one frame after another, in this order: frames, reverse, crop, resize, speed
 // or frames per second, loop. A still picture is repeated behind resizing, and loops for ever then. Resized
 // frames stand on no palette any more. Everything else of the animation
-// stays. False: `*failure` says which option does not fit this animation or that memory ran out; in the first
-// case the animation is as it was.
-bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* animation, Failure* failure);
+// stays. Frames that are not needed have no pixels afterwards. False: `*failure` says which option does not
+// fit this animation or that memory ran out; in the first case the animation is as it was.
+bool EditFrames(const FrameEdits& edits, const ReadLimits& limits, Animation* animation, Failure* failure,
+                const NeededFrames& needed = {});
 
 }  // namespace kfx::commands

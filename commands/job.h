@@ -11,6 +11,10 @@
 #include "commands/journey.h"
 #include "commands/parameter.h"
 
+namespace kfx {
+struct WholeAnimation;
+}
+
 namespace kfx::commands {
 
 struct Engine;
@@ -53,6 +57,8 @@ struct Job {
     bool comment = false;
     Background background = Background::Standard;
     uint32_t backgroundColor = 0;  // 0x00BBGGRR
+    // What all frames say, for an engine that buildsParts; null: the source has all of them.
+    WholeAnimation* whole = nullptr;
 };
 
 // Looks up everything that an apply command names in the lists of the engine, which `opened` belongs to: one

@@ -15,6 +15,14 @@ bool AreAlike(const std::vector<Values>& all, size_t a, size_t b) {
     return std::all_of(all.begin(), all.end(), [&](const Values& values) { return values[a] == values[b]; });
 }
 
+Values ValuesOf(const MovingValue& moving, const Animation& animation, const WholeRun* part) {
+    if (!part) return ValuesOver(TimelineOf(animation.frames), moving.parameter, moving.journey);
+    const Values whole = ValuesOver(part->timeline, moving.parameter, moving.journey);
+    Values values;
+    for (const size_t number : part->numbers) values.push_back(whole[number]);
+    return values;
+}
+
 // The job as it is for one frame.
 Job JobAt(const Job& job, const std::vector<Values>& all, size_t frame) {
     Job still = job;
@@ -45,28 +53,27 @@ struct WholeProgress {
 
 }  // namespace
 
-bool BuildMovingFrames(const Job& job, const BuildFrames& build, HostSession* session, Animation* animation) {
-    const Timeline timeline = TimelineOf(animation->frames);
+bool BuildMovingFrames(const Job& job, const BuildFrames& build, HostSession* session, Animation* animation,
+                       const WholeRun* part) {
     Job complete = job;
     CompleteValues(&complete);
     std::vector<Values> all;
-    for (const MovingValue& moving : job.moving)
-        all.push_back(ValuesOver(timeline, moving.parameter, moving.journey));
+    for (const MovingValue& moving : job.moving) all.push_back(ValuesOf(moving, *animation, part));
 
     const WholeProgress progress(session, animation->frames.size());
     std::vector<Frame> frames = std::exchange(animation->frames, {});
-    // Parts go without what no effect looks at: some files carry megabytes of it.
+    // They go without what no effect looks at: some files carry megabytes of it.
     std::string comment = std::exchange(animation->comment, {});
     Metadata metadata = std::exchange(animation->metadata, {});
     for (size_t first = 0, end = 0; first < frames.size(); first = end) {
         while (end < frames.size() && AreAlike(all, first, end)) ++end;
         const auto from = frames.begin() + static_cast<std::ptrdiff_t>(first);
         const auto to = frames.begin() + static_cast<std::ptrdiff_t>(end);
-        Animation part = *animation;
-        part.frames.assign(std::make_move_iterator(from), std::make_move_iterator(to));
+        Animation alike = *animation;
+        alike.frames.assign(std::make_move_iterator(from), std::make_move_iterator(to));
         session->progressBefore = static_cast<int>(first);
-        if (!build(JobAt(complete, all, first), &part)) return false;
-        std::move(part.frames.begin(), part.frames.end(), from);
+        if (!build(JobAt(complete, all, first), &alike)) return false;
+        std::move(alike.frames.begin(), alike.frames.end(), from);
     }
     animation->frames = std::move(frames);
     animation->comment = std::move(comment);

@@ -6,6 +6,7 @@
 
 #include "commands/host_session.h"
 #include "commands/job.h"
+#include "commands/whole_facts.h"
 
 namespace kfx::commands {
 
@@ -13,8 +14,10 @@ namespace kfx::commands {
 using BuildFrames = std::function<bool(const Job& job, Animation* part)>;
 
 // Gives each run of frames with equal values to `build`, in order, with the job that has these values, and
-// puts the results together. Values follow the times of all frames. The session's progress counts all of
-// them. False: `build` has failed, and the animation is lost.
-bool BuildMovingFrames(const Job& job, const BuildFrames& build, HostSession* session, Animation* animation);
+// puts the results together. Values follow the times of all frames; `part`, which may be null, has those
+// where the animation is a part of another one. The session's progress counts the animation's frames. False:
+// `build` has failed, and the animation is lost.
+bool BuildMovingFrames(const Job& job, const BuildFrames& build, HostSession* session, Animation* animation,
+                       const WholeRun* part = nullptr);
 
 }  // namespace kfx::commands

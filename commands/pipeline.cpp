@@ -8,6 +8,7 @@
 #include "commands/journey_frames.h"
 #include "commands/plain_build.h"
 #include "commands/stages.h"
+#include "effects/effect_table.h"
 #include "media/readers.h"
 
 namespace kfx::commands {
@@ -36,10 +37,58 @@ Margins MarginsFor(const Job& job, const Animation& animation, const PipelineOpt
     return options.extendEdges ? EdgeMargins(job, animation.width, animation.height) : Margins{};
 }
 
-// Whether the engine alone does it.
-bool IsPlainBuild(const Job& job, const Animation& animation, const PipelineOptions& options) {
+// Whether the engine alone does it, as stage `stage`.
+bool IsPlainBuild(const Job& job, size_t stage, const Animation& animation, const PipelineOptions& options) {
     const Margins margins = MarginsFor(job, animation, options);
-    return margins.columns == 0 && margins.rows == 0 && job.moving.empty() && !HasAlpha(animation);
+    const bool opaque = IsOpaqueAt(stage, animation, options);
+    return margins.columns == 0 && margins.rows == 0 && job.moving.empty() && opaque;
+}
+
+WholeFacts* FactsToFind(const PipelineOptions& options) {
+    return options.whole && options.whole->use == WholeUse::Find ? options.whole->facts : nullptr;
+}
+
+WholeRun* PartOf(const PipelineOptions& options) {
+    return options.whole && options.whole->use == WholeUse::Hold ? options.whole : nullptr;
+}
+
+// For the scope of a build: what all frames say goes to the engine and, where it is found, comes back.
+struct SharedFacts {
+    // `isLast`: nothing is built behind it.
+    SharedFacts(const PipelineOptions& options, StageFacts* stageFacts, bool isLast)
+        : run(options.whole), stage(stageFacts) {
+        if (!run) return;
+        whole.use = run->use == WholeUse::Find && !isLast ? WholeUse::Note : run->use;
+        if (run->use == WholeUse::Find) return;
+        if (stage) whole.gathered = stage->gathered;
+        whole.palette = run->facts->palette;
+        whole.hasSeveralFrames = run->hasSeveralFrames;
+        whole.framesBefore = isLast ? run->framesBefore : 0;
+    }
+    ~SharedFacts() {
+        if (!run || run->use != WholeUse::Find) return;
+        if (stage && whole.gathered.isKnown) stage->gathered = whole.gathered;
+        if (whole.palette.isKnown) run->facts->palette = whole.palette;
+    }
+    SharedFacts(const SharedFacts&) = delete;
+    SharedFacts& operator=(const SharedFacts&) = delete;
+
+    Job With(Job job) {
+        job.whole = run ? &whole : nullptr;
+        return job;
+    }
+
+    WholeRun* const run;
+    StageFacts* const stage;
+    WholeAnimation whole;
+};
+
+// The facts of a stage; null where there are no other runs.
+StageFacts* FactsAt(size_t stage, const PipelineOptions& options) {
+    if (!options.whole) return nullptr;
+    std::vector<StageFacts>& stages = options.whole->facts->stages;
+    if (stages.size() <= stage) stages.resize(stage + 1);
+    return &stages[stage];
 }
 
 bool RunWithEdges(const OpenEngine& engine, HostSession* session, const Job& job, bool opaque,
@@ -53,19 +102,52 @@ bool RunWithEdges(const OpenEngine& engine, HostSession* session, const Job& job
     return true;
 }
 
-// A job in true colour, with parameters that move or stay.
-bool RunOneInTrueColor(const OpenEngine& engine, HostSession* session, const Job& job,
-                       const PipelineOptions& options, Animation* animation, Failure* failure) {
-    const bool opaque = !HasAlpha(*animation);
-    const auto run = [&](const Job& still, Animation* part) {
-        return RunWithEdges(engine, session, still, opaque, options, part, failure);
-    };
-    return job.moving.empty() ? run(job, animation) : BuildMovingFrames(job, run, session, animation);
+// Whether the job's effect gathers something from all frames.
+bool Gathers(const Job& job) {
+    const Effect& effect = *EffectAt(static_cast<size_t>(job.effect));
+    if (!effect.gathering) return false;
+    KernelInput input = {};
+    for (size_t i = 0; i < job.parameters.size(); ++i) {
+        const Parameter& parameter = job.parameters[i];
+        input.values[i] = ValueOf(job, parameter.name, parameter.value) - parameter.shownOffset;
+    }
+    return effect.gathering->wanted(input);
 }
 
-bool CheckMovement(const std::vector<Job>& jobs, const Animation& animation, Failure* failure) {
+// Whether something is to be known of the frames that get the palette: their colours, or the hidden ones.
+bool NeedsFinished(const Job& last, bool transparent) {
+    return last.paletteUse == PaletteUse::Computed ||
+           (transparent && last.paletteUse != PaletteUse::TrueColor);
+}
+
+// How many effects have to run on all frames when the finished ones are not needed: those that gather, with
+// all before them, and those whose results may or may not be transparent.
+size_t StagesToRun(const std::vector<Job>& jobs, bool transparent) {
+    size_t stages = transparent ? jobs.size() - 1 : 0;
+    for (size_t i = stages; i < jobs.size(); ++i) {
+        if (Gathers(jobs[i])) stages = i + 1;
+    }
+    return stages;
+}
+
+// A job in true colour, with parameters that move or stay.
+bool RunOneInTrueColor(const OpenEngine& engine, HostSession* session, const Job& job, size_t stage,
+                       const PipelineOptions& options, Animation* animation, Failure* failure) {
+    const bool opaque = IsOpaqueAt(stage, *animation, options);
+    SharedFacts shared(options, FactsAt(stage, options), false);
+    const auto run = [&](const Job& still, Animation* part) {
+        return RunWithEdges(engine, session, shared.With(still), opaque, options, part, failure);
+    };
+    return job.moving.empty() ? run(job, animation)
+                              : BuildMovingFrames(job, run, session, animation, PartOf(options));
+}
+
+bool CheckMovement(const std::vector<Job>& jobs, const Animation& animation, const PipelineOptions& options,
+                   Failure* failure) {
+    const WholeRun* const part = PartOf(options);
+    const size_t frames = part ? part->timeline.starts.size() : animation.frames.size();
     for (const Job& job : jobs) {
-        if (job.moving.empty() || animation.frames.size() > 1) continue;
+        if (job.moving.empty() || frames > 1) continue;
         *failure = {kExitBadCommand, job.moving[0].parameter.name +
                                          " cannot move within one frame; --frames N makes a still picture an "
                                          "animation of N frames."};
@@ -80,22 +162,33 @@ bool BuildPalette(const OpenEngine& engine, HostSession* session, const Job& las
     Job job;
     if (!MakePaletteJob(engine, last, &job, failure)) return false;
     SourceRecord record = MakeSourceRecord(animation);
+    // Of a part, the palette is known already.
     if (job.mostColors > 0 && options.halfTransparency != HalfTransparency::Stay && record.transparent &&
-        --job.mostColors < kFewestColors) {
+        !PartOf(options) && --job.mostColors < kFewestColors) {
         *failure = {kExitBadCommand,
                     "transparent pixels take one entry of the palette; take --colors 3 or more."};
         return false;
     }
-    FillWithFrequent(&animation.frames);
+    const RgbColor hidden = PartOf(options) ? options.whole->facts->hidden : FrequentColor(animation.frames);
+    if (WholeFacts* const facts = FactsToFind(options)) facts->hidden = hidden;
     for (Frame& frame : animation.frames) {
+        FillWith(hidden, &frame.pixels);
         TakeAlphaOut(&frame.pixels);
         frame.transparent = false;
     }
     *session->source = std::move(animation);
     engine.engine.dropSource(engine.opened);
-    if (!engine.engine.build(engine.opened, job, false, failure)) return false;
+    SharedFacts shared(options, nullptr, true);
+    if (!engine.engine.build(engine.opened, shared.With(job), false, failure)) return false;
     session->record = std::move(record);
     return true;
+}
+
+// The last job as a plain build.
+bool BuildAtOnce(const OpenEngine& engine, const Job& last, size_t stage, const PipelineOptions& options,
+                 Failure* failure) {
+    SharedFacts shared(options, FactsAt(stage, options), true);
+    return engine.engine.build(engine.opened, shared.With(last), false, failure);
 }
 
 }  // namespace
@@ -111,14 +204,25 @@ void SettleHalfTransparency(const PipelineOptions& options, Animation* animation
     }
 }
 
+bool IsOpaqueAt(size_t stage, const Animation& animation, const PipelineOptions& options) {
+    StageFacts* const facts = FactsAt(stage, options);
+    if (PartOf(options)) return facts->opaque;
+    const bool opaque = !HasAlpha(animation);
+    if (facts) facts->opaque = opaque;
+    return opaque;
+}
+
 bool RunInTrueColor(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
-                    const PipelineOptions& options, Animation* animation, Failure* failure) {
-    if (!CheckMovement(jobs, *animation, failure)) return false;
-    for (Job& job : jobs) {
+                    const PipelineOptions& options, Animation* animation, Failure* failure,
+                    size_t firstStage) {
+    if (!CheckMovement(jobs, *animation, options, failure)) return false;
+    for (size_t i = 0; i < jobs.size(); ++i) {
+        Job& job = jobs[i];
         CompleteValues(&job);
         job.paletteUse = PaletteUse::TrueColor;
         job.dither = job.supercompress = job.comment = false;
-        if (!RunOneInTrueColor(engine, session, job, options, animation, failure)) return false;
+        if (!RunOneInTrueColor(engine, session, job, firstStage + i, options, animation, failure))
+            return false;
     }
     return true;
 }
@@ -126,7 +230,9 @@ bool RunInTrueColor(const OpenEngine& engine, HostSession* session, std::vector<
 bool FinishFrames(const OpenEngine& engine, HostSession* session, const Job& last,
                   const PipelineOptions& options, Animation animation, PipelineNotes* notes,
                   Failure* failure) {
-    if (!EditResult(options.edits, &animation)) {
+    ResultEdits edits = options.edits;
+    if (PartOf(options)) edits.every = 1;
+    if (!EditResult(edits, &animation)) {
         *failure = {kExitEngine, "there is not enough memory to shrink the frames."};
         return false;
     }
@@ -138,23 +244,45 @@ bool FinishFrames(const OpenEngine& engine, HostSession* session, const Job& las
     return true;
 }
 
+bool NeedsAllFrames(const std::vector<Job>& jobs, bool transparent) {
+    return NeedsFinished(jobs.back(), transparent) || StagesToRun(jobs, transparent) > 0;
+}
+
+bool FindFacts(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
+               const PipelineOptions& options, Failure* failure) {
+    Animation& source = *session->source;
+    const bool transparent = HasAlpha(source);
+    options.whole->facts->stages.resize(jobs.size());
+    PipelineNotes notes;
+    if (!CheckMovement(jobs, source, options, failure)) return false;
+    if (NeedsFinished(jobs.back(), transparent))
+        return RunJobs(engine, session, std::move(jobs), options, &notes, failure);
+    const size_t run = StagesToRun(jobs, transparent), all = jobs.size();
+    Animation animation = std::move(source);
+    jobs.resize(run);
+    if (!RunInTrueColor(engine, session, std::move(jobs), options, &animation, failure)) return false;
+    for (size_t stage = run; stage < all; ++stage) IsOpaqueAt(stage, animation, options);
+    return true;
+}
+
 bool RunJobs(const OpenEngine& engine, HostSession* session, std::vector<Job> jobs,
              const PipelineOptions& options, PipelineNotes* notes, Failure* failure) {
-    if (!CheckMovement(jobs, *session->source, failure)) return false;
+    if (!CheckMovement(jobs, *session->source, options, failure)) return false;
     const bool isEdited = HasResultEdits(options.edits);
-    if (!isEdited && jobs.size() == 1 && IsPlainBuild(jobs.front(), *session->source, options))
-        return engine.engine.build(engine.opened, jobs.front(), false, failure);
+    if (!isEdited && jobs.size() == 1 && IsPlainBuild(jobs.front(), 0, *session->source, options))
+        return BuildAtOnce(engine, jobs.front(), 0, options, failure);
     Animation animation = std::move(*session->source);
     Job last = jobs.back();
     jobs.pop_back();
+    const size_t stage = jobs.size();
     if (!RunInTrueColor(engine, session, std::move(jobs), options, &animation, failure)) return false;
-    if (!isEdited && IsPlainBuild(last, animation, options)) {
+    if (!isEdited && IsPlainBuild(last, stage, animation, options)) {
         CompleteValues(&last);
         *session->source = std::move(animation);
         engine.engine.dropSource(engine.opened);
-        return engine.engine.build(engine.opened, last, false, failure);
+        return BuildAtOnce(engine, last, stage, options, failure);
     }
-    return RunInTrueColor(engine, session, {last}, options, &animation, failure) &&
+    return RunInTrueColor(engine, session, {last}, options, &animation, failure, stage) &&
            FinishFrames(engine, session, last, options, std::move(animation), notes, failure);
 }
 

@@ -99,7 +99,7 @@ std::vector<std::string> JoinArguments(const CommandLine& line, OptionWords word
         if (isRecipe)
             notes->push_back("the recipe's " + TextOf(word) + " is not for this output; it is left out.");
     }
-    std::vector<std::string> arguments = {"apply"};
+    std::vector<std::string> arguments = {line.command->name};
     for (const OptionWords* part : {&held, &std::as_const(own)}) {
         for (const OptionWord& word : *part) arguments.push_back(TextOf(word));
     }
@@ -180,7 +180,7 @@ bool CheckTakingOver(const CommandLine& line, std::string* error) {
 }
 
 bool TakeRecipe(const Engine& engine, CommandLine* line, Failure* failure) {
-    if (line->command != &kApplyCommand) return true;
+    if (line->command != &kApplyCommand && line->command != &kSurveyCommand) return true;
     if (TakesOver(line->recipe) && !TakeFile(line, failure)) return false;
     if (!engine.takesSeed && line->recipe.seed != kNoSeed) {
         *failure = {

@@ -12,7 +12,7 @@ Report RunCommand(const CommandLine& line, const CommandContext& context) {
     try {
         CommandLine found = line;
         Failure failure;
-        if (!TakeRecipe(context.engine, &found, &failure) ||
+        if (!TakeSurvey(&found, &failure) || !TakeRecipe(context.engine, &found, &failure) ||
             !FindSources(line.command->inputs, &found, &failure))
             return FailedReport(failure);
         Report report = line.command->run(found, context);

@@ -104,7 +104,8 @@ TEST(AlphaPixels, Hidden_pixels_take_a_frequent_colour_of_all_frames) {
     std::vector<Frame> frames(2);
     frames[0].pixels = {1, 2, 3, 255, 0, 0, 0, 0};
     frames[1].pixels = {99, 2, 3, 255, 99, 2, 3, 255, 0, 0, 0, 0};
-    FillWithFrequent(&frames);
+    const RgbColor frequent = FrequentColor(frames);
+    for (Frame& frame : frames) FillWith(frequent, &frame.pixels);
     EXPECT_EQ(frames[0].pixels, (Pixels{1, 2, 3, 255, 99, 2, 3, 0}));
     EXPECT_EQ(frames[1].pixels[8], 99);
 }
