@@ -33,6 +33,7 @@ constexpr const char* kNotKept[] = {
     "seamless",    // what is printed
     "seed",        // stands in the recipe by itself, because the clock gives it as well
     "skip-done",   // which results are made
+    "survey",      // the joined result is the one of all frames
     "threads",     // how fast
 };
 

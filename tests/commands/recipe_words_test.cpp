@@ -97,7 +97,7 @@ const std::map<std::string, Sample> kSamples = {
 const std::set<std::string> kWithoutResult = {
     "dry-run",  "force",      "format",     "help",      "jobs",   "join",   "json",
     "output",   "max-pixels", "no-comment", "no-recipe", "quiet",  "recipe", "recursive",
-    "seamless", "seed",       "settings",   "skip-done", "threads"};
+    "seamless", "seed",       "settings",   "skip-done", "survey", "threads"};
 
 TEST(RecipeWords, Each_option_of_apply_is_kept_or_known_to_change_no_result) {
     for (const std::string& name : ApplyOptionNames()) {
