@@ -264,4 +264,34 @@ def makefile(context):
     expect("make takes no names with" in context.refusal(words), "make takes a name with a space")
 
 
-CASES = [local, bad_pictures, refusals, copied, no_kestrel_there, slurm, requeued, makefile, thousand]
+def split(context):
+    """One animation in parts, killed in the middle and resumed: the bytes of a single command. Other options are
+    refused."""
+    sample, single, out = (context.folder / name for name in ("whole sample.gif", "single.gif", "joined.gif"))
+    options = ["--effect", "Emboss", "--dither", "--supercompress"]
+    subprocess.run([context.kestrel, "sample", sample], check=True, stdin=subprocess.DEVNULL,
+                   stdout=subprocess.DEVNULL)
+    subprocess.run([context.kestrel, "apply", sample, "-o", single, "--quiet"] + options, check=True,
+                   stdin=subprocess.DEVNULL)
+    words = [context.scripts / "split.sh", ":", sample, out, "2"] + options
+    parts = context.folder / "joined.gif.parts"
+    parts.mkdir()
+    watch = FolderWatch(parts, lambda path: None)
+    try:
+        farm = context.start(words)
+        watch.wait_for(5)  # the survey, the list of the work, three parts
+        processes.kill_all(str(parts), farm.pid)
+        farm.wait()
+    finally:
+        watch.close()
+    expect(not out.exists(), "the result is there before all parts are")
+    there = {path: path.stat().st_mtime_ns for path in parts.glob("*.kpart")}
+    expect(0 < len(there) < 12, "the farm was not in the middle: %d of 12 parts were there" % len(there))
+    expect("is not what" in context.refusal(words[:5] + ["--effect", "Bump"]), "other options go on with these parts")
+    expect(all(path.stat().st_mtime_ns == time for path, time in there.items()), "parts were made again")
+    expect(context.run(words) == 0, "the animation is not joined")
+    expect(out.read_bytes() == single.read_bytes(), "the joined file is not that of a single command")
+    expect(not parts.exists(), "parts are left")
+
+
+CASES = [local, bad_pictures, refusals, copied, no_kestrel_there, slurm, requeued, makefile, split, thousand]
