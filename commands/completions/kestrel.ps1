@@ -4,17 +4,18 @@
 # nothing is offered, PowerShell completes names of files by itself.
 Register-ArgumentCompleter -Native -CommandName kestrel, kestrel.exe -ScriptBlock {
     param($wordToComplete, $commandAst, $cursorPosition)
-    $before = @($commandAst.CommandElements | Where-Object { $_.Extent.EndOffset -lt $cursorPosition } |
-        Select-Object -Skip 1 | ForEach-Object { if ($_.Value) { "$($_.Value)"
-}
-else {
-    "$_"
-}
-})
-    $program = "$($commandAst.CommandElements[0])"
-    & $program complete "=$wordToComplete" @before 2>$null | Where-Object { $_ -ne ':files' } | ForEach-Object {
-    $word, $meaning = $_ - split "`t",
-           2 if (-not $meaning){$meaning = $word}[System.Management.Automation.CompletionResult] ::new (
-               $word, $word, 'ParameterValue', $meaning)
-}
+    $program = $commandAst.GetCommandName()
+    $current = "$wordToComplete".Trim('"', "'")
+    $before = @($commandAst.CommandElements | Select-Object -Skip 1 |
+        Where-Object { $_.Extent.EndOffset -lt $cursorPosition } | ForEach-Object {
+            if ($_ -is [System.Management.Automation.Language.StringConstantExpressionAst]) { $_.Value }
+            else { $_.Extent.Text }
+        })
+    & $program complete "=$current" @before 2>$null | Where-Object { $_ -ne ':files' } | ForEach-Object {
+        $word, $meaning = $_ -split "`t", 2
+        if (-not $meaning) { $meaning = $word }
+        $text = $word
+        if ($word -match '[^\w=:.+/\\-]') { $text = "'" + $word.Replace("'", "''") + "'" }
+        [System.Management.Automation.CompletionResult]::new($text, $word, 'ParameterValue', $meaning)
+    }
 }
