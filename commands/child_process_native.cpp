@@ -142,7 +142,9 @@ Report RunChild(const std::vector<std::string>& arguments,
     // A child that was killed could not do so.
     if (!words.reported)
         for (const std::string& path : words.temporary) unlink(path.c_str());
-    return ReportOf(words, interrupted, how);
+    // Ctrl+C reaches all processes of a terminal at once, and a child may have ended before this one knows.
+    const bool endedByInterrupt = how == "exit code " + std::to_string(kExitInterrupted);
+    return ReportOf(words, interrupted || endedByInterrupt, how);
 }
 
 bool WasInterrupted() { return interrupted; }

@@ -65,6 +65,17 @@ TEST_F(BatchInterrupt, What_is_finished_stays_and_is_counted) {
     EXPECT_THAT(ReadText(errors), EndsWith("kestrel: interrupted: 2 of 3 done.\n"));
 }
 
+// A terminal's Ctrl+C interrupts the processes of the files, too, and one of them may end first.
+TEST_F(BatchInterrupt, A_process_that_is_interrupted_is_no_failure) {
+    EXPECT_TRUE(WaitFor([&] { return Children().size() == 1; })) << "the other two have ended";
+    const std::vector<pid_t> children = Children();
+    ASSERT_EQ(children.size(), 1u);
+    kill(children[0], SIGINT);
+    EXPECT_EQ(WaitForEnd(process), 130);
+    ExpectOnlyWholeFiles();
+    EXPECT_EQ(ReadText(errors), "kestrel: interrupted: 2 of 3 done.\n");
+}
+
 TEST_F(BatchInterrupt, Ends_by_any_signal_to_end) {
     kill(process, SIGTERM);
     EXPECT_EQ(WaitForEnd(process), 130);
