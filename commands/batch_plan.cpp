@@ -68,8 +68,16 @@ std::string NameOfSeveral(const SourceFiles& source) {
     return name.empty() ? "frames" : name;
 }
 
-// The input's own format where it is written, else one that keeps every pixel.
-std::string FormatFor(const SourceFiles& source, const PictureHeader& header) {
+// Whether --frames N makes an animation of this picture, in a format whose files are stills by themselves.
+bool IsStillThatMoves(const FrameEdits& edits, const SourceFiles& source, const PictureHeader& header) {
+    const bool isStill = source.files.size() == 1 && !header.isApng &&
+                         (header.format == "png" || header.format == "jpeg" || header.format == "bmp");
+    return isStill && edits.singleNumber && edits.firstFrame > 1;
+}
+
+// The input's own format where it is written, else one that keeps every pixel and frame.
+std::string FormatFor(const FrameEdits& edits, const SourceFiles& source, const PictureHeader& header) {
+    if (IsStillThatMoves(edits, source, header)) return "apng";
     const std::string ending = EndingOf(source.files[0]);
     const std::string& format = header.format;
     if (format == "gif" || format == "webp") return format;
@@ -84,13 +92,14 @@ bool EndsAsFormat(const std::string& name, const std::string& format) {
     return ending == "." + format || (ending == ".png" && format == "apng");
 }
 
-std::string OutputName(const SourceFiles& source, const std::string& format) {
+// `keepsEnding`: an ending that suits the format stays as it is.
+std::string OutputName(const SourceFiles& source, const std::string& format, bool keepsEnding) {
     if (source.files.size() > 1 || source.given.size() > 1) return NameOfSeveral(source) + "." + format;
     const std::string name = FileNameOf(source.files[0]);
     const bool isSeries = source.given.size() == 1 && source.given[0] != source.files[0] &&
                           FileNameOf(source.given[0]).find('%') != std::string::npos;
     if (isSeries) return NameOfSeveral(source) + "." + format;
-    return EndsAsFormat(name, format) ? name : WithoutEnding(name) + "." + format;
+    return keepsEnding && EndsAsFormat(name, format) ? name : WithoutEnding(name) + "." + format;
 }
 
 // By which two names are compared.
@@ -119,8 +128,10 @@ BatchItem MakeItem(const CommandLine& line, const SourceFiles& source) {
     if (!IsStream(source.files[0]) && !ReadPictureHeader(source.files[0], &header, &error))
         item.inputFailure = {kExitBadInput, error};
     if (!NamesFolder(line.output)) return item;
-    if (item.format.empty()) item.format = FormatFor(source, header);
-    item.output = FolderText(line.output) + source.subfolder + OutputName(source, item.format);
+    if (item.format.empty()) item.format = FormatFor(line.edits, source, header);
+    // The ending tells that it is no still any more.
+    const bool keepsEnding = !IsStillThatMoves(line.edits, source, header);
+    item.output = FolderText(line.output) + source.subfolder + OutputName(source, item.format, keepsEnding);
     CommandLine one;
     if (!LineOf(line, item, &one, &error))
         item.outputFailure = {kExitBadCommand, source.files[0] + ": " + error};

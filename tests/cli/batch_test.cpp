@@ -76,6 +76,21 @@ TEST_F(Batch, Each_result_has_the_name_of_its_input_and_a_format_that_keeps_it) 
     EXPECT_EQ(result.err, "kestrel: 9 done.\n");
 }
 
+TEST_F(Batch, Stills_that_are_made_to_move_become_animations) {
+    Make("still.png", "png", {"--frames", "1"});
+    Make("moving.png", "apng");
+    const Words inputs = {"apply", in + "still.png", in + "moving.png", "-o", out, "--effect", "Swirl"};
+    Words words = inputs;
+    words.insert(words.end(), {"--frames", "3"});
+    EXPECT_EQ(RunKestrel(words).exitCode, 3) << "the animation has no frame 3";
+    EXPECT_EQ(FilesIn(out), (Words{"still.apng"}));
+    EXPECT_EQ(ReadBack(out + "still.apng").frames.size(), 3u);
+    words = inputs;
+    words.insert(words.end(), {"--frames", "0"});
+    EXPECT_EQ(RunKestrel(words).exitCode, 0);
+    EXPECT_EQ(FilesIn(out), (Words{"moving.png", "still.apng", "still.png"}));
+}
+
 TEST_F(Batch, A_format_that_is_given_is_that_of_every_result) {
     Make("w.webp", "webp");
     ASSERT_EQ(RunKestrel({"apply", in + "a.gif", in + "w.webp", "-o", out, "--format", "apng"}).exitCode, 0);
