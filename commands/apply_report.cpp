@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "commands/output_format.h"
+#include "commands/recipe_text.h"
 
 namespace kfx::commands {
 namespace {
@@ -64,6 +65,11 @@ void NoteBuild(const CommandLine& line, const std::string& shownSource, const Ho
         report->notes.push_back(ShownPath(line.output) +
                                 ": a GIF holds no half-transparent pixels; from half on they are opaque, the "
                                 "others are hidden (--matte mixes them onto a colour).");
+    }
+    if (LosesRecipe(line)) {
+        report->notes.push_back(ShownPath(line.output) +
+                                ": keeps no recipe, because the options are too long for one or have a line "
+                                "end in a value; kestrel verify cannot check it.");
     }
     if (line.supercompress && session.record.transparent) {
         report->notes.push_back(shownSource +

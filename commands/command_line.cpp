@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/command_line.h"
 
+#include <algorithm>
+
 #include <CLI/CLI.hpp>
 
 #include "commands/command_row.h"
@@ -103,6 +105,10 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const O
     for (const CommandRow* row : kCommands) {
         if (!app.got_subcommand(row->name)) continue;
         line->command = row;
+        if (std::find(line->inputs.begin(), line->inputs.end(), "") != line->inputs.end()) {
+            *text = "an input has no name: its argument is empty.";
+            return ParseOutcome::Error;
+        }
         const bool isDone = !row->finish || row->finish(*app.get_subcommand(row->name), words, line, text);
         return isDone ? ParseOutcome::Run : ParseOutcome::Error;
     }

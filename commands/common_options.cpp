@@ -22,6 +22,11 @@ void AddEngineOptions(CLI::App* command, const OptionTarget& target) {
     if (target.own.add) target.own.add(command, target.own.values);
 }
 
+void AddReportOptions(CLI::App* command, CommandLine* line) {
+    AddFlag(command, "--json", &line->json, "Print the result, or the error, as one JSON object on a line");
+    AddFlag(command, "--quiet", &line->quiet, "No notes");
+}
+
 void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
     AddOptionalOutput(command, line, name, description);
     command->get_option("-o")->required();

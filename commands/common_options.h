@@ -16,6 +16,9 @@ namespace kfx::commands {
 // Adds --json, --quiet and the program's own options: what the commands that use an engine have in common.
 void AddEngineOptions(CLI::App* command, const OptionTarget& target);
 
+// Adds --json and --quiet to a command that shows no progress.
+void AddReportOptions(CLI::App* command, CommandLine* line);
+
 // Adds the option `name` for the output, which must be given, and --force.
 void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description);
 

@@ -105,8 +105,8 @@ size_t CountDifferent(const Comparison& comparison) {
 }
 
 std::string FirstText(const Pair& pair, const Moment& first) {
-    return "at " + SecondsText(first.milliseconds) + ", frame " + std::to_string(first.frameA + 1) +
-           " and frame " + std::to_string(first.frameB + 1) + ", pixel " + std::to_string(first.x) + "," +
+    return "at " + SecondsText(first.milliseconds) + ", frame " + std::to_string(first.frameA) +
+           " and frame " + std::to_string(first.frameB) + ", pixel " + std::to_string(first.x) + "," +
            std::to_string(first.y) + ": " +
            ColorText(PixelOf(pair.animations[0], first.frameA, first.x, first.y)) + " and " +
            ColorText(PixelOf(pair.animations[1], first.frameB, first.x, first.y));
@@ -139,14 +139,13 @@ std::string DifferenceRows(const Pair& pair, const Comparison& comparison) {
     AddRow("First", FirstText(pair, *first), &text);
     AddRow("Pixels",
            std::to_string(first->differentPixels) + " of " + std::to_string(pixels) + " there, " +
-               std::to_string(most->differentPixels) + " at most (frame " + std::to_string(most->frameA + 1) +
+               std::to_string(most->differentPixels) + " at most (frame " + std::to_string(most->frameA) +
                ")",
            &text);
-    AddRow("PSNR",
-           PsnrText(worst.quality.psnr) + " at least (frame " + std::to_string(worst.frameA + 1) + ")",
+    AddRow("PSNR", PsnrText(worst.quality.psnr) + " at least (frame " + std::to_string(worst.frameA) + ")",
            &text);
     AddRow("SSIM",
-           Decimal(least->quality.ssim, 4) + " at least (frame " + std::to_string(least->frameA + 1) + ")",
+           Decimal(least->quality.ssim, 4) + " at least (frame " + std::to_string(least->frameA) + ")",
            &text);
     return text;
 }
@@ -154,8 +153,8 @@ std::string DifferenceRows(const Pair& pair, const Comparison& comparison) {
 std::string MomentTable(const Comparison& comparison) {
     std::string text = "     Time    Frames    Different pixels        PSNR    SSIM\n";
     for (const Moment& moment : comparison.moments) {
-        text += AtRight(9, SecondsText(moment.milliseconds)) + AtRight(6, moment.frameA + 1) +
-                AtRight(5, moment.frameB + 1) + AtRight(20, std::to_string(moment.differentPixels)) +
+        text += AtRight(9, SecondsText(moment.milliseconds)) + AtRight(6, moment.frameA) +
+                AtRight(5, moment.frameB) + AtRight(20, std::to_string(moment.differentPixels)) +
                 AtRight(12, PsnrText(moment.quality.psnr)) + "  " + Decimal(moment.quality.ssim, 4) + "\n";
     }
     return text;
@@ -164,8 +163,8 @@ std::string MomentTable(const Comparison& comparison) {
 Json MomentList(const Comparison& comparison) {
     Json list = Json::array();
     for (const Moment& moment : comparison.moments) {
-        list.push_back({{"milliseconds", moment.milliseconds},
-                        {"frames", {moment.frameA + 1, moment.frameB + 1}},
+        list.push_back({{"time", moment.milliseconds},
+                        {"frames", {moment.frameA, moment.frameB}},
                         {"differentPixels", moment.differentPixels},
                         {"psnr", PsnrValue(moment.quality.psnr)},
                         {"ssim", SsimValue(moment.quality.ssim)}});
@@ -173,16 +172,18 @@ Json MomentList(const Comparison& comparison) {
     return list;
 }
 
-Json DescribeForScripts(const Pair& pair, const Comparison& comparison, bool isEqual) {
-    Json object = {{"equal", isEqual},
+Json DescribeForScripts(const std::vector<std::string>& inputs, const Pair& pair,
+                        const Comparison& comparison, bool isEqual) {
+    Json object = {{"inputs", inputs},
+                   {"equal", isEqual},
                    {"sameSize", comparison.sameSize},
                    {"samePlays", comparison.samePlays},
                    {"sameDuration", comparison.sameDuration},
                    {"comparedPictures", comparison.moments.size()},
                    {"differentPictures", CountDifferent(comparison)}};
     if (const Moment* const first = FirstDifference(comparison)) {
-        object["first"] = {{"milliseconds", first->milliseconds},
-                           {"frames", {first->frameA + 1, first->frameB + 1}},
+        object["first"] = {{"time", first->milliseconds},
+                           {"frames", {first->frameA, first->frameB}},
                            {"x", first->x},
                            {"y", first->y},
                            {"colors",
@@ -237,7 +238,7 @@ Report RunCompare(const CommandLine& line, const CommandContext&) {
     report.exitCode = isEqual ? kExitDone : kExitDifferent;
     report.text = Describe(pair, comparison, isEqual);
     if (line.look.listsFrames) report.text += MomentTable(comparison);
-    report.result = DescribeForScripts(pair, comparison, isEqual);
+    report.result = DescribeForScripts(line.inputs, pair, comparison, isEqual);
     WriteDifferences(line, pair, comparison, &report);
     return report;
 }
@@ -246,8 +247,8 @@ void AddCompare(CLI::App* app, const OptionTarget& target) {
     CommandLine* const line = target.line;
     CLI::App* const compare =
         app->add_subcommand("compare", "Tell whether two animations look equal when they are played");
-    AddInput(compare, line, "a", "An animation or picture")->required();
-    AddInput(compare, line, "b", "Another one")->required();
+    AddInput(compare, line, "first", "An animation or picture")->required();
+    AddInput(compare, line, "second", "Another one")->required();
     compare
         ->add_option("--min-psnr", line->look.leastPsnr,
                      "Equal enough is a PSNR of so many decibels, in each frame")
@@ -262,8 +263,7 @@ void AddCompare(CLI::App* app, const OptionTarget& target) {
     AddOptionalOutput(compare, line, "-o,--output", "PNG file that shows where pixels differ");
     AddJoinOptions(compare, line);
     AddReadLimit(compare, line);
-    AddFlag(compare, "--json", &line->json, "Print the result, or the error, as one JSON object");
-    AddFlag(compare, "--quiet", &line->quiet, "No notes");
+    AddReportOptions(compare, line);
     compare->footer(
         "Examples:\n"
         "  kestrel compare holiday.gif holiday.webp --round-times\n"

@@ -125,9 +125,9 @@ struct ValueRow {
 };
 
 constexpr ValueRow kValues[] = {
-    {.name = "edges", .offer = OfferEdges},    {.name = "effect", .offer = OfferEffects},
-    {.name = "format", .offer = OfferFormats}, {.name = "palette", .offer = OfferPalettes},
-    {.name = "set", .offer = OfferSettings},
+    {.name = "edges", .offer = OfferEdges},      {.name = "effect", .offer = OfferEffects},
+    {.name = "format", .offer = OfferFormats},   {.name = "name", .offer = OfferEffects},
+    {.name = "palette", .offer = OfferPalettes}, {.name = "set", .offer = OfferSettings},
 };
 
 bool TakesFile(const CLI::Option& option) {

@@ -76,8 +76,8 @@ Picture DrawDifferences(const std::string& title, const Animation& a, const Anim
         const Frame& frameB = b.frames[moment->frameB];
         marked.push_back(MarkDifferences(frameA, frameB));
         rows.push_back({MomentTitle(*moment, moment == first ? "First difference" : "Largest difference"),
-                        {PictureOf(a, frameA.pixels, "A, frame " + std::to_string(moment->frameA + 1)),
-                         PictureOf(b, frameB.pixels, "B, frame " + std::to_string(moment->frameB + 1)),
+                        {PictureOf(a, frameA.pixels, "A, frame " + std::to_string(moment->frameA)),
+                         PictureOf(b, frameB.pixels, "B, frame " + std::to_string(moment->frameB)),
                          PictureOf(a, marked.back(), std::to_string(moment->differentPixels) + " pixels")}});
     }
     return DrawContactSheet(title, rows, kLargestWidth, kLargestHeight);

@@ -156,8 +156,12 @@ Report WriteWall(const CommandLine& line, const std::vector<std::string>& names,
     report.text = line.output + ": " + std::to_string(width) + " x " + std::to_string(height) + ", " +
                   std::to_string(frames) + (frames == 1 ? " frame, " : " frames, ") +
                   std::to_string(written.bytes) + " bytes.\n";
-    report.result = {{"effects", names}, {"output", line.output}, {"width", width},
-                     {"height", height}, {"frames", frames},      {"bytes", written.bytes}};
+    report.result.update({{"effects", names},
+                          {"output", line.output},
+                          {"width", width},
+                          {"height", height},
+                          {"frames", frames},
+                          {"bytes", written.bytes}});
     return report;
 }
 
@@ -193,6 +197,7 @@ Report RunGallery(const CommandLine& line, const CommandContext& context) {
     session.keepSource = !IsWall(line);
     if (!CheckOutput(line, {line.output}, &report) || !ReadGallerySource(line, &source, &report))
         return report;
+    if (!line.inputs.empty()) report.result["input"] = line.inputs[0];
     return IsWall(line) ? DrawAnimated(line, context, &session, std::move(report))
                         : DrawStill(line, context, &session, std::move(report));
 }

@@ -202,7 +202,7 @@ std::string FrameTable(const ReadFile& file) {
     for (size_t i = 0; i < file.animation.frames.size(); ++i) {
         const Frame& frame = file.animation.frames[i];
         const Part part = PartOf(file.animation, frame);
-        text += AtRight(7, i + 1) + AtRight(15, std::to_string(MillisecondsOf(frame))) +
+        text += AtRight(7, i) + AtRight(15, std::to_string(MillisecondsOf(frame))) +
                 AtRight(14, SizeText(part.width, part.height)) + AtRight(8, std::to_string(part.left)) + "," +
                 AtLeft(7, std::to_string(part.top)) + AtLeft(8, DisposalName(frame.disposal)) +
                 AtRight(9, file.colors[i]) + (frame.transparent ? "  transparent" : "") + "\n";
@@ -215,7 +215,7 @@ Json FrameList(const ReadFile& file) {
     for (size_t i = 0; i < file.animation.frames.size(); ++i) {
         const Frame& frame = file.animation.frames[i];
         const Part part = PartOf(file.animation, frame);
-        list.push_back({{"milliseconds", MillisecondsOf(frame)},
+        list.push_back({{"delay", MillisecondsOf(frame)},
                         {"left", part.left},
                         {"top", part.top},
                         {"width", part.width},
@@ -252,7 +252,7 @@ Json DescribeForScripts(const std::string& name, const ReadFile& file, bool list
                    {"width", animation.width},
                    {"height", animation.height},
                    {"frames", animation.frames.size()},
-                   {"milliseconds", DurationOf(animation)}};
+                   {"duration", DurationOf(animation)}};
     for (const Frame& frame : animation.frames) object["delays"].push_back(MillisecondsOf(frame));
     object["plays"] =
         animation.loopCount == kLoopForever ? Json("forever") : Json(PlaysOf(animation.loopCount));
@@ -299,13 +299,13 @@ Report RunInfo(const CommandLine& line, const CommandContext&) {
 void AddInfo(CLI::App* app, const OptionTarget& target) {
     CLI::App* const info =
         app->add_subcommand("info", "Tell what files hold: frames, times, colors, metadata");
-    AddInputs(info, target.line, "file",
+    AddInputs(info, target.line, "input",
               "Pictures and animations, folders, patterns, or - for standard input")
         ->required();
     AddFlag(info, "--frames", &target.line->look.listsFrames,
             "List the frames, too: part, time, disposal, colors");
     AddReadLimit(info, target.line);
-    AddFlag(info, "--json", &target.line->json, "Print one JSON object a line, one for each file");
+    AddReportOptions(info, target.line);
     info->footer(
         "Examples:\n"
         "  kestrel info holiday.gif\n"

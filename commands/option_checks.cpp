@@ -92,7 +92,10 @@ std::string MissingEffect(const CommandLine& line, bool formatGiven) {
     const bool joins = line.join || line.delay >= 0;
     if (!HasEdits(line.edits) && !HasResultEdits(line.resultEdits) && line.fit.size.empty() && !formatGiven &&
         !joins)
-        return "--effect NAME is missing; see kestrel apply --help.";
+        return line.inputs.size() > 1 && !NamesFolder(line.output)
+                   ? "there are several inputs; --join makes them one animation, -o FOLDER/ takes a "
+                     "result for each."
+                   : "--effect NAME is missing; to convert without an effect, add --format.";
     return "";
 }
 

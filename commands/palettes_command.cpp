@@ -130,6 +130,7 @@ Report RunPalettes(const CommandLine& line, const CommandContext& context) {
             if (!Try(engine, &session, line, source, &trial, &failure)) return FailedReport(failure);
         }
     }
+    report.result["input"] = line.inputs[0];
     report.result["palettes"] = nlohmann::ordered_json::array();
     for (const Trial& trial : trials) {
         report.result["palettes"].push_back({{"name", trial.palette},

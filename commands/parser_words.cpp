@@ -48,7 +48,9 @@ std::string SeeHelp(const CLI::App& app, const CLI::App& place) {
 }
 
 std::string MissingMessage(const CLI::Option& option, const std::string& help) {
-    if (!option.nonpositional()) return "the " + option.get_name() + " file is missing" + help;
+    const bool isFile = option.get_type_name() == "FILE";
+    if (!option.nonpositional())
+        return "the " + option.get_name() + (isFile ? " file" : "") + " is missing" + help;
     return option.get_name() + " " + option.get_type_name() + " is missing" + help;
 }
 

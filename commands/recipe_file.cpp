@@ -46,7 +46,10 @@ bool ReadRecipeFile(const std::string& path, const ReadLimits& limits, RecipeFil
             return Refuse(shown + ": is too large for a settings document.", failure);
         file->text.assign(content.begin(), content.end());
     } else if (!ReadAnimationFromMemory(content.data(), content.size(), &file->animation, &error, limits)) {
-        // Whatever is neither a picture nor a document: the window's own sentence for documents.
+        // The window's own sentence for documents that are none.
+        if (EndingOf(path) != ".kx1" && FormatNameOf(content.data(), content.size()).empty())
+            return Refuse(shown + ": is neither a picture that holds a recipe nor a settings document.",
+                          failure);
         return Refuse(
             EndingOf(path) == ".kx1" ? shown + ": This file has been damaged." : shown + ": " + error + ".",
             failure);

@@ -5,6 +5,7 @@
 #include <charconv>
 
 #include "commands/command_line.h"
+#include "commands/output_format.h"
 #include "commands/text_match.h"
 #include "documents/document_text.h"
 #include "media/recipe_note.h"
@@ -107,6 +108,11 @@ RecipeDraft DraftRecipe(const CommandLine& line) {
     draft.head = lines;
     draft.isLossy = IsLossy(line);
     return draft;
+}
+
+bool LosesRecipe(const CommandLine& line) {
+    const bool isKept = !line.recipe.leavesOut && !line.format.empty() && !IsRawFormat(line.format);
+    return isKept && DraftRecipe(line).head.empty();
 }
 
 std::string FinishRecipe(const RecipeDraft& draft, const std::string& fingerprint, const SeriesPart& part) {

@@ -21,6 +21,9 @@ struct RecipeDraft {
 // The recipe of an apply command, as far as the command line says it. It holds neither paths nor times.
 RecipeDraft DraftRecipe(const CommandLine& line);
 
+// Whether the command should keep a recipe and cannot: an option is no single line, or all are too long.
+bool LosesRecipe(const CommandLine& line);
+
 // Which file of a series the recipe is for, counted from 1; 0 of 0: there is only one.
 struct SeriesPart {
     size_t number = 0;

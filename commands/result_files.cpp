@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/result_files.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <new>
@@ -77,6 +78,14 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
     return WriteWebp(system, animation, error, options.webp);
 }
 
+// Whether the library for WebP stores only one frame, because no pixel ever changes.
+bool BecomesStill(const Animation& animation) {
+    const std::vector<Frame>& frames = animation.frames;
+    return frames.size() > 1 && std::all_of(frames.begin() + 1, frames.end(), [&](const Frame& frame) {
+               return frame.pixels == frames[0].pixels;
+           });
+}
+
 uint64_t BytesOf(const std::vector<std::string>& files) {
     uint64_t bytes = 0;
     for (const std::string& file : files) {
@@ -100,6 +109,10 @@ void NoteResult(const ResultOptions& options, const std::string& format, Animati
                 WrittenResult* written) {
     const bool isStill = format == "png";
     if (!isStill) written->note = ShortDelayNote(*animation);
+    if (format == "webp" && BecomesStill(*animation))
+        written->note =
+            "all frames are equal, and WebP stores them as a still picture without times and loop "
+            "count; .gif and .apng keep both";
     if (!options.fingerprint && options.recipe.head.empty()) return;
     written->fingerprint = isStill ? FingerprintOfStill(*animation, 0) : FingerprintIn(format, *animation);
     if (!options.recipe.head.empty()) animation->recipe = FinishRecipe(options.recipe, written->fingerprint);

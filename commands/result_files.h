@@ -29,7 +29,7 @@ struct WrittenResult {
     std::vector<std::string> files;  // with folders as in the path that was given
     uint64_t bytes = 0;              // of all files; 0 for a device or a pipe
     std::string fingerprint;         // of what the files show, when it was wanted; see fingerprint.h
-    std::string note;  // a clause about frames that viewers do not show as long as they say; or empty
+    std::string note;                // a clause about times that viewers or the file do not keep; or empty
 };
 
 // What viewers make of the times in a GIF file, which has hundredths only; as ShortDelayNote.

@@ -5,16 +5,20 @@
 #include "commands/common_options.h"
 #include "commands/text.h"
 #include "media/animation_writer.h"
+#include "media/file_io.h"
 #include "media/sample_animation.h"
 
 namespace kfx::commands {
 namespace {
 
 // A GIF with a palette a frame; the other formats hold all colours, and a PNG file the first frame.
-bool Write(const std::string& path, const std::string& ending, const GifAnimation& sample,
-           std::string* error) {
-    if (ending == ".gif") return WriteGif(path, sample, error);
-    if (ending == ".png") return WritePng(path, DrawSampleFrame(0), error);
+bool Encode(const std::string& ending, const GifAnimation& sample, std::vector<uint8_t>* file,
+            std::string* error) {
+    if (ending == ".gif") return EncodeGif(sample, file, error);
+    if (ending == ".png") {
+        const Picture first = DrawSampleFrame(0);
+        return EncodePng(first.width, first.height, first.pixels.data(), file, error);
+    }
     Animation animation;
     animation.width = sample.width;
     animation.height = sample.height;
@@ -24,7 +28,7 @@ bool Write(const std::string& path, const std::string& ending, const GifAnimatio
         animation.frames.emplace_back().pixels = DrawSampleFrame(i).pixels;
         animation.frames.back().delay = kSampleDelay;
     }
-    return ending == ".webp" ? WriteWebp(path, animation, error) : WriteApng(path, animation, error);
+    return ending == ".webp" ? EncodeWebp(animation, file, error) : EncodeApng(animation, file, error);
 }
 
 Report RunSample(const CommandLine& line, const CommandContext&) {
@@ -32,13 +36,23 @@ Report RunSample(const CommandLine& line, const CommandContext&) {
     if (!CheckOutput(line, {line.output}, &report)) return report;
     std::string error;
     const GifAnimation sample = DrawSampleAnimation();
-    if (!Write(SystemPath(line.output), EndingOf(line.output), sample, &error))
+    size_t bytes = 0;
+    const auto encode = [&](size_t, std::vector<uint8_t>* file, std::string* clause) {
+        if (!Encode(EndingOf(line.output), sample, file, clause)) return false;
+        bytes = file->size();
+        return true;
+    };
+    if (!WriteWholeFiles({SystemPath(line.output)}, encode, &error))
         return FailedReport(kExitBadOutput, WithFolderAsGiven(error, line.output));
     const size_t frames = EndingOf(line.output) == ".png" ? 1 : sample.frames.size();
     report.text = line.output + ": " + std::to_string(frames) + (frames == 1 ? " frame, " : " frames, ") +
-                  std::to_string(sample.width) + " x " + std::to_string(sample.height) + ".\n";
-    report.result = {
-        {"output", line.output}, {"frames", frames}, {"width", sample.width}, {"height", sample.height}};
+                  std::to_string(sample.width) + " x " + std::to_string(sample.height) + ", " +
+                  std::to_string(bytes) + " bytes.\n";
+    report.result = {{"output", line.output},
+                     {"frames", frames},
+                     {"width", sample.width},
+                     {"height", sample.height},
+                     {"bytes", bytes}};
     return report;
 }
 
@@ -46,6 +60,7 @@ void AddSample(CLI::App* app, const OptionTarget& target) {
     CLI::App* const sample = app->add_subcommand("sample", "Write the sample animation");
     AddOutput(sample, target.line, "-o,--output,output",
               "GIF, WebP or APNG file, or a PNG file for the first frame");
+    AddReportOptions(sample, target.line);
 }
 
 bool FinishSample(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {

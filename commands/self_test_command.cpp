@@ -52,7 +52,7 @@ Report RunSelfTestCommand(const CommandLine&, const CommandContext&) {
     Report report;
     report.result["paths"] =
         HasAvx2() ? nlohmann::ordered_json{"plain", "AVX2"} : nlohmann::ordered_json{"plain"};
-    report.result["milliseconds"] = milliseconds;
+    report.result["seconds"] = static_cast<double>(milliseconds) / 1000;
     report.result["results"] = nlohmann::ordered_json::array();
     for (const SelfTestResult& result : results) {
         report.result["results"].push_back({{"name", NameOf(*result.row)},
@@ -75,8 +75,7 @@ Report RunSelfTestCommand(const CommandLine&, const CommandContext&) {
 void AddSelfTest(CLI::App* app, const OptionTarget& target) {
     CLI::App* const test = app->add_subcommand(
         "self-test", "Check that effects and palettes give the right bytes on this machine");
-    AddFlag(test, "--json", &target.line->json, "Print the results, or the error, as one JSON object");
-    AddFlag(test, "--quiet", &target.line->quiet, "No notes");
+    AddReportOptions(test, target.line);
     test->footer(
         "Builds a small animation of its own under every effect and palette, with and without AVX2, and "
         "compares\n"

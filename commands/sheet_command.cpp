@@ -22,6 +22,7 @@ Report RunSheet(const CommandLine& line, const CommandContext&) {
         !CheckOutput(line, {line.output}, &report)) {
         return report;
     }
+    report.result["inputs"] = line.inputs;
     const std::string title =
         FileNameOf(line.sources[0].files[0]) + " and " + FileNameOf(line.sources[1].files[0]);
     return WriteSheet(DrawComparison(title, source, result, kSheetColumns, kSheetWidth, kSheetHeight),
@@ -36,6 +37,7 @@ void AddSheet(CLI::App* app, const OptionTarget& target) {
     AddJoinOptions(sheet, target.line);
     AddReadLimit(sheet, target.line);
     AddOutput(sheet, target.line, "-o,--output", "PNG file");
+    AddReportOptions(sheet, target.line);
 }
 
 bool FinishSheet(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {

@@ -82,7 +82,7 @@ std::string FirstDifference(const Animation& file, const Animation& again) {
         return say("it has " + SizeText(file), SizeText(again));
     const size_t frames = std::min(file.frames.size(), again.frames.size());
     for (size_t i = 0; i < frames; ++i) {
-        const std::string frame = "frame " + std::to_string(i + 1);
+        const std::string frame = "frame " + std::to_string(i);
         if (!SamePicture(file.frames[i], again.frames[i])) return frame + " differs when it is made again";
         const int time = MillisecondsOf(file.frames[i]), other = MillisecondsOf(again.frames[i]);
         if (time != other)

@@ -132,8 +132,9 @@ std::string ShortDelayNote(const Animation& animation) {
 
 std::string DamageWarning(size_t frames) {
     if (frames == 1) return "the file is damaged or cut after its first frame; only that frame is used";
-    return "the file is damaged or cut after frame " + std::to_string(frames) +
-           "; only the frames up to there are used";
+    return "the file is damaged or cut after " + std::to_string(frames) +
+           " frames; "
+           "only the frames up to there are used";
 }
 
 std::string FormatNameOf(const uint8_t* data, size_t size) {

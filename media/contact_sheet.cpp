@@ -147,7 +147,7 @@ SheetPicture PictureOf(const Animation& animation, size_t frame) {
     picture.width = animation.width;
     picture.height = animation.height;
     picture.pixels = animation.frames[frame].pixels.data();
-    picture.label = "frame " + std::to_string(frame + 1);
+    picture.label = "frame " + std::to_string(frame);
     return picture;
 }
 

@@ -60,7 +60,7 @@ Picture DrawGallery(const std::string& title, const std::vector<SheetPicture>& p
 void DrawSheetPicture(const SheetPicture& picture, const SheetPlace& place, Picture* sheet);
 
 // Up to `columns` evenly spread frames of the source, with the result's frames below them, labelled with
-// their numbers: those of the same number, or of the same moment when the counts differ.
+// their numbers, from 0: those of the same number, or of the same moment when the counts differ.
 Picture DrawComparison(const std::string& title, const Animation& source, const Animation& result,
                        int columns, int thumbnailWidth, int thumbnailHeight);
 

@@ -67,8 +67,8 @@ TEST_F(BatchInterrupt, What_is_finished_stays_and_is_counted) {
 
 // A terminal's Ctrl+C interrupts the processes of the files, too, and one of them may end first.
 TEST_F(BatchInterrupt, A_process_that_is_interrupted_is_no_failure) {
-    EXPECT_TRUE(WaitFor([&] { return Children().size() == 1; })) << "the other two have ended";
-    const std::vector<pid_t> children = Children();
+    EXPECT_TRUE(WaitFor([&] { return ChildrenOf(process).size() == 1; })) << "the other two have ended";
+    const std::vector<pid_t> children = ChildrenOf(process);
     ASSERT_EQ(children.size(), 1u);
     kill(children[0], SIGINT);
     EXPECT_EQ(WaitForEnd(process), 130);

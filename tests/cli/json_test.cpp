@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What --json tells of a result.
+#include <algorithm>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -45,6 +47,41 @@ TEST_F(JsonLine, Several_inputs_are_a_list) {
     const auto line = RunKestrelForJson({"apply", input, input, "--join", "-o", folder.path + "out.gif"});
     EXPECT_EQ(line["inputs"], (Words{input, input}));
     EXPECT_FALSE(line.contains("input"));
+}
+
+TEST_F(JsonLine, Every_command_names_its_files_and_sizes_alike) {
+    WriteTestGif(input, 2);
+    const std::string other = folder.path + "other.webp";
+    Apply("other.webp", {"--effect", "Neon"});
+    const Words commands[] = {
+        {"compare", input, other, "-o", folder.path + "differences.png"},
+        {"effects"},
+        {"gallery", input, "-o", folder.path + "gallery.png"},
+        {"gallery", input, "-o", folder.path + "wall.webp"},
+        {"info", other},
+        {"palettes", input, "-o", folder.path + "palettes.png"},
+        {"recipe", other},
+        {"sample", "-o", folder.path + "sample.gif"},
+        {"self-test"},
+        {"sheet", input, other, "-o", folder.path + "sheet.png"},
+        {"verify", other, "--source", input},
+    };
+    for (const Words& command : commands) {
+        const auto line = RunKestrelForJson(command);
+        const bool hasResult = command.size() > 2 && command[command.size() - 2] == "-o";
+        for (const char* name : {"output", "width", "height", "bytes"})
+            EXPECT_TRUE(!hasResult || line.contains(name)) << name << " of " << command[0] << ": " << line;
+        EXPECT_TRUE(!hasResult || line["bytes"] == ReadText(command.back()).size()) << line;
+        const auto count = std::count(command.begin(), command.end(), input) +
+                           std::count(command.begin(), command.end(), other);
+        if (command[0] == "verify") {
+            EXPECT_EQ(line["input"], other);
+        } else if (count == 1) {
+            EXPECT_EQ(line["input"], command[1]) << line;
+        } else if (count == 2) {
+            EXPECT_EQ(line["inputs"], (Words{input, other})) << line;
+        }
+    }
 }
 
 struct FingerprintCase {

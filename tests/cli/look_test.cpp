@@ -49,7 +49,7 @@ TEST_F(Info, A_file_is_described_in_one_json_line) {
     EXPECT_EQ(file["width"], kTestWidth);
     EXPECT_EQ(file["frames"], 3);
     EXPECT_EQ(file["delays"], Json({50, 60, 70}));
-    EXPECT_EQ(file["milliseconds"], 180);
+    EXPECT_EQ(file["duration"], 180);
     EXPECT_EQ(file["plays"], 4);
     EXPECT_EQ(file["comment"], "a test");
     EXPECT_EQ(file["transparency"], "none");
@@ -112,7 +112,9 @@ TEST_F(Compare, What_differs_is_told_and_the_exit_code_is_1) {
     EXPECT_EQ(report["samePlays"], false);
     EXPECT_EQ(report["sameDuration"], true);
     EXPECT_EQ(report["pictures"].size(), 3u);
-    EXPECT_EQ(report["first"]["milliseconds"], 0);
+    EXPECT_EQ(report["first"]["time"], 0);
+    EXPECT_EQ(report["first"]["frames"], Json({0, 0})) << "counted as --frames counts";
+    EXPECT_EQ(report["inputs"], Json({input, At("b.gif")}));
     EXPECT_LT(report["pictures"][0]["psnr"], 40);
     EXPECT_GT(ReadBack(At("differences.png")).width, 3 * kTestWidth);
     EXPECT_THAT(RunKestrel({"compare", input, At("b.gif")}).out,

@@ -238,11 +238,11 @@ TEST_F(Differing, Another_source_is_told_by_the_first_frame_that_differs) {
     const std::string made = Make("made.webp", {"--effect=Bump"});
     Make("changed.webp", {"--reverse", "--format=webp"});
     EXPECT_THAT(WhyNot(made, Path("changed.webp")),
-                AllOf(HasSubstr("the source is another one"), HasSubstr("; frame 1 ")));
+                AllOf(HasSubstr("the source is another one"), HasSubstr("; frame 0 ")));
     EXPECT_THAT(WhyNot(made, Make("small.webp", {"--resize=50%"})),
                 HasSubstr("it has 40 x 30 pixels, and 20 x 15 pixels when it is made again."));
     EXPECT_THAT(WhyNot(made, Make("slow.webp", {"--speed=0.5"})),
-                HasSubstr("frame 1 is shown for 50 ms, and 100 when it is made again."));
+                HasSubstr("frame 0 is shown for 50 ms, and 100 when it is made again."));
     EXPECT_THAT(WhyNot(made, Make("less.webp", {"--frames=0-1"})),
                 HasSubstr("it has 3 frames, and 2 when it is made again."));
     EXPECT_THAT(WhyNot(made, Make("loop.webp", {"--loop=7"})),
@@ -259,7 +259,7 @@ TEST_F(Differing, A_file_that_was_changed_later_is_told_by_its_fingerprint) {
     std::string error;
     ASSERT_TRUE(WriteWebp(made, changed, &error)) << error;
     EXPECT_THAT(WhyNot(made, input), AllOf(HasSubstr("it has been changed since it was made"),
-                                           HasSubstr("frame 2 differs when it is made again.")));
+                                           HasSubstr("frame 1 differs when it is made again.")));
 }
 
 TEST_F(Differing, Equal_pictures_in_other_bytes_are_told) {

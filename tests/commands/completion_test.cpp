@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/completion.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -80,6 +81,7 @@ TEST(Completion, Names_are_words_without_spaces_that_the_command_takes) {
     EXPECT_THAT(Offered({"apply", "--palette"}, "c"), ElementsAre("custom"));
     EXPECT_THAT(Offered({"apply", "--format"}, "rgb"), ElementsAre("rgb", "rgba"));
     EXPECT_THAT(Offered({"apply", "--edges"}, ""), ElementsAre("background", "extend"));
+    EXPECT_THAT(Offered({"effects"}, "wat"), ElementsAre("water-drops"));
 }
 
 TEST(Completion, Settings_are_the_parameters_of_the_effect_before_them) {
@@ -124,6 +126,12 @@ TEST(Completion, There_is_a_script_for_each_shell) {
         EXPECT_THAT(CompletionScript(shell), HasSubstr("kestrel complet"));
     }
     EXPECT_EQ(CompletionScript("unknown"), "");
+    const std::string script = CompletionScript("powershell");
+    EXPECT_EQ(std::count(script.begin(), script.end(), '{'), std::count(script.begin(), script.end(), '}'));
+    // In PowerShell an operator and its hyphen are one word, and so are a type and its constructor.
+    for (const char* word :
+         {" -split \"`t\", 2\n", " -match '", "]::new($text, $word, 'ParameterValue', $meaning)\n"})
+        EXPECT_THAT(script, HasSubstr(word));
     CommandLine line;
     std::string error;
     EXPECT_EQ(ParseCommandLine({"completions", "bsh"}, {}, &line, &error), ParseOutcome::Error);

@@ -143,7 +143,10 @@ TEST(RecipeWords, An_option_that_is_no_single_line_is_not_kept_at_all) {
         const CommandLine line =
             Accept({"apply", "in.gif", "-o", "out.gif", "--effect=Emboss", "--set=Radius=" + value});
         EXPECT_EQ(DraftRecipe(line).head, "");
+        EXPECT_TRUE(LosesRecipe(line));
     }
+    EXPECT_FALSE(LosesRecipe(Accept({"apply", "in.gif", "-o", "out.gif", "--effect=Bump"})));
+    EXPECT_FALSE(LosesRecipe(Accept({"apply", "in.gif", "-o", "out.y4m", "--effect=Bump"})));
 }
 
 Arguments Beside(const Arguments& own, const Arguments& recipe, const std::string& format,

@@ -155,7 +155,7 @@ TEST(GifAsFound, A_cut_file_gives_its_complete_frames_and_a_warning) {
         }
     }
     EXPECT_EQ(ReadOrFail(Cut(file, two.size() + 2)).warning,
-              "the file is damaged or cut after frame 2; only the frames up to there are used");
+              "the file is damaged or cut after 2 frames; only the frames up to there are used");
     EXPECT_EQ(ReadOrFail(file).warning, "");
 }
 

@@ -125,6 +125,18 @@ TEST(ContactSheet, A_comparison_shows_the_same_frames_of_both) {
     EXPECT_EQ(CountPixels(sheet, {101, 0, 0}), 0u);
 }
 
+TEST(ContactSheet, A_comparison_counts_frames_from_0) {
+    Animation animation;
+    animation.width = animation.height = 8;
+    const Picture tile = FlatPicture(8, 8, {100, 0, 0});
+    animation.frames.resize(2);
+    for (Frame& frame : animation.frames) frame.pixels = tile.pixels;
+    const SheetRow row = {"Source", {Shown(tile, "frame 0"), Shown(tile, "frame 1")}};
+    const SheetRow below = {"Result", row.pictures};
+    EXPECT_EQ(DrawComparison("", animation, animation, 2, 50, 50).pixels,
+              DrawContactSheet("", {row, below}, 50, 50).pixels);
+}
+
 TEST(ContactSheet, A_comparison_goes_by_time_when_equal_frames_were_joined) {
     Animation source;
     source.width = 8;
