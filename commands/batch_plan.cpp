@@ -200,6 +200,9 @@ void CheckSeries(const CommandLine& line, std::vector<BatchItem>* items) {
                 PicturesOf(line, *series->second, static_cast<size_t>(series->second - items->data()));
         if (std::find(files->second.begin(), files->second.end(), item.output) == files->second.end())
             continue;
+        // Several pictures have other names.
+        const auto number = static_cast<size_t>(&item - items->data());
+        if (PicturesOf(line, item, number) != std::vector<std::string>{item.output}) continue;
         item.outputFailure = {kExitBadCommand, series->second->inputs[0] + " and " + item.inputs[0] +
                                                    ": both results would have a file " + item.output +
                                                    "; give them different names or folders."};

@@ -171,6 +171,15 @@ TEST_F(Batch, A_picture_of_a_series_and_another_result_do_not_get_one_name) {
     EXPECT_EQ(FilesIn(out), (Words{"a-001.png", "a.png", "b-002.png", "b.png", "c.png"}));
 }
 
+TEST_F(Batch, Two_series_whose_names_begin_alike_are_both_made) {
+    WriteTestGif(in + "a-001.gif", 2);
+    const ProgramResult result =
+        RunKestrel({"apply", in + "a.gif", in + "a-001.gif", "-o", out, "--format", "png"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const Words files = FilesIn(out);
+    EXPECT_THAT(files, ::testing::IsSupersetOf({"a-000.png", "a-001.png", "a-001-000.png", "a-001-001.png"}));
+}
+
 TEST_F(Batch, Results_that_exist_are_replaced_on_request_only) {
     std::filesystem::create_directory(PathOf(out));
     WriteText(out + "b.gif", "mine");
