@@ -20,17 +20,17 @@ std::string NameOf(const CommandLine& line, const FitSettings& settings) {
     return options.empty() ? "(nothing changed)" : options;
 }
 
-// Bytes in the unit that people use, as "2.41M".
-std::string ShortBytes(uint64_t bytes) {
-    char text[32];
+// "2411003 bytes (2.41M)": also in the unit in which people give sizes.
+std::string BytesText(uint64_t bytes) {
+    std::string text = std::to_string(bytes) + " bytes";
+    if (bytes < 1000) return text;
+    char rounded[32];
     const auto number = static_cast<double>(bytes);
-    if (bytes < 1000)
-        std::snprintf(text, sizeof text, "%.0f bytes", number);
-    else if (bytes < 1000000)
-        std::snprintf(text, sizeof text, "%.1fK", number / 1e3);
+    if (bytes < 1000000)
+        std::snprintf(rounded, sizeof rounded, " (%.1fK)", number / 1e3);
     else
-        std::snprintf(text, sizeof text, "%.2fM", number / 1e6);
-    return text;
+        std::snprintf(rounded, sizeof rounded, " (%.2fM)", number / 1e6);
+    return text + rounded;
 }
 
 // What could be allowed as well.
@@ -42,8 +42,9 @@ std::string HelpFor(const CommandLine& line, const FitSubject& subject) {
     add(!line.fit.scale && line.resultEdits.shrink == 100, "scale");
     add(!line.fit.frames && line.resultEdits.every == 1 && subject.isAnimated, "frames");
     add(!line.fit.lossy && line.format == "gif" && line.lossy < 0, "lossy");
-    return list.empty() ? "leave out frames with --frames, or take a larger --max-size"
-                        : "--allow " + list + " can make it smaller";
+    if (!list.empty()) return "--allow " + list + " can make it smaller";
+    return subject.isAnimated ? "leave out frames with --frames, or take a larger --max-size"
+                              : "make the picture smaller with --resize, or take a larger --max-size";
 }
 
 Failure NothingFits(const CommandLine& line, const FitSubject& subject, const FitFound& found) {
@@ -51,9 +52,8 @@ Failure NothingFits(const CommandLine& line, const FitSubject& subject, const Fi
         return {kExitBadCommand, "--max-size has nothing to try with the options that stand beside it."};
     const FitTrial& smallest = found.tried[found.chosen];
     return {kExitTooLarge, ShownPath(line.output) + ": nothing fits into " + line.fit.size +
-                               "; the smallest has " + std::to_string(smallest.bytes) + " bytes (" +
-                               ShortBytes(smallest.bytes) + ") with " + NameOf(line, smallest.settings) +
-                               "; " + HelpFor(line, subject) + "."};
+                               "; the smallest has " + BytesText(smallest.bytes) + " with " +
+                               NameOf(line, smallest.settings) + "; " + HelpFor(line, subject) + "."};
 }
 
 bool FillSubject(const OpenEngine& engine, const Animation& wanted, FitSubject* subject, Failure* failure) {

@@ -154,6 +154,17 @@ TEST_F(Fit, What_is_allowed_is_used_and_nothing_else) {
     EXPECT_EQ(scaled["frames"], 9);
 }
 
+TEST_F(Fit, A_still_that_does_not_fit_is_to_be_made_smaller) {
+    WriteColorful(input, 1, false);
+    const ProgramResult result =
+        RunKestrel(Command("no.gif", {"--colors", "2", "--max-size", "10", "--allow", "scale,lossy"}));
+    EXPECT_EQ(result.exitCode, 8);
+    EXPECT_NE(result.err.find("; make the picture smaller with --resize, or take a larger --max-size.\n"),
+              std::string::npos)
+        << result.err;
+    EXPECT_EQ(result.err.find(" bytes ("), std::string::npos) << "below a thousand: " << result.err;
+}
+
 TEST_F(Fit, The_smallest_that_was_reached_is_named_and_the_earlier_file_stays) {
     WriteColorful(input, 4, false);
     WriteText(folder.path + "out.gif", "earlier");
