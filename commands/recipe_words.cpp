@@ -45,11 +45,13 @@ struct Exclusion {
 
 constexpr Exclusion kExclusions[] = {
     {.one = "true-color", .other = "palette"},
+    {.one = "true-color", .other = "colors"},
     {.one = "true-color", .other = "dither"},
     {.one = "true-color", .other = "supercompress"},
     {.one = "true-color", .other = "fast-remap"},
     {.one = "true-color", .other = "dither-brightness"},
     {.one = "true-color", .other = "dither-contrast"},
+    {.one = "palette", .other = "colors"},
     {.one = "quality", .other = "near-lossless"},
     {.one = "fps", .other = "speed"},
     {.one = "fps", .other = "delay"},
@@ -120,8 +122,15 @@ bool Has(const OptionWords& words, const std::string& name) {
     return std::any_of(words.begin(), words.end(), [&](const OptionWord& word) { return word.name == name; });
 }
 
+bool HasComputedPalette(const OptionWords& words) {
+    return std::any_of(words.begin(), words.end(), [](const OptionWord& word) {
+        return word.name == "palette" && PlainName(word.value) == "custom";
+    });
+}
+
 // Whether the own words exclude the recipe's option.
 bool IsExcluded(const OptionWords& own, const std::string& name) {
+    if (name == "colors" && HasComputedPalette(own)) return false;
     return std::any_of(std::begin(kExclusions), std::end(kExclusions), [&](const Exclusion& pair) {
         return (name == pair.one && Has(own, pair.other)) || (name == pair.other && Has(own, pair.one));
     });
@@ -149,7 +158,8 @@ bool IsSearchOption(const std::string& name) {
 }
 
 bool HasPaletteOption(const OptionWords& words) {
-    return Has(words, "palette") || Has(words, "dither") || Has(words, "supercompress");
+    return Has(words, "palette") || Has(words, "colors") || Has(words, "dither") ||
+           Has(words, "supercompress");
 }
 
 }  // namespace

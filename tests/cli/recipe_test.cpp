@@ -158,6 +158,24 @@ TEST_F(Recipes, What_is_given_beside_it_wins) {
                 RunKestrel({"apply", input, "-o", "-", "--effect=Bump", "--recipe", made}).out);
 }
 
+TEST_F(Recipes, A_number_of_colours_is_a_palette_option_too) {
+    const auto again = [&](const std::string& made, const Arguments& more) {
+        Arguments options = {"--recipe", made};
+        options.insert(options.end(), more.begin(), more.end());
+        return ReadText(Make("again.webp", options));
+    };
+    const auto direct = [&](const Arguments& options) { return ReadText(Make("direct.webp", options)); };
+    const std::string few = Make("few.webp", {"--effect=Bump", "--colors=9", "--fast-remap"});
+    const std::string fixed = Make("fixed.webp", {"--effect=Bump", "--palette=64-color"});
+    EXPECT_TRUE(again(few, {}) == ReadText(few)) << "--fast-remap";
+    EXPECT_TRUE(again(few, {"--true-color"}) == direct({"--effect=Bump", "--true-color"}));
+    EXPECT_TRUE(again(few, {"--palette=64-color"}) ==
+                direct({"--effect=Bump", "--palette=64-color", "--fast-remap"}));
+    EXPECT_TRUE(again(few, {"--palette=custom"}) ==
+                direct({"--effect=Bump", "--palette=custom", "--colors=9", "--fast-remap"}));
+    EXPECT_TRUE(again(fixed, {"--colors=9"}) == direct({"--effect=Bump", "--colors=9"}));
+}
+
 TEST_F(Recipes, Settings_documents_are_taken_over) {
     WriteText(Path("look.kx1"),
               std::string(kRecipeStart.substr(0, kRecipeStart.find('\n') + 1)) +
