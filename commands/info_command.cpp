@@ -13,6 +13,8 @@
 #include "commands/frame_colors.h"
 #include "commands/output_format.h"
 #include "commands/parser_words.h"
+#include "commands/recipe_text.h"
+#include "commands/recipe_words.h"
 #include "commands/text.h"
 #include "commands/text_columns.h"
 #include "commands/text_match.h"
@@ -149,6 +151,16 @@ std::string ExifText(const Animation& animation) {
            (animation.turnedFrom ? " (read upright)" : "");
 }
 
+// "kestrel 16.0a, --format=gif, --effect=Neon".
+std::string RecipeText(const Animation& animation) {
+    Recipe recipe;
+    std::string error;
+    if (!ReadRecipe(animation.recipe, &recipe, &error)) return "cannot be read: " + error;
+    std::string text = "kestrel " + recipe.version;
+    for (const OptionWord& word : recipe.words) text += ", " + TextOf(word);
+    return text;
+}
+
 void AddRow(const char* name, const std::string& value, std::string* text) {
     std::string row = std::string("  ") + name;
     row.resize(kValueColumn, ' ');
@@ -162,6 +174,7 @@ void AddMetadata(const Animation& animation, std::string* text) {
     if (!metadata.colorProfile.empty()) AddRow("ICC profile", ProfileText(metadata.colorProfile), text);
     if (!metadata.exif.empty()) AddRow("EXIF", ExifText(animation), text);
     if (!metadata.xmp.empty()) AddRow("XMP", Counted(metadata.xmp.size(), "byte"), text);
+    if (!animation.recipe.empty()) AddRow("Recipe", OneLine(RecipeText(animation)), text);
 }
 
 std::string Describe(const std::string& name, const ReadFile& file) {
@@ -227,6 +240,15 @@ Json FrameList(const ReadFile& file) {
     return list;
 }
 
+Json DescribeRecipe(const std::string& text) {
+    Recipe recipe;
+    std::string error;
+    if (!ReadRecipe(text, &recipe, &error)) return {{"error", error}};
+    Json options = Json::array();
+    for (const OptionWord& word : recipe.words) options.push_back(TextOf(word));
+    return {{"version", recipe.version}, {"options", std::move(options)}};
+}
+
 Json DescribeMetadata(const Animation& animation) {
     const Metadata& metadata = animation.metadata;
     Json object = Json::object();
@@ -241,6 +263,7 @@ Json DescribeMetadata(const Animation& animation) {
         if (StoredOrientation(animation)) object["exif"]["orientation"] = StoredOrientation(animation);
     }
     if (!metadata.xmp.empty()) object["xmp"] = {{"bytes", metadata.xmp.size()}};
+    if (!animation.recipe.empty()) object["recipe"] = DescribeRecipe(animation.recipe);
     return object;
 }
 
@@ -298,7 +321,7 @@ Report RunInfo(const CommandLine& line, const CommandContext&) {
 
 void AddInfo(CLI::App* app, const OptionTarget& target) {
     CLI::App* const info =
-        app->add_subcommand("info", "Tell what files hold: frames, times, colors, metadata");
+        app->add_subcommand("info", "Tell what files hold: frames, times, colors, metadata, recipe");
     AddInputs(info, target.line, "input",
               "Pictures and animations, folders, patterns, or - for standard input")
         ->required();

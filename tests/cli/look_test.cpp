@@ -67,6 +67,21 @@ TEST_F(Info, People_get_a_row_for_each_thing) {
     EXPECT_THAT(result.out, HasSubstr("\n  Comment      a test\n"));
 }
 
+TEST_F(Info, How_a_file_was_made_is_told) {
+    for (const char* name : {"made.gif", "made.webp", "made.apng"}) {
+        const std::string made = At(name), format = made.substr(made.rfind('.') + 1);
+        ASSERT_EQ(RunKestrel({"apply", input, "-o", made, "--effect=Bump", "--palette=216"}).exitCode, 0);
+        const std::string version =
+            JsonLines(RunKestrel({"info", "--json", made}).out)[0]["recipe"]["version"];
+        EXPECT_THAT(RunKestrel({"info", made}).out,
+                    HasSubstr("\n  Recipe       kestrel " + version + ", --format=" + format +
+                              ", --effect=Bump, --palette=216-color safe\n"));
+    }
+    EXPECT_EQ(JsonLines(RunKestrel({"info", "--json", At("made.gif")}).out)[0]["recipe"]["options"],
+              Json({"--format=gif", "--effect=Bump", "--palette=216-color safe"}));
+    EXPECT_FALSE(JsonLines(RunKestrel({"info", "--json", input}).out)[0].contains("recipe"));
+}
+
 TEST_F(Info, A_bad_file_does_not_stop_the_others) {
     WriteText(At("bad.gif"), "no picture");
     WriteTestGif(At("holes.gif"), 1, true);
