@@ -176,6 +176,7 @@ bool DecodeFrame(Reader reader, size_t pixels, BuiltFrame* frame, SourceFrame* s
     frame->indexed = TakeFlag(&reader);
     const bool hasAlpha = TakeFlag(&reader);
     frame->transparentIndex = TakeSigned(&reader);
+    if (frame->transparentIndex < -1 || frame->transparentIndex > UINT8_MAX) return false;
     frame->palette = TakePalette(&reader);
     source->delay = static_cast<int>(TakeUpTo(kLongestTime, &reader));
     source->milliseconds = TakeSigned(&reader);

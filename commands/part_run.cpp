@@ -70,7 +70,9 @@ bool MayBegin(const CommandLine& line, const PartFrames& frames, Report* report)
                                                    "; --force together with --skip-done makes it anew.");
         return false;
     }
-    return CheckOutput(line, {line.output}, report);
+    CommandLine reading = line;  // the survey is an input, too
+    reading.inputs.push_back(line.split.survey);
+    return CheckOutput(reading, {line.output}, report);
 }
 
 // Leaves the part's frames of the source, edited, and says which these are.
@@ -122,6 +124,11 @@ Report WritePart(const CommandLine& line, const PartFrames& frames, size_t all, 
         return FailedReport(kExitEngine, "the engine has built another number of frames than this part has.");
     kept.erase(kept.begin(), kept.begin() + static_cast<std::ptrdiff_t>(frames.before));
     const std::vector<uint8_t> file = EncodePart(part);
+    if (file.size() > kMostFileBytes) {
+        return FailedReport(kExitBadInput, line.output +
+                                               ": would be larger than 1 GiB, which kestrel join does not "
+                                               "read; take fewer frames for a part.");
+    }
     std::string error;
     if (!Write(line, file, &error)) return FailedReport(kExitBadOutput, error);
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();

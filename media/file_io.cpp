@@ -16,7 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 
 // Larger than any animation. A device that never ends is given up here.
-constexpr size_t kMaxFileSize = size_t{1} << 30;
 constexpr size_t kReadStep = size_t{1} << 16;
 
 bool PathFromUtf8(const std::string& path, fs::path* result, std::string* error) {
@@ -142,7 +141,7 @@ bool ReadBytes(const std::string& path, std::vector<uint8_t>* content, std::stri
     }
     size_t size = 0;
     while (file) {
-        if (size > kMaxFileSize) {
+        if (size > kMostFileBytes) {
             *error = Failure(path, "the file is larger than 1 GiB", "");
             return false;
         }

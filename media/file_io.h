@@ -14,7 +14,10 @@ namespace kfx {
 // that a file with this ending which nobody writes may be removed.
 constexpr char kTemporaryEnding[] = ".kestrel-part";
 
-// Reads a whole file. On failure returns false with one sentence in *error, path first.
+constexpr size_t kMostFileBytes = size_t{1} << 30;
+
+// Reads a whole file of up to kMostFileBytes. On failure returns false with one sentence in *error, path
+// first.
 bool ReadWholeFile(const std::string& path, std::vector<uint8_t>* content, std::string* error);
 
 // Whether both paths lead to one file, also by links or other spellings of its name. False when one of them

@@ -210,6 +210,10 @@ TEST_F(SplitRefusals, A_part_says_what_does_not_fit_its_survey) {
               "a survey needs the format that the parts are joined to, as --format gif.");
     EXPECT_EQ(Failing(2, {"survey", Path("plain.gif"), "-o", Path("x.gif"), "--effect=Neon"}),
               "the output must end in .survey, not \"x.gif\".");
+    test::WriteText(Path("s.kpart"), test::ReadText(Path("whole.survey")));
+    EXPECT_EQ(Failing(4, {"apply", Path("plain.gif"), "-o", Path("s.kpart"), "--survey", Path("s.kpart"),
+                          "--frames=0-4", "--force"}),
+              "s.kpart: the result cannot replace its own source; choose another name.");
     // The same options may be said again.
     Succeed(with(part, {"--effect=emb", "--dither", "--format=gif"}));
 }
