@@ -2,6 +2,7 @@
 #include "kernels/emboss_settle.h"
 
 #include <cmath>
+#include <iterator>
 #include <vector>
 
 #include "framework/cpu.h"
@@ -45,15 +46,16 @@ struct Settled {
 Settled SettlePicture(const SettlePlan& plan, const WorkingImage* image) {
     Settled count;
     const int32_t half = plan.matrix.n / 2, reach = plan.reach;
-    const auto samples = static_cast<size_t>(3 * image->width);
+    const size_t samples = 3 * static_cast<size_t>(image->width);
+    const size_t border = 3 * static_cast<size_t>(half);
     std::vector<std::vector<double>> rows;
+    rows.reserve(static_cast<size_t>(image->height));
     for (int32_t r = 0; r < image->height; ++r)
         rows.emplace_back(StoredRow(image, r), StoredRow(image, r) + samples);
     for (int32_t r = half; r + half < image->height; ++r) {
         std::vector<const double*> around;
-        for (int32_t k = -reach; k <= reach; ++k) around.push_back(rows[static_cast<size_t>(r + k)].data());
-        for (auto first = static_cast<size_t>(3 * half);
-             first + kSettledSamples + static_cast<size_t>(3 * half) <= samples; first += kSettledSamples) {
+        for (int32_t k = -reach; k <= reach; ++k) around.push_back(std::next(rows.begin(), r + k)->data());
+        for (size_t first = border; first + kSettledSamples + border <= samples; first += kSettledSamples) {
             uint8_t bytes[kSettledSamples];
             if (!SettleSamples(plan, around.data(), first, bytes)) {
                 ++count.uncertain;
