@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "commands/alpha_pixels.h"
+#include "commands/frame_threads.h"
 #include "commands/plain_build.h"
 
 namespace kfx::commands {
@@ -92,6 +93,7 @@ ResultOptions ResultOptionsOf(const CommandLine& line) {
     options.fingerprint = line.json;
     if (line.effort >= 0) options.webp.effort = line.effort;
     options.recipe = DraftRecipe(line);
+    options.jobs = JobsOnThreads(line.threads);
     return options;
 }
 

@@ -97,6 +97,11 @@ bool RunOnThreads(int32_t threads, int32_t count, const FrameWork& work) {
     return !shared.failed.load(std::memory_order_relaxed) && TellFinished(&shared);
 }
 
+bool RunJobsOnThreads(int32_t threads, int32_t count, void* user, RunOneJob job) {
+    return RunOnThreads(threads, count,
+                        {.user = user, .before = nullptr, .transform = job, .after = nullptr});
+}
+
 }  // namespace
 
 int UsableThreads() {
@@ -111,6 +116,11 @@ int UsableThreads() {
 
 FrameRunner FramesOnThreads(int threads) {
     return {.threads = std::clamp(threads, 1, int{kMostFrameThreads}), .run = RunOnThreads};
+}
+
+JobRunner JobsOnThreads(int threads) {
+    const FrameRunner runner = FramesOnThreads(threads > 0 ? threads : UsableThreads());
+    return {.threads = runner.threads, .run = RunJobsOnThreads};
 }
 
 }  // namespace kfx::commands

@@ -48,11 +48,11 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
         NoteResult(options, &gif, written);
         if (options.fingerprint && HasLoss(options, format)) {
             const auto encode = [&](std::vector<uint8_t>* file, std::string* clause) {
-                return EncodeGif(gif, file, clause, options.gif);
+                return EncodeGif(gif, file, clause, options.gif, options.jobs);
             };
             return WriteLossy(system, encode, written, error);
         }
-        return WriteGif(system, gif, error, options.gif);
+        return WriteGif(system, gif, error, options.gif, options.jobs);
     }
     Animation animation = PlayBuilt(built, source);
     built = {};  // the played frames take its place in memory
@@ -65,7 +65,7 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
                                       {.number = frame + 1, .count = count});
         };
         if (options.fingerprint) written->fingerprint = FingerprintOfPictures(animation);
-        return WritePngFrames(system, animation, error, recipeOf);
+        return WritePngFrames(system, animation, error, recipeOf, options.jobs);
     }
     NoteResult(options, format, &animation, written);
     if (options.fingerprint && HasLoss(options, format)) {
@@ -74,7 +74,7 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
         };
         return WriteLossy(system, encode, written, error);
     }
-    if (format == "apng") return WriteApng(system, animation, error);
+    if (format == "apng") return WriteApng(system, animation, error, options.jobs);
     return WriteWebp(system, animation, error, options.webp);
 }
 

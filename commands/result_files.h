@@ -20,6 +20,7 @@ struct ResultOptions {
     WebpOptions webp;
     RecipeDraft recipe;        // is kept in the file, with its fingerprint; raw frames hold none
     bool fingerprint = false;  // is wanted in WrittenResult
+    JobRunner jobs = {};       // frames are compressed by it
 };
 
 // Whether a file in this format shows other pixels than those that it is made of.

@@ -63,7 +63,7 @@ bool EncodeResult(BuiltAnimation built, const SourceRecord& source, const Result
     if (options.format == "gif") {
         GifAnimation gif = MakeGif(std::move(built), source);
         NoteResult(options, &gif, written);
-        return EncodeGif(gif, file, error, options.gif);
+        return EncodeGif(gif, file, error, options.gif, options.jobs);
     }
     Animation animation = PlayBuilt(built, source);
     built = {};
@@ -71,7 +71,7 @@ bool EncodeResult(BuiltAnimation built, const SourceRecord& source, const Result
     if (options.format == "png")
         return EncodePng(animation.width, animation.height, animation.frames[0].pixels.data(), file, error,
                          animation);
-    if (options.format == "apng") return EncodeApng(animation, file, error);
+    if (options.format == "apng") return EncodeApng(animation, file, error, options.jobs);
     return EncodeWebp(animation, file, error, options.webp);
 }
 

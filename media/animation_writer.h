@@ -4,6 +4,10 @@
 // Every Write function writes to a temporary name in the folder of `path` (UTF-8) and renames at the end.
 // On failure it returns false with one sentence in *error, path first, and leaves neither a partial file
 // nor a changed one under the final name.
+//
+// `jobs` may give threads of the program's own for the work on single frames; the bytes are the same with any
+// number of them. Each thread beyond the first takes memory for the frame that it works on: of a GIF, 10
+// bytes a pixel and 2 MiB, of PNG files at most 30 bytes a pixel, and the compressed data of two pictures.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +16,7 @@
 #include <vector>
 
 #include "media/animation.h"
+#include "media/job_runner.h"
 
 namespace kfx {
 
@@ -49,10 +54,13 @@ struct GifOptions {
 // Makes a small file that plays as the frames do: each frame shows the same picture for the same time. Parts,
 // disposals, transparent pixels and palettes are chosen anew; only the first frame always has the animation's
 // size.
+//
+// With GifOptions::lossy, a frame builds on what the one before shows at last, and the work stays on one
+// thread.
 bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error,
-              const GifOptions& options = GifOptions());
+              const GifOptions& options = GifOptions(), const JobRunner& jobs = JobRunner());
 bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error,
-               const GifOptions& options = GifOptions());
+               const GifOptions& options = GifOptions(), const JobRunner& jobs = JobRunner());
 
 enum class WebpKind {
     Lossless,
@@ -77,8 +85,10 @@ bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::str
 // An animated PNG file: uses the size, the loop count, comment, recipe, background, metadata and each frame's
 // pixels and time, to the millisecond. Every frame but the first is stored as the part that changes. Colours
 // of fully transparent pixels are not kept.
-bool WriteApng(const std::string& path, const Animation& animation, std::string* error);
-bool EncodeApng(const Animation& animation, std::vector<uint8_t>* file, std::string* error);
+bool WriteApng(const std::string& path, const Animation& animation, std::string* error,
+               const JobRunner& jobs = JobRunner());
+bool EncodeApng(const Animation& animation, std::vector<uint8_t>* file, std::string* error,
+                const JobRunner& jobs = JobRunner());
 
 // A single RGBA picture, top row first: 4 * width * height bytes.
 struct Picture {
@@ -98,9 +108,10 @@ bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>*
 std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCount);
 
 // Each file has the animation's comment, background and metadata, and the recipe of its own that `recipeOf`
-// says (null: none). All frames or none: when one cannot be written, those before it are removed again.
+// says (null: none; it is called on the calling thread). All frames or none: when one cannot be written,
+// those before it are removed again.
 using RecipeOfFrame = std::function<std::string(size_t frame)>;
 bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error,
-                    const RecipeOfFrame& recipeOf = nullptr);
+                    const RecipeOfFrame& recipeOf = nullptr, const JobRunner& jobs = JobRunner());
 
 }  // namespace kfx

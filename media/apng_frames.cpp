@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
+#include <new>
+#include <utility>
 
 #include "media/gif_pictures.h"
 #include "media/png_compress.h"
@@ -190,26 +193,44 @@ PngFormat ChooseApngFormat(const Animation& animation) {
     return *best;
 }
 
-std::vector<StoredFrame> StoreFrames(const Animation& animation, const PngFormat& format) {
-    std::vector<StoredFrame> stored;
+std::vector<StoredFrame> StoreFrames(const Animation& animation, const PngFormat& format,
+                                     const JobRunner& jobs) {
+    std::vector<StoredFrame> stored(animation.frames.size());
+    std::mutex lock;  // of the next three, and of all in `stored` but the data
+    size_t next = 0;
+    bool failed = false;  // a change was not found; those after it build on it
     Shown last;
-    for (const Frame& frame : animation.frames) {
-        Bytes shown = ShownPixels(frame);
+    // What a frame changes follows from the frame before, so that one after the other finds it.
+    const auto takeNext = [&](PngRows* rows) {
+        const std::scoped_lock held(lock);
+        if (failed) throw std::bad_alloc();
+        failed = true;
+        const size_t number = next++;
+        Bytes shown = ShownPixels(animation.frames[number]);
         Bytes canvas;
         Candidate best;
-        if (last.isFirst && stored.empty()) {
+        if (number == 0) {
             best.place = {.left = 0, .top = 0, .width = animation.width, .height = animation.height};
             best.rows = MakePngRows(format, shown.data(), animation.width, animation.height);
         } else {
             best = BestChange(animation, format, last, shown, &canvas);
-            stored.back().disposal = best.disposal;
+            stored[number - 1].disposal = best.disposal;
         }
         last = {.pixels = std::move(shown),
                 .canvas = std::move(canvas),
                 .place = best.place,
-                .isFirst = stored.empty()};
-        stored.push_back({.place = best.place, .blend = best.blend, .data = CompressPngRows(best.rows)});
-    }
+                .isFirst = number == 0};
+        stored[number].place = best.place;
+        stored[number].blend = best.blend;
+        *rows = std::move(best.rows);
+        failed = false;
+        return number;
+    };
+    RunJobs(jobs, stored.size(), [&](size_t, size_t) {
+        PngRows rows;
+        const size_t number = takeNext(&rows);
+        stored[number].data = CompressPngRows(rows);
+    });
     return stored;
 }
 

@@ -8,6 +8,7 @@
 #include "media/animation.h"
 #include "media/apng.h"
 #include "media/gif_canvas.h"
+#include "media/job_runner.h"
 
 namespace kfx {
 
@@ -23,6 +24,7 @@ struct StoredFrame {
 };
 
 // Colours of fully transparent pixels are not kept. Throws std::bad_alloc.
-std::vector<StoredFrame> StoreFrames(const Animation& animation, const PngFormat& format);
+std::vector<StoredFrame> StoreFrames(const Animation& animation, const PngFormat& format,
+                                     const JobRunner& jobs);
 
 }  // namespace kfx

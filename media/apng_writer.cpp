@@ -43,9 +43,9 @@ void PutFrameControl(Bytes* file, const StoredFrame& stored, const Frame& frame,
     PutPngChunk(file, kFrameControlChunk, control);
 }
 
-void EncodeChecked(const Animation& animation, Bytes* file) {
+void EncodeChecked(const Animation& animation, const JobRunner& jobs, Bytes* file) {
     PngFormat format = ChooseApngFormat(animation);
-    const std::vector<StoredFrame> frames = StoreFrames(animation, format);
+    const std::vector<StoredFrame> frames = StoreFrames(animation, format, jobs);
     Bytes control;
     PutBigWord32(&control, static_cast<uint32_t>(frames.size()));
     PutBigWord32(&control, TimesShown(animation.loopCount, INT_MAX));
@@ -64,14 +64,14 @@ void EncodeChecked(const Animation& animation, Bytes* file) {
 
 }  // namespace
 
-bool EncodeApng(const Animation& animation, Bytes* file, std::string* error) {
+bool EncodeApng(const Animation& animation, Bytes* file, std::string* error, const JobRunner& jobs) {
     file->clear();
     if (const char* fault = FaultOf(animation)) {
         *error = fault;
         return false;
     }
     try {
-        EncodeChecked(animation, file);
+        EncodeChecked(animation, jobs, file);
         return true;
     } catch (const std::bad_alloc&) {
         *error = "there is not enough memory to write the PNG file";
@@ -80,9 +80,10 @@ bool EncodeApng(const Animation& animation, Bytes* file, std::string* error) {
     }
 }
 
-bool WriteApng(const std::string& path, const Animation& animation, std::string* error) {
-    const auto encode = [&animation](size_t, Bytes* file, std::string* clause) {
-        return EncodeApng(animation, file, clause);
+bool WriteApng(const std::string& path, const Animation& animation, std::string* error,
+               const JobRunner& jobs) {
+    const auto encode = [&](size_t, Bytes* file, std::string* clause) {
+        return EncodeApng(animation, file, clause, jobs);
     };
     return WriteWholeFiles({path}, encode, error);
 }

@@ -2,6 +2,7 @@
 // GIF files: the smallest ones that show the given frames. The records of the file are written here; a
 // library would decide on the compressed pixels itself.
 #include <algorithm>
+#include <mutex>
 #include <new>
 
 #include "media/animation_writer.h"
@@ -174,21 +175,80 @@ void PutFile(GifParts* work, Bytes* file) {
     file->push_back(0x3B);
 }
 
-void EncodeChecked(const GifAnimation& gif, const GifOptions& options, Bytes* file) {
+void CompressInOrder(const GifAnimation& gif, int lossy, const GlobalColors& global, GifPlan* plan,
+                     std::vector<CompressedFrame>* frames) {
+    GifPlayer player = MakeGifPlayer(gif, &plan->numbers);
+    NumberedCanvas canvas = MakeNumberedCanvas(gif.width);
+    NumberedPicture shown;
+    GifFrameMemory memory;
+    for (const FramePlan& frame : plan->frames) {
+        const NumberedPicture& picture = ShowNextFrame(&player);
+        frames->push_back(
+            CompressFrame(frame, plan->numbers, global, canvas, picture, lossy, &shown, &memory));
+        if (&frame != &plan->frames.back()) DisposePicture(frame, lossy > 0 ? shown : picture, &canvas);
+    }
+}
+
+// What a thread compresses: copies of the frame's part, where the canvas and the picture have it.
+struct TakenFrame {
+    NumberedCanvas canvas;
+    NumberedPicture picture;
+    GifFrameMemory memory = {};
+};
+
+void CopyRows(const FramePlan& frame, size_t width, const NumberedPicture& from, NumberedPicture* to) {
+    const auto first = from.begin() + static_cast<ptrdiff_t>(static_cast<size_t>(frame.part.top) * width);
+    const auto count = static_cast<ptrdiff_t>(static_cast<size_t>(frame.part.height) * width);
+    to->resize(from.size());
+    std::copy(first, first + count, to->begin() + (first - from.begin()));
+}
+
+// The frames are shown in their order, by whichever thread is free, and compressed at the same time.
+void CompressAtOnce(const GifAnimation& gif, const GlobalColors& global, const JobRunner& jobs, GifPlan* plan,
+                    std::vector<CompressedFrame>* frames) {
+    const size_t count = plan->frames.size();
+    std::mutex lock;  // of the next four
+    size_t next = 0;
+    bool failed = false;  // a frame was not shown to its end; those after it build on it
+    // All colours have their numbers from the planning, so that showing a frame adds none.
+    GifPlayer player = MakeGifPlayer(gif, &plan->numbers);
+    NumberedCanvas canvas = MakeNumberedCanvas(gif.width);
+    std::vector<TakenFrame> taken(static_cast<size_t>(WorkersFor(jobs, count)));
+    for (TakenFrame& memory : taken) memory.canvas = MakeNumberedCanvas(gif.width);
+    frames->resize(count);
+    const auto takeNext = [&](TakenFrame* own) {
+        const std::scoped_lock held(lock);
+        if (failed) throw std::bad_alloc();
+        failed = true;
+        const size_t number = next++;
+        const FramePlan& frame = plan->frames[number];
+        const NumberedPicture& picture = ShowNextFrame(&player);
+        CopyRows(frame, canvas.width, picture, &own->picture);
+        if (canvas.pixels.empty())
+            own->canvas.pixels.clear();
+        else
+            CopyRows(frame, canvas.width, canvas.pixels, &own->canvas.pixels);
+        if (next < count) DisposePicture(frame, picture, &canvas);
+        failed = false;
+        return number;
+    };
+    RunJobs(jobs, count, [&](size_t, size_t worker) {
+        TakenFrame* const own = &taken[worker];
+        const size_t number = takeNext(own);
+        (*frames)[number] = CompressFrame(plan->frames[number], plan->numbers, global, own->canvas,
+                                          own->picture, 0, nullptr, &own->memory);
+    });
+}
+
+void EncodeChecked(const GifAnimation& gif, const GifOptions& options, const JobRunner& jobs, Bytes* file) {
     const int lossy = std::clamp(options.lossy, 0, kMaxLossy);
     GifPlan plan = PlanGif(gif);
     const GlobalColors global = ChooseGlobalColors(gif, plan);
     GifParts parts = {.gif = &gif, .numbers = {}, .frames = {}};
-    GifPlayer player = MakeGifPlayer(gif, &plan.numbers);
-    NumberedCanvas canvas = MakeNumberedCanvas(gif.width);
-    NumberedPicture shown;
-    GifFrameMemory memory;
-    for (const FramePlan& frame : plan.frames) {
-        const NumberedPicture& picture = ShowNextFrame(&player);
-        parts.frames.push_back(
-            CompressFrame(frame, plan.numbers, global, canvas, picture, lossy, &shown, &memory));
-        if (&frame != &plan.frames.back()) DisposePicture(frame, lossy > 0 ? shown : picture, &canvas);
-    }
+    if (lossy == 0 && WorkersFor(jobs, plan.frames.size()) > 1)
+        CompressAtOnce(gif, global, jobs, &plan, &parts.frames);
+    else
+        CompressInOrder(gif, lossy, global, &plan, &parts.frames);
     parts.numbers = std::move(plan.numbers);
     PutFile(&parts, file);
 }
@@ -196,14 +256,14 @@ void EncodeChecked(const GifAnimation& gif, const GifOptions& options, Bytes* fi
 }  // namespace
 
 bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error,
-               const GifOptions& options) {
+               const GifOptions& options, const JobRunner& jobs) {
     file->clear();
     if (const char* fault = FaultOf(gif)) {
         *error = fault;
         return false;
     }
     try {
-        EncodeChecked(gif, options, file);
+        EncodeChecked(gif, options, jobs, file);
         return true;
     } catch (const std::bad_alloc&) {
     }
@@ -214,10 +274,10 @@ bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string*
     return false;
 }
 
-bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error,
-              const GifOptions& options) {
-    const auto encode = [&gif, &options](size_t, std::vector<uint8_t>* file, std::string* clause) {
-        return EncodeGif(gif, file, clause, options);
+bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error, const GifOptions& options,
+              const JobRunner& jobs) {
+    const auto encode = [&](size_t, std::vector<uint8_t>* file, std::string* clause) {
+        return EncodeGif(gif, file, clause, options, jobs);
     };
     return WriteWholeFiles({path}, encode, error);
 }

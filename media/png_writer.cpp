@@ -11,10 +11,19 @@ namespace kfx {
 namespace {
 
 constexpr size_t kLeastDigits = 3;
+constexpr size_t kFilesAhead = 4;  // that each thread makes before they are written
 
 using Bytes = std::vector<uint8_t>;
 
 constexpr size_t kSmallPicture = 4096;  // pixels up to which each format is compressed in full
+
+// A file of a series.
+struct PngFile {
+    std::string recipe;
+    bool isMade = false;
+    Bytes bytes = {};
+    std::string clause = {};  // why it is not made
+};
 
 struct SplitName {
     std::string stem;  // with the folder
@@ -120,7 +129,7 @@ std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCoun
 }
 
 bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error,
-                    const RecipeOfFrame& recipeOf) {
+                    const RecipeOfFrame& recipeOf, const JobRunner& jobs) {
     if (animation.frames.empty()) {
         *error = path + ": there are no frames to write.";
         return false;
@@ -130,12 +139,30 @@ bool WritePngFrames(const std::string& path, const Animation& animation, std::st
     notes.hasBackground = animation.hasBackground;
     notes.background = animation.background;
     notes.metadata = animation.metadata;
-    const auto encode = [&](size_t i, Bytes* file, std::string* clause) {
-        if (recipeOf) notes.recipe = recipeOf(i);
+    const auto encode = [&](size_t i, const std::string& recipe, Bytes* file, std::string* clause) {
+        Animation own = notes;
+        own.recipe = recipe;
         return EncodePng(animation.width, animation.height, animation.frames[i].pixels.data(), file, clause,
-                         notes);
+                         own);
     };
-    return WriteWholeFiles(PngFramePaths(path, animation.frames.size()), encode, error);
+    const size_t count = animation.frames.size();
+    const auto workers = static_cast<size_t>(WorkersFor(jobs, count));
+    std::vector<PngFile> ahead(workers > 1 ? kFilesAhead * workers : 1);
+    const auto makeContent = [&](size_t i, Bytes* file, std::string* clause) {
+        const size_t place = i % ahead.size();
+        if (place == 0) {
+            const size_t made = std::min(ahead.size(), count - i);
+            for (size_t k = 0; k < made; ++k) ahead[k] = {.recipe = recipeOf ? recipeOf(i + k) : ""};
+            RunJobs(jobs, made, [&](size_t k, size_t) {
+                PngFile& own = ahead[k];
+                own.isMade = encode(i + k, own.recipe, &own.bytes, &own.clause);
+            });
+        }
+        *file = std::move(ahead[place].bytes);
+        *clause = std::move(ahead[place].clause);
+        return ahead[place].isMade;
+    };
+    return WriteWholeFiles(PngFramePaths(path, count), makeContent, error);
 }
 
 }  // namespace kfx
