@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/heap.h"
 #include "cli/interrupts.h"
 #include "cli/program.h"
 #include "commands/child_process.h"
@@ -11,6 +12,7 @@
 using namespace kfx::commands;
 
 int main(int argc, char** argv) {
+    kfx::cli::PrepareHeap();
     std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     const bool isChild = BecomeChild(&arguments);
     kfx::cli::HandleSignals();

@@ -41,7 +41,7 @@ bool BuildByEngine(const CommandLine& line, const CommandContext& context, Whole
 bool KeepsColors(const CommandLine& line, const WholeRun* whole, const Animation& finished) {
     if (!line.keepsColors) return false;
     if (whole && whole->use == WholeUse::Hold) return whole->facts->keepsColors;
-    const bool keeps = FitsGifPalettes(finished);
+    const bool keeps = FitsGifPalettes(finished, JobsOnThreads(line.threads));
     if (whole) whole->facts->keepsColors = keeps;
     return keeps;
 }
@@ -112,7 +112,7 @@ bool BuildResult(const CommandLine& given, const CommandContext& context, WholeR
     if (line.trueColor || KeepsColors(line, whole, *session->source)) {
         if (whole && whole->use == WholeUse::Find) return true;
         session->record = MakeSourceRecord(*session->source);
-        session->built = PlainBuild(session->source);
+        session->built = PlainBuild(session->source, JobsOnThreads(line.threads));
         return true;
     }
     line.effects = {UnchangingEffect()};

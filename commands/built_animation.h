@@ -56,7 +56,7 @@ Animation PlayBuilt(const BuiltAnimation& built, const SourceRecord& source);
 
 // The animation as a GIF. Frames stand as they were handed over unless the source is transparent; then whole
 // pictures are stored, so that what was see-through in the source stays so. True colour frames get palettes
-// of their own. Comments and the rest as above.
-GifAnimation MakeGif(BuiltAnimation built, const SourceRecord& source);
+// of their own; `jobs` may give threads for finding these. Comments and the rest as above.
+GifAnimation MakeGif(BuiltAnimation built, const SourceRecord& source, const JobRunner& jobs = JobRunner());
 
 }  // namespace kfx::commands

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/plain_build.h"
 
+#include <atomic>
+#include <cstring>
 #include <unordered_set>
 #include <utility>
 
@@ -19,6 +21,7 @@ bool FitsPalette(const Frame& frame) {
     ColorCache cache;
     for (size_t i = 0; i < frame.pixels.size(); i += 4) {
         const uint8_t* pixel = frame.pixels.data() + i;
+        if (i > 0 && std::memcmp(pixel, pixel - 4, 4) == 0) continue;
         const uint32_t color = pixel[3] < kOpaqueFrom
                                    ? kTransparent
                                    : static_cast<uint32_t>(pixel[0] << 16 | pixel[1] << 8 | pixel[2]);
@@ -31,43 +34,46 @@ bool FitsPalette(const Frame& frame) {
 }
 
 std::vector<uint8_t> WithoutAlpha(const std::vector<uint8_t>& rgba) {
-    std::vector<uint8_t> rgb(rgba.size() / 4 * 3);
-    for (size_t i = 0; i < rgba.size() / 4; ++i) {
-        for (size_t c = 0; c < 3; ++c) rgb[3 * i + c] = rgba[4 * i + c];
-    }
+    const size_t count = rgba.size() / 4;
+    std::vector<uint8_t> rgb(3 * count);
+    // Four bytes at a time are quicker; the pixel after it replaces the fourth.
+    for (size_t i = 0; i + 1 < count; ++i) std::memcpy(rgb.data() + 3 * i, rgba.data() + 4 * i, 4);
+    if (count > 0) std::memcpy(rgb.data() + 3 * (count - 1), rgba.data() + 4 * (count - 1), 3);
     return rgb;
 }
 
 }  // namespace
 
-BuiltAnimation PlainBuild(Animation* source) {
+BuiltAnimation PlainBuild(Animation* source, const JobRunner& jobs) {
     BuiltAnimation built;
     built.width = source->width;
     built.height = source->height;
     built.palette = source->globalPalette;
-    for (size_t i = 0; i < source->frames.size(); ++i) {
-        const Frame frame = std::move(source->frames[i]);
-        BuiltFrame made;
+    built.frames.resize(source->frames.size());
+    RunJobs(jobs, source->frames.size(), [&](size_t number, size_t) {
+        Frame frame = std::move(source->frames[number]);
+        BuiltFrame& made = built.frames[number];
         made.indexed = frame.indexed;
-        made.sourceIndex = i;
+        made.sourceIndex = number;
         if (frame.indexed) {
-            made.pixels = frame.indices;
+            made.pixels = std::move(frame.indices);
             made.palette = source->globalPalette;
         } else {
             made.pixels = WithoutAlpha(frame.pixels);
         }
-        built.frames.push_back(std::move(made));
-    }
+    });
     source->frames.clear();
     built.complete = true;
     return built;
 }
 
-bool FitsGifPalettes(const Animation& animation) {
-    for (const Frame& frame : animation.frames) {
-        if (!frame.indexed && !FitsPalette(frame)) return false;
-    }
-    return true;
+bool FitsGifPalettes(const Animation& animation, const JobRunner& jobs) {
+    std::atomic<bool> fits = true;
+    RunJobs(jobs, animation.frames.size(), [&](size_t number, size_t) {
+        const Frame& frame = animation.frames[number];
+        if (fits && !frame.indexed && !FitsPalette(frame)) fits = false;
+    });
+    return fits;
 }
 
 const EffectChoice& UnchangingEffect() {

@@ -44,7 +44,7 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
     if (IsStream(path)) return WriteToStandardOutput(std::move(built), source, options, written, error);
     if (IsRawFormat(format)) return WriteRawFile(system, std::move(built), source, options, written, error);
     if (format == "gif") {
-        GifAnimation gif = MakeGif(std::move(built), source);
+        GifAnimation gif = MakeGif(std::move(built), source, options.jobs);
         NoteResult(options, &gif, written);
         if (options.fingerprint && HasLoss(options, format)) {
             const auto encode = [&](std::vector<uint8_t>* file, std::string* clause) {

@@ -61,7 +61,7 @@ bool WriteRaw(BuiltAnimation built, const SourceRecord& source, const ResultOpti
 bool EncodeResult(BuiltAnimation built, const SourceRecord& source, const ResultOptions& options,
                   WrittenResult* written, std::vector<uint8_t>* file, std::string* error) {
     if (options.format == "gif") {
-        GifAnimation gif = MakeGif(std::move(built), source);
+        GifAnimation gif = MakeGif(std::move(built), source, options.jobs);
         NoteResult(options, &gif, written);
         return EncodeGif(gif, file, error, options.gif, options.jobs);
     }

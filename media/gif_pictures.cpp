@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kfx {
 
@@ -12,11 +13,32 @@ void DisposeOfLast(GifPlayer* player) {
     const GifFrame& frame = player->gif->frames[player->nextFrame - 1];
     if (RestoresCanvas(frame.disposal)) {
         player->canvas.swap(player->before);
-    } else if (frame.disposal == kDisposalBackground) {
-        std::fill(player->canvas.begin(), player->canvas.end(), kClear);
-        player->drawn = nullptr;
     } else {
         player->drawn = &frame;
+        player->isDrawnOnClear = player->isShownOnClear;
+        player->isCleared = frame.disposal == kDisposalBackground;
+    }
+}
+
+// Draws the frame on the canvas, or on a cleared one. A row that the frame before drew in the same way stays.
+void DrawRows(const GifFrame& frame, const std::vector<RgbColor>& palette, bool isCleared,
+              GifPlayer* player) {
+    const GifFrame* const drawn = player->drawn;
+    const bool mayRepeat = drawn && drawn->transparentIndex == frame.transparentIndex &&
+                           PaletteOf(*player->gif, *drawn) == palette &&
+                           (!isCleared || player->isDrawnOnClear);
+    const auto width = static_cast<size_t>(player->gif->width);
+    for (size_t row = 0; row < player->canvas.size(); row += width) {
+        const uint8_t* const indices = frame.indices.data() + row;
+        if (mayRepeat && std::memcmp(indices, drawn->indices.data() + row, width) == 0) continue;
+        ColorNumber* const canvas = player->canvas.data() + row;
+        if (isCleared) std::fill_n(canvas, width, kClear);
+        if (frame.transparentIndex < 0) {
+            for (size_t x = 0; x < width; ++x) canvas[x] = player->numberOf[indices[x]];
+        } else {
+            for (size_t x = 0; x < width; ++x)
+                canvas[x] = indices[x] == frame.transparentIndex ? canvas[x] : player->numberOf[indices[x]];
+        }
     }
 }
 
@@ -41,30 +63,26 @@ GifPlayer MakeGifPlayer(const GifAnimation& gif, ColorNumbers* numbers) {
 
 const NumberedPicture& ShowNextFrame(GifPlayer* player) {
     const GifAnimation& gif = *player->gif;
+    player->isShownOnClear = player->nextFrame == 0;
     if (player->nextFrame > 0) DisposeOfLast(player);
     const GifFrame& frame = gif.frames[player->nextFrame++];
     const std::vector<RgbColor>& palette = PaletteOf(gif, frame);
-    const bool hasOtherColors = player->palette != &palette;
+    const bool hasOtherColors =
+        !player->palette || (player->palette != &palette && *player->palette != palette);
     player->palette = &palette;
     for (size_t i = 0; i < palette.size() && hasOtherColors; ++i)
         player->numberOf[i] = NumberOf(player->numbers, palette[i]);
-    if (RestoresCanvas(frame.disposal) && player->nextFrame < gif.frames.size())
-        player->before = player->canvas;
-    // A row that was drawn before changes nothing.
-    const GifFrame* const drawn = player->drawn;
-    const bool mayRepeat = drawn && !hasOtherColors && drawn->transparentIndex == frame.transparentIndex;
-    const auto width = static_cast<size_t>(gif.width);
-    for (size_t row = 0; row < player->canvas.size(); row += width) {
-        const uint8_t* const indices = frame.indices.data() + row;
-        if (mayRepeat && std::memcmp(indices, drawn->indices.data() + row, width) == 0) continue;
-        ColorNumber* const canvas = player->canvas.data() + row;
-        if (frame.transparentIndex < 0) {
-            for (size_t x = 0; x < width; ++x) canvas[x] = player->numberOf[indices[x]];
-        } else {
-            for (size_t x = 0; x < width; ++x)
-                canvas[x] = indices[x] == frame.transparentIndex ? canvas[x] : player->numberOf[indices[x]];
+    if (RestoresCanvas(frame.disposal) && player->nextFrame < gif.frames.size()) {
+        if (std::exchange(player->isCleared, false)) {
+            std::fill(player->canvas.begin(), player->canvas.end(), kClear);
+            player->drawn = nullptr;
+            player->isShownOnClear = true;
         }
+        player->before = player->canvas;
     }
+    const bool isCleared = std::exchange(player->isCleared, false);
+    player->isShownOnClear |= isCleared;
+    DrawRows(frame, palette, isCleared, player);
     return player->canvas;
 }
 

@@ -37,7 +37,10 @@ struct GifPlayer {
     NumberedPicture canvas;
     NumberedPicture before = {};  // a frame that gives the canvas back
     size_t nextFrame = 0;
-    const GifFrame* drawn = nullptr;                 // the frame that was drawn last and stays on the canvas
+    const GifFrame* drawn = nullptr;  // the last frame that does not give the canvas back
+    bool isDrawnOnClear = false;      // it was drawn on an empty canvas
+    bool isShownOnClear = false;      // the last frame was
+    bool isCleared = false;           // the canvas counts as empty, though it still shows `drawn`
     const std::vector<RgbColor>* palette = nullptr;  // of the last frame
     ColorNumber numberOf[256] = {};                  // of its indices
 };

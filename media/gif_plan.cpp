@@ -91,8 +91,18 @@ Difference DifferenceOfCleared(const GifAnimation& gif, const NumberedPicture& f
 
 // The part that has to become transparent between two pictures.
 Rectangle VanishingPart(const GifAnimation& gif, const NumberedPicture& from, const NumberedPicture& to) {
-    return BoundsOf(gif.width, gif.height,
-                    [&](size_t pixel) { return from[pixel] != kClear && to[pixel] == kClear; });
+    Rectangle part;
+    const auto width = static_cast<size_t>(gif.width);
+    for (int y = 0; y < gif.height; ++y) {
+        const ColorNumber* const before = from.data() + static_cast<size_t>(y) * width;
+        const ColorNumber* const after = to.data() + static_cast<size_t>(y) * width;
+        if (std::memcmp(before, after, width * sizeof *before) == 0) continue;
+        Rectangle row =
+            BoundsOf(gif.width, 1, [&](size_t x) { return before[x] != kClear && after[x] == kClear; });
+        row.top = y;
+        if (row.width > 0) part = Around(part, row);
+    }
+    return part;
 }
 
 // A frame needs at least one pixel.

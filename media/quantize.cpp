@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "media/color_cache.h"
@@ -106,59 +108,87 @@ uint8_t NearestEntry(const std::vector<RgbColor>& palette, const std::array<uint
 
 bool IsOpaque(const uint8_t* pixel) { return pixel[3] >= kOpaqueFrom; }
 
-// The opaque colours in the order of their first appearance, so that equal pictures get equal palettes.
-std::vector<CountedColor> CountColors(const uint8_t* rgba, size_t area) {
+// The opaque colours of a picture in the order of their first appearance, so that equal pictures get equal
+// palettes.
+struct PictureColors {
     std::vector<CountedColor> colors;
-    std::unordered_map<uint32_t, size_t> places;
+    std::vector<uint8_t> places;  // by pixel, 0 where it is transparent; of use for up to 256 colours
+    size_t hidden = 0;            // transparent pixels
+};
+
+PictureColors CountColors(const uint8_t* rgba, size_t area) {
+    PictureColors found;
+    found.places.resize(area);
+    std::unordered_map<uint32_t, size_t> numbers;
     ColorCache cache;
-    for (size_t i = 0; i < area; ++i) {
-        const uint8_t* pixel = rgba + 4 * i;
-        if (!IsOpaque(pixel)) continue;
+    for (size_t i = 0; i < area;) {
+        // Equal neighbours are looked up once.
+        const uint8_t* const pixel = rgba + 4 * i;
+        size_t end = i + 1;
+        while (end < area && std::memcmp(pixel, rgba + 4 * end, 4) == 0) ++end;
+        const size_t count = end - i;
+        const size_t first = std::exchange(i, end);
+        if (!IsOpaque(pixel)) {
+            found.hidden += count;
+            continue;
+        }
         const uint32_t color = PackColor(pixel);
         ColorCache::Slot* const slot = SlotOf(&cache, color);
         if (slot->color != color) {
-            const auto [place, added] = places.emplace(color, colors.size());
-            if (added) colors.push_back({{pixel[0], pixel[1], pixel[2]}, 0});
+            const auto [place, added] = numbers.emplace(color, found.colors.size());
+            if (added) found.colors.push_back({{pixel[0], pixel[1], pixel[2]}, 0});
             *slot = {.color = color, .value = static_cast<uint32_t>(place->second)};
         }
-        ++colors[slot->value].count;
+        found.colors[slot->value].count += count;
+        std::fill_n(found.places.begin() + static_cast<ptrdiff_t>(first), count,
+                    static_cast<uint8_t>(slot->value));
     }
-    return colors;
+    return found;
 }
 
-}  // namespace
-
-void QuantizeFrame(const uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame) {
-    const size_t area = static_cast<size_t>(width) * static_cast<size_t>(height);
-    std::vector<CountedColor> colors = CountColors(rgba, area);
-    bool transparent = false;
-    for (size_t i = 0; i < area && !transparent; ++i) transparent = !IsOpaque(rgba + 4 * i);
-    const size_t available = static_cast<size_t>(std::clamp(maxColors, 2, 256)) - (transparent ? 1 : 0);
-
-    frame->palette.clear();
-    if (colors.size() <= available)
-        for (const CountedColor& color : colors)
-            frame->palette.push_back({color.levels[0], color.levels[1], color.levels[2]});
-    else
-        frame->palette = CutIntoPalette(&colors, available);
+// Gives each opaque pixel the entry that is nearest to its colour.
+void PutNearestEntries(const uint8_t* rgba, const std::vector<CountedColor>& colors, GifFrame* frame) {
     std::unordered_map<uint32_t, uint8_t> indices;
     for (const CountedColor& color : colors)
         indices.emplace(PackColor(color.levels.data()), NearestEntry(frame->palette, color.levels));
-    frame->transparentIndex = -1;
-    if (transparent) {
-        frame->transparentIndex = static_cast<int>(frame->palette.size());
-        frame->palette.push_back({});
-    }
-    frame->indices.assign(area, static_cast<uint8_t>(frame->transparentIndex));
     ColorCache cache;
-    for (size_t i = 0; i < area; ++i) {
-        const uint8_t* pixel = rgba + 4 * i;
+    for (size_t i = 0; i < frame->indices.size(); ++i) {
+        const uint8_t* const pixel = rgba + 4 * i;
         if (!IsOpaque(pixel)) continue;
         const uint32_t color = PackColor(pixel);
         ColorCache::Slot* const slot = SlotOf(&cache, color);
         if (slot->color != color) *slot = {.color = color, .value = indices.find(color)->second};
         frame->indices[i] = static_cast<uint8_t>(slot->value);
     }
+}
+
+}  // namespace
+
+void QuantizeFrame(const uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame) {
+    const size_t area = static_cast<size_t>(width) * static_cast<size_t>(height);
+    PictureColors found = CountColors(rgba, area);
+    const bool transparent = found.hidden > 0;
+    const size_t available = static_cast<size_t>(std::clamp(maxColors, 2, 256)) - (transparent ? 1 : 0);
+    const bool fits = found.colors.size() <= available;
+
+    frame->palette.clear();
+    if (fits)
+        for (const CountedColor& color : found.colors)
+            frame->palette.push_back({color.levels[0], color.levels[1], color.levels[2]});
+    else
+        frame->palette = CutIntoPalette(&found.colors, available);
+    const auto clear =
+        static_cast<uint8_t>(frame->palette.size());  // of use when there are transparent pixels
+    frame->transparentIndex = transparent ? static_cast<int>(frame->palette.size()) : -1;
+    if (fits) {
+        frame->indices = std::move(found.places);
+        for (size_t i = 0; i < area && transparent; ++i)
+            frame->indices[i] = IsOpaque(rgba + 4 * i) ? frame->indices[i] : clear;
+    } else {
+        frame->indices.assign(area, clear);
+        PutNearestEntries(rgba, found.colors, frame);
+    }
+    if (transparent) frame->palette.push_back({});
 }
 
 }  // namespace kfx
