@@ -8,6 +8,8 @@
 #include <fstream>
 
 #include <fcntl.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,8 +17,16 @@
 #include "tests/cli/test_files.h"
 
 namespace kfx::test {
+namespace {
 
-pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors, int input) {
+// What the program gets from its parent.
+struct StartFiles {
+    int output;
+    int errors;
+    int input;
+};
+
+pid_t Start(const std::vector<std::string>& arguments, const StartFiles& files, bool isTraced) {
     std::vector<std::string> words = {FileBesideTest("kestrel")};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -26,10 +36,36 @@ pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int er
     const pid_t process = fork();
     if (process != 0) return process;
     std::signal(SIGPIPE, SIG_DFL);
-    if (dup2(input, STDIN_FILENO) < 0) _exit(98);
-    if (dup2(output, STDOUT_FILENO) < 0 || dup2(errors, STDERR_FILENO) < 0) _exit(98);
+    if (dup2(files.input, STDIN_FILENO) < 0) _exit(98);
+    if (dup2(files.output, STDOUT_FILENO) < 0 || dup2(files.errors, STDERR_FILENO) < 0) _exit(98);
+    if (isTraced && ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(96);
     execv(pointers[0], pointers.data());
     _exit(97);
+}
+
+}  // namespace
+
+pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors, int input) {
+    return Start(arguments, {.output = output, .errors = errors, .input = input}, false);
+}
+
+pid_t StartKestrelUntil(const std::string& path, const std::vector<std::string>& arguments, int errors) {
+    const pid_t process =
+        Start(arguments, {.output = STDOUT_FILENO, .errors = errors, .input = STDIN_FILENO}, true);
+    int status = 0;
+    // It stops when it begins, then before and behind each of its system calls.
+    while (process > 0 && waitpid(process, &status, 0) == process && WIFSTOPPED(status)) {
+        if (FileExists(path)) return process;
+        if (ptrace(PTRACE_SYSCALL, process, nullptr, nullptr) != 0) break;
+    }
+    return -1;
+}
+
+void LetGo(pid_t process, int number) {
+    // To its first thread, which is the one that was held.
+    EXPECT_EQ(syscall(SYS_tgkill, process, process, number), 0);
+    if (number == SIGKILL) return;  // ends it at once
+    EXPECT_EQ(ptrace(PTRACE_DETACH, process, nullptr, nullptr), 0);
 }
 
 std::vector<pid_t> ChildrenOf(pid_t process) {

@@ -13,6 +13,13 @@ namespace kfx::test {
 // to close. -1: it did not start.
 pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors, int input = 0);
 
+// Starts it, too, and returns when it has made the file `path`. It stands still then, until LetGo. -1: it has
+// ended without the file, or could not be held.
+pid_t StartKestrelUntil(const std::string& path, const std::vector<std::string>& arguments, int errors);
+
+// Sends a signal to a program that stands still, which is the first thing that it gets when it goes on.
+void LetGo(pid_t process, int number);
+
 // The processes that the threads of a program have started.
 std::vector<pid_t> ChildrenOf(pid_t process);
 
