@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "commands/commands.h"
 #include "commands/fingerprint.h"
 #include "commands/output_format.h"
 #include "commands/recipe_text.h"
 #include "commands/text.h"
+#include "media/file_io.h"
 #include "media/utf8_path.h"
 
 namespace kfx::commands {
@@ -106,10 +108,12 @@ bool IsWhole(const CommandLine& line, const Animation& source, const std::string
     if (line.format == "rgb" || line.format == "rgba")
         return AreWholeFrames(file, line.format, width, height) ||
                Say("it does not hold whole frames", reason);
-    ReadLimits limits;
-    limits.maxPixels = UINT64_MAX;
-    if (!ReadAnimation(SystemPath(file), &result, &error, limits) || !result.warning.empty())
-        return Say("it is damaged", reason);
+    // It may have been put there by anybody, so it is read with the limit of an input.
+    std::vector<uint8_t> content;
+    if (!ReadWholeFile(SystemPath(file), &content, &error)) return Say("it cannot be read", reason);
+    if (!ReadAnimationFromMemory(content.data(), content.size(), &result, &error, LimitsOf(line)))
+        return Say(error.find(kMaxPixelsOption) != std::string::npos ? error : "it is damaged", reason);
+    if (!result.warning.empty()) return Say("it is damaged", reason);
     // Which scale was taken stands nowhere.
     const bool hasSize = line.fit.scale ? result.width <= width && result.height <= height
                                         : result.width == width && result.height == height;

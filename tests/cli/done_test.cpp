@@ -13,6 +13,7 @@ namespace kfx::test {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 using Words = std::vector<std::string>;
 
@@ -136,6 +137,24 @@ TEST_F(Done, What_was_made_to_fit_is_done_while_it_fits) {
     EXPECT_EQ(WhyNot(out, {"--effect=Bump", "--max-size=3K"}), "");
     EXPECT_EQ(WhyNot(out, {"--effect=Emboss", "--max-size=3K"}), "it was made without --effect=Emboss");
     EXPECT_EQ(WhyNot(out, {"--effect=Bump", "--max-size=100"}), "it is larger than --max-size");
+}
+
+// A small file may say that it has any number of pixels.
+TEST_F(Done, A_result_with_more_pixels_than_are_read_is_not_done) {
+    const std::string out = Path("out.webp");
+    Animation large;
+    large.width = large.height = 1000;
+    large.frames.resize(3);
+    std::string error;
+    for (Frame& frame : large.frames) {
+        frame.pixels.assign(size_t{4} * 1000 * 1000, static_cast<uint8_t>(&frame - large.frames.data()));
+        frame.delay = 10;
+        frame.milliseconds = 100;
+    }
+    ASSERT_TRUE(WriteWebp(out, large, &error)) << error;
+    EXPECT_EQ(WhyNot(out, {"--effect=Bump"}), "it has another size");
+    EXPECT_THAT(WhyNot(out, {"--effect=Bump", "--max-pixels=2"}),
+                StartsWith("the 3 frames of 1000 x 1000 together have 3000000 pixels"));
 }
 
 TEST_F(Done, A_recipe_is_taken_over_before_it_is_compared) {
