@@ -103,12 +103,12 @@ bool TakeStage(Words* words, WholeFacts* facts) {
     return true;
 }
 
-// Pixels can hold every index.
+// Pixels can hold the index of each colour, and the reserved entry stands behind the colours.
 bool TakePalette(Words* words, ComputedPalette* palette) {
     if (palette->isKnown || !words->Take(&palette->bitsPerPixel, 1, kMostBits)) return false;
     const int32_t entries = 1 << palette->bitsPerPixel;
-    palette->isKnown =
-        words->Take(&palette->colorCount, 0, entries) && words->Take(&palette->reservedIndex, 0, entries);
+    palette->isKnown = words->Take(&palette->colorCount, 1, entries) &&
+                       words->Take(&palette->reservedIndex, palette->colorCount, palette->colorCount);
     return palette->isKnown;
 }
 

@@ -148,7 +148,7 @@ TEST_F(SplitRefusals, Hostile_lines_with_a_right_fingerprint_are_refused) {
     survey.frames = 3;
     survey.facts.stages.resize(1);
     survey.facts.palette.isKnown = true;
-    survey.facts.palette.reservedIndex = 0;
+    survey.facts.palette.colorCount = survey.facts.palette.reservedIndex = 3;
     survey.source = "0123";
     const std::string whole = SurveyTextOf(line, survey);
     ASSERT_TRUE(ReadSurvey(whole, &survey, &error)) << error;
@@ -168,9 +168,12 @@ TEST_F(SplitRefusals, Hostile_lines_with_a_right_fingerprint_are_refused) {
         {";survey 1", ";survey 2"},
         {";stage opaque", ";stage glass"},
         {";stage opaque", ";stage opaque gathered -1"},
-        {";palette 8 0", ";palette 9 0"},
-        {";palette 8 0", ";palette 0 0"},
-        {";palette 8 0", ";palette 2 200"},
+        {";palette 8 3 3", ";palette 9 3 3"},
+        {";palette 8 3 3", ";palette 0 0 0"},
+        {";palette 8 3 3", ";palette 8 0 0"},
+        {";palette 8 3 3", ";palette 8 3 4"},
+        {";palette 8 3 3", ";palette 8 3"},
+        {";palette 8 3 3", ";palette 2 200 200"},
         {";hidden 000000", ";hidden 00000"},
         {";hidden 000000", ";hidden 00000G"},
         {";colors 000000", ";colors 000000 000000"},

@@ -2,58 +2,11 @@
 // How much memory reading and writing takes. This program counts what it allocates.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
 #include "media/animation_writer.h"
 #include "media/png_deflate.h"
 #include "media/png_format.h"
 #include "tests/media/reading.h"
-
-namespace {
-
-std::atomic<size_t> allocated = 0;
-std::atomic<size_t> peak = 0;
-
-// In front of each block: its size.
-constexpr size_t kHead = alignof(std::max_align_t);
-
-void* Allocate(size_t size) {
-    auto* const head = static_cast<uint8_t*>(std::malloc(kHead + size));
-    if (!head) return nullptr;
-    *reinterpret_cast<size_t*>(head) = size;
-    allocated += size;
-    peak = std::max<size_t>(peak, allocated);
-    return head + kHead;
-}
-
-void* AllocateOrThrow(size_t size) {
-    void* const block = Allocate(size);
-    if (!block) throw std::bad_alloc();
-    return block;
-}
-
-void Free(void* block) {
-    if (!block) return;
-    uint8_t* const head = static_cast<uint8_t*>(block) - kHead;
-    allocated -= *reinterpret_cast<size_t*>(head);
-    std::free(head);
-}
-
-}  // namespace
-
-void* operator new(size_t size) { return AllocateOrThrow(size); }
-void* operator new[](size_t size) { return AllocateOrThrow(size); }
-void* operator new(size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void* operator new[](size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void operator delete(void* block) noexcept { Free(block); }
-void operator delete[](void* block) noexcept { Free(block); }
-void operator delete(void* block, size_t) noexcept { Free(block); }
-void operator delete[](void* block, size_t) noexcept { Free(block); }
-void operator delete(void* block, const std::nothrow_t&) noexcept { Free(block); }
-void operator delete[](void* block, const std::nothrow_t&) noexcept { Free(block); }
+#include "tests/support/counted_memory.h"
 
 namespace kfx::test {
 namespace {
@@ -62,15 +15,6 @@ constexpr int kSide = 600;
 constexpr size_t kArea = size_t{kSide} * kSide;
 constexpr size_t kFrame = 4 * kArea;
 constexpr size_t kMargin = 400000;  // for what does not depend on the picture
-
-// The bytes that `work` has at a time beyond those before.
-template <typename Work>
-size_t PeakOf(const Work& work) {
-    const size_t before = allocated;
-    peak = before;
-    work();
-    return peak - before;
-}
 
 Bytes DeepPicture(PngColors colors, bool interlaced) {
     const PngFormat format = {
