@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "media/apng.h"
+#include "media/color_cache.h"
 #include "media/gif_canvas.h"
 #include "media/loop_count.h"
 #include "media/png_notes.h"
@@ -27,6 +28,8 @@ struct ApngReader {
     // Of each pixel of the canvas its palette entry, kOffPalette where there is none; empty when the file has
     // no palette.
     std::vector<int16_t> globalIndices;
+    // Of colours that blending made lately, the palette entries.
+    ColorCache entries;
     PngNoteReader notes;
     ApngFrame frame;
     bool hasFrame = false;
@@ -93,6 +96,18 @@ void DrawFrame(ApngReader* reader, const uint8_t* pixels) {
     });
 }
 
+// The palette entry of a colour that blending made. Most of them occur again and again.
+int16_t EntryOf(ApngReader* reader, const uint8_t* shown) {
+    const RgbColor color = {.red = shown[0], .green = shown[1], .blue = shown[2]};
+    const auto key = uint32_t{color.red} | uint32_t{color.green} << 8 | uint32_t{color.blue} << 16;
+    ColorCache::Slot* const slot = SlotOf(&reader->entries, key);
+    if (slot->color != key) {
+        const int16_t entry = FindPaletteEntry(reader->format.palette, color);
+        *slot = {.color = key, .value = static_cast<uint32_t>(entry)};
+    }
+    return static_cast<int16_t>(slot->value);
+}
+
 // The palette entries of the canvas where the frame was drawn. `indices` are the frame's own; empty when some
 // of them are not in the palette.
 void DrawIndices(ApngReader* reader, const uint8_t* pixels, const std::vector<uint8_t>& indices) {
@@ -108,7 +123,7 @@ void DrawIndices(ApngReader* reader, const uint8_t* pixels, const std::vector<ui
         else if (shown[kAlpha] < 255)
             *entry = kOffPalette;
         else if (!over || alpha > 0)
-            *entry = FindPaletteEntry(reader->format.palette, {shown[0], shown[1], shown[2]});
+            *entry = EntryOf(reader, shown);
         ++i;
     });
 }
@@ -233,6 +248,7 @@ bool ReadAnimatedPng(const uint8_t* data, size_t size, const PngHeader& header, 
                          .format = header.format,
                          .canvas = {},
                          .globalIndices = {},
+                         .entries = {},
                          .notes = {.animation = animation},
                          .frame = {}};
     reader.canvas.resize(size_t{4} * header.width * header.height);

@@ -178,6 +178,43 @@ TEST(Apng, Opaque_frames_keep_the_entries_of_the_file_s_palette) {
               Row({{0, 0, 0, 255}, {0, 0, 0, 255}, {0, 0, 0, 255}, {0, 0, 0, 255}}));
 }
 
+// So many that some of them share their place in the reader's cache.
+TEST(Apng, Every_blended_color_gets_its_own_palette_entry) {
+    constexpr int kBases = 150, kMixes = 100;
+    const auto mixed = [](int base, int blue) {
+        return static_cast<uint8_t>((base * 127 + blue * 128 + 127) / 255);
+    };
+    TestPalette palette;
+    const auto channel = [](int i, int factor) { return i * factor % 256; };
+    for (int i = 0; i < kBases; ++i) {
+        for (const int factor : {1, 7, 13})
+            palette.colors.push_back(static_cast<uint8_t>(channel(i, factor)));
+    }
+    for (int i = 0; i < kMixes; ++i) {
+        palette.colors.insert(palette.colors.end(),
+                              {mixed(channel(i, 1), 0), mixed(channel(i, 7), 0), mixed(channel(i, 13), 255)});
+    }
+    palette.colors.insert(palette.colors.end(), {0, 0, 255});
+    palette.alphas.assign(kBases + kMixes, 255);
+    palette.alphas.push_back(128);
+    std::vector<TestFrame> frames;
+    for (int i = 0; i < 2 * kBases; ++i) {
+        frames.push_back({.color = {static_cast<uint8_t>(i % kBases)}, .place = kAll});
+        frames.push_back({.color = {kBases + kMixes}, .place = kMiddle, .blend = kApngOver});
+    }
+    const Animation animation = ReadOrFail(BuildApng(frames, false, &palette));
+    ASSERT_EQ(animation.frames.size(), frames.size());
+    for (int i = 0; i < 2 * kBases; ++i) {
+        const Frame& frame = animation.frames[2 * static_cast<size_t>(i) + 1];
+        const RgbColor color = {frame.pixels[4], frame.pixels[5], frame.pixels[6]};
+        const int16_t entry = FindPaletteEntry(animation.globalPalette, color);
+        ASSERT_TRUE(i % kBases >= kMixes || entry >= 0) << i;
+        ASSERT_EQ(frame.indexed, entry >= 0) << i;
+        if (!frame.indexed) continue;
+        ASSERT_EQ(frame.indices[1], entry) << i;
+    }
+}
+
 TEST(Apng, A_second_palette_behind_a_frame_is_damage) {
     const TestPalette palette = {.colors = {255, 0, 0, 0, 255, 0}, .alphas = {255}};
     Bytes file = BuildApng({{.color = {1}, .place = kAll}, {.color = {0}, .place = kAll}}, false, &palette);
