@@ -70,10 +70,10 @@ void AddBatchOptions(CLI::App* command, BatchOptions* batch, int* threads) {
 
 void AddFiles(CLI::App* command, CommandLine* line, bool isSurvey) {
     command
-        ->add_option(
-            "input", line->inputs,
-            "GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; NAME-%03d.png for "
-            "numbered files; several files, NAME-*.gif or a folder, with a folder as output")
+        ->add_option("input", line->inputs,
+                     std::string("GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; "
+                                 "NAME-%03d.png for numbered files; several files, NAME-*.gif or a folder") +
+                         (isSurvey ? " are one animation" : ", with a folder as output"))
         ->type_name("FILE")
         ->required();
     AddReadLimit(command, line);

@@ -10,6 +10,7 @@ namespace kfx::commands {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 using Arguments = std::vector<std::string>;
 
 CommandLine Accept(const Arguments& arguments) {
@@ -324,6 +325,9 @@ TEST(CommandLine, Help_and_version_are_texts_and_no_errors) {
     EXPECT_THAT(text, HasSubstr("Exit codes"));
     EXPECT_EQ(ParseCommandLine({"apply", "--help"}, {}, &line, &text), ParseOutcome::ShowText);
     EXPECT_THAT(text, HasSubstr("--supercompress"));
+    EXPECT_THAT(text, HasSubstr("with a folder as output"));
+    EXPECT_EQ(ParseCommandLine({"survey", "--help"}, {}, &line, &text), ParseOutcome::ShowText);
+    EXPECT_THAT(text, Not(HasSubstr("with a folder as output"))) << "a survey is of one animation";
     EXPECT_EQ(ParseCommandLine({"--version"}, {}, &line, &text), ParseOutcome::ShowText);
 }
 
