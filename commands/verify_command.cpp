@@ -21,23 +21,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Files of this run in the system's folder for temporary files. They have their names only when they are
-// whole, so that an interrupt leaves none of them.
-struct TemporaryResult {
-    TemporaryResult() = default;
-    ~TemporaryResult() {
-        for (const std::string& file : files) {
-            std::error_code unknown;
-            fs::remove(PathOf(file), unknown);
-        }
+// What is made again stays in memory, so that no program that is killed leaves files of it.
+struct MadeAgain {
+    explicit MadeAgain(size_t wantedFile) : wanted(wantedFile) {
+        TakeWriting([this](const std::string&, std::vector<uint8_t>* file) {
+            if (files++ == wanted) content = std::move(*file);
+        });
     }
-    TemporaryResult(const TemporaryResult&) = delete;
-    TemporaryResult& operator=(const TemporaryResult&) = delete;
+    ~MadeAgain() { TakeWriting(nullptr); }
+    MadeAgain(const MadeAgain&) = delete;
+    MadeAgain& operator=(const MadeAgain&) = delete;
 
-    std::vector<std::string> files;
+    const size_t wanted;           // of a series
+    size_t files = 0;              // how many there are
+    std::vector<uint8_t> content;  // of the wanted one
 };
 
-// The path of a file that there is not. Empty: there is no folder for temporary files.
+// The path of a file that there is not, and that could be written. Nothing is. Empty: there is no folder for
+// temporary files.
 std::string FreePath(const std::string& format) {
     std::error_code unknown;
     const fs::path folder = fs::temp_directory_path(unknown);
@@ -139,17 +140,13 @@ Report NotVerified(const CommandLine& line, const std::string& why) {
     return report;
 }
 
-Report Compare(const CommandLine& line, const RecipeFile& file, const std::vector<std::string>& made) {
-    const SeriesPart& part = file.recipe.part;
-    if (made.size() != std::max<size_t>(part.count, 1)) {
-        return NotVerified(line, "it is one of " + std::to_string(std::max<size_t>(part.count, 1)) +
-                                     " files, and made again they are " + std::to_string(made.size()));
+Report Compare(const CommandLine& line, const RecipeFile& file, const MadeAgain& made) {
+    const size_t files = std::max<size_t>(file.recipe.part.count, 1);
+    if (made.files != files) {
+        return NotVerified(line, "it is one of " + std::to_string(files) +
+                                     " files, and made again they are " + std::to_string(made.files));
     }
-    std::vector<uint8_t> content;
-    Animation again;
-    std::string error;
-    if (!ReadWholeFile(made[part.count > 1 ? part.number - 1 : 0], &content, &error))
-        return FailedReport(kExitBadOutput, error);
+    const std::vector<uint8_t>& content = made.content;
     if (content == file.content) {
         Report report;
         report.text = ShownInput(line.recipe.recipe) + ": verified: the same " +
@@ -157,6 +154,8 @@ Report Compare(const CommandLine& line, const RecipeFile& file, const std::vecto
         report.result = {{"input", line.recipe.recipe}, {"verified", true}, {"bytes", content.size()}};
         return report;
     }
+    Animation again;
+    std::string error;
     if (!ReadAnimationFromMemory(content.data(), content.size(), &again, &error, LimitsOf(line)))
         return FailedReport(kExitEngine, "what was made again cannot be read: " + error + ".");
     return NotVerified(line, WhatDiffers(file, again));
@@ -179,11 +178,10 @@ Report RunVerify(const CommandLine& line, const CommandContext& context) {
         ParseCommandLine(ArgumentsFor(line, file.recipe, output), {}, &again, &text) != ParseOutcome::Run) {
         return FailedReport(kExitBadInput, shown + ": its recipe cannot be repeated: " + text);
     }
-    Report made = RunCommand(again, context);
-    if (made.exitCode != kExitDone) return made;
-    TemporaryResult result;
-    for (const auto& path : made.result["files"]) result.files.push_back(path.get<std::string>());
-    return Compare(line, file, result.files);
+    const SeriesPart& part = file.recipe.part;
+    const MadeAgain made(part.count > 1 ? part.number - 1 : 0);
+    const Report report = RunCommand(again, context);
+    return report.exitCode == kExitDone ? Compare(line, file, made) : report;
 }
 
 void AddVerify(CLI::App* app, const OptionTarget& target) {

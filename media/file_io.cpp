@@ -6,6 +6,7 @@
 #include <fstream>
 #include <new>
 #include <system_error>
+#include <utility>
 
 #include "media/temporary_file.h"
 #include "media/utf8_path.h"
@@ -67,6 +68,27 @@ std::string LastReason() { return errno != 0 ? ReasonOf({errno, std::generic_cat
 
 // Set once, at the start of a program.
 WriteWatch writeWatch;
+
+// Empty: files are written.
+TakeFile takeFile;
+
+// Asks for the content of one file of several. False: there is none; `*error` is a sentence.
+bool MakeOne(const MakeContent& makeContent, size_t index, const std::string& path,
+             std::vector<uint8_t>* content, std::string* error) {
+    if (makeContent(index, content, error)) return true;
+    *error = path + ": " + *error + ".";
+    return false;
+}
+
+bool GiveWholeFiles(const std::vector<std::string>& paths, const MakeContent& makeContent,
+                    std::string* error) {
+    for (size_t i = 0; i < paths.size(); ++i) {
+        std::vector<uint8_t> content;
+        if (!MakeOne(makeContent, i, paths[i], &content, error)) return false;
+        takeFile(paths[i], &content);
+    }
+    return true;
+}
 
 void AnnounceFile(const fs::path& path) {
     if (writeWatch.making) writeWatch.making(Utf8Of(path));
@@ -210,16 +232,14 @@ bool WriteWholeFile(const std::string& path, const std::vector<uint8_t>& content
 
 bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& makeContent,
                      std::string* error) {
+    if (takeFile) return GiveWholeFiles(paths, makeContent, error);
     std::vector<fs::path> targets(paths.size());
     // Without a path: one that was never made, or that has its final name.
     std::vector<TemporaryFile> temporary(paths.size());
     std::vector<uint8_t> content;
     for (size_t i = 0; i < paths.size(); ++i) {
         if (!PathFromUtf8(paths[i], &targets[i], error)) return false;
-        if (!makeContent(i, &content, error)) {
-            *error = paths[i] + ": " + *error + ".";
-            return false;
-        }
+        if (!MakeOne(makeContent, i, paths[i], &content, error)) return false;
         targets[i] = BehindLinks(targets[i]);
         const bool isTemporary = !IsDevice(targets[i]);
         int failure = 0;
@@ -252,6 +272,8 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
     }
     return true;
 }
+
+void TakeWriting(TakeFile take) { takeFile = std::move(take); }
 
 void WatchWriting(const WriteWatch& watch) { writeWatch = watch; }
 

@@ -43,6 +43,11 @@ using MakeContent = std::function<bool(size_t index, std::vector<uint8_t>* conte
 bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& makeContent,
                      std::string* error);
 
+// While one is set, the two functions above write nothing: each file that they would write is given to `take`
+// instead, in their order. Null: files are written again.
+using TakeFile = std::function<void(const std::string& path, std::vector<uint8_t>* content)>;
+void TakeWriting(TakeFile take);
+
 // For a program that may be ended by another one while it writes: these calls tell that other program which
 // files to remove then. Either may be null.
 struct WriteWatch {

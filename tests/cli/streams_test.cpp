@@ -27,6 +27,8 @@ namespace {
 
 using ::testing::HasSubstr;
 
+using Words = std::vector<std::string>;
+
 struct Streams : ::testing::Test {
     TemporaryFolder folder;
     std::string input = folder.path + "in.gif";
@@ -188,6 +190,31 @@ TEST_F(Streams, No_file_but_the_temporary_one_appears_beside_the_output) {
     EXPECT_EQ(RunKestrel(Apply(output)).exitCode, 0);
     EXPECT_EQ(NamesSeen(watch), (std::set<std::string>{"out.gif", "out.gif.kestrel-part"}));
     close(watch);
+}
+
+// A program that is killed could leave what it has written.
+TEST_F(Streams, Verifying_writes_no_file) {
+    const char* const before = getenv("TMPDIR");
+    const std::string kept = before ? before : "";
+    const std::string temporary = folder.path + "temporary";
+    std::filesystem::create_directory(temporary);
+    ASSERT_EQ(RunKestrel(Apply(output)).exitCode, 0);
+    ASSERT_EQ(RunKestrel(Apply(folder.path + "series.png")).exitCode, 0);
+    for (const std::string& made : {output, folder.path + "series-001.png"}) {
+        const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        ASSERT_GE(inotify_add_watch(watch, temporary.c_str(), IN_CREATE | IN_MOVED_TO), 0);
+        ASSERT_GE(inotify_add_watch(watch, folder.path.c_str(), IN_CREATE | IN_MOVED_TO), 0);
+        setenv("TMPDIR", temporary.c_str(), 1);
+        const pid_t process = StartKestrel({"verify", made, "--source", input}, STDOUT_FILENO, STDERR_FILENO);
+        const int exitCode = WaitForEnd(process);
+        if (before)
+            setenv("TMPDIR", kept.c_str(), 1);
+        else
+            unsetenv("TMPDIR");
+        EXPECT_EQ(exitCode, 0) << made;
+        EXPECT_EQ(NamesSeen(watch), std::set<std::string>()) << made;
+        close(watch);
+    }
 }
 
 TEST_F(Streams, A_name_that_is_too_long_is_found_before_the_work) {
