@@ -1,8 +1,10 @@
 # fish completion for kestrel. In config.fish: kestrel completions fish | source
+# The word at the cursor comes as it is typed, with a quote that is still open; the words before it do not.
 function __kestrel_complete
     set -l words (commandline -opc)
     set -l current (commandline -ct)
-    for line in ($words[1] complete "=$current" $words[2..-1] 2>/dev/null)
+    set -l plain (string unescape -- (string replace -r '^["\']' '' -- "$current"))
+    for line in ($words[1] complete "=$plain" $words[2..-1] 2>/dev/null)
         if test "$line" = :files
             __fish_complete_path $current
         else
