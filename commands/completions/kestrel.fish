@@ -6,7 +6,7 @@ function __kestrel_complete
     set -l plain (string unescape -- (string replace -r '^["\']' '' -- "$current"))
     for line in ($words[1] complete "=$plain" $words[2..-1] 2>/dev/null)
         if test "$line" = :files
-            __fish_complete_path $current
+            complete -C "'' $current"  # as an argument of a command that fish does not know
         else
             echo $line
         end
