@@ -11,6 +11,7 @@ namespace kfx {
 namespace {
 
 constexpr size_t kLeastDigits = 3;
+constexpr char kNoMemory[] = "there is not enough memory to write the PNG file";
 constexpr size_t kFilesAhead = 4;  // that each thread makes before they are written
 
 using Bytes = std::vector<uint8_t>;
@@ -102,7 +103,7 @@ bool EncodePng(int width, int height, const uint8_t* rgba, Bytes* file, std::str
         EncodeChecked(width, height, rgba, notes, file);
         return true;
     } catch (const std::bad_alloc&) {
-        *error = "there is not enough memory to write the PNG file";
+        *error = kNoMemory;
         file->clear();
         return false;
     }
@@ -148,15 +149,21 @@ bool WritePngFrames(const std::string& path, const Animation& animation, std::st
     const size_t count = animation.frames.size();
     const auto workers = static_cast<size_t>(WorkersFor(jobs, count));
     std::vector<PngFile> ahead(workers > 1 ? kFilesAhead * workers : 1);
+    const auto makeAhead = [&](size_t first) {
+        const size_t made = std::min(ahead.size(), count - first);
+        for (size_t k = 0; k < made; ++k) ahead[k] = {.recipe = recipeOf ? recipeOf(first + k) : ""};
+        RunJobs(jobs, made, [&](size_t k, size_t) {
+            PngFile& own = ahead[k];
+            own.isMade = encode(first + k, own.recipe, &own.bytes, &own.clause);
+        });
+    };
     const auto makeContent = [&](size_t i, Bytes* file, std::string* clause) {
         const size_t place = i % ahead.size();
-        if (place == 0) {
-            const size_t made = std::min(ahead.size(), count - i);
-            for (size_t k = 0; k < made; ++k) ahead[k] = {.recipe = recipeOf ? recipeOf(i + k) : ""};
-            RunJobs(jobs, made, [&](size_t k, size_t) {
-                PngFile& own = ahead[k];
-                own.isMade = encode(i + k, own.recipe, &own.bytes, &own.clause);
-            });
+        try {
+            if (place == 0) makeAhead(i);
+        } catch (const std::bad_alloc&) {
+            *clause = kNoMemory;
+            return false;
         }
         *file = std::move(ahead[place].bytes);
         *clause = std::move(ahead[place].clause);
