@@ -50,7 +50,7 @@ void AddFormatOptions(CLI::App* command, CommandLine* line) {
     AddNumber(command, "--near-lossless", &line->nearLossless, 0, 100,
               "Smaller WebP after small changes of the pixels (100: none)");
     AddNumber(command, "--effort", &line->effort, 0, 9,
-              "WebP: more takes longer and makes smaller files (6)");
+              "WebP (6 by itself), APNG and PNG (9): more takes longer and makes smaller files");
 }
 
 void AddThreads(CLI::App* command, int* threads) {

@@ -91,9 +91,9 @@ ResultOptions ResultOptionsOf(const CommandLine& line) {
         options.webp.quality = line.quality >= 0 ? line.quality : line.nearLossless;
     }
     options.fingerprint = line.json;
-    if (line.effort >= 0) options.webp.effort = line.effort;
+    if (line.effort >= 0) options.webp.effort = options.png.effort = line.effort;
     options.recipe = DraftRecipe(line);
-    options.jobs = JobsOnThreads(line.threads);
+    options.jobs = options.png.jobs = JobsOnThreads(line.threads);
     return options;
 }
 

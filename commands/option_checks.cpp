@@ -30,9 +30,8 @@ std::string ExcludeEachOther(const char* one, const char* other) {
 // What does not go with the output's format. Empty: nothing.
 std::string FormatMismatch(const CommandLine& line) {
     const bool gif = line.format == "gif";
-    const char* const webpOption = FirstGiven({{"--quality", line.quality >= 0},
-                                               {"--near-lossless", line.nearLossless >= 0},
-                                               {"--effort", line.effort >= 0}});
+    const char* const webpOption =
+        FirstGiven({{"--quality", line.quality >= 0}, {"--near-lossless", line.nearLossless >= 0}});
     const char* const timeOption = FirstGiven({{"--speed", line.edits.speed != 1},
                                                {"--fps", line.edits.framesPerSecond > 0},
                                                {"--loop", line.edits.setsLoop}});
@@ -49,6 +48,8 @@ std::string FormatMismatch(const CommandLine& line) {
         return "--loop is for animations, and video streams play once; leave it out.";
     if (line.format != "webp" && webpOption)
         return std::string(webpOption) + " is for WebP files; leave it out, or write .webp.";
+    if (line.effort >= 0 && (gif || IsRawFormat(line.format)))
+        return "--effort is for WebP, PNG and APNG files; leave it out, or write .webp or .png.";
     return "";
 }
 

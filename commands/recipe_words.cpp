@@ -61,6 +61,7 @@ constexpr Exclusion kExclusions[] = {
 bool IsGif(const std::string& format) { return format == "gif"; }
 bool IsNoGif(const std::string& format) { return format != "gif"; }
 bool IsWebp(const std::string& format) { return format == "webp"; }
+bool TakesEffort(const std::string& format) { return !IsGif(format) && !IsRawFormat(format); }
 bool HasTimes(const std::string& format) { return format != "png"; }
 bool HasLoop(const std::string& format) { return HasTimes(format) && !IsRawFormat(format); }
 
@@ -71,11 +72,11 @@ struct FormatRule {
 };
 
 constexpr FormatRule kFormatRules[] = {
-    {.option = "comment", .takes = IsGif},  {.option = "lossy", .takes = IsGif},
-    {.option = "matte", .takes = IsGif},    {.option = "true-color", .takes = IsNoGif},
-    {.option = "quality", .takes = IsWebp}, {.option = "near-lossless", .takes = IsWebp},
-    {.option = "effort", .takes = IsWebp},  {.option = "speed", .takes = HasTimes},
-    {.option = "fps", .takes = HasTimes},   {.option = "loop", .takes = HasLoop},
+    {.option = "comment", .takes = IsGif},      {.option = "lossy", .takes = IsGif},
+    {.option = "matte", .takes = IsGif},        {.option = "true-color", .takes = IsNoGif},
+    {.option = "quality", .takes = IsWebp},     {.option = "near-lossless", .takes = IsWebp},
+    {.option = "effort", .takes = TakesEffort}, {.option = "speed", .takes = HasTimes},
+    {.option = "fps", .takes = HasTimes},       {.option = "loop", .takes = HasLoop},
 };
 
 std::string LongName(const CLI::Option& option) {

@@ -65,7 +65,7 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
                                       {.number = frame + 1, .count = count});
         };
         if (options.fingerprint) written->fingerprint = FingerprintOfPictures(animation);
-        return WritePngFrames(system, animation, error, recipeOf, options.jobs);
+        return WritePngFrames(system, animation, error, recipeOf, options.png);
     }
     NoteResult(options, format, &animation, written);
     if (options.fingerprint && HasLoss(options, format)) {
@@ -74,7 +74,7 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
         };
         return WriteLossy(system, encode, written, error);
     }
-    if (format == "apng") return WriteApng(system, animation, error, options.jobs);
+    if (format == "apng") return WriteApng(system, animation, error, options.png);
     return WriteWebp(system, animation, error, options.webp);
 }
 

@@ -18,9 +18,10 @@ struct ResultOptions {
     std::string format;  // as ResolveFormat has it; empty: what the path's ending says
     GifOptions gif;
     WebpOptions webp;
+    PngOptions png;
     RecipeDraft recipe;        // is kept in the file, with its fingerprint; raw frames hold none
     bool fingerprint = false;  // is wanted in WrittenResult
-    JobRunner jobs = {};       // frames are compressed by it
+    JobRunner jobs = {};       // frames of a GIF are compressed by it
 };
 
 // Whether a file in this format shows other pixels than those that it is made of.

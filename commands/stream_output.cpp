@@ -70,8 +70,8 @@ bool EncodeResult(BuiltAnimation built, const SourceRecord& source, const Result
     NoteResult(options, options.format, &animation, written);
     if (options.format == "png")
         return EncodePng(animation.width, animation.height, animation.frames[0].pixels.data(), file, error,
-                         animation);
-    if (options.format == "apng") return EncodeApng(animation, file, error, options.jobs);
+                         animation, options.png);
+    if (options.format == "apng") return EncodeApng(animation, file, error, options.png);
     return EncodeWebp(animation, file, error, options.webp);
 }
 

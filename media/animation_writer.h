@@ -82,13 +82,18 @@ bool WriteWebp(const std::string& path, const Animation& animation, std::string*
 bool EncodeWebp(const Animation& animation, std::vector<uint8_t>* file, std::string* error,
                 const WebpOptions& options = WebpOptions());
 
+struct PngOptions {
+    int effort = 9;       // 0 to 9: more takes longer and makes smaller files
+    JobRunner jobs = {};  // for several frames
+};
+
 // An animated PNG file: uses the size, the loop count, comment, recipe, background, metadata and each frame's
 // pixels and time, to the millisecond. Every frame but the first is stored as the part that changes. Colours
 // of fully transparent pixels are not kept.
 bool WriteApng(const std::string& path, const Animation& animation, std::string* error,
-               const JobRunner& jobs = JobRunner());
+               const PngOptions& options = PngOptions());
 bool EncodeApng(const Animation& animation, std::vector<uint8_t>* file, std::string* error,
-                const JobRunner& jobs = JobRunner());
+                const PngOptions& options = PngOptions());
 
 // A single RGBA picture, top row first: 4 * width * height bytes.
 struct Picture {
@@ -101,7 +106,7 @@ bool WritePng(const std::string& path, const Picture& picture, std::string* erro
 // Takes the smallest of the formats that hold every pixel exactly: palette, grey, RGB, alpha. The file gets
 // the comment, the recipe, the background and the metadata of `notes`.
 bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>* file, std::string* error,
-               const Animation& notes = Animation());
+               const Animation& notes = Animation(), const PngOptions& options = PngOptions());
 
 // The names that WritePngFrames uses: `path` itself for one frame, else "NAME-000.png", "NAME-001.png", ...
 // beside it, with as many digits as the last number needs, but at least three.
@@ -112,6 +117,6 @@ std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCoun
 // those before it are removed again.
 using RecipeOfFrame = std::function<std::string(size_t frame)>;
 bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error,
-                    const RecipeOfFrame& recipeOf = nullptr, const JobRunner& jobs = JobRunner());
+                    const RecipeOfFrame& recipeOf = nullptr, const PngOptions& options = PngOptions());
 
 }  // namespace kfx

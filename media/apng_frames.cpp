@@ -194,7 +194,7 @@ PngFormat ChooseApngFormat(const Animation& animation) {
 }
 
 std::vector<StoredFrame> StoreFrames(const Animation& animation, const PngFormat& format,
-                                     const JobRunner& jobs) {
+                                     const PngOptions& options) {
     std::vector<StoredFrame> stored(animation.frames.size());
     std::mutex lock;  // of the next three, and of all in `stored` but the data
     size_t next = 0;
@@ -226,10 +226,10 @@ std::vector<StoredFrame> StoreFrames(const Animation& animation, const PngFormat
         failed = false;
         return number;
     };
-    RunJobs(jobs, stored.size(), [&](size_t, size_t) {
+    RunJobs(options.jobs, stored.size(), [&](size_t, size_t) {
         PngRows rows;
         const size_t number = takeNext(&rows);
-        stored[number].data = CompressPngRows(rows);
+        stored[number].data = CompressPngRows(rows, options.effort);
     });
     return stored;
 }

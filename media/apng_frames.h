@@ -8,7 +8,7 @@
 #include "media/animation.h"
 #include "media/apng.h"
 #include "media/gif_canvas.h"
-#include "media/job_runner.h"
+#include "media/animation_writer.h"
 
 namespace kfx {
 
@@ -25,6 +25,6 @@ struct StoredFrame {
 
 // Colours of fully transparent pixels are not kept. Throws std::bad_alloc.
 std::vector<StoredFrame> StoreFrames(const Animation& animation, const PngFormat& format,
-                                     const JobRunner& jobs);
+                                     const PngOptions& options);
 
 }  // namespace kfx

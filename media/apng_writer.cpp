@@ -43,9 +43,9 @@ void PutFrameControl(Bytes* file, const StoredFrame& stored, const Frame& frame,
     PutPngChunk(file, kFrameControlChunk, control);
 }
 
-void EncodeChecked(const Animation& animation, const JobRunner& jobs, Bytes* file) {
+void EncodeChecked(const Animation& animation, const PngOptions& options, Bytes* file) {
     PngFormat format = ChooseApngFormat(animation);
-    const std::vector<StoredFrame> frames = StoreFrames(animation, format, jobs);
+    const std::vector<StoredFrame> frames = StoreFrames(animation, format, options);
     Bytes control;
     PutBigWord32(&control, static_cast<uint32_t>(frames.size()));
     PutBigWord32(&control, TimesShown(animation.loopCount, INT_MAX));
@@ -64,14 +64,14 @@ void EncodeChecked(const Animation& animation, const JobRunner& jobs, Bytes* fil
 
 }  // namespace
 
-bool EncodeApng(const Animation& animation, Bytes* file, std::string* error, const JobRunner& jobs) {
+bool EncodeApng(const Animation& animation, Bytes* file, std::string* error, const PngOptions& options) {
     file->clear();
     if (const char* fault = FaultOf(animation)) {
         *error = fault;
         return false;
     }
     try {
-        EncodeChecked(animation, jobs, file);
+        EncodeChecked(animation, options, file);
         return true;
     } catch (const std::bad_alloc&) {
         *error = "there is not enough memory to write the PNG file";
@@ -81,9 +81,9 @@ bool EncodeApng(const Animation& animation, Bytes* file, std::string* error, con
 }
 
 bool WriteApng(const std::string& path, const Animation& animation, std::string* error,
-               const JobRunner& jobs) {
+               const PngOptions& options) {
     const auto encode = [&](size_t, Bytes* file, std::string* clause) {
-        return EncodeApng(animation, file, clause, jobs);
+        return EncodeApng(animation, file, clause, options);
     };
     return WriteWholeFiles({path}, encode, error);
 }

@@ -83,15 +83,40 @@ Bytes FilterRows(const PngRows& rows, int filter, RowCost cost) {
 struct Way {
     int filter = kFilterNone;
     RowCost cost = nullptr;  // null: the filter for all rows
+    bool isCommon = false;   // the best of many pictures
 };
 
 constexpr Way kWays[] = {
-    {.filter = kFilterNone},   {.filter = kFilterSub}, {.filter = kFilterUp}, {.filter = kFilterPaeth},
-    {.cost = SumOfMagnitudes}, {.cost = CountOfPairs}, {.cost = Entropy},
+    {.filter = kFilterNone, .isCommon = true},
+    {.filter = kFilterSub},
+    {.filter = kFilterUp},
+    {.filter = kFilterPaeth},
+    {.cost = SumOfMagnitudes, .isCommon = true},
+    {.cost = CountOfPairs, .isCommon = true},
+    {.cost = Entropy},
+};
+
+// The highest levels of packing take most of the time: on a picture of 640 x 480, level 12 takes ten times as
+// long as 8.
+struct Effort {
+    bool allWays;      // are tried, else the common ones
+    size_t finalists;  // ways that are packed in full
+    int packing;
+};
+constexpr Effort kEfforts[] = {
+    {false, 1, kFastestPacking},
+    {false, 1, 3},
+    {false, 1, 5},
+    {false, 1, 6},
+    {false, 1, 8},
+    {true, 1, 8},
+    {true, 1, 9},
+    {true, 1, 10},
+    {true, 1, kSmallestPacking},
+    {true, 2, kSmallestPacking},
 };
 
 constexpr int kTrialPacking = 6;
-constexpr size_t kFinalists = 2;
 constexpr size_t kFinalistRatio = 2;  // a way that is larger than the best one by this factor is none
 constexpr size_t kLargePicture = size_t{1} << 19;  // bytes from which ways are tried on a part
 constexpr size_t kBands = 8;                       // of which the part consists
@@ -117,29 +142,32 @@ PngRows SampleOf(const PngRows& rows) {
 
 }  // namespace
 
-Bytes CompressPngRows(const PngRows& rows) {
+Bytes CompressPngRows(const PngRows& rows, int effort) {
+    const Effort& taken = kEfforts[std::clamp(effort, 0, static_cast<int>(std::size(kEfforts)) - 1)];
     const PngRows sample = SampleOf(rows);
-    constexpr size_t kCount = std::size(kWays);
-    std::pair<size_t, size_t> trials[kCount];  // bytes, and the way's number
-    for (size_t i = 0; i < kCount; ++i) trials[i] = {PackedSize(sample, kWays[i], kTrialPacking), i};
-    std::sort(std::begin(trials), std::end(trials));
+    std::vector<std::pair<size_t, const Way*>> trials;  // bytes
+    for (const Way& way : kWays) {
+        if (!taken.allWays && !way.isCommon) continue;
+        trials.emplace_back(PackedSize(sample, way, std::min(taken.packing, kTrialPacking)), &way);
+    }
+    std::sort(trials.begin(), trials.end());
     Bytes best;
     // The quick compression is no sure judge.
-    for (size_t i = 0; i < kFinalists; ++i) {
+    for (size_t i = 0; i < taken.finalists; ++i) {
         if (trials[i].first > kFinalistRatio * trials[0].first) break;
-        const Way& way = kWays[trials[i].second];
+        const Way& way = *trials[i].second;
         const Bytes filtered = FilterRows(rows, way.filter, way.cost);
-        Bytes packed = Pack(filtered.data(), filtered.size(), kSmallestPacking);
+        Bytes packed = Pack(filtered.data(), filtered.size(), taken.packing);
         if (best.empty() || packed.size() < best.size()) best = std::move(packed);
     }
     return best;
 }
 
 size_t EstimatePngRows(const PngRows& rows) {
-    constexpr Way kFew[] = {{.filter = kFilterNone}, {.cost = SumOfMagnitudes}, {.cost = CountOfPairs}};
     const PngRows sample = SampleOf(rows);
     size_t least = SIZE_MAX;
-    for (const Way& way : kFew) least = std::min(least, PackedSize(sample, way, kTrialPacking));
+    for (const Way& way : kWays)
+        if (way.isCommon) least = std::min(least, PackedSize(sample, way, kTrialPacking));
     return least;
 }
 

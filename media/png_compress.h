@@ -9,11 +9,11 @@
 
 namespace kfx {
 
-// Tries several ways to choose each row's filter, and compresses as well as possible with the best of them.
-// Throws std::bad_alloc.
-std::vector<uint8_t> CompressPngRows(const PngRows& rows);
+// Tries several ways to choose each row's filter, and compresses with the best of them. `effort` goes from 0
+// to 9, where the data becomes smallest. Throws std::bad_alloc.
+std::vector<uint8_t> CompressPngRows(const PngRows& rows, int effort);
 
-// About how many bytes CompressPngRows gives, for comparing in a fraction of its time.
+// About how many bytes CompressPngRows gives at effort 9, for comparing in a fraction of its time.
 size_t EstimatePngRows(const PngRows& rows);
 
 }  // namespace kfx

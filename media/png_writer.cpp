@@ -62,20 +62,21 @@ bool IsMuchWider(const PngFormat& format, const PngFormat& first) {
     return ChannelsOf(format) * format.depth >= kMuch * ChannelsOf(first) * first.depth;
 }
 
-void EncodeChecked(int width, int height, const uint8_t* rgba, const Animation& notes, Bytes* file) {
+void EncodeChecked(int width, int height, const uint8_t* rgba, const Animation& notes, int effort,
+                   Bytes* file) {
     const size_t pixels = static_cast<size_t>(width) * static_cast<size_t>(height);
     ColorCensus census;
     CountColors(rgba, pixels, &census);
-    PngFormatOptions options = {.mayBeGrey = MayBeGrey(notes.metadata)};
-    options.hasKey = !census.isOpaque && census.isSolid && FindKey(rgba, pixels, &options.key);
-    const std::vector<PngFormat> formats = PngFormatsFor(census, options);
+    PngFormatOptions choices = {.mayBeGrey = MayBeGrey(notes.metadata)};
+    choices.hasKey = !census.isOpaque && census.isSolid && FindKey(rgba, pixels, &choices.key);
+    const std::vector<PngFormat> formats = PngFormatsFor(census, choices);
     PngFormat best;
     Bytes data;
     size_t least = SIZE_MAX;
     for (const PngFormat& format : formats) {
         if (pixels > kSmallPicture && IsMuchWider(format, formats[0])) continue;
         const PngRows rows = MakePngRows(format, rgba, width, height);
-        Bytes compressed = pixels <= kSmallPicture ? CompressPngRows(rows) : Bytes();
+        Bytes compressed = pixels <= kSmallPicture ? CompressPngRows(rows, effort) : Bytes();
         const size_t size =
             PngPaletteBytes(format) +
             (compressed.empty() && formats.size() > 1 ? EstimatePngRows(rows) : compressed.size());
@@ -84,7 +85,7 @@ void EncodeChecked(int width, int height, const uint8_t* rgba, const Animation& 
         best = format;
         data = std::move(compressed);
     }
-    if (data.empty()) data = CompressPngRows(MakePngRows(best, rgba, width, height));
+    if (data.empty()) data = CompressPngRows(MakePngRows(best, rgba, width, height), effort);
     PutPngHead(file, width, height, notes, &best);
     PutPngChunk(file, kDataChunk, data);
     PutPngChunk(file, kEndChunk, {});
@@ -93,14 +94,14 @@ void EncodeChecked(int width, int height, const uint8_t* rgba, const Animation& 
 }  // namespace
 
 bool EncodePng(int width, int height, const uint8_t* rgba, Bytes* file, std::string* error,
-               const Animation& notes) {
+               const Animation& notes, const PngOptions& options) {
     file->clear();
     if (width < 1 || height < 1) {
         *error = "a PNG picture needs at least one pixel";
         return false;
     }
     try {
-        EncodeChecked(width, height, rgba, notes, file);
+        EncodeChecked(width, height, rgba, notes, options.effort, file);
         return true;
     } catch (const std::bad_alloc&) {
         *error = kNoMemory;
@@ -130,7 +131,7 @@ std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCoun
 }
 
 bool WritePngFrames(const std::string& path, const Animation& animation, std::string* error,
-                    const RecipeOfFrame& recipeOf, const JobRunner& jobs) {
+                    const RecipeOfFrame& recipeOf, const PngOptions& options) {
     if (animation.frames.empty()) {
         *error = path + ": there are no frames to write.";
         return false;
@@ -144,15 +145,15 @@ bool WritePngFrames(const std::string& path, const Animation& animation, std::st
         Animation own = notes;
         own.recipe = recipe;
         return EncodePng(animation.width, animation.height, animation.frames[i].pixels.data(), file, clause,
-                         own);
+                         own, options);
     };
     const size_t count = animation.frames.size();
-    const auto workers = static_cast<size_t>(WorkersFor(jobs, count));
+    const auto workers = static_cast<size_t>(WorkersFor(options.jobs, count));
     std::vector<PngFile> ahead(workers > 1 ? kFilesAhead * workers : 1);
     const auto makeAhead = [&](size_t first) {
         const size_t made = std::min(ahead.size(), count - first);
         for (size_t k = 0; k < made; ++k) ahead[k] = {.recipe = recipeOf ? recipeOf(first + k) : ""};
-        RunJobs(jobs, made, [&](size_t k, size_t) {
+        RunJobs(options.jobs, made, [&](size_t k, size_t) {
             PngFile& own = ahead[k];
             own.isMade = encode(first + k, own.recipe, &own.bytes, &own.clause);
         });

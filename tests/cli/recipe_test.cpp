@@ -212,6 +212,7 @@ TEST_F(Recipes, Whatever_was_made_is_verified) {
     }
     ExpectVerified(Make("lossy.gif", {"--effect=Bump", "--lossy=80"}), {input});
     ExpectVerified(Make("lossy.webp", {"--effect=Bump", "--quality=50", "--effort=2"}), {input});
+    ExpectVerified(Make("quick.apng", {"--effect=Bump", "--effort=1"}), {input});
     Make("series.png", {"--effect=Bump"});
     for (const char* name : {"series-000.png", "series-002.png"}) ExpectVerified(Path(name), {input});
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "media/animation_writer.h"
@@ -190,6 +191,53 @@ TEST(PngWriter, Pictures_are_read_back_exactly) {
         EXPECT_EQ(animation.frames[0].transparent, transparent);
         EXPECT_EQ(animation.loopCount, kLoopNone);
     }
+}
+
+// `encode(effort, file)` writes something of the sample.
+template <typename Encode>
+void ExpectEffortToTrade(const Encode& encode) {
+    constexpr int kMostEffort = 9;
+    std::vector<size_t> bytes;
+    Bytes file;
+    encode(kMostEffort, &file);
+    const Animation expected = ReadWhole(file);
+    for (int effort = 0; effort <= kMostEffort; ++effort) {
+        encode(effort, &file);
+        bytes.push_back(file.size());
+        const Animation found = ReadWhole(file);
+        ASSERT_EQ(found.frames.size(), expected.frames.size());
+        for (size_t i = 0; i < found.frames.size(); ++i)
+            EXPECT_TRUE(found.frames[i].pixels == expected.frames[i].pixels) << effort;
+    }
+    EXPECT_TRUE(std::is_sorted(bytes.rbegin(), bytes.rend())) << ::testing::PrintToString(bytes);
+    EXPECT_LT(bytes[kMostEffort], bytes[0]);
+    // Numbers beyond the range are the nearest ones in it.
+    encode(-1, &file);
+    EXPECT_EQ(file.size(), bytes[0]);
+    encode(kMostEffort + 1, &file);
+    EXPECT_EQ(file.size(), bytes[kMostEffort]);
+}
+
+TEST(PngWriter, Effort_trades_time_for_size) {
+    const Picture picture = DrawSampleFrame(0);
+    ExpectEffortToTrade([&](int effort, Bytes* file) {
+        std::string error;
+        ASSERT_TRUE(EncodePng(picture.width, picture.height, picture.pixels.data(), file, &error, Animation(),
+                              {.effort = effort}))
+            << error;
+    });
+}
+
+TEST(ApngWriter, Effort_trades_time_for_size) {
+    Animation source;
+    source.width = kSampleWidth;
+    source.height = kSampleHeight;
+    source.frames.resize(2);
+    for (int i = 0; i < 2; ++i) source.frames[static_cast<size_t>(i)].pixels = DrawSampleFrame(i).pixels;
+    ExpectEffortToTrade([&](int effort, Bytes* file) {
+        std::string error;
+        ASSERT_TRUE(EncodeApng(source, file, &error, {.effort = effort})) << error;
+    });
 }
 
 TEST(PngWriter, Frames_are_numbered_beside_the_name) {
