@@ -187,19 +187,21 @@ std::vector<std::string> PicturesOf(const CommandLine& line, const BatchItem& it
 // "a-001.gif". How many there are is only known when the file has been read, which is done for those alone.
 void CheckSeries(const CommandLine& line, std::vector<BatchItem>* items) {
     std::unordered_map<std::string, const BatchItem*> outputs;
-    std::unordered_map<std::string, std::vector<std::string>> pictures;
+    std::unordered_map<std::string, std::unordered_set<std::string>> pictures;
     for (const BatchItem& item : *items)
-        if (item.format == "png") outputs.emplace(item.output, &item);
+        if (item.format == "png") outputs.emplace(KeyOf(item.output), &item);
     for (BatchItem& item : *items) {
         if (item.format != "png") continue;
-        const auto series = outputs.find(NameOfSeries(item.output));
+        const std::string name = NameOfSeries(item.output);
+        const auto series = name.empty() ? outputs.end() : outputs.find(KeyOf(name));
         if (series == outputs.end()) continue;
-        const auto [files, isNew] = pictures.emplace(series->first, std::vector<std::string>());
-        if (isNew)
-            files->second =
-                PicturesOf(line, *series->second, static_cast<size_t>(series->second - items->data()));
-        if (std::find(files->second.begin(), files->second.end(), item.output) == files->second.end())
-            continue;
+        const auto [keys, isNew] = pictures.emplace(series->first, std::unordered_set<std::string>());
+        if (isNew) {
+            const auto number = static_cast<size_t>(series->second - items->data());
+            for (const std::string& file : PicturesOf(line, *series->second, number))
+                keys->second.insert(KeyOf(file));
+        }
+        if (keys->second.count(KeyOf(item.output)) == 0) continue;
         // Several pictures have other names.
         const auto number = static_cast<size_t>(&item - items->data());
         if (PicturesOf(line, item, number) != std::vector<std::string>{item.output}) continue;

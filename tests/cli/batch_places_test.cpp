@@ -116,6 +116,18 @@ TEST_F(BatchPlaces, A_name_that_is_too_long_is_refused_before_any_work) {
     EXPECT_TRUE(FilesIn(out).empty());
 }
 
+TEST_F(BatchPlaces, Folders_that_are_one_by_a_link_have_one_place_for_a_name) {
+    for (const char* name : {"x", "y"}) std::filesystem::create_directory(in + name);
+    std::filesystem::create_directory(out + "x");
+    std::filesystem::create_directory_symlink("x", out + "y");
+    WriteTestGif(in + "x/s.gif", 2);
+    WriteTestGif(in + "y/s-001.gif", 1);
+    const ProgramResult result = RunKestrel(All({"--recursive", "--format", "png"}));
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.err, HasSubstr("x/s.gif and " + in + "y/s-001.gif: both results would have a file "));
+    EXPECT_EQ(FilesIn(out + "x"), Words());
+}
+
 // The second file's process stands still, because the second picture of its series is a pipe that nobody
 // reads, until the folder has gone.
 TEST_F(BatchPlaces, A_folder_that_goes_away_keeps_what_is_done_and_fails_the_rest) {

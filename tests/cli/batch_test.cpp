@@ -20,6 +20,9 @@ using ::testing::HasSubstr;
 
 using Words = std::vector<std::string>;
 
+// Windows takes names that differ in capitals only for one.
+constexpr bool kIgnoresCase = std::filesystem::path::preferred_separator == '\\';
+
 struct Batch : ::testing::Test {
     TemporaryFolder folder;
     const std::string in = folder.path + "in/", out = folder.path + "out/";
@@ -167,6 +170,9 @@ TEST_F(Batch, A_picture_of_a_series_and_another_result_do_not_get_one_name) {
                               "a-001.gif: both results would have a file " + out +
                               "a-001.png; give them different names or folders.\n");
     EXPECT_FALSE(std::filesystem::exists(PathOf(out)));
+    std::filesystem::rename(PathOf(in + "a-001.gif"), PathOf(in + "A-001.gif"));
+    EXPECT_EQ(RunKestrel(All({"--format", "png", "--dry-run"})).exitCode, kIgnoresCase ? 2 : 0);
+    std::filesystem::rename(PathOf(in + "A-001.gif"), PathOf(in + "a-001.gif"));
     EXPECT_EQ(RunKestrel(All({"--format", "png", "--frames", "0"})).exitCode, 0) << "a picture each";
     EXPECT_EQ(FilesIn(out), (Words{"a-001.png", "a.png", "b-002.png", "b.png", "c.png"}));
 }
