@@ -6,11 +6,13 @@
 #include <gtest/gtest.h>
 
 #include "commands/direct_engine.h"
+#include "effects/effect_table.h"
 
 namespace kfx::commands {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
 Parameter Slider(const std::string& name, int minimum, int maximum) {
     Parameter slider;
@@ -229,6 +231,26 @@ TEST(Journey, The_sliders_that_turn_are_those_of_the_effects) {
         }
     }
     EXPECT_THAT(turning, ElementsAre("Motion Blur: Angle"));
+}
+
+// What it gathers is kept once for all frames.
+TEST(Journey, No_parameter_of_an_effect_that_gathers_can_move) {
+    size_t gathering = 0;
+    for (size_t row = 0; row < EffectCount(); ++row) {
+        const Effect& effect = *EffectAt(row);
+        if (!effect.gathering) continue;
+        ++gathering;
+        std::vector<Parameter> parameters;
+        Failure failure;
+        ASSERT_TRUE(kDirectEngine.listParameters(nullptr, static_cast<int>(row), &parameters, &failure));
+        for (const Parameter& parameter : parameters) {
+            Journey journey;
+            std::string error;
+            EXPECT_FALSE(ParseJourney(parameter, effect.name, "0..1", &journey, &error)) << parameter.name;
+            EXPECT_THAT(error, HasSubstr("measures all frames together"));
+        }
+    }
+    EXPECT_GT(gathering, 0u);
 }
 
 }  // namespace
