@@ -135,7 +135,9 @@ bool IsOfWhole(const BuiltAnimation& part, const BuiltAnimation& whole) {
            part.comment == whole.comment;
 }
 
-// All frames, read part by part.
+// All frames, read part by part. The files are read a second time: the first time all parts were looked at,
+// which may not fit together or be too large. Their bytes are not kept for it. They would stand in memory
+// beside the frames, and reading them again takes about a thousandth of the time that join takes.
 bool TakeFrames(const std::vector<FoundPart>& parts, HostSession* session, PipelineNotes* notes,
                 Failure* failure) {
     session->built = parts.front().part.built;

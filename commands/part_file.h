@@ -39,7 +39,7 @@ std::vector<uint8_t> EncodePart(const PartFile& part);
 bool DecodePart(const std::vector<uint8_t>& file, PartFile* part, std::string* error);
 
 // Reads the frames and adds them to `*built` and `*record`, as frames that follow theirs. To be called for a
-// file that DecodePart has read into `part`. False: `*error` is a clause.
+// file that DecodePart has read into `part`; the hash is not compared again. False: `*error` is a clause.
 bool DecodeFrames(const std::vector<uint8_t>& file, const PartFile& part, BuiltAnimation* built,
                   SourceRecord* record, std::string* error);
 
