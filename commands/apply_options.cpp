@@ -11,7 +11,6 @@
 #include "commands/option_checks.h"
 #include "commands/parser_words.h"
 #include "commands/recipe_words.h"
-#include "framework/frame_runner.h"
 #include "media/animation_writer.h"
 
 namespace kfx::commands {
@@ -53,16 +52,11 @@ void AddFormatOptions(CLI::App* command, CommandLine* line) {
               "WebP (6 by itself), APNG and PNG (9): more takes longer and makes smaller files");
 }
 
-void AddThreads(CLI::App* command, int* threads) {
-    AddNumber(
-        command, "--threads", threads, 1, kMostFrameThreads,
-        "Frames at a time (as many as there are processors, shared by the files); the result is the same");
-}
-
-void AddBatchOptions(CLI::App* command, BatchOptions* batch, int* threads) {
+void AddBatchOptions(CLI::App* command, CommandLine* line) {
+    BatchOptions* const batch = &line->batch;
     AddNumber(command, "--jobs", &batch->jobs, 1, kMostJobs,
               "Files at a time, with a folder as output (as many as there are processors, up to 4)");
-    AddThreads(command, threads);
+    AddThreads(command, line, true);
     AddFlag(command, "--recursive", &batch->recursive, "Folders in the input folders, too");
     AddFlag(command, "--skip-done", &batch->skipDone, "Pass over results that are there and complete");
     AddFlag(command, "--dry-run", &batch->dryRun, "Only say what would be written");
@@ -132,9 +126,9 @@ void AddApplyOptions(CLI::App* apply, const OptionTarget& target, ApplyUse use) 
     const bool isSurvey = use == ApplyUse::Survey;
     AddFiles(apply, line, isSurvey);
     if (isSurvey)
-        AddThreads(apply, &line->threads);
+        AddThreads(apply, line, false);
     else
-        AddBatchOptions(apply, &line->batch, &line->threads);
+        AddBatchOptions(apply, line);
     apply
         ->add_option("--format", target.words->format,
                      isSurvey

@@ -14,11 +14,7 @@ namespace {
 // needed for writing.
 bool BuildByEngine(const CommandLine& line, const CommandContext& context, WholeRun* whole,
                    HostSession* session, PipelineNotes* notes, Failure* failure) {
-    if (line.threads > 1 && !context.engine.usesThreads) {
-        *failure = {kExitBadCommand,
-                    "the plug-in builds one frame after another; leave out --threads or --through-plugin."};
-        return false;
-    }
+    if (!CheckThreads(line, context.engine, failure)) return false;
     if (line.colors > 0 && !context.engine.limitsColors) {
         *failure = {kExitBadCommand,
                     "the plug-in's window has no control for --colors; leave it out, or leave out "

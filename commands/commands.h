@@ -26,6 +26,9 @@ Report RunApply(const CommandLine& line, const CommandContext& context);
 // How an engine is opened by a command that changes nothing of its defaults.
 EngineStart PlainStart(const CommandContext& context, HostSession* session);
 
+// Whether the engine works on as many frames at a time as the line says. False: `*failure` says what to do.
+bool CheckThreads(const CommandLine& line, const Engine& engine, Failure* failure);
+
 // How large an animation may be, as the line says.
 ReadLimits LimitsOf(const CommandLine& line);
 

@@ -2,11 +2,13 @@
 #include "commands/common_options.h"
 
 #include <algorithm>
+#include <string>
 
 #include <CLI/CLI.hpp>
 
 #include "commands/parser_words.h"
 #include "commands/text_match.h"
+#include "framework/frame_runner.h"
 
 namespace kfx::commands {
 namespace {
@@ -58,6 +60,12 @@ void AddReadLimit(CLI::App* command, CommandLine* line) {
     constexpr int kMostMillions = 1000000;
     AddNumber(command, kMaxPixelsOption, &line->maxPixels, 1, kMostMillions,
               "Read inputs with up to so many million pixels over all frames (537)");
+}
+
+void AddThreads(CLI::App* command, CommandLine* line, bool sharedByFiles) {
+    AddNumber(command, "--threads", &line->threads, 1, kMostFrameThreads,
+              std::string("Frames at a time (as many as there are processors") +
+                  (sharedByFiles ? ", shared by the files" : "") + "); the result is the same");
 }
 
 bool CheckEnding(const CommandLine& line, const std::vector<std::string>& endings, std::string* error) {

@@ -37,6 +37,9 @@ void AddJoinOptions(CLI::App* command, CommandLine* line);
 // Adds --max-pixels.
 void AddReadLimit(CLI::App* command, CommandLine* line);
 
+// Adds --threads. `sharedByFiles`: several files are worked on at a time.
+void AddThreads(CLI::App* command, CommandLine* line, bool sharedByFiles);
+
 // Whether the output's name ends in one of these, such as {".gif", ".png"}. False: `*error` is one sentence.
 bool CheckEnding(const CommandLine& line, const std::vector<std::string>& endings, std::string* error);
 

@@ -6,11 +6,13 @@
 
 #include "commands/alpha_pixels.h"
 #include "commands/common_options.h"
+#include "commands/frame_threads.h"
 #include "commands/gallery_wall.h"
 #include "commands/parser_words.h"
 #include "commands/picture_size.h"
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
+#include "commands/recipe_options.h"
 #include "commands/result_files.h"
 #include "commands/sheet_file.h"
 #include "commands/stages.h"
@@ -57,6 +59,16 @@ Animation DrawSample(int frames) {
         sample.frames.push_back(std::move(frame));
     }
     return sample;
+}
+
+// A gallery looks the same each time.
+constexpr int64_t kSeed = 1;
+
+EngineStart StartFor(const CommandLine& line, const CommandContext& context, HostSession* session) {
+    EngineStart start = PlainStart(context, session);
+    start.threads = line.threads;
+    start.seed = line.recipe.seed == kNoSeed ? kSeed : line.recipe.seed;
+    return start;
 }
 
 // The file, or the sample; of either only the first frame where a sheet is drawn.
@@ -109,7 +121,7 @@ Report DrawStill(const CommandLine& line, const CommandContext& context, HostSes
     std::string title;
     Failure failure;
     {
-        const OpenEngine engine(context.engine, PlainStart(context, session), &failure);
+        const OpenEngine engine(context.engine, StartFor(line, context, session), &failure);
         if (!engine || !engine.engine.listEffects(engine.opened, &names, &failure) ||
             !BuildEveryEffect(engine, session, names, &results, &failure))
             return FailedReport(failure);
@@ -150,7 +162,9 @@ Report WriteWall(const CommandLine& line, const std::vector<std::string>& names,
     const int width = session->built.width, height = session->built.height;
     WrittenResult written;
     std::string error;
-    if (!WriteResult(line.output, std::move(session->built), session->record, {}, &written, &error))
+    ResultOptions options;
+    options.jobs = options.png.jobs = JobsOnThreads(line.threads);
+    if (!WriteResult(line.output, std::move(session->built), session->record, options, &written, &error))
         return FailedReport(kExitBadOutput, error);
     if (!written.note.empty()) report.notes.push_back(line.output + ": " + written.note + ".");
     report.text = line.output + ": " + std::to_string(width) + " x " + std::to_string(height) + ", " +
@@ -172,7 +186,7 @@ Report DrawAnimated(const CommandLine& line, const CommandContext& context, Host
     Failure failure;
     const PictureSize size = SizeOf(line);
     {
-        const OpenEngine engine(context.engine, PlainStart(context, session), &failure);
+        const OpenEngine engine(context.engine, StartFor(line, context, session), &failure);
         if (!engine || !engine.engine.listEffects(engine.opened, &names, &failure))
             return FailedReport(failure);
         const WallOptions options = {.title = TitleOf(engine),
@@ -190,11 +204,14 @@ Report DrawAnimated(const CommandLine& line, const CommandContext& context, Host
 
 Report RunGallery(const CommandLine& line, const CommandContext& context) {
     Report report;
+    Failure failure;
     Animation source;
     HostSession session;
     session.source = &source;
     session.sourcePath = line.inputs.empty() ? "sample" : SystemPath(line.inputs[0]);
     session.keepSource = !IsWall(line);
+    if (!CheckThreads(line, context.engine, &failure) || !CheckSeed(line, context.engine, &failure))
+        return FailedReport(failure);
     if (!CheckOutput(line, {line.output}, &report) || !ReadGallerySource(line, &source, &report))
         return report;
     if (!line.inputs.empty()) report.result["input"] = line.inputs[0];
@@ -211,6 +228,8 @@ void AddGallery(CLI::App* app, const OptionTarget& target) {
               "PNG file: a sheet of the first frame; GIF, WebP or APNG file: a wall of all frames");
     AddNumber(gallery, "--columns", &target.line->look.columns, 1, kMostColumns, "Pictures in a row (7)");
     AddPictureSize(gallery, target.line, "200x150, or 160x120 in a wall");
+    AddThreads(gallery, target.line, false);
+    AddSeed(gallery, &target.line->recipe, std::to_string(kSeed));
     AddEngineOptions(gallery, target);
     gallery->footer(
         "Examples:\n"

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include "commands/common_options.h"
+#include "commands/frame_threads.h"
 #include "commands/picture_size.h"
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
@@ -66,7 +67,9 @@ bool Try(const OpenEngine& engine, HostSession* session, const CommandLine& give
     trial->firstFrame = PlayBuilt(session->built, session->record).frames.front().pixels;
     std::vector<uint8_t> file;
     std::string error;
-    if (!EncodeGif(MakeGif(std::move(session->built), session->record), &file, &error)) {
+    const JobRunner writers = JobsOnThreads(line.threads);
+    if (!EncodeGif(MakeGif(std::move(session->built), session->record, writers), &file, &error, GifOptions(),
+                   writers)) {
         *failure = {kExitEngine, "the GIF cannot be made: " + error + "."};
         return false;
     }
@@ -116,12 +119,14 @@ Report RunPalettes(const CommandLine& line, const CommandContext& context) {
     HostSession session;
     session.source = &working;
     session.sourcePath = SystemPath(line.inputs[0]);
+    Failure failure;
+    if (!CheckThreads(line, context.engine, &failure)) return FailedReport(failure);
     if (!line.output.empty() && !CheckOutput(line, {line.output}, &report)) return report;
     if (!ReadSource(line, 0, &source, &report)) return report;
     std::vector<Trial> trials;
-    Failure failure;
     {
         EngineStart start = PlainStart(context, &session);
+        start.threads = line.threads;
         start.capabilities = kHostTakesSupercompressed;
         const OpenEngine engine(context.engine, start, &failure);
         if (!engine || !ListTrials(engine, HasOwnPalette(source), &trials, &failure))
@@ -157,6 +162,7 @@ void AddPalettes(CLI::App* app, const OptionTarget& target) {
     AddReadLimit(palettes, target.line);
     AddOptionalOutput(palettes, target.line, "-o,--output", "PNG file: a sheet of the first frame");
     AddPictureSize(palettes, target.line, "200x150");
+    AddThreads(palettes, target.line, false);
     AddEngineOptions(palettes, target);
     palettes->footer(
         "The bytes are those of whole GIF files, as kestrel apply writes them; no GIF is kept.\n\n"

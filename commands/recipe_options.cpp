@@ -159,6 +159,10 @@ void AddRecipeOptions(CLI::App* command, const OptionTarget& target) {
             "is given beside it wins")
         ->type_name("FILE");
     AddFlag(command, "--no-recipe", &options->leavesOut, "Do not keep in the result how it was made");
+    AddSeed(command, options, "the clock's second");
+}
+
+void AddSeed(CLI::App* command, RecipeOptions* options, const std::string& byItself) {
     const auto readSeed = [options](const std::string& text) {
         return ReadSeed(text, &options->seed) ? std::string()
                                               : "takes whole numbers from 0 to " +
@@ -166,7 +170,7 @@ void AddRecipeOptions(CLI::App* command, const OptionTarget& target) {
     };
     command
         ->add_option_function<std::string>(
-            "--seed", [](const std::string&) {}, "Of the random numbers of Water Drops (the clock's second)")
+            "--seed", [](const std::string&) {}, "Of the random numbers of Water Drops (" + byItself + ")")
         ->type_name("N")
         ->check(readSeed);
 }
@@ -179,15 +183,17 @@ bool CheckTakingOver(const CommandLine& line, std::string* error) {
     return false;
 }
 
+bool CheckSeed(const CommandLine& line, const Engine& engine, Failure* failure) {
+    if (engine.takesSeed || line.recipe.seed == kNoSeed) return true;
+    *failure = {kExitBadCommand,
+                "--seed is not for --through-plugin: the plug-in takes the clock's second; leave it out."};
+    return false;
+}
+
 bool TakeRecipe(const Engine& engine, CommandLine* line, Failure* failure) {
     if (line->command != &kApplyCommand && line->command != &kSurveyCommand) return true;
     if (TakesOver(line->recipe) && !TakeFile(line, failure)) return false;
-    if (!engine.takesSeed && line->recipe.seed != kNoSeed) {
-        *failure = {
-            kExitBadCommand,
-            "--seed is not for --through-plugin: the plug-in takes the clock's second; leave it out."};
-        return false;
-    }
+    if (!CheckSeed(*line, engine, failure)) return false;
     if (engine.takesSeed && line->recipe.seed == kNoSeed && NeedsSeed(*line))
         line->recipe.seed = ClockSeconds();
     return true;

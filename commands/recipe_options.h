@@ -41,6 +41,12 @@ struct RecipeOptions {
 // Adds --settings, --recipe, --no-recipe and --seed.
 void AddRecipeOptions(CLI::App* command, const OptionTarget& target);
 
+// Adds --seed. `byItself`: what is taken without the option, for the help.
+void AddSeed(CLI::App* command, RecipeOptions* options, const std::string& byItself);
+
+// Whether the engine takes the seed, if the line gives one. False: `*failure` says what to do.
+bool CheckSeed(const CommandLine& line, const Engine& engine, Failure* failure);
+
 // Whether options have still to be taken from a file.
 bool TakesOver(const RecipeOptions& options);
 

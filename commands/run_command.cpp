@@ -37,6 +37,13 @@ EngineStart PlainStart(const CommandContext& context, HostSession* session) {
     return start;
 }
 
+bool CheckThreads(const CommandLine& line, const Engine& engine, Failure* failure) {
+    if (line.threads <= 1 || engine.usesThreads) return true;
+    *failure = {kExitBadCommand,
+                "the plug-in builds one frame after another; leave out --threads or --through-plugin."};
+    return false;
+}
+
 ReadLimits LimitsOf(const CommandLine& line) {
     constexpr uint64_t kMillion = 1000000;
     ReadLimits limits;

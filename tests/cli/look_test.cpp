@@ -199,6 +199,26 @@ TEST_F(Looking, The_bytes_of_a_palette_are_those_of_the_file) {
     EXPECT_GT(ReadBack(At("palettes.png")).height, 4 * kTestHeight);
 }
 
+TEST_F(Looking, Sheets_and_walls_are_the_same_with_any_number_of_threads) {
+    const std::vector<std::vector<std::string>> commands = {
+        {"palettes", input, "-o", At("look.png")},
+        {"gallery", input, "-o", At("look.png")},
+        {"gallery", input, "-o", At("look.gif"), "--size", "40x30"},
+        {"gallery", input, "-o", At("look.apng"), "--size", "40x30"}};
+    for (const std::vector<std::string>& command : commands) {
+        std::string first;
+        for (const char* threads : {"1", "4"}) {
+            std::vector<std::string> words = command;
+            words.insert(words.end(), {"--force", "--threads", threads});
+            const ProgramResult result = RunKestrel(words);
+            ASSERT_EQ(result.exitCode, 0) << result.err;
+            const std::string made = ReadText(command[3]);
+            if (first.empty()) first = made;
+            EXPECT_TRUE(made == first) << command[0] << " " << command[3] << " " << threads;
+        }
+    }
+}
+
 TEST_F(Looking, One_effect_is_listed_by_the_beginning_of_its_name) {
     const Json one = RunKestrelForJson({"effects", "oil"});
     ASSERT_EQ(one["effects"].size(), 1u);
