@@ -91,7 +91,7 @@ TEST(WriterJobs, An_APNG_has_the_same_bytes_on_any_number_of_threads) {
         std::string error;
         ASSERT_TRUE(EncodeApng(named.animation, &expected, &error)) << error;
         for (const JobRunner& runner : Runners()) {
-            ASSERT_TRUE(EncodeApng(named.animation, &found, &error, runner)) << error;
+            ASSERT_TRUE(EncodeApng(named.animation, &found, &error, {.jobs = runner})) << error;
             EXPECT_TRUE(found == expected) << named.name << ", " << runner.threads;
         }
     }
@@ -108,7 +108,7 @@ std::filesystem::path NewFolder() {
 std::vector<Bytes> Series(const std::string& path, const Animation& animation, const JobRunner& jobs) {
     std::string error;
     const auto recipeOf = [](size_t frame) { return "recipe " + std::to_string(frame); };
-    EXPECT_TRUE(WritePngFrames(path, animation, &error, recipeOf, jobs)) << error;
+    EXPECT_TRUE(WritePngFrames(path, animation, &error, recipeOf, {.jobs = jobs})) << error;
     std::vector<Bytes> files;
     for (const std::string& name : PngFramePaths(path, animation.frames.size())) {
         EXPECT_TRUE(ReadWholeFile(name, &files.emplace_back(), &error)) << error;
@@ -152,10 +152,10 @@ TEST(WriterJobs, A_job_that_fails_leaves_no_file) {
         EXPECT_FALSE(EncodeGif(gif, &file, &error, GifOptions(), runner));
         EXPECT_EQ(error, "there is not enough memory to write the GIF file");
         EXPECT_TRUE(file.empty());
-        EXPECT_FALSE(EncodeApng(animation, &file, &error, runner));
+        EXPECT_FALSE(EncodeApng(animation, &file, &error, {.jobs = runner}));
         EXPECT_EQ(error, "there is not enough memory to write the PNG file");
         EXPECT_TRUE(file.empty());
-        EXPECT_FALSE(WritePngFrames(path, animation, &error, nullptr, runner));
+        EXPECT_FALSE(WritePngFrames(path, animation, &error, nullptr, {.jobs = runner}));
         EXPECT_THAT(error, ::testing::EndsWith(": there is not enough memory to write the PNG file."));
         EXPECT_TRUE(std::filesystem::is_empty(folder));
     }
