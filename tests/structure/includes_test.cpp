@@ -47,8 +47,8 @@ const std::set<std::string> kPortable = {"host",
                                          "stage/wall_render",
                                          "stage/wall_settings",
                                          "stage/wall_source",
-                                         "stage/wall_variation",
-                                         "stage/wall_variations"};
+                                         "stage/variation",
+                                         "stage/variation_table"};
 
 // The row of the table that holds for a file.
 std::string PlaceOf(const std::string& path) {
