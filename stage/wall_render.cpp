@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "stage/wall_engine.h"
-#include "stage/wall_source.h"
 
 namespace kfx::stage {
 namespace {
@@ -27,7 +26,7 @@ struct Tile {
 
 // One animation's thumbnails on their way. The threads that make them share it.
 struct Scaling {
-    std::shared_ptr<const Animation> source;
+    std::shared_ptr<const WallSource> source;
     ThumbnailPlan plan;
     std::shared_ptr<Animation> thumbnails;  // of plan.count frames
     size_t begun = 0;
@@ -247,7 +246,7 @@ void CloseWallRender(WallRender* render) {
     delete render;
 }
 
-bool ShowInWall(WallRender* render, std::shared_ptr<const Animation> source, int tileWidth, int tileHeight,
+bool ShowInWall(WallRender* render, std::shared_ptr<const WallSource> source, int tileWidth, int tileHeight,
                 const std::vector<EffectSettings>& tiles, const std::vector<int>& ranks) {
     const ThumbnailPlan plan =
         PlanThumbnails(*source, tileWidth, tileHeight, tiles.size() + 1, render->setup.mostBytes);
@@ -257,7 +256,6 @@ bool ShowInWall(WallRender* render, std::shared_ptr<const Animation> source, int
         thumbnails = std::make_shared<Animation>();
         thumbnails->width = plan.width;
         thumbnails->height = plan.height;
-        thumbnails->loopCount = source->loopCount;
         thumbnails->frames.resize(plan.count);
         made.resize(tiles.size());
     } catch (const std::bad_alloc&) {

@@ -12,6 +12,7 @@
 
 #include "media/animation.h"
 #include "stage/wall_settings.h"
+#include "stage/wall_source.h"
 
 namespace kfx::stage {
 
@@ -39,7 +40,7 @@ void CloseWallRender(WallRender* render);
 // Leaves what was there and begins with another animation, or with another size of its thumbnails. `ranks`
 // says in which order tiles are made, the lowest first, one for each tile; see TileRanks. Without frames
 // there is nothing to make. False: memory ran out, and the wall is empty.
-bool ShowInWall(WallRender* render, std::shared_ptr<const Animation> source, int tileWidth, int tileHeight,
+bool ShowInWall(WallRender* render, std::shared_ptr<const WallSource> source, int tileWidth, int tileHeight,
                 const std::vector<EffectSettings>& tiles, const std::vector<int>& ranks);
 
 // Makes one tile anew with other settings. What was made for the settings before is dropped.

@@ -14,7 +14,16 @@ constexpr uint32_t kUsualTime = 100;
 
 }  // namespace
 
-ThumbnailPlan PlanThumbnails(const Animation& source, int mostWidth, int mostHeight, size_t copies,
+std::shared_ptr<const WallSource> WallSourceOf(const std::shared_ptr<const Animation>& animation) {
+    auto source = std::make_shared<WallSource>();
+    source->width = animation->width;
+    source->height = animation->height;
+    for (const Frame& frame : animation->frames)
+        source->frames.push_back({{animation, &frame.pixels}, frame.transparent, MillisecondsOf(frame)});
+    return source;
+}
+
+ThumbnailPlan PlanThumbnails(const WallSource& source, int mostWidth, int mostHeight, size_t copies,
                              uint64_t mostBytes) {
     ThumbnailPlan plan;
     if (source.frames.empty()) return plan;
@@ -29,30 +38,29 @@ ThumbnailPlan PlanThumbnails(const Animation& source, int mostWidth, int mostHei
     return plan;
 }
 
-bool MakeThumbnail(const Animation& source, const ThumbnailPlan& plan, size_t number, Frame* thumbnail) {
+bool MakeThumbnail(const WallSource& source, const ThumbnailPlan& plan, size_t number, Frame* thumbnail) {
     const size_t first = number * plan.step;
     const size_t end = std::min(first + plan.step, source.frames.size());
-    const Frame& from = source.frames[first];
-    thumbnail->pixels = from.pixels;
+    const WallFrame& from = source.frames[first];
+    thumbnail->pixels = *from.pixels;
     thumbnail->transparent = from.transparent;
     if ((source.width != plan.width || source.height != plan.height) &&
         !commands::ResizeFrame(source.width, source.height, plan.width, plan.height, thumbnail))
         return false;
     uint64_t milliseconds = 0;
-    for (size_t i = first; i < end; ++i) milliseconds += ShownMilliseconds(source.frames[i]);
+    for (size_t i = first; i < end; ++i) milliseconds += ShownMilliseconds(source.frames[i].milliseconds);
     thumbnail->milliseconds = static_cast<int>(std::min<uint64_t>(milliseconds, INT32_MAX));
     thumbnail->delay = thumbnail->milliseconds / 10;
     return true;
 }
 
-uint32_t ShownMilliseconds(const Frame& frame) {
-    const int time = MillisecondsOf(frame);
-    return time < kShortestTime ? kUsualTime : static_cast<uint32_t>(time);
+uint32_t ShownMilliseconds(int milliseconds) {
+    return milliseconds < kShortestTime ? kUsualTime : static_cast<uint32_t>(milliseconds);
 }
 
 uint64_t PlayingTime(const Animation& animation) {
     uint64_t total = 0;
-    for (const Frame& frame : animation.frames) total += ShownMilliseconds(frame);
+    for (const Frame& frame : animation.frames) total += ShownMilliseconds(MillisecondsOf(frame));
     return total;
 }
 
@@ -60,10 +68,11 @@ size_t FrameAtTime(const Animation& animation, uint64_t milliseconds) {
     const uint64_t total = PlayingTime(animation);
     if (total == 0) return 0;
     uint64_t rest = milliseconds % total;
-    size_t frame = 0;
-    while (rest >= ShownMilliseconds(animation.frames[frame]))
-        rest -= ShownMilliseconds(animation.frames[frame++]);
-    return frame;
+    for (size_t frame = 0;; ++frame) {
+        const uint64_t time = ShownMilliseconds(MillisecondsOf(animation.frames[frame]));
+        if (rest < time) return frame;
+        rest -= time;
+    }
 }
 
 }  // namespace kfx::stage

@@ -167,7 +167,7 @@ struct SampleThumbnails {
     Animation animation;
 
     SampleThumbnails() {
-        const auto source = test::SampleSource(1);
+        const auto source = WallSourceOf(test::SampleSource(1));
         const ThumbnailPlan plan = PlanThumbnails(*source, 160, 120, 1, UINT64_MAX);
         animation.width = plan.width;
         animation.height = plan.height;

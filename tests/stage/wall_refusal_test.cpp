@@ -42,8 +42,8 @@ struct RefusedWall : ::testing::Test {
     bool Show(bool holes) {
         std::vector<EffectSettings> tiles;
         for (size_t i = 0; i < effects.size(); ++i) tiles.push_back(DefaultSettings(effects, i));
-        return ShowInWall(render, WallTestSource(2, kSide + 6, kSide, holes), kSide, kSide, tiles,
-                          TileRanks(tiles.size(), 0, 19, SIZE_MAX)) &&
+        return ShowInWall(render, WallSourceOf(WallTestSource(2, kSide + 6, kSide, holes)), kSide, kSide,
+                          tiles, TileRanks(tiles.size(), 0, 19, SIZE_MAX)) &&
                WaitFor([&] { return ReadWallProgress(render).tilesDone == effects.size(); });
     }
 

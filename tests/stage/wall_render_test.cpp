@@ -65,11 +65,11 @@ struct Wall {
         return tiles;
     }
 
-    bool Show(std::shared_ptr<const Animation> source, const std::vector<int>& ranks) {
-        return ShowInWall(render, std::move(source), kSide, kSide, Defaults(), ranks);
+    bool Show(const std::shared_ptr<const Animation>& source, const std::vector<int>& ranks) {
+        return ShowInWall(render, WallSourceOf(source), kSide, kSide, Defaults(), ranks);
     }
-    bool Show(std::shared_ptr<const Animation> source) {
-        return Show(std::move(source), TileRanks(effects.size(), 0, 7, SIZE_MAX));
+    bool Show(const std::shared_ptr<const Animation>& source) {
+        return Show(source, TileRanks(effects.size(), 0, 7, SIZE_MAX));
     }
 
     bool WaitUntilDone() {
@@ -206,8 +206,9 @@ TEST(WallRender, An_emptied_wall_has_let_the_animation_go) {
         Wall wall(2);
         auto source = WallTestSource(3, kSide + 10, kSide);
         const std::weak_ptr<const Animation> watched = source;
-        ASSERT_TRUE(wall.Show(std::exchange(source, nullptr)));
+        ASSERT_TRUE(wall.Show(source));
         ASSERT_TRUE(WaitFor([&] { return ReadWallProgress(wall.render).framesMade >= moment; }));
+        source.reset();
         EmptyWall(wall.render);
         EXPECT_TRUE(watched.expired());
         EXPECT_EQ(ReadWallProgress(wall.render).tiles, 0u);
