@@ -185,6 +185,7 @@ void TellChange(const WallRender& render, size_t tile) {
 }
 
 void RunWorker(WallRender* render, Worker* worker) {
+    if (render->setup.threadBegins) render->setup.threadBegins();
     std::unique_lock<std::mutex> lock(render->lock);
     Job job;
     while (!render->closing) {

@@ -29,6 +29,7 @@ struct WallSetup {
     // functions below but OpenWallRender and those that say that they wait.
     void (*changed)(void* user, size_t tile) = nullptr;
     void* user = nullptr;
+    void (*threadBegins)() = nullptr;  // called first by each thread; null: nothing
 };
 
 // Null: no thread could be started, or memory ran out.
