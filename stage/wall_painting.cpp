@@ -97,7 +97,7 @@ void DrawContent(const WallWindow& wall, HDC target, const RECT& card, size_t nu
              DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS);
     line.top = line.bottom;
     line.bottom += Scaled(wall, kNoteHeight);
-    DrawLine(target, line, TileNote(wall, number), wall.font, COLOR_GRAYTEXT,
+    DrawLine(target, line, TileNote(wall, number), wall.font, COLOR_WINDOWTEXT,
              DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS);
 }
 
