@@ -25,6 +25,16 @@ std::string VariationText(const WallWindow& wall, size_t number) {
     return text + SettingsText(wall.effects[number], tile.shown);
 }
 
+// The effect with what the tile shows of it.
+std::string NameOf(const WallWindow& wall, size_t number) {
+    const WallTile& tile = wall.tiles[number];
+    const std::string settings = SettingsText(wall.effects[number], tile.shown);
+    std::string text = wall.effects[number].name;
+    if (!settings.empty()) text += ": " + settings;
+    if (tile.isKept && !IsVaried(tile)) return text + " (kept)";
+    return tile.variation > 0 ? text + " (variation " + std::to_string(tile.variation) + ")" : text;
+}
+
 void Show(WallWindow* wall, size_t number, uint64_t variation, const EffectSettings& settings) {
     WallTile& tile = wall->tiles[number];
     tile.variation = variation;
@@ -34,13 +44,15 @@ void Show(WallWindow* wall, size_t number, uint64_t variation, const EffectSetti
         tile.view = ReadTile(wall->render, number);
     }
     RankWall(*wall);
-    TellTile(wall, number);
+    NameTile(wall, number);
+    TellTile(*wall, number);
 }
 
 bool MoveFocus(WallWindow* wall, WallStep step) {
     RECT client;
     GetClientRect(wall->window, &client);
     SetFocus(wall->tiles[TileBeside(wall->layout, client.bottom, wall->focus, step)].button);
+    TellTile(*wall, wall->focus);
     return true;
 }
 
@@ -56,16 +68,9 @@ std::string TileNote(const WallWindow& wall, size_t tile) {
                                               : "";
 }
 
-void TellTile(WallWindow* wall, size_t number) {
+void NameTile(WallWindow* wall, size_t number) {
     WallTile& tile = wall->tiles[number];
-    const EffectDescription& effect = wall->effects[number];
-    const std::string settings = SettingsText(effect, tile.shown);
-    std::string text = effect.name;
-    if (!settings.empty()) text += ": " + settings;
-    if (tile.isKept && !IsVaried(tile))
-        text += " (kept)";
-    else if (tile.variation > 0)
-        text += " (variation " + std::to_string(tile.variation) + ")";
+    std::string text = NameOf(*wall, number);
     if (tile.view.state == TileState::Failed) text += std::string(". ") + tile.view.error;
     const std::wstring wide = commands::Widen(text);
     if (wide != tile.text) {
@@ -73,9 +78,13 @@ void TellTile(WallWindow* wall, size_t number) {
         SetWindowTextW(tile.button, wide.c_str());
     }
     RedrawTile(*wall, number);
-    if (number != wall->focus || GetFocus() != tile.button) return;
-    text += HasVariations(effect) ? "   Enter: open   Space: next variation   S: keep" : "   Enter: open";
-    SendMessageW(GetParent(wall->window), kWallTells, 0, reinterpret_cast<LPARAM>(&text));
+}
+
+void TellTile(const WallWindow& wall, size_t number) {
+    const bool varies = HasVariations(wall.effects[number]);
+    const std::string text = NameOf(wall, number) + ".   Enter: open" +
+                             (varies ? "   Space: next variation   Left: the one before   S: keep" : "");
+    SendMessageW(GetParent(wall.window), kWallTells, 0, reinterpret_cast<LPARAM>(&text));
 }
 
 void ShowVariation(WallWindow* wall, size_t tile, uint64_t variation) {
@@ -92,7 +101,8 @@ void KeepShown(WallWindow* wall, size_t number) {
     tile.kept = tile.shown;
     tile.keptVariation = tile.variation;
     tile.isKept = tile.kept != DefaultSettings(wall->effects, number);
-    TellTile(wall, number);
+    NameTile(wall, number);
+    TellTile(*wall, number);
 }
 
 void OpenTile(const WallWindow& wall, size_t tile) {

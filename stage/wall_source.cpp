@@ -12,24 +12,6 @@ namespace {
 constexpr int kShortestTime = 20;  // milliseconds
 constexpr uint32_t kUsualTime = 100;
 
-struct ShownFrame {
-    size_t number = 0;
-    uint64_t timeLeft = 0;  // milliseconds
-};
-
-ShownFrame FindFrame(const Animation& animation, uint64_t milliseconds) {
-    ShownFrame shown;
-    const uint64_t total = PlayingTime(animation);
-    if (total == 0) return shown;
-    uint64_t rest = milliseconds % total;
-    for (;; ++shown.number) {
-        const uint64_t time = ShownMilliseconds(MillisecondsOf(animation.frames[shown.number]));
-        shown.timeLeft = time - std::min(rest, time);
-        if (shown.timeLeft > 0) return shown;
-        rest -= time;
-    }
-}
-
 }  // namespace
 
 std::shared_ptr<const WallSource> WallSourceOf(const std::shared_ptr<const Animation>& animation) {
@@ -83,11 +65,14 @@ uint64_t PlayingTime(const Animation& animation) {
 }
 
 size_t FrameAtTime(const Animation& animation, uint64_t milliseconds) {
-    return FindFrame(animation, milliseconds).number;
-}
-
-uint64_t TimeToNextFrame(const Animation& animation, uint64_t milliseconds) {
-    return FindFrame(animation, milliseconds).timeLeft;
+    const uint64_t total = PlayingTime(animation);
+    if (total == 0) return 0;
+    uint64_t rest = milliseconds % total;
+    for (size_t frame = 0;; ++frame) {
+        const uint64_t time = ShownMilliseconds(MillisecondsOf(animation.frames[frame]));
+        if (rest < time) return frame;
+        rest -= time;
+    }
 }
 
 }  // namespace kfx::stage

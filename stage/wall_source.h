@@ -54,7 +54,4 @@ uint32_t ShownMilliseconds(int milliseconds);
 uint64_t PlayingTime(const Animation& animation);
 size_t FrameAtTime(const Animation& animation, uint64_t milliseconds);
 
-// How long that frame is still shown, in milliseconds.
-uint64_t TimeToNextFrame(const Animation& animation, uint64_t milliseconds);
-
 }  // namespace kfx::stage

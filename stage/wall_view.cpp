@@ -16,7 +16,6 @@ namespace kfx::stage {
 namespace {
 
 constexpr wchar_t kClassName[] = L"KestrelWall";
-constexpr UINT_PTR kPlayTimer = 1;
 constexpr int kGap = 12;          // device-independent pixels
 constexpr int kWheelPixels = 96;  // of one notch, device-independent
 
@@ -34,21 +33,11 @@ TileRange SeenTiles(const WallWindow& wall) {
     return VisibleTiles(wall.layout, ClientSize(wall).cy, wall.scroll);
 }
 
-void SetPlayTimer(const WallWindow& wall) {
-    const bool plays = wall.thumbnails && wall.thumbnails->frames.size() > 1 && IsWindowVisible(wall.window);
-    if (!plays) {
-        KillTimer(wall.window, kPlayTimer);
-        return;
-    }
-    const uint64_t rest = TimeToNextFrame(*wall.thumbnails, GetTickCount64() - wall.started);
-    SetTimer(wall.window, kPlayTimer, static_cast<UINT>(std::max<uint64_t>(rest, USER_TIMER_MINIMUM)),
-             nullptr);
-}
-
-void OnPlayTimer(WallWindow* wall) {
+void ShowFrameOf(WallWindow* wall, uint64_t moment) {
+    wall->moment = moment;
     if (!wall->thumbnails) return;
-    const size_t frame = FrameAtTime(*wall->thumbnails, GetTickCount64() - wall->started);
-    SetPlayTimer(*wall);
+    const uint64_t end = std::max<uint64_t>(PlayingTime(*wall->thumbnails), 1);
+    const size_t frame = FrameAtTime(*wall->thumbnails, std::min(moment, end - 1));
     if (std::exchange(wall->frame, frame) == frame) return;
     const TileRange seen = SeenTiles(*wall);
     for (size_t i = seen.first; i <= seen.last; ++i) RedrawTile(*wall, i);
@@ -118,7 +107,7 @@ void OnTileFocus(WallWindow* wall, size_t tile) {
     wall->focus = tile;
     ScrollWall(wall, ScrollToTile(wall->layout, ClientSize(*wall).cy, wall->scroll, tile));
     RankWall(*wall);
-    TellTile(wall, tile);
+    RedrawTile(*wall, tile);
 }
 
 void OnTilePointer(WallWindow* wall, size_t tile, bool isThere) {
@@ -192,7 +181,7 @@ bool OnCreate(WallWindow* wall, HWND window) {
         if (!tile.button ||
             !SetWindowSubclass(tile.button, TileProcedure, i, reinterpret_cast<DWORD_PTR>(wall)))
             return false;
-        TellTile(wall, i);
+        NameTile(wall, i);
     }
     return true;
 }
@@ -200,15 +189,13 @@ bool OnCreate(WallWindow* wall, HWND window) {
 void OnTileChanged(WallWindow* wall, size_t tile) {
     if (tile == kWallSource) {
         wall->thumbnails = ReadWallSource(wall->render);
-        wall->started = GetTickCount64();
-        wall->frame = 0;
-        SetPlayTimer(*wall);
+        ShowFrameOf(wall, wall->moment);
     }
     // Others have begun meanwhile.
     for (size_t i = 0; i < wall->tiles.size(); ++i) {
         const TileState before = wall->tiles[i].view.state;
         wall->tiles[i].view = ReadTile(wall->render, i);
-        if (i == tile || tile == kWallSource || wall->tiles[i].view.state != before) TellTile(wall, i);
+        if (i == tile || tile == kWallSource || wall->tiles[i].view.state != before) NameTile(wall, i);
     }
 }
 
@@ -238,6 +225,7 @@ void Destroy(WallWindow* wall) {
 // Makes the pictures of the source, at the resolution of the screen.
 void MakePictures(WallWindow* wall) {
     wall->thumbnails.reset();
+    wall->frame = 0;
     std::vector<EffectSettings> settings;
     for (WallTile& tile : wall->tiles) {
         tile.view = {};
@@ -251,9 +239,8 @@ void MakePictures(WallWindow* wall) {
     for (size_t i = 0; i < wall->tiles.size(); ++i) {
         if (!shown) wall->tiles[i].view.state = TileState::Failed;
         if (!shown) wall->tiles[i].view.error = "There is not enough memory for the wall.";
-        TellTile(wall, i);
+        NameTile(wall, i);
     }
-    SetPlayTimer(*wall);
 }
 
 LRESULT CALLBACK WallProcedure(HWND window, UINT message, WPARAM word, LPARAM pointer) {
@@ -269,18 +256,11 @@ LRESULT CALLBACK WallProcedure(HWND window, UINT message, WPARAM word, LPARAM po
         case WM_SIZE:
             PlaceTiles(wall);
             return 0;
-        case WM_SHOWWINDOW:
-            // The window is visible once this message is done.
-            PostMessageW(window, WM_TIMER, kPlayTimer, 0);
-            break;
         case WM_VSCROLL:
             OnScroll(wall, LOWORD(word));
             return 0;
         case WM_MOUSEWHEEL:
             OnWheel(wall, GET_WHEEL_DELTA_WPARAM(word));
-            return 0;
-        case WM_TIMER:
-            OnPlayTimer(wall);
             return 0;
         case WM_COMMAND:
             if (HIWORD(word) == BN_CLICKED)
@@ -346,6 +326,8 @@ void ShowOnWall(HWND window, std::shared_ptr<const WallSource> source) {
     }
     MakePictures(wall);
 }
+
+void ShowWallAt(HWND window, uint64_t milliseconds) { ShowFrameOf(WallOf(window), milliseconds); }
 
 void SetWallDpi(HWND window, int dpi) {
     WallWindow* wall = WallOf(window);

@@ -26,7 +26,8 @@ constexpr int kFirstWallTile = 1000;
 enum WallMessage : UINT {
     // LPARAM: const EffectSettings*, with which the effect is to be opened.
     kWallOpens = WM_APP + 80,
-    // LPARAM: const std::string*, what the status line may say about the tile with the focus.
+    // LPARAM: const std::string*, what the status line may say after the user has moved the focus or changed
+    // the tile that has it.
     kWallTells,
     // To the wall: how many tiles show the picture that they are to show.
     kWallCountReady,
@@ -39,6 +40,10 @@ HWND CreateWall(HWND parent, int id, int dpi);
 
 // Shows another animation; null: none. The frames' pixels are shared until they have been scaled.
 void ShowOnWall(HWND wall, std::shared_ptr<const WallSource> source);
+
+// All tiles show their frame of this moment of the animation: whoever plays it says so for each frame. A
+// moment behind the end shows the last one.
+void ShowWallAt(HWND wall, uint64_t milliseconds);
 
 // After the window has come to a screen of another resolution.
 void SetWallDpi(HWND wall, int dpi);

@@ -41,8 +41,8 @@ struct WallWindow {
     int wheelRest = 0;
     size_t focus = 0;
     size_t hot = SIZE_MAX;  // under the pointer
-    uint64_t started = 0;   // when all tiles showed their first frame
-    size_t frame = 0;
+    uint64_t moment = 0;    // of the animation, that is shown
+    size_t frame = 0;       // of the thumbnails at this moment
 };
 
 inline int Scaled(const WallWindow& wall, int value) { return MulDiv(value, wall.dpi, 96); }
@@ -57,8 +57,11 @@ std::string TileNote(const WallWindow& wall, size_t tile);
 // Answers WM_DRAWITEM.
 void DrawTile(const WallWindow& wall, const DRAWITEMSTRUCT& item);
 
-// Gives the tile's button its text, and the parent that of the tile with the focus.
-void TellTile(WallWindow* wall, size_t tile);
+// Gives the tile's button its text after the tile has changed.
+void NameTile(WallWindow* wall, size_t tile);
+
+// Tells the parent about the tile.
+void TellTile(const WallWindow& wall, size_t tile);
 
 void RedrawTile(const WallWindow& wall, size_t tile);
 

@@ -72,9 +72,6 @@ TEST(WallSource, The_frame_of_a_time_is_the_one_that_viewers_show) {
     EXPECT_EQ(FrameAtTime(animation, 499), 2u);
     EXPECT_EQ(FrameAtTime(animation, 500), 0u);
     EXPECT_EQ(FrameAtTime(Animation(), 7), 0u);
-    EXPECT_EQ(TimeToNextFrame(animation, 0), 100u);
-    EXPECT_EQ(TimeToNextFrame(animation, 199), 1u);
-    EXPECT_EQ(TimeToNextFrame(animation, 700), 300u);
 }
 
 }  // namespace

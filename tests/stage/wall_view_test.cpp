@@ -183,7 +183,9 @@ TEST_F(WallViewTest, An_effect_without_parameters_has_no_variation) {
     SetFocus(Tile(kBump));
     Press(VK_SPACE);
     EXPECT_EQ(TextOf(kBump), "Bump");
-    EXPECT_EQ(told, "Bump   Enter: open");
+    EXPECT_EQ(told, "");
+    Press('S');
+    EXPECT_EQ(told, "Bump.   Enter: open");
 }
 
 TEST_F(WallViewTest, Keys_move_the_focus_and_the_tile_with_it_is_seen) {
@@ -223,6 +225,25 @@ TEST_F(WallViewTest, The_wheel_and_the_scroll_bar_move_the_wall) {
     EXPECT_GT(position(), 192);
     SendMessageA(wall, WM_VSCROLL, SB_TOP, 0);
     EXPECT_EQ(position(), 0);
+}
+
+TEST_F(WallViewTest, Every_moment_shows_its_frame) {
+    ASSERT_NO_FATAL_FAILURE(Show(2, 40, 30));  // 100 and 200 ms
+    const auto colorAt = [this](uint64_t moment) {
+        constexpr size_t kUnchanged = 5;  // HSB and Channels, at its defaults
+        ShowWallAt(wall, moment);
+        UpdateWindow(Tile(kUnchanged));
+        const HDC drawn = GetDC(Tile(kUnchanged));
+        const COLORREF color = GetPixel(drawn, 80, 70);
+        ReleaseDC(Tile(kUnchanged), drawn);
+        return color;
+    };
+    const COLORREF first = colorAt(0), second = colorAt(100);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(colorAt(99), first);
+    EXPECT_EQ(colorAt(299), second);
+    EXPECT_EQ(colorAt(300), second) << "the end";
+    EXPECT_EQ(colorAt(50), first);
 }
 
 TEST_F(WallViewTest, Another_resolution_makes_other_pictures) {
