@@ -51,6 +51,7 @@ constexpr BarButton kButtons[] = {
      .icon = BarIcon::SideBySide,
      .text = "Side by side"},
     {.command = kWipeView, .place = Place::UpperRight, .icon = BarIcon::Wipe, .text = "Wipe"},
+    {.command = kWallView, .place = Place::UpperRight, .icon = BarIcon::AllEffects, .text = "All effects"},
     {.command = kFirstFrame, .place = Place::LowerLeft, .icon = BarIcon::First},
     {.command = kPreviousFrame, .place = Place::LowerLeft, .icon = BarIcon::Previous},
     {.command = kPlay, .place = Place::LowerLeft, .icon = BarIcon::Play},

@@ -43,6 +43,10 @@ constexpr Point kUndo[] = {{1, 6},     {6, 1.5f},      {6, 4.5f}, {10, 4.5f}, {1
                            {12, 8.6f}, {10, 7.4f},     {6, 7.4f}, {6, 10.5f}};
 constexpr Point kRedo[] = {{15, 6}, {10, 1.5f}, {10, 4.5f}, {6, 4.5f}, {3, 6},    {1.5f, 9},  {2.5f, 12.5f},
                            {5, 14}, {5, 12},    {4, 10.5f}, {4, 8.6f}, {6, 7.4f}, {10, 7.4f}, {10, 10.5f}};
+constexpr Point kTile1[] = {{1, 2}, {7, 2}, {7, 7}, {1, 7}};
+constexpr Point kTile2[] = {{9, 2}, {15, 2}, {15, 7}, {9, 7}};
+constexpr Point kTile3[] = {{1, 9}, {7, 9}, {7, 14}, {1, 14}};
+constexpr Point kTile4[] = {{9, 9}, {15, 9}, {15, 14}, {9, 14}};
 constexpr Point kLeftPane[] = {{1, 3}, {7, 3}, {7, 13}, {1, 13}};
 constexpr Point kRightPane[] = {{9, 3},        {15, 3},        {15, 13},       {9, 13},       {9, 3},
                                 {10.5f, 4.5f}, {10.5f, 11.5f}, {13.5f, 11.5f}, {13.5f, 4.5f}, {10.5f, 4.5f}};
@@ -63,6 +67,8 @@ std::vector<Shape> ShapesOf(BarIcon icon) {
             return {{kUndo}};
         case BarIcon::Redo:
             return {{kRedo}};
+        case BarIcon::AllEffects:
+            return {{kTile1}, {kTile2}, {kTile3}, {kTile4}};
         case BarIcon::SideBySide:
             return {{kLeftPane}, {kRightPane}};
         case BarIcon::Wipe:

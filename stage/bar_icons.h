@@ -13,6 +13,7 @@ enum class BarIcon {
     Effects,
     Undo,
     Redo,
+    AllEffects,
     SideBySide,
     Wipe,
     First,

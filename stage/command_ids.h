@@ -29,6 +29,7 @@ enum CommandId {
     kLoopForever,
     kWipeView,
     kSideBySideView,
+    kWallView,
     kZoomFit,
     kZoomFull,
     kZoomIn,
@@ -49,6 +50,7 @@ enum CommandId {
     kStatusProgress,
     kHistoryList,
     kCanvas,
+    kWall,
 };
 
 }  // namespace kfx::stage

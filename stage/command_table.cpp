@@ -26,7 +26,7 @@ bool CanStop(const Stage& stage) { return IsWorking(stage) || IsPluginBuilding(s
 
 template <Arrangement kArrangement>
 bool IsArranged(const Stage& stage) {
-    return stage.view.arrangement == kArrangement;
+    return stage.view.arrangement == kArrangement && !IsWallShown(stage);
 }
 
 template <Ground kGround>
@@ -169,6 +169,13 @@ constexpr CommandRow kCommands[] = {
      .shortcut = {'B', 0},
      .isChecked = IsArranged<Arrangement::SideBySide>,
      .run = [](Stage* stage) { OnArrangement(stage, Arrangement::SideBySide); }},
+    {.id = kWallView,
+     .menu = Menu::View,
+     .text = "&All effects",
+     .shortcut = {'A', 0},
+     .isPossible = HasFilm,
+     .isChecked = IsWallShown,
+     .run = [](Stage* stage) { stage->view.allEffects = true; }},
     {.id = kZoomFit,
      .menu = Menu::View,
      .startsGroup = true,

@@ -13,6 +13,7 @@
 #include "stage/plugin_opening.h"
 #include "stage/stage.h"
 #include "stage/taskbar.h"
+#include "stage/wall_commands.h"
 
 namespace kfx::stage {
 
@@ -115,6 +116,7 @@ void MakeControls(Stage* stage) {
         Make(stage, TRACKBAR_CLASSW, L"Frame", WS_TABSTOP | TBS_HORZ | TBS_NOTICKS, kFrameSlider);
     controls.frameText = Make(stage, L"STATIC", L"", SS_CENTER | SS_NOPREFIX | SS_CENTERIMAGE, kFrameText);
     controls.canvas = MakeCanvas(stage);
+    MakeWall(stage);
     controls.history = Make(stage, L"LISTBOX", L"Steps",
                             WS_TABSTOP | WS_VSCROLL | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS |
                                 LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
@@ -153,6 +155,7 @@ void PlaceControls(Stage* stage) {
          {left + margin, top, std::max(text, left + margin), top + Scaled(*stage, kSliderHeight)});
     Move(controls.frameText, {text, areas.lower.top, right - margin, areas.lower.bottom});
     Move(controls.canvas, areas.canvas);
+    UpdateWall(stage, areas.canvas);
     const bool hasSteps = areas.history.right > areas.history.left;
     if (hasSteps) Move(controls.history, areas.history);
     ShowWindow(controls.history, hasSteps ? SW_SHOWNA : SW_HIDE);
@@ -190,6 +193,7 @@ void UpdatePosition(const Stage& stage) {
     const Film* film = ShownFilm(stage.history);
     SendMessageW(stage.controls.slider, TBM_SETPOS, TRUE, static_cast<LPARAM>(stage.playback.frame + 1));
     SetText(stage.controls.frameText, film ? PositionText(stage.playback, *film) : "");
+    UpdateWallMoment(stage);
 }
 
 void ShowStatus(Stage* stage, const std::string& text) {

@@ -59,6 +59,9 @@ void ApplyPluginSettings(HWND window, const SettingsDocument& settings) {
         const HWND control = GetDlgItem(window, line.id);
         // The source's path is not the settings' to say.
         if (!control || line.text.compare(0, kKindLength, "TXTFLD") == 0) continue;
+        // One box of the plug-in's takes no line.
+        if (line.text.compare(0, kKindLength, "CHKBOX") == 0)
+            SendMessageA(control, BM_SETCHECK, line.text.back() == '1' ? BST_CHECKED : BST_UNCHECKED, 0);
         std::string text = line.text;
         SendMessageA(control, kApplyLine, 0, reinterpret_cast<LPARAM>(text.data()));
     }

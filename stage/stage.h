@@ -14,6 +14,7 @@
 #include "stage/plugin_host.h"
 #include "stage/remembered.h"
 #include "stage/view.h"
+#include "stage/wall_commands.h"
 #include "stage/work.h"
 
 namespace kfx::stage {
@@ -27,6 +28,7 @@ struct Stage {
     Document document;
     Playback playback;
     View view;
+    StageWall wall;
     History history;
     PluginHost plugin;
     Work work;

@@ -19,6 +19,8 @@
 #include "stage/stage_resources.h"
 #include "stage/steps.h"
 #include "stage/view_commands.h"
+#include "stage/wall_commands.h"
+#include "stage/wall_view.h"
 #include "stage/window_place.h"
 
 namespace kfx::stage {
@@ -44,6 +46,7 @@ void OnCreate(Stage* stage, HWND window) {
 void OnDpiChanged(Stage* stage, int dpi, const RECT& place) {
     stage->dpi = dpi;
     MakeFonts(stage);
+    if (stage->wall.window) SetWallDpi(stage->wall.window, dpi);
     FollowDpi(stage, place);
     UpdateControls(stage);
 }
@@ -138,6 +141,12 @@ bool OnStageMessage(Stage* stage, UINT message, WPARAM word, LPARAM pointer, LRE
         case kPluginSource:
             OnPluginSource(stage, reinterpret_cast<OpenedSource*>(pointer));
             return true;
+        case kWallOpens:
+            OnWallOpens(stage, *reinterpret_cast<const EffectSettings*>(pointer));
+            return true;
+        case kWallTells:
+            ShowStatus(stage, *reinterpret_cast<const std::string*>(pointer));
+            return true;
         case kMayReplaceSource:
             *answer = MayReplaceDocument(stage);
             return true;
@@ -199,7 +208,7 @@ LRESULT CALLBACK StageProcedure(HWND window, UINT message, WPARAM word, LPARAM p
             if (LOWORD(word) == WA_INACTIVE) ShowSourceAlone(stage, false);
             break;
         case WM_SETFOCUS:
-            SetFocus(stage->controls.canvas);
+            FocusPicture(*stage);
             return 0;
         case WM_QUERYENDSESSION:
             return OnQueryEndSession(stage);
@@ -239,7 +248,8 @@ void RunMessages(Stage* stage) {
     const HACCEL accelerators = MakeAccelerators();
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        if (OnSourceKey(stage, message) || TranslateAcceleratorW(stage->window, accelerators, &message) ||
+        if (TakeWallKey(stage->wall.window, message) || OnSourceKey(stage, message) ||
+            TranslateAcceleratorW(stage->window, accelerators, &message) ||
             IsDialogMessageW(stage->window, &message))
             continue;
         TranslateMessage(&message);

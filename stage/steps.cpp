@@ -131,6 +131,7 @@ void TakeOpened(Stage* stage, const std::string& path, std::shared_ptr<const Fil
     ShowStatus(stage, opened.film->facts.warning);
     ReleaseLater(StartHistory(&stage->history, std::move(opened)));
     stage->view.zoom = kZoomToFit;
+    stage->view.allEffects = true;
     ShowFilmAnew(stage, PlayFrom::Start);
 }
 
@@ -149,6 +150,7 @@ void TakeStep(Stage* stage, Step step, bool isTest) {
             gone.push_back(std::move(old));
     }
     ReleaseLater(std::move(gone));
+    stage->view.allEffects = false;  // what has been made is to be seen
     ShowFilmAnew(stage, PlayFrom::Start);
 }
 

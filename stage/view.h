@@ -18,6 +18,7 @@ constexpr int kWipeSteps = 1000;  // from the picture's left edge to its right o
 
 struct View {
     Arrangement arrangement = Arrangement::Wipe;
+    bool allEffects = false;   // the wall stands in the picture's place
     double zoom = kZoomToFit;  // pixels of the screen for one of the picture
     double focusX = 0.5;       // which point of the picture is in the middle, as a part of its sides
     double focusY = 0.5;

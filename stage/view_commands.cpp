@@ -8,7 +8,10 @@
 
 namespace kfx::stage {
 
-void OnArrangement(Stage* stage, Arrangement arrangement) { stage->view.arrangement = arrangement; }
+void OnArrangement(Stage* stage, Arrangement arrangement) {
+    stage->view.arrangement = arrangement;
+    stage->view.allEffects = false;
+}
 
 void OnGround(Stage* stage, Ground ground) { stage->view.ground = ground; }
 
