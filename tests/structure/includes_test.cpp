@@ -29,7 +29,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"media", {}},
     {"commands", {"builder", "documents", "effects", "framework", "host", "media", "resources"}},
     {"driven", {"commands", "host"}},
-    {"stage", {"commands", "documents", "driven", "media"}},
+    {"stage", {"commands", "driven", "media"}},
     {"cli", {"commands", "driven", "media"}},
 };
 
