@@ -29,14 +29,14 @@ struct Reading {
     std::string error;
 };
 
-// Source, result and what both need on their way through the plug-in are 16 bytes for each pixel of an
-// animation; half of the machine's memory may be used for that.
+// Source, result and what both need on their way through the plug-in are about 17 bytes for each pixel of an
+// animation, which is to stay within the memory of the machine.
 ReadLimits LimitsOfMachine() {
     ReadLimits limits;
     MEMORYSTATUSEX memory = {};
     memory.dwLength = sizeof memory;
     if (GlobalMemoryStatusEx(&memory))
-        limits.maxPixels = std::max(limits.maxPixels, memory.ullTotalPhys / 32);
+        limits.maxPixels = std::max(limits.maxPixels, memory.ullTotalPhys / 20);
     return limits;
 }
 

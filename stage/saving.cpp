@@ -6,7 +6,6 @@
 #include "commands/command_line.h"
 #include "commands/result_files.h"
 #include "commands/text_windows.h"
-#include "documents/document_text.h"
 #include "media/animation_writer.h"
 #include "stage/clipboard.h"
 #include "stage/document.h"
@@ -34,21 +33,9 @@ std::string SuggestedPath(const Stage& stage, const std::string& ending) {
     return FolderOf(stage.document.path) + name.substr(0, name.find_last_of('.')) + "-" + ending;
 }
 
-// The settings of the plug-in's window go with the file, as a document: dropped on Stage, it brings them
-// back.
-RecipeDraft DraftOf(const SettingsDocument& settings) {
-    RecipeDraft draft;
-    if (settings.lines.empty()) return draft;
-    draft.head = kDocumentStart;
-    for (const ControlLine& line : settings.lines) draft.tail += line.text + "\n";
-    draft.tail += kDocumentEnd;
-    return draft;
-}
-
 void WriteStep(Writing* writing) {
     const Step& step = writing->step;
     ResultOptions options;
-    options.recipe = DraftOf(step.settings);
     // Single frames are what Export is for.
     if (EndingOf(writing->path) == ".png") options.format = "apng";
     const auto files = ResultPaths(writing->path, step.built->frames.size(), options.format);

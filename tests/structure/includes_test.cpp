@@ -29,7 +29,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"media", {}},
     {"commands", {"builder", "documents", "effects", "framework", "host", "media", "resources"}},
     {"driven", {"commands", "host"}},
-    {"stage", {"commands", "documents", "driven", "effects", "framework", "host", "media"}},
+    {"stage", {"commands", "driven", "effects", "framework", "host", "media"}},
     {"cli", {"commands", "driven", "media"}},
 };
 
