@@ -3,6 +3,9 @@
 
 #include <algorithm>
 
+#include <windows.h>
+#include <commctrl.h>
+
 #include "commands/text_windows.h"
 
 namespace kfx::driven {
@@ -26,16 +29,35 @@ bool GiveUp(PluginRun* run, int seconds) {
                 "the plug-in has stopped answering (" + std::to_string(seconds) + " s without a request).");
 }
 
-// Makes each dialog of a driven plug-in fully transparent before it appears. It must stay visible to the
-// system, because the plug-in ignores the controls of a hidden window.
-LRESULT CALLBACK HideNewDialogs(int code, WPARAM word, LPARAM pointer) {
+// Beyond every screen.
+constexpr int kOffScreen = -32000;
+
+// Wherever a window wants to go, it goes off the screen, and it stays behind the user's.
+LRESULT CALLBACK KeepOffScreen(HWND window, UINT message, WPARAM word, LPARAM pointer, UINT_PTR, DWORD_PTR) {
+    const LRESULT answer = DefSubclassProc(window, message, word, pointer);
+    if (message == WM_WINDOWPOSCHANGING) {
+        auto* position = reinterpret_cast<WINDOWPOS*>(pointer);
+        position->x = position->y = kOffScreen;
+        position->flags = (position->flags & ~static_cast<UINT>(SWP_NOMOVE)) | SWP_NOACTIVATE;
+    }
+    return answer;
+}
+
+// Makes each window of a driven plug-in fully transparent and moves it away before it appears, and keeps the
+// keyboard from it. It must stay visible to the system, because the plug-in ignores the controls of a hidden
+// window.
+LRESULT CALLBACK HideNewWindows(int code, WPARAM word, LPARAM pointer) {
+    if (code == HCBT_ACTIVATE) return 1;
     if (code == HCBT_CREATEWND) {
         const auto window = reinterpret_cast<HWND>(word);
-        const auto* creation = reinterpret_cast<CBT_CREATEWNDA*>(pointer)->lpcs;
+        auto* creation = reinterpret_cast<CBT_CREATEWNDA*>(pointer)->lpcs;
         if (!(creation->style & WS_CHILD)) {
             const LONG_PTR style = GetWindowLongPtrA(window, GWL_EXSTYLE);
-            SetWindowLongPtrA(window, GWL_EXSTYLE, style | WS_EX_LAYERED | WS_EX_TOOLWINDOW);
+            SetWindowLongPtrA(window, GWL_EXSTYLE,
+                              style | WS_EX_LAYERED | WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE);
             SetLayeredWindowAttributes(window, 0, 0, LWA_ALPHA);
+            creation->x = creation->y = kOffScreen;
+            SetWindowSubclass(window, KeepOffScreen, 0, 0);
         }
     }
     return CallNextHookEx(nullptr, code, word, pointer);
@@ -44,7 +66,7 @@ LRESULT CALLBACK HideNewDialogs(int code, WPARAM word, LPARAM pointer) {
 DWORD WINAPI RunPlugin(void* parameter) {
     auto* run = static_cast<PluginRun*>(parameter);
     const HHOOK hook =
-        run->showWindow ? nullptr : SetWindowsHookExA(WH_CBT, HideNewDialogs, nullptr, GetCurrentThreadId());
+        run->showWindow ? nullptr : SetWindowsHookExA(WH_CBT, HideNewWindows, nullptr, GetCurrentThreadId());
     // An owner keeps the plug-in's window off the task bar and gives it something to repaint.
     const HWND owner = CreateWindowExA(WS_EX_TOOLWINDOW, "Static", "Kestrel", WS_POPUP, 0, 0, 0, 0, nullptr,
                                        nullptr, GetModuleHandleA(nullptr), nullptr);

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "stage/file_choice.h"
 
+#include <algorithm>
+#include <vector>
+
 #include <commdlg.h>
 
 #include "commands/command_line.h"
@@ -14,10 +17,25 @@ namespace {
 
 constexpr DWORD kLongestPath = 4096;
 constexpr wchar_t kOpenFilter[] =
-    L"Animations and pictures\0*.gif;*.webp;*.png;*.jpg;*.jpeg;*.bmp\0All files\0*.*\0";
-constexpr wchar_t kSaveFilter[] =
-    L"GIF animation\0*.gif\0WebP animation, all colours\0*.webp\0PNG frames, all colours\0*.png\0";
-constexpr const char* kSaveEndings[] = {".gif", ".webp", ".png"};
+    L"Animations and pictures\0*.gif;*.webp;*.png;*.apng;*.jpg;*.jpeg;*.bmp;*.y4m\0All files\0*.*\0";
+
+// What a dialog for saving offers.
+struct SaveOffer {
+    const wchar_t* filter;
+    const wchar_t* usual;              // the ending that a name without one gets
+    std::vector<std::string> endings;  // of the filter's rows, in their order; then others that are taken
+    size_t rows;
+};
+
+const SaveOffer& OfferOf(SaveKind kind) {
+    static const SaveOffer animation = {
+        L"GIF animation\0*.gif\0WebP animation, all colours\0*.webp\0Animated PNG, all colours\0*.png\0",
+        L"gif",
+        {".gif", ".webp", ".png", ".apng"},
+        3};
+    static const SaveOffer frames = {L"PNG frames, numbered\0*.png\0", L"png", {".png"}, 1};
+    return kind == SaveKind::Animation ? animation : frames;
+}
 
 void PutPath(const std::string& path, wchar_t* buffer) {
     const std::wstring wide = Widen(path);
@@ -42,25 +60,25 @@ bool ChooseAnimationToOpen(HWND owner, const std::string& folder, std::string* p
     return true;
 }
 
-bool ChooseFileToSave(HWND owner, std::string* path) {
+bool ChooseFileToSave(HWND owner, SaveKind kind, std::string* path) {
+    const SaveOffer& offer = OfferOf(kind);
     wchar_t buffer[kLongestPath] = L"";
     PutPath(*path, buffer);
     OPENFILENAMEW dialog = {};
     dialog.lStructSize = sizeof dialog;
     dialog.hwndOwner = owner;
-    dialog.lpstrFilter = kSaveFilter;
+    dialog.lpstrFilter = offer.filter;
     dialog.lpstrFile = buffer;
     dialog.nMaxFile = kLongestPath;
-    dialog.lpstrDefExt = L"gif";
+    dialog.lpstrDefExt = offer.usual;
     dialog.Flags =
         OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
     if (!GetSaveFileNameW(&dialog)) return false;
     *path = Narrow(buffer);
     const std::string ending = EndingOf(*path);
-    for (const char* known : kSaveEndings) {
-        if (ending == known) return true;
-    }
-    *path += kSaveEndings[dialog.nFilterIndex >= 1 && dialog.nFilterIndex <= 3 ? dialog.nFilterIndex - 1 : 0];
+    if (std::find(offer.endings.begin(), offer.endings.end(), ending) != offer.endings.end()) return true;
+    const size_t row = dialog.nFilterIndex >= 1 ? dialog.nFilterIndex - 1 : 0;
+    *path += offer.endings[row < offer.rows ? row : 0];
     return true;
 }
 

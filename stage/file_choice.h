@@ -12,8 +12,10 @@ namespace kfx::stage {
 // Asks for an animation to open, starting in `folder`. False: the user cancelled.
 bool ChooseAnimationToOpen(HWND owner, const std::string& folder, std::string* path);
 
-// Asks where to save; `*path` holds the suggestion and the answer, which always has an ending.
-bool ChooseFileToSave(HWND owner, std::string* path);
+enum class SaveKind { Animation, Frames };
+
+// Asks where to save; `*path` holds the suggestion and the answer, which always has an ending of the kind.
+bool ChooseFileToSave(HWND owner, SaveKind kind, std::string* path);
 
 // Asks for a colour (0x00BBGGRR). `palette` is 256 red-green-blue triples; the user is offered sixteen of
 // them.

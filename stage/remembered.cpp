@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "stage/remembered.h"
 
+#include <algorithm>
+
 #include "commands/text_windows.h"
 #include "driven/settings_folder.h"
 
@@ -12,34 +14,53 @@ using namespace driven;
 namespace {
 
 constexpr wchar_t kSection[] = L"Stage";
+constexpr DWORD kLongestText = 4096;
 
 std::wstring FilePath() { return Widen(SettingsFolder()) + L"kestrel-stage.ini"; }
 
 // The numbers of the file, each with its key: reading and writing go through this one list.
 template <typename Action>
-void ForEachNumber(Remembered* remembered, LONG* maximized, Action action) {
+void ForEachNumber(Remembered* remembered, Action action) {
     action(L"Left", &remembered->window.left);
     action(L"Top", &remembered->window.top);
     action(L"Right", &remembered->window.right);
     action(L"Bottom", &remembered->window.bottom);
-    action(L"Maximized", maximized);
+    action(L"Dpi", &remembered->dpi);
+    action(L"Maximized", &remembered->maximized);
     action(L"PluginWidth", &remembered->pluginWindow.cx);
     action(L"PluginHeight", &remembered->pluginWindow.cy);
+    action(L"Arrangement", &remembered->arrangement);
+    action(L"Ground", &remembered->ground);
+    action(L"GroundColor", &remembered->groundColor);
+    action(L"PlayForever", &remembered->forever);
 }
+
+std::string ReadValue(const std::wstring& path, const std::wstring& key) {
+    wchar_t value[kLongestText];
+    GetPrivateProfileStringW(kSection, key.c_str(), L"", value, kLongestText, path.c_str());
+    return Narrow(value);
+}
+
+void WriteValue(const std::wstring& path, const std::wstring& key, const std::string& value) {
+    WritePrivateProfileStringW(kSection, key.c_str(), value.empty() ? nullptr : Widen(value).c_str(),
+                               path.c_str());
+}
+
+std::wstring RecentKey(size_t row) { return L"Recent" + std::to_wstring(row + 1); }
 
 }  // namespace
 
 Remembered ReadRemembered() {
     const std::wstring path = FilePath();
     Remembered remembered;
-    LONG maximized = 0;
-    ForEachNumber(&remembered, &maximized, [&path](const wchar_t* key, LONG* number) {
-        *number = static_cast<LONG>(GetPrivateProfileIntW(kSection, key, 0, path.c_str()));
+    ForEachNumber(&remembered, [&path](const wchar_t* key, LONG* number) {
+        *number = static_cast<LONG>(GetPrivateProfileIntW(kSection, key, *number, path.c_str()));
     });
-    remembered.maximized = maximized != 0;
-    wchar_t folder[4096];
-    GetPrivateProfileStringW(kSection, L"Folder", L"", folder, 4096, path.c_str());
-    remembered.folder = Narrow(folder);
+    remembered.folder = ReadValue(path, L"Folder");
+    for (size_t row = 0; row < kMostRecent; ++row) {
+        const std::string recent = ReadValue(path, RecentKey(row));
+        if (!recent.empty()) remembered.recent.push_back(recent);
+    }
     return remembered;
 }
 
@@ -47,11 +68,22 @@ void WriteRemembered(const Remembered& remembered) {
     MakeSettingsFolder();
     const std::wstring path = FilePath();
     Remembered copy = remembered;
-    LONG maximized = remembered.maximized ? 1 : 0;
-    ForEachNumber(&copy, &maximized, [&path](const wchar_t* key, const LONG* number) {
+    ForEachNumber(&copy, [&path](const wchar_t* key, const LONG* number) {
         WritePrivateProfileStringW(kSection, key, std::to_wstring(*number).c_str(), path.c_str());
     });
-    WritePrivateProfileStringW(kSection, L"Folder", Widen(remembered.folder).c_str(), path.c_str());
+    WriteValue(path, L"Folder", remembered.folder);
+    for (size_t row = 0; row < kMostRecent; ++row) {
+        WriteValue(path, RecentKey(row), row < remembered.recent.size() ? remembered.recent[row] : "");
+    }
+}
+
+void RememberFile(Remembered* remembered, const std::string& path) {
+    auto& recent = remembered->recent;
+    std::erase_if(recent, [&path](const std::string& other) {
+        return CompareStringOrdinal(Widen(other).c_str(), -1, Widen(path).c_str(), -1, TRUE) == CSTR_EQUAL;
+    });
+    recent.insert(recent.begin(), path);
+    if (recent.size() > kMostRecent) recent.resize(kMostRecent);
 }
 
 }  // namespace kfx::stage

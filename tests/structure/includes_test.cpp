@@ -29,14 +29,27 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"media", {}},
     {"commands", {"builder", "documents", "effects", "framework", "host", "media", "resources"}},
     {"driven", {"commands", "host"}},
-    {"stage", {"commands", "driven", "media"}},
+    {"stage", {"commands", "driven", "effects", "framework", "host", "media"}},
     {"cli", {"commands", "driven", "media"}},
 };
 
 // Folders that are compiled natively too, and a single pair of files.
-const std::set<std::string> kPortable = {"host",     "framework", "kernels",
-                                         "effects",  "builder",   "media",
-                                         "commands", "cli",       "documents/document_text"};
+const std::set<std::string> kPortable = {"host",
+                                         "framework",
+                                         "kernels",
+                                         "effects",
+                                         "builder",
+                                         "media",
+                                         "commands",
+                                         "cli",
+                                         "documents/document_text",
+                                         "stage/wall_engine",
+                                         "stage/wall_layout",
+                                         "stage/wall_render",
+                                         "stage/wall_settings",
+                                         "stage/wall_source",
+                                         "stage/variation",
+                                         "stage/variation_table"};
 
 // The row of the table that holds for a file.
 std::string PlaceOf(const std::string& path) {

@@ -1,0 +1,233 @@
+// SPDX-License-Identifier: MIT
+#include "stage/bar_buttons.h"
+
+#include <algorithm>
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include "commands/text_windows.h"
+#include "stage/bar_icons.h"
+#include "stage/command_table.h"
+#include "stage/stage.h"
+
+namespace kfx::stage {
+
+using namespace commands;
+
+namespace {
+
+enum class Place { UpperLeft, UpperRight, LowerLeft, LowerRight };
+
+// Texts are short forms of the command's own.
+struct BarButton {
+    CommandId command;
+    Place place;
+    bool startsGroup = false;
+    BarIcon icon = BarIcon::None;
+    const char* text = "";
+    bool onlyWhenPossible = false;  // else it is shown grey
+};
+
+// Those on the right stand in this order from the right edge on.
+constexpr BarButton kButtons[] = {
+    {.command = kOpen, .place = Place::UpperLeft, .icon = BarIcon::Open, .text = "Open"},
+    {.command = kSave, .place = Place::UpperLeft, .icon = BarIcon::Save, .text = "Save as"},
+    {.command = kEffects,
+     .place = Place::UpperLeft,
+     .startsGroup = true,
+     .icon = BarIcon::Effects,
+     .text = "Effects"},
+    {.command = kUndo, .place = Place::UpperLeft, .startsGroup = true, .icon = BarIcon::Undo, .text = "Undo"},
+    {.command = kRedo, .place = Place::UpperLeft, .icon = BarIcon::Redo, .text = "Redo"},
+    {.command = kKeepTest,
+     .place = Place::UpperLeft,
+     .startsGroup = true,
+     .text = "Keep test",
+     .onlyWhenPossible = true},
+    {.command = kDropTest, .place = Place::UpperLeft, .text = "Drop test", .onlyWhenPossible = true},
+    {.command = kSideBySideView,
+     .place = Place::UpperRight,
+     .icon = BarIcon::SideBySide,
+     .text = "Side by side"},
+    {.command = kWipeView, .place = Place::UpperRight, .icon = BarIcon::Wipe, .text = "Wipe"},
+    {.command = kWallView, .place = Place::UpperRight, .icon = BarIcon::AllEffects, .text = "All effects"},
+    {.command = kFirstFrame, .place = Place::LowerLeft, .icon = BarIcon::First},
+    {.command = kPreviousFrame, .place = Place::LowerLeft, .icon = BarIcon::Previous},
+    {.command = kPlay, .place = Place::LowerLeft, .icon = BarIcon::Play},
+    {.command = kNextFrame, .place = Place::LowerLeft, .icon = BarIcon::Next},
+    {.command = kLastFrame, .place = Place::LowerLeft, .icon = BarIcon::Last},
+    {.command = kZoomFull, .place = Place::LowerRight, .text = "1:1"},
+    {.command = kZoomFit, .place = Place::LowerRight, .text = "Fit"},
+    {.command = kFaster, .place = Place::LowerRight, .startsGroup = true, .icon = BarIcon::Faster},
+    {.command = kUsualSpeed, .place = Place::LowerRight, .text = "1×"},
+    {.command = kSlower, .place = Place::LowerRight, .icon = BarIcon::Slower},
+};
+
+// Device-independent pixels.
+constexpr int kPadding = 10, kIconSide = 16, kIconGap = 6, kGap = 2, kGroupGap = 14, kIconButton = 32;
+constexpr int kSpeedWidth = 40;
+
+bool IsUpper(Place place) { return place == Place::UpperLeft || place == Place::UpperRight; }
+
+HWND WindowOf(const Stage& stage, const BarButton& button) {
+    return GetDlgItem(stage.window, button.command);
+}
+
+// What it shows: the speed is a button, too.
+std::string ShownText(const Stage& stage, const BarButton& button) {
+    return button.command == kUsualSpeed ? SpeedText(stage.playback.speed) : button.text;
+}
+
+int WidthOf(const Stage& stage, const BarButton& button) {
+    if (button.command == kUsualSpeed) return Scaled(stage, kSpeedWidth);
+    if (!*button.text) return Scaled(stage, kIconButton);
+    const std::wstring text = Widen(button.text);
+    const HDC screen = GetDC(stage.window);
+    const HGDIOBJ before = SelectObject(screen, stage.controls.font);
+    SIZE size = {};
+    GetTextExtentPoint32W(screen, text.c_str(), static_cast<int>(text.size()), &size);
+    SelectObject(screen, before);
+    ReleaseDC(stage.window, screen);
+    const int icon = button.icon == BarIcon::None ? 0 : Scaled(stage, kIconSide + kIconGap);
+    return size.cx + icon + 2 * Scaled(stage, kPadding);
+}
+
+LRESULT CALLBACK ButtonProcedure(HWND window, UINT message, WPARAM word, LPARAM pointer, UINT_PTR,
+                                 DWORD_PTR data) {
+    auto* stage = reinterpret_cast<Stage*>(data);
+    HWND& hot = stage->controls.hotButton;
+    if (message == WM_MOUSEMOVE && hot != window) {
+        TRACKMOUSEEVENT track = {sizeof track, TME_LEAVE, window, 0};
+        TrackMouseEvent(&track);
+        hot = window;
+        InvalidateRect(window, nullptr, FALSE);
+    } else if (message == WM_MOUSELEAVE && hot == window) {
+        hot = nullptr;
+        InvalidateRect(window, nullptr, FALSE);
+    }
+    return DefSubclassProc(window, message, word, pointer);
+}
+
+const BarButton* ButtonOf(int id) {
+    const auto* found = std::find_if(std::begin(kButtons), std::end(kButtons),
+                                     [id](const BarButton& button) { return button.command == id; });
+    return found == std::end(kButtons) ? nullptr : found;
+}
+
+void Fill(HDC target, const RECT& area, int systemColor) {
+    FillRect(target, &area, GetSysColorBrush(systemColor));
+}
+
+void DrawContent(const Stage& stage, HDC target, const RECT& area, const BarButton& button, COLORREF color) {
+    const std::wstring text = Widen(ShownText(stage, button));
+    RECT place = area;
+    if (button.icon != BarIcon::None) {
+        const int side = Scaled(stage, kIconSide);
+        const int left = text.empty() ? (area.left + area.right - side) / 2
+                                      : static_cast<int>(area.left) + Scaled(stage, kPadding);
+        const int top = (area.top + area.bottom - side) / 2;
+        const bool pause = button.command == kPlay && stage.playback.playing;
+        DrawBarIcon(target, {left, top, left + side, top + side}, pause ? BarIcon::Pause : button.icon,
+                    color);
+        place.left = left + side + Scaled(stage, kIconGap);
+    }
+    if (text.empty()) return;
+    SetBkMode(target, TRANSPARENT);
+    SetTextColor(target, color);
+    const HGDIOBJ before = SelectObject(target, stage.controls.font);
+    const UINT side = button.icon == BarIcon::None ? DT_CENTER : DT_LEFT;
+    DrawTextW(target, text.c_str(), -1, &place, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | side);
+    SelectObject(target, before);
+}
+
+}  // namespace
+
+void MakeBarButtons(Stage* stage) {
+    for (const BarButton& button : kButtons) {
+        const HWND window =
+            CreateWindowExW(0, L"BUTTON", L"", WS_CHILD | WS_VISIBLE | WS_TABSTOP | BS_OWNERDRAW, 0, 0, 0, 0,
+                            stage->window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(button.command)),
+                            GetModuleHandleW(nullptr), nullptr);
+        SetWindowSubclass(window, ButtonProcedure, 0, reinterpret_cast<DWORD_PTR>(stage));
+    }
+}
+
+void PlaceBarButtons(const Stage& stage, const RECT& upper, const RECT& lower, int* left, int* right) {
+    int starts[4] = {static_cast<int>(upper.left), static_cast<int>(upper.right),
+                     static_cast<int>(lower.left), static_cast<int>(lower.right)};
+    for (const BarButton& button : kButtons) {
+        const RECT& bar = IsUpper(button.place) ? upper : lower;
+        const bool fromRight = button.place == Place::UpperRight || button.place == Place::LowerRight;
+        int& start = starts[static_cast<int>(button.place)];
+        const int width = WidthOf(stage, button), gap = Scaled(stage, button.startsGroup ? kGroupGap : kGap);
+        start += fromRight ? -gap - width : gap;
+        SetWindowPos(WindowOf(stage, button), nullptr, start, bar.top, width, bar.bottom - bar.top,
+                     SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+        if (!fromRight) start += width;
+    }
+    *left = starts[static_cast<int>(Place::LowerLeft)];
+    *right = starts[static_cast<int>(Place::LowerRight)];
+}
+
+void UpdateBarButtons(Stage* stage) {
+    for (const BarButton& button : kButtons) {
+        const CommandRow* row = FindCommand(button.command);
+        const HWND window = WindowOf(*stage, button);
+        const bool possible = IsPossible(*stage, *row);
+        if (!possible && GetFocus() == window) SetFocus(stage->controls.canvas);
+        EnableWindow(window, possible);
+        if (button.onlyWhenPossible) ShowWindow(window, possible ? SW_SHOWNA : SW_HIDE);
+        SetWindowTextW(window, Widen(PlainTextOf(*stage, *row)).c_str());
+        InvalidateRect(window, nullptr, FALSE);
+    }
+}
+
+void UpdateTooltips(const Stage& stage) {
+    for (const BarButton& button : kButtons) {
+        const CommandRow* row = FindCommand(button.command);
+        std::string text = PlainTextOf(stage, *row);
+        const std::string keys = ShortcutText(row->shortcut);
+        if (!keys.empty()) text += " (" + keys + ")";
+        std::wstring wide = Widen(text);
+        TOOLINFOW tool = {};
+        tool.cbSize = TTTOOLINFOW_V2_SIZE;
+        tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+        tool.hwnd = stage.window;
+        tool.uId = reinterpret_cast<UINT_PTR>(WindowOf(stage, button));
+        tool.lpszText = wide.data();
+        SendMessageW(stage.controls.tooltips, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+        SendMessageW(stage.controls.tooltips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    }
+}
+
+bool DrawBarButton(const Stage& stage, const DRAWITEMSTRUCT& item) {
+    const BarButton* button = ButtonOf(static_cast<int>(item.CtlID));
+    if (!button) return false;
+    const CommandRow* row = FindCommand(button->command);
+    const bool pressed = (item.itemState & ODS_SELECTED) != 0,
+               disabled = (item.itemState & ODS_DISABLED) != 0;
+    const bool checked = row->isChecked && row->isChecked(stage) && button->command != kPlay;
+    const bool hot = stage.controls.hotButton == item.hwndItem && !disabled;
+    int ground = COLOR_BTNFACE, text = COLOR_BTNTEXT;
+    if (checked) {
+        ground = COLOR_HIGHLIGHT;
+        text = COLOR_HIGHLIGHTTEXT;
+    } else if (pressed || hot) {
+        ground = pressed ? COLOR_BTNSHADOW : COLOR_BTNHIGHLIGHT;
+    }
+    if (disabled) text = COLOR_GRAYTEXT;
+    Fill(item.hDC, item.rcItem, ground);
+    if (hot || pressed) FrameRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNSHADOW));
+    DrawContent(stage, item.hDC, item.rcItem, *button, GetSysColor(text));
+    if ((item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT)) {
+        RECT focus = item.rcItem;
+        InflateRect(&focus, -2, -2);
+        SetTextColor(item.hDC, GetSysColor(text));
+        SetBkColor(item.hDC, GetSysColor(ground));
+        DrawFocusRect(item.hDC, &focus);
+    }
+    return true;
+}
+
+}  // namespace kfx::stage

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+#include "stage/controls.h"
+
+#include <algorithm>
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include "commands/text_windows.h"
+#include "stage/bar_buttons.h"
+#include "stage/canvas.h"
+#include "stage/command_table.h"
+#include "stage/plugin_opening.h"
+#include "stage/stage.h"
+#include "stage/taskbar.h"
+#include "stage/wall_commands.h"
+
+namespace kfx::stage {
+
+using namespace commands;
+
+namespace {
+
+// Device-independent pixels.
+constexpr int kMargin = 8, kBarHeight = 32, kSliderHeight = 28, kFrameTextWidth = 230, kStatusHeight = 24;
+constexpr int kProgressWidth = 180, kProgressHeight = 14, kStopWidth = 60, kHistoryWidth = 216;
+constexpr int kHistoryRow = 60;
+
+struct Areas {
+    RECT upper, canvas, history, lower, status;
+};
+
+Areas AreasOf(const Stage& stage) {
+    RECT client;
+    GetClientRect(stage.window, &client);
+    const LONG margin = Scaled(stage, kMargin), half = margin / 2;
+    Areas areas;
+    areas.upper = {margin, half, client.right - margin, half + Scaled(stage, kBarHeight)};
+    areas.status = {margin, client.bottom - half - Scaled(stage, kStatusHeight), client.right - margin,
+                    client.bottom - half};
+    areas.lower = {margin, areas.status.top - half - Scaled(stage, kBarHeight), client.right - margin,
+                   areas.status.top - half};
+    areas.canvas = {margin, areas.upper.bottom + half, client.right - margin,
+                    std::max(areas.lower.top - half, areas.upper.bottom + half)};
+    areas.history = areas.canvas;
+    const bool hasSteps = stage.history.steps.size() > 1;
+    areas.history.left = hasSteps ? areas.canvas.right - Scaled(stage, kHistoryWidth) : areas.canvas.right;
+    if (hasSteps) areas.canvas.right = areas.history.left - half;
+    return areas;
+}
+
+void Move(HWND window, const RECT& area) {
+    SetWindowPos(window, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+HWND Make(Stage* stage, const wchar_t* className, const wchar_t* text, DWORD style, int id) {
+    return CreateWindowExW(0, className, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, stage->window,
+                           reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr),
+                           nullptr);
+}
+
+// The user's font for texts in windows, at the window's resolution.
+LOGFONTW MessageFont(int dpi) {
+    using Query = BOOL(WINAPI*)(UINT, UINT, PVOID, UINT, UINT);
+    NONCLIENTMETRICSW metrics = {};
+    metrics.cbSize = sizeof metrics;
+    const auto address = reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"user32.dll"), "SystemParametersInfoForDpi"));
+    if (address && reinterpret_cast<Query>(address)(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0,
+                                                    static_cast<UINT>(dpi)))
+        return metrics.lfMessageFont;
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
+    return metrics.lfMessageFont;
+}
+
+void ReplaceFont(HFONT* font, const LOGFONTW& description) {
+    if (*font) DeleteObject(*font);
+    *font = CreateFontIndirectW(&description);
+}
+
+void UpdateHistoryList(const Stage& stage) {
+    const HWND list = stage.controls.history;
+    const auto& steps = stage.history.steps;
+    SendMessageW(list, WM_SETREDRAW, FALSE, 0);
+    SendMessageW(list, LB_RESETCONTENT, 0, 0);
+    for (const Step& step : steps) {
+        const std::string text = step.summary.empty() ? step.name : step.name + ", " + step.summary;
+        SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(text).c_str()));
+    }
+    SendMessageW(list, LB_SETCURSEL, stage.history.current, 0);
+    SendMessageW(list, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(list, nullptr, TRUE);
+}
+
+std::string TitleOf(const Stage& stage) {
+    const std::string name = FileNameOf(stage.document.path);
+    const std::string title = Narrow(kStageTitle);
+    if (name.empty()) return title;
+    return (HasUnsavedStep(stage.history) ? "*" : "") + name + " - " + title;
+}
+
+void SetText(HWND window, const std::string& text) {
+    const std::wstring wide = Widen(text);
+    wchar_t now[512] = L"";
+    GetWindowTextW(window, now, 512);
+    if (wide != now) SetWindowTextW(window, wide.c_str());
+}
+
+}  // namespace
+
+void MakeControls(Stage* stage) {
+    Controls& controls = stage->controls;
+    MakeBarButtons(stage);
+    controls.slider =
+        Make(stage, TRACKBAR_CLASSW, L"Frame", WS_TABSTOP | TBS_HORZ | TBS_NOTICKS, kFrameSlider);
+    controls.frameText = Make(stage, L"STATIC", L"", SS_CENTER | SS_NOPREFIX | SS_CENTERIMAGE, kFrameText);
+    controls.canvas = MakeCanvas(stage);
+    MakeWall(stage);
+    controls.history = Make(stage, L"LISTBOX", L"Steps",
+                            WS_TABSTOP | WS_VSCROLL | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS |
+                                LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
+                            kHistoryList);
+    controls.status =
+        Make(stage, L"STATIC", L"", SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE | SS_ENDELLIPSIS, kStatusText);
+    controls.progress = Make(stage, PROGRESS_CLASSW, L"Progress", 0, kStatusProgress);
+    Make(stage, L"BUTTON", L"Stop", WS_TABSTOP | BS_PUSHBUTTON, kStopWork);
+    controls.tooltips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0,
+                                        stage->window, nullptr, GetModuleHandleW(nullptr), nullptr);
+    MakeFonts(stage);
+    UpdateTooltips(*stage);
+    ClearProgress(stage);
+}
+
+void MakeFonts(Stage* stage) {
+    LOGFONTW font = MessageFont(stage->dpi);
+    ReplaceFont(&stage->controls.font, font);
+    font.lfWeight = FW_BOLD;
+    ReplaceFont(&stage->controls.boldFont, font);
+    for (HWND child = GetWindow(stage->window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(stage->controls.font), TRUE);
+    }
+    SendMessageW(stage->controls.history, LB_SETITEMHEIGHT, 0, Scaled(*stage, kHistoryRow));
+}
+
+void PlaceControls(Stage* stage) {
+    const Areas areas = AreasOf(*stage);
+    const Controls& controls = stage->controls;
+    int left = 0, right = 0;
+    PlaceBarButtons(*stage, areas.upper, areas.lower, &left, &right);
+    const int margin = Scaled(*stage, kMargin);
+    const int text = std::max(right - margin - Scaled(*stage, kFrameTextWidth), left);
+    const int top = (areas.lower.top + areas.lower.bottom - Scaled(*stage, kSliderHeight)) / 2;
+    Move(controls.slider,
+         {left + margin, top, std::max(text, left + margin), top + Scaled(*stage, kSliderHeight)});
+    Move(controls.frameText, {text, areas.lower.top, right - margin, areas.lower.bottom});
+    Move(controls.canvas, areas.canvas);
+    UpdateWall(stage, areas.canvas);
+    const bool hasSteps = areas.history.right > areas.history.left;
+    if (hasSteps) Move(controls.history, areas.history);
+    ShowWindow(controls.history, hasSteps ? SW_SHOWNA : SW_HIDE);
+    RECT status = areas.status;
+    RECT stop = status;
+    stop.left = stop.right - Scaled(*stage, kStopWidth);
+    Move(GetDlgItem(stage->window, kStopWork), stop);
+    const int middle = (status.top + status.bottom - Scaled(*stage, kProgressHeight)) / 2;
+    RECT bar = {stop.left - margin - Scaled(*stage, kProgressWidth), middle, stop.left - margin,
+                middle + Scaled(*stage, kProgressHeight)};
+    Move(controls.progress, bar);
+    status.right = IsWindowVisible(controls.progress) ? bar.left - margin : status.right;
+    Move(controls.status, status);
+}
+
+RECT CanvasArea(const Stage& stage) { return AreasOf(stage).canvas; }
+
+void UpdateControls(Stage* stage) {
+    UpdateBarButtons(stage);
+    UpdateHistoryList(*stage);
+    const Film* film = ShownFilm(stage->history);
+    const int frames = film ? static_cast<int>(film->frames.size()) : 0;
+    SendMessageW(stage->controls.slider, TBM_SETRANGEMIN, FALSE, 1);
+    SendMessageW(stage->controls.slider, TBM_SETRANGEMAX, TRUE, std::max(frames, 1));
+    EnableWindow(stage->controls.slider, frames > 1);
+    EnableWindow(GetDlgItem(stage->window, kStopWork), IsPossible(*stage, *FindCommand(kStopWork)));
+    SetText(stage->window, TitleOf(*stage));
+    PlaceControls(stage);
+    UpdatePosition(*stage);
+    UpdateTooltips(*stage);
+    InvalidateCanvas(*stage);
+}
+
+void UpdatePosition(const Stage& stage) {
+    const Film* film = ShownFilm(stage.history);
+    SendMessageW(stage.controls.slider, TBM_SETPOS, TRUE, static_cast<LPARAM>(stage.playback.frame + 1));
+    SetText(stage.controls.frameText, film ? PositionText(stage.playback, *film) : "");
+    UpdateWallMoment(stage);
+}
+
+void ShowStatus(Stage* stage, const std::string& text) {
+    stage->controls.lasting = text;
+    SetText(stage->controls.status, text);
+}
+
+void ShowProgress(Stage* stage) {
+    Progress* progress = IsWorking(*stage)      ? &stage->work.progress
+                         : IsPluginOpen(*stage) ? &stage->plugin.opening->progress
+                                                : nullptr;
+    if (!progress) return;
+    const ShownProgress shown = LookAtProgress(progress, GetTickCount64());
+    const bool isBusy = IsWorking(*stage) || shown.total > 0;
+    if (!isBusy) {
+        ClearProgress(stage);
+        return;
+    }
+    std::string text = shown.text;
+    if (shown.total > 0)
+        text += "  " + std::to_string(std::min(shown.done + 1, shown.total)) + " of " +
+                std::to_string(shown.total);
+    if (!shown.timeLeft.empty()) text += ", " + shown.timeLeft;
+    SetText(stage->controls.status, text);
+    SendMessageW(stage->controls.progress, PBM_SETRANGE32, 0, std::max(shown.total, 1));
+    SendMessageW(stage->controls.progress, PBM_SETPOS, static_cast<WPARAM>(shown.done), 0);
+    if (!IsWindowVisible(stage->controls.progress)) {
+        const HWND stop = GetDlgItem(stage->window, kStopWork);
+        ShowWindow(stage->controls.progress, SW_SHOWNA);
+        ShowWindow(stop, SW_SHOWNA);
+        EnableWindow(stop, IsPossible(*stage, *FindCommand(kStopWork)));
+        PlaceControls(stage);
+    }
+    ShowTaskbarProgress(stage->window, shown.done, shown.total);
+}
+
+void ClearProgress(Stage* stage) {
+    ShowWindow(stage->controls.progress, SW_HIDE);
+    ShowWindow(GetDlgItem(stage->window, kStopWork), SW_HIDE);
+    SetText(stage->controls.status, stage->controls.lasting);
+    ClearTaskbarProgress(stage->window);
+    PlaceControls(stage);
+}
+
+}  // namespace kfx::stage

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+// The controls round the canvas: two bars of buttons, the frame slider, the list of steps, the status line.
+#pragma once
+
+#include <string>
+
+#include <windows.h>
+
+namespace kfx::stage {
+
+struct Stage;
+
+struct Controls {
+    HWND canvas = nullptr;
+    HWND slider = nullptr;  // frames, counted from 1
+    HWND frameText = nullptr;
+    HWND status = nullptr;
+    HWND progress = nullptr;
+    HWND history = nullptr;  // shown once there is a step
+    HWND tooltips = nullptr;
+    HWND hotButton = nullptr;  // under the pointer
+    POINT dragged = {};        // where the pointer was while it moves the picture
+    HFONT font = nullptr;
+    HFONT boldFont = nullptr;
+    std::string lasting;  // the status text while nothing is being done
+};
+
+void MakeControls(Stage* stage);
+
+// Makes the fonts anew for the window's resolution and the user's choice.
+void MakeFonts(Stage* stage);
+
+// Puts everything where it belongs in the window.
+void PlaceControls(Stage* stage);
+
+// The room for the canvas, or for whatever stands in its place.
+RECT CanvasArea(const Stage& stage);
+
+// After anything has changed: what is possible, texts, the title.
+void UpdateControls(Stage* stage);
+
+// After another frame is shown.
+void UpdatePosition(const Stage& stage);
+
+// A text for the status line, until the next one.
+void ShowStatus(Stage* stage, const std::string& text);
+
+// What is being done, in the status line and on the task bar.
+void ShowProgress(Stage* stage);
+void ClearProgress(Stage* stage);
+
+// Answers WM_DRAWITEM for the list of steps.
+void DrawHistoryRow(const Stage& stage, const DRAWITEMSTRUCT& item);
+
+}  // namespace kfx::stage

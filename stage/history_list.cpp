@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// Drawing the rows of the list of steps: a thumbnail, the name, the parameters.
+
+#include "commands/text_windows.h"
+#include "stage/controls.h"
+#include "stage/picture_drawing.h"
+#include "stage/stage.h"
+
+namespace kfx::stage {
+
+using namespace commands;
+
+namespace {
+
+constexpr int kRowMargin = 6;  // device-independent pixels
+
+void DrawLine(HDC target, RECT area, const std::string& text, HFONT font, int color, UINT format) {
+    const std::wstring wide = Widen(text);
+    const HGDIOBJ before = SelectObject(target, font);
+    SetTextColor(target, GetSysColor(color));
+    SetBkMode(target, TRANSPARENT);
+    DrawTextW(target, wide.c_str(), -1, &area, format | DT_NOPREFIX);
+    SelectObject(target, before);
+}
+
+void DrawThumbnail(HDC target, const RECT& area, const Thumbnail& thumbnail) {
+    if (thumbnail.rgba.empty()) return;
+    const SIZE room = {area.right - area.left, area.bottom - area.top};
+    const bool wide = thumbnail.size.cx >= thumbnail.size.cy;
+    const SIZE shown = {wide ? room.cx : MulDiv(room.cy, thumbnail.size.cx, thumbnail.size.cy),
+                        wide ? MulDiv(room.cx, thumbnail.size.cy, thumbnail.size.cx) : room.cy};
+    const LONG left = area.left + (room.cx - shown.cx) / 2, top = area.top + (room.cy - shown.cy) / 2;
+    const RECT place = {left, top, left + shown.cx, top + shown.cy};
+    const PictureGround ground = {RGB(238, 238, 238), RGB(204, 204, 204), 4};
+    DrawPicture(target, place, place, thumbnail.rgba.data(), thumbnail.size, ground);
+}
+
+}  // namespace
+
+void DrawHistoryRow(const Stage& stage, const DRAWITEMSTRUCT& item) {
+    if (item.itemID >= stage.history.steps.size()) return;
+    const Step& step = stage.history.steps[item.itemID];
+    const bool selected = item.itemID == stage.history.current;
+    const int text = selected ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT;
+    FillRect(item.hDC, &item.rcItem, GetSysColorBrush(selected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
+    const int margin = Scaled(stage, kRowMargin);
+    RECT area = item.rcItem;
+    InflateRect(&area, -margin, -margin);
+    const RECT picture = {area.left, area.top, area.left + (area.bottom - area.top), area.bottom};
+    DrawThumbnail(item.hDC, picture, step.thumbnail);
+    area.left = picture.right + margin;
+    TEXTMETRICW metrics = {};
+    const HGDIOBJ before = SelectObject(item.hDC, stage.controls.boldFont);
+    GetTextMetricsW(item.hDC, &metrics);
+    SelectObject(item.hDC, before);
+    RECT name = area;
+    name.bottom = name.top + metrics.tmHeight;
+    DrawLine(item.hDC, name, step.name, stage.controls.boldFont, text, DT_SINGLELINE | DT_END_ELLIPSIS);
+    area.top = name.bottom;
+    const std::string detail = item.itemID == 0 ? FileNameOf(stage.document.path) : step.summary;
+    DrawLine(item.hDC, area, detail, stage.controls.font, text,
+             DT_WORDBREAK | DT_EDITCONTROL | DT_END_ELLIPSIS);
+    if ((item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT))
+        DrawFocusRect(item.hDC, &item.rcItem);
+}
+
+}  // namespace kfx::stage

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+// The plug-in and its window, as the main window sees them. The plug-in runs on a thread of its own: while it
+// works or hangs, the main window lives on.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <windows.h>
+
+#include "commands/settings_file.h"
+#include "driven/plugin_library.h"
+#include "stage/history.h"
+
+namespace kfx::stage {
+
+struct Stage;
+struct PluginOpening;
+
+struct OpenedSource {
+    std::string path;
+    std::shared_ptr<const Film> film;
+};
+
+struct PluginHost {
+    PluginHost();
+    ~PluginHost();
+    PluginHost(const PluginHost&) = delete;
+    PluginHost& operator=(const PluginHost&) = delete;
+
+    std::string path;  // of the DLL
+    driven::PluginLibrary library;
+    std::unique_ptr<PluginOpening> opening;  // null: its window is closed
+    bool lost = false;                       // it has crashed or hangs, and is not called any more
+    bool closesStage = false;                // the main window closes once the plug-in's has closed
+};
+
+bool IsPluginOpen(const Stage& stage);
+
+// Whether it builds something that can be stopped.
+bool IsPluginBuilding(const Stage& stage);
+
+// Opens its window on the step that is shown, or brings it to the front. `settings`: the lines are given to
+// its controls before the user has them; empty: it opens as its user left it.
+void OpenPlugin(Stage* stage, const commands::SettingsDocument& settings);
+
+// The plug-in's next frame is refused; it then ends its build.
+void StopPluginBuild(Stage* stage);
+
+// Asks its window to close. False: it does not answer.
+bool ClosePlugin(Stage* stage);
+
+// Answers to the messages of its thread.
+void OnPluginEnded(Stage* stage);
+void OnPluginBuilt(Stage* stage, Step* step, bool isTest);
+void OnPluginSource(Stage* stage, OpenedSource* source);
+
+// Keeps the plug-in's window above the main window.
+void OnPositionChanging(const Stage& stage, WINDOWPOS* position);
+
+}  // namespace kfx::stage

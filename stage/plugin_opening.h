@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// One opening of the plug-in's window, on the plug-in's thread. The main window makes the record and takes it
+// back when the thread has ended; it never waits for the thread, so the thread may wait for it.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include <windows.h>
+
+#include "commands/host_session.h"
+#include "commands/settings_file.h"
+#include "driven/plugin_library.h"
+#include "stage/film.h"
+#include "stage/progress.h"
+
+namespace kfx::stage {
+
+struct PluginOpening {
+    // Set by the main window before the thread starts.
+    const driven::PluginLibrary* library = nullptr;
+    HWND stageWindow = nullptr;
+    std::shared_ptr<const Film> film;  // to be handed over; null: the plug-in asks for a file
+    std::string originalComment;       // of the opened file
+    std::shared_ptr<FramePool> pool;
+    std::string folder;                   // where its file dialog begins
+    commands::SettingsDocument settings;  // for its controls
+    commands::HostSession session;
+
+    // Of the plug-in's thread.
+    Animation source;
+    HWND owner = nullptr;    // of the plug-in's window; never shown
+    bool isTest = false;     // the build that is being handed over
+    HWND builder = nullptr;  // the window that builds it
+
+    // For both.
+    HANDLE thread = nullptr;
+    DWORD threadId = 0;
+    Progress progress;
+    std::atomic<HWND> window{nullptr};  // the plug-in's, once it can be used
+    std::atomic<bool> crashed{false};
+    std::string crashReport;  // where it was written; of the thread until it has ended
+};
+
+// The thread: runs the plug-in's window and posts kPluginEnded.
+DWORD WINAPI RunPluginThread(void* opening);
+
+// What the session asks of a user, for BeginSession's caller.
+void FillActions(PluginOpening* opening);
+
+// Puts itself before the session's own answers: it refuses frames after Stop and notes which builds are
+// tests. After BeginSession.
+void StandBeforeAnswers(PluginOpening* opening);
+
+// The values of the controls of the plug-in's window as lines of a settings document; to be called on its
+// thread.
+commands::SettingsDocument ReadPluginSettings(HWND window);
+
+// Gives the lines to the controls that they name; to be called on the window's thread.
+void ApplyPluginSettings(HWND window, const commands::SettingsDocument& settings);
+
+}  // namespace kfx::stage

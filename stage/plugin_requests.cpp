@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// What the plug-in asks of its host while its window is open. All of it runs on the plug-in's thread.
+#include <utility>
+
+#include "commands/text_windows.h"
+#include "driven/plugin_controls.h"
+#include "media/animation.h"
+#include "stage/file_choice.h"
+#include "stage/help_browser.h"
+#include "stage/plugin_host.h"
+#include "stage/plugin_opening.h"
+#include "stage/stage.h"
+#include "stage/stage_messages.h"
+#include "stage/steps.h"
+
+namespace kfx::stage {
+
+using namespace commands;
+using namespace driven;
+
+namespace {
+
+// The opening whose session answers, and the session's own answers. There is one at a time, and the host's
+// function gets no context.
+PluginOpening* answering = nullptr;
+HostCallback answer = nullptr;
+
+PluginOpening* OpeningOf(HostSession* session) { return static_cast<PluginOpening*>(session->user); }
+
+bool AskForAnimation(HostSession* session, void* owner, std::string* path) {
+    const PluginOpening* opening = OpeningOf(session);
+    if (!SendMessageW(opening->stageWindow, kMayReplaceSource, 0, 0)) return false;
+    return ChooseAnimationToOpen(static_cast<HWND>(owner), opening->folder, path);
+}
+
+bool AskForColor(HostSession*, void* owner, const uint8_t* palette, uint32_t* color) {
+    return ChooseColorFrom(static_cast<HWND>(owner), palette, color);
+}
+
+bool ShowHelpDocument(HostSession* session, const std::string& reference) {
+    return ShowHelpTopic(FolderOf(OpeningOf(session)->library->path), reference);
+}
+
+void ShowBuildProgress(HostSession* session) {
+    PluginOpening* opening = OpeningOf(session);
+    std::string text;
+    {
+        const std::lock_guard<std::mutex> lock(session->statusLock);
+        text = session->status;
+    }
+    NoteProgress(&opening->progress, opening->stageWindow, text, session->progressCurrent,
+                 session->progressTotal);
+}
+
+// The user has chosen another source in the plug-in's window.
+void ShowSource(HostSession* session) {
+    PluginOpening* opening = OpeningOf(session);
+    auto opened = std::make_unique<OpenedSource>();
+    opened->path = session->sourcePath;
+    opened->film = MakeFilm(*session->source, opening->pool.get());
+    opening->folder = FolderOf(session->sourcePath);
+    opening->originalComment = opened->film->facts.comment;
+    SendMessageW(opening->stageWindow, kPluginSource, 0, reinterpret_cast<LPARAM>(opened.release()));
+}
+
+// "Radius 5, Depth 15".
+std::string SummaryOf(HWND plugin) {
+    std::string summary;
+    for (const Parameter& parameter : ReadParameters(plugin)) {
+        summary +=
+            (summary.empty() ? "" : ", ") + parameter.name + " " + ValueText(parameter, parameter.value);
+    }
+    return summary;
+}
+
+void TakeResult(HostSession* session) {
+    PluginOpening* opening = OpeningOf(session);
+    const HWND plugin = opening->builder;
+    auto step = std::make_unique<Step>();
+    step->name = FromPluginText(ControlText(GetDlgItem(plugin, kEffectList)));
+    step->summary = SummaryOf(plugin);
+    step->settings = ReadPluginSettings(plugin);
+    step->record = std::make_shared<const SourceRecord>(session->record);
+    const auto built = std::make_shared<const BuiltAnimation>(std::exchange(session->built, {}));
+    step->built = built;
+    step->film = MakeFilm(PlayBuilt(*built, *step->record), opening->pool.get());
+    step->thumbnail = ThumbnailOf(*step->film, kThumbnailSide);
+    SendMessageW(opening->stageWindow, kPluginBuilt, opening->isTest ? 1 : 0,
+                 reinterpret_cast<LPARAM>(step.release()));
+}
+
+void ReportToUser(HostSession*, void* owner, const std::string& message) {
+    MessageBoxW(static_cast<HWND>(owner), Widen(message).c_str(), kStageTitle, MB_OK | MB_ICONWARNING);
+}
+
+// The task names the window, which may build before it has been looked at.
+void NoteTask(PluginOpening* opening, bool isTest, const FileObjectRecord* task) {
+    opening->isTest = isTest;
+    opening->builder = task && task->size >= sizeof *task
+                           ? reinterpret_cast<HWND>(static_cast<uintptr_t>(task->window))
+                           : nullptr;
+}
+
+uint64_t AnswerUnlessStopped(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
+    PluginOpening* opening = answering;
+    if (!opening || opening->crashed) return 0;
+    switch (static_cast<HostRequest>(request)) {
+        case HostRequest::NewTask:
+        case HostRequest::NewTestTask:
+            NoteTask(opening, static_cast<HostRequest>(request) == HostRequest::NewTestTask,
+                     reinterpret_cast<const FileObjectRecord*>(static_cast<uintptr_t>(pointer)));
+            break;
+        case HostRequest::AddImage:
+            if (opening->progress.stop) return 0;
+            break;
+        case HostRequest::CloseTask: {
+            const uint64_t closed = answer(context, request, word, pointer);
+            NoteProgress(&opening->progress, opening->stageWindow, " ", 0, 0);
+            return closed;
+        }
+        case HostRequest::OpenAnimation:
+            opening->progress.stop = false;
+            break;
+        default:
+            break;
+    }
+    return answer(context, request, word, pointer);
+}
+
+}  // namespace
+
+void FillActions(PluginOpening* opening) {
+    HostSession* session = &opening->session;
+    session->user = opening;
+    session->source = &opening->source;
+    session->actions.chooseAnimation = AskForAnimation;
+    session->actions.chooseColor = AskForColor;
+    session->actions.showHelp = ShowHelpDocument;
+    session->actions.showProgress = ShowBuildProgress;
+    session->actions.sourceOpened = ShowSource;
+    session->actions.taskClosed = TakeResult;
+    session->actions.reportError = ReportToUser;
+    session->offerAgain = false;
+    session->keepSource = false;
+}
+
+void StandBeforeAnswers(PluginOpening* opening) {
+    answering = opening;
+    answer = opening->session.context.callback;
+    opening->session.context.callback = AnswerUnlessStopped;
+}
+
+}  // namespace kfx::stage

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+// What comes out of Stage: files, frames, the clipboard; and work that is stopped.
+#include "tests/stage/stage_program.h"
+
+namespace kfx::test {
+namespace {
+
+using namespace stage;
+
+constexpr int kFileName = 0x480;      // the field of a file dialog
+constexpr int kFileNameList = 0x47C;  // or the list that holds it
+
+// Types a name into the file dialog with this title and accepts it.
+void ChooseFile(const StageWindow& test, const char* title, const std::string& path) {
+    HWND dialog = nullptr;
+    ASSERT_NO_FATAL_FAILURE(test.WaitForDialog(title, &dialog));
+    ASSERT_TRUE(
+        WaitFor([dialog] { return GetDlgItem(dialog, kFileName) || GetDlgItem(dialog, kFileNameList); }));
+    const HWND name =
+        GetDlgItem(dialog, kFileName) ? GetDlgItem(dialog, kFileName) : GetDlgItem(dialog, kFileNameList);
+    ASSERT_TRUE(WaitFor([name, &path] {
+        SendMessageA(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+        return TextOf(name) == path;
+    }));
+    Press(dialog, IDOK);
+}
+
+struct Saving : StageWindow {
+    std::string output = folder.path + "saved.gif";
+
+    void OpenAndBuild() {
+        ASSERT_NO_FATAL_FAILURE(Open({input}));
+        ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
+        ASSERT_NO_FATAL_FAILURE(Build("Solarize"));
+    }
+};
+
+TEST_F(Saving, A_saved_result_is_no_unsaved_work) {
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    EXPECT_TRUE(WaitForTitle("*in.gif - Kestrel Stage"));
+    Run(kSave);
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", output));
+    EXPECT_TRUE(WaitForText(kStatusText, "Saved saved.gif"));
+    EXPECT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
+    EXPECT_EQ(ReadBack(output).frames.size(), 3u);
+    ASSERT_NO_FATAL_FAILURE(Close(false));
+}
+
+TEST_F(Saving, Unsaved_work_can_be_saved_when_the_window_closes) {
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    PostMessageA(window, WM_CLOSE, 0, 0);
+    HWND box = nullptr;
+    ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));
+    PostMessageA(box, WM_COMMAND, IDYES, 0);
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", output));
+    EXPECT_EQ(WaitForEnd(&this->stage), 0);
+    EXPECT_EQ(ReadBack(output).frames.size(), 3u);
+}
+
+TEST_F(Saving, The_frames_are_exported_as_numbered_files) {
+    ASSERT_NO_FATAL_FAILURE(Open({input}));
+    ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
+    Run(kExportFrames);
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", folder.path + "frame.png"));
+    EXPECT_TRUE(WaitForText(kStatusText, "Exported frame-000.png to frame-002.png"));
+    EXPECT_TRUE(FileExists(folder.path + "frame-002.png"));
+    ASSERT_NO_FATAL_FAILURE(Close(false));
+}
+
+TEST_F(Saving, A_copied_frame_is_on_the_clipboard_with_its_alpha_and_as_png) {
+    WriteTestGif(input, 2, true);
+    ASSERT_NO_FATAL_FAILURE(Open({input}));
+    ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
+    Run(kFirstFrame);
+    Run(kCopyFrame);
+    ASSERT_TRUE(WaitForText(kStatusText, "Copied frame 1"));
+    ASSERT_TRUE(WaitFor([] { return OpenClipboard(nullptr) != 0; }));
+    const HANDLE bitmap = GetClipboardData(CF_DIBV5);
+    ASSERT_NE(bitmap, nullptr);
+    const auto* header = static_cast<const BITMAPV5HEADER*>(GlobalLock(bitmap));
+    EXPECT_EQ(header->bV5Width, kTestWidth);
+    EXPECT_EQ(header->bV5Height, kTestHeight);
+    const auto* rows = reinterpret_cast<const uint8_t*>(header) + header->bV5Size;
+    const Frame frame = ReadBack(input).frames[0];
+    // The last row of the picture comes first.
+    const size_t last = 4 * static_cast<size_t>(kTestWidth) * (kTestHeight - 1);
+    for (size_t x = 0; x < 4 * static_cast<size_t>(kTestWidth); x += 4) {
+        ASSERT_EQ(rows[x + 3], frame.pixels[last + x + 3]) << x;
+        ASSERT_EQ(rows[x], frame.pixels[last + x + 2]) << x;
+    }
+    GlobalUnlock(bitmap);
+    EXPECT_NE(GetClipboardData(RegisterClipboardFormatA("PNG")), nullptr);
+    CloseClipboard();
+    ASSERT_NO_FATAL_FAILURE(Close(false));
+}
+
+TEST_F(Saving, A_stopped_build_leaves_no_result_and_asks_nothing) {
+    WriteTestGif(input, 24, false, 8);
+    ASSERT_NO_FATAL_FAILURE(Open({input}));
+    ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
+    Run(kEffects);
+    HWND plugin = nullptr;
+    ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel FX #1", &plugin));
+    ASSERT_TRUE(WaitFor([plugin] { return TextOf(GetDlgItem(plugin, kPluginSize)) == "320 x 240"; }));
+    const HWND list = GetDlgItem(plugin, kPluginEffect);
+    SendMessageA(list, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>("Oil Painting"));
+    SendMessageA(plugin, WM_COMMAND, MAKEWPARAM(kPluginEffect, CBN_CLOSEUP), reinterpret_cast<LPARAM>(list));
+    Press(plugin, kPluginBuild);
+    ASSERT_TRUE(WaitForPossible(kStopWork)) << "once the first frame is being made";
+    Run(kStopWork);
+    EXPECT_TRUE(WaitForPossible(kOpen)) << "the plug-in's window closes without a message";
+    EXPECT_FALSE(IsPossible(kUndo));
+    ASSERT_NO_FATAL_FAILURE(Close(false));
+}
+
+}  // namespace
+}  // namespace kfx::test
