@@ -119,7 +119,21 @@ void Fill(HDC target, const RECT& area, int systemColor) {
     FillRect(target, &area, GetSysColorBrush(systemColor));
 }
 
-void DrawContent(const Stage& stage, HDC target, const RECT& area, const BarButton& button, COLORREF color) {
+void GiveTooltip(const Stage& stage, HWND button, const std::string& text, const CommandRow& row) {
+    const std::string keys = ShortcutText(row.shortcut);
+    std::wstring wide = Widen(keys.empty() ? text : text + " (" + keys + ")");
+    TOOLINFOW tool = {};
+    tool.cbSize = TTTOOLINFOW_V2_SIZE;
+    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+    tool.hwnd = stage.window;
+    tool.uId = reinterpret_cast<UINT_PTR>(button);
+    tool.lpszText = wide.data();
+    SendMessageW(stage.controls.tooltips, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    SendMessageW(stage.controls.tooltips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+void DrawContent(const Stage& stage, HDC target, const RECT& area, const BarButton& button, COLORREF color,
+                 COLORREF ground) {
     const std::wstring text = Widen(ShownText(stage, button));
     RECT place = area;
     if (button.icon != BarIcon::None) {
@@ -128,8 +142,8 @@ void DrawContent(const Stage& stage, HDC target, const RECT& area, const BarButt
                                       : static_cast<int>(area.left) + Scaled(stage, kPadding);
         const int top = (area.top + area.bottom - side) / 2;
         const bool pause = button.command == kPlay && stage.playback.playing;
-        DrawBarIcon(target, {left, top, left + side, top + side}, pause ? BarIcon::Pause : button.icon,
-                    color);
+        DrawBarIcon(target, {left, top, left + side, top + side}, pause ? BarIcon::Pause : button.icon, color,
+                    ground);
         place.left = left + side + Scaled(stage, kIconGap);
     }
     if (text.empty()) return;
@@ -178,26 +192,13 @@ void UpdateBarButtons(Stage* stage) {
         if (!possible && GetFocus() == window) SetFocus(stage->controls.canvas);
         EnableWindow(window, possible);
         if (button.onlyWhenPossible) ShowWindow(window, possible ? SW_SHOWNA : SW_HIDE);
-        SetWindowTextW(window, Widen(PlainTextOf(*stage, *row)).c_str());
         InvalidateRect(window, nullptr, FALSE);
-    }
-}
-
-void UpdateTooltips(const Stage& stage) {
-    for (const BarButton& button : kButtons) {
-        const CommandRow* row = FindCommand(button.command);
-        std::string text = PlainTextOf(stage, *row);
-        const std::string keys = ShortcutText(row->shortcut);
-        if (!keys.empty()) text += " (" + keys + ")";
-        std::wstring wide = Widen(text);
-        TOOLINFOW tool = {};
-        tool.cbSize = TTTOOLINFOW_V2_SIZE;
-        tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
-        tool.hwnd = stage.window;
-        tool.uId = reinterpret_cast<UINT_PTR>(WindowOf(stage, button));
-        tool.lpszText = wide.data();
-        SendMessageW(stage.controls.tooltips, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-        SendMessageW(stage.controls.tooltips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+        const std::wstring text = Widen(PlainTextOf(*stage, *row));
+        wchar_t now[256] = L"";
+        GetWindowTextW(window, now, 256);
+        if (text == now) continue;
+        SetWindowTextW(window, text.c_str());
+        GiveTooltip(*stage, window, Narrow(text), *row);
     }
 }
 
@@ -219,7 +220,7 @@ bool DrawBarButton(const Stage& stage, const DRAWITEMSTRUCT& item) {
     if (disabled) text = COLOR_GRAYTEXT;
     Fill(item.hDC, item.rcItem, ground);
     if (hot || pressed) FrameRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNSHADOW));
-    DrawContent(stage, item.hDC, item.rcItem, *button, GetSysColor(text));
+    DrawContent(stage, item.hDC, item.rcItem, *button, GetSysColor(text), GetSysColor(ground));
     if ((item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT)) {
         RECT focus = item.rcItem;
         InflateRect(&focus, -2, -2);

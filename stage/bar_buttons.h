@@ -14,13 +14,10 @@ void MakeBarButtons(Stage* stage);
 // Puts them into the bars. `left` and `right` are what is left of the lower bar between its buttons.
 void PlaceBarButtons(const Stage& stage, const RECT& upper, const RECT& lower, int* left, int* right);
 
-// Brings texts and what is possible up to date, and shows those that have something to do.
+// Brings texts, tooltips and what is possible up to date, and shows those that have something to do.
 void UpdateBarButtons(Stage* stage);
 
 // Answers WM_DRAWITEM. False: it is none of these.
 bool DrawBarButton(const Stage& stage, const DRAWITEMSTRUCT& item);
-
-// Gives all of them their tooltips.
-void UpdateTooltips(const Stage& stage);
 
 }  // namespace kfx::stage

@@ -2,6 +2,7 @@
 #include "stage/bar_icons.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -126,26 +127,32 @@ int CoverAt(const std::vector<Shape>& shapes, int x, int y, int side) {
     return 255 * inside / (kSamples * kSamples);
 }
 
-BYTE Mixed(BYTE color, BYTE ground, int cover) {
-    return static_cast<BYTE>((color * cover + ground * (255 - cover)) / 255);
+uint32_t Mixed(BYTE color, BYTE ground, int cover) {
+    return static_cast<uint32_t>((color * cover + ground * (255 - cover)) / 255);
 }
 
 }  // namespace
 
-void DrawBarIcon(HDC target, const RECT& place, BarIcon icon, COLORREF color) {
+void DrawBarIcon(HDC target, const RECT& place, BarIcon icon, COLORREF color, COLORREF ground) {
     const auto shapes = ShapesOf(icon);
     const int side = static_cast<int>(place.right - place.left);
+    std::vector<uint32_t> bits;
     for (int y = 0; y < side; ++y) {
         for (int x = 0; x < side; ++x) {
             const int cover = CoverAt(shapes, x, y, side);
-            if (cover == 0) continue;
-            const COLORREF ground = GetPixel(target, place.left + x, place.top + y);
-            SetPixelV(target, place.left + x, place.top + y,
-                      RGB(Mixed(GetRValue(color), GetRValue(ground), cover),
-                          Mixed(GetGValue(color), GetGValue(ground), cover),
-                          Mixed(GetBValue(color), GetBValue(ground), cover)));
+            bits.push_back(Mixed(GetRValue(color), GetRValue(ground), cover) << 16 |
+                           Mixed(GetGValue(color), GetGValue(ground), cover) << 8 |
+                           Mixed(GetBValue(color), GetBValue(ground), cover));
         }
     }
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = side;
+    info.bmiHeader.biHeight = -side;  // rows from the top
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    SetDIBitsToDevice(target, place.left, place.top, static_cast<DWORD>(side), static_cast<DWORD>(side), 0, 0,
+                      0, static_cast<UINT>(side), bits.data(), &info, DIB_RGB_COLORS);
 }
 
 }  // namespace kfx::stage

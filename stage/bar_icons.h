@@ -26,6 +26,7 @@ enum class BarIcon {
     Faster,
 };
 
-void DrawBarIcon(HDC target, const RECT& place, BarIcon icon, COLORREF color);
+// On a place that is filled with `ground`.
+void DrawBarIcon(HDC target, const RECT& place, BarIcon icon, COLORREF color, COLORREF ground);
 
 }  // namespace kfx::stage

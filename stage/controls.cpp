@@ -128,7 +128,6 @@ void MakeControls(Stage* stage) {
     controls.tooltips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0,
                                         stage->window, nullptr, GetModuleHandleW(nullptr), nullptr);
     MakeFonts(stage);
-    UpdateTooltips(*stage);
     ClearProgress(stage);
 }
 
@@ -185,7 +184,6 @@ void UpdateControls(Stage* stage) {
     SetText(stage->window, TitleOf(*stage));
     PlaceControls(stage);
     UpdatePosition(*stage);
-    UpdateTooltips(*stage);
     InvalidateCanvas(*stage);
 }
 
