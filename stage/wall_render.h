@@ -25,8 +25,8 @@ struct WallSetup {
     const std::vector<EffectDescription>* effects = nullptr;  // outlives the wall
     int threads = 1;
     uint64_t mostBytes = uint64_t{192} << 20;  // of the thumbnails of the source and of all tiles together
-    // Called by the threads when a tile has changed, or the source's thumbnails are there. It may call the
-    // functions below but OpenWallRender and those that say that they wait.
+    // Called by the threads when a tile has changed, or the source's thumbnails are there, in any order. It
+    // may call the functions below but OpenWallRender and those that say that they wait.
     void (*changed)(void* user, size_t tile) = nullptr;
     void* user = nullptr;
     void (*threadBegins)() = nullptr;  // called first by each thread; null: nothing
