@@ -54,12 +54,13 @@ std::vector<Parameter> ParametersOf(int effect) {
 }
 
 // The control of the parameter is written into documents as one of its kind. One box is not: its panel has
-// bound it as a slider, so that documents neither hold it nor set it.
-const EffectControl* ControlOf(int effect, const Parameter& parameter) {
+// bound it as a slider, so that documents neither hold it nor set it; with `everyBox` it counts, too.
+const EffectControl* ControlOf(int effect, const Parameter& parameter, bool everyBox = false) {
     const EffectControls& controls = EffectAt(static_cast<size_t>(effect))->controls;
     for (size_t i = 0; i < controls.count; ++i) {
         const EffectControl& control = controls.rows[i];
-        if (control.id == parameter.control && control.kind != ControlKind::SliderBox) return &control;
+        if (control.id == parameter.control && (everyBox || control.kind != ControlKind::SliderBox))
+            return &control;
     }
     return nullptr;
 }
@@ -100,7 +101,7 @@ int ShownValue(const Parameter& parameter, int32_t number) {
 void AddEffect(const SettingsDocument& document, int effect, OptionWords* words) {
     words->push_back({.name = "effect", .value = EffectNames()[static_cast<size_t>(effect)]});
     for (const Parameter& parameter : ParametersOf(effect)) {
-        const EffectControl* const control = ControlOf(effect, parameter);
+        const EffectControl* const control = ControlOf(effect, parameter, document.hasEveryBox);
         int32_t number = 0;
         if (!control || !FindNumber(document, control->id, WordOf(control->kind), &number)) continue;
         const int value = ShownValue(parameter, number);

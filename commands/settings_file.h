@@ -20,6 +20,7 @@ struct SettingsDocument {
     std::vector<std::string>
         comments;  // lines behind the first that begin with ";", without it and line ends
     std::vector<ControlLine> lines;
+    bool hasEveryBox = false;  // read from the window itself: a box that files leave out has a line, too
 };
 
 // Reads a document by the rules of the window's reader: lines that name no control are skipped, also behind

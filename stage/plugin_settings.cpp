@@ -44,6 +44,7 @@ ControlValue ValueOf(HWND control) {
 
 SettingsDocument ReadPluginSettings(HWND window) {
     SettingsDocument settings;
+    settings.hasEveryBox = true;
     for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
         const ControlValue value = ValueOf(child);
         const int id = GetDlgCtrlID(child);

@@ -2,6 +2,8 @@
 // Settings documents read as the window reads them, and written as it would.
 #include "commands/settings_file.h"
 
+#include <algorithm>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -66,6 +68,21 @@ TEST(SettingsFile, Boxes_and_lists_are_read_too) {
     EXPECT_THAT(effect, Contains("--set=Channels=Red - Blue")) << "a row that there is not";
     EXPECT_THAT(effect, Not(Contains(HasSubstr("Invert")))) << "documents do not set this box";
     EXPECT_EQ(words[0], "--effect=HSB and Channels") << "the last line counts";
+}
+
+TEST(SettingsFile, Settings_of_the_window_itself_have_the_box_that_files_leave_out) {
+    SettingsDocument document;
+    OptionWords words;
+    std::string error;
+    document.lines = {{.id = 50, .text = "CMBBOX50=5"}, {.id = 171, .text = "CHKBOX171=1"}};
+    for (const bool hasEveryBox : {false, true}) {
+        document.hasEveryBox = hasEveryBox;
+        ASSERT_TRUE(WordsOfSettings(document, {}, &words, &error)) << error;
+        const bool inverts = std::any_of(words.begin(), words.end(), [](const OptionWord& word) {
+            return word.name == "set" && word.value == "Invert colors=on";
+        });
+        EXPECT_EQ(inverts, hasEveryBox);
+    }
 }
 
 TEST(SettingsFile, Output_options_follow_the_windows_controls) {
