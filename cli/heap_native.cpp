@@ -7,6 +7,7 @@
 
 #include <malloc.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 
 namespace kfx::cli {
 namespace {
@@ -14,9 +15,17 @@ namespace {
 constexpr size_t kLargePage = size_t{2} << 20;
 constexpr size_t kAdvisedBytes = size_t{128} << 20;  // of address space; only what is used takes memory
 
+// Batch systems limit the address space; then nothing may be asked for ahead.
+bool IsLimited(int resource) {
+    rlimit limit = {};
+    return getrlimit(static_cast<__rlimit_resource_t>(resource), &limit) != 0 ||
+           limit.rlim_cur != RLIM_INFINITY;
+}
+
 }  // namespace
 
 void PrepareHeap() {
+    if (IsLimited(RLIMIT_AS) || IsLimited(RLIMIT_DATA)) return;
     // The greatest threshold of its own. Without it, the first block of each size is given back when it is
     // freed.
     constexpr int kLargestOnHeap = 32 << 20;

@@ -54,6 +54,7 @@ void OnEndingSignal(int) {
 
 void HandleSignals() {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);  // a file beyond the limit of its size fails with a reason
     struct sigaction action = {};
     action.sa_handler = OnEndingSignal;
     for (const int number : kEndingSignals) {

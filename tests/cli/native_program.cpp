@@ -36,6 +36,7 @@ pid_t Start(const std::vector<std::string>& arguments, const StartFiles& files, 
     const pid_t process = fork();
     if (process != 0) return process;
     std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGXFSZ, SIG_DFL);
     if (dup2(files.input, STDIN_FILENO) < 0) _exit(98);
     if (dup2(files.output, STDOUT_FILENO) < 0 || dup2(files.errors, STDERR_FILENO) < 0) _exit(98);
     if (isTraced && ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(96);
@@ -56,7 +57,10 @@ pid_t StartKestrelUntil(const std::string& path, const std::vector<std::string>&
     // It stops when it begins, then before and behind each of its system calls.
     while (process > 0 && waitpid(process, &status, 0) == process && WIFSTOPPED(status)) {
         if (FileExists(path)) return process;
-        if (ptrace(PTRACE_SYSCALL, process, nullptr, nullptr) != 0) break;
+        if (ptrace(PTRACE_SYSCALL, process, nullptr, nullptr) == 0) continue;
+        kill(process, SIGKILL);
+        waitpid(process, &status, 0);
+        break;
     }
     return -1;
 }

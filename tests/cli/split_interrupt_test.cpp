@@ -32,7 +32,7 @@ struct SplitStep {
 struct SplitInterrupt : ::testing::Test {
     TemporaryFolder folder;
     const std::string errors = folder.path + "errors";
-    std::vector<SplitStep> steps;  // survey, part, join to one file and to several
+    std::vector<SplitStep> steps;  // survey, part, join to one file
 
     std::string Path(const std::string& name) const { return folder.path + name; }
 
