@@ -108,10 +108,13 @@ bool IsWhole(const CommandLine& line, const Animation& source, const std::string
     if (line.format == "rgb" || line.format == "rgba")
         return AreWholeFrames(file, line.format, width, height) ||
                Say("it does not hold whole frames", reason);
-    // It may have been put there by anybody, so it is read with the limit of an input.
+    // It may have been put there by anybody, so it is read with the limit of an input. A video repeats frames
+    // and may have more of them; its file is as large as they are.
+    ReadLimits limits = LimitsOf(line);
+    if (line.format == "y4m") limits.maxPixels = UINT64_MAX;
     std::vector<uint8_t> content;
     if (!ReadWholeFile(SystemPath(file), &content, &error)) return Say("it cannot be read", reason);
-    if (!ReadAnimationFromMemory(content.data(), content.size(), &result, &error, LimitsOf(line)))
+    if (!ReadAnimationFromMemory(content.data(), content.size(), &result, &error, limits))
         return Say(error.find(kMaxPixelsOption) != std::string::npos ? error : "it is damaged", reason);
     if (!result.warning.empty()) return Say("it is damaged", reason);
     // Which scale was taken stands nowhere.

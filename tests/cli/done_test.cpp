@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "media/animation.h"
 #include "media/animation_writer.h"
 #include "tests/cli/program.h"
@@ -155,6 +157,25 @@ TEST_F(Done, A_result_with_more_pixels_than_are_read_is_not_done) {
     EXPECT_EQ(WhyNot(out, {"--effect=Bump"}), "it has another size");
     EXPECT_THAT(WhyNot(out, {"--effect=Bump", "--max-pixels=2"}),
                 StartsWith("the 3 frames of 1000 x 1000 together have 3000000 pixels"));
+}
+
+TEST_F(Done, A_video_may_repeat_more_pixels_than_an_input_may_have) {
+    GifAnimation gif;
+    gif.width = 30;
+    gif.height = 20;
+    gif.globalPalette = {{1, 2, 3}, {200, 100, 50}};
+    for (const int delay : {1, 3000}) {
+        GifFrame frame;
+        frame.indices.assign(600, static_cast<uint8_t>(gif.frames.size()));
+        frame.delay = delay;
+        gif.frames.push_back(frame);
+    }
+    std::string error;
+    ASSERT_TRUE(WriteGif(input, gif, &error)) << error;
+    const Words options = {"--effect=Bump", "--max-pixels=1"};
+    Make(Path("slow.y4m"), options);
+    EXPECT_GT(std::filesystem::file_size(Path("slow.y4m")), 3'000'000u);
+    EXPECT_EQ(WhyNot(Path("slow.y4m"), options), "");
 }
 
 TEST_F(Done, A_recipe_is_taken_over_before_it_is_compared) {
