@@ -118,6 +118,7 @@ bool WholeLine(const CommandLine& line, const Survey& survey, CommandLine* whole
     whole->output = line.output;
     whole->force = line.force;
     whole->json = line.json;
+    whole->threads = line.threads;
     return true;
 }
 
@@ -205,6 +206,7 @@ void AddJoin(CLI::App* app, const OptionTarget& target) {
               "Parts that kestrel apply --survey has made, in any order, or a pattern as PARTS-*.kpart")
         ->required();
     AddReadLimit(join, target.line);
+    AddThreads(join, target.line, false);
     AddOutput(
         join, target.line, "-o,--output",
         "In the format of the survey (PNG, several frames: NAME-000.png, ...); `-` for standard output");

@@ -6,6 +6,7 @@
 #include "commands/result_files.h"
 #include "commands/sequence.h"
 #include "commands/source_files.h"
+#include "media/file_io.h"
 
 namespace kfx::commands {
 Report RunCommand(const CommandLine& line, const CommandContext& context) {
@@ -58,7 +59,7 @@ bool ReadSource(const CommandLine& line, size_t source, Animation* animation, Re
 
 bool CheckOutput(const CommandLine& line, const std::vector<std::string>& files, Report* report) {
     std::string error;
-    if (MayWriteResult(files, line.inputs, line.force, &error)) return true;
+    if (IsWritingTaken() || MayWriteResult(files, line.inputs, line.force, &error)) return true;
     *report = FailedReport(kExitBadOutput, error);
     return false;
 }

@@ -37,18 +37,6 @@ struct MadeAgain {
     std::vector<uint8_t> content;  // of the wanted one
 };
 
-// The path of a file that there is not, and that could be written. Nothing is. Empty: there is no folder for
-// temporary files.
-std::string FreePath(const std::string& format) {
-    std::error_code unknown;
-    const fs::path folder = fs::temp_directory_path(unknown);
-    if (unknown) return "";
-    for (int64_t number = std::chrono::steady_clock::now().time_since_epoch().count();; ++number) {
-        const std::string name = "kestrel-verify-" + std::to_string(number) + "." + format;
-        if (!fs::exists(folder / name, unknown)) return Utf8Of(folder / name);
-    }
-}
-
 std::string FormatOf(const Recipe& recipe) {
     for (const OptionWord& word : recipe.words) {
         if (word.name == "format") return word.value;
@@ -128,6 +116,7 @@ std::vector<std::string> ArgumentsFor(const CommandLine& line, const Recipe& rec
     std::vector<std::string> arguments = {"apply", "--join", "--quiet", "--output=" + output};
     for (const OptionWord& word : recipe.words) arguments.push_back(TextOf(word));
     if (line.maxPixels >= 0) arguments.push_back("--max-pixels=" + std::to_string(line.maxPixels));
+    if (line.threads > 0) arguments.push_back("--threads=" + std::to_string(line.threads));
     arguments.emplace_back("--");
     arguments.insert(arguments.end(), line.recipe.sources.begin(), line.recipe.sources.end());
     return arguments;
@@ -171,8 +160,7 @@ Report RunVerify(const CommandLine& line, const CommandContext& context) {
     // A recipe may name anything.
     std::string text = "it names no format.";
     const std::string format = ResolveFormat("-", FormatOf(file.recipe), &text);
-    const std::string output = FreePath(format);
-    if (output.empty()) return FailedReport(kExitBadOutput, "there is no folder for temporary files.");
+    const std::string output = "made-again." + format;  // is never written
     CommandLine again;
     if (format.empty() ||
         ParseCommandLine(ArgumentsFor(line, file.recipe, output), {}, &again, &text) != ParseOutcome::Run) {
@@ -196,6 +184,7 @@ void AddVerify(CLI::App* app, const OptionTarget& target) {
         ->type_name("FILE")
         ->required();
     AddReadLimit(verify, target.line);
+    AddThreads(verify, target.line, false);
     AddEngineOptions(verify, target);
 }
 

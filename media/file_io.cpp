@@ -275,6 +275,8 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
 
 void TakeWriting(TakeFile take) { takeFile = std::move(take); }
 
+bool IsWritingTaken() { return takeFile != nullptr; }
+
 void WatchWriting(const WriteWatch& watch) { writeWatch = watch; }
 
 }  // namespace kfx

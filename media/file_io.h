@@ -47,6 +47,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
 // instead, in their order. Null: files are written again.
 using TakeFile = std::function<void(const std::string& path, std::vector<uint8_t>* content)>;
 void TakeWriting(TakeFile take);
+bool IsWritingTaken();
 
 // For a program that may be ended by another one while it writes: these calls tell that other program which
 // files to remove then. Either may be null.

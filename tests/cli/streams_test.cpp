@@ -204,7 +204,7 @@ TEST_F(Streams, Verifying_writes_no_file) {
         const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
         ASSERT_GE(inotify_add_watch(watch, temporary.c_str(), IN_CREATE | IN_MOVED_TO), 0);
         ASSERT_GE(inotify_add_watch(watch, folder.path.c_str(), IN_CREATE | IN_MOVED_TO), 0);
-        setenv("TMPDIR", temporary.c_str(), 1);
+        setenv("TMPDIR", (temporary + "/there is none").c_str(), 1);
         const pid_t process = StartKestrel({"verify", made, "--source", input}, STDOUT_FILENO, STDERR_FILENO);
         const int exitCode = WaitForEnd(process);
         if (before)
