@@ -8,7 +8,7 @@
 namespace kfx::commands {
 
 // The frames as an effect that changes nothing would have built them: with indices where they have some, else
-// in true colour. Takes the source's frames one after another; it has none afterwards. `jobs` may give
+// in true colour. Takes the pixels out of the source's frames; it has none afterwards. `jobs` may give
 // threads.
 BuiltAnimation PlainBuild(Animation* source, const JobRunner& jobs = JobRunner());
 

@@ -170,7 +170,8 @@ void AddSeed(CLI::App* command, RecipeOptions* options, const std::string& byIts
     };
     command
         ->add_option_function<std::string>(
-            "--seed", [](const std::string&) {}, "Of the random numbers of Water Drops (" + byItself + ")")
+            "--seed", [](const std::string&) {},
+            "Seed of the random numbers of Water Drops (" + byItself + ")")
         ->type_name("N")
         ->check(readSeed);
 }

@@ -39,7 +39,7 @@ struct GifPlayer {
     size_t nextFrame = 0;
     const GifFrame* drawn = nullptr;  // the last frame that does not give the canvas back
     bool isDrawnOnClear = false;      // it was drawn on an empty canvas
-    bool isShownOnClear = false;      // the last frame was
+    bool isShownOnClear = false;      // the last frame was drawn on an empty canvas
     bool isCleared = false;           // the canvas counts as empty, though it still shows `drawn`
     const std::vector<RgbColor>* palette = nullptr;  // of the last frame
     ColorNumber numberOf[256] = {};                  // of its indices

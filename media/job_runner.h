@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <new>
 
 namespace kfx {
@@ -41,7 +42,7 @@ void RunJobs(const JobRunner& runner, size_t count, Work work) {
         try {
             (*static_cast<Work*>(user))(static_cast<size_t>(number), static_cast<size_t>(worker));
             return true;
-        } catch (const std::bad_alloc&) {
+        } catch (const std::exception&) {
             return false;
         }
     };

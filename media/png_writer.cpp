@@ -12,7 +12,7 @@ namespace {
 
 constexpr size_t kLeastDigits = 3;
 constexpr char kNoMemory[] = "there is not enough memory to write the PNG file";
-constexpr size_t kFilesAhead = 4;  // that each thread makes before they are written
+constexpr size_t kFilesAhead = 2;  // files for each thread that are made before they are written
 
 using Bytes = std::vector<uint8_t>;
 
