@@ -119,6 +119,7 @@ void OnPluginEnded(Stage* stage) {
     EndSession();
     const bool crashed = plugin.opening->crashed;
     const std::string report = plugin.opening->crashReport;
+    const std::string error = plugin.opening->error;
     if (crashed) {
         // Its thread may stand in the plug-in for ever, and looks at the record.
         plugin.lost = true;
@@ -131,6 +132,7 @@ void OnPluginEnded(Stage* stage) {
     }
     ClearProgress(stage);
     UpdateControls(stage);
+    if (!error.empty()) ShowMessage(*stage, nullptr, error, MB_ICONERROR);
     if (crashed) {
         ShowMessage(
             *stage, nullptr,

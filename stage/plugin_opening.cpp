@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "stage/plugin_opening.h"
 
+#include <new>
+
 #include "driven/plugin_controls.h"
 #include "stage/plugin_guard.h"
 #include "stage/stage_messages.h"
@@ -100,16 +102,19 @@ void TakeUnawareScale() {
         setContext(reinterpret_cast<HANDLE>(kUnaware));
 }
 
-}  // namespace
-
-DWORD WINAPI RunPluginThread(void* parameter) {
-    auto* opening = static_cast<PluginOpening*>(parameter);
-    running = opening;
-    TakeUnawareScale();
-    if (opening->film) {
+bool CopySource(PluginOpening* opening) {
+    try {
+        if (!opening->film) return true;
         opening->source = AnimationOf(*opening->film);
         opening->source.comment = opening->originalComment;
+        return true;
+    } catch (const std::bad_alloc&) {
+        opening->error = "There is not enough memory to open the plug-in with this animation.";
+        return false;
     }
+}
+
+void ShowPlugin(PluginOpening* opening) {
     opening->owner = MakeOwner();
     const HHOOK hook = SetWindowsHookExW(WH_CBT, WatchWindows, nullptr, GetCurrentThreadId());
     RunGuarded(opening, [](PluginOpening* guarded) {
@@ -117,6 +122,15 @@ DWORD WINAPI RunPluginThread(void* parameter) {
     });
     if (hook) UnhookWindowsHookEx(hook);
     if (opening->owner) DestroyWindow(opening->owner);
+}
+
+}  // namespace
+
+DWORD WINAPI RunPluginThread(void* parameter) {
+    auto* opening = static_cast<PluginOpening*>(parameter);
+    running = opening;
+    TakeUnawareScale();
+    if (CopySource(opening)) ShowPlugin(opening);
     opening->window = nullptr;
     opening->source = {};
     running = nullptr;

@@ -40,6 +40,7 @@ struct PluginOpening {
     Progress progress;
     std::atomic<HWND> window{nullptr};  // the plug-in's, once it can be used
     std::atomic<bool> crashed{false};
+    std::string error;        // why it could not be opened; of the thread until it has ended
     std::string crashReport;  // where it was written; of the thread until it has ended
 };
 

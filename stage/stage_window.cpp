@@ -108,6 +108,12 @@ void OnClose(Stage* stage) {
                 kStageTitle, MB_YESNO | MB_ICONWARNING) != IDYES)
             return;
     }
+    if (IsWorking(*stage)) {
+        // Files are written to their end.
+        stage->work.closesStage = true;
+        ShowStatus(stage, "Stage closes once this is done.");
+        return;
+    }
     if (MayReplaceDocument(stage)) DestroyWindow(stage->window);
 }
 
@@ -120,7 +126,17 @@ void OnDestroy(Stage* stage) {
 }
 
 // False: the session's end waits for the user, who wants to save.
-LRESULT OnQueryEndSession(Stage* stage) { return MayReplaceDocument(stage) ? TRUE : FALSE; }
+LRESULT OnQueryEndSession(Stage* stage) {
+    WaitForWork(stage);
+    return MayReplaceDocument(stage) ? TRUE : FALSE;
+}
+
+// The window is not destroyed then.
+void OnEndSession(Stage* stage, bool ends) {
+    if (!ends) return;
+    RememberWindow(stage);
+    WriteRemembered(stage->remembered);
+}
 
 // Messages of the other threads. False: it is none.
 bool OnStageMessage(Stage* stage, UINT message, WPARAM word, LPARAM pointer, LRESULT* answer) {
@@ -212,6 +228,9 @@ LRESULT CALLBACK StageProcedure(HWND window, UINT message, WPARAM word, LPARAM p
             return 0;
         case WM_QUERYENDSESSION:
             return OnQueryEndSession(stage);
+        case WM_ENDSESSION:
+            OnEndSession(stage, word != 0);
+            return 0;
         case WM_CLOSE:
             OnClose(stage);
             return 0;

@@ -13,7 +13,11 @@ namespace {
 
 DWORD WINAPI RunWork(void* parameter) {
     auto* work = static_cast<Work*>(parameter);
-    work->run(work);
+    try {
+        work->run(work);
+    } catch (const std::exception&) {
+        work->error = "There is not enough memory for this.";
+    }
     PostMessageW(work->window, kWorkDone, 0, 0);
     return 0;
 }
@@ -28,6 +32,7 @@ bool StartWork(Stage* stage, const std::string& title, std::function<void(Work*)
     work.run = std::move(run);
     work.finished = std::move(finished);
     work.progress.stop = false;
+    work.error.clear();
     NoteProgress(&work.progress, stage->window, title, 0, 0);
     work.thread = CreateThread(nullptr, 0, RunWork, &work, 0, nullptr);
     if (!work.thread) return false;
@@ -47,8 +52,14 @@ void OnWorkDone(Stage* stage) {
     work.run = nullptr;
     const auto finished = std::exchange(work.finished, nullptr);
     ClearProgress(stage);
-    finished(stage);
+    if (work.error.empty()) {
+        finished(stage);
+    } else {
+        ShowStatus(stage, "");
+        ShowMessage(*stage, nullptr, work.error, MB_ICONERROR);
+    }
     UpdateControls(stage);
+    if (std::exchange(work.closesStage, false)) PostMessageW(stage->window, WM_CLOSE, 0, 0);
 }
 
 void WaitForWork(Stage* stage) {
