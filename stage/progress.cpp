@@ -10,6 +10,18 @@ constexpr uint64_t kFirstEstimate = 1000;  // milliseconds
 
 }  // namespace
 
+void Restart(Progress* progress) {
+    {
+        const std::lock_guard<std::mutex> lock(progress->lock);
+        progress->text.clear();
+        progress->since = 0;
+    }
+    progress->done = 0;
+    progress->total = 0;
+    progress->stop = false;
+    progress->announced = false;
+}
+
 void NoteProgress(Progress* progress, HWND window, const std::string& text, int done, int total) {
     {
         const std::lock_guard<std::mutex> lock(progress->lock);

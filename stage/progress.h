@@ -29,6 +29,9 @@ struct ShownProgress {
     std::string timeLeft;  // empty while it cannot be told
 };
 
+// For the window, before another piece of work notes its state here: nothing is known of the one before.
+void Restart(Progress* progress);
+
 // For the working thread: notes the state and tells the window once until it looks. An empty text keeps the
 // one before.
 void NoteProgress(Progress* progress, HWND window, const std::string& text, int done, int total);

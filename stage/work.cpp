@@ -31,7 +31,7 @@ bool StartWork(Stage* stage, const std::string& title, std::function<void(Work*)
     work.window = stage->window;
     work.run = std::move(run);
     work.finished = std::move(finished);
-    work.progress.stop = false;
+    Restart(&work.progress);
     work.error.clear();
     NoteProgress(&work.progress, stage->window, title, 0, 0);
     work.thread = CreateThread(nullptr, 0, RunWork, &work, 0, nullptr);
@@ -48,10 +48,10 @@ void OnWorkDone(Stage* stage) {
     WaitForSingleObject(work.thread, INFINITE);
     CloseHandle(work.thread);
     work.thread = nullptr;
-    NoteProgress(&work.progress, stage->window, " ", 0, 0);
     work.run = nullptr;
     const auto finished = std::exchange(work.finished, nullptr);
     ClearProgress(stage);
+    ShowProgress(stage);  // the plug-in may be building; what it has noted meanwhile was not looked at
     if (work.error.empty()) {
         finished(stage);
     } else {
