@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the plug-in asks of its host while its window is open. All of it runs on the plug-in's thread.
+#include <exception>
 #include <utility>
 
 #include "commands/text_windows.h"
@@ -73,7 +74,7 @@ std::string SummaryOf(HWND plugin) {
     return summary;
 }
 
-void TakeResult(HostSession* session) {
+void HandResultOver(HostSession* session) {
     PluginOpening* opening = OpeningOf(session);
     const HWND plugin = opening->builder;
     auto step = std::make_unique<Step>();
@@ -91,6 +92,15 @@ void TakeResult(HostSession* session) {
 
 void ReportToUser(HostSession*, void* owner, const std::string& message) {
     MessageBoxW(static_cast<HWND>(owner), Widen(message).c_str(), kStageTitle, MB_OK | MB_ICONWARNING);
+}
+
+// The plug-in learns nothing of a result that does not fit: it has done its part.
+void TakeResult(HostSession* session) {
+    try {
+        HandResultOver(session);
+    } catch (const std::exception&) {
+        ReportToUser(session, OpeningOf(session)->builder, "There is not enough memory to show the result.");
+    }
 }
 
 // The task names the window, which may build before it has been looked at.
