@@ -189,7 +189,7 @@ void UpdateBarButtons(Stage* stage) {
         const CommandRow* row = FindCommand(button.command);
         const HWND window = WindowOf(*stage, button);
         const bool possible = IsPossible(*stage, *row);
-        if (!possible && GetFocus() == window) SetFocus(stage->controls.canvas);
+        if (!possible && GetFocus() == window) FocusPicture(*stage);
         EnableWindow(window, possible);
         if (button.onlyWhenPossible) ShowWindow(window, possible ? SW_SHOWNA : SW_HIDE);
         InvalidateRect(window, nullptr, FALSE);
