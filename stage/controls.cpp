@@ -210,11 +210,11 @@ void ShowProgress(Stage* stage) {
         ClearProgress(stage);
         return;
     }
-    std::string text = shown.text;
-    if (shown.total > 0)
+    std::string text = progress->stop ? "Stopping." : shown.text;
+    if (shown.total > 0 && !progress->stop)
         text += "  " + std::to_string(std::min(shown.done + 1, shown.total)) + " of " +
                 std::to_string(shown.total);
-    if (!shown.timeLeft.empty()) text += ", " + shown.timeLeft;
+    if (!shown.timeLeft.empty() && !progress->stop) text += ", " + shown.timeLeft;
     SetText(stage->controls.status, text);
     SendMessageW(stage->controls.progress, PBM_SETRANGE32, 0, std::max(shown.total, 1));
     SendMessageW(stage->controls.progress, PBM_SETPOS, static_cast<WPARAM>(shown.done), 0);

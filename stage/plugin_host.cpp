@@ -100,9 +100,7 @@ void OpenPlugin(Stage* stage, const SettingsDocument& settings) {
 }
 
 void StopPluginBuild(Stage* stage) {
-    if (!IsPluginBuilding(*stage)) return;
-    stage->plugin.opening->progress.stop = true;
-    ShowStatus(stage, "Stopping; the frame that is being made is the last one.");
+    if (IsPluginOpen(*stage) && AskToStop(&stage->plugin.opening->progress)) ShowProgress(stage);
 }
 
 bool ClosePlugin(Stage* stage) {

@@ -44,7 +44,8 @@ bool IsPluginBuilding(const Stage& stage);
 // its controls before the user has them; empty: it opens as its user left it.
 void OpenPlugin(Stage* stage, const commands::SettingsDocument& settings);
 
-// The plug-in's next frame is refused; it then ends its build.
+// The plug-in hands its frames over when it has made all of them: the first is refused, and it ends its
+// build.
 void StopPluginBuild(Stage* stage);
 
 // Asks its window to close. False: it does not answer.

@@ -29,7 +29,7 @@ bool IsPluginWindow(HWND window) {
 
 // The message about a frame that the user has stopped says nothing new.
 bool IsMessageAboutStop(HWND window) {
-    return running->progress.stop && !IsPluginWindow(window) && ControlClass(window) == kDialogClass;
+    return running->refusing && !IsPluginWindow(window) && ControlClass(window) == kDialogClass;
 }
 
 // Whether a dialog is being made for the owner: the plug-in's window or a message instead of it. Others, such

@@ -33,6 +33,7 @@ struct PluginOpening {
     HWND owner = nullptr;    // of the plug-in's window; never shown
     bool isTest = false;     // the build that is being handed over
     HWND builder = nullptr;  // the window that builds it
+    bool refusing = false;   // from a frame that was refused after Stop to the end of its build
 
     // For both.
     HANDLE thread = nullptr;

@@ -121,10 +121,13 @@ uint64_t AnswerUnlessStopped(uint64_t context, uint32_t request, uint64_t word, 
                      reinterpret_cast<const FileObjectRecord*>(static_cast<uintptr_t>(pointer)));
             break;
         case HostRequest::AddImage:
-            if (opening->progress.stop) return 0;
-            break;
+            if (!opening->progress.stop) break;
+            opening->refusing = true;
+            return 0;
         case HostRequest::CloseTask: {
             const uint64_t closed = answer(context, request, word, pointer);
+            opening->refusing = false;
+            EndStop(&opening->progress);
             NoteProgress(&opening->progress, opening->stageWindow, " ", 0, 0);
             return closed;
         }

@@ -35,6 +35,20 @@ void NoteProgress(Progress* progress, HWND window, const std::string& text, int 
     if (!progress->announced.exchange(true)) PostMessageW(window, kProgressNoted, 0, 0);
 }
 
+bool AskToStop(Progress* progress) {
+    const std::lock_guard<std::mutex> lock(progress->lock);
+    if (progress->total <= 0) return false;
+    progress->stop = true;
+    return true;
+}
+
+// Under the lock, so that no later question finds parts of what has ended.
+void EndStop(Progress* progress) {
+    const std::lock_guard<std::mutex> lock(progress->lock);
+    progress->total = 0;
+    progress->stop = false;
+}
+
 ShownProgress LookAtProgress(Progress* progress, uint64_t now) {
     progress->announced = false;
     ShownProgress shown;

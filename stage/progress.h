@@ -36,6 +36,12 @@ void Restart(Progress* progress);
 // one before.
 void NoteProgress(Progress* progress, HWND window, const std::string& text, int done, int total);
 
+// For the window: asks for the end, unless no part is being done. False: nothing was asked.
+bool AskToStop(Progress* progress);
+
+// For the working thread, at the end of what can be stopped: what comes next has not been stopped.
+void EndStop(Progress* progress);
+
 // For the window.
 ShownProgress LookAtProgress(Progress* progress, uint64_t now);
 

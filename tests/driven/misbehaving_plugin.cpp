@@ -74,8 +74,8 @@ BOOL WINAPI MoveAndMeet(LPCWSTR from, LPCWSTR to, DWORD flags) {
     return MoveFileExW(from, to, flags);
 }
 
-int BuildReally(HWND parent, kfx::HostContext* context) {
-    const HMODULE real = LoadLibraryA("kfxplug1.dll");
+int BuildReally(HWND parent, kfx::HostContext* context, const char* plugin = "kfxplug1.dll") {
+    const HMODULE real = LoadLibraryA(plugin);
     const auto build = reinterpret_cast<int (*)(HWND, kfx::HostContext*)>(
         reinterpret_cast<void*>(GetProcAddress(real, "PLUGIN16DoBuild")));
     return build(parent, context);
@@ -101,6 +101,22 @@ int BuildAndMeet(HWND parent, kfx::HostContext* context, const char* function, v
             kfx::driven::SetImport(import, replacement);
     }
     return BuildReally(parent, context);
+}
+
+// Meets the test whenever the host has been told of a frame that is being made.
+kfx::HostCallback hostsAnswer = nullptr;
+
+uint64_t AnswerAndMeet(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
+    const uint64_t answer = hostsAnswer(context, request, word, pointer);
+    if (static_cast<kfx::HostRequest>(request) == kfx::HostRequest::Progress && pointer > 0) MeetTest();
+    return answer;
+}
+
+// Stands before the host's answers. This DLL has the real plug-in's name here, and that one another.
+int BuildAndMeetAtProgress(HWND parent, kfx::HostContext* context) {
+    hostsAnswer = context->callback;
+    context->callback = AnswerAndMeet;
+    return BuildReally(parent, context, "real_plugin.dll");
 }
 
 // What a host takes for the window of a plug-in: a dialog with an effect list and a preview. It hangs when an
@@ -153,6 +169,7 @@ extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostConte
         return BuildAndMeet(parent, context, "GetFullPathNameW", reinterpret_cast<void*>(&FindPathAndMeet));
     if (misbehaviour == "placing")
         return BuildAndMeet(parent, context, "MoveFileExW", reinterpret_cast<void*>(&MoveAndMeet));
+    if (misbehaviour == "progress") return BuildAndMeetAtProgress(parent, context);
     if (misbehaviour == "handle") WriteToHandle();
     if (misbehaviour == "elsewhere") {
         SetCurrentDirectoryA("C:\\windows");

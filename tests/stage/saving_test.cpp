@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What comes out of Stage: files, frames, the clipboard; and work that is stopped.
+// What comes out of Stage: files, frames, the clipboard.
 #include "tests/stage/stage_program.h"
 
 namespace kfx::test {
@@ -91,25 +91,6 @@ TEST_F(Saving, A_copied_frame_is_on_the_clipboard_with_its_alpha_and_as_png) {
     GlobalUnlock(bitmap);
     EXPECT_NE(GetClipboardData(RegisterClipboardFormatA("PNG")), nullptr);
     CloseClipboard();
-    ASSERT_NO_FATAL_FAILURE(Close(false));
-}
-
-TEST_F(Saving, A_stopped_build_leaves_no_result_and_asks_nothing) {
-    WriteTestGif(input, 24, false, 8);
-    ASSERT_NO_FATAL_FAILURE(Open({input}));
-    ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
-    Run(kEffects);
-    HWND plugin = nullptr;
-    ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel FX #1", &plugin));
-    ASSERT_TRUE(WaitFor([plugin] { return TextOf(GetDlgItem(plugin, kPluginSize)) == "320 x 240"; }));
-    const HWND list = GetDlgItem(plugin, kPluginEffect);
-    SendMessageA(list, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>("Oil Painting"));
-    SendMessageA(plugin, WM_COMMAND, MAKEWPARAM(kPluginEffect, CBN_CLOSEUP), reinterpret_cast<LPARAM>(list));
-    Press(plugin, kPluginBuild);
-    ASSERT_TRUE(WaitForPossible(kStopWork)) << "once the first frame is being made";
-    Run(kStopWork);
-    EXPECT_TRUE(WaitForPossible(kOpen)) << "the plug-in's window closes without a message";
-    EXPECT_FALSE(IsPossible(kUndo));
     ASSERT_NO_FATAL_FAILURE(Close(false));
 }
 
