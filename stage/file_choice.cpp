@@ -8,6 +8,7 @@
 
 #include "commands/command_line.h"
 #include "commands/text_windows.h"
+#include "stage/stage.h"
 
 namespace kfx::stage {
 
@@ -42,6 +43,11 @@ void PutPath(const std::string& path, wchar_t* buffer) {
     if (wide.size() < kLongestPath) lstrcpyW(buffer, wide.c_str());
 }
 
+bool MayReplace(HWND owner, const std::string& path) {
+    const std::wstring question = Widen(FileNameOf(path) + " exists already. Replace it?");
+    return MessageBoxW(owner, question.c_str(), kStageTitle, MB_YESNO | MB_ICONQUESTION) == IDYES;
+}
+
 }  // namespace
 
 bool ChooseAnimationToOpen(HWND owner, const std::string& folder, std::string* path) {
@@ -60,6 +66,12 @@ bool ChooseAnimationToOpen(HWND owner, const std::string& folder, std::string* p
     return true;
 }
 
+bool AnyExists(const std::vector<std::string>& files) {
+    return std::any_of(files.begin(), files.end(), [](const std::string& file) {
+        return GetFileAttributesW(Widen(file).c_str()) != INVALID_FILE_ATTRIBUTES;
+    });
+}
+
 bool ChooseFileToSave(HWND owner, SaveKind kind, std::string* path) {
     const SaveOffer& offer = OfferOf(kind);
     wchar_t buffer[kLongestPath] = L"";
@@ -73,13 +85,16 @@ bool ChooseFileToSave(HWND owner, SaveKind kind, std::string* path) {
     dialog.lpstrDefExt = offer.usual;
     dialog.Flags =
         OFN_EXPLORER | OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY | OFN_NOCHANGEDIR;
-    if (!GetSaveFileNameW(&dialog)) return false;
-    *path = Narrow(buffer);
-    const std::string ending = EndingOf(*path);
-    if (std::find(offer.endings.begin(), offer.endings.end(), ending) != offer.endings.end()) return true;
-    const size_t row = dialog.nFilterIndex >= 1 ? dialog.nFilterIndex - 1 : 0;
-    *path += offer.endings[row < offer.rows ? row : 0];
-    return true;
+    for (;;) {
+        if (!GetSaveFileNameW(&dialog)) return false;
+        *path = Narrow(buffer);
+        const std::string ending = EndingOf(*path);
+        if (std::find(offer.endings.begin(), offer.endings.end(), ending) != offer.endings.end()) return true;
+        const size_t row = dialog.nFilterIndex >= 1 ? dialog.nFilterIndex - 1 : 0;
+        *path += offer.endings[row < offer.rows ? row : 0];
+        // The dialog has asked about the name without this ending.
+        if (!AnyExists({*path}) || MayReplace(owner, *path)) return true;
+    }
 }
 
 bool ChooseColorFrom(HWND owner, const uint8_t* palette, uint32_t* color) {

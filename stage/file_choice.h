@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include <windows.h>
 
@@ -14,7 +15,10 @@ bool ChooseAnimationToOpen(HWND owner, const std::string& folder, std::string* p
 
 enum class SaveKind { Animation, Frames };
 
+bool AnyExists(const std::vector<std::string>& files);
+
 // Asks where to save; `*path` holds the suggestion and the answer, which always has an ending of the kind.
+// The user has agreed that a file of this name is replaced. False: the user cancelled.
 bool ChooseFileToSave(HWND owner, SaveKind kind, std::string* path);
 
 // Asks for a colour (0x00BBGGRR). `palette` is 256 red-green-blue triples; the user is offered sixteen of

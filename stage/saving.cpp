@@ -59,12 +59,6 @@ void TakeWritten(Stage* stage, const Writing& writing) {
     ShowStatus(stage, "Saved " + FileNameOf(writing.files.front()));
 }
 
-bool AnyExists(const std::vector<std::string>& files) {
-    return std::any_of(files.begin(), files.end(), [](const std::string& file) {
-        return GetFileAttributesW(Widen(file).c_str()) != INVALID_FILE_ATTRIBUTES;
-    });
-}
-
 void WriteFrames(Writing* writing) {
     const Animation animation = AnimationOf(*writing->step.film);
     writing->files = PngFramePaths(writing->path, animation.frames.size());

@@ -46,6 +46,21 @@ TEST_F(Saving, A_saved_result_is_no_unsaved_work) {
     ASSERT_NO_FATAL_FAILURE(Close(false));
 }
 
+TEST_F(Saving, A_file_whose_ending_is_added_is_asked_about_before_it_is_replaced) {
+    const std::string kept = folder.path + "saved.jpg.gif", typed = folder.path + "saved.jpg";
+    WriteText(kept, "kept");
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    Run(kSave);
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", typed));
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDNO));
+    EXPECT_EQ(ReadText(kept), "kept");
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", typed));
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDYES));
+    EXPECT_TRUE(WaitForText(kStatusText, "Saved saved.jpg.gif"));
+    EXPECT_EQ(ReadBack(kept).frames.size(), 3u);
+    ASSERT_NO_FATAL_FAILURE(Close(false));
+}
+
 TEST_F(Saving, Unsaved_work_can_be_saved_when_the_window_closes) {
     ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
     PostMessageA(window, WM_CLOSE, 0, 0);
