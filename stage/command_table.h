@@ -28,7 +28,7 @@ struct CommandRow {
     bool startsGroup = false;  // a line stands before it in its menu
     const char* text;          // UTF-8, with & before the letter that is underlined
     Shortcut shortcut = {};
-    Shortcut otherShortcut = {};
+    Shortcut otherShortcuts[2] = {};
     bool (*isPossible)(const Stage& stage) = nullptr;      // null: always
     bool (*isChecked)(const Stage& stage) = nullptr;       // null: never
     std::string (*textNow)(const Stage& stage) = nullptr;  // in place of `text`; null: that holds

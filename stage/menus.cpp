@@ -74,7 +74,7 @@ HACCEL MakeAccelerators() {
     std::vector<ACCEL> accelerators;
     for (const CommandRow& row : Commands()) {
         AddAccelerator(row.id, row.shortcut, &accelerators);
-        AddAccelerator(row.id, row.otherShortcut, &accelerators);
+        for (const Shortcut& other : row.otherShortcuts) AddAccelerator(row.id, other, &accelerators);
     }
     return CreateAcceleratorTableW(accelerators.data(), static_cast<int>(accelerators.size()));
 }
@@ -104,10 +104,13 @@ void UpdateMenu(const Stage& stage, HMENU menu) {
 void ShowKeyList(Stage* stage) {
     std::string text;
     for (const CommandRow& row : Commands()) {
-        const std::string keys = ShortcutText(row.shortcut);
-        const std::string others = ShortcutText(row.otherShortcut);
+        std::string keys = ShortcutText(row.shortcut);
         if (keys.empty()) continue;
-        text += keys + (others.empty() ? "" : " or " + others) + ":  " + PlainTextOf(*stage, row) + "\n";
+        for (const Shortcut& other : row.otherShortcuts) {
+            // A + is typed with Shift on some keyboards: that is the same key to its user.
+            if (other.key && other.key != VK_OEM_PLUS) keys += " or " + ShortcutText(other);
+        }
+        text += keys + ":  " + PlainTextOf(*stage, row) + "\n";
     }
     text +=
         "O, held down:  the source alone\nLeft, Right:  move the wipe's line\nSpace on the picture:  Play";
