@@ -13,6 +13,8 @@ namespace kfx::cli {
 namespace {
 
 constexpr size_t kLargePage = size_t{2} << 20;
+constexpr size_t kSmallPagesBytes = size_t{256} << 10;
+constexpr size_t kBlockHeaderBytes = 64;             // and more: what the heap notes behind a block, too
 constexpr size_t kAdvisedBytes = size_t{128} << 20;  // of address space; only what is used takes memory
 
 // Batch systems limit the address space; then nothing may be asked for ahead.
@@ -32,11 +34,17 @@ void PrepareHeap() {
     mallopt(M_MMAP_THRESHOLD, kLargestOnHeap);
     mallopt(M_TOP_PAD, int{kAdvisedBytes});
     mallopt(M_TRIM_THRESHOLD, int{kAdvisedBytes} * 2);
-    // A block on the heap makes it grow; what is behind the block stays in the heap for later ones.
-    const std::unique_ptr<void, decltype(&std::free)> block(std::malloc(kLargePage), std::free);
-    if (!block) return;
-    const auto start = (reinterpret_cast<uintptr_t>(block.get()) + kLargePage - 1) / kLargePage * kLargePage;
-    madvise(reinterpret_cast<void*>(start), kAdvisedBytes - kLargePage, MADV_HUGEPAGE);
+    // Small blocks go into what is before `filler`, on small pages. The filler's own pages are never touched,
+    // so that it takes no memory; it ends where a large page begins. The heap has to grow for the two, and
+    // what is behind them stays in the heap for later blocks.
+    const std::unique_ptr<void, decltype(&std::free)> room(std::malloc(kSmallPagesBytes), std::free);
+    if (!room) return;
+    const auto behind = reinterpret_cast<uintptr_t>(room.get()) + kSmallPagesBytes + kBlockHeaderBytes;
+    const uintptr_t boundary = (behind + kBlockHeaderBytes + kLargePage) / kLargePage * kLargePage;
+    static void* volatile filler;  // kept to the end: it is still known where the block is
+    filler = std::malloc(boundary - behind - kBlockHeaderBytes);
+    if (!filler) return;
+    madvise(reinterpret_cast<void*>(boundary), kAdvisedBytes - 2 * kLargePage, MADV_HUGEPAGE);
 }
 
 }  // namespace kfx::cli
