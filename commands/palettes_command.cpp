@@ -67,9 +67,9 @@ bool Try(const OpenEngine& engine, HostSession* session, const CommandLine& give
     trial->firstFrame = PlayBuilt(session->built, session->record).frames.front().pixels;
     std::vector<uint8_t> file;
     std::string error;
-    const JobRunner writers = JobsOnThreads(line.threads);
-    if (!EncodeGif(MakeGif(std::move(session->built), session->record, writers), &file, &error, GifOptions(),
-                   writers)) {
+    const GifOptions writing{.jobs = JobsOnThreads(line.threads)};
+    if (!EncodeGif(MakeGif(std::move(session->built), session->record, writing.jobs), &file, &error,
+                   writing)) {
         *failure = {kExitEngine, "the GIF cannot be made: " + error + "."};
         return false;
     }

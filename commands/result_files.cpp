@@ -44,15 +44,15 @@ bool Write(const std::string& path, BuiltAnimation built, const SourceRecord& so
     if (IsStream(path)) return WriteToStandardOutput(std::move(built), source, options, written, error);
     if (IsRawFormat(format)) return WriteRawFile(system, std::move(built), source, options, written, error);
     if (format == "gif") {
-        GifAnimation gif = MakeGif(std::move(built), source, options.jobs);
+        GifAnimation gif = MakeGif(std::move(built), source, options.gif.jobs);
         NoteResult(options, &gif, written);
         if (options.fingerprint && HasLoss(options, format)) {
             const auto encode = [&](std::vector<uint8_t>* file, std::string* clause) {
-                return EncodeGif(gif, file, clause, options.gif, options.jobs);
+                return EncodeGif(gif, file, clause, options.gif);
             };
             return WriteLossy(system, encode, written, error);
         }
-        return WriteGif(system, gif, error, options.gif, options.jobs);
+        return WriteGif(system, gif, error, options.gif);
     }
     Animation animation = PlayBuilt(built, source);
     built = {};  // the played frames take its place in memory

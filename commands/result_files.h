@@ -21,7 +21,6 @@ struct ResultOptions {
     PngOptions png;
     RecipeDraft recipe;        // is kept in the file, with its fingerprint; raw frames hold none
     bool fingerprint = false;  // is wanted in WrittenResult
-    JobRunner jobs = {};       // frames of a GIF are compressed by it
 };
 
 // Whether a file in this format shows other pixels than those that it is made of.

@@ -61,9 +61,9 @@ bool WriteRaw(BuiltAnimation built, const SourceRecord& source, const ResultOpti
 bool EncodeResult(BuiltAnimation built, const SourceRecord& source, const ResultOptions& options,
                   WrittenResult* written, std::vector<uint8_t>* file, std::string* error) {
     if (options.format == "gif") {
-        GifAnimation gif = MakeGif(std::move(built), source, options.jobs);
+        GifAnimation gif = MakeGif(std::move(built), source, options.gif.jobs);
         NoteResult(options, &gif, written);
-        return EncodeGif(gif, file, error, options.gif, options.jobs);
+        return EncodeGif(gif, file, error, options.gif);
     }
     Animation animation = PlayBuilt(built, source);
     built = {};

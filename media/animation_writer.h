@@ -49,6 +49,7 @@ struct GifOptions {
     // in another colour of the palette, whose distance (the square root of the sum of the squared differences
     // of red, green and blue) is at most a quarter of this number. Transparency stays.
     int lossy = 0;
+    JobRunner jobs = {};  // for several frames
 };
 
 // Makes a small file that plays as the frames do: each frame shows the same picture for the same time. Parts,
@@ -58,9 +59,9 @@ struct GifOptions {
 // With GifOptions::lossy, a frame builds on what the one before shows at last, and the work stays on one
 // thread.
 bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error,
-              const GifOptions& options = GifOptions(), const JobRunner& jobs = JobRunner());
+              const GifOptions& options = GifOptions());
 bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error,
-               const GifOptions& options = GifOptions(), const JobRunner& jobs = JobRunner());
+               const GifOptions& options = GifOptions());
 
 enum class WebpKind {
     Lossless,

@@ -240,13 +240,13 @@ void CompressAtOnce(const GifAnimation& gif, const GlobalColors& global, const J
     });
 }
 
-void EncodeChecked(const GifAnimation& gif, const GifOptions& options, const JobRunner& jobs, Bytes* file) {
+void EncodeChecked(const GifAnimation& gif, const GifOptions& options, Bytes* file) {
     const int lossy = std::clamp(options.lossy, 0, kMaxLossy);
     GifPlan plan = PlanGif(gif);
     const GlobalColors global = ChooseGlobalColors(gif, plan);
     GifParts parts = {.gif = &gif, .numbers = {}, .frames = {}};
-    if (lossy == 0 && WorkersFor(jobs, plan.frames.size()) > 1)
-        CompressAtOnce(gif, global, jobs, &plan, &parts.frames);
+    if (lossy == 0 && WorkersFor(options.jobs, plan.frames.size()) > 1)
+        CompressAtOnce(gif, global, options.jobs, &plan, &parts.frames);
     else
         CompressInOrder(gif, lossy, global, &plan, &parts.frames);
     parts.numbers = std::move(plan.numbers);
@@ -256,14 +256,14 @@ void EncodeChecked(const GifAnimation& gif, const GifOptions& options, const Job
 }  // namespace
 
 bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string* error,
-               const GifOptions& options, const JobRunner& jobs) {
+               const GifOptions& options) {
     file->clear();
     if (const char* fault = FaultOf(gif)) {
         *error = fault;
         return false;
     }
     try {
-        EncodeChecked(gif, options, jobs, file);
+        EncodeChecked(gif, options, file);
         return true;
     } catch (const std::bad_alloc&) {
     }
@@ -274,10 +274,10 @@ bool EncodeGif(const GifAnimation& gif, std::vector<uint8_t>* file, std::string*
     return false;
 }
 
-bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error, const GifOptions& options,
-              const JobRunner& jobs) {
+bool WriteGif(const std::string& path, const GifAnimation& gif, std::string* error,
+              const GifOptions& options) {
     const auto encode = [&](size_t, std::vector<uint8_t>* file, std::string* clause) {
-        return EncodeGif(gif, file, clause, options, jobs);
+        return EncodeGif(gif, file, clause, options);
     };
     return WriteWholeFiles({path}, encode, error);
 }

@@ -79,7 +79,7 @@ TEST(WriterJobs, A_GIF_has_the_same_bytes_on_any_number_of_threads) {
             std::string error;
             ASSERT_TRUE(EncodeGif(named.gif, &expected, &error, {.lossy = lossy})) << error;
             for (const JobRunner& runner : Runners()) {
-                ASSERT_TRUE(EncodeGif(named.gif, &found, &error, {.lossy = lossy}, runner)) << error;
+                ASSERT_TRUE(EncodeGif(named.gif, &found, &error, {.lossy = lossy, .jobs = runner})) << error;
                 EXPECT_TRUE(found == expected) << named.name << ", lossy " << lossy << ", " << runner.threads;
             }
         }
@@ -150,7 +150,7 @@ TEST(WriterJobs, A_job_that_fails_leaves_no_file) {
     for (failingJob = 0; failingJob < 5; ++failingJob) {
         Bytes file;
         std::string error;
-        EXPECT_FALSE(EncodeGif(gif, &file, &error, GifOptions(), runner));
+        EXPECT_FALSE(EncodeGif(gif, &file, &error, {.jobs = runner}));
         EXPECT_EQ(error, "there is not enough memory to write the GIF file");
         EXPECT_TRUE(file.empty());
         EXPECT_FALSE(EncodeApng(animation, &file, &error, {.jobs = runner}));
