@@ -2,6 +2,8 @@
 #include "commands/alpha_pixels.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 #include "media/quantize.h"
 
@@ -229,14 +231,22 @@ void MixOnto(RgbColor color, Pixels* pixels) {
     }
 }
 
-bool ApplyThreshold(Pixels* pixels) {
-    // Without a branch, so that the compiler takes several pixels at a time.
-    unsigned neither = 0;
-    for (size_t i = 3; i < pixels->size(); i += 4) {
-        const unsigned alpha = (*pixels)[i];
-        neither |= static_cast<unsigned>(alpha - 1 < kOpaque - 1);
+bool HasHalfTransparency(const Pixels& pixels) {
+    // Whole pixels and no branch, so that the compiler takes several at a time. Alpha is the byte behind the
+    // others.
+    static_assert(std::endian::native == std::endian::little);
+    constexpr uint32_t kBetween = kOpaque - 1;
+    uint32_t neither = 0;
+    for (size_t i = 0; i < pixels.size(); i += 4) {
+        uint32_t pixel;
+        std::memcpy(&pixel, pixels.data() + i, sizeof pixel);
+        neither |= static_cast<uint32_t>((pixel >> 24) - 1 < kBetween);
     }
-    if (neither == 0) return false;
+    return neither != 0;
+}
+
+bool ApplyThreshold(Pixels* pixels) {
+    if (!HasHalfTransparency(*pixels)) return false;
     for (size_t i = 3; i < pixels->size(); i += 4) (*pixels)[i] = (*pixels)[i] < kOpaqueFrom ? 0 : kOpaque;
     return true;
 }

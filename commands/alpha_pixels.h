@@ -48,6 +48,8 @@ void FillWith(RgbColor color, Pixels* pixels);
 // A colour that is frequent among the visible pixels of all frames.
 RgbColor FrequentColor(const std::vector<Frame>& frames);
 
+// Whether a pixel is neither hidden nor opaque.
+bool HasHalfTransparency(const Pixels& pixels);
 // Mixes half-transparent pixels onto a colour; they are opaque then.
 void MixOnto(RgbColor color, Pixels* pixels);
 // Pixels below half of the full alpha are hidden, the others are opaque. Returns whether a pixel was neither.

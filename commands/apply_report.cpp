@@ -34,8 +34,10 @@ std::string FilesText(const std::vector<std::string>& files) {
 
 ResultCounts CountsOf(const HostSession& session) {
     const BuiltAnimation& built = session.built;
+    const size_t colors = CountColors(built, session.record);
+    if (built.gif) return {built.gif->frames.size(), colors, built.gif->width, built.gif->height};
     if (built.frames.empty()) return {};
-    return {built.frames.size(), CountColors(built, session.record), built.width, built.height};
+    return {built.frames.size(), colors, built.width, built.height};
 }
 
 void ReportResult(const WrittenResult& written, const ResultCounts& counts, const ResultTimes& times,

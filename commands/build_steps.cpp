@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/build_steps.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "commands/alpha_pixels.h"
@@ -40,6 +41,27 @@ bool KeepsColors(const CommandLine& line, const WholeRun* whole, const Animation
     const bool keeps = FitsGifPalettes(finished, JobsOnThreads(line.threads));
     if (whole) whole->facts->keepsColors = keeps;
     return keeps;
+}
+
+bool AllIndexed(const Animation& animation) {
+    return std::all_of(animation.frames.begin(), animation.frames.end(),
+                       [](const Frame& frame) { return frame.indexed; });
+}
+
+// Straight from the source's pixels to a GIF. Returns false where the frames are needed in between, where the
+// colours do not fit palettes, and where all frames have indices already.
+bool BuildGifAtOnce(const CommandLine& line, const WholeRun* whole, HostSession* session) {
+    Animation& source = *session->source;
+    if (!line.keepsColors || whole || line.format != "gif" || line.journeys.seamless || AllIndexed(source))
+        return false;
+    session->record = MakeRecordWithoutAlpha(source);
+    GifAnimation gif;
+    if (!MakeGifOfSource(source, session->record, JobsOnThreads(line.threads), &gif)) return false;
+    session->built = {};
+    session->built.gif = std::move(gif);
+    session->built.complete = true;
+    source.frames.clear();
+    return true;
 }
 
 }  // namespace
@@ -105,6 +127,7 @@ bool BuildResult(const CommandLine& given, const CommandContext& context, WholeR
         return false;
     }
     SettleHalfTransparency(PipelineOptionsOf(line), session->source, notes);
+    if (BuildGifAtOnce(line, whole, session)) return true;
     if (line.trueColor || KeepsColors(line, whole, *session->source)) {
         if (whole && whole->use == WholeUse::Find) return true;
         session->record = MakeSourceRecord(*session->source);

@@ -2,7 +2,9 @@
 #include "commands/built_animation.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
+#include <unordered_set>
 #include <utility>
 
 #include "host/animation_layout.h"
@@ -144,6 +146,38 @@ GifAnimation StartGif(const BuiltAnimation& built, const SourceRecord& source) {
     return gif;
 }
 
+// In true colour every frame is a whole picture.
+int DisposalOf(const SourceRecord& source) {
+    return source.transparent ? kDisposalBackground : kDisposalKeep;
+}
+
+// Each entry of a frame's own palette is drawn, but for the transparent one.
+size_t CountColors(const GifAnimation& gif) {
+    std::unordered_set<uint32_t> colors;
+    for (const GifFrame& frame : gif.frames) {
+        for (size_t i = 0; i < frame.palette.size(); ++i) {
+            const RgbColor color = frame.palette[i];
+            if (static_cast<int>(i) != frame.transparentIndex)
+                colors.insert(static_cast<uint32_t>(color.red | color.green << 8 | color.blue << 16));
+        }
+    }
+    return colors.size();
+}
+
+// Marks the indices that occur among `count`. Most pixels have their neighbours' index: eight that equal the
+// eight before are passed over.
+void NoteIndices(const uint8_t* indices, size_t count, bool (&used)[256]) {
+    uint64_t last = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (i >= 8 && count - i >= 8 && std::memcmp(indices + i, &last, sizeof last) == 0) {
+            i += 7;
+            continue;
+        }
+        used[indices[i]] = true;
+        if (i >= 7) std::memcpy(&last, indices + i - 7, sizeof last);
+    }
+}
+
 // Whether the frame shows nothing of those before it.
 bool DrawsEveryPixel(const BuiltFrame& frame) {
     return !frame.indexed || frame.transparentIndex < 0 || frame.transparentIndex > 255;
@@ -166,7 +200,7 @@ GifAnimation MakeTrueColorGif(const BuiltAnimation& built, const SourceRecord& s
         GifFrame& frame = gif.frames[number];
         QuantizeFrame(picture.data(), built.width, built.height, 256, &frame);
         frame.delay = from.delay;
-        frame.disposal = source.transparent ? kDisposalBackground : kDisposalKeep;
+        frame.disposal = DisposalOf(source);
     });
     return gif;
 }
@@ -220,6 +254,7 @@ bool AddBuiltFrame(const AddImageRecord& record, const uint8_t* bitmap, size_t b
 }
 
 size_t CountColors(const BuiltAnimation& built, const SourceRecord& source) {
+    if (built.gif) return CountColors(*built.gif);
     std::vector<bool> drawn(size_t{1} << 24);
     size_t count = 0;
     const auto note = [&](size_t color) {
@@ -235,7 +270,8 @@ size_t CountColors(const BuiltAnimation& built, const SourceRecord& source) {
         const uint8_t* const alpha = kept.size() == pixels ? kept.data() : nullptr;
         if (frame.indexed) {
             bool used[256] = {};
-            for (size_t i = 0; i < pixels; ++i) used[frame.pixels[i]] |= !alpha || alpha[i] != 0;
+            if (!alpha) NoteIndices(frame.pixels.data(), pixels, used);
+            for (size_t i = 0; i < pixels && alpha; ++i) used[frame.pixels[i]] |= alpha[i] != 0;
             for (size_t i = 0; i < frame.palette.size(); ++i) {
                 const RgbColor color = frame.palette[i];
                 if (used[i] && static_cast<int>(i) != frame.transparentIndex)
@@ -288,7 +324,27 @@ Animation PlayBuilt(const BuiltAnimation& built, const SourceRecord& source) {
     return animation;
 }
 
+bool MakeGifOfSource(const Animation& animation, const SourceRecord& record, const JobRunner& jobs,
+                     GifAnimation* gif) {
+    BuiltAnimation built;
+    built.width = animation.width;
+    built.height = animation.height;
+    GifAnimation made = StartGif(built, record);
+    made.frames.resize(animation.frames.size());
+    std::atomic<bool> fits = true;
+    RunJobs(jobs, animation.frames.size(), [&](size_t number, size_t) {
+        const Frame& from = animation.frames[number];
+        GifFrame& frame = made.frames[number];
+        frame.delay = from.delay;
+        frame.disposal = DisposalOf(record);
+        if (fits && !IndexFrame(from.pixels.data(), animation.width, animation.height, &frame)) fits = false;
+    });
+    if (fits) *gif = std::move(made);
+    return fits;
+}
+
 GifAnimation MakeGif(BuiltAnimation built, const SourceRecord& source, const JobRunner& jobs) {
+    if (built.gif) return std::move(*built.gif);
     const bool indexed = std::all_of(built.frames.begin(), built.frames.end(),
                                      [](const BuiltFrame& frame) { return frame.indexed; });
     if (!indexed) return MakeTrueColorGif(built, source, jobs);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,8 @@ struct BuiltAnimation {
     std::vector<RgbColor> palette;  // 2 to 256 entries
     std::vector<BuiltFrame> frames;
     std::string comment;
+    // A GIF that was made of the source without an engine; there are no frames then.
+    std::optional<GifAnimation> gif;
 };
 
 // Starts a new animation from a task's record. False: its size is not one of a picture.
@@ -57,6 +60,12 @@ Animation PlayBuilt(const BuiltAnimation& built, const SourceRecord& source);
 // The animation as a GIF. Frames stand as they were handed over unless the source is transparent; then whole
 // pictures are stored, so that what was see-through in the source stays so. True colour frames get palettes
 // of their own; `jobs` may give threads for finding these. Comments and the rest as above.
+// An animation that is a GIF already stays as it is.
 GifAnimation MakeGif(BuiltAnimation built, const SourceRecord& source, const JobRunner& jobs = JobRunner());
+
+// The GIF of a source that no effect changes, as MakeGif would make it of the frames in true colour. Returns
+// false when a frame has more colours than a palette. `jobs` may give threads.
+bool MakeGifOfSource(const Animation& animation, const SourceRecord& record, const JobRunner& jobs,
+                     GifAnimation* gif);
 
 }  // namespace kfx::commands

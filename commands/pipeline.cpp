@@ -199,9 +199,11 @@ void SettleHalfTransparency(const PipelineOptions& options, Animation* animation
     if (options.halfTransparency == HalfTransparency::Stay) return;
     for (Frame& frame : animation->frames) {
         NoteTransparency(&frame);
-        if (!frame.transparent) continue;
-        if (options.halfTransparency == HalfTransparency::Mix) MixOnto(options.matte, &frame.pixels);
-        if (ApplyThreshold(&frame.pixels)) notes->thresholdApplied = true;
+        if (!frame.transparent || !HasHalfTransparency(frame.pixels)) continue;
+        if (options.halfTransparency == HalfTransparency::Mix)
+            MixOnto(options.matte, &frame.pixels);
+        else
+            notes->thresholdApplied = ApplyThreshold(&frame.pixels);
         NoteTransparency(&frame);
     }
 }

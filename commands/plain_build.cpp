@@ -3,35 +3,12 @@
 
 #include <atomic>
 #include <cstring>
-#include <unordered_set>
 #include <utility>
 
-#include "media/color_cache.h"
 #include "media/quantize.h"
 
 namespace kfx::commands {
 namespace {
-
-constexpr size_t kMostColors = 256;
-
-// The opaque colours, and one entry for transparency, fit one palette.
-bool FitsPalette(const Frame& frame) {
-    constexpr uint32_t kTransparent = 1u << 24;
-    std::unordered_set<uint32_t> colors;
-    ColorCache cache;
-    for (size_t i = 0; i < frame.pixels.size(); i += 4) {
-        const uint8_t* pixel = frame.pixels.data() + i;
-        if (i > 0 && std::memcmp(pixel, pixel - 4, 4) == 0) continue;
-        const uint32_t color = pixel[3] < kOpaqueFrom
-                                   ? kTransparent
-                                   : static_cast<uint32_t>(pixel[0] << 16 | pixel[1] << 8 | pixel[2]);
-        ColorCache::Slot* const slot = SlotOf(&cache, color);
-        if (slot->color == color) continue;
-        slot->color = color;
-        if (colors.insert(color).second && colors.size() > kMostColors) return false;
-    }
-    return true;
-}
 
 std::vector<uint8_t> WithoutAlpha(const std::vector<uint8_t>& rgba) {
     const size_t count = rgba.size() / 4;
@@ -71,7 +48,10 @@ bool FitsGifPalettes(const Animation& animation, const JobRunner& jobs) {
     std::atomic<bool> fits = true;
     RunJobs(jobs, animation.frames.size(), [&](size_t number, size_t) {
         const Frame& frame = animation.frames[number];
-        if (fits && !frame.indexed && !FitsPalette(frame)) fits = false;
+        GifFrame made;
+        if (fits && !frame.indexed &&
+            !IndexFrame(frame.pixels.data(), animation.width, animation.height, &made))
+            fits = false;
     });
     return fits;
 }

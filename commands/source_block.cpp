@@ -131,7 +131,7 @@ std::vector<uint8_t> AlphaOf(const Frame& frame) {
 
 bool HasOwnPalette(const Animation& animation) { return GlobalColors(animation) > 0; }
 
-SourceRecord MakeSourceRecord(const Animation& animation) {
+SourceRecord MakeRecordWithoutAlpha(const Animation& animation) {
     SourceRecord record;
     record.width = animation.width;
     record.height = animation.height;
@@ -145,10 +145,16 @@ SourceRecord MakeSourceRecord(const Animation& animation) {
         SourceFrame kept;
         kept.delay = frame.delay;
         kept.milliseconds = frame.milliseconds;
-        if (frame.transparent) kept.alpha = AlphaOf(frame);
         record.transparent = record.transparent || frame.transparent;
         record.frames.push_back(std::move(kept));
     }
+    return record;
+}
+
+SourceRecord MakeSourceRecord(const Animation& animation) {
+    SourceRecord record = MakeRecordWithoutAlpha(animation);
+    for (size_t i = 0; i < animation.frames.size(); ++i)
+        if (animation.frames[i].transparent) record.frames[i].alpha = AlphaOf(animation.frames[i]);
     return record;
 }
 

@@ -36,6 +36,8 @@ struct SourceRecord {
 bool HasOwnPalette(const Animation& animation);
 
 SourceRecord MakeSourceRecord(const Animation& animation);
+// For results that are not drawn from built frames: `transparent` is set, but the frames hold no alpha.
+SourceRecord MakeRecordWithoutAlpha(const Animation& animation);
 
 // Bytes of the animation's block; 0 when a frame goes beyond what its 32-bit fields can say.
 size_t AnimationBlockBytes(const Animation& animation);

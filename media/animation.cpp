@@ -2,6 +2,7 @@
 #include "media/animation.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <new>
 
@@ -116,9 +117,15 @@ int HundredthsOf(int milliseconds, int* carry) {
 }
 
 void NoteTransparency(Frame* frame) {
-    uint8_t allAlphas = 255;
-    for (size_t i = 3; i < frame->pixels.size(); i += 4) allAlphas &= frame->pixels[i];
-    frame->transparent = allAlphas != 255;
+    // Whole pixels, so that the compiler takes several at a time. Alpha is the byte behind the others.
+    uint32_t allPixels = UINT32_MAX;
+    for (size_t i = 0; i < frame->pixels.size(); i += 4) {
+        uint32_t pixel;
+        std::memcpy(&pixel, frame->pixels.data() + i, sizeof pixel);
+        allPixels &= pixel;
+    }
+    static_assert(std::endian::native == std::endian::little);
+    frame->transparent = allPixels >> 24 != 255;
 }
 
 std::string ShortDelayNote(const Animation& animation) {

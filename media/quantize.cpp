@@ -108,15 +108,19 @@ uint8_t NearestEntry(const std::vector<RgbColor>& palette, const std::array<uint
 
 bool IsOpaque(const uint8_t* pixel) { return pixel[3] >= kOpaqueFrom; }
 
+constexpr uint8_t kHidden = 255;
+
 // The opaque colours of a picture in the order of their first appearance, so that equal pictures get equal
 // palettes.
 struct PictureColors {
     std::vector<CountedColor> colors;
-    std::vector<uint8_t> places;  // by pixel, 0 where it is transparent; of use for up to 256 colours
-    size_t hidden = 0;            // transparent pixels
+    // By pixel, kHidden where it is transparent. Wrong from 257 colours on, or 256 beside transparent pixels.
+    std::vector<uint8_t> places;
+    size_t hidden = 0;  // transparent pixels
 };
 
-PictureColors CountColors(const uint8_t* rgba, size_t area) {
+// Ends as soon as there are more than `maxColors`: the list is longer then, and nothing else is complete.
+PictureColors CountColors(const uint8_t* rgba, size_t area, size_t maxColors) {
     PictureColors found;
     found.places.resize(area);
     std::unordered_map<uint32_t, size_t> numbers;
@@ -128,8 +132,10 @@ PictureColors CountColors(const uint8_t* rgba, size_t area) {
         while (end < area && std::memcmp(pixel, rgba + 4 * end, 4) == 0) ++end;
         const size_t count = end - i;
         const size_t first = std::exchange(i, end);
+        const auto places = found.places.begin() + static_cast<ptrdiff_t>(first);
         if (!IsOpaque(pixel)) {
             found.hidden += count;
+            std::fill_n(places, count, kHidden);
             continue;
         }
         const uint32_t color = PackColor(pixel);
@@ -137,11 +143,11 @@ PictureColors CountColors(const uint8_t* rgba, size_t area) {
         if (slot->color != color) {
             const auto [place, added] = numbers.emplace(color, found.colors.size());
             if (added) found.colors.push_back({{pixel[0], pixel[1], pixel[2]}, 0});
+            if (found.colors.size() > maxColors) break;
             *slot = {.color = color, .value = static_cast<uint32_t>(place->second)};
         }
         found.colors[slot->value].count += count;
-        std::fill_n(found.places.begin() + static_cast<ptrdiff_t>(first), count,
-                    static_cast<uint8_t>(slot->value));
+        std::fill_n(places, count, static_cast<uint8_t>(slot->value));
     }
     return found;
 }
@@ -162,33 +168,61 @@ void PutNearestEntries(const uint8_t* rgba, const std::vector<CountedColor>& col
     }
 }
 
+size_t EntriesFor(const PictureColors& found, int maxColors) {
+    return static_cast<size_t>(std::clamp(maxColors, 2, 256)) - (found.hidden > 0 ? 1 : 0);
+}
+
+// Behind the colours stands the entry of the transparent pixels.
+void AddTransparentEntry(GifFrame* frame) {
+    frame->transparentIndex = static_cast<int>(frame->palette.size());
+    frame->palette.push_back({});
+}
+
+// A palette of the colours themselves. The places become the indices.
+void PutAllColors(PictureColors* found, GifFrame* frame) {
+    for (const CountedColor& color : found->colors)
+        frame->palette.push_back({color.levels[0], color.levels[1], color.levels[2]});
+    frame->indices = std::move(found->places);
+    if (found->hidden == 0) return;
+    AddTransparentEntry(frame);
+    const auto clear = static_cast<uint8_t>(frame->transparentIndex);
+    // Stored in any case, so that the compiler takes several at a time.
+    for (uint8_t& index : frame->indices) index = index == kHidden ? clear : index;
+}
+
+void PutFewerColors(const uint8_t* rgba, size_t area, size_t entries, PictureColors* found, GifFrame* frame) {
+    frame->palette = CutIntoPalette(&found->colors, entries);
+    frame->indices.assign(area, static_cast<uint8_t>(frame->palette.size()));
+    PutNearestEntries(rgba, found->colors, frame);
+    if (found->hidden > 0) AddTransparentEntry(frame);
+}
+
+void ClearColors(GifFrame* frame) {
+    frame->palette.clear();
+    frame->transparentIndex = -1;
+}
+
 }  // namespace
 
 void QuantizeFrame(const uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame) {
     const size_t area = static_cast<size_t>(width) * static_cast<size_t>(height);
-    PictureColors found = CountColors(rgba, area);
-    const bool transparent = found.hidden > 0;
-    const size_t available = static_cast<size_t>(std::clamp(maxColors, 2, 256)) - (transparent ? 1 : 0);
-    const bool fits = found.colors.size() <= available;
-
-    frame->palette.clear();
-    if (fits)
-        for (const CountedColor& color : found.colors)
-            frame->palette.push_back({color.levels[0], color.levels[1], color.levels[2]});
+    PictureColors found = CountColors(rgba, area, SIZE_MAX);
+    const size_t entries = EntriesFor(found, maxColors);
+    ClearColors(frame);
+    if (found.colors.size() <= entries)
+        PutAllColors(&found, frame);
     else
-        frame->palette = CutIntoPalette(&found.colors, available);
-    const auto clear =
-        static_cast<uint8_t>(frame->palette.size());  // of use when there are transparent pixels
-    frame->transparentIndex = transparent ? static_cast<int>(frame->palette.size()) : -1;
-    if (fits) {
-        frame->indices = std::move(found.places);
-        for (size_t i = 0; i < area && transparent; ++i)
-            frame->indices[i] = IsOpaque(rgba + 4 * i) ? frame->indices[i] : clear;
-    } else {
-        frame->indices.assign(area, clear);
-        PutNearestEntries(rgba, found.colors, frame);
-    }
-    if (transparent) frame->palette.push_back({});
+        PutFewerColors(rgba, area, entries, &found, frame);
+}
+
+bool IndexFrame(const uint8_t* rgba, int width, int height, GifFrame* frame) {
+    constexpr int kMostColors = 256;
+    PictureColors found =
+        CountColors(rgba, static_cast<size_t>(width) * static_cast<size_t>(height), kMostColors);
+    if (found.colors.size() > EntriesFor(found, kMostColors)) return false;
+    ClearColors(frame);
+    PutAllColors(&found, frame);
+    return true;
 }
 
 }  // namespace kfx

@@ -19,4 +19,8 @@ constexpr uint8_t kOpaqueFrom = 128;
 // goes to its nearest entry, without dithering.
 void QuantizeFrame(const uint8_t* rgba, int width, int height, int maxColors, GifFrame* frame);
 
+// The same for a picture whose colours, with the entry for transparency, fit 256 entries. Returns false, and
+// leaves the frame as it was, when they do not.
+bool IndexFrame(const uint8_t* rgba, int width, int height, GifFrame* frame);
+
 }  // namespace kfx

@@ -58,5 +58,66 @@ TEST(PlainBuild, A_frame_fits_a_palette_with_256_colours_one_of_them_for_transpa
     EXPECT_FALSE(FitsGifPalettes(clear));
 }
 
+// Frames of so many colours whose first pixels are hidden.
+Animation HiddenPixels(std::initializer_list<int> hidden, int colors) {
+    Animation animation = ColorRow(colors);
+    const Frame frame = animation.frames[0];
+    animation.frames.clear();
+    for (const int count : hidden) {
+        Frame& added = animation.frames.emplace_back(frame);
+        for (int i = 0; i < count; ++i) added.pixels[4 * static_cast<size_t>(i) + 3] = 0;
+        added.transparent = count > 0;
+        added.delay = 3 + count;
+    }
+    animation.comment = "made by hand";
+    animation.loopCount = 4;
+    return animation;
+}
+
+TEST(PlainBuild, A_source_becomes_the_same_GIF_at_once_as_by_built_frames) {
+    for (const int colors : {1, 5, 200, 256}) {
+        Animation source = HiddenPixels({0, 1, colors / 2, 0, colors}, colors);
+        const SourceRecord record = MakeSourceRecord(source);
+        GifAnimation atOnce;
+        ASSERT_TRUE(MakeGifOfSource(source, MakeRecordWithoutAlpha(source), JobRunner(), &atOnce));
+        BuiltAnimation built;
+        built.gif = atOnce;
+        EXPECT_EQ(CountColors(built, {}), static_cast<size_t>(colors));
+        const GifAnimation expected = MakeGif(PlainBuild(&source), record);
+        EXPECT_EQ(atOnce.comment, expected.comment);
+        EXPECT_EQ(atOnce.loopCount, expected.loopCount);
+        ASSERT_EQ(atOnce.frames.size(), expected.frames.size());
+        for (size_t i = 0; i < expected.frames.size(); ++i) {
+            EXPECT_EQ(atOnce.frames[i].indices, expected.frames[i].indices) << colors << ", frame " << i;
+            EXPECT_EQ(atOnce.frames[i].palette, expected.frames[i].palette);
+            EXPECT_EQ(atOnce.frames[i].transparentIndex, expected.frames[i].transparentIndex);
+            EXPECT_EQ(atOnce.frames[i].disposal, expected.frames[i].disposal);
+            EXPECT_EQ(atOnce.frames[i].delay, expected.frames[i].delay);
+        }
+    }
+}
+
+TEST(PlainBuild, A_source_with_too_many_colours_becomes_no_GIF_at_once) {
+    const Animation source = HiddenPixels({0, 1}, 258);
+    GifAnimation gif;
+    gif.comment = "as it was";
+    EXPECT_FALSE(MakeGifOfSource(source, MakeRecordWithoutAlpha(source), JobRunner(), &gif));
+    EXPECT_EQ(gif.comment, "as it was");
+}
+
+TEST(PlainBuild, Every_index_that_is_drawn_counts_as_a_colour) {
+    for (size_t odd = 0; odd < 40; ++odd) {
+        BuiltAnimation built;
+        built.width = 40;
+        built.height = 1;
+        BuiltFrame& frame = built.frames.emplace_back();
+        frame.indexed = true;
+        frame.palette = {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}};
+        frame.pixels.assign(40, 1);
+        frame.pixels[odd] = 2;
+        EXPECT_EQ(CountColors(built, {}), 2u) << odd;
+    }
+}
+
 }  // namespace
 }  // namespace kfx::commands
