@@ -17,9 +17,10 @@ constexpr char kDescription[] = "Kestrel FX on files: effects for animations and
 
 // In the order in which the help lists them.
 const CommandRow* const kCommands[] = {
-    &kApplyCommand,   &kRecipeCommand,  &kVerifyCommand,   &kSurveyCommand,      &kJoinCommand,
-    &kEffectsCommand, &kGalleryCommand, &kPalettesCommand, &kInfoCommand,        &kCompareCommand,
-    &kSheetCommand,   &kSampleCommand,  &kSelfTestCommand, &kCompletionsCommand, &kManualCommand,
+    &kApplyCommand,    &kRecipeCommand,   &kVerifyCommand,      &kSurveyCommand,
+    &kJoinCommand,     &kEffectsCommand,  &kGalleryCommand,     &kPalettesCommand,
+    &kInfoCommand,     &kCompareCommand,  &kSheetCommand,       &kSampleCommand,
+    &kHelpBookCommand, &kSelfTestCommand, &kCompletionsCommand, &kManualCommand,
 };
 
 // All of apply's, and one of each other command.

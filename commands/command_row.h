@@ -56,6 +56,7 @@ extern const CommandRow kCompareCommand;
 extern const CommandRow kCompletionsCommand;
 extern const CommandRow kEffectsCommand;
 extern const CommandRow kGalleryCommand;
+extern const CommandRow kHelpBookCommand;
 extern const CommandRow kInfoCommand;
 extern const CommandRow kJoinCommand;
 extern const CommandRow kManualCommand;
