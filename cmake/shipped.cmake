@@ -8,9 +8,15 @@ function(kfx_ship target)
     if(NOT CMAKE_OBJCOPY)
         message(FATAL_ERROR "The toolchain's objcopy is missing: symbols cannot be kept apart from ${target}.")
     endif()
+    # Equal sources make equal files, so none holds the time of its linking. Windows 7 is the oldest system.
+    target_link_options(${target} PRIVATE
+        LINKER:--no-insert-timestamp,--major-os-version=6,--minor-os-version=1
+        LINKER:--major-subsystem-version=6,--minor-subsystem-version=1)
+    # Copying would put the clock's time into the file.
+    set(objcopy ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY})
     set(file $<TARGET_FILE:${target}>)
     add_custom_command(TARGET ${target} POST_BUILD
-        COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
-        COMMAND ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=${file}.debug ${file})
+        COMMAND ${objcopy} --only-keep-debug ${file} ${file}.debug
+        COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${file}.debug ${file})
     set_property(TARGET ${target} APPEND PROPERTY ADDITIONAL_CLEAN_FILES ${file}.debug)
 endfunction()

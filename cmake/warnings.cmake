@@ -42,6 +42,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options($<$<NOT:$<CONFIG:Debug>>:-fno-ipa-ra>)
 endif()
 
+# Where the sources are does not show in what is made of them.
+if(NOT MSVC AND CMAKE_BUILD_TYPE STREQUAL "Release")
+    add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+endif()
+
 set(KFX_SANITIZE "" CACHE STRING "Sanitizers for every target, as in -fsanitize=")
 if(KFX_SANITIZE)
     add_compile_options(-fsanitize=${KFX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
