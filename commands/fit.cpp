@@ -112,6 +112,20 @@ nlohmann::ordered_json TrialObject(const CommandLine& line, const FitFound& foun
 
 }  // namespace
 
+bool SearchFinished(const CommandLine& line, const CommandContext& context, const FitSteps& steps,
+                    HostSession* session, const SearchWanted& search, Failure* failure) {
+    const EngineStart start = steps.start(line, context, session);
+    const OpenEngine engine(context.engine, start, failure);
+    if (!engine) return false;
+    const FitWork work = {line, engine, session, steps.pipelineOptions, steps.resultOptions, steps.stop};
+    Animation wanted;
+    FitSubject subject;
+    if (!MakeWanted(line, work, &wanted, failure) || !FillSubject(engine, wanted, &subject, failure))
+        return false;
+    session->actions.showProgress = nullptr;
+    return search(work, wanted, subject);
+}
+
 bool FitToSize(const CommandLine& line, const CommandContext& context, const FitSteps& steps,
                HostSession* session, FitFound* found, Failure* failure) {
     if (!context.engine.limitsColors) {
@@ -125,21 +139,15 @@ bool FitToSize(const CommandLine& line, const CommandContext& context, const Fit
             ".gif, or choose one frame with --frames."};
         return false;
     }
-    const EngineStart start = steps.start(line, context, session);
-    const OpenEngine engine(context.engine, start, failure);
-    if (!engine) return false;
-    const FitWork work = {line, engine, session, steps.pipelineOptions, steps.resultOptions};
-    Animation wanted;
-    FitSubject subject;
-    if (!MakeWanted(line, work, &wanted, failure) || !FillSubject(engine, wanted, &subject, failure))
-        return false;
-    session->actions.showProgress = nullptr;
     const TellTrial tell = [&](const FitSettings& settings) {
         TellStatus("Trying " + NameOf(line, settings), context, session);
     };
-    if (!SearchFit(work, wanted, subject, tell, found, failure)) return false;
-    if (!found->fits) *failure = NothingFits(line, subject, *found);
-    return found->fits;
+    const auto search = [&](const FitWork& work, const Animation& wanted, const FitSubject& subject) {
+        if (!SearchFit(work, wanted, subject, tell, found, failure)) return false;
+        if (!found->fits) *failure = NothingFits(line, subject, *found);
+        return found->fits;
+    };
+    return SearchFinished(line, context, steps, session, search, failure);
 }
 
 bool WriteFound(const CommandLine& line, const FitFound& found, WrittenResult* written, std::string* error) {

@@ -2,6 +2,7 @@
 // A limit for the size of the result, and what may be given up for it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -23,6 +24,9 @@ struct FitOptions {
     bool scale = false;
     bool frames = false;
     bool lossy = false;
+    // All that may be given up is given up in every result, for results that differ; see fit_choices.h.
+    bool givesUp = false;
+    size_t mostTrials = 14;  // with all frames
 };
 
 // Adds --max-size and --allow, which are stored in `options`.

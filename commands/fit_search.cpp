@@ -13,7 +13,6 @@
 namespace kfx::commands {
 namespace {
 
-constexpr size_t kMostTrials = 14;
 constexpr size_t kMostRefinements = 3;
 constexpr int kFinestPart = 8;  // of the colours or of the quality: a smaller step is hardly seen
 constexpr double kNoLook = -1;
@@ -127,7 +126,7 @@ bool EstimateNeighbours(Search* search, const FitSettings& settings, bool smalle
 }
 
 bool TryInOrder(Search* search, Failure* failure) {
-    while (search->found->tried.size() < kMostTrials) {
+    while (search->found->tried.size() < search->estimates.work.line.fit.mostTrials) {
         const size_t place = NextToTry(*search);
         if (place == kNoPlace) return true;
         search->estimates.pool[place].tried = true;

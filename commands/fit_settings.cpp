@@ -34,6 +34,8 @@ std::vector<FitSettings> WaysToRemap(const CommandLine& line, const FitSubject& 
     for (const bool dither : {false, true}) {
         if (line.dither && !dither) continue;
         for (const bool supercompress : {false, true}) {
+            // Somebody waits for several searches: what saves little is not looked at.
+            if (line.fit.givesUp && supercompress != line.supercompress) continue;
             const bool changes =
                 dither && subject.isAnimated && !subject.isTransparent && settings.colors != 2;
             if (supercompress != line.supercompress && (line.supercompress || !changes)) continue;
@@ -50,6 +52,7 @@ std::vector<FitSettings> WaysOfLoss(const CommandLine& line, const std::vector<F
     std::vector<FitSettings> ways;
     for (const FitSettings& one : settings) {
         for (const int lossy : kLossySteps) {
+            if (lossy == 0 && line.fit.givesUp) continue;
             ways.push_back(one);
             if (lossy > 0) ways.back().lossy = lossy;
         }
@@ -158,7 +161,11 @@ std::vector<FitGroup> MainGroups(const CommandLine& line, const FitSubject& subj
         groups.push_back(isFixed ? StepsOf(settings, false) : QualitySteps(settings));
         return groups;
     }
-    if (keepsAll) groups.push_back(StepsOf(settings, false));
+    if (keepsAll && line.fit.givesUp && line.fit.lossy) {
+        for (const FitSettings& way : WaysOfLoss(line, {settings})) groups.push_back(StepsOf(way, false));
+    } else if (keepsAll) {
+        groups.push_back(StepsOf(settings, false));
+    }
     if (line.fit.fixedTrueColor) return groups;
     if (!line.fit.fixedPalette) settings.palette = "custom";
     const bool stepsOverColors = settings.palette == "custom" && line.colors < 0;
@@ -169,7 +176,8 @@ std::vector<FitGroup> MainGroups(const CommandLine& line, const FitSubject& subj
 
 std::vector<FitGroup> PaletteGroups(const CommandLine& line, const FitSubject& subject) {
     std::vector<FitGroup> groups;
-    const bool isFree = !line.fit.fixedPalette && line.colors < 0 && !line.fit.fixedTrueColor;
+    const bool isFree =
+        !line.fit.fixedPalette && line.colors < 0 && !line.fit.fixedTrueColor && !line.fit.givesUp;
     if (!isFree || line.format == "webp") return groups;
     FitSettings settings = SettingsOf(line);
     settings.dither = true;
@@ -205,11 +213,13 @@ FitSettings WithStepNumber(FitSettings settings, int number) {
 
 std::vector<int> ScalesOf(const CommandLine& line) {
     if (!line.fit.scale) return {line.resultEdits.shrink};
-    return {std::begin(kScales), std::end(kScales)};
+    // The first one is the full size.
+    return {std::begin(kScales) + (line.fit.givesUp ? 1 : 0), std::end(kScales)};
 }
 
 std::vector<int> RatesOf(const CommandLine& line, const FitSubject& subject) {
     if (!line.fit.frames || !subject.isAnimated) return {line.resultEdits.every};
+    if (line.fit.givesUp) return {2, 3};
     return {1, 2, 3};
 }
 

@@ -114,6 +114,10 @@ bool EncodeAndJudge(const FitWork& work, const CommandLine& line, const Animatio
 TrialEnd MakeAny(const FitWork& work, const Animation& wanted, const FitSettings& settings, bool isSample,
                  FitTrial* trial, Failure* failure) {
     *trial = {};
+    if (work.stop && *work.stop) {
+        *failure = {kExitEngine, "the search was stopped."};
+        return TrialEnd::Failed;
+    }
     trial->settings = settings;
     const CommandLine line = LineWith(work.line, settings);
     const TrialEnd end = Build(work, line, wanted, &trial->notes, failure);

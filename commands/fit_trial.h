@@ -2,7 +2,9 @@
 // One trial of a search: finished frames with some settings, as a file in memory.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,7 +21,8 @@ struct FitWork {
     const OpenEngine& engine;
     HostSession* session;
     PipelineOptions (*pipelineOptions)(const CommandLine& line);
-    ResultOptions (*resultOptions)(const CommandLine& line);
+    std::function<ResultOptions(const CommandLine& line)> resultOptions;
+    const std::atomic<bool>* stop = nullptr;  // null, or: no more trials are made once it is set
 };
 
 struct FitTrial {

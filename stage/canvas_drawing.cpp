@@ -18,22 +18,6 @@ namespace {
 // Device-independent pixels.
 constexpr int kSquare = 8, kLabelMargin = 8, kLabelPadding = 6, kLineWidth = 2, kHandle = 10;
 
-// The squares are the usual ones, whatever the system's colours: they stand for "nothing here".
-PictureGround GroundOf(const Stage& stage) {
-    const int square = Scaled(stage, kSquare);
-    switch (stage.view.ground) {
-        case Ground::Light:
-            return {RGB(255, 255, 255), RGB(255, 255, 255), square};
-        case Ground::Dark:
-            return {RGB(0, 0, 0), RGB(0, 0, 0), square};
-        case Ground::Colored:
-            return {stage.view.groundColor, stage.view.groundColor, square};
-        case Ground::Checkered:
-            break;
-    }
-    return {RGB(238, 238, 238), RGB(204, 204, 204), square};
-}
-
 void Fill(HDC target, const RECT& area, int systemColor) {
     FillRect(target, &area, GetSysColorBrush(systemColor));
 }
@@ -145,6 +129,22 @@ void DrawCanvas(const Stage& stage, HDC target, const RECT& client) {
 }
 
 }  // namespace
+
+// The squares are the usual ones, whatever the system's colours: they stand for "nothing here".
+PictureGround GroundOf(const Stage& stage) {
+    const int square = Scaled(stage, kSquare);
+    switch (stage.view.ground) {
+        case Ground::Light:
+            return {RGB(255, 255, 255), RGB(255, 255, 255), square};
+        case Ground::Dark:
+            return {RGB(0, 0, 0), RGB(0, 0, 0), square};
+        case Ground::Colored:
+            return {stage.view.groundColor, stage.view.groundColor, square};
+        case Ground::Checkered:
+            break;
+    }
+    return {RGB(238, 238, 238), RGB(204, 204, 204), square};
+}
 
 void PaintCanvas(const Stage& stage, HWND canvas) {
     PAINTSTRUCT paint;

@@ -3,9 +3,14 @@
 
 #include <windows.h>
 
+#include "stage/picture_drawing.h"
+
 namespace kfx::stage {
 
 struct Stage;
+
+// What the view shows behind transparent pixels.
+PictureGround GroundOf(const Stage& stage);
 
 // Answers the canvas's WM_PAINT. Everything is drawn off screen first: animations must not flicker.
 void PaintCanvas(const Stage& stage, HWND canvas);

@@ -40,6 +40,7 @@ enum CommandId {
     kColoredGround,
     kShowKeys,
     kShowHelp,
+    kSaveWithin,
 
     kFirstRecent = 300,  // and the files after it
     kLastRecent = 309,

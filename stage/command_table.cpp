@@ -19,6 +19,7 @@ bool IsIdle(const Stage& stage) { return !IsWorking(stage) && !IsPluginOpen(stag
 bool HasFilm(const Stage& stage) { return ShownFilm(stage.history) != nullptr; }
 bool HasTest(const Stage& stage) { return stage.history.test.has_value(); }
 bool CanSave(const Stage& stage) { return stage.history.current > 0 && !HasTest(stage) && IsIdle(stage); }
+bool CanSaveWithin(const Stage& stage) { return HasFilm(stage) && !HasTest(stage) && IsIdle(stage); }
 bool CanGoBack(const Stage& stage) { return CanUndo(stage.history) && IsIdle(stage) && !HasTest(stage); }
 bool CanGoOn(const Stage& stage) { return CanRedo(stage.history) && IsIdle(stage) && !HasTest(stage); }
 bool CanExport(const Stage& stage) { return HasFilm(stage) && !IsWorking(stage); }
@@ -95,6 +96,12 @@ constexpr CommandRow kCommands[] = {
      .otherShortcuts = {{'S', kControlShift}},
      .isPossible = CanSave,
      .run = [](Stage* stage) { SaveResultAs(stage); }},
+    {.id = kSaveWithin,
+     .menu = Menu::File,
+     .text = "Save &within a size...",
+     .shortcut = {'M', kControl},
+     .isPossible = CanSaveWithin,
+     .run = OnSaveWithin},
     {.id = kExportFrames,
      .menu = Menu::File,
      .text = "E&xport frames...",

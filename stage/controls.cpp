@@ -10,6 +10,7 @@
 #include "stage/bar_buttons.h"
 #include "stage/canvas.h"
 #include "stage/command_table.h"
+#include "stage/plain_dialog.h"
 #include "stage/plugin_opening.h"
 #include "stage/stage.h"
 #include "stage/taskbar.h"
@@ -60,37 +61,9 @@ HWND Make(Stage* stage, const wchar_t* className, const wchar_t* text, DWORD sty
                            nullptr);
 }
 
-// The user's font for texts in windows, at the window's resolution.
-LOGFONTW MessageFont(int dpi) {
-    using Query = BOOL(WINAPI*)(UINT, UINT, PVOID, UINT, UINT);
-    NONCLIENTMETRICSW metrics = {};
-    metrics.cbSize = sizeof metrics;
-    const auto address = reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleW(L"user32.dll"), "SystemParametersInfoForDpi"));
-    if (address && reinterpret_cast<Query>(address)(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0,
-                                                    static_cast<UINT>(dpi)))
-        return metrics.lfMessageFont;
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
-    return metrics.lfMessageFont;
-}
-
 void ReplaceFont(HFONT* font, const LOGFONTW& description) {
     if (*font) DeleteObject(*font);
     *font = CreateFontIndirectW(&description);
-}
-
-void UpdateHistoryList(const Stage& stage) {
-    const HWND list = stage.controls.history;
-    const auto& steps = stage.history.steps;
-    SendMessageW(list, WM_SETREDRAW, FALSE, 0);
-    SendMessageW(list, LB_RESETCONTENT, 0, 0);
-    for (const Step& step : steps) {
-        const std::string text = step.summary.empty() ? step.name : step.name + ", " + step.summary;
-        SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Widen(text).c_str()));
-    }
-    SendMessageW(list, LB_SETCURSEL, stage.history.current, 0);
-    SendMessageW(list, WM_SETREDRAW, TRUE, 0);
-    InvalidateRect(list, nullptr, TRUE);
 }
 
 std::string TitleOf(const Stage& stage) {

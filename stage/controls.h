@@ -49,6 +49,9 @@ void ShowStatus(Stage* stage, const std::string& text);
 void ShowProgress(Stage* stage);
 void ClearProgress(Stage* stage);
 
+// Brings the list's rows up to date. Rows that have not changed stay as they are.
+void UpdateHistoryList(const Stage& stage);
+
 // Answers WM_DRAWITEM for the list of steps.
 void DrawHistoryRow(const Stage& stage, const DRAWITEMSTRUCT& item);
 

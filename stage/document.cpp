@@ -9,6 +9,8 @@
 #include "commands/recipe_text.h"
 #include "commands/text_windows.h"
 #include "stage/file_choice.h"
+#include "stage/plugin_opening.h"
+#include "stage/plugin_source.h"
 #include "stage/stage.h"
 #include "stage/steps.h"
 
@@ -57,8 +59,7 @@ void TakeReading(Stage* stage, const Reading& reading, MadeFile made) {
         ShowMessage(*stage, nullptr, reading.error, MB_ICONWARNING);
         return;
     }
-    RememberFile(&stage->remembered, reading.path);
-    stage->remembered.folder = FolderOf(reading.path);
+    NoteOpenedFile(stage, reading.path);
     TakeOpened(stage, reading.path, reading.film);
     stage->document.settings = reading.settings;
     if (reading.settings.lines.empty()) return;
@@ -83,13 +84,21 @@ void OpenSettings(Stage* stage, const std::string& path) {
 
 void OpenFiles(Stage* stage, const std::vector<std::string>& paths, MadeFile made) {
     if (paths.empty()) return;
-    if (IsPluginOpen(*stage) || IsWorking(*stage)) {
-        ShowStatus(stage, IsWorking(*stage) ? "Open it once this is done."
-                                            : "Close the plug-in's window to open another file.");
+    if (IsWorking(*stage) || IsPluginBuilding(*stage)) {
+        ShowStatus(stage, "Open it once this is done.");
+        return;
+    }
+    if (IsPluginOpen(*stage) && !CanGiveSource(*stage->plugin.opening)) {
+        ShowStatus(stage, "Close the plug-in's box first, then open the file.");
         return;
     }
     for (size_t i = paths.size(); i > 1; --i) RememberFile(&stage->remembered, AbsolutePath(paths[i - 1]));
     const std::string first = AbsolutePath(paths.front());
+    // It asks about unsaved work when it opens the file.
+    if (IsPluginOpen(*stage)) {
+        GiveFile(*stage->plugin.opening, first);
+        return;
+    }
     if (EndingOf(first) == kSettingsEnding) {
         OpenSettings(stage, first);
         return;
@@ -101,6 +110,11 @@ void OpenFiles(Stage* stage, const std::vector<std::string>& paths, MadeFile mad
     StartWork(
         stage, "Reading " + FileNameOf(first), [reading](Work*) { ReadFile(reading.get()); },
         [reading, made](Stage* done) { TakeReading(done, *reading, made); });
+}
+
+void NoteOpenedFile(Stage* stage, const std::string& path) {
+    RememberFile(&stage->remembered, path);
+    stage->remembered.folder = FolderOf(path);
 }
 
 bool MayReplaceDocument(Stage* stage) {

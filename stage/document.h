@@ -8,15 +8,18 @@
 
 #include "commands/settings_file.h"
 #include "stage/film.h"
+#include "stage/size_box.h"
 
 namespace kfx::stage {
 
 struct Stage;
+struct Step;
 
 struct Document {
     std::string path;  // absolute; empty: none is open
     // What the opened file says about how it was made; the plug-in opens with it once.
     commands::SettingsDocument settings;
+    WantedSize wantedSize;  // of the last time that one was asked for
     // Frames that are in memory; threads that make some share it.
     std::shared_ptr<FramePool> pool = std::make_shared<FramePool>();
 };
@@ -28,11 +31,23 @@ enum class MadeFile { OpensPlugin, WaitsForPlugin };
 // recent ones. What was there stays when that fails. A settings document opens the plug-in with it.
 void OpenFiles(Stage* stage, const std::vector<std::string>& paths, MadeFile made);
 
+// The file stands first among the recent ones, and its folder is where dialogs begin.
+void NoteOpenedFile(Stage* stage, const std::string& path);
+
 // True: nothing is unsaved, it has been saved, or the user does not want it.
 bool MayReplaceDocument(Stage* stage);
 
 // Asks for a name and writes the current step. True: it is in the file; the caller has waited for it.
 bool SaveResultAs(Stage* stage);
+
+// Asks for a size, looks for files within it, and saves the one that the user chooses.
+void OnSaveWithin(Stage* stage);
+
+// "NAME-ENDING" beside the opened file.
+std::string SuggestedPath(const Stage& stage, const std::string& ending);
+
+// Notes that a step's result is in a file.
+void MarkSaved(Stage* stage, const Step& saved);
 
 // The frames of what is shown, as numbered PNG files.
 void ExportFrames(Stage* stage);

@@ -35,7 +35,8 @@ const SaveOffer& OfferOf(SaveKind kind) {
         {".gif", ".webp", ".png", ".apng"},
         3};
     static const SaveOffer frames = {L"PNG frames, numbered\0*.png\0", L"png", {".png"}, 1};
-    return kind == SaveKind::Animation ? animation : frames;
+    static const SaveOffer gif = {L"GIF animation\0*.gif\0", L"gif", {".gif"}, 1};
+    return kind == SaveKind::Animation ? animation : kind == SaveKind::Gif ? gif : frames;
 }
 
 void PutPath(const std::string& path, wchar_t* buffer) {
@@ -95,23 +96,6 @@ bool ChooseFileToSave(HWND owner, SaveKind kind, std::string* path) {
         // The dialog has asked about the name without this ending.
         if (!AnyExists({*path}) || MayReplace(owner, *path)) return true;
     }
-}
-
-bool ChooseColorFrom(HWND owner, const uint8_t* palette, uint32_t* color) {
-    COLORREF offered[16];
-    for (size_t i = 0; i < 16; ++i) {
-        const uint8_t* triple = palette + 3 * (17 * i);  // evenly spread, first and last included
-        offered[i] = RGB(triple[0], triple[1], triple[2]);
-    }
-    CHOOSECOLORW dialog = {};
-    dialog.lStructSize = sizeof dialog;
-    dialog.hwndOwner = owner;
-    dialog.rgbResult = *color & 0xFFFFFF;
-    dialog.lpCustColors = offered;
-    dialog.Flags = CC_RGBINIT | CC_FULLOPEN;
-    if (!ChooseColorW(&dialog)) return false;
-    *color = dialog.rgbResult;
-    return true;
 }
 
 }  // namespace kfx::stage

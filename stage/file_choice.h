@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The dialogs in which a user names files and colours.
+// The dialogs in which a user names files.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,16 +12,12 @@ namespace kfx::stage {
 // Asks for an animation to open, starting in `folder`. False: the user cancelled.
 bool ChooseAnimationToOpen(HWND owner, const std::string& folder, std::string* path);
 
-enum class SaveKind { Animation, Frames };
+enum class SaveKind { Animation, Gif, Frames };
 
 bool AnyExists(const std::vector<std::string>& files);
 
 // Asks where to save; `*path` holds the suggestion and the answer, which always has an ending of the kind.
 // The user has agreed that a file of this name is replaced. False: the user cancelled.
 bool ChooseFileToSave(HWND owner, SaveKind kind, std::string* path);
-
-// Asks for a colour (0x00BBGGRR). `palette` is 256 red-green-blue triples; the user is offered sixteen of
-// them.
-bool ChooseColorFrom(HWND owner, const uint8_t* palette, uint32_t* color);
 
 }  // namespace kfx::stage

@@ -6,6 +6,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "commands/fingerprint.h"
+
 namespace kfx::stage {
 namespace {
 
@@ -80,6 +82,17 @@ Animation AnimationOf(const Film& film) {
         animation.frames.push_back(std::move(frame));
     }
     return animation;
+}
+
+std::string FingerprintOf(const Film& film) {
+    Frame frame;
+    const auto show = [&film, &frame](size_t number) {
+        frame = film.frames[number].facts;
+        frame.pixels = *film.frames[number].pixels;
+        return commands::ShownFrame{&frame, MillisecondsOf(frame)};
+    };
+    return commands::FingerprintOf(
+        {film.facts.width, film.facts.height, film.facts.loopCount, film.frames.size()}, show);
 }
 
 uint64_t LengthOf(const Film& film) { return film.ends.empty() ? 0 : film.ends.back(); }

@@ -40,6 +40,9 @@ std::shared_ptr<const Film> MakeFilm(Animation animation, FramePool* pool);
 // A copy with pixels, for those who need an animation of their own.
 Animation AnimationOf(const Film& film);
 
+// As commands::FingerprintOf has it, without a copy.
+std::string FingerprintOf(const Film& film);
+
 // The whole time in milliseconds; 0 without frames.
 uint64_t LengthOf(const Film& film);
 

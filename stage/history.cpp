@@ -38,6 +38,7 @@ std::vector<Step> StartHistory(History* history, Step opened) {
     if (history->test) gone.push_back(std::move(*history->test));
     history->test.reset();
     history->steps.clear();
+    opened.number = ++history->numbered;
     history->steps.push_back(std::move(opened));
     history->current = 0;
     return gone;
@@ -49,6 +50,7 @@ std::vector<Step> AddStep(History* history, Step step, uint64_t mostBytes) {
     const auto undone = steps.begin() + static_cast<std::ptrdiff_t>(history->current) + 1;
     std::move(undone, steps.end(), std::back_inserter(gone));
     steps.erase(undone, steps.end());
+    step.number = ++history->numbered;
     steps.push_back(std::move(step));
     while (steps.size() > 2 && (steps.size() > kMostSteps || BytesOf(*history) > mostBytes)) {
         gone.push_back(std::move(steps[1]));

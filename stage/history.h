@@ -13,6 +13,7 @@
 #include "commands/built_animation.h"
 #include "commands/settings_file.h"
 #include "stage/film.h"
+#include "stage/palette_search.h"
 
 namespace kfx::stage {
 
@@ -22,12 +23,15 @@ struct Thumbnail {
 };
 
 struct Step {
+    uint64_t number = 0;  // unlike that of any other step, once it stands in the history
     std::string name;     // of the effect; of the file for the first step
     std::string summary;  // its parameters
     std::shared_ptr<const Film> film;
     std::shared_ptr<const commands::BuiltAnimation> built;  // null for the first step
     std::shared_ptr<const commands::SourceRecord> record;   // what comes back into the built frames
     commands::SettingsDocument settings;                    // of the plug-in's window that made it
+    PaletteSearch search;                                   // the same
+    std::string sourceFingerprint;                          // of the animation that it was applied to
     Thumbnail thumbnail;
     bool saved = false;
 };
@@ -37,11 +41,13 @@ struct EffectUse {
     std::string name;
     std::string summary;
     commands::SettingsDocument settings;
+    PaletteSearch search;
 };
 
 struct History {
     std::vector<Step> steps;  // the first one is the animation as it was opened; empty: none is
     size_t current = 0;
+    uint64_t numbered = 0;             // how many steps have got a number
     std::optional<Step> test;          // shown in place of the current step until it is kept or dropped
     std::optional<EffectUse> lastUse;  // for repeating it, also on another animation
 };

@@ -35,7 +35,50 @@ void DrawThumbnail(HDC target, const RECT& area, const Thumbnail& thumbnail) {
     DrawPicture(target, place, place, thumbnail.rgba.data(), thumbnail.size, ground);
 }
 
+std::wstring RowText(const Step& step) {
+    return Widen(step.summary.empty() ? step.name : step.name + ", " + step.summary);
+}
+
+// Steps keep their number as long as they are there, so that equal texts of two steps are told apart.
+bool IsRowOf(HWND list, int row, const Step& step) {
+    return static_cast<uint64_t>(SendMessageW(list, LB_GETITEMDATA, static_cast<WPARAM>(row), 0)) ==
+           step.number;
+}
+
+void AddRow(HWND list, const Step& step) {
+    const LRESULT row = SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(RowText(step).c_str()));
+    if (row >= 0)
+        SendMessageW(list, LB_SETITEMDATA, static_cast<WPARAM>(row), static_cast<LPARAM>(step.number));
+}
+
+// Takes rows out until the ones that stay are the first steps, in their order.
+void RemoveGoneRows(HWND list, const std::vector<Step>& steps) {
+    int row = 0;
+    for (const Step& step : steps) {
+        const int count = static_cast<int>(SendMessageW(list, LB_GETCOUNT, 0, 0));
+        int found = row;
+        while (found < count && !IsRowOf(list, found, step)) ++found;
+        if (found == count) break;
+        for (; found > row; --found) SendMessageW(list, LB_DELETESTRING, static_cast<WPARAM>(row), 0);
+        ++row;
+    }
+    while (SendMessageW(list, LB_GETCOUNT, 0, 0) > row)
+        SendMessageW(list, LB_DELETESTRING, static_cast<WPARAM>(row), 0);
+}
+
 }  // namespace
+
+void UpdateHistoryList(const Stage& stage) {
+    const HWND list = stage.controls.history;
+    const auto& steps = stage.history.steps;
+    RemoveGoneRows(list, steps);
+    const auto kept = static_cast<size_t>(SendMessageW(list, LB_GETCOUNT, 0, 0));
+    for (size_t row = kept; row < steps.size(); ++row) AddRow(list, steps[row]);
+    if (SendMessageW(list, LB_GETCURSEL, 0, 0) == static_cast<LRESULT>(stage.history.current)) return;
+    SendMessageW(list, LB_SETCURSEL, stage.history.current, 0);
+    // The row of the step before shows the other colours, too.
+    InvalidateRect(list, nullptr, FALSE);
+}
 
 void DrawHistoryRow(const Stage& stage, const DRAWITEMSTRUCT& item) {
     if (item.itemID >= stage.history.steps.size()) return;

@@ -43,6 +43,8 @@ void FillOpening(Stage* stage, const SettingsDocument& settings, PluginOpening* 
     opening->pool = stage->document.pool;
     opening->folder = stage->remembered.folder;
     opening->settings = settings;
+    ReadPaletteSearch(&stage->plugin.search);
+    opening->search = stage->plugin.search;
     if (!history.steps.empty()) {
         opening->film = history.steps[history.current].film;
         opening->originalComment = SourceFilm(history)->facts.comment;
@@ -152,6 +154,9 @@ void OnPluginBuilt(Stage* stage, Step* given, bool isTest) {
 void OnPluginSource(Stage* stage, OpenedSource* given) {
     const std::unique_ptr<OpenedSource> opened(given);
     TakeOpened(stage, opened->path, opened->film);
+    stage->document.settings = opened->settings;
+    NoteOpenedFile(stage, opened->path);
+    UpdateControls(stage);
 }
 
 void OnPositionChanging(const Stage& stage, WINDOWPOS* position) {

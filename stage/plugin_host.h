@@ -11,6 +11,7 @@
 #include "commands/settings_file.h"
 #include "driven/plugin_library.h"
 #include "stage/history.h"
+#include "stage/palette_search.h"
 
 namespace kfx::stage {
 
@@ -20,6 +21,7 @@ struct PluginOpening;
 struct OpenedSource {
     std::string path;
     std::shared_ptr<const Film> film;
+    commands::SettingsDocument settings;  // what the file says about how it was made
 };
 
 struct PluginHost {
@@ -31,6 +33,7 @@ struct PluginHost {
     std::string path;  // of the DLL
     driven::PluginLibrary library;
     std::unique_ptr<PluginOpening> opening;  // null: its window is closed
+    PaletteSearch search;                    // as it was when the window opened the last time
     bool lost = false;                       // it has crashed or hangs, and is not called any more
     bool closesStage = false;                // the main window closes once the plug-in's has closed
 };

@@ -5,6 +5,7 @@
 
 #include "driven/plugin_controls.h"
 #include "stage/plugin_guard.h"
+#include "stage/plugin_source.h"
 #include "stage/stage_messages.h"
 
 namespace kfx::stage {
@@ -60,6 +61,7 @@ void OnPluginShown(HWND plugin) {
     }
     running->window = plugin;
     ApplyPluginSettings(plugin, running->settings);
+    AcceptDrops(plugin, running->stageWindow);
     // The source is there already: the user need not press "Select...".
     if (running->session.offerSource && running->session.animationsOpened == 0) {
         PostMessageA(plugin, WM_COMMAND, MAKEWPARAM(kSelectButton, BN_CLICKED),
@@ -116,12 +118,14 @@ bool CopySource(PluginOpening* opening) {
 
 void ShowPlugin(PluginOpening* opening) {
     opening->owner = MakeOwner();
+    MakeSourceTaker(opening);
     const HHOOK hook = SetWindowsHookExW(WH_CBT, WatchWindows, nullptr, GetCurrentThreadId());
     RunGuarded(opening, [](PluginOpening* guarded) {
         guarded->library->doBuild(guarded->owner, &guarded->session.context);
     });
     if (hook) UnhookWindowsHookEx(hook);
     if (opening->owner) DestroyWindow(opening->owner);
+    if (opening->taker) DestroyWindow(opening->taker);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "commands/settings_file.h"
 #include "driven/plugin_library.h"
 #include "stage/film.h"
+#include "stage/palette_search.h"
 #include "stage/progress.h"
 
 namespace kfx::stage {
@@ -26,20 +27,24 @@ struct PluginOpening {
     std::shared_ptr<FramePool> pool;
     std::string folder;                   // where its file dialog begins
     commands::SettingsDocument settings;  // for its controls
+    PaletteSearch search;                 // as the plug-in has it
     commands::HostSession session;
 
     // Of the plug-in's thread.
     Animation source;
-    HWND owner = nullptr;    // of the plug-in's window; never shown
-    bool isTest = false;     // the build that is being handed over
-    HWND builder = nullptr;  // the window that builds it
-    bool refusing = false;   // from a frame that was refused after Stop to the end of its build
+    std::string dropped;            // the file that is opened without asking for one
+    HWND owner = nullptr;           // of the plug-in's window; never shown
+    std::string sourceFingerprint;  // of what it has been given; empty: not known yet
+    bool isTest = false;            // the build that is being handed over
+    HWND builder = nullptr;         // the window that builds it
+    bool refusing = false;          // from a frame that was refused after Stop to the end of its build
 
     // For both.
     HANDLE thread = nullptr;
     DWORD threadId = 0;
     Progress progress;
     std::atomic<HWND> window{nullptr};  // the plug-in's, once it can be used
+    std::atomic<HWND> taker{nullptr};   // takes other sources; see plugin_source.h
     std::atomic<bool> crashed{false};
     std::string error;        // why it could not be opened; of the thread until it has ended
     std::string crashReport;  // where it was written; of the thread until it has ended

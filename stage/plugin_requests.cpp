@@ -3,13 +3,16 @@
 #include <exception>
 #include <utility>
 
+#include "commands/recipe_text.h"
 #include "commands/text_windows.h"
 #include "driven/plugin_controls.h"
 #include "media/animation.h"
+#include "stage/color_box.h"
 #include "stage/file_choice.h"
 #include "stage/help_browser.h"
 #include "stage/plugin_host.h"
 #include "stage/plugin_opening.h"
+#include "stage/plugin_source.h"
 #include "stage/stage.h"
 #include "stage/stage_messages.h"
 #include "stage/steps.h"
@@ -31,6 +34,8 @@ PluginOpening* OpeningOf(HostSession* session) { return static_cast<PluginOpenin
 bool AskForAnimation(HostSession* session, void* owner, std::string* path) {
     const PluginOpening* opening = OpeningOf(session);
     if (!SendMessageW(opening->stageWindow, kMayReplaceSource, 0, 0)) return false;
+    *path = opening->dropped;
+    if (!path->empty()) return true;
     return ChooseAnimationToOpen(static_cast<HWND>(owner), opening->folder, path);
 }
 
@@ -58,9 +63,17 @@ void ShowSource(HostSession* session) {
     PluginOpening* opening = OpeningOf(session);
     auto opened = std::make_unique<OpenedSource>();
     opened->path = session->sourcePath;
+    Recipe recipe;
+    std::string unread;
+    if (!session->source->recipe.empty() && ReadRecipe(session->source->recipe, &recipe, &unread))
+        opened->settings = recipe.document;
+    if (!opening->dropped.empty() && !opened->settings.lines.empty())
+        ApplyLater(*opening, std::exchange(opened->settings, {}));
     opened->film = MakeFilm(*session->source, opening->pool.get());
     opening->folder = FolderOf(session->sourcePath);
     opening->originalComment = opened->film->facts.comment;
+    opening->film = opened->film;
+    opening->sourceFingerprint.clear();
     SendMessageW(opening->stageWindow, kPluginSource, 0, reinterpret_cast<LPARAM>(opened.release()));
 }
 
@@ -81,6 +94,10 @@ void HandResultOver(HostSession* session) {
     step->name = FromPluginText(ControlText(GetDlgItem(plugin, kEffectList)));
     step->summary = SummaryOf(plugin);
     step->settings = ReadPluginSettings(plugin);
+    step->search = opening->search;
+    if (opening->sourceFingerprint.empty() && opening->film)
+        opening->sourceFingerprint = FingerprintOf(*opening->film);
+    step->sourceFingerprint = opening->sourceFingerprint;
     step->record = std::make_shared<const SourceRecord>(session->record);
     const auto built = std::make_shared<const BuiltAnimation>(std::exchange(session->built, {}));
     step->built = built;

@@ -11,6 +11,7 @@
 #include "stage/document.h"
 #include "stage/file_choice.h"
 #include "stage/stage.h"
+#include "stage/step_recipe.h"
 
 namespace kfx::stage {
 
@@ -27,17 +28,13 @@ struct Writing {
     std::string error;  // empty: done
 };
 
-// "NAME-ENDING" beside the opened file.
-std::string SuggestedPath(const Stage& stage, const std::string& ending) {
-    const std::string name = FileNameOf(stage.document.path);
-    return FolderOf(stage.document.path) + name.substr(0, name.find_last_of('.')) + "-" + ending;
-}
-
 void WriteStep(Writing* writing) {
     const Step& step = writing->step;
     ResultOptions options;
     // Single frames are what Export is for.
     if (EndingOf(writing->path) == ".png") options.format = "apng";
+    const std::string format = options.format.empty() ? EndingOf(writing->path).substr(1) : options.format;
+    options.recipe = DraftStepRecipe(step, format);
     const auto files = ResultPaths(writing->path, step.built->frames.size(), options.format);
     WrittenResult written;
     // The dialog has asked whether the chosen file may be replaced.
@@ -52,9 +49,7 @@ void TakeWritten(Stage* stage, const Writing& writing) {
         ShowMessage(*stage, nullptr, writing.error, MB_ICONERROR);
         return;
     }
-    for (Step& step : stage->history.steps) {
-        if (step.built && step.built == writing.step.built) step.saved = true;
-    }
+    MarkSaved(stage, writing.step);
     RememberFile(&stage->remembered, AbsolutePath(writing.path));
     ShowStatus(stage, "Saved " + FileNameOf(writing.files.front()));
 }
@@ -78,6 +73,17 @@ void TakeExported(Stage* stage, const Writing& writing) {
 }
 
 }  // namespace
+
+std::string SuggestedPath(const Stage& stage, const std::string& ending) {
+    const std::string name = FileNameOf(stage.document.path);
+    return FolderOf(stage.document.path) + name.substr(0, name.find_last_of('.')) + "-" + ending;
+}
+
+void MarkSaved(Stage* stage, const Step& saved) {
+    for (Step& step : stage->history.steps) {
+        if (step.built && step.built == saved.built) step.saved = true;
+    }
+}
 
 bool SaveResultAs(Stage* stage) {
     const History& history = stage->history;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "stage/stage_window.h"
 
+#include <memory>
 #include <utility>
 
 #include <windows.h>
@@ -14,6 +15,7 @@
 #include "stage/command_table.h"
 #include "stage/menus.h"
 #include "stage/play_commands.h"
+#include "stage/plugin_source.h"
 #include "stage/stage.h"
 #include "stage/stage_messages.h"
 #include "stage/stage_resources.h"
@@ -51,16 +53,11 @@ void OnDpiChanged(Stage* stage, int dpi, const RECT& place) {
     UpdateControls(stage);
 }
 
-void OnDropFiles(Stage* stage, HDROP drop) {
-    std::vector<std::string> paths;
-    const UINT count = DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0);
-    for (UINT i = 0; i < count; ++i) {
-        std::wstring path(DragQueryFileW(drop, i, nullptr, 0) + 1, L'\0');
-        path.resize(DragQueryFileW(drop, i, path.data(), static_cast<UINT>(path.size())));
-        paths.push_back(Narrow(path));
-    }
-    DragFinish(drop);
-    OpenFiles(stage, paths, MadeFile::OpensPlugin);
+void OnDropFiles(Stage* stage, HDROP drop) { OpenFiles(stage, FilesOfDrop(drop), MadeFile::OpensPlugin); }
+
+void OnFilesDropped(Stage* stage, std::vector<std::string>* given) {
+    const std::unique_ptr<std::vector<std::string>> paths(given);
+    OpenFiles(stage, *paths, MadeFile::OpensPlugin);
 }
 
 void OnCommand(Stage* stage, int id, int notification) {
@@ -109,8 +106,9 @@ void OnClose(Stage* stage) {
             return;
     }
     if (IsWorking(*stage)) {
-        // Files are written to their end.
+        // Files are written to their end; what is only looked for can be stopped.
         stage->work.closesStage = true;
+        stage->work.progress.stop = true;
         ShowStatus(stage, "Stage closes once this is done.");
         return;
     }
@@ -162,6 +160,9 @@ bool OnStageMessage(Stage* stage, UINT message, WPARAM word, LPARAM pointer, LRE
             return true;
         case kWallTells:
             ShowStatus(stage, *reinterpret_cast<const std::string*>(pointer));
+            return true;
+        case kFilesDropped:
+            OnFilesDropped(stage, reinterpret_cast<std::vector<std::string>*>(pointer));
             return true;
         case kMayReplaceSource:
             *answer = MayReplaceDocument(stage);

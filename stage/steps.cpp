@@ -7,7 +7,10 @@
 #include "commands/host_session.h"
 #include "commands/settings_file.h"
 #include "stage/plugin_host.h"
+#include "stage/plugin_opening.h"
+#include "stage/plugin_source.h"
 #include "stage/stage.h"
+#include "stage/step_recipe.h"
 
 namespace kfx::stage {
 
@@ -54,28 +57,23 @@ void ShowRepeat(const HostSession& session) {
                  session.progressTotal);
 }
 
-bool JobOf(const SettingsDocument& settings, bool ownPalette, const OpenEngine& engine, Job* job,
-           std::string* error) {
-    OptionWords words;
-    if (!WordsOfSettings(settings, {}, &words, error)) return false;
-    // Only the options count; no file is read or written by these names. A GIF's are those of the window, but
-    // for true colour.
-    std::vector<std::string> arguments = {"apply", "in.gif", "-o", "out.gif"};
-    bool isTrueColor = false;
-    for (const OptionWord& word : words) {
-        if (word.name == "true-color")
-            isTrueColor = true;
-        else
-            arguments.push_back(TextOf(word));
-    }
+// Why the step cannot be built again, for somebody who uses windows.
+std::string RefusalOf(const Step& step) {
+    return step.name +
+           " cannot be repeated on this animation: it has no such palette or effect. Choose the "
+           "settings in the plug-in's window.";
+}
+
+// A GIF's options are those of the window, but for true colour.
+bool JobOf(const Step& step, bool ownPalette, const OpenEngine& engine, Job* job) {
     CommandLine line;
-    if (ParseCommandLine(arguments, {}, &line, error) != ParseOutcome::Run) return false;
+    bool isTrueColor = false;
+    std::string error;
     std::vector<Job> jobs;
     Failure failure;
-    if (!ResolveJobs(line, ownPalette, engine.engine, engine.opened, &jobs, &failure)) {
-        *error = failure.error;
+    if (!LineOfStep(step, "gif", {}, &line, &isTrueColor, &error) ||
+        !ResolveJobs(line, ownPalette, engine.engine, engine.opened, &jobs, &failure))
         return false;
-    }
     *job = jobs.back();
     if (isTrueColor) job->paletteUse = PaletteUse::TrueColor;
     return true;
@@ -90,10 +88,14 @@ void BuildRepeat(Repeat* repeat) {
     start.session = &session;
     start.onProgress = ShowRepeat;
     Failure failure;
+    start.fastRemap = repeat->step.search.fast;
+    start.ditherBrightness = repeat->step.search.ditherBrightness;
+    start.ditherContrast = repeat->step.search.ditherContrast;
+    repeat->step.sourceFingerprint = FingerprintOf(*repeat->film);
     const OpenEngine engine(kDirectEngine, start, &failure);
     Job job;
-    if (!engine || !JobOf(repeat->step.settings, HasOwnPalette(source), engine, &job, &failure.error)) {
-        repeat->error = failure.error;
+    if (!engine || !JobOf(repeat->step, HasOwnPalette(source), engine, &job)) {
+        repeat->error = engine ? RefusalOf(repeat->step) : failure.error;
         return;
     }
     answer = session.context.callback;
@@ -145,7 +147,8 @@ void TakeStep(Stage* stage, Step step, bool isTest) {
         ShowStatus(stage, "A test of " + history.test->name + ": keep it, or drop it.");
     } else {
         ShowStatus(stage, "");
-        if (!step.settings.lines.empty()) history.lastUse = {step.name, step.summary, step.settings};
+        if (!step.settings.lines.empty())
+            history.lastUse = {step.name, step.summary, step.settings, step.search};
         for (Step& old : AddStep(&history, std::move(step), MostHistoryBytes()))
             gone.push_back(std::move(old));
     }
@@ -165,6 +168,8 @@ void OnKeepTest(Stage* stage) {
     if (!stage->history.test) return;
     Step step = std::move(*stage->history.test);
     stage->history.test.reset();
+    // The next build stands on it.
+    if (IsPluginOpen(*stage)) GiveFilm(*stage->plugin.opening, step.film);
     TakeStep(stage, std::move(step), false);
 }
 
@@ -192,6 +197,7 @@ void OnRepeatEffect(Stage* stage) {
     repeat->step.name = last.name;
     repeat->step.summary = last.summary;
     repeat->step.settings = last.settings;
+    repeat->step.search = last.search;
     repeating = &stage->work;
     StartWork(
         stage, last.name, [repeat](Work*) { BuildRepeat(repeat.get()); },

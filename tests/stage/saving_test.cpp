@@ -7,24 +7,6 @@ namespace {
 
 using namespace stage;
 
-constexpr int kFileName = 0x480;      // the field of a file dialog
-constexpr int kFileNameList = 0x47C;  // or the list that holds it
-
-// Types a name into the file dialog with this title and accepts it.
-void ChooseFile(const StageWindow& test, const char* title, const std::string& path) {
-    HWND dialog = nullptr;
-    ASSERT_NO_FATAL_FAILURE(test.WaitForDialog(title, &dialog));
-    ASSERT_TRUE(
-        WaitFor([dialog] { return GetDlgItem(dialog, kFileName) || GetDlgItem(dialog, kFileNameList); }));
-    const HWND name =
-        GetDlgItem(dialog, kFileName) ? GetDlgItem(dialog, kFileName) : GetDlgItem(dialog, kFileNameList);
-    ASSERT_TRUE(WaitFor([name, &path] {
-        SendMessageA(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
-        return TextOf(name) == path;
-    }));
-    Press(dialog, IDOK);
-}
-
 struct Saving : StageWindow {
     std::string output = folder.path + "saved.gif";
 
@@ -39,7 +21,7 @@ TEST_F(Saving, A_saved_result_is_no_unsaved_work) {
     ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
     EXPECT_TRUE(WaitForTitle("*in.gif - Kestrel Stage"));
     Run(kSave);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", output));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
     EXPECT_TRUE(WaitForText(kStatusText, "Saved saved.gif"));
     EXPECT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
     EXPECT_EQ(ReadBack(output).frames.size(), 3u);
@@ -51,10 +33,10 @@ TEST_F(Saving, A_file_whose_ending_is_added_is_asked_about_before_it_is_replaced
     WriteText(kept, "kept");
     ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
     Run(kSave);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", typed));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", typed));
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDNO));
     EXPECT_EQ(ReadText(kept), "kept");
-    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", typed));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", typed));
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDYES));
     EXPECT_TRUE(WaitForText(kStatusText, "Saved saved.jpg.gif"));
     EXPECT_EQ(ReadBack(kept).frames.size(), 3u);
@@ -67,7 +49,7 @@ TEST_F(Saving, Unsaved_work_can_be_saved_when_the_window_closes) {
     HWND box = nullptr;
     ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));
     PostMessageA(box, WM_COMMAND, IDYES, 0);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", output));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
     EXPECT_EQ(WaitForEnd(&this->stage), 0);
     EXPECT_EQ(ReadBack(output).frames.size(), 3u);
 }
@@ -76,7 +58,7 @@ TEST_F(Saving, The_frames_are_exported_as_numbered_files) {
     ASSERT_NO_FATAL_FAILURE(Open({input}));
     ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
     Run(kExportFrames);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile(*this, "Save As", folder.path + "frame.png"));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", folder.path + "frame.png"));
     EXPECT_TRUE(WaitForText(kStatusText, "Exported frame-000.png to frame-002.png"));
     EXPECT_TRUE(FileExists(folder.path + "frame-002.png"));
     ASSERT_NO_FATAL_FAILURE(Close(false));

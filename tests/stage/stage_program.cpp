@@ -4,6 +4,8 @@
 namespace kfx::test {
 namespace {
 
+constexpr int kFileName = 0x480;             // the field of a file dialog
+constexpr int kFileNameList = 0x47C;         // or the list that holds it
 constexpr UINT kAnswerMilliseconds = 10000;  // until the text is asked for once more
 
 }  // namespace
@@ -60,15 +62,33 @@ void StageWindow::OpenPlugin(HWND* plugin) const {
         << "Stage's source is opened without asking";
 }
 
-void StageWindow::Build(const std::string& effect) const {
-    HWND plugin = nullptr;
-    ASSERT_NO_FATAL_FAILURE(OpenPlugin(&plugin));
+void StageWindow::SelectEffect(HWND plugin, const std::string& effect) {
     const HWND list = GetDlgItem(plugin, kPluginEffect);
     SendMessageA(list, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(effect.c_str()));
     SendMessageA(plugin, WM_COMMAND, MAKEWPARAM(kPluginEffect, CBN_CLOSEUP), reinterpret_cast<LPARAM>(list));
+}
+
+void StageWindow::Build(const std::string& effect) const {
+    HWND plugin = nullptr;
+    ASSERT_NO_FATAL_FAILURE(OpenPlugin(&plugin));
+    SelectEffect(plugin, effect);
     Press(plugin, kPluginBuild);
     ASSERT_TRUE(WaitForText(stage::kUndo, "Undo " + effect));
     ASSERT_TRUE(WaitForPossible(stage::kUndo)) << "the plug-in's window is closed";
+}
+
+void StageWindow::ChooseFile(const char* title, const std::string& path) const {
+    HWND dialog = nullptr;
+    ASSERT_NO_FATAL_FAILURE(WaitForDialog(title, &dialog));
+    ASSERT_TRUE(
+        WaitFor([dialog] { return GetDlgItem(dialog, kFileName) || GetDlgItem(dialog, kFileNameList); }));
+    const HWND name =
+        GetDlgItem(dialog, kFileName) ? GetDlgItem(dialog, kFileName) : GetDlgItem(dialog, kFileNameList);
+    ASSERT_TRUE(WaitFor([name, &path] {
+        SendMessageA(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+        return TextOf(name) == path;
+    }));
+    Press(dialog, IDOK);
 }
 
 void StageWindow::AnswerMessage(int button) const {

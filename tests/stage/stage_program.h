@@ -21,6 +21,7 @@ constexpr int kPluginBuild = 1;
 constexpr int kPluginTest = 24;
 constexpr int kPluginSize = 12;
 constexpr int kPluginEffect = 50;
+constexpr int kPluginSelect = 51;
 
 std::string TextOf(HWND window);
 
@@ -56,8 +57,14 @@ struct StageWindow : ::testing::Test {
     // Opens the plug-in and waits until it has the source.
     void OpenPlugin(HWND* plugin) const;
 
+    // Selects an effect in the plug-in's window.
+    static void SelectEffect(HWND plugin, const std::string& effect);
+
     // Builds with the effect and waits for the result.
     void Build(const std::string& effect) const;
+
+    // Types a name into the file dialog with this title and accepts it.
+    void ChooseFile(const char* title, const std::string& path) const;
 
     // Presses a button of a message box with Stage's title.
     void AnswerMessage(int button) const;

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: MIT
+// What its user does with mouse and keys, and what must not lose work: saves that fail, the session's end.
+#include <future>
+
+#include "tests/driven/import_patch.h"
+#include "tests/stage/own_stage.h"
+
+namespace kfx::test {
+namespace {
+
+using namespace stage;
+
+BOOL WINAPI WriteToFullDisk(HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*) {
+    *written = 0;
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+struct Using : OwnStage {
+    void OpenAndBuild() {
+        ASSERT_NO_FATAL_FAILURE(OpenHere({input}));
+        ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
+        ASSERT_NO_FATAL_FAILURE(Build("Solarize"));
+    }
+};
+
+TEST_F(Using, The_dividing_line_follows_the_mouse) {
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    const HWND canvas = Control(kCanvas);
+    RECT area;
+    GetClientRect(canvas, &area);
+    const auto moveTo = [&](int x) { PostMessageA(canvas, WM_MOUSEMOVE, 0, MAKELPARAM(x, area.bottom / 2)); };
+    moveTo(1);
+    EXPECT_TRUE(WaitFor([this] { return State()->view.wipe == 0; }));
+    moveTo(area.right - 2);
+    EXPECT_TRUE(WaitFor([this] { return State()->view.wipe == kWipeSteps; }));
+    moveTo(area.right / 2);
+    EXPECT_TRUE(WaitFor([this] { return State()->view.wipe > 400 && State()->view.wipe < 600; }));
+}
+
+TEST_F(Using, The_source_stands_alone_while_its_key_is_held) {
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    PostMessageA(window, WM_KEYDOWN, 'O', 1);
+    EXPECT_TRUE(WaitFor([this] { return State()->view.sourceAlone; }));
+    PostMessageA(window, WM_KEYUP, 'O', 1);
+    EXPECT_TRUE(WaitFor([this] { return !State()->view.sourceAlone; }));
+    PostMessageA(window, WM_KEYDOWN, 'O', 1);
+    EXPECT_TRUE(WaitFor([this] { return State()->view.sourceAlone; }));
+    PostMessageA(window, WM_ACTIVATE, WA_INACTIVE, 0);
+    EXPECT_TRUE(WaitFor([this] { return !State()->view.sourceAlone; })) << "its release goes elsewhere";
+}
+
+TEST_F(Using, A_save_that_fails_keeps_the_work_unsaved) {
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    const std::string output = folder.path + "saved.gif";
+    {
+        const ImportPatch disk(GetModuleHandleA("msvcrt.dll"), "WriteFile",
+                               AddressOfFunction(WriteToFullDisk));
+        ASSERT_NE(disk.original, nullptr);
+        Run(kSave);
+        ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
+        ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
+    }
+    EXPECT_FALSE(FileExists(output));
+    EXPECT_EQ(TextOf(window), "*in.gif - Kestrel Stage");
+    PostMessageA(window, WM_CLOSE, 0, 0);
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDCANCEL));
+    EXPECT_TRUE(IsWindow(window)) << "it is asked about";
+    Run(kSave);
+    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
+    EXPECT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
+    EXPECT_EQ(ReadBack(output).frames.size(), 3u);
+}
+
+TEST_F(Using, The_sessions_end_waits_for_unsaved_work_and_keeps_what_is_remembered) {
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    const auto ask = [this] {
+        return std::async(std::launch::async,
+                          [this] { return SendMessageA(window, WM_QUERYENDSESSION, 0, 0); });
+    };
+    auto kept = ask();
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDCANCEL));
+    EXPECT_EQ(kept.get(), FALSE);
+    auto left = ask();
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDNO));
+    EXPECT_EQ(left.get(), TRUE);
+    const std::string remembered = user.folder + "\\kestrel-stage.ini";
+    DeleteFileA(remembered.c_str());
+    SendMessageA(window, WM_ENDSESSION, FALSE, 0);
+    EXPECT_FALSE(FileExists(remembered)) << "another program has refused";
+    SendMessageA(window, WM_ENDSESSION, TRUE, 0);
+    EXPECT_TRUE(FileExists(remembered));
+}
+
+}  // namespace
+}  // namespace kfx::test
