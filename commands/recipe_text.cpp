@@ -18,6 +18,7 @@ constexpr char kVersionLine[] = "kestrel ";
 constexpr char kFingerprintLine[] = "fingerprint ";
 constexpr char kBeforeLoss[] = " before loss";
 constexpr char kPartLine[] = "part ";
+constexpr char kSourceLine[] = "source fingerprint ";  // a remark
 constexpr size_t kFingerprintDigits = 32;
 constexpr size_t kMostWords = 1000;
 constexpr size_t kLongestVersion = 20;
@@ -108,6 +109,10 @@ RecipeDraft DraftRecipe(const CommandLine& line) {
     draft.head = lines;
     draft.isLossy = IsLossy(line);
     return draft;
+}
+
+void NoteSource(const std::string& fingerprint, RecipeDraft* draft) {
+    AddLine(kSourceLine + fingerprint, &draft->head);
 }
 
 bool LosesRecipe(const CommandLine& line) {

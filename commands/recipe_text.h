@@ -21,6 +21,9 @@ struct RecipeDraft {
 // The recipe of an apply command, as far as the command line says it. It holds neither paths nor times.
 RecipeDraft DraftRecipe(const CommandLine& line);
 
+// Notes in a recipe which animation it was for. Nobody reads it but people.
+void NoteSource(const std::string& fingerprint, RecipeDraft* draft);
+
 // Whether the command should keep a recipe and cannot: an option is no single line, or all are too long.
 bool LosesRecipe(const CommandLine& line);
 

@@ -8,8 +8,8 @@
 namespace kfx::stage {
 namespace {
 
-// A template without controls: menu, class and title are empty.
-struct EmptyTemplate {
+// A template without controls: menu, class and title are empty. The system wants it at a multiple of four.
+struct alignas(4) EmptyTemplate {
     DLGTEMPLATE box;
     WORD menu, className, title;
 };

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <windows.h>
+#include <shellapi.h>
 
 #include "commands/settings_file.h"
 #include "stage/film.h"

@@ -23,6 +23,7 @@ using namespace commands;
 namespace {
 
 constexpr int kWays = 4;  // that are looked at, as a rule
+constexpr const char* kNumbers[kMostFitChoices + 1] = {"No", "One", "Two", "Three", "Four"};
 
 struct SizeSearch {
     Step step;          // shares its pixels with the history's
@@ -71,7 +72,7 @@ void FindFiles(SizeSearch* search, Work* work) {
         NoteProgress(&work->progress, work->window, NameOfWay(way) + ": " + ChangesText(settings), done,
                      kWays);
     };
-    const FitSteps steps = {PipelineOptionsOf, optionsOf, StartOf, &work->progress.stop};
+    const FitSteps steps = {PipelineOptionsOf, optionsOf, commands::StartOf, &work->progress.stop};
     if (!FindFitChoices(line, {.engine = kDirectEngine}, steps, &session, tell, &search->choices, &failure) ||
         !ReadFilms(search))
         search->error = failure.error.empty() ? search->error : failure.error;
@@ -89,9 +90,10 @@ std::string SentenceOf(const SizeSearch& search) {
     const FitChoices& choices = search.choices;
     const std::string size = TextOfSize(search.size);
     if (choices.isUnchanged) return "It fits into " + size + " as it is: nothing has to be given up.";
-    std::string text = choices.found.size() == 1 ? "Only one file fits into " + size + "."
-                                                 : std::to_string(choices.found.size()) + " files fit into " +
-                                                       size + "; each gives up something else.";
+    std::string text = choices.found.size() == 1
+                           ? "Only one file fits into " + size + "."
+                           : kNumbers[choices.found.size()] + std::string(" files fit into ") + size +
+                                 "; each gives up something else.";
     if (choices.found.size() > 1 && choices.found.size() < kMostFitChoices)
         text += " Other ways lead to larger files.";
     for (const FitChoice& choice : choices.found) {
@@ -99,6 +101,11 @@ std::string SentenceOf(const SizeSearch& search) {
         text += " Half-transparent pixels become opaque or hidden in a GIF.";
         break;
     }
+    return text;
+}
+
+std::string Capital(std::string text) {
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') text[0] = static_cast<char>(text[0] - 'a' + 'A');
     return text;
 }
 
@@ -110,33 +117,47 @@ OfferedFile OfferedFileOf(const SizeSearch& search, size_t number, bool isBest) 
     file.name = search.choices.isUnchanged ? "As it is" : NameOfWay(choice.way);
     if (isBest) file.name += ", looks best";
     file.lines = {SizeText(trial.bytes) + " (" + ByteCountText(trial.bytes) + ")", FactsText(trial),
-                  ChangesText(trial.settings)};
+                  Capital(ChangesText(trial.settings))};
     file.whole = ChoiceText(choice);
     return file;
 }
 
-// Asks for a name and writes the file that was chosen. True: it is written.
-bool SaveChoice(Stage* stage, SizeSearch* search, HWND box, size_t number) {
-    if (IsWorking(*stage)) return false;
-    const FitTrial& trial = search->choices.found[number].trial;
-    std::string path = SuggestedPath(*stage, "small.gif"), error;
-    if (!ChooseFileToSave(box, SaveKind::Gif, &path)) return false;
+// What the worker writes.
+struct ChoiceWriting {
+    std::shared_ptr<SizeSearch> search;
+    size_t number = 0;
+    std::string path;
+    std::string error;
     bool isWritten = false;
+};
+
+void WriteChoice(ChoiceWriting* writing) {
+    const std::vector<uint8_t>& file = writing->search->choices.found[writing->number].trial.file;
+    // The dialog has asked whether the file may be replaced.
+    writing->isWritten = MayWriteFile(writing->path, {writing->search->input}, true, &writing->error) &&
+                         WriteWholeFile(writing->path, file, &writing->error);
+}
+
+// Asks for a name and writes the file that was chosen. True: it is written.
+bool SaveChoice(Stage* stage, const std::shared_ptr<SizeSearch>& search, HWND box, size_t number) {
+    if (IsWorking(*stage)) return false;
+    auto writing = std::make_shared<ChoiceWriting>();
+    writing->search = search;
+    writing->number = number;
+    writing->path = SuggestedPath(*stage, "small.gif");
+    if (!ChooseFileToSave(box, SaveKind::Gif, &writing->path)) return false;
     StartWork(
-        stage, "Writing " + FileNameOf(path),
-        [&](Work*) {
-            isWritten =
-                MayWriteFile(path, {search->input}, true, &error) && WriteWholeFile(path, trial.file, &error);
-        },
+        stage, "Writing " + FileNameOf(writing->path), [writing](Work*) { WriteChoice(writing.get()); },
         [](Stage*) {});
     WaitForWork(stage);
-    if (!isWritten) {
-        if (!error.empty()) ShowMessage(*stage, box, error, MB_ICONERROR);
+    if (!writing->isWritten) {
+        if (!writing->error.empty()) ShowMessage(*stage, box, writing->error, MB_ICONERROR);
         return false;
     }
     MarkSaved(stage, search->step);
-    RememberFile(&stage->remembered, AbsolutePath(path));
-    ShowStatus(stage, "Saved " + FileNameOf(path) + ", " + SizeText(trial.bytes));
+    RememberFile(&stage->remembered, AbsolutePath(writing->path));
+    ShowStatus(stage, "Saved " + FileNameOf(writing->path) + ", " +
+                          SizeText(search->choices.found[number].trial.bytes));
     return true;
 }
 
@@ -151,9 +172,7 @@ void OfferFiles(Stage* stage, const std::shared_ptr<SizeSearch>& search) {
     const bool isChoice = choices.found.size() > 1;
     for (size_t i = 0; i < choices.found.size(); ++i)
         offer.files.push_back(OfferedFileOf(*search, i, isChoice && i == offer.first));
-    offer.take = [stage, search](HWND box, size_t number) {
-        return SaveChoice(stage, search.get(), box, number);
-    };
+    offer.take = [stage, search](HWND box, size_t number) { return SaveChoice(stage, search, box, number); };
     ShowOffer(stage->window, offer);
 }
 

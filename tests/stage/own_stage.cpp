@@ -42,6 +42,7 @@ void OwnStage::OpenHere(const std::vector<std::string>& files) {
 }
 
 void OwnStage::Drop(HWND target, const std::vector<std::string>& files) {
+    ASSERT_TRUE(WaitFor([target] { return (GetWindowLongA(target, GWL_EXSTYLE) & WS_EX_ACCEPTFILES) != 0; }));
     std::wstring names;
     for (const std::string& file : files) names += commands::Widen(file) + L'\0';
     names += L'\0';

@@ -19,7 +19,7 @@ struct OwnStage : StageWindow {
     void OpenHere(const std::vector<std::string>& files);
     stage::Stage* State() const { return stage::StageOf(window); }
 
-    // Drops files on a window as the system's shell does.
+    // Drops files on a window as the system's shell does, once it takes files.
     static void Drop(HWND target, const std::vector<std::string>& files);
 };
 

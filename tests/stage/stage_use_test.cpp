@@ -26,6 +26,8 @@ struct Using : OwnStage {
 
 TEST_F(Using, The_dividing_line_follows_the_mouse) {
     ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    Run(kWipeView);
+    ASSERT_TRUE(WaitFor([this] { return State()->view.arrangement == Arrangement::Wipe; }));
     const HWND canvas = Control(kCanvas);
     RECT area;
     GetClientRect(canvas, &area);
@@ -84,7 +86,7 @@ TEST_F(Using, The_sessions_end_waits_for_unsaved_work_and_keeps_what_is_remember
     auto left = ask();
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDNO));
     EXPECT_EQ(left.get(), TRUE);
-    const std::string remembered = user.folder + "\\kestrel-stage.ini";
+    const std::string remembered = user.folder + "kestrel-stage.ini";
     DeleteFileA(remembered.c_str());
     SendMessageA(window, WM_ENDSESSION, FALSE, 0);
     EXPECT_FALSE(FileExists(remembered)) << "another program has refused";
