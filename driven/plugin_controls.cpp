@@ -131,6 +131,11 @@ void Notify(HWND window, HWND control, WORD code) {
     Send(window, WM_COMMAND, MAKEWPARAM(IdOf(control), code), reinterpret_cast<LPARAM>(control));
 }
 
+void PressButton(HWND window, int button) {
+    PostMessageA(window, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED),
+                 reinterpret_cast<LPARAM>(GetDlgItem(window, button)));
+}
+
 std::string ControlText(HWND control) {
     char text[2048] = "";
     if (control) Send(control, WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text));

@@ -37,6 +37,9 @@ LRESULT Send(HWND window, UINT message, WPARAM word = 0, LPARAM pointer = 0);
 // A control's notification, as the control itself would send it to its window.
 void Notify(HWND window, HWND control, WORD code);
 
+// What pressing a button of the window does, once the window takes messages.
+void PressButton(HWND window, int button);
+
 std::string ControlText(HWND control);
 std::string ControlClass(HWND control);
 

@@ -164,11 +164,6 @@ bool Ready(const PluginRun& run) {
            IsWindowVisible(window);
 }
 
-void Press(PluginRun* run, int button) {
-    PostMessageA(run->window, WM_COMMAND, MAKEWPARAM(button, BN_CLICKED),
-                 reinterpret_cast<LPARAM>(GetDlgItem(run->window, button)));
-}
-
 bool TakeBuilt(PluginRun* run, int tasksBefore) {
     if (!NoMessage(run)) return false;
     if (run->session->tasksClosed == tasksBefore || !run->session->built.complete) {
@@ -229,7 +224,7 @@ bool SetOption(PluginRun* run, const std::string& name, bool on) {
 bool SelectSource(PluginRun* run) {
     const int before = run->session->animationsOpened;
     const int refused = run->session->animationsRefused;
-    Press(run, kSelectButton);
+    PressButton(run->window, kSelectButton);
     const HWND build = GetDlgItem(run->window, kBuildButton);
     if (!WaitUntil(run, run->timeoutSeconds, [run, before, refused, build] {
             return !run->messages.empty() || run->session->animationsRefused > refused ||
@@ -247,7 +242,7 @@ bool SelectSource(PluginRun* run) {
 
 bool PressTest(PluginRun* run) {
     const int before = run->session->tasksClosed;
-    Press(run, kTestButton);
+    PressButton(run->window, kTestButton);
     if (!WaitUntil(run, run->timeoutSeconds,
                    [run, before] { return !run->messages.empty() || run->session->tasksClosed > before; })) {
         return run->failure.error.empty() ? Fail(run, kExitEngine, "the plug-in's window has closed itself.")
@@ -259,7 +254,7 @@ bool PressTest(PluginRun* run) {
 
 bool PressBuild(PluginRun* run) {
     const int before = run->session->tasksClosed;
-    Press(run, kBuildButton);
+    PressButton(run->window, kBuildButton);
     if (!WaitUntil(run, run->timeoutSeconds, [run] { return ThreadEnded(*run); })) return false;
     return TakeBuilt(run, before);
 }
@@ -270,7 +265,7 @@ bool ClosePluginWindow(PluginRun* run) {
     StillAnswers(run);
     if (run->failure.exitCode == kExitTimeout && !ThreadEnded(*run)) return false;
     const Failure failure = run->failure;
-    if (!ThreadEnded(*run) && run->window) Press(run, kCancelButton);
+    if (!ThreadEnded(*run) && run->window) PressButton(run->window, kCancelButton);
     const int seconds = std::min(kClosingSeconds, run->timeoutSeconds);
     const bool ended = WaitUntil(run, seconds, [run] { return ThreadEnded(*run); });
     if (!failure.error.empty()) run->failure = failure;

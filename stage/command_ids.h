@@ -41,6 +41,7 @@ enum CommandId {
     kShowKeys,
     kShowHelp,
     kSaveWithin,
+    kGiveUpPlugin,
 
     kFirstRecent = 300,  // and the files after it
     kLastRecent = 309,

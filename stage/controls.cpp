@@ -24,7 +24,8 @@ namespace {
 
 // Device-independent pixels.
 constexpr int kMargin = 8, kBarHeight = 32, kSliderHeight = 28, kFrameTextWidth = 230, kStatusHeight = 24;
-constexpr int kProgressWidth = 180, kProgressHeight = 14, kStopWidth = 60, kHistoryWidth = 216;
+constexpr int kProgressWidth = 180, kProgressHeight = 14, kStopWidth = 60, kGiveUpWidth = 90,
+              kHistoryWidth = 216;
 constexpr int kHistoryRow = 60;
 
 struct Areas {
@@ -98,6 +99,7 @@ void MakeControls(Stage* stage) {
         Make(stage, L"STATIC", L"", SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE | SS_ENDELLIPSIS, kStatusText);
     controls.progress = Make(stage, PROGRESS_CLASSW, L"Progress", 0, kStatusProgress);
     Make(stage, L"BUTTON", L"Stop", WS_TABSTOP | BS_PUSHBUTTON, kStopWork);
+    Make(stage, L"BUTTON", L"Give up...", WS_TABSTOP | BS_PUSHBUTTON, kGiveUpPlugin);
     controls.tooltips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0,
                                         stage->window, nullptr, GetModuleHandleW(nullptr), nullptr);
     MakeFonts(stage);
@@ -139,7 +141,13 @@ void PlaceControls(Stage* stage) {
     RECT bar = {stop.left - margin - Scaled(*stage, kProgressWidth), middle, stop.left - margin,
                 middle + Scaled(*stage, kProgressHeight)};
     Move(controls.progress, bar);
-    status.right = IsWindowVisible(controls.progress) ? bar.left - margin : status.right;
+    RECT giveUp = status;
+    giveUp.left = giveUp.right - Scaled(*stage, kGiveUpWidth);
+    Move(GetDlgItem(stage->window, kGiveUpPlugin), giveUp);
+    if (IsWindowVisible(controls.progress))
+        status.right = bar.left - margin;
+    else if (IsWindowVisible(GetDlgItem(stage->window, kGiveUpPlugin)))
+        status.right = giveUp.left - margin;
     Move(controls.status, status);
 }
 
@@ -153,7 +161,8 @@ void UpdateControls(Stage* stage) {
     SendMessageW(stage->controls.slider, TBM_SETRANGEMIN, FALSE, 1);
     SendMessageW(stage->controls.slider, TBM_SETRANGEMAX, TRUE, std::max(frames, 1));
     EnableWindow(stage->controls.slider, frames > 1);
-    EnableWindow(GetDlgItem(stage->window, kStopWork), IsPossible(*stage, *FindCommand(kStopWork)));
+    for (const int button : {kStopWork, kGiveUpPlugin})
+        EnableWindow(GetDlgItem(stage->window, button), IsPossible(*stage, *FindCommand(button)));
     SetText(stage->window, TitleOf(*stage));
     PlaceControls(stage);
     UpdatePosition(*stage);
@@ -173,6 +182,12 @@ void ShowStatus(Stage* stage, const std::string& text) {
 }
 
 void ShowProgress(Stage* stage) {
+    if (!IsWorking(*stage) && IsPluginSilent(*stage)) {
+        SetText(stage->controls.status, "The plug-in does not answer.");
+        ShowWindow(GetDlgItem(stage->window, kGiveUpPlugin), SW_SHOWNA);
+        PlaceControls(stage);
+        return;
+    }
     Progress* progress = IsWorking(*stage)      ? &stage->work.progress
                          : IsPluginOpen(*stage) ? &stage->plugin.opening->progress
                                                 : nullptr;
@@ -202,8 +217,12 @@ void ShowProgress(Stage* stage) {
 }
 
 void ClearProgress(Stage* stage) {
+    const HWND buttons[] = {GetDlgItem(stage->window, kStopWork), GetDlgItem(stage->window, kGiveUpPlugin)};
+    for (const HWND button : buttons) {
+        if (GetFocus() == button) FocusPicture(*stage);
+        ShowWindow(button, SW_HIDE);
+    }
     ShowWindow(stage->controls.progress, SW_HIDE);
-    ShowWindow(GetDlgItem(stage->window, kStopWork), SW_HIDE);
     SetText(stage->controls.status, stage->controls.lasting);
     ClearTaskbarProgress(stage->window);
     PlaceControls(stage);

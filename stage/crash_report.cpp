@@ -2,10 +2,12 @@
 #include "stage/crash_report.h"
 
 #include <cstdio>
+#include <exception>
 
 #include "commands/recipe_text.h"
 #include "commands/text_windows.h"
 #include "driven/settings_folder.h"
+#include "stage/plugin_guard.h"
 
 namespace kfx::stage {
 
@@ -51,13 +53,18 @@ std::string NewFolder() {
     const std::string reports = SettingsFolder() + "Stage reports";
     MakeSettingsFolder();
     CreateDirectoryW(Widen(reports).c_str(), nullptr);
-    const std::string folder = reports + "\\" + name;
-    return CreateDirectoryW(Widen(folder).c_str(), nullptr) ? folder : "";
+    for (int number = 1; number < 10; ++number) {
+        const std::string folder = reports + "\\" + name + (number > 1 ? "-" + std::to_string(number) : "");
+        if (CreateDirectoryW(Widen(folder).c_str(), nullptr)) return folder;
+        if (GetLastError() != ERROR_ALREADY_EXISTS) break;
+    }
+    return "";
 }
 
 std::string ReportText(const PluginOpening& opening, const CrashFacts& facts) {
     std::string text = "Kestrel Stage " + ProgramVersion() + "\r\nplug-in: " + opening.library->path +
-                       "\r\nexception: " + Hexadecimal(facts.code) + "\r\n";
+                       "\r\n" +
+                       (facts.code ? "exception: " + Hexadecimal(facts.code) : "it does not answer") + "\r\n";
     if (opening.film) {
         text += "input: " + std::to_string(opening.film->facts.width) + " x " +
                 std::to_string(opening.film->facts.height) + ", " +
@@ -71,23 +78,33 @@ std::string ReportText(const PluginOpening& opening, const CrashFacts& facts) {
     return text;
 }
 
-}  // namespace
+bool CanRead(uint64_t address) {
+    MEMORY_BASIC_INFORMATION memory = {};
+    return VirtualQuery(reinterpret_cast<const void*>(static_cast<uintptr_t>(address)), &memory,
+                        sizeof memory) &&
+           memory.State == MEM_COMMIT && !(memory.Protect & (PAGE_NOACCESS | PAGE_GUARD));
+}
 
-void NoteCrash(const EXCEPTION_POINTERS& exception, CrashFacts* facts) {
-    facts->code = exception.ExceptionRecord->ExceptionCode;
-    CONTEXT context = *exception.ContextRecord;
+// The context's instruction, and who has called it.
+void NoteCalls(CONTEXT context, CrashFacts* facts) {
     while (facts->callCount < kMostCalls && context.Rip) {
         facts->calls[facts->callCount++] = context.Rip;
         DWORD64 base = 0;
         auto* const function = RtlLookupFunctionEntry(context.Rip, &base, nullptr);
-        if (!function) break;  // a function that calls none, or no code at all
+        if (!function) {
+            // A function that calls none, or no code at all: the stack begins with where it was called.
+            if (facts->callCount > 1 || !CanRead(context.Rsp)) break;
+            context.Rip = *reinterpret_cast<const uint64_t*>(static_cast<uintptr_t>(context.Rsp));
+            context.Rsp += sizeof context.Rip;
+            continue;
+        }
         void* handler = nullptr;
         DWORD64 frame = 0;
         RtlVirtualUnwind(UNW_FLAG_NHANDLER, base, context.Rip, function, &context, &handler, &frame, nullptr);
     }
 }
 
-std::string WriteCrashReport(const PluginOpening& opening, const CrashFacts& facts) {
+std::string WriteReport(const PluginOpening& opening, const CrashFacts& facts) {
     const std::string folder = NewFolder();
     if (folder.empty()) return "";
     const std::string path = folder + "\\report.txt";
@@ -99,6 +116,43 @@ std::string WriteCrashReport(const PluginOpening& opening, const CrashFacts& fac
     WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
     CloseHandle(file);
     return folder;
+}
+
+}  // namespace
+
+void NoteCrash(const EXCEPTION_POINTERS& exception, CrashFacts* facts) {
+    facts->code = exception.ExceptionRecord->ExceptionCode;
+    NoteCalls(*exception.ContextRecord, facts);
+}
+
+// The stack is read when the thread may run again: suspended, it may hold a lock that this one needs for it.
+void NoteHang(HANDLE thread, CrashFacts* facts) {
+    CONTEXT context = {};
+    context.ContextFlags = CONTEXT_FULL;
+    if (SuspendThread(thread) == static_cast<DWORD>(-1)) return;
+    const BOOL known = GetThreadContext(thread, &context);
+    ResumeThread(thread);
+    if (known) NoteCalls(context, facts);
+}
+
+std::string WriteReportGuarded(const PluginOpening& opening, const CrashFacts& facts) {
+    struct Writing {
+        const PluginOpening& opening;
+        const CrashFacts& facts;
+        std::string folder;
+    } writing = {opening, facts, ""};
+    CrashFacts ignored;
+    const bool written = CallGuarded(
+        [](void* context) {
+            auto* own = static_cast<Writing*>(context);
+            try {
+                own->folder = WriteReport(own->opening, own->facts);
+            } catch (const std::exception&) {
+                // There is no memory for it, and so no report.
+            }
+        },
+        &writing, opening.library, &ignored);
+    return written ? writing.folder : "";
 }
 
 }  // namespace kfx::stage

@@ -3,23 +3,23 @@
 
 #include <windows.h>
 
-#include "stage/crash_report.h"
 #include "stage/stage_messages.h"
 
 namespace kfx::stage {
 
 namespace {
 
-// What one guarded call knows of itself; of the plug-in's thread, and of the handlers that run on it.
+// What one guarded call knows of itself; of its thread, and of the handlers that run on it.
 struct Guard {
-    DWORD thread = 0;
-    HMODULE module = nullptr;
+    const driven::PluginLibrary* library = nullptr;
     CONTEXT landing = {};
     volatile bool crashed = false;
     CrashFacts facts;
 };
 
-Guard* volatile guard = nullptr;
+// Where each thread has its guard. The system's slots need no memory, which a crash may leave none of.
+DWORD guardSlot = TLS_OUT_OF_INDEXES;
+LPTOP_LEVEL_EXCEPTION_FILTER filterBefore = nullptr;
 
 bool IsFatal(DWORD code) {
     switch (code) {
@@ -46,85 +46,116 @@ bool IsIn(HMODULE module, const void* address) {
            found == module;
 }
 
+// The guard of this thread, if this exception would be the end of its call; else null.
+Guard* GuardFor(const EXCEPTION_POINTERS& exception) {
+    if (!IsFatal(exception.ExceptionRecord->ExceptionCode)) return nullptr;
+    auto* const guard = static_cast<Guard*>(TlsGetValue(guardSlot));
+    return guard && !guard->crashed ? guard : nullptr;
+}
+
 // Sends the thread back to where the guarded call began.
-LONG LeavePlugin(EXCEPTION_POINTERS* exception) {
+LONG LeaveCall(Guard* guard, EXCEPTION_POINTERS* exception) {
     NoteCrash(*exception, &guard->facts);
     guard->crashed = true;
     *exception->ContextRecord = guard->landing;
     return EXCEPTION_CONTINUE_EXECUTION;
 }
 
-bool IsGuarded(const EXCEPTION_POINTERS& exception) {
-    return guard && guard->thread == GetCurrentThreadId() && !guard->crashed &&
-           IsFatal(exception.ExceptionRecord->ExceptionCode);
-}
-
-// Nothing in the plug-in handles exceptions, so one of its own instructions that fails is the end of it.
+// Nothing in the plug-in handles exceptions, so one of its own instructions that fails is the end of it. Only
+// the loader, which calls it first, may not be left: it holds a lock that every new thread needs. It handles
+// the exception and refuses the plug-in.
 LONG CALLBACK OnFirstChance(EXCEPTION_POINTERS* exception) {
-    if (!IsGuarded(*exception) || !IsIn(guard->module, exception->ExceptionRecord->ExceptionAddress))
-        return EXCEPTION_CONTINUE_SEARCH;
-    return LeavePlugin(exception);
-}
-
-// What fails in the system on the plug-in's behalf may be handled there; here nobody has.
-LONG CALLBACK OnUnhandled(EXCEPTION_POINTERS* exception) {
-    return IsGuarded(*exception) ? LeavePlugin(exception) : EXCEPTION_CONTINUE_SEARCH;
-}
-
-// False: the call has crashed; `facts` then say how.
-__attribute__((noinline)) bool CallGuarded(PluginOpening* opening, void (*call)(PluginOpening*),
-                                           CrashFacts* facts) {
-    Guard own;
-    own.thread = GetCurrentThreadId();
-    own.module = opening->library->module;
-    Guard* volatile kept = &own;
-    // A crash continues behind this call, as if it had returned once more.
-    RtlCaptureContext(&own.landing);
-    if (!kept->crashed) {
-        guard = kept;
-        call(opening);
+    Guard* const guard = GuardFor(*exception);
+    if (!guard || !guard->library) return EXCEPTION_CONTINUE_SEARCH;
+    if (!guard->library->module) {
+        if (guard->facts.callCount == 0) NoteCrash(*exception, &guard->facts);
+    } else if (IsIn(guard->library->module, exception->ExceptionRecord->ExceptionAddress)) {
+        return LeaveCall(guard, exception);
     }
-    guard = nullptr;
-    *facts = kept->facts;
-    return !kept->crashed;
+    return EXCEPTION_CONTINUE_SEARCH;
+}
+
+// What fails in the system on the call's behalf may be handled there; here nobody has.
+LONG CALLBACK OnUnhandled(EXCEPTION_POINTERS* exception) {
+    if (Guard* const guard = GuardFor(*exception)) return LeaveCall(guard, exception);
+    return filterBefore ? filterBefore(exception) : EXCEPTION_CONTINUE_SEARCH;
+}
+
+// A part of what follows a crash, which may fail as well.
+bool CallAfterCrash(PluginOpening* opening, void (*part)(void* opening)) {
+    CrashFacts ignored;
+    return CallGuarded(part, opening, opening->library, &ignored);
+}
+
+void ReadSettings(void* context) {
+    auto* opening = static_cast<PluginOpening*>(context);
+    if (opening->window) opening->settings = ReadPluginSettings(opening->window);
+}
+
+// Hidden first: a window that cannot be closed must not be in the way.
+void HideWindow(void* context) {
+    const auto* opening = static_cast<PluginOpening*>(context);
+    if (opening->window) ShowWindow(opening->window, SW_HIDE);
+}
+
+void CloseWindow(void* context) {
+    const auto* opening = static_cast<PluginOpening*>(context);
+    if (opening->window) DestroyWindow(opening->window);
 }
 
 }  // namespace
 
-void RunGuarded(PluginOpening* opening, void (*run)(PluginOpening* opening)) {
+void PrepareGuard() {
+    if (guardSlot != TLS_OUT_OF_INDEXES) return;
+    guardSlot = TlsAlloc();
+    if (guardSlot == TLS_OUT_OF_INDEXES) return;
+    AddVectoredExceptionHandler(1, OnFirstChance);
+    filterBefore = SetUnhandledExceptionFilter(OnUnhandled);
+}
+
+__attribute__((noinline)) bool CallGuarded(void (*call)(void*), void* context,
+                                           const driven::PluginLibrary* library, CrashFacts* facts) {
     ULONG stackForHandlers = 64 * 1024;
     SetThreadStackGuarantee(&stackForHandlers);
-    void* const first = AddVectoredExceptionHandler(1, OnFirstChance);
-    const auto before = SetUnhandledExceptionFilter(OnUnhandled);
-    CrashFacts facts, later;
-    if (!CallGuarded(opening, run, &facts)) {
-        opening->crashed = true;
-        // Its controls still have the user's settings; they may fail as well.
-        CallGuarded(
-            opening,
-            [](PluginOpening* crashed) {
-                if (crashed->window) crashed->settings = ReadPluginSettings(crashed->window);
-            },
-            &later);
-        opening->crashReport = WriteCrashReport(*opening, facts);
-        const HWND window = opening->window;
-        CallGuarded(
-            opening, [](PluginOpening* crashed) { ShowWindow(crashed->window, SW_HIDE); }, &later);
-        const bool gone = CallGuarded(
-                              opening,
-                              [](PluginOpening* crashed) {
-                                  if (crashed->window) DestroyWindow(crashed->window);
-                              },
-                              &later) &&
-                          !IsWindow(window);
-        if (!gone) {
-            // The thread's end would call the plug-in once more.
-            PostMessageW(opening->stageWindow, kPluginEnded, 0, 0);
-            Sleep(INFINITE);
-        }
+    Guard own;
+    own.library = library;
+    Guard* volatile kept = &own;
+    // A crash continues behind this call, as if it had returned once more.
+    RtlCaptureContext(&own.landing);
+    if (!kept->crashed) {
+        TlsSetValue(guardSlot, kept);
+        call(context);
     }
-    SetUnhandledExceptionFilter(before);
-    RemoveVectoredExceptionHandler(first);
+    TlsSetValue(guardSlot, nullptr);
+    *facts = kept->facts;
+    return !kept->crashed;
+}
+
+void RunGuarded(PluginOpening* opening, void (*run)(PluginOpening* opening)) {
+    struct Call {
+        PluginOpening* opening;
+        void (*run)(PluginOpening* opening);
+    } call = {opening, run};
+    CrashFacts facts;
+    const bool returned = CallGuarded(
+        [](void* context) {
+            const auto* guarded = static_cast<Call*>(context);
+            guarded->run(guarded->opening);
+        },
+        &call, opening->library, &facts);
+    const bool isLoaded = opening->library->module != nullptr;
+    // The loader says of a plug-in that has crashed in its hands only that it does not begin.
+    if (returned && (isLoaded || facts.callCount == 0)) return;
+    opening->error.clear();
+    opening->crashed = true;
+    CallAfterCrash(opening, ReadSettings);  // its controls still have what the user has set
+    opening->crashReport = WriteReportGuarded(*opening, facts);
+    CallAfterCrash(opening, HideWindow);
+    const bool gone = CallAfterCrash(opening, CloseWindow) && !IsWindow(opening->window);
+    if (gone && (returned || isLoaded)) return;
+    // The thread's end would call the plug-in, or the loader that it stands in, once more.
+    PostMessageW(opening->stageWindow, kPluginEnded, 0, 0);
+    Sleep(INFINITE);
 }
 
 }  // namespace kfx::stage

@@ -6,6 +6,7 @@
 #include "commands/text_windows.h"
 #include "driven/plugin_controls.h"
 #include "driven/settings_folder.h"
+#include "stage/plugin_guard.h"
 #include "stage/plugin_opening.h"
 #include "stage/stage.h"
 #include "stage/stage_messages.h"
@@ -18,20 +19,19 @@ using namespace driven;
 
 namespace {
 
+constexpr char kWhyFailed[] =
+    "The plug-in has failed before and is not used again. Save your work and start Stage once more.";
+constexpr char kWhyGivenUp[] =
+    "The plug-in was given up and is not used again. Save your work and start Stage once more.";
+
 bool PreparePlugin(Stage* stage) {
     PluginHost& plugin = stage->plugin;
-    std::string error;
-    if (plugin.lost) {
-        ShowMessage(*stage, nullptr,
-                    "The plug-in has failed before and is not used again. Save your work and start Stage "
-                    "once more.",
-                    MB_ICONWARNING);
+    if (plugin.whyLost) {
+        ShowMessage(*stage, nullptr, plugin.whyLost, MB_ICONWARNING);
         return false;
     }
-    if (!plugin.library.doBuild && !LoadPlugin(plugin.path, nullptr, &plugin.library, &error)) {
-        ShowMessage(*stage, nullptr, error, MB_ICONERROR);
-        return false;
-    }
+    plugin.library.path = plugin.path;
+    PrepareGuard();
     MakeSettingsFolder();
     return true;
 }
@@ -69,6 +69,105 @@ void RememberPluginSize(Stage* stage) {
         stage->remembered.pluginWindow = {place.right - place.left, place.bottom - place.top};
 }
 
+uint64_t NumberOf(const FILETIME& time) {
+    return static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+}
+
+PluginSigns SignsOf(PluginOpening* opening) {
+    PluginSigns signs;
+    signs.answers = opening->answered.exchange(false);
+    signs.isInHost = opening->inHost > 0;
+    signs.isBuilding = opening->progress.total > 0;
+    signs.isStopped = opening->progress.stop;
+    signs.requests = opening->session.requestsAnswered;
+    FILETIME ignored, system, user;
+    if (GetThreadTimes(opening->thread, &ignored, &ignored, &system, &user))
+        signs.processorTime = NumberOf(system) + NumberOf(user);
+    // The question before is answered, or there was no owner yet that could be asked.
+    const HWND owner = opening->owner;
+    if (signs.answers && (!owner || !PostMessageW(owner, kAreYouThere, 0, 0))) opening->answered = true;
+    return signs;
+}
+
+// After the record has left its place.
+void EndOpening(Stage* stage) {
+    EndSession();
+    KillTimer(stage->window, kLookTimer);
+    ClearProgress(stage);
+    UpdateControls(stage);
+}
+
+// Its thread may stand in the plug-in for ever, and looks at the record: nobody frees it.
+PluginOpening* LeaveOpening(Stage* stage, const char* why) {
+    PluginOpening* const left = stage->plugin.opening.release();
+    stage->plugin.whyLost = why;
+    EndOpening(stage);
+    return left;
+}
+
+void TellLoss(const Stage& stage, const std::string& what, const std::string& report) {
+    ShowMessage(stage, nullptr,
+                what +
+                    " Your animation and its results are all here; save them, and start Stage once more to "
+                    "use the plug-in again.\n\n" +
+                    (report.empty() ? "" : "A report is in " + report),
+                MB_ICONERROR);
+}
+
+// False: it has begun to ask something of Stage, and so is not silent any more.
+bool AbandonPlugin(PluginOpening* opening) {
+    opening->abandoned = true;
+    if (opening->inHost == 0) return true;
+    opening->abandoned = false;
+    return false;
+}
+
+// Takes a window off the screen without its thread. Windows before 8 have no such way.
+void Cloak(HWND window) {
+    using SetAttribute = HRESULT(WINAPI*)(HWND, DWORD, const void*, DWORD);
+    constexpr DWORD kCloak = 13;
+    const HMODULE composer = LoadLibraryExW(L"dwmapi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const auto address =
+        composer ? reinterpret_cast<void*>(GetProcAddress(composer, "DwmSetWindowAttribute")) : nullptr;
+    const BOOL cloaked = TRUE;
+    if (address) reinterpret_cast<SetAttribute>(address)(window, kCloak, &cloaked, sizeof cloaked);
+}
+
+// The window's thread takes part in hiding it, and this one must not wait for that.
+void HideForGood(HWND window) {
+    if (!window) return;
+    Cloak(window);
+    const auto hide = [](void* pointer) -> DWORD {
+        SetWindowPos(
+            static_cast<HWND>(pointer), nullptr, 0, 0, 0, 0,
+            SWP_HIDEWINDOW | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOSENDCHANGING);
+        return 0;
+    };
+    if (const HANDLE thread = CreateThread(nullptr, 0, hide, window, 0, nullptr)) CloseHandle(thread);
+}
+
+// The input's hash takes a while.
+void WriteHangReport(Stage* stage, PluginOpening* opening) {
+    const auto report = std::make_shared<std::string>();
+    const auto tell = [report](Stage* done) { TellLoss(*done, "The plug-in was given up.", *report); };
+    const auto write = [report, opening](Work*) {
+        struct Hang {
+            HANDLE thread;
+            CrashFacts* facts;
+        };
+        CrashFacts facts, ignored;
+        Hang hang = {opening->thread, &facts};
+        CallGuarded(
+            [](void* context) {
+                const auto* own = static_cast<Hang*>(context);
+                NoteHang(own->thread, own->facts);
+            },
+            &hang, nullptr, &ignored);
+        *report = WriteReportGuarded(*opening, facts);
+    };
+    if (!StartWork(stage, "Writing a report", write, tell)) tell(stage);
+}
+
 }  // namespace
 
 PluginHost::PluginHost() = default;
@@ -91,13 +190,14 @@ void OpenPlugin(Stage* stage, const SettingsDocument& settings) {
     FillOpening(stage, settings, opening.get());
     BeginSession(&opening->session, kHostTakesSupercompressed | kHostTakesTrueColor);
     StandBeforeAnswers(opening.get());
-    opening->thread = CreateThread(nullptr, 0, RunPluginThread, opening.get(), 0, &opening->threadId);
+    opening->thread = CreateThread(nullptr, 0, RunPluginThread, opening.get(), 0, nullptr);
     if (!opening->thread) {
         EndSession();
         ShowMessage(*stage, nullptr, "The plug-in cannot be started: no thread is to be had.", MB_ICONERROR);
         return;
     }
     plugin.opening = std::move(opening);
+    SetTimer(stage->window, kLookTimer, kLookMilliseconds, nullptr);
     UpdateControls(stage);
 }
 
@@ -107,39 +207,54 @@ void StopPluginBuild(Stage* stage) {
 
 bool ClosePlugin(Stage* stage) {
     const HWND window = stage->plugin.opening->window;
-    if (!window || IsHungAppWindow(window)) return false;
-    PostMessageA(window, WM_COMMAND, MAKEWPARAM(kCancelButton, BN_CLICKED),
-                 reinterpret_cast<LPARAM>(GetDlgItem(window, kCancelButton)));
+    if (!window || IsPluginSilent(*stage)) return false;
+    PressButton(window, kCancelButton);
     return true;
+}
+
+bool IsPluginSilent(const Stage& stage) { return IsPluginOpen(stage) && stage.plugin.opening->isSilent; }
+
+void OnLookAtPlugin(Stage* stage) {
+    if (!IsPluginOpen(*stage)) return;
+    PluginOpening* opening = stage->plugin.opening.get();
+    const bool isSilent = NoteLook(&opening->watch, SignsOf(opening));
+    if (std::exchange(opening->isSilent, isSilent) == isSilent) return;
+    ClearProgress(stage);
+    ShowProgress(stage);
+    UpdateControls(stage);
+}
+
+void OnGiveUpPlugin(Stage* stage) {
+    if (MessageBoxW(
+            stage->window,
+            L"The plug-in does not answer. Give it up?\n\nYour animation and its results stay. What is "
+            L"set in the plug-in's window is lost, and the plug-in can be used again when Stage has "
+            L"been started once more.",
+            kStageTitle, MB_YESNO | MB_ICONWARNING) != IDYES)
+        return;
+    // It may have answered meanwhile.
+    if (!IsPluginSilent(*stage) || !AbandonPlugin(stage->plugin.opening.get())) {
+        ShowStatus(stage, "The plug-in answers again.");
+        return;
+    }
+    PluginOpening* opening = LeaveOpening(stage, kWhyGivenUp);
+    stage->plugin.closesStage = false;
+    HideForGood(opening->window);
+    WriteHangReport(stage, opening);
 }
 
 void OnPluginEnded(Stage* stage) {
     PluginHost& plugin = stage->plugin;
     if (!plugin.opening) return;
-    EndSession();
-    const bool crashed = plugin.opening->crashed;
-    const std::string report = plugin.opening->crashReport;
-    const std::string error = plugin.opening->error;
-    if (crashed) {
-        // Its thread may stand in the plug-in for ever, and looks at the record.
-        plugin.lost = true;
-        CloseHandle(plugin.opening->thread);
-        static_cast<void>(plugin.opening.release());
+    if (plugin.opening->crashed) {
+        TellLoss(*stage, "The plug-in has failed and was closed.",
+                 LeaveOpening(stage, kWhyFailed)->crashReport);
     } else {
-        WaitForSingleObject(plugin.opening->thread, INFINITE);
-        CloseHandle(plugin.opening->thread);
-        plugin.opening.reset();
-    }
-    ClearProgress(stage);
-    UpdateControls(stage);
-    if (!error.empty()) ShowMessage(*stage, nullptr, error, MB_ICONERROR);
-    if (crashed) {
-        ShowMessage(
-            *stage, nullptr,
-            "The plug-in has failed and was closed. Your animation and its results are all here; save "
-            "them, and start Stage once more to use the plug-in again.\n\n" +
-                (report.empty() ? "" : "A report is in " + report),
-            MB_ICONERROR);
+        const std::unique_ptr<PluginOpening> ended = std::move(plugin.opening);
+        EndOpening(stage);
+        WaitForSingleObject(ended->thread, INFINITE);
+        CloseHandle(ended->thread);
+        if (!ended->error.empty()) ShowMessage(*stage, nullptr, ended->error, MB_ICONERROR);
     }
     SetForegroundWindow(stage->window);
     if (std::exchange(plugin.closesStage, false)) PostMessageW(stage->window, WM_CLOSE, 0, 0);

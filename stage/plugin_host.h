@@ -34,7 +34,7 @@ struct PluginHost {
     driven::PluginLibrary library;
     std::unique_ptr<PluginOpening> opening;  // null: its window is closed
     PaletteSearch search;                    // as it was when the window opened the last time
-    bool lost = false;                       // it has crashed or hangs, and is not called any more
+    const char* whyLost = nullptr;           // a sentence: why it is not called any more; null: it may be
     bool closesStage = false;                // the main window closes once the plug-in's has closed
 };
 
@@ -51,8 +51,20 @@ void OpenPlugin(Stage* stage, const commands::SettingsDocument& settings);
 // build.
 void StopPluginBuild(Stage* stage);
 
-// Asks its window to close. False: it does not answer.
+// Asks its window to close. False: it has none that could be asked, or does not answer.
 bool ClosePlugin(Stage* stage);
+
+// Whether it does not answer, and can be given up.
+bool IsPluginSilent(const Stage& stage);
+
+// Leaves a plug-in alone that does not answer, after a question, and writes a report. Its thread cannot be
+// ended: it may hold locks that the system and Stage need. It stays until Stage ends, with the memory of the
+// source that it was given, and what it asks of Stage is refused.
+void OnGiveUpPlugin(Stage* stage);
+
+// Looks at it, once in kLookMilliseconds; the timer has this number.
+constexpr unsigned kLookTimer = 2;
+void OnLookAtPlugin(Stage* stage);
 
 // Answers to the messages of its thread.
 void OnPluginEnded(Stage* stage);

@@ -17,8 +17,8 @@ namespace {
 
 constexpr wchar_t kOwnerClass[] = L"KestrelPluginOwner";
 constexpr UINT kPluginShown = WM_APP;
-constexpr UINT_PTR kLookTimer = 1;
-constexpr UINT kLookMilliseconds = 30;
+constexpr UINT_PTR kShownTimer = 1;
+constexpr UINT kShownMilliseconds = 30;
 constexpr char kDialogClass[] = "#32770";
 
 // The opening whose thread runs, for functions that the system calls without a context.
@@ -27,6 +27,9 @@ PluginOpening* running = nullptr;
 bool IsPluginWindow(HWND window) {
     return GetDlgItem(window, kEffectList) && GetDlgItem(window, kPreviewArea);
 }
+
+// What a plug-in that has been given up still shows concerns nobody.
+bool MayNotShow(HWND window) { return running->abandoned && ControlClass(window) == kDialogClass; }
 
 // The message about a frame that the user has stopped says nothing new.
 bool IsMessageAboutStop(HWND window) {
@@ -43,6 +46,7 @@ bool IsOwnersDialog(HWND window, LPARAM creation) {
 // The window has no controls yet when it is made; the owner looks at it once messages are answered.
 LRESULT CALLBACK WatchWindows(int code, WPARAM word, LPARAM pointer) {
     const auto window = reinterpret_cast<HWND>(word);
+    if (code == HCBT_CREATEWND && running && MayNotShow(window)) return 1;
     if (code == HCBT_CREATEWND && running && !running->window && IsOwnersDialog(window, pointer))
         PostMessageW(running->owner, kPluginShown, word, 0);
     if (code == HCBT_ACTIVATE && running && IsMessageAboutStop(window))
@@ -52,11 +56,11 @@ LRESULT CALLBACK WatchWindows(int code, WPARAM word, LPARAM pointer) {
 
 // The plug-in's controls can be used once its preview is visible.
 void OnPluginShown(HWND plugin) {
-    KillTimer(running->owner, kLookTimer);
+    KillTimer(running->owner, kShownTimer);
     if (running->window || !IsWindow(plugin)) return;
     if (!IsPluginWindow(plugin) || !IsWindowVisible(GetDlgItem(plugin, kPreviewArea))) {
         SetWindowLongPtrW(running->owner, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(plugin));
-        SetTimer(running->owner, kLookTimer, kLookMilliseconds, nullptr);
+        SetTimer(running->owner, kShownTimer, kShownMilliseconds, nullptr);
         return;
     }
     running->window = plugin;
@@ -64,13 +68,21 @@ void OnPluginShown(HWND plugin) {
     AcceptDrops(plugin, running->stageWindow);
     // The source is there already: the user need not press "Select...".
     if (running->session.offerSource && running->session.animationsOpened == 0) {
-        PostMessageA(plugin, WM_COMMAND, MAKEWPARAM(kSelectButton, BN_CLICKED),
-                     reinterpret_cast<LPARAM>(GetDlgItem(plugin, kSelectButton)));
+        PressButton(plugin, kSelectButton);
     }
+}
+
+// One that was given up and takes messages again is to end.
+void OnAreYouThere() {
+    running->answered = true;
+    if (running->abandoned && running->window) PressButton(running->window, kCancelButton);
 }
 
 LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM word, LPARAM pointer) {
     switch (message) {
+        case kAreYouThere:
+            OnAreYouThere();
+            return 0;
         case kPluginShown:
             OnPluginShown(reinterpret_cast<HWND>(word));
             return 0;
@@ -104,7 +116,13 @@ void TakeUnawareScale() {
         setContext(reinterpret_cast<HANDLE>(kUnaware));
 }
 
+bool LoadOnce(PluginOpening* opening) {
+    driven::PluginLibrary* library = opening->library;
+    return library->doBuild || LoadPlugin(library->path, nullptr, library, &opening->error);
+}
+
 bool CopySource(PluginOpening* opening) {
+    const InHost copying(opening);
     try {
         if (!opening->film) return true;
         opening->source = AnimationOf(*opening->film);
@@ -121,11 +139,12 @@ void ShowPlugin(PluginOpening* opening) {
     MakeSourceTaker(opening);
     const HHOOK hook = SetWindowsHookExW(WH_CBT, WatchWindows, nullptr, GetCurrentThreadId());
     RunGuarded(opening, [](PluginOpening* guarded) {
-        guarded->library->doBuild(guarded->owner, &guarded->session.context);
+        if (LoadOnce(guarded) && CopySource(guarded))
+            guarded->library->doBuild(guarded->owner, &guarded->session.context);
     });
     if (hook) UnhookWindowsHookEx(hook);
-    if (opening->owner) DestroyWindow(opening->owner);
-    if (opening->taker) DestroyWindow(opening->taker);
+    if (const HWND owner = opening->owner.exchange(nullptr)) DestroyWindow(owner);
+    if (const HWND taker = opening->taker.exchange(nullptr)) DestroyWindow(taker);
 }
 
 }  // namespace
@@ -134,7 +153,7 @@ DWORD WINAPI RunPluginThread(void* parameter) {
     auto* opening = static_cast<PluginOpening*>(parameter);
     running = opening;
     TakeUnawareScale();
-    if (CopySource(opening)) ShowPlugin(opening);
+    ShowPlugin(opening);
     opening->window = nullptr;
     opening->source = {};
     running = nullptr;

@@ -130,7 +130,9 @@ void NoteTask(PluginOpening* opening, bool isTest, const FileObjectRecord* task)
 
 uint64_t AnswerUnlessStopped(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
     PluginOpening* opening = answering;
-    if (!opening || opening->crashed) return 0;
+    if (!opening) return 0;
+    const InHost answers(opening);
+    if (opening->crashed || opening->abandoned) return 0;
     switch (static_cast<HostRequest>(request)) {
         case HostRequest::NewTask:
         case HostRequest::NewTestTask:

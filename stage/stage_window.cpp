@@ -95,15 +95,16 @@ void OnDrawItem(const Stage& stage, const DRAWITEMSTRUCT& item) {
 
 void OnClose(Stage* stage) {
     if (IsPluginOpen(*stage)) {
-        if (ClosePlugin(stage)) {
-            stage->plugin.closesStage = true;
-            return;
-        }
-        if (MessageBoxW(
-                stage->window,
-                L"The plug-in does not answer. Close Stage with it?\n\nUnsaved work can still be saved.",
-                kStageTitle, MB_YESNO | MB_ICONWARNING) != IDYES)
-            return;
+        const bool isSecond = std::exchange(stage->plugin.closesStage, true);
+        if (!isSecond && ClosePlugin(stage)) return;
+        const wchar_t* const question =
+            IsPluginSilent(*stage)
+                ? L"The plug-in does not answer. Close Stage with it?\n\nUnsaved work can still be saved."
+                : L"The plug-in has not ended its work. Close Stage all the same?\n\nUnsaved work can still "
+                  L"be saved.";
+        stage->plugin.closesStage =
+            MessageBoxW(stage->window, question, kStageTitle, MB_YESNO | MB_ICONWARNING) == IDYES;
+        if (!stage->plugin.closesStage) return;
     }
     if (IsWorking(*stage)) {
         // Files are written to their end; what is only looked for can be stopped.
@@ -112,14 +113,18 @@ void OnClose(Stage* stage) {
         ShowStatus(stage, "Stage closes once this is done.");
         return;
     }
-    if (MayReplaceDocument(stage)) DestroyWindow(stage->window);
+    if (MayReplaceDocument(stage))
+        DestroyWindow(stage->window);
+    else
+        stage->plugin.closesStage = false;
 }
 
 void OnDestroy(Stage* stage) {
     RememberWindow(stage);
     WriteRemembered(stage->remembered);
     // What still runs would use what is about to go.
-    if (IsPluginOpen(*stage) || IsWorking(*stage)) TerminateProcess(GetCurrentProcess(), 0);
+    if (IsPluginOpen(*stage) || stage->plugin.whyLost || IsWorking(*stage))
+        TerminateProcess(GetCurrentProcess(), 0);
     PostQuitMessage(0);
 }
 
@@ -207,7 +212,10 @@ LRESULT CALLBACK StageProcedure(HWND window, UINT message, WPARAM word, LPARAM p
             UpdateMenu(*stage, reinterpret_cast<HMENU>(word));
             return 0;
         case WM_TIMER:
-            OnPlayTimer(stage);
+            if (word == kLookTimer)
+                OnLookAtPlugin(stage);
+            else
+                OnPlayTimer(stage);
             return 0;
         case WM_COMMAND:
             OnCommand(stage, LOWORD(word), HIWORD(word));

@@ -90,16 +90,26 @@ void WriteToHandle() {
                   "inherited", 9, &written, nullptr);
 }
 
+// Lets the program call `replacement` in place of this function.
+void ReplaceImport(const char* function, void* replacement) {
+    for (const kfx::driven::Import& import : kfx::driven::ImportsOf(GetModuleHandleA(nullptr))) {
+        if (import.slot && import.function && std::strcmp(import.function, function) == 0)
+            kfx::driven::SetImport(import, replacement);
+    }
+}
+
+// One of this DLL's own instructions fails.
+void Crash() { *static_cast<volatile int*>(nullptr) = 0; }
+
+void WINAPI CrashInTime(SYSTEMTIME*) { Crash(); }
+
 // Lets the real plug-in do its work, in a program that calls `replacement` in place of this function.
 int BuildAndMeet(HWND parent, kfx::HostContext* context, const char* function, void* replacement) {
     // The files are written after the plug-in is let go.
     HMODULE own = nullptr;
     GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
                        reinterpret_cast<LPCSTR>(replacement), &own);
-    for (const kfx::driven::Import& import : kfx::driven::ImportsOf(GetModuleHandleA(nullptr))) {
-        if (import.slot && import.function && std::strcmp(import.function, function) == 0)
-            kfx::driven::SetImport(import, replacement);
-    }
+    ReplaceImport(function, replacement);
     return BuildReally(parent, context);
 }
 
@@ -120,7 +130,7 @@ int BuildAndMeetAtProgress(HWND parent, kfx::HostContext* context) {
 }
 
 // What a host takes for the window of a plug-in: a dialog with an effect list and a preview. It hangs when an
-// effect is chosen.
+// effect is chosen, until a test that needs it lets it go on.
 void ShowBareWindow(HWND parent) {
     struct alignas(4) Template {
         DLGTEMPLATE dialog;
@@ -138,7 +148,7 @@ void ShowBareWindow(HWND parent) {
         }
         if (message == WM_COMMAND && word == MAKEWPARAM(50, CBN_CLOSEUP)) {
             SetEvent(CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingChosen"));
-            Sleep(INFINITE);
+            WaitForSingleObject(CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingBack"), INFINITE);
         }
         if (message == WM_COMMAND && LOWORD(word) == IDCANCEL) EndDialog(window, 0);
         return message == WM_INITDIALOG;
@@ -146,9 +156,20 @@ void ShowBareWindow(HWND parent) {
     DialogBoxIndirectParamA(nullptr, &plain.dialog, parent, procedure, 0);
 }
 
+bool MisbehavesBy(const char* name) {
+    const char* const variable = std::getenv("KFX_MISBEHAVIOUR");
+    return variable && std::strcmp(variable, name) == 0;
+}
+
 }  // namespace
 
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
+    if (reason == DLL_PROCESS_ATTACH && MisbehavesBy("crash while loaded")) Crash();
+    return TRUE;
+}
+
 extern "C" __declspec(dllexport) int PLUGIN16GetPluginParams(kfx::PluginInfo* info) {
+    if (MisbehavesBy("crash when asked")) Crash();
     std::strcpy(info->name, "Misbehaving");
     return 1;
 }
@@ -162,6 +183,11 @@ extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostConte
     if (misbehaviour == "TerminateProcess") TerminateProcess(GetCurrentProcess(), 0);
     if (misbehaviour == "abort") std::abort();
     if (misbehaviour == "crash") RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr);
+    if (misbehaviour == "crash twice") {
+        // The report's name has the time.
+        ReplaceImport("GetLocalTime", reinterpret_cast<void*>(&CrashInTime));
+        Crash();
+    }
     if (misbehaviour == "message") Say(parent, "It is raining.");
     if (misbehaviour == "meet") MeetTest();
     if (misbehaviour == "report") SendNoReport();
