@@ -20,6 +20,7 @@ constexpr int kLongestAnswerSeconds = 60;
 // Of the one window that is driven at a time; used on the driving thread only.
 int answerSeconds = kLongestAnswerSeconds;
 bool stoppedAnswering = false;
+HANDLE changed = nullptr;
 
 // The effects' panels live in the window under these ids.
 constexpr int kFirstPanelId = 100;
@@ -100,7 +101,7 @@ bool LabelShows(HWND window, const Parameter& slider, int value) {
     do {
         int shown = 0;
         if (ReadNumber(ControlText(label), &shown) && shown == value) return true;
-        Sleep(5);
+        WaitForChange(nullptr);
     } while (!HasStoppedAnswering() && GetTickCount64() - start < 1000ull * AnswerLimit());
     return false;
 }
@@ -129,6 +130,23 @@ LRESULT Send(HWND window, UINT message, WPARAM word, LPARAM pointer) {
 
 void Notify(HWND window, HWND control, WORD code) {
     Send(window, WM_COMMAND, MAKEWPARAM(IdOf(control), code), reinterpret_cast<LPARAM>(control));
+}
+
+bool IsPluginWindow(HWND window) {
+    return GetDlgItem(window, kEffectList) && GetDlgItem(window, kPreviewArea);
+}
+
+void SetChangeEvent(HANDLE event) { changed = event; }
+
+void WaitForChange(HANDLE thread) {
+    HANDLE handles[2];
+    DWORD count = 0;
+    for (const HANDLE handle : {thread, changed})
+        if (handle) handles[count++] = handle;
+    if (count == 0)
+        Sleep(kLongestLook);
+    else
+        WaitForMultipleObjects(count, handles, FALSE, kLongestLook);
 }
 
 void PressButton(HWND window, int button) {

@@ -24,6 +24,8 @@ enum PluginControl {
     kBackgroundButton = 54,
 };
 
+constexpr DWORD kLongestLook = 100;  // milliseconds; also how often progress is shown
+
 // For how many seconds the answer to a message is waited for; at most, and at the start, a minute.
 void SetAnswerLimit(int seconds);
 int AnswerLimit();
@@ -36,6 +38,17 @@ LRESULT Send(HWND window, UINT message, WPARAM word = 0, LPARAM pointer = 0);
 
 // A control's notification, as the control itself would send it to its window.
 void Notify(HWND window, HWND control, WORD code);
+
+// A plug-in's window, by the controls that it has.
+bool IsPluginWindow(HWND window);
+
+// For whoever waits for the window from its own thread: an event that is set after anything about it may have
+// changed. Null: there is none, and whoever waits looks from time to time.
+void SetChangeEvent(HANDLE event);
+
+// Waits for the next change, for the thread's end or for kLongestLook, after which a look is due whatever has
+// been told. `thread` may be null.
+void WaitForChange(HANDLE thread);
 
 // What pressing a button of the window does, once the window takes messages.
 void PressButton(HWND window, int button);

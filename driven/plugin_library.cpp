@@ -28,6 +28,12 @@ std::string AskName(uint64_t(WINAPI* getParams)(PluginInfo*)) {
     return FromPluginText(info->name);
 }
 
+void Unload(PluginLibrary* library) {
+    FreeLibrary(library->module);
+    library->module = nullptr;
+    library->doBuild = nullptr;
+}
+
 }  // namespace
 
 PluginLibrary::~PluginLibrary() {
@@ -46,7 +52,9 @@ bool LoadPlugin(const std::string& path, PluginCheck check, PluginLibrary* libra
         *error = path + ": there is no such plug-in.";
         return false;
     }
-    library->module = LoadLibraryExW(Widen(library->path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    // What it needs itself comes from its own folder or the system's.
+    library->module = LoadLibraryExW(Widen(library->path).c_str(), nullptr,
+                                     LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
     if (!library->module) {
         const DWORD reason = GetLastError();
         *error = path + (reason == ERROR_BAD_EXE_FORMAT
@@ -58,13 +66,14 @@ bool LoadPlugin(const std::string& path, PluginCheck check, PluginLibrary* libra
     if (!FindExport(library->module, "PLUGIN16GetPluginParams", &getParams) ||
         !FindExport(library->module, "PLUGIN16DoBuild", &library->doBuild)) {
         *error = path + ": is a DLL, but not a plug-in of version 16.";
+        Unload(library);
         return false;
     }
     std::string reason;
     if (check && !check(library->module, &reason)) {
         *error =
             path + ": is not used by commands, because your settings of it could be changed: " + reason + ".";
-        library->doBuild = nullptr;
+        Unload(library);
         return false;
     }
     library->name = AskName(getParams);

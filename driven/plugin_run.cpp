@@ -14,7 +14,6 @@ using namespace commands;
 
 namespace {
 
-constexpr DWORD kPollMilliseconds = 5;
 constexpr int kOpeningSeconds = 60;
 constexpr int kClosingSeconds = 20;
 constexpr int kMessageText = 101;  // the text in the plug-in's message boxes
@@ -63,21 +62,61 @@ LRESULT CALLBACK HideNewWindows(int code, WPARAM word, LPARAM pointer) {
     return CallNextHookEx(nullptr, code, word, pointer);
 }
 
+// The run whose plug-in's thread tells of changes: the hook and the host's function get no context, and one
+// plug-in is driven at a time.
+const PluginRun* telling = nullptr;
+HostCallback answer = nullptr;
+
+// What the conditions below look at has changed once these messages have been handled.
+LRESULT CALLBACK TellOfMessage(int code, WPARAM word, LPARAM pointer) {
+    const auto* handled = reinterpret_cast<const CWPRETSTRUCT*>(pointer);
+    switch (code == HC_ACTION ? handled->message : WM_NULL) {
+        case WM_WINDOWPOSCHANGED:
+        case WM_ENABLE:
+        case WM_SETTEXT:
+        case WM_INITDIALOG:
+        case WM_NCDESTROY:
+            SetEvent(telling->changed);
+    }
+    return CallNextHookEx(nullptr, code, word, pointer);
+}
+
+uint64_t AnswerAndTell(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
+    const uint64_t result = answer(context, request, word, pointer);
+    SetEvent(telling->changed);
+    return result;
+}
+
+bool TellOfChanges(PluginRun* run) {
+    run->changed = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    if (!run->changed) return false;
+    SetChangeEvent(run->changed);
+    telling = run;
+    answer = run->session->context.callback;
+    run->session->context.callback = AnswerAndTell;
+    return true;
+}
+
+// After the thread has ended.
+void TellNoMore(PluginRun* run) {
+    SetChangeEvent(nullptr);
+    if (run->changed) CloseHandle(run->changed);
+    run->changed = nullptr;
+}
+
 DWORD WINAPI RunPlugin(void* parameter) {
     auto* run = static_cast<PluginRun*>(parameter);
+    const HHOOK teller = SetWindowsHookExA(WH_CALLWNDPROCRET, TellOfMessage, nullptr, GetCurrentThreadId());
     const HHOOK hook =
         run->showWindow ? nullptr : SetWindowsHookExA(WH_CBT, HideNewWindows, nullptr, GetCurrentThreadId());
     // An owner keeps the plug-in's window off the task bar and gives it something to repaint.
     const HWND owner = CreateWindowExA(WS_EX_TOOLWINDOW, "Static", "Kestrel", WS_POPUP, 0, 0, 0, 0, nullptr,
                                        nullptr, GetModuleHandleA(nullptr), nullptr);
-    const uint64_t answer = run->library->doBuild(owner, &run->session->context);
+    const uint64_t result = run->library->doBuild(owner, &run->session->context);
     if (owner) DestroyWindow(owner);
     if (hook) UnhookWindowsHookEx(hook);
-    return static_cast<DWORD>(answer);
-}
-
-bool IsPluginWindow(HWND window) {
-    return GetDlgItem(window, kEffectList) && GetDlgItem(window, kPreviewArea);
+    if (teller) UnhookWindowsHookEx(teller);
+    return static_cast<DWORD>(result);
 }
 
 struct FoundWindows {
@@ -147,7 +186,7 @@ bool WaitUntil(PluginRun* run, int seconds, Condition done) {
         if (GetTickCount64() - since > static_cast<ULONGLONG>(seconds) * 1000) {
             return GiveUp(run, seconds);
         }
-        WaitForSingleObject(run->thread, kPollMilliseconds);
+        WaitForChange(run->thread);
     }
 }
 
@@ -187,7 +226,7 @@ bool StillAnswers(PluginRun* run) { return !HasStoppedAnswering() || GiveUp(run,
 bool OpenPluginWindow(PluginRun* run) {
     SetAnswerLimit(run->timeoutSeconds);
     SetUpWindows();
-    run->thread = CreateThread(nullptr, 0, RunPlugin, run, 0, &run->threadId);
+    if (TellOfChanges(run)) run->thread = CreateThread(nullptr, 0, RunPlugin, run, 0, &run->threadId);
     if (!run->thread)
         return Fail(run, kExitEngine, "no thread could be started: " + SystemErrorText(GetLastError()) + ".");
     const int seconds = std::min(kOpeningSeconds, run->timeoutSeconds);
@@ -272,6 +311,7 @@ bool ClosePluginWindow(PluginRun* run) {
     if (ended) {
         CloseHandle(run->thread);
         run->thread = nullptr;
+        TellNoMore(run);
     }
     return ended;
 }

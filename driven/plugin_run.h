@@ -25,6 +25,7 @@ struct PluginRun {
         nullptr;  // called while waiting, for a progress display; may be null
 
     HANDLE thread = nullptr;
+    HANDLE changed = nullptr;  // set after anything about the plug-in may have changed
     DWORD threadId = 0;
     HWND window = nullptr;
     std::vector<std::string> messages;  // what the plug-in's message boxes said

@@ -2,10 +2,12 @@
 #include "media/file_io.h"
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <new>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "media/temporary_file.h"
@@ -92,6 +94,27 @@ bool GiveWholeFiles(const std::vector<std::string>& paths, const MakeContent& ma
 
 void AnnounceFile(const fs::path& path) {
     if (writeWatch.making) writeWatch.making(Utf8Of(path));
+}
+
+// Gives a file its final name. Windows refuses that while another program has the file open, as virus
+// scanners and viewers do for a moment: the renaming is tried again for a second there.
+void PlaceFile(const fs::path& temporary, const fs::path& target, std::error_code* failure) {
+    fs::rename(temporary, target, *failure);
+#ifdef _WIN32
+    constexpr std::chrono::milliseconds kLongestWait{1000}, kPause{20};
+    const auto end = std::chrono::steady_clock::now() + kLongestWait;
+    std::error_code ignored;
+    if (fs::is_directory(target, ignored)) return;
+    while (*failure == std::errc::permission_denied && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(kPause);
+        fs::rename(temporary, target, *failure);
+    }
+#endif
+}
+
+bool Stopped(const std::string& path, std::string* error) {
+    *error = path + ": the writing was stopped.";
+    return false;
 }
 
 // So many files of a series are marked as being written; each takes one of the descriptors that a process may
@@ -239,6 +262,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
     std::vector<uint8_t> content;
     for (size_t i = 0; i < paths.size(); ++i) {
         if (!PathFromUtf8(paths[i], &targets[i], error)) return false;
+        if (writeWatch.goesOn && !writeWatch.goesOn()) return Stopped(paths[i], error);
         if (!MakeOne(makeContent, i, paths[i], &content, error)) return false;
         targets[i] = BehindLinks(targets[i]);
         const bool isTemporary = !IsDevice(targets[i]);
@@ -255,11 +279,12 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
             return false;
         }
     }
+    if (!paths.empty() && writeWatch.mayPlace && !writeWatch.mayPlace()) return Stopped(paths[0], error);
     if (writeWatch.placing) writeWatch.placing();
     for (size_t i = 0; i < paths.size(); ++i) {
         if (temporary[i].path.empty()) continue;
         std::error_code failure;
-        fs::rename(temporary[i].path, targets[i], failure);
+        PlaceFile(temporary[i].path, targets[i], &failure);
         if (failure) {
             *error = Failure(paths[i], "the file cannot be written", ReasonOf(failure));
             // A part of a series could be taken for all of it.

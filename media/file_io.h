@@ -33,7 +33,8 @@ bool MayWriteFile(const std::string& path, const std::vector<std::string>& input
 // Writes a file so that `path` holds either its old content or all of the new one: the bytes go to a
 // temporary file in the same folder, which is renamed at the end and removed on failure. Several programs may
 // write one path at the same time; the last wins. A link stays, and the file that it leads to is replaced or
-// made; devices and pipes are written to directly.
+// made; devices and pipes are written to directly. Where another program has the file open in a way that
+// keeps it from being replaced, that is tried for a second.
 bool WriteWholeFile(const std::string& path, const std::vector<uint8_t>& content, std::string* error);
 
 // Several files that appear together: all are written under temporary names before the first is renamed,
@@ -49,11 +50,14 @@ using TakeFile = std::function<void(const std::string& path, std::vector<uint8_t
 void TakeWriting(TakeFile take);
 bool IsWritingTaken();
 
-// For a program that may be ended by another one while it writes: these calls tell that other program which
-// files to remove then. Either may be null.
+// For a program that may be ended by another one while it writes: the first two calls tell that other program
+// which files to remove then. The others let a user stop the writing: where one is refused, nothing is
+// written. Each is called on the writing thread, and may be null.
 struct WriteWatch {
     void (*making)(const std::string& path) = nullptr;  // called before each temporary file is made
     void (*placing)() = nullptr;                        // called before the first gets its final name
+    bool (*goesOn)() = nullptr;                         // asked before the content of each file is made
+    bool (*mayPlace)() = nullptr;                       // asked once, before the first gets its final name
 };
 void WatchWriting(const WriteWatch& watch);
 

@@ -184,6 +184,14 @@ void PlaceBarButtons(const Stage& stage, const RECT& upper, const RECT& lower, i
     *right = starts[static_cast<int>(Place::LowerRight)];
 }
 
+int LeastBarWidth(const Stage& stage, int between) {
+    int upper = 0, lower = between;
+    for (const BarButton& button : kButtons)
+        (IsUpper(button.place) ? upper : lower) +=
+            WidthOf(stage, button) + Scaled(stage, button.startsGroup ? kGroupGap : kGap);
+    return std::max(upper + Scaled(stage, kGroupGap), lower);
+}
+
 void UpdateBarButtons(Stage* stage) {
     for (const BarButton& button : kButtons) {
         const CommandRow* row = FindCommand(button.command);

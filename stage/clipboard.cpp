@@ -57,15 +57,20 @@ std::vector<uint8_t> BitmapOf(const uint8_t* rgba, SIZE picture) {
 
 }  // namespace
 
-bool CopyPicture(HWND owner, const uint8_t* rgba, SIZE picture) {
-    std::vector<uint8_t> file;
+ClipboardPicture MakeClipboardPicture(const uint8_t* rgba, SIZE picture) {
+    ClipboardPicture made;
     std::string error;
-    const bool isPng = EncodePng(picture.cx, picture.cy, rgba, &file, &error);
-    const std::vector<uint8_t> bitmap = BitmapOf(rgba, picture);
+    if (!EncodePng(picture.cx, picture.cy, rgba, &made.png, &error)) made.png.clear();
+    made.bitmap = BitmapOf(rgba, picture);
+    return made;
+}
+
+bool PutOnClipboard(HWND owner, const ClipboardPicture& picture) {
     if (!OpenClipboard(owner)) return false;
     EmptyClipboard();
-    bool put = PutBytes(CF_DIBV5, bitmap.data(), bitmap.size());
-    if (isPng) put = PutBytes(RegisterClipboardFormatW(L"PNG"), file.data(), file.size()) || put;
+    bool put = PutBytes(CF_DIBV5, picture.bitmap.data(), picture.bitmap.size());
+    if (!picture.png.empty())
+        put = PutBytes(RegisterClipboardFormatW(L"PNG"), picture.png.data(), picture.png.size()) || put;
     CloseClipboard();
     return put;
 }

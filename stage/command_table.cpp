@@ -53,7 +53,7 @@ std::string RepeatText(const Stage& stage) {
 
 void OnStopWork(Stage* stage) {
     if (IsWorking(*stage))
-        stage->work.progress.stop = true;
+        StopWork(stage);
     else
         StopPluginBuild(stage);
 }
@@ -166,7 +166,7 @@ constexpr CommandRow kCommands[] = {
      .startsGroup = true,
      .text = "&Copy frame",
      .shortcut = {'C', kControl},
-     .isPossible = HasFilm,
+     .isPossible = CanExport,
      .run = CopyShownFrame},
 
     {.id = kWipeView,

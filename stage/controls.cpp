@@ -10,6 +10,7 @@
 #include "stage/bar_buttons.h"
 #include "stage/canvas.h"
 #include "stage/command_table.h"
+#include "stage/control_names.h"
 #include "stage/plain_dialog.h"
 #include "stage/plugin_opening.h"
 #include "stage/stage.h"
@@ -26,7 +27,7 @@ namespace {
 constexpr int kMargin = 8, kBarHeight = 32, kSliderHeight = 28, kFrameTextWidth = 230, kStatusHeight = 24;
 constexpr int kProgressWidth = 180, kProgressHeight = 14, kStopWidth = 60, kGiveUpWidth = 90,
               kHistoryWidth = 216;
-constexpr int kHistoryRow = 60;
+constexpr int kHistoryRow = 60, kLeastSliderWidth = 80, kLeastWidth = 760, kLeastHeight = 420;
 
 struct Areas {
     RECT upper, canvas, history, lower, status;
@@ -102,6 +103,10 @@ void MakeControls(Stage* stage) {
     Make(stage, L"BUTTON", L"Give up...", WS_TABSTOP | BS_PUSHBUTTON, kGiveUpPlugin);
     controls.tooltips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0,
                                         stage->window, nullptr, GetModuleHandleW(nullptr), nullptr);
+    NameForReaders(controls.slider, L"Frame");
+    NameForReaders(controls.history, L"Steps");
+    NameForReaders(controls.progress, L"Progress");
+    NameForReaders(controls.canvas, L"Picture");
     MakeFonts(stage);
     ClearProgress(stage);
 }
@@ -151,7 +156,33 @@ void PlaceControls(Stage* stage) {
     Move(controls.status, status);
 }
 
-RECT CanvasArea(const Stage& stage) { return AreasOf(stage).canvas; }
+SIZE LeastWindowSize(const Stage& stage) {
+    const int between = Scaled(stage, kLeastSliderWidth + kFrameTextWidth + 3 * kMargin),
+              margins = 2 * Scaled(stage, kMargin);
+    RECT window, client;
+    GetWindowRect(stage.window, &window);
+    GetClientRect(stage.window, &client);
+    const int frame = static_cast<int>(window.right - window.left - client.right);
+    return {std::max(LeastBarWidth(stage, between) + margins + frame, Scaled(stage, kLeastWidth)),
+            Scaled(stage, kLeastHeight)};
+}
+
+// Common controls keep colours and sizes of their own, and only the main window is told. Windows whose fonts
+// have grown must grow with them.
+void RenewLooks(Stage* stage, UINT message, WPARAM word, LPARAM pointer) {
+    for (HWND child = GetWindow(stage->window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+        SendMessageW(child, message, word, pointer);
+    SendMessageW(stage->controls.tooltips, message, word, pointer);
+    MakeFonts(stage);
+    RECT window;
+    GetWindowRect(stage->window, &window);
+    const SIZE least = LeastWindowSize(*stage);
+    if (!IsIconic(stage->window) && window.right - window.left < least.cx)
+        SetWindowPos(stage->window, nullptr, 0, 0, least.cx, window.bottom - window.top,
+                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    UpdateControls(stage);
+    RedrawWindow(stage->window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+}
 
 void UpdateControls(Stage* stage) {
     UpdateBarButtons(stage);

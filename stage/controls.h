@@ -33,8 +33,11 @@ void MakeFonts(Stage* stage);
 // Puts everything where it belongs in the window.
 void PlaceControls(Stage* stage);
 
-// The room for the canvas, or for whatever stands in its place.
-RECT CanvasArea(const Stage& stage);
+// The least size of the window at which nothing is cut off or covered; pixels.
+SIZE LeastWindowSize(const Stage& stage);
+
+// After the user has changed the system's colours, fonts or looks.
+void RenewLooks(Stage* stage, UINT message, WPARAM word, LPARAM pointer);
 
 // After anything has changed: what is possible, texts, the title.
 void UpdateControls(Stage* stage);

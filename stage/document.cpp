@@ -109,7 +109,7 @@ void OpenFiles(Stage* stage, const std::vector<std::string>& paths, MadeFile mad
     reading->pool = stage->document.pool;
     StartWork(
         stage, "Reading " + FileNameOf(first), [reading](Work*) { ReadFile(reading.get()); },
-        [reading, made](Stage* done) { TakeReading(done, *reading, made); });
+        [reading, made](Stage* done) { TakeReading(done, *reading, made); }, WhenStopped::IsLeft);
 }
 
 void NoteOpenedFile(Stage* stage, const std::string& path) {

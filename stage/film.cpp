@@ -7,17 +7,10 @@
 #include <utility>
 
 #include "commands/fingerprint.h"
+#include "stage/wall_source.h"
 
 namespace kfx::stage {
 namespace {
-
-constexpr int kShortestMilliseconds = 20;
-constexpr int kUsualMilliseconds = 100;
-
-uint64_t TimeOf(const Frame& frame) {
-    const int milliseconds = MillisecondsOf(frame);
-    return static_cast<uint64_t>(milliseconds < kShortestMilliseconds ? kUsualMilliseconds : milliseconds);
-}
 
 // Only finds frames that may be equal; the bytes decide.
 uint64_t HashOf(const Pixels& pixels) {
@@ -52,9 +45,16 @@ std::shared_ptr<const Pixels> Share(Pixels&& pixels, FramePool* pool) {
     return shared;
 }
 
+// A frame that nobody has any more still takes a little: its entry, and the record that the entry counts in.
+void ForgetGone(FramePool* pool) {
+    const std::lock_guard<std::mutex> lock(pool->lock);
+    std::erase_if(pool->known, [](const auto& entry) { return entry.second.expired(); });
+}
+
 }  // namespace
 
 std::shared_ptr<const Film> MakeFilm(Animation animation, FramePool* pool) {
+    ForgetGone(pool);
     auto film = std::make_shared<Film>();
     uint64_t end = 0;
     film->frames.reserve(animation.frames.size());
@@ -63,7 +63,7 @@ std::shared_ptr<const Film> MakeFilm(Animation animation, FramePool* pool) {
         kept.pixels = Share(std::exchange(frame.pixels, {}), pool);
         if (frame.indexed) kept.indices = Share(std::exchange(frame.indices, {}), pool);
         kept.facts = std::move(frame);
-        end += TimeOf(kept.facts);
+        end += ShownMilliseconds(MillisecondsOf(kept.facts));
         film->ends.push_back(end);
         film->frames.push_back(std::move(kept));
     }

@@ -52,11 +52,19 @@ std::vector<Step> AddStep(History* history, Step step, uint64_t mostBytes) {
     steps.erase(undone, steps.end());
     step.number = ++history->numbered;
     steps.push_back(std::move(step));
-    while (steps.size() > 2 && (steps.size() > kMostSteps || BytesOf(*history) > mostBytes)) {
+    history->current = steps.size() - 1;
+    for (Step& old : DropOldest(history, mostBytes)) gone.push_back(std::move(old));
+    return gone;
+}
+
+std::vector<Step> DropOldest(History* history, uint64_t mostBytes) {
+    std::vector<Step> gone;
+    auto& steps = history->steps;
+    while (history->current > 1 && (steps.size() > kMostSteps || BytesOf(*history) > mostBytes)) {
         gone.push_back(std::move(steps[1]));
         steps.erase(steps.begin() + 1);
+        --history->current;
     }
-    history->current = steps.size() - 1;
     return gone;
 }
 
@@ -85,11 +93,13 @@ bool HasUnsavedStep(const History& history) {
 uint64_t BytesOf(const History& history) {
     std::vector<const Film*> films;
     uint64_t bytes = 0;
-    for (const Step& step : history.steps) {
+    const auto add = [&films, &bytes](const Step& step) {
         films.push_back(step.film.get());
         if (step.built) bytes += BytesOf(*step.built);
         if (step.record) bytes += BytesOf(*step.record);
-    }
+    };
+    for (const Step& step : history.steps) add(step);
+    if (history.test) add(*history.test);
     return bytes + BytesOf(films);
 }
 

@@ -63,6 +63,10 @@ std::vector<Step> StartHistory(History* history, Step opened);
 // What has gone is given back.
 std::vector<Step> AddStep(History* history, Step step, uint64_t mostBytes);
 
+// The latter alone, for a test that has come: builds behind the first go while there are more than kMostSteps
+// or all takes more than `mostBytes`; the current step always stays.
+std::vector<Step> DropOldest(History* history, uint64_t mostBytes);
+
 constexpr size_t kMostSteps = 50;
 
 bool CanUndo(const History& history);
@@ -76,7 +80,7 @@ const Film* ShownFilm(const History& history);  // the result's, else the source
 // Whether the current step is a result that stands in no file.
 bool HasUnsavedStep(const History& history);
 
-// Bytes of all steps: frames once each, and what is kept for saving.
+// Bytes of all steps and of a test: frames once each, and what is kept for saving.
 uint64_t BytesOf(const History& history);
 
 // Gives memory free on another thread: large animations take longer than a window may wait.

@@ -24,10 +24,6 @@ constexpr char kDialogClass[] = "#32770";
 // The opening whose thread runs, for functions that the system calls without a context.
 PluginOpening* running = nullptr;
 
-bool IsPluginWindow(HWND window) {
-    return GetDlgItem(window, kEffectList) && GetDlgItem(window, kPreviewArea);
-}
-
 // What a plug-in that has been given up still shows concerns nobody.
 bool MayNotShow(HWND window) { return running->abandoned && ControlClass(window) == kDialogClass; }
 

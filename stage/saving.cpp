@@ -43,15 +43,16 @@ void WriteStep(Writing* writing) {
         writing->files = written.files;
 }
 
-void TakeWritten(Stage* stage, const Writing& writing) {
+bool TakeWritten(Stage* stage, const Writing& writing) {
     if (writing.files.empty()) {
         ShowStatus(stage, "");
         ShowMessage(*stage, nullptr, writing.error, MB_ICONERROR);
-        return;
+        return false;
     }
     MarkSaved(stage, writing.step);
     RememberFile(&stage->remembered, AbsolutePath(writing.path));
     ShowStatus(stage, "Saved " + FileNameOf(writing.files.front()));
+    return true;
 }
 
 void WriteFrames(Writing* writing) {
@@ -93,11 +94,12 @@ bool SaveResultAs(Stage* stage) {
     writing->step = history.steps[history.current];
     writing->input = stage->document.path;
     if (!ChooseFileToSave(stage->window, SaveKind::Animation, &writing->path)) return false;
+    const auto saved = std::make_shared<bool>(false);
     StartWork(
         stage, "Writing " + FileNameOf(writing->path), [writing](Work*) { WriteStep(writing.get()); },
-        [writing](Stage* done) { TakeWritten(done, *writing); });
+        [writing, saved](Stage* done) { *saved = TakeWritten(done, *writing); }, WhenStopped::IsLeft);
     WaitForWork(stage);
-    return !writing->files.empty();
+    return *saved;
 }
 
 void ExportFrames(Stage* stage) {
@@ -117,7 +119,7 @@ void ExportFrames(Stage* stage) {
     StartWork(
         stage, "Writing " + std::to_string(files.size()) + " frames",
         [writing](Work*) { WriteFrames(writing.get()); },
-        [writing](Stage* done) { TakeExported(done, *writing); });
+        [writing](Stage* done) { TakeExported(done, *writing); }, WhenStopped::IsLeft);
 }
 
 void CopyShownFrame(Stage* stage) {
@@ -125,9 +127,19 @@ void CopyShownFrame(Stage* stage) {
     if (!film || film->frames.empty()) return;
     const size_t frame = std::min(stage->playback.frame, film->frames.size() - 1);
     const SIZE size = {film->facts.width, film->facts.height};
-    const bool copied = CopyPicture(stage->window, film->frames[frame].pixels->data(), size);
-    ShowStatus(stage, copied ? "Copied frame " + std::to_string(frame + 1)
-                             : "The clipboard is in use by another program; copy once more.");
+    const auto picture = std::make_shared<ClipboardPicture>();
+    // Compressing a large frame takes longer than the window may wait.
+    StartWork(
+        stage, "Copying frame " + std::to_string(frame + 1),
+        [picture, size, pixels = film->frames[frame].pixels](Work*) {
+            *picture = MakeClipboardPicture(pixels->data(), size);
+        },
+        [picture, frame](Stage* done) {
+            const bool copied = PutOnClipboard(done->window, *picture);
+            ShowStatus(done, copied ? "Copied frame " + std::to_string(frame + 1)
+                                    : "The clipboard is in use by another program; copy once more.");
+        },
+        WhenStopped::IsLeft);
 }
 
 }  // namespace kfx::stage

@@ -23,6 +23,7 @@ inline constexpr wchar_t kStageTitle[] = L"Kestrel Stage";
 
 struct Stage {
     HWND window = nullptr;
+    HACCEL accelerators = nullptr;
     int dpi = 96;
     Controls controls;
     Document document;
@@ -40,6 +41,10 @@ inline int Scaled(const Stage& stage, int value) { return MulDiv(value, stage.dp
 
 // The record that belongs to the main window or one of its children.
 Stage* StageOf(HWND window);
+
+// What every loop does with the messages of Stage's windows: keys of commands and dialogs work in all of
+// them.
+void HandleMessage(Stage* stage, MSG message);
 
 // A message box; `owner` null: the main window.
 void ShowMessage(const Stage& stage, HWND owner, const std::string& text, UINT icon);

@@ -14,7 +14,6 @@ enum StageMessage : UINT {
     kPluginSource,            // LPARAM: the OpenedSource, which the window takes over
     kMayReplaceSource,        // answers 1 when another animation may be opened in place of the one there
     kFilesDropped,            // on the plug-in's window; LPARAM: their paths, which the window takes over
-    kOpenGiven,               // the files of the command line are to be opened
 };
 
 }  // namespace kfx::stage

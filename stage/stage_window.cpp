@@ -33,7 +33,6 @@ using namespace driven;
 namespace {
 
 constexpr wchar_t kClassName[] = L"KestrelStage";
-constexpr int kLeastWidth = 760, kLeastHeight = 420;  // device-independent pixels
 constexpr WPARAM kSourceKey = 'O';
 
 void OnCreate(Stage* stage, HWND window) {
@@ -51,6 +50,13 @@ void OnDpiChanged(Stage* stage, int dpi, const RECT& place) {
     if (stage->wall.window) SetWallDpi(stage->wall.window, dpi);
     FollowDpi(stage, place);
     UpdateControls(stage);
+}
+
+// The first question comes before there are controls.
+void OnGetLeastSize(const Stage& stage, MINMAXINFO* sizes) {
+    if (!stage.controls.font) return;
+    const SIZE least = LeastWindowSize(stage);
+    sizes->ptMinTrackSize = {least.cx, least.cy};
 }
 
 void OnDropFiles(Stage* stage, HDROP drop) { OpenFiles(stage, FilesOfDrop(drop), MadeFile::OpensPlugin); }
@@ -122,6 +128,7 @@ void OnClose(Stage* stage) {
 void OnDestroy(Stage* stage) {
     RememberWindow(stage);
     WriteRemembered(stage->remembered);
+    WaitForLeftWork(stage);
     // What still runs would use what is about to go.
     if (IsPluginOpen(*stage) || stage->plugin.whyLost || IsWorking(*stage))
         TerminateProcess(GetCurrentProcess(), 0);
@@ -149,7 +156,7 @@ bool OnStageMessage(Stage* stage, UINT message, WPARAM word, LPARAM pointer, LRE
             ShowProgress(stage);
             return true;
         case kWorkDone:
-            OnWorkDone(stage);
+            OnWorkDone(stage, word);
             return true;
         case kPluginEnded:
             OnPluginEnded(stage);
@@ -193,8 +200,7 @@ LRESULT CALLBACK StageProcedure(HWND window, UINT message, WPARAM word, LPARAM p
             PlaceControls(stage);
             return 0;
         case WM_GETMINMAXINFO:
-            reinterpret_cast<MINMAXINFO*>(pointer)->ptMinTrackSize = {Scaled(*stage, kLeastWidth),
-                                                                      Scaled(*stage, kLeastHeight)};
+            OnGetLeastSize(*stage, reinterpret_cast<MINMAXINFO*>(pointer));
             return 0;
         case WM_DPICHANGED:
             OnDpiChanged(stage, HIWORD(word), *reinterpret_cast<RECT*>(pointer));
@@ -202,8 +208,7 @@ LRESULT CALLBACK StageProcedure(HWND window, UINT message, WPARAM word, LPARAM p
         case WM_SETTINGCHANGE:
         case WM_SYSCOLORCHANGE:
         case WM_THEMECHANGED:
-            MakeFonts(stage);
-            UpdateControls(stage);
+            RenewLooks(stage, message, word, pointer);
             break;
         case WM_WINDOWPOSCHANGING:
             OnPositionChanging(*stage, reinterpret_cast<WINDOWPOS*>(pointer));
@@ -273,20 +278,22 @@ bool OnSourceKey(Stage* stage, const MSG& message) {
 }
 
 void RunMessages(Stage* stage) {
-    const HACCEL accelerators = MakeAccelerators();
+    stage->accelerators = MakeAccelerators();
     MSG message;
-    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        if (TakeWallKey(stage->wall.window, message) || OnSourceKey(stage, message) ||
-            TranslateAcceleratorW(stage->window, accelerators, &message) ||
-            IsDialogMessageW(stage->window, &message))
-            continue;
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-    DestroyAcceleratorTable(accelerators);
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) HandleMessage(stage, message);
+    DestroyAcceleratorTable(stage->accelerators);
 }
 
 }  // namespace
+
+void HandleMessage(Stage* stage, MSG message) {
+    if (TakeWallKey(stage->wall.window, message) || OnSourceKey(stage, message) ||
+        TranslateAcceleratorW(stage->window, stage->accelerators, &message) ||
+        IsDialogMessageW(stage->window, &message))
+        return;
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+}
 
 Stage* StageOf(HWND window) { return reinterpret_cast<Stage*>(GetWindowLongPtrW(window, GWLP_USERDATA)); }
 

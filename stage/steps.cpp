@@ -144,6 +144,7 @@ void TakeStep(Stage* stage, Step step, bool isTest) {
     history.test.reset();
     if (isTest) {
         history.test = std::move(step);
+        for (Step& old : DropOldest(&history, MostHistoryBytes())) gone.push_back(std::move(old));
         ShowStatus(stage, "A test of " + history.test->name + ": keep it, or drop it.");
     } else {
         ShowStatus(stage, "");

@@ -148,6 +148,29 @@ TEST(FileIo, When_one_of_several_files_cannot_be_made_none_appears) {
     EXPECT_EQ(folder.Count(), 0u);
 }
 
+int askedToGoOn = 0;
+
+TEST(FileIo, Writing_that_is_stopped_leaves_what_was_there) {
+    const Folder folder;
+    const std::string first = folder.File("a"), second = folder.File("b");
+    std::string error;
+    ASSERT_TRUE(WriteWholeFile(first, {1}, &error)) << error;
+    const auto make = [](size_t, std::vector<uint8_t>* content, std::string*) {
+        content->assign(3, 7);
+        return true;
+    };
+    askedToGoOn = 0;
+    WatchWriting({.goesOn = [] { return ++askedToGoOn < 2; }});
+    EXPECT_FALSE(WriteWholeFiles({first, second}, make, &error));
+    EXPECT_EQ(error, second + ": the writing was stopped.");
+    WatchWriting({.mayPlace = [] { return false; }});
+    EXPECT_FALSE(WriteWholeFiles({first, second}, make, &error));
+    EXPECT_EQ(error, first + ": the writing was stopped.");
+    WatchWriting({});
+    EXPECT_EQ(ContentOf(first), Bytes{1});
+    EXPECT_EQ(folder.Count(), 1u);
+}
+
 TEST(FileIo, When_one_of_several_files_cannot_be_placed_the_others_are_removed) {
     const Folder folder;
     fs::create_directories(folder.path / "b" / "inner");

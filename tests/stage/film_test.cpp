@@ -25,6 +25,13 @@ TEST(Film, A_frame_that_nobody_has_any_more_is_not_shared) {
     EXPECT_EQ(later->frames[0].pixels.use_count(), 1);
 }
 
+TEST(Film, The_pool_forgets_frames_that_nobody_has_any_more) {
+    FramePool pool;
+    SmallFilm({100, 100}, {1, 2}, &pool);
+    const auto later = SmallFilm({100}, {3}, &pool);
+    EXPECT_EQ(pool.known.size(), 1u);
+}
+
 TEST(Film, A_copy_as_an_animation_has_all_that_the_film_was_made_of) {
     FramePool pool;
     const auto film = SmallFilm({100, 30}, {7, 9}, &pool);

@@ -73,6 +73,17 @@ TEST_F(Steps, A_test_is_shown_in_place_of_the_current_step_and_is_no_unsaved_wor
     EXPECT_FALSE(HasUnsavedStep(history));
 }
 
+TEST_F(Steps, A_test_counts_and_makes_room_for_itself) {
+    AddStep(&history, MakeStep("A", 1), kMuch);
+    AddStep(&history, MakeStep("B", 2), kMuch);
+    history.test = MakeStep("T", 5);
+    EXPECT_EQ(BytesOf(history), 4 * 8u);
+    EXPECT_EQ(DropOldest(&history, 3 * 8).size(), 1u);
+    EXPECT_EQ(Names(), (std::vector<std::string>{"Opened", "B"}));
+    EXPECT_EQ(history.current, 1u);
+    EXPECT_EQ(DropOldest(&history, 1).size(), 0u);
+}
+
 TEST_F(Steps, Another_animation_starts_anew) {
     AddStep(&history, MakeStep("A", 1), kMuch);
     history.test = MakeStep("T", 5);

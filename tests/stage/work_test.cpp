@@ -1,12 +1,21 @@
 // SPDX-License-Identifier: MIT
 // Work beside the window, in a window of the test's own.
+#include <atomic>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 #include <windows.h>
 #include <commctrl.h>
 
+#include "media/file_io.h"
 #include "stage/command_ids.h"
+#include "stage/command_table.h"
+#include "stage/menus.h"
 #include "stage/stage.h"
 #include "stage/stage_messages.h"
+#include "tests/cli/test_files.h"
+#include "tests/driven/import_patch.h"
 #include "tests/support/wait_for.h"
 
 namespace kfx::test {
@@ -18,7 +27,8 @@ constexpr wchar_t kClassName[] = L"KestrelWorkTest";
 
 LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM word, LPARAM pointer) {
     if (message == kProgressNoted) ShowProgress(StageOf(window));
-    if (message == kWorkDone) OnWorkDone(StageOf(window));
+    if (message == kWorkDone) OnWorkDone(StageOf(window), word);
+    if (message == WM_COMMAND) RunCommand(StageOf(window), LOWORD(word));
     return DefWindowProcW(window, message, word, pointer);
 }
 
@@ -38,6 +48,7 @@ struct WorkBesideWindow : ::testing::Test {
                                      nullptr, nullptr, windowClass.hInstance, nullptr);
         ASSERT_NE(stage.window, nullptr);
         SetWindowLongPtrW(stage.window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&stage));
+        stage.accelerators = MakeAccelerators();
         MakeControls(&stage);
         UpdateControls(&stage);
     }
@@ -45,6 +56,9 @@ struct WorkBesideWindow : ::testing::Test {
     void TearDown() override {
         SetEvent(goOn);
         WaitForWork(&stage);
+        for (const HANDLE thread : stage.work.leftThreads)
+            EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+        DestroyAcceleratorTable(stage.accelerators);
         DestroyWindow(stage.window);
         CloseHandle(goOn);
     }
@@ -84,6 +98,96 @@ TEST_F(WorkBesideWindow, Each_piece_of_work_shows_its_progress) {
         EXPECT_TRUE(WaitForMessages([this] { return !IsWorking(stage); }));
         EXPECT_FALSE(IsProgressShown()) << title;
     }
+}
+
+TEST_F(WorkBesideWindow, Stop_leaves_work_that_looks_at_nothing_and_the_next_begins) {
+    bool isFinished = false;
+    std::atomic<bool> hasEnded{false};
+    ASSERT_TRUE(StartWork(
+        &stage, "first",
+        [&](Work*) {
+            WaitForSingleObject(goOn, INFINITE);
+            hasEnded = true;
+        },
+        [&](Stage*) { isFinished = true; }, WhenStopped::IsLeft));
+    SendMessageW(stage.window, WM_COMMAND, kStopWork, 0);
+    EXPECT_FALSE(IsWorking(stage));
+    EXPECT_FALSE(hasEnded);
+    EXPECT_FALSE(IsProgressShown());
+    EXPECT_EQ(stage.controls.lasting, "Stopped.");
+    SetEvent(goOn);
+    EXPECT_TRUE(WaitForMessages([&] { return hasEnded.load(); }));
+    ASSERT_TRUE(StartWork(
+        &stage, "second", [](Work*) {}, [](Stage*) {}));
+    EXPECT_TRUE(WaitForMessages([this] { return !IsWorking(stage); }));
+    EXPECT_FALSE(isFinished);
+}
+
+TEST_F(WorkBesideWindow, Stop_while_a_file_is_made_leaves_the_earlier_file) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path + "a.gif";
+    WriteText(path, "earlier");
+    bool written = true;
+    std::string error;
+    ASSERT_TRUE(StartWork(
+        &stage, "writing",
+        [&](Work*) {
+            const auto make = [this](size_t, std::vector<uint8_t>* content, std::string*) {
+                WaitForSingleObject(goOn, INFINITE);
+                content->assign(3, 'x');
+                return true;
+            };
+            written = WriteWholeFiles({path}, make, &error);
+        },
+        [](Stage*) {}, WhenStopped::IsLeft));
+    StopWork(&stage);
+    EXPECT_FALSE(IsWorking(stage));
+    SetEvent(goOn);
+    ASSERT_EQ(WaitForSingleObject(stage.work.leftThreads.front(), INFINITE), WAIT_OBJECT_0);
+    EXPECT_FALSE(written);
+    EXPECT_EQ(ReadText(path), "earlier");
+    EXPECT_EQ(FilesIn(folder.path), std::vector<std::string>{"a.gif"});
+}
+
+TEST_F(WorkBesideWindow, The_key_that_stops_works_while_the_window_waits) {
+    ASSERT_TRUE(StartWork(
+        &stage, "waiting", [this](Work*) { WaitForSingleObject(goOn, INFINITE); }, [](Stage*) {},
+        WhenStopped::IsLeft));
+    PostMessageW(stage.controls.canvas, WM_KEYDOWN, VK_ESCAPE, 0);
+    WaitForWork(&stage);
+    EXPECT_FALSE(IsWorking(stage));
+    EXPECT_EQ(WaitForSingleObject(stage.work.leftThreads.front(), 0), DWORD{WAIT_TIMEOUT});
+}
+
+std::wstring toldText;
+
+HANDLE WINAPI RefuseThread(SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE, void*, DWORD, DWORD*) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+int WINAPI TakeText(HWND, LPCWSTR text, LPCWSTR, UINT) {
+    toldText = text;
+    return IDOK;
+}
+
+TEST_F(WorkBesideWindow, Work_that_cannot_be_started_is_told_with_the_reason) {
+    const HMODULE program = GetModuleHandleW(nullptr);
+    const ImportPatch messages(program, "MessageBoxW", AddressOfFunction(TakeText));
+    ASSERT_NE(messages.original, nullptr);
+    toldText.clear();
+    {
+        const ImportPatch threads(program, "CreateThread", AddressOfFunction(RefuseThread));
+        ASSERT_NE(threads.original, nullptr);
+        EXPECT_FALSE(StartWaiting("first"));
+    }
+    EXPECT_NE(toldText.find(L"first: this cannot be started"), std::wstring::npos);
+    EXPECT_FALSE(IsWorking(stage));
+    EXPECT_FALSE(IsProgressShown());
+    ASSERT_TRUE(StartWaiting("second"));
+    toldText.clear();
+    EXPECT_FALSE(StartWaiting("third"));
+    EXPECT_NE(toldText.find(L"third: start this once"), std::wstring::npos);
 }
 
 }  // namespace
