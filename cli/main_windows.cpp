@@ -32,7 +32,8 @@ std::vector<std::string> Arguments() {
 }  // namespace
 
 int main() {
-    SetConsoleOutputCP(CP_UTF8);
+    // A library that is missing from the system's folder is looked for in the program's, and nowhere else.
+    SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32);
     auto arguments = Arguments();
     const bool isChild = BecomeChild(&arguments);
     DrivenOptions options;

@@ -256,6 +256,8 @@ Report RunChild(const std::vector<std::string>& arguments,
     WaitForSingleObject(process.hProcess, INFINITE);
     DWORD code = 0;
     GetExitCodeProcess(process.hProcess, &code);
+    // The interrupt may come before the child's own answer to it is set up; the system then ends it.
+    if (code == STATUS_CONTROL_C_EXIT) interrupted = true;
     ForgetChild(placing.handle);
     CloseHandle(process.hProcess);
     if (!words.reported)

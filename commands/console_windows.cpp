@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/console.h"
 
+#include <algorithm>
+
 #include <windows.h>
 
 #include "commands/text_windows.h"
@@ -13,8 +15,31 @@ bool IsGone(DWORD error) {
     return error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA || error == ERROR_PIPE_NOT_CONNECTED;
 }
 
+bool IsConsole(HANDLE handle) {
+    DWORD mode = 0;
+    return GetConsoleMode(handle, &mode) != 0;
+}
+
+// A console takes wide text whatever its code page, which is its user's to choose.
+bool WriteToConsole(HANDLE console, const std::wstring& text) {
+    constexpr size_t kMostAtOnce = 8192;  // older systems refuse more than 64 KiB
+    size_t written = 0;
+    while (written < text.size()) {
+        size_t part = std::min(kMostAtOnce, text.size() - written);
+        const wchar_t last = text[written + part - 1];
+        if (part > 1 && last >= 0xD800 && last < 0xDC00) --part;  // both halves of a letter belong together
+        DWORD count = 0;
+        if (!WriteConsoleW(console, text.data() + written, static_cast<DWORD>(part), &count, nullptr) ||
+            count == 0)
+            return false;
+        written += count;
+    }
+    return true;
+}
+
 bool Write(DWORD stream, const std::string& text) {
     const HANDLE handle = GetStdHandle(stream);
+    if (IsConsole(handle)) return WriteToConsole(handle, Widen(text));
     size_t written = 0;
     while (written < text.size()) {
         DWORD count = 0;
@@ -74,15 +99,9 @@ bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason) {
 bool WriteStandardOutput(const std::string& text) { return Write(STD_OUTPUT_HANDLE, text); }
 void WriteStandardError(const std::string& text) { Write(STD_ERROR_HANDLE, text); }
 
-bool ErrorsAreWatched() {
-    DWORD mode = 0;
-    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
-}
+bool ErrorsAreWatched() { return IsConsole(GetStdHandle(STD_ERROR_HANDLE)); }
 
-bool OutputIsTerminal() {
-    DWORD mode = 0;
-    return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
-}
+bool OutputIsTerminal() { return IsConsole(GetStdHandle(STD_OUTPUT_HANDLE)); }
 
 size_t TerminalColumns() {
     constexpr size_t kUsual = 80;

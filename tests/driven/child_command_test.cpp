@@ -44,6 +44,10 @@ DWORD RunLine(std::wstring line, const std::string& currentFolder, BOOL inherit 
     return static_cast<DWORD>(WaitForEnd(&program));
 }
 
+bool FolderExists(const std::string& path) {
+    return GetFileAttributesW(Widen(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
 std::wstring QuotedProgram() { return L"\"" + Widen(FileBesideTest("kestrel.exe")) + L"\""; }
 
 TEST_F(ChildCommand, It_gets_every_argument_as_it_was_written) {
@@ -171,6 +175,26 @@ TEST_F(ChildCommand, A_reader_that_goes_away_neither_ends_nor_holds_up_the_progr
     CloseHandle(process.hThread);
     EXPECT_EQ(WaitForEnd(&program), 0);
     CloseHandle(writing);
+}
+
+TEST_F(ChildCommand, A_child_that_the_system_ends_for_Ctrl_C_was_interrupted) {
+    _putenv("KFX_MISBEHAVIOUR=Ctrl+C");
+    const ProgramResult result =
+        RunThroughPlugin({"apply", input, "-o", folder.path + "out.gif", "--effect", "Bump", "--plugin",
+                          FileBesideTest("misbehaving_plugin.dll")});
+    _putenv("KFX_MISBEHAVIOUR=");
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_THAT(result.err, HasSubstr("interrupted."));
+}
+
+TEST_F(ChildCommand, No_library_is_taken_from_the_current_folder) {
+    WriteText(folder.path + "stranger.dll", ReadText(FileBesideTest("misbehaving_plugin.dll")));
+    _putenv("KFX_MISBEHAVIOUR=library");
+    RunLine(QuotedProgram() + L" apply in.gif -o out.gif --effect Bump --through-plugin --plugin \"" +
+                Widen(FileBesideTest("misbehaving_plugin.dll")) + L"\"",
+            folder.path);
+    _putenv("KFX_MISBEHAVIOUR=");
+    EXPECT_FALSE(FolderExists(folder.path + "stranger was loaded"));
 }
 
 }  // namespace

@@ -10,26 +10,12 @@
 #include "tests/cli/running_program.h"
 #include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
+#include "tests/driven/own_console.h"
 #include "tests/driven/user_settings.h"
 #include "tests/support/wait_for.h"
 
 namespace kfx::test {
 namespace {
-
-BOOL WINAPI Ignore(DWORD) { return TRUE; }
-
-// Gives the test a console of its own, whose interrupts the test itself ignores. It stays until the program
-// ends: giving it up would close the files that the test reports to.
-bool OpenOwnConsole() {
-    static bool open = false;
-    if (open) return true;
-    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE), error = GetStdHandle(STD_ERROR_HANDLE);
-    FreeConsole();
-    open = AllocConsole() && SetConsoleCtrlHandler(Ignore, TRUE);
-    SetStdHandle(STD_OUTPUT_HANDLE, output);
-    SetStdHandle(STD_ERROR_HANDLE, error);
-    return open;
-}
 
 int CountParts(const std::string& folder) {
     const auto files = FilesIn(folder);

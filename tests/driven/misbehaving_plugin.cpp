@@ -181,6 +181,11 @@ extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostConte
     if (misbehaviour == "exit") std::exit(0);
     if (misbehaviour == "ExitProcess") ExitProcess(0);
     if (misbehaviour == "TerminateProcess") TerminateProcess(GetCurrentProcess(), 0);
+    if (misbehaviour == "Ctrl+C") TerminateProcess(GetCurrentProcess(), STATUS_CONTROL_C_EXIT);
+    if (misbehaviour == "library") {
+        // Where it was found, the test finds a file.
+        if (LoadLibraryA("stranger.dll")) CreateDirectoryA("stranger was loaded", nullptr);
+    }
     if (misbehaviour == "abort") std::abort();
     if (misbehaviour == "crash") RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr);
     if (misbehaviour == "crash twice") {
