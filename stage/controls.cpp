@@ -224,7 +224,8 @@ void ShowProgress(Stage* stage) {
                                                 : nullptr;
     if (!progress) return;
     const ShownProgress shown = LookAtProgress(progress, GetTickCount64());
-    const bool isBusy = IsWorking(*stage) || shown.total > 0;
+    // Between its parts a build counts nothing; one that is to stop has not ended there.
+    const bool isBusy = IsWorking(*stage) || shown.total > 0 || progress->stop;
     if (!isBusy) {
         ClearProgress(stage);
         return;

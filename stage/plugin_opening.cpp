@@ -27,9 +27,13 @@ PluginOpening* running = nullptr;
 // What a plug-in that has been given up still shows concerns nobody.
 bool MayNotShow(HWND window) { return running->abandoned && ControlClass(window) == kDialogClass; }
 
-// The message about a frame that the user has stopped says nothing new.
-bool IsMessageAboutStop(HWND window) {
-    return running->refusing && !IsPluginWindow(window) && ControlClass(window) == kDialogClass;
+// The plug-in shows a message only when nothing is being built, or when its build has failed.
+void OnMessageShown(HWND message) {
+    // A frame that the user has stopped says nothing new.
+    if (running->refusing)
+        PostMessageW(message, WM_COMMAND, IDOK, 0);
+    else
+        EndBuild(&running->progress, running->stageWindow);
 }
 
 // Whether a dialog is being made for the owner: the plug-in's window or a message instead of it. Others, such
@@ -45,8 +49,8 @@ LRESULT CALLBACK WatchWindows(int code, WPARAM word, LPARAM pointer) {
     if (code == HCBT_CREATEWND && running && MayNotShow(window)) return 1;
     if (code == HCBT_CREATEWND && running && !running->window && IsOwnersDialog(window, pointer))
         PostMessageW(running->owner, kPluginShown, word, 0);
-    if (code == HCBT_ACTIVATE && running && IsMessageAboutStop(window))
-        PostMessageW(window, WM_COMMAND, IDOK, 0);
+    if (code == HCBT_ACTIVATE && running && !IsPluginWindow(window) && ControlClass(window) == kDialogClass)
+        OnMessageShown(window);
     return CallNextHookEx(nullptr, code, word, pointer);
 }
 

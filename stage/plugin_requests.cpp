@@ -146,8 +146,7 @@ uint64_t AnswerUnlessStopped(uint64_t context, uint32_t request, uint64_t word, 
         case HostRequest::CloseTask: {
             const uint64_t closed = answer(context, request, word, pointer);
             opening->refusing = false;
-            EndStop(&opening->progress);
-            NoteProgress(&opening->progress, opening->stageWindow, " ", 0, 0);
+            EndBuild(&opening->progress, opening->stageWindow);
             return closed;
         }
         case HostRequest::OpenAnimation:

@@ -42,11 +42,14 @@ bool AskToStop(Progress* progress) {
     return true;
 }
 
-// Under the lock, so that no later question finds parts of what has ended.
-void EndStop(Progress* progress) {
-    const std::lock_guard<std::mutex> lock(progress->lock);
-    progress->total = 0;
-    progress->stop = false;
+void EndBuild(Progress* progress, HWND window) {
+    {
+        // No later question finds parts of what has ended.
+        const std::lock_guard<std::mutex> lock(progress->lock);
+        progress->total = 0;
+        progress->stop = false;
+    }
+    NoteProgress(progress, window, " ", 0, 0);
 }
 
 ShownProgress LookAtProgress(Progress* progress, uint64_t now) {

@@ -34,10 +34,10 @@ std::string Found(const char* function) {
 
 void Say(HWND parent, const std::string& text) { MessageBoxA(parent, text.c_str(), "Misbehaving", MB_OK); }
 
-// Tells the test that the plug-in runs, and waits until the test lets it go on.
-void MeetTest() {
-    const HANDLE started = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingStarted");
-    const HANDLE go = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingGo");
+// Tells the test that the plug-in has come this far, and waits until the test lets it go on.
+void MeetTest(const char* arrival = "KfxMisbehavingStarted", const char* leave = "KfxMisbehavingGo") {
+    const HANDLE started = CreateEventA(nullptr, TRUE, FALSE, arrival);
+    const HANDLE go = CreateEventA(nullptr, TRUE, FALSE, leave);
     SetEvent(started);
     WaitForSingleObject(go, INFINITE);
     CloseHandle(started);
@@ -113,12 +113,19 @@ int BuildAndMeet(HWND parent, kfx::HostContext* context, const char* function, v
     return BuildReally(parent, context);
 }
 
-// Meets the test whenever the host has been told of a frame that is being made.
+// Meets the test whenever the host has been told of a frame that is being made, and between the parts of a build.
 kfx::HostCallback hostsAnswer = nullptr;
+bool isBuilding = false;
 
 uint64_t AnswerAndMeet(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
     const uint64_t answer = hostsAnswer(context, request, word, pointer);
-    if (static_cast<kfx::HostRequest>(request) == kfx::HostRequest::Progress && pointer > 0) MeetTest();
+    if (static_cast<kfx::HostRequest>(request) != kfx::HostRequest::Progress) return answer;
+    if (pointer > 0) {
+        isBuilding = true;
+        MeetTest();
+    } else if (isBuilding) {
+        MeetTest("KfxMisbehavingBetween", "KfxMisbehavingOn");
+    }
     return answer;
 }
 

@@ -2,6 +2,8 @@
 // Builds of the plug-in that are stopped. The plug-in waits at its first frame until the test lets it go on.
 #include "tests/stage/stage_program.h"
 
+#include <commctrl.h>
+
 namespace kfx::test {
 namespace {
 
@@ -19,6 +21,8 @@ bool HasFocus(HWND window) {
 struct StoppedBuild : StageWindow {
     HANDLE started = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingStarted");
     HANDLE go = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingGo");
+    HANDLE between = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingBetween");
+    HANDLE on = CreateEventA(nullptr, TRUE, FALSE, "KfxMisbehavingOn");
     HWND plugin = nullptr;
 
     void OpenAll() {
@@ -34,10 +38,18 @@ struct StoppedBuild : StageWindow {
 
     void TearDown() override {
         SetEvent(go);
+        SetEvent(on);
         SetEnvironmentVariableA("KFX_MISBEHAVIOUR", nullptr);
         StageWindow::TearDown();
-        CloseHandle(started);
-        CloseHandle(go);
+        for (const HANDLE event : {started, go, between, on}) CloseHandle(event);
+    }
+
+    // Waits until Stage has taken every message that it has been sent so far.
+    bool WaitForMessages() const {
+        const HWND slider = Control(kFrameSlider);
+        const LRESULT marked = SendMessageA(slider, TBM_GETLINESIZE, 0, 0) + 1;
+        PostMessageA(slider, TBM_SETLINESIZE, 0, marked);
+        return WaitFor([slider, marked] { return SendMessageA(slider, TBM_GETLINESIZE, 0, 0) == marked; });
     }
 
     // Presses a button that builds, and Stop while the first frame is being made.
@@ -48,6 +60,12 @@ struct StoppedBuild : StageWindow {
         Run(kStopWork);
         ASSERT_TRUE(WaitForText(kStatusText, "Stopping."));
         SetEvent(go);
+        // All frames are made, and the plug-in counts no parts until it goes on.
+        ASSERT_TRUE(WaitFor([this] { return WaitForSingleObject(between, 0) == WAIT_OBJECT_0; }));
+        ASSERT_TRUE(WaitForMessages());
+        EXPECT_TRUE(IsStopShown()) << "the build has not ended";
+        EXPECT_EQ(TextOf(Control(kStatusText)), "Stopping.");
+        SetEvent(on);
     }
 
     bool IsStopShown() const { return IsWindowVisible(Control(kStopWork)) != 0; }
