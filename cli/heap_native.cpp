@@ -14,7 +14,7 @@ namespace {
 
 constexpr size_t kLargePage = size_t{2} << 20;
 constexpr size_t kSmallPagesBytes = size_t{256} << 10;
-constexpr size_t kBlockHeaderBytes = 64;             // and more: what the heap notes behind a block, too
+constexpr size_t kNotesBytes = 64;  // at least what the heap writes before and behind a block
 constexpr size_t kAdvisedBytes = size_t{128} << 20;  // of address space; only what is used takes memory
 
 // Batch systems limit the address space; then nothing may be asked for ahead.
@@ -39,10 +39,10 @@ void PrepareHeap() {
     // what is behind them stays in the heap for later blocks.
     const std::unique_ptr<void, decltype(&std::free)> room(std::malloc(kSmallPagesBytes), std::free);
     if (!room) return;
-    const auto behind = reinterpret_cast<uintptr_t>(room.get()) + kSmallPagesBytes + kBlockHeaderBytes;
-    const uintptr_t boundary = (behind + kBlockHeaderBytes + kLargePage) / kLargePage * kLargePage;
-    static void* volatile filler;  // kept to the end: it is still known where the block is
-    filler = std::malloc(boundary - behind - kBlockHeaderBytes);
+    const auto behind = reinterpret_cast<uintptr_t>(room.get()) + kSmallPagesBytes + kNotesBytes;
+    const uintptr_t boundary = (behind + kNotesBytes + kLargePage) / kLargePage * kLargePage;
+    static void* volatile filler;  // never freed; static, so that it counts as no leak
+    filler = std::malloc(boundary - behind - kNotesBytes);
     if (!filler) return;
     madvise(reinterpret_cast<void*>(boundary), kAdvisedBytes - 2 * kLargePage, MADV_HUGEPAGE);
 }
