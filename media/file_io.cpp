@@ -101,6 +101,7 @@ void AnnounceFile(const fs::path& path) {
 void PlaceFile(const fs::path& temporary, const fs::path& target, std::error_code* failure) {
     fs::rename(temporary, target, *failure);
 #ifdef _WIN32
+    if (!*failure) return;
     constexpr std::chrono::milliseconds kLongestWait{1000}, kPause{20};
     const auto end = std::chrono::steady_clock::now() + kLongestWait;
     std::error_code ignored;
