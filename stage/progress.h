@@ -39,8 +39,8 @@ void NoteProgress(Progress* progress, HWND window, const std::string& text, int 
 // For the window: asks for the end, unless no part is being done. False: nothing was asked.
 bool AskToStop(Progress* progress);
 
-// For the working thread, when a build has ended or failed: tells the window, and what comes next has not been
-// stopped.
+// For the working thread, when a build has ended or failed: tells the window, and what comes next has not
+// been stopped.
 void EndBuild(Progress* progress, HWND window);
 
 // For the window.

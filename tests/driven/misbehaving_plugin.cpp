@@ -113,7 +113,8 @@ int BuildAndMeet(HWND parent, kfx::HostContext* context, const char* function, v
     return BuildReally(parent, context);
 }
 
-// Meets the test whenever the host has been told of a frame that is being made, and between the parts of a build.
+// Meets the test whenever the host has been told of a frame that is being made, and between the parts of a
+// build.
 kfx::HostCallback hostsAnswer = nullptr;
 bool isBuilding = false;
 
