@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <optional>
 #include <unordered_set>
 #include <utility>
 
+#include "commands/frame_colors.h"
 #include "host/animation_layout.h"
 #include "media/quantize.h"
 
@@ -151,30 +153,55 @@ int DisposalOf(const SourceRecord& source) {
     return source.transparent ? kDisposalBackground : kDisposalKeep;
 }
 
+uint32_t PackColor(RgbColor color) {
+    return static_cast<uint32_t>(color.red | color.green << 8 | color.blue << 16);
+}
+
 // Each entry of a frame's own palette is drawn, but for the transparent one.
 size_t CountColors(const GifAnimation& gif) {
     std::unordered_set<uint32_t> colors;
     for (const GifFrame& frame : gif.frames) {
         for (size_t i = 0; i < frame.palette.size(); ++i) {
             const RgbColor color = frame.palette[i];
-            if (static_cast<int>(i) != frame.transparentIndex)
-                colors.insert(static_cast<uint32_t>(color.red | color.green << 8 | color.blue << 16));
+            if (static_cast<int>(i) != frame.transparentIndex) colors.insert(PackColor(color));
         }
     }
     return colors.size();
 }
 
-// Marks the indices that occur among `count`. Most pixels have their neighbours' index: eight that equal the
-// eight before are passed over.
-void NoteIndices(const uint8_t* indices, size_t count, bool (&used)[256]) {
-    uint64_t last = 0;
-    for (size_t i = 0; i < count; ++i) {
-        if (i >= 8 && count - i >= 8 && std::memcmp(indices + i, &last, sizeof last) == 0) {
-            i += 7;
-            continue;
-        }
-        used[indices[i]] = true;
-        if (i >= 7) std::memcpy(&last, indices + i - 7, sizeof last);
+// Marks the indices that occur. A row that the frame before had with the same colours is passed over.
+void NoteIndices(const BuiltFrame& frame, const BuiltFrame* before, size_t width, bool (&used)[256]) {
+    const bool isSameKind = before && before->indexed && before->pixels.size() == frame.pixels.size() &&
+                            before->transparentIndex == frame.transparentIndex &&
+                            before->palette == frame.palette;
+    for (size_t row = 0; row < frame.pixels.size(); row += width) {
+        const uint8_t* const indices = frame.pixels.data() + row;
+        if (isSameKind && std::memcmp(indices, before->pixels.data() + row, width) == 0) continue;
+        for (size_t x = 0; x < width; ++x) used[indices[x]] = true;
+    }
+}
+
+// The colours of pixels that are not fully transparent; `alpha` is null when none is.
+void NotePaletteColors(const BuiltFrame& frame, const BuiltFrame* before, const uint8_t* alpha, size_t width,
+                       std::unordered_set<uint32_t>* colors) {
+    bool used[256] = {};
+    if (!alpha) NoteIndices(frame, before, width, used);
+    for (size_t i = 0; i < frame.pixels.size() && alpha; ++i) used[frame.pixels[i]] |= alpha[i] != 0;
+    for (size_t i = 0; i < frame.palette.size(); ++i)
+        if (used[i] && static_cast<int>(i) != frame.transparentIndex)
+            colors->insert(PackColor(frame.palette[i]));
+}
+
+void NotePixelColors(const BuiltFrame& frame, const uint8_t* alpha, ColorSet* colors) {
+    RgbColor neighbor;  // most pixels have its colour
+    bool hasNeighbor = false;
+    for (size_t i = 0; 3 * i < frame.pixels.size(); ++i) {
+        const uint8_t* const pixel = frame.pixels.data() + 3 * i;
+        const RgbColor color = {pixel[0], pixel[1], pixel[2]};
+        if ((hasNeighbor && color == neighbor) || (alpha && alpha[i] == 0)) continue;
+        neighbor = color;
+        hasNeighbor = true;
+        AddColor(colors, color.red, color.green, color.blue);
     }
 }
 
@@ -255,40 +282,25 @@ bool AddBuiltFrame(const AddImageRecord& record, const uint8_t* bitmap, size_t b
 
 size_t CountColors(const BuiltAnimation& built, const SourceRecord& source) {
     if (built.gif) return CountColors(*built.gif);
-    std::vector<bool> drawn(size_t{1} << 24);
-    size_t count = 0;
-    const auto note = [&](size_t color) {
-        count += drawn[color] ? 0 : 1;
-        drawn[color] = true;
-    };
-    const auto pack = [](uint8_t red, uint8_t green, uint8_t blue) {
-        return red | size_t{green} << 8 | size_t{blue} << 16;
-    };
+    std::unordered_set<uint32_t> ofPalettes;
+    std::optional<ColorSet> ofPixels;  // large, and rarely needed
+    const BuiltFrame* last = nullptr;  // all of its pixels count
     for (const BuiltFrame& frame : built.frames) {
         const std::vector<uint8_t>& kept = SourceOf(frame, source).alpha;
-        const size_t pixels = frame.indexed ? frame.pixels.size() : frame.pixels.size() / 3;
-        const uint8_t* const alpha = kept.size() == pixels ? kept.data() : nullptr;
+        const uint8_t* const alpha = kept.size() == PixelCount(built) ? kept.data() : nullptr;
+        const BuiltFrame* const before = std::exchange(last, alpha ? nullptr : &frame);
         if (frame.indexed) {
-            bool used[256] = {};
-            if (!alpha) NoteIndices(frame.pixels.data(), pixels, used);
-            for (size_t i = 0; i < pixels && alpha; ++i) used[frame.pixels[i]] |= alpha[i] != 0;
-            for (size_t i = 0; i < frame.palette.size(); ++i) {
-                const RgbColor color = frame.palette[i];
-                if (used[i] && static_cast<int>(i) != frame.transparentIndex)
-                    note(pack(color.red, color.green, color.blue));
-            }
-            continue;
-        }
-        size_t last = SIZE_MAX;  // most pixels have their neighbour's colour
-        for (size_t i = 0; i < pixels; ++i) {
-            const uint8_t* const pixel = frame.pixels.data() + 3 * i;
-            const size_t color = pack(pixel[0], pixel[1], pixel[2]);
-            if (color == last || (alpha && alpha[i] == 0)) continue;
-            last = color;
-            note(color);
+            NotePaletteColors(frame, before, alpha, static_cast<size_t>(built.width), &ofPalettes);
+        } else {
+            if (!ofPixels) ofPixels.emplace();
+            NotePixelColors(frame, alpha, &*ofPixels);
         }
     }
-    return count;
+    if (!ofPixels) return ofPalettes.size();
+    for (const uint32_t color : ofPalettes)
+        AddColor(&*ofPixels, static_cast<uint8_t>(color), static_cast<uint8_t>(color >> 8),
+                 static_cast<uint8_t>(color >> 16));
+    return ofPixels->count;
 }
 
 std::vector<uint8_t> ShownPicture(const BuiltAnimation& built, size_t number, const SourceRecord& source,

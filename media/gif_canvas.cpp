@@ -31,10 +31,17 @@ void ForEachRow(const GifCanvas& canvas, const Rectangle& part, const Use& use) 
 void DrawPixels(const uint8_t* indices, int count, const FrameColors& colors, uint8_t* pixel,
                 int16_t* globalIndices) {
     const int transparent = colors.transparentIndex;
-    for (int x = 0; x < count; ++x, pixel += 4) {
+    // Most transparent pixels stand side by side.
+    uint8_t group[8];
+    std::fill(std::begin(group), std::end(group), static_cast<uint8_t>(transparent));
+    constexpr int kGroup = sizeof group;
+    for (int x = 0; x < count; ++x) {
         const uint8_t index = indices[x];
-        if (index == transparent) continue;
-        std::memcpy(pixel, colors.pixels[index], 4);
+        if (index == transparent) {
+            if (count - x >= kGroup && std::memcmp(indices + x, group, kGroup) == 0) x += kGroup - 1;
+            continue;
+        }
+        std::memcpy(pixel + 4 * x, colors.pixels[index], 4);
         if (globalIndices) globalIndices[x] = colors.globalIndices[index];
     }
 }

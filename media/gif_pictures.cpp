@@ -20,6 +20,19 @@ void DisposeOfLast(GifPlayer* player) {
     }
 }
 
+// Draws a row but for its transparent pixels, of which most stand side by side.
+void DrawOver(const uint8_t* indices, size_t width, int transparent, const ColorNumber* numberOf,
+              ColorNumber* canvas) {
+    uint8_t group[8];
+    std::fill(std::begin(group), std::end(group), static_cast<uint8_t>(transparent));
+    for (size_t x = 0; x < width; ++x) {
+        if (width - x >= sizeof group && std::memcmp(indices + x, group, sizeof group) == 0)
+            x += sizeof group - 1;
+        else if (indices[x] != transparent)
+            canvas[x] = numberOf[indices[x]];
+    }
+}
+
 // Draws the frame on the canvas, or on a cleared one. A row that the frame before drew in the same way stays.
 void DrawRows(const GifFrame& frame, const std::vector<RgbColor>& palette, bool isCleared,
               GifPlayer* player) {
@@ -28,17 +41,18 @@ void DrawRows(const GifFrame& frame, const std::vector<RgbColor>& palette, bool 
                            PaletteOf(*player->gif, *drawn) == palette &&
                            (!isCleared || player->isDrawnOnClear);
     const auto width = static_cast<size_t>(player->gif->width);
+    ColorNumber numberOf[256];
+    std::copy(std::begin(player->numberOf), std::end(player->numberOf), numberOf);
+    const bool hasTransparent = frame.transparentIndex >= 0 && frame.transparentIndex < 256;
+    if (hasTransparent) numberOf[frame.transparentIndex] = kClear;
     for (size_t row = 0; row < player->canvas.size(); row += width) {
         const uint8_t* const indices = frame.indices.data() + row;
         if (mayRepeat && std::memcmp(indices, drawn->indices.data() + row, width) == 0) continue;
         ColorNumber* const canvas = player->canvas.data() + row;
-        if (isCleared) std::fill_n(canvas, width, kClear);
-        if (frame.transparentIndex < 0) {
-            for (size_t x = 0; x < width; ++x) canvas[x] = player->numberOf[indices[x]];
-        } else {
-            for (size_t x = 0; x < width; ++x)
-                canvas[x] = indices[x] == frame.transparentIndex ? canvas[x] : player->numberOf[indices[x]];
-        }
+        if (isCleared || !hasTransparent)
+            for (size_t x = 0; x < width; ++x) canvas[x] = numberOf[indices[x]];
+        else
+            DrawOver(indices, width, frame.transparentIndex, numberOf, canvas);
     }
 }
 

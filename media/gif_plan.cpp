@@ -29,18 +29,18 @@ struct Difference {
 
 void CompareRow(const ColorNumber* from, const ColorNumber* to, size_t width, Difference* difference,
                 Rectangle* rowPart) {
+    size_t left = 0;
+    while (from[left] == to[left]) ++left;
+    size_t right = width;
+    while (from[right - 1] == to[right - 1]) --right;
     uint32_t changed = 0;
     uint32_t vanishing = 0;
-    for (size_t x = 0; x < width; ++x) {
+    for (size_t x = left; x < right; ++x) {
         changed += from[x] != to[x];
         vanishing |= static_cast<uint32_t>(from[x] != to[x]) & static_cast<uint32_t>(to[x] == kClear);
     }
     difference->changed += changed;
     difference->hasVanishing |= vanishing != 0;
-    size_t left = 0;
-    while (from[left] == to[left]) ++left;
-    size_t right = width;
-    while (from[right - 1] == to[right - 1]) --right;
     rowPart->left = static_cast<int>(left);
     rowPart->width = static_cast<int>(right - left);
 }
@@ -97,10 +97,14 @@ Rectangle VanishingPart(const GifAnimation& gif, const NumberedPicture& from, co
         const ColorNumber* const before = from.data() + static_cast<size_t>(y) * width;
         const ColorNumber* const after = to.data() + static_cast<size_t>(y) * width;
         if (std::memcmp(before, after, width * sizeof *before) == 0) continue;
-        Rectangle row =
-            BoundsOf(gif.width, 1, [&](size_t x) { return before[x] != kClear && after[x] == kClear; });
-        row.top = y;
-        if (row.width > 0) part = Around(part, row);
+        const auto vanishes = [&](size_t x) { return before[x] != kClear && after[x] == kClear; };
+        size_t left = 0, right = width;
+        while (left < width && !vanishes(left)) ++left;
+        if (left == width) continue;
+        while (!vanishes(right - 1)) --right;
+        part = Around(
+            part,
+            {.left = static_cast<int>(left), .top = y, .width = static_cast<int>(right - left), .height = 1});
     }
     return part;
 }

@@ -129,6 +129,7 @@ PictureColors CountColors(const uint8_t* rgba, size_t area, size_t maxColors) {
         // Equal neighbours are looked up once.
         const uint8_t* const pixel = rgba + 4 * i;
         size_t end = i + 1;
+        while (area - end >= 4 && std::memcmp(rgba + 4 * (end - 1), rgba + 4 * end, 16) == 0) end += 4;
         while (end < area && std::memcmp(pixel, rgba + 4 * end, 4) == 0) ++end;
         const size_t count = end - i;
         const size_t first = std::exchange(i, end);

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "commands/plain_build.h"
 
+#include <random>
+#include <set>
+#include <utility>
+
 #include <gtest/gtest.h>
 
 namespace kfx::commands {
@@ -116,6 +120,56 @@ TEST(PlainBuild, Every_index_that_is_drawn_counts_as_a_colour) {
         frame.pixels.assign(40, 1);
         frame.pixels[odd] = 2;
         EXPECT_EQ(CountColors(built, {}), 2u) << odd;
+    }
+}
+
+// The colours of the pixels that are drawn and not fully transparent, looked at one by one.
+size_t CountEveryPixel(const BuiltAnimation& built, const SourceRecord& record) {
+    std::set<uint32_t> colors;
+    for (const BuiltFrame& frame : built.frames) {
+        const std::vector<uint8_t>& alpha = record.frames[frame.sourceIndex].alpha;
+        const size_t count = frame.indexed ? frame.pixels.size() : frame.pixels.size() / 3;
+        for (size_t i = 0; i < count; ++i) {
+            if (!alpha.empty() && alpha[i] == 0) continue;
+            const uint8_t* const pixel = frame.pixels.data() + 3 * i;
+            if (frame.indexed && frame.pixels[i] == frame.transparentIndex) continue;
+            const RgbColor color =
+                frame.indexed ? frame.palette[frame.pixels[i]] : RgbColor{pixel[0], pixel[1], pixel[2]};
+            colors.insert(static_cast<uint32_t>(color.red << 16 | color.green << 8 | color.blue));
+        }
+    }
+    return colors.size();
+}
+
+TEST(PlainBuild, Colors_are_counted_as_pixel_by_pixel) {
+    std::mt19937 random(1);
+    const auto below = [&random](unsigned count) { return static_cast<size_t>(random() % count); };
+    for (int round = 0; round < 300; ++round) {
+        BuiltAnimation built;
+        SourceRecord record;
+        built.width = 5;
+        built.height = 4;
+        for (size_t i = 0; i < 4; ++i) {
+            BuiltFrame frame;
+            // Frames repeat rows of the one before, with the same palette or another, some of them hidden.
+            const bool repeats = i > 0 && below(3) > 0;
+            if (repeats) frame = built.frames.back();
+            if (!repeats) frame.indexed = below(4) > 0;
+            if (!repeats) frame.pixels.resize(frame.indexed ? 20 : 60);
+            const size_t changed = repeats ? below(3) * frame.pixels.size() / 4 : frame.pixels.size();
+            for (size_t k = 0; k < changed; ++k) frame.pixels[k] = static_cast<uint8_t>(below(8));
+            if (frame.indexed && (frame.palette.empty() || below(4) == 0)) {
+                frame.palette.clear();
+                for (int k = 0; k < 8; ++k) frame.palette.push_back({static_cast<uint8_t>(below(12)), 1, 2});
+            }
+            if (below(3) == 0) frame.transparentIndex = static_cast<int>(below(8));
+            frame.sourceIndex = i;
+            built.frames.push_back(std::move(frame));
+            SourceFrame& from = record.frames.emplace_back();
+            if (below(3) == 0) from.alpha.resize(20);
+            for (uint8_t& alpha : from.alpha) alpha = below(2) == 0 ? 0 : 255;
+        }
+        ASSERT_EQ(CountColors(built, record), CountEveryPixel(built, record)) << round;
     }
 }
 
