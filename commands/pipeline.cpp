@@ -52,9 +52,9 @@ WholeRun* PartOf(const PipelineOptions& options) {
     return options.whole && options.whole->use == WholeUse::Hold ? options.whole : nullptr;
 }
 
-// For the scope of a build: what all frames say goes to the engine and, where it is found, comes back. One
-// summary for a stage is enough: a stage is one effect, and no parameter of one that gathers can move over
-// the frames (journey.cpp refuses it), so that all frames of the stage are built with the same values.
+// For the scope of a build: hands the engine what is known of the whole animation, and takes what it finds.
+// One record for a stage is enough. A stage is one effect, and an effect that looks at all frames first has
+// the same parameters in each of them: journey.cpp refuses others.
 struct SharedFacts {
     // `isLast`: nothing is built behind it.
     SharedFacts(const PipelineOptions& options, StageFacts* stageFacts, bool isLast)

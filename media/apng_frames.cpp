@@ -16,11 +16,12 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr uint64_t kSmallAnimation = 4096;  // pixels of all frames up to which a palette may be too large
+// Up to so many pixels in all frames together a palette can take more bytes than it saves.
+constexpr uint64_t kSmallAnimation = 4096;
 constexpr size_t kManyGreys = 128;
 constexpr PackedColor kRgb = 0xFFFFFF;
 
-// The frame's pixels, without colours where nothing is seen.
+// The frame's pixels; fully transparent ones are all zero.
 Bytes ShownPixels(const Frame& frame) {
     Bytes pixels = frame.pixels;
     for (size_t i = 0; i < pixels.size(); i += 4)
@@ -28,7 +29,8 @@ Bytes ShownPixels(const Frame& frame) {
     return pixels;
 }
 
-// The darkest colour that no opaque pixel has, a grey one when asked for; false when all are taken.
+// Finds the lowest colour value that no opaque pixel has; with `isGrey` only greys are looked at. False:
+// there is none.
 bool FindFreeColor(const Animation& animation, bool isGrey, PackedColor* color) {
     constexpr PackedColor kGreyStep = 0x010101;
     std::vector<bool> isTaken(size_t{1} << 24);
@@ -47,12 +49,11 @@ bool HasHole(const PngFormat& format) {
     return std::find(format.alphas.begin(), format.alphas.end(), 0) != format.alphas.end();
 }
 
-// What a viewer shows before a frame is drawn, and the frame's smallest part that makes it the frame's
-// picture.
+// A way from one picture to the next.
 struct Change {
     int disposal = kApngKeep;  // of the frame before
-    Bytes canvas;
-    Rectangle place;
+    Bytes canvas;              // what that leaves
+    Rectangle place;           // where the next picture differs from the canvas
 };
 
 bool IsSame(const Bytes& a, const Bytes& b, size_t pixel) {
@@ -75,15 +76,15 @@ Bytes PartOf(const Animation& animation, const Bytes& shown, const Rectangle& pl
     return part;
 }
 
-// The part with holes where the canvas stays as it is; false when drawing over the canvas cannot give the
-// picture.
+// Appends the pixels of the change's place, transparent where the canvas stays as it is. False: such a part,
+// drawn over the canvas, does not give the picture.
 bool PartWithHoles(const Animation& animation, const Bytes& shown, const Change& change, Bytes* part) {
     constexpr uint8_t kHole[4] = {};
     bool isPossible = true;
     ForEachPixel(animation.width, change.place, [&](size_t pixel) {
         const uint8_t* rgba = shown.data() + 4 * pixel;
         const bool same = IsSame(shown, change.canvas, pixel);
-        // A colour that is not opaque would be mixed with one beneath, and nothing becomes transparent.
+        // A half-transparent colour would be mixed with the canvas, and no pixel can be made transparent.
         if (!same && (rgba[3] == 0 || (rgba[3] != 255 && change.canvas[4 * pixel + 3] != 0)))
             isPossible = false;
         part->insert(part->end(), same ? kHole : rgba, (same ? kHole : rgba) + 4);
@@ -135,7 +136,8 @@ struct Shown {
     bool isFirst = true;
 };
 
-// The smallest way to go from what is shown to the next picture.
+// The change to the next picture that takes the fewest bytes. `*canvas` receives the canvas that it is drawn
+// on.
 Candidate BestChange(const Animation& animation, const PngFormat& format, const Shown& last,
                      const Bytes& shown, Bytes* canvas) {
     Candidate best;
@@ -144,7 +146,7 @@ Candidate BestChange(const Animation& animation, const PngFormat& format, const 
     *canvas = keep.canvas;
     const auto tryOther = [&](int disposal, Bytes before) {
         const Change other = ChangeOf(animation, shown, disposal, std::move(before));
-        // Worth the time only when less has to be drawn.
+        // A larger place takes fewer bytes so rarely that it is not tried.
         if (AreaOf(other.place) >= AreaOf(keep.place)) return;
         const size_t least = best.estimate;
         TryChange(animation, format, shown, other, &best);
@@ -173,8 +175,8 @@ PngFormat ChooseApngFormat(const Animation& animation) {
                      FindFreeColor(animation, census.isGrey && options.mayBeGrey, &options.key);
     if (wantsHole && census.isFew) AddColor(kNoColor, &census.numbering);
     std::vector<PngFormat> formats = PngFormatsFor(census, options);
-    // Parts with few numbers compress better than parts with the greys themselves, which whole frames do not
-    // show.
+    // The parts of later frames compress better as indices than as greys. The estimate below looks at whole
+    // frames, which do not show that, so greys are a choice only where there are many.
     const bool isDense = IsGrey(formats.back()) && census.numbering.colors.size() > kManyGreys;
     if (census.isFew && pixels > kSmallAnimation && !isDense) formats.pop_back();
     if (formats.size() == 1) return formats[0];
@@ -196,11 +198,12 @@ PngFormat ChooseApngFormat(const Animation& animation) {
 std::vector<StoredFrame> StoreFrames(const Animation& animation, const PngFormat& format,
                                      const PngOptions& options) {
     std::vector<StoredFrame> stored(animation.frames.size());
-    std::mutex lock;  // of the next three, and of all in `stored` but the data
+    std::mutex lock;  // for the next three variables, and for all in `stored` but the data
     size_t next = 0;
-    bool failed = false;  // a change was not found; those after it build on it
+    bool failed = false;  // a frame's change could not be found: later frames depend on it
     Shown last;
-    // What a frame changes follows from the frame before, so that one after the other finds it.
+    // A frame's change depends on the frame before: the threads find changes one after the other and compress
+    // them side by side.
     const auto takeNext = [&](PngRows* rows) {
         const std::scoped_lock held(lock);
         if (failed) throw std::bad_alloc();
