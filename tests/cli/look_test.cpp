@@ -73,9 +73,9 @@ TEST_F(Info, How_a_file_was_made_is_told) {
         ASSERT_EQ(RunKestrel({"apply", input, "-o", made, "--effect=Bump", "--palette=216"}).exitCode, 0);
         const std::string version =
             JsonLines(RunKestrel({"info", "--json", made}).out)[0]["recipe"]["version"];
-        EXPECT_THAT(RunKestrel({"info", made}).out,
-                    HasSubstr("\n  Recipe       kestrel " + version + ", --format=" + format +
-                              ", --effect=Bump, --palette=216-color safe\n"));
+        std::string told = "\n  Recipe       kestrel " + version;
+        told += ", --format=" + format + ", --effect=Bump, --palette=216-color safe\n";
+        EXPECT_THAT(RunKestrel({"info", made}).out, HasSubstr(told));
     }
     EXPECT_EQ(JsonLines(RunKestrel({"info", "--json", At("made.gif")}).out)[0]["recipe"]["options"],
               Json({"--format=gif", "--effect=Bump", "--palette=216-color safe"}));

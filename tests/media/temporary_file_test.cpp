@@ -112,6 +112,7 @@ TEST_F(TemporaryFiles, Writers_of_one_result_at_the_same_time_never_show_a_part)
     std::atomic<int> running = kWriters;
     std::atomic<int> failures = 0;
     std::vector<std::thread> writers;
+    writers.reserve(kWriters);
     Write(Bytes(kSize, 9));
     for (int writer = 0; writer < kWriters; ++writer) {
         writers.emplace_back([&, writer] {

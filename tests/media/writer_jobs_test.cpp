@@ -99,8 +99,8 @@ TEST(WriterJobs, An_APNG_has_the_same_bytes_on_any_number_of_threads) {
 }
 
 std::filesystem::path NewFolder() {
-    const std::filesystem::path folder = std::filesystem::temp_directory_path() /
-                                         ("kfx-writer-jobs-" + std::to_string(std::random_device()()));
+    std::filesystem::path folder = std::filesystem::temp_directory_path() /
+                                   ("kfx-writer-jobs-" + std::to_string(std::random_device()()));
     std::filesystem::create_directories(folder);
     return folder;
 }
