@@ -132,11 +132,11 @@ set_registry() {
         fail "Wine could not change the registry of ${WINEPREFIX#"$root"/}."
 }
 
-# An Xvfb on a display number of its own choice. The limit is for one that hangs: a loaded machine takes seconds.
+# An Xvfb on a display number of its own choice, as large as KFX_SCREEN says. The limit is for one that hangs: a loaded machine takes seconds.
 start_display() {
     local number_file=$work/logs/display.$$ waited
     rm -f "$number_file"
-    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$number_file" >>"$work/logs/xvfb.log" 2>&1 &
+    Xvfb -displayfd 3 -screen 0 "${KFX_SCREEN:-1280x1024}x24" -nolisten tcp 3>"$number_file" >>"$work/logs/xvfb.log" 2>&1 &
     displays+=($!)
     for ((waited = 0; waited < 1200; ++waited)); do
         [ ! -s "$number_file" ] || break

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// Pictures of windows, and their texts that are cut.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+#include "media/animation_writer.h"
+
+namespace kfx::screens {
+
+// What the screen shows where the window stands, opaque. The window must lie on the screen in front of
+// others. An empty picture when the screen cannot be read.
+Picture PictureOf(HWND window);
+
+// A line for each visible control of the window whose text needs more room than the control has, such as
+// "Static 47 \"Brightness:\" needs 58 x 13 and has 52 x 12". Waits for the window's answers.
+std::vector<std::string> CutTexts(HWND window);
+
+}  // namespace kfx::screens
