@@ -3,6 +3,7 @@
 ; folder FILES, in which it writes install.nsh and uninstall.nsh: the lines that copy and delete each file.
 Unicode true
 !include "MUI2.nsh"
+!include "LogicLib.nsh"
 !include "x64.nsh"
 
 !define PRODUCT "Kestrel FX"
@@ -50,35 +51,36 @@ Function un.onInit
   SetRegView 64
 FunctionEnd
 
-; A program that runs cannot be replaced: then nothing is changed at all.
+; Ends the installation while a file of an earlier one runs or is loaded: it could not be replaced.
+!macro RefuseWhileUsed FILE
+  ${If} ${FileExists} "$INSTDIR\${FILE}"
+    ClearErrors
+    FileOpen $0 "$INSTDIR\${FILE}" a
+    ${If} ${Errors}
+      MessageBox MB_ICONSTOP "${FILE} is in use. Close Stage, kestrel and the editors that have loaded the plug-in, then try again." /SD IDOK
+      SetErrorLevel 2
+      Abort "${FILE} is in use."
+    ${EndIf}
+    FileClose $0
+  ${EndIf}
+!macroend
+
 Section "Files"
   SetShellVarContext all
-  ClearErrors
-  IfFileExists "$INSTDIR\kfxplug1.dll" 0 free
-    FileOpen $0 "$INSTDIR\kfxplug1.dll" a
-    IfErrors used
-    FileClose $0
-    IfFileExists "$INSTDIR\kestrel-stage.exe" 0 old
-    FileOpen $0 "$INSTDIR\kestrel-stage.exe" a
-    IfErrors used
-    FileClose $0
-  old:
+  !insertmacro RefuseWhileUsed "kfxplug1.dll"
+  !insertmacro RefuseWhileUsed "kestrel-stage.exe"
+  !insertmacro RefuseWhileUsed "kestrel.exe"
   ; Files of an earlier version that this one no longer has go with its own uninstaller.
-  IfFileExists "$INSTDIR\uninstall.exe" 0 free
+  ${If} ${FileExists} "$INSTDIR\uninstall.exe"
     ExecWait '"$INSTDIR\uninstall.exe" /S _?=$INSTDIR'
-    Goto free
-  used:
-    MessageBox MB_ICONSTOP "${PRODUCT} is in use. Close Stage and the editors that have loaded the plug-in, then try again." /SD IDOK
-    SetErrorLevel 2
-    Abort "${PRODUCT} is in use."
-  free:
+  ${EndIf}
   ClearErrors
   !include "${FILES}.install.nsh"
-  IfErrors 0 copied
+  ${If} ${Errors}
     MessageBox MB_ICONSTOP "Not every file could be written to $INSTDIR. Is the disk full?" /SD IDOK
     SetErrorLevel 3
     Abort "Not every file could be written."
-  copied:
+  ${EndIf}
   SetOutPath "$INSTDIR"
   WriteUninstaller "$INSTDIR\uninstall.exe"
   CreateDirectory "$SMPROGRAMS\${PRODUCT}"

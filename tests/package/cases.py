@@ -9,6 +9,7 @@ import re
 import shutil
 import subprocess
 import tarfile
+import time
 import zipfile
 
 PROGRAMS = ("kestrel.exe", "kestrel-stage.exe", "kfxplug1.dll")
@@ -159,6 +160,20 @@ def help_is_valid_and_stands_alone(context):
     check(said.returncode == 0, said.stderr)
 
 
+def is_loaded(program):
+    """Waits until Wine runs the program."""
+    end = time.monotonic() + LIMIT
+    while time.monotonic() < end:
+        for maps in pathlib.Path("/proc").glob("[0-9]*/maps"):
+            try:
+                if INSTALLED + "/" + program in maps.read_text():
+                    return True
+            except OSError:
+                pass  # it has ended
+        time.sleep(0.05)
+    return False
+
+
 def registered(context):
     return context.wine("reg", "query", UNINSTALL_KEY, may_fail=True).returncode == 0
 
@@ -178,6 +193,17 @@ def installer_installs_upgrades_and_removes(context):
                      "--effect", "Bump", "--through-plugin", "--frames", "1-2")
         menu = list(prefix.glob("drive_c/ProgramData/Microsoft/Windows/Start Menu/Programs/Kestrel FX/*.lnk"))
         check(len(menu) == 2, "the start menu has %s" % menu)
+
+        # A program that runs: nothing is changed.
+        (place / "READ-ME.txt").write_text("an older one")
+        running = subprocess.Popen([context.root / "cmake" / "wine", place / "kestrel.exe", "apply", "-", "-o",
+                                    context.folder / "never.gif", "--effect", "Neon"], stdin=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, stdout=subprocess.DEVNULL)
+        refused = context.wine(setup, "/S", may_fail=True) if is_loaded("kestrel.exe") else None
+        running.communicate()
+        check(refused is not None, "kestrel.exe did not start")
+        check(refused.returncode == 2, "a program in use gives exit code %d" % refused.returncode)
+        check((place / "READ-ME.txt").read_text() == "an older one", "a file was replaced beside a program in use")
 
         (place / "mine.txt").write_text("of the user")
         (place / "kestrel.exe").write_bytes(b"an older one")
