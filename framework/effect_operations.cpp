@@ -9,14 +9,6 @@
 namespace kfx {
 namespace {
 
-// All but the cache. False: the background colour could not be read.
-bool ReadInput(const Effect& effect, void* window, MemoryHandle source, KernelInput* input) {
-    *input = {};
-    for (size_t i = 0; i < effect.controls.count; ++i)
-        input->values[i] = ReadControl(effect.controls.rows[i], window);
-    return ReadBackgroundColor(source, &input->background);
-}
-
 // Puts the entry back with a kernel's result, if there is one.
 bool TakeResult(const FrameList& frames, int32_t index, const FrameEntry& entry, ImageHandle result) {
     return !result || ReplaceImage(frames, index, entry, result);
@@ -104,6 +96,13 @@ bool BuildInTwoPasses(const GatheringPasses& passes, EffectBuildContext* context
 
 }  // namespace
 
+bool ReadKernelInput(const Effect& effect, void* window, MemoryHandle source, KernelInput* input) {
+    *input = {};
+    for (size_t i = 0; i < effect.controls.count; ++i)
+        input->values[i] = ReadControl(effect.controls.rows[i], window);
+    return ReadBackgroundColor(source, &input->background);
+}
+
 ImageHandle ApplyKernel(const Effect& effect, ImageHandle image, const KernelInput& input) {
     const ImageHandle result = effect.apply(image, input);
     if (!result) return image;
@@ -114,7 +113,7 @@ ImageHandle ApplyKernel(const Effect& effect, ImageHandle image, const KernelInp
 int32_t PreviewEffect(const Effect& effect, EffectRunContext* context) {
     KernelCache cache;
     KernelInput input;
-    const bool read = ReadInput(effect, context->window, context->source, &input);
+    const bool read = ReadKernelInput(effect, context->window, context->source, &input);
     input.cache = &cache;
     context->flags |= kRunFirstFrameOnly;
     context->image = FetchFirstFrame(context->source);
@@ -124,7 +123,7 @@ int32_t PreviewEffect(const Effect& effect, EffectRunContext* context) {
 
 int32_t BuildEffect(const Effect& effect, EffectBuildContext* context) {
     KernelInput input;
-    if (!ReadInput(effect, context->window, context->source, &input)) return 0;
+    if (!ReadKernelInput(effect, context->window, context->source, &input)) return 0;
     // Without a source there are no frames: the build driver reports that. A part of the frames must not be
     // built.
     if (DecodeAllFrames(context->source, context->frames) == DecodeResult::Incomplete) return 0;

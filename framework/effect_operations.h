@@ -66,6 +66,10 @@ int32_t PreviewEffect(const Effect& effect, EffectRunContext* context);
 // locked; the frames in the list belong to the caller in every case.
 int32_t BuildEffect(const Effect& effect, EffectBuildContext* context);
 
+// What the effect's kernel gets as its controls are now, all but the cache. `window` as in EffectRunContext,
+// `source` the source animation's block, or null. False: the background colour could not be read.
+bool ReadKernelInput(const Effect& effect, void* window, MemoryHandle source, KernelInput* input);
+
 // Runs the effect's kernel on an image that the caller owns: the image is replaced by the result, or kept
 // when the kernel has none. For preview, build and command lines alike.
 ImageHandle ApplyKernel(const Effect& effect, ImageHandle image, const KernelInput& input);

@@ -10,6 +10,7 @@
 #include "window/dialog_services.h"
 #include "window/guards.h"
 #include "window/logo.h"
+#include "window/picture_controls.h"
 #include "window/plugin_state.h"
 #include "window/push_buttons.h"
 
@@ -24,6 +25,7 @@ void OnInitAbout(HWND box, HFONT titleFont) {
     SetDialogFonts(box);
     ReplacePlaceholders(box);
     for (const int button : kAboutButtons) GiveButtonLook(box, button);
+    MakePictureControl(box, IDC_ABOUT_LOGO);
     SendDlgItemMessageA(box, IDC_ABOUT_TITLE, WM_SETFONT, reinterpret_cast<WPARAM>(titleFont), FALSE);
     SetDlgItemTextA(box, IDC_ABOUT_TITLE, "Kestrel FX #1 Plugin");
     char text[kTextBuffer + 64];

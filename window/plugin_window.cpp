@@ -17,6 +17,7 @@
 #include "window/logo.h"
 #include "window/output_options.h"
 #include "window/owner_drawn.h"
+#include "window/picture_controls.h"
 #include "window/plugin_state.h"
 #include "window/preview.h"
 #include "window/push_buttons.h"
@@ -52,6 +53,7 @@ void DressControls(HWND window) {
     SetDialogFonts(window);
     ReplacePlaceholders(window);
     for (const int button : kPushButtons) GiveButtonLook(window, button);
+    for (const int picture : {IDC_PREVIEW, IDC_LOGO}) MakePictureControl(window, picture);
     for (const int box : kSmallTexts) {
         SendDlgItemMessageA(window, box, WM_SETFONT, reinterpret_cast<WPARAM>(plugin.smallFont), FALSE);
     }

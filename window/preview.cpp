@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "effects/effect_table.h"
 #include "framework/memory_guards.h"
 #include "framework/scaler.h"
 #include "host/floating_point_state.h"
@@ -10,6 +11,7 @@
 #include "window/dialog_services.h"
 #include "window/effect_list.h"
 #include "window/guards.h"
+#include "window/kept_picture.h"
 #include "window/plugin_state.h"
 
 namespace kfx {
@@ -19,6 +21,20 @@ constexpr int kFrameWidth = 4;  // between the control's edge and the image
 
 int WidthOf(const RECT& area) { return area.right - area.left; }
 int HeightOf(const RECT& area) { return area.bottom - area.top; }
+
+// What the preview would be rendered from now. Without an effect in the list, or where the background colour
+// cannot be read, `effect` is null.
+PreviewInput ReadPreviewInput(HWND window, const RECT& inner) {
+    PreviewInput input = {.effect = nullptr,
+                          .source = plugin.source,
+                          .width = WidthOf(inner),
+                          .height = HeightOf(inner),
+                          .kernel = {}};
+    const LRESULT row = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
+    const Effect* effect = row < 0 ? nullptr : EffectAt(static_cast<size_t>(row));
+    if (effect && ReadKernelInput(*effect, window, plugin.source, &input.kernel)) input.effect = effect;
+    return input;
+}
 
 // The current effect's picture, or null.
 ImageHandle Render(HWND window, const RECT& inner) {
@@ -63,13 +79,24 @@ void FillBetween(HDC dc, const RECT& a, const RECT& b, int systemColor) {
     FillRgn(dc, between.handle, GetSysColorBrush(systemColor));
 }
 
-void DrawPicture(HDC dc, const RECT& inner, const WorkingImage* image) {
-    const int x = inner.left + (WidthOf(inner) - image->width) / 2;
-    const int y = inner.top + (HeightOf(inner) - image->height) / 2;
-    const RECT place = {x, y, x + image->width, y + image->height};
-    SetDIBitsToDevice(dc, x, y, static_cast<DWORD>(image->width), static_cast<DWORD>(image->height), 0, 0, 0,
-                      static_cast<UINT>(image->height), PixelsOf(image),
-                      reinterpret_cast<const BITMAPINFO*>(image), DIB_RGB_COLORS);
+void DrawMargin(HDC dc, const RECT& area, const RECT& inner) {
+    RECT line = area;
+    FrameRect(dc, &line, GetSysColorBrush(COLOR_BTNSHADOW));
+    InflateRect(&line, -1, -1);
+    FillBetween(dc, line, inner, COLOR_BTNFACE);
+}
+
+// Each pixel is drawn once, so that nothing flickers: the margin, then the picture, then what is left.
+void DrawPicture(HDC dc, const RECT& area, const RECT& inner, const ShownPicture& picture) {
+    const SavedContext saved(dc);
+    DrawMargin(dc, area, inner);
+    IntersectClipRect(dc, inner.left, inner.top, inner.right, inner.bottom);
+    const int width = picture.info->bmiHeader.biWidth, height = picture.info->bmiHeader.biHeight;
+    const int x = inner.left + (WidthOf(inner) - width) / 2;
+    const int y = inner.top + (HeightOf(inner) - height) / 2;
+    const RECT place = {x, y, x + width, y + height};
+    SetDIBitsToDevice(dc, x, y, static_cast<DWORD>(width), static_cast<DWORD>(height), 0, 0, 0,
+                      static_cast<UINT>(height), picture.pixels, picture.info, DIB_RGB_COLORS);
     FillBetween(dc, inner, place, COLOR_BTNFACE);
     if (settings.sampleWindowKeyLine == 1) {
         RECT line = place;
@@ -90,28 +117,47 @@ void DrawPrompt(HDC dc, RECT area) {
     DrawTextA(dc, LoadText(IDS_NO_SOURCE_PROMPT), -1, &area, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
 }
 
+void RenderAndDraw(HWND window, const DRAWITEMSTRUCT& item, const RECT& inner, const PreviewInput& input) {
+    const MemoryOwner rendered(RenderToFit(window, inner));
+    const ImageLock lock(rendered.memory);
+    if (lock) {
+        // A picture that could not be scaled is drawn, but may be large.
+        const bool fits = lock->width <= input.width && lock->height <= input.height;
+        if (fits) KeepPicture(input, lock.image);
+        DrawPicture(
+            item.hDC, item.rcItem, inner,
+            {.info = reinterpret_cast<const BITMAPINFO*>(lock.image), .pixels = PixelsOf(lock.image)});
+        return;
+    }
+    FreeKeptPicture();
+    const SavedContext saved(item.hDC);
+    DrawMargin(item.hDC, item.rcItem, inner);
+    IntersectClipRect(item.hDC, inner.left, inner.top, inner.right, inner.bottom);
+    DrawPrompt(item.hDC, item.rcItem);
+}
+
 }  // namespace
 
 void DrawPreview(HWND window, const DRAWITEMSTRUCT& item) {
     // A click on the preview changes nothing in it, and rendering takes long.
     if (item.itemAction && !(item.itemAction & ODA_DRAWENTIRE)) return;
     const WaitCursor wait;
-    const SavedContext saved(item.hDC);
     RECT inner = item.rcItem;
     InflateRect(&inner, -kFrameWidth, -kFrameWidth);
-    const MemoryOwner picture(RenderToFit(window, inner));
-
-    FillBetween(item.hDC, item.rcItem, inner, COLOR_BTNFACE);
-    FrameRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNSHADOW));
-    IntersectClipRect(item.hDC, inner.left, inner.top, inner.right, inner.bottom);
-    const ImageLock lock(picture.memory);
-    if (lock)
-        DrawPicture(item.hDC, inner, lock.image);
-    else
-        DrawPrompt(item.hDC, item.rcItem);
+    const PreviewInput input = ReadPreviewInput(window, inner);
+    const ShownPicture unchanged = PictureFor(input);
+    if (unchanged.pixels) {
+        DrawPicture(item.hDC, item.rcItem, inner, unchanged);
+        return;
+    }
+    // Rendering may take seconds. Meanwhile the last picture stands also where the preview was covered.
+    const ShownPicture last = LastPicture(input.width, input.height);
+    if (last.pixels) DrawPicture(item.hDC, item.rcItem, inner, last);
+    RenderAndDraw(window, item, inner, input);
 }
 
 void RepaintPreview(HWND window) {
+    AskForNewPicture();
     RedrawWindow(GetDlgItem(window, IDC_PREVIEW), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
 }
 

@@ -9,6 +9,7 @@
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/effect_list.h"
+#include "window/kept_picture.h"
 #include "window/output_options.h"
 #include "window/plugin_state.h"
 #include "window/preview.h"
@@ -58,6 +59,7 @@ void OpenSourceAnimation(HWND window, bool reopen) {
 void FreeSourceAnimation() {
     FreeMemory(plugin.source);
     plugin.source = nullptr;
+    FreeKeptPicture();
 }
 
 bool RememberedSourceExists() {

@@ -76,6 +76,7 @@ const std::vector<Section>& RefusalSections() {
                  .refusals =
                      {
                          {.function = "CombineRgn", .firstCalls = kFirstDrawings},
+                         {.function = "CreateDIBSection", .firstCalls = kFirstDrawings},
                          {.function = "CreatePen", .firstCalls = kFirstDrawings},
                          {.function = "CreateRectRgnIndirect", .firstCalls = kFirstDrawings},
                          {.function = "CreateRoundRectRgn", .firstCalls = kFirstDrawings},

@@ -188,6 +188,7 @@ TEST(Preview, Any_refused_allocation_leaves_no_leak) {
     session.Click(IDC_SELECT);
     DrawPreview(session, 128, 88);
     for (size_t number = 1; number < 100; ++number) {
+        session.Command(IDC_EMBOSS_RADIUS);  // as if the slider had moved: the picture is rendered anew
         RefuseGlobalAllocation(number);
         DrawPreview(session, 128, 88);
         const bool refused = CountLedger().allocations >= number;

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+// Preview and logo: owner-drawn buttons that only show something.
+#pragma once
+
+#include <windows.h>
+
+namespace kfx {
+
+// From now on a click on the control leaves the focus where it is, and the control is never erased, since
+// every pixel of it is drawn. The control tells its dialog of a click as before.
+void MakePictureControl(HWND dialog, int id);
+
+}  // namespace kfx
