@@ -120,13 +120,123 @@ KFX_INLINE void SumRows(const uint8_t* from, size_t stride, const float* weights
     }
 }
 
-void VerticalPass(const WorkingImage* from, WorkingImage* to, const PassTable& table) {
+void SumRowByRow(const WorkingImage* from, WorkingImage* to, const PassTable& table) {
     const auto sumRows = Fastest<SumRows>();
     for (int32_t r = 0; r < to->height; ++r) {
         const PassTable::Span& span = table.spans.address[r];
         sumRows(StoredRow(from, span.start), StrideOf(from),
                 table.weights.address + static_cast<size_t>(r) * table.stride, span.count, StoredRow(to, r));
     }
+}
+
+// When a picture shrinks, each of its rows lies under the filters of several rows of the result. They are
+// read and converted once, a few at a time, and added to the sums of all these. A row that is not under a
+// filter has the weight 0 there, which leaves the sum as it is, so that each sum is made of the same numbers
+// in the same order as row by row.
+constexpr int32_t kAddedRows = 4;    // as many as AddRows() names
+constexpr size_t kAddedBytes = 128;  // of each row at a time: converted, they stay in the nearest cache
+
+// What is added to the sums of one row of the result.
+struct Addition {
+    float* sums;  // as many as a row has bytes
+    float weights[kAddedRows];
+};
+
+// Adds rows of `bytes` bytes.
+KFX_INLINE void AddRows(const uint8_t* const (&rows)[kAddedRows], size_t bytes, const Addition* additions,
+                        int32_t count) {
+    for (size_t first = 0; first < bytes; first += kAddedBytes) {
+        const size_t width = std::min(kAddedBytes, bytes - first);
+        float a[kAddedBytes], b[kAddedBytes], c[kAddedBytes], d[kAddedBytes];
+        for (size_t i = 0; i < width; ++i) a[i] = rows[0][first + i];
+        for (size_t i = 0; i < width; ++i) b[i] = rows[1][first + i];
+        for (size_t i = 0; i < width; ++i) c[i] = rows[2][first + i];
+        for (size_t i = 0; i < width; ++i) d[i] = rows[3][first + i];
+        for (int32_t k = 0; k < count; ++k) {
+            const float* w = additions[k].weights;
+            float* sums = additions[k].sums + first;
+            const float wa = w[0], wb = w[1], wc = w[2], wd = w[3];
+            for (size_t i = 0; i < width; ++i)
+                sums[i] = sums[i] + wa * a[i] + wb * b[i] + wc * c[i] + wd * d[i];
+        }
+    }
+}
+
+KFX_INLINE void StoreSums(const float* sums, size_t bytes, uint8_t* out) {
+    for (size_t b = 0; b < bytes; ++b) out[b] = ToByte(sums[b]);
+}
+
+// The rows of a result that have a sum while the source's rows are added: `begun` is the first that has none
+// yet, `done` the first that is not finished. Both only grow, as spans and their ends do.
+struct OpenRows {
+    const PassTable& table;
+    const int32_t height;  // of the result
+    int32_t begun = 0;
+    int32_t done = 0;
+
+    int32_t EndOf(int32_t r) const { return table.spans.address[r].start + table.spans.address[r].count; }
+    // Whether the next row begins before source row `y`.
+    bool NextBeginsBefore(int32_t y) const { return begun < height && table.spans.address[begun].start < y; }
+    bool NextEndsBy(int32_t y) const { return done < begun && EndOf(done) <= y; }
+    float WeightOf(int32_t r, int32_t y) const {
+        const PassTable::Span& span = table.spans.address[r];
+        const bool under = y >= span.start && y < span.start + span.count;
+        return under
+                   ? table.weights
+                         .address[static_cast<size_t>(r) * table.stride + static_cast<size_t>(y - span.start)]
+                   : 0.0f;
+    }
+};
+
+// The most rows of a result that are open at a time.
+int32_t MostOpenRows(const PassTable& table, int32_t sourceHeight, int32_t height) {
+    OpenRows open = {.table = table, .height = height};
+    int32_t most = 0;
+    for (int32_t y = kAddedRows; y < sourceHeight + kAddedRows; y += kAddedRows) {
+        while (open.NextBeginsBefore(y)) ++open.begun;
+        most = std::max(most, open.begun - open.done);
+        while (open.NextEndsBy(y)) ++open.done;
+    }
+    return most;
+}
+
+// False: memory ran out.
+bool SumTogether(const WorkingImage* from, WorkingImage* to, const PassTable& table) {
+    const auto addRows = Fastest<AddRows>();
+    const auto storeSums = Fastest<StoreSums>();
+    const size_t stride = StrideOf(from);
+    const int32_t most = MostOpenRows(table, from->height, to->height);
+    const Scratch<float> sums(static_cast<size_t>(most) * stride);
+    const Scratch<Addition> additions(static_cast<size_t>(most));
+    if (!sums || !additions) return false;
+    const auto sumsOf = [&](int32_t r) { return sums.address + static_cast<size_t>(r % most) * stride; };
+    OpenRows open = {.table = table, .height = to->height};
+    for (int32_t y = 0; y < from->height; y += kAddedRows) {
+        for (; open.NextBeginsBefore(y + kAddedRows); ++open.begun)
+            std::memset(sumsOf(open.begun), 0, stride * sizeof(float));
+        const uint8_t* rows[kAddedRows];
+        for (int32_t i = 0; i < kAddedRows; ++i) rows[i] = StoredRow(from, std::min(y + i, from->height - 1));
+        int32_t count = 0;
+        for (int32_t r = open.done; r < open.begun; ++r) {
+            Addition& addition = additions[static_cast<size_t>(count++)];
+            addition.sums = sumsOf(r);
+            for (int32_t i = 0; i < kAddedRows; ++i) addition.weights[i] = open.WeightOf(r, y + i);
+        }
+        addRows(rows, stride, additions.address, count);
+        for (; open.NextEndsBy(y + kAddedRows); ++open.done)
+            storeSums(sumsOf(open.done), stride, StoredRow(to, open.done));
+    }
+    return true;
+}
+
+// What shrinks less is summed row by row: few rows have weights in common there.
+constexpr int32_t kLeastShrinking = 2;
+
+// False: memory ran out.
+bool VerticalPass(const WorkingImage* from, WorkingImage* to, const PassTable& table) {
+    if (to->height <= from->height / kLeastShrinking) return SumTogether(from, to, table);
+    SumRowByRow(from, to, table);
+    return true;
 }
 
 // Several rows at a time, interleaved pixel by pixel, so that one weight serves a whole run of neighbouring
@@ -204,11 +314,9 @@ bool RunPasses(const WorkingImage* from, WorkingImage* to, const PassTable& acro
     if (!between) return false;
     if (!verticalFirst) {
         if (!RunHorizontalPass(from, between.image, across)) return false;
-        VerticalPass(between.image, to, down);
-        return true;
+        return VerticalPass(between.image, to, down);
     }
-    VerticalPass(from, between.image, down);
-    return RunHorizontalPass(between.image, to, across);
+    return VerticalPass(from, between.image, down) && RunHorizontalPass(between.image, to, across);
 }
 
 }  // namespace

@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
+#include "framework/cpu.h"
 #include "framework/math/elementary.h"
+#include "framework/random.h"
 #include "framework/resampling_filters.h"
 #include "tests/reference/scaler_reference.h"
 #include "tests/support/pictures.h"
@@ -61,6 +64,28 @@ TEST(Scaler, Follows_blur_factors_at_its_own_size_too) {
 TEST(Scaler, Rows_wider_than_one_piece_of_the_cache_have_no_seam) {
     ExpectSameAsReference(RandomPicture(700, 20, 8), 350, 9);
     ExpectSameAsReference(RandomPicture(1400, 3, 8), 140, 3);
+}
+
+// Shrunk by two and more, several rows are added up at a time.
+TEST(Scaler, Any_shrinking_gives_what_the_plain_two_passes_give_on_both_paths) {
+    RandomSequence random = SeedRandom(7);
+    const auto between = [&random](int32_t least, int32_t most) {
+        uint16_t number;
+        NextRandoms(&random, &number, 1);
+        return least + number % (most - least + 1);
+    };
+    for (int i = 0; i < 120; ++i) {
+        const int32_t bitCount = between(0, 3) == 0 ? 32 : 24;
+        const Picture source =
+            RandomPicture(between(1, 110), between(1, 110), static_cast<uint32_t>(i), bitCount);
+        const Size from = SizeOf(source.handle);
+        const int32_t width = between(1, from.width), height = between(1, std::max(1, from.height / 2));
+        const double blur = i % 10 == 0 ? 1.7 : 1.0;
+        ExpectSameAsReference(source, width, height, blur);
+        AllowAvx2(false);
+        ExpectSameAsReference(source, width, height, blur);
+        AllowAvx2(true);
+    }
 }
 
 TEST(Scaler, A_hundred_percent_is_an_exact_copy) {
