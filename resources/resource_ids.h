@@ -37,6 +37,7 @@
 #define IDM_DOCUMENT_SAVE 38
 #define IDM_DOCUMENT_SAVE_AS 39
 #define IDM_BUILD_PLAIN 40
+#define IDM_SLIDER_DEFAULT 43
 #define IDM_REOPEN_SOURCE 52
 
 // Panel controls and the companions of panel controls (id + 10000) lie in these ranges.

@@ -15,6 +15,7 @@
 #include "window/paths.h"
 #include "window/plugin_state.h"
 #include "window/plugin_window.h"
+#include "window/slider_menu.h"
 #include "window/source_opening.h"
 
 namespace kfx {
@@ -113,6 +114,7 @@ constexpr CommandRow kCommands[] = {
     {.id = IDM_DOCUMENT_SAVE, .run = SaveDocument},
     {.id = IDM_DOCUMENT_SAVE_AS, .run = SaveDocumentAs},
     {.id = IDM_BUILD_PLAIN, .run = BuildPlain},
+    {.id = IDM_SLIDER_DEFAULT, .run = OnSliderDefault, .evenWhileBuilding = true},
     {.id = IDC_EFFECT, .notification = CBN_CLOSEUP, .run = OnEffectChoice, .evenWhileBuilding = true},
     {.id = IDC_SELECT, .run = SelectSource},
     {.id = IDM_REOPEN_SOURCE, .run = ReopenSource},

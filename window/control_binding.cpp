@@ -27,6 +27,17 @@ void RestartUpdateTimer(HWND window) {
     SetTimer(window, kUpdateTimer, settings.updateDelay, nullptr);
 }
 
+// The visible slider under a point of the screen, or null. Group boxes lie over the sliders.
+HWND SliderAt(HWND window, POINT place) {
+    for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        RECT area;
+        if (KindOf(child) != BoundKind::Slider || !IsWindowVisible(child) || !GetWindowRect(child, &area))
+            continue;
+        if (PtInRect(&area, place)) return child;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 void OnControlChange(HWND window, HWND control, int id, int notification) {
@@ -71,6 +82,18 @@ void OnScroll(HWND window, HWND slider, int code, int trackedPosition) {
     SetScrollPos(slider, SB_CTL, moved, TRUE);
     PostMessageA(window, WM_COMMAND, static_cast<WPARAM>(GetDlgCtrlID(slider)),
                  reinterpret_cast<LPARAM>(slider));
+}
+
+bool OnWheel(HWND window, int delta, POINT place) {
+    static int rest = 0;  // fine wheels send parts of a notch
+    HWND slider = SliderAt(window, place);
+    if (!slider) slider = GetFocus();
+    if (KindOf(slider) != BoundKind::Slider || GetParent(slider) != window) return false;
+    if ((rest < 0) != (delta < 0)) rest = 0;
+    rest += delta;
+    for (; rest >= WHEEL_DELTA; rest -= WHEEL_DELTA) OnScroll(window, slider, SB_LINERIGHT, 0);
+    for (; rest <= -WHEEL_DELTA; rest += WHEEL_DELTA) OnScroll(window, slider, SB_LINELEFT, 0);
+    return true;
 }
 
 void OnUpdateTimer(HWND window) {

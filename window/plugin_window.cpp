@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "window/plugin_window.h"
 
+#include <windowsx.h>
+
 #include <atomic>
 #include <cstdio>
 
@@ -14,6 +16,7 @@
 #include "window/dialog_services.h"
 #include "window/effect_list.h"
 #include "window/file_dialogs.h"
+#include "window/input_filter.h"
 #include "window/logo.h"
 #include "window/output_options.h"
 #include "window/owner_drawn.h"
@@ -21,6 +24,7 @@
 #include "window/plugin_state.h"
 #include "window/preview.h"
 #include "window/push_buttons.h"
+#include "window/slider_menu.h"
 #include "window/source_opening.h"
 
 namespace kfx {
@@ -89,6 +93,7 @@ void OnInitDialog(HWND window, const HostContext* host) {
     if (!IsOpen(window)) return;
     RememberFileDialogSize(width, height);
     StartLogo(&windowLogo, window, IDC_LOGO);
+    StartInputFilter();
     SetWindowTextA(window, kPluginName);
     EnableDependentControls(window);
     CenterOnScreen(window);
@@ -146,6 +151,7 @@ void OnDestroy(HWND window) {
     NotifyCurrentEffect(window, EffectEvent::Leaving);
     FreeSourceAnimation();
     StopLogo(&windowLogo);
+    StopInputFilter();
     if (!plugin.configurationUnread) WriteConfiguration();
     KillTimer(window, kUpdateTimer);
     plugin.window = windowForOthers = nullptr;
@@ -175,6 +181,13 @@ INT_PTR CALLBACK PluginWindowProcedure(HWND window, UINT message, WPARAM word, L
         case WM_HSCROLL:
         case WM_VSCROLL:
             OnScrollMessage(window, word, data);
+            return TRUE;
+        case WM_MOUSEWHEEL:
+            return OnWheel(window, GET_WHEEL_DELTA_WPARAM(word), {GET_X_LPARAM(data), GET_Y_LPARAM(data)});
+        case WM_CONTEXTMENU:
+            return OnContextMenu(window, reinterpret_cast<HWND>(word), data);
+        case WM_HELP:
+            OnCommand(window, IDC_HELP_BUTTON, BN_CLICKED, nullptr);
             return TRUE;
         case WM_TIMER:
             if (word == kUpdateTimer) OnUpdateTimer(window);

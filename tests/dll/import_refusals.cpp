@@ -146,13 +146,17 @@ const std::vector<Section>& RefusalSections() {
                          {.function = "SetWindowLongPtrA"},
                          {.function = "SetWindowPos"},
                          {.function = "SetWindowTextA"},
+                         {.function = "SetWindowsHookExA"},
                          {.function = "TrackPopupMenu"},
+                         // a hook that stays would call into the library after it has gone
+                         {.function = "UnhookWindowsHookEx", .worksFirst = true, .alone = true},
                      }},
             };
     return sections;
 }
 
 const std::set<std::string> kCannotFail = {
+    "CallNextHookEx",
     "CallWindowProcA",
     "CoTaskMemFree",
     "CommDlgExtendedError",
@@ -179,6 +183,7 @@ const std::set<std::string> kCannotFail = {
     "IsWindowVisible",
     "LeaveCriticalSection",
     "OffsetRect",
+    "PtInRect",
     "RemovePropA",
     "SendMessageA",
     "SetScrollPos",

@@ -64,6 +64,9 @@ void UseWindow(PluginSession& session) {
     session.Choose(IDC_EFFECT, kHsbAndChannels);
     session.Choose(IDC_EFFECT, kEmboss);
     session.Scroll(IDC_EMBOSS_RADIUS, SB_LINERIGHT);
+    SendMessageA(session.Window(), WM_MOUSEWHEEL, MAKEWPARAM(0, WHEEL_DELTA), 0);
+    SendMessageA(session.Window(), WM_CONTEXTMENU,
+                 reinterpret_cast<WPARAM>(session.Control(IDC_EMBOSS_RADIUS)), -1);
     session.Command(IDC_BACKGROUND_COLOR);
     session.DrawPreview(31, 23);
     Toggle(session, IDC_DITHER);
