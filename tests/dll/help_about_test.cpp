@@ -8,6 +8,7 @@
 #include "resources/resource_ids.h"
 #include "tests/dll/support/window_reading.h"
 #include "tests/dll/support/window_test.h"
+#include "tests/support/wait_for.h"
 
 namespace kfx::test {
 namespace {
@@ -164,6 +165,40 @@ TEST(PushButtons, Show_in_each_look_their_text_and_every_state) {
     EXPECT_NE(looks[0], looks[2]);
     EXPECT_EQ(looks[3], looks[0]) << "above 3 is like 1";
     EXPECT_EQ(looks[4], looks[0]);
+}
+
+TEST(PushButtons, Show_in_each_look_the_default_and_the_one_under_the_pointer) {
+    for (const uint32_t style : {1u, 2u, 3u}) {
+        FakeHost host;
+        host.context.buttonStyle = style;
+        PluginSession session(host);
+        const std::vector<COLORREF> normal = DrawButton(session, IDC_CANCEL, 0);
+        const std::vector<COLORREF> hot = DrawButton(session, IDC_CANCEL, ODS_HOTLIGHT);
+        EXPECT_NE(normal, hot) << style;
+        RECT area = {};
+        GetWindowRect(session.Control(IDC_CANCEL), &area);
+        SetCursorPos((area.left + area.right) / 2, (area.top + area.bottom) / 2);
+        EXPECT_TRUE(WaitFor([&] { return DrawButton(session, IDC_CANCEL, 0) == hot; })) << style;
+        SetCursorPos(area.left - 3, area.top - 3);
+        EXPECT_TRUE(WaitFor([&] { return DrawButton(session, IDC_CANCEL, 0) == normal; })) << style;
+        SendMessageA(session.Control(IDC_CANCEL), BM_SETSTYLE, BS_DEFPUSHBUTTON, TRUE);
+        EXPECT_NE(DrawButton(session, IDC_CANCEL, 0), normal) << style;
+    }
+}
+
+TEST(PushButtons, Look_1_is_not_the_systems_button) {
+    FakeHost host;
+    host.context.buttonStyle = 1;
+    PluginSession session(host);
+    const std::vector<COLORREF> classic = Draw(90, 26, [&](HDC dc) {
+        RECT area = {0, 0, 90, 26};
+        FillRect(dc, &area, GetSysColorBrush(COLOR_BTNFACE));
+        DrawEdge(dc, &area, EDGE_RAISED, BF_RECT);
+    });
+    const std::vector<COLORREF> button = DrawButton(session, IDC_CANCEL, 0);
+    size_t differing = 0;
+    for (size_t i = 0; i < button.size(); ++i) differing += button[i] != classic[i];
+    EXPECT_GT(differing, button.size() / 2);
 }
 
 }  // namespace

@@ -147,6 +147,8 @@ const std::vector<Section>& RefusalSections() {
                          {.function = "SetWindowPos"},
                          {.function = "SetWindowTextA"},
                          {.function = "SetWindowsHookExA"},
+                         {.function = "SystemParametersInfoA"},
+                         {.function = "TrackMouseEvent", .firstCalls = kFirstDrawings},
                          {.function = "TrackPopupMenu"},
                          // a hook that stays would call into the library after it has gone
                          {.function = "UnhookWindowsHookEx", .worksFirst = true, .alone = true},

@@ -67,6 +67,8 @@ void UseWindow(PluginSession& session) {
     SendMessageA(session.Window(), WM_MOUSEWHEEL, MAKEWPARAM(0, WHEEL_DELTA), 0);
     SendMessageA(session.Window(), WM_CONTEXTMENU,
                  reinterpret_cast<WPARAM>(session.Control(IDC_EMBOSS_RADIUS)), -1);
+    SendMessageA(session.Control(IDC_CANCEL), WM_MOUSEMOVE, 0, 0);
+    SendMessageA(session.Control(IDC_CANCEL), WM_MOUSELEAVE, 0, 0);
     session.Command(IDC_BACKGROUND_COLOR);
     session.DrawPreview(31, 23);
     Toggle(session, IDC_DITHER);
