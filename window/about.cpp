@@ -32,6 +32,7 @@ void OnInitAbout(HWND box, HFONT titleFont) {
     std::snprintf(text, sizeof text, "Version %d.%d%c (revision %d)\n\n%s", KFX_VERSION_MAJOR,
                   KFX_VERSION_MINOR, KFX_VERSION_LETTER[0], KFX_REVISION, LoadText(IDS_ABOUT_TEXT));
     SetDlgItemTextA(box, IDC_ABOUT_TEXT, text);
+    MakeRoomForText(box, IDC_ABOUT_TEXT);
     StartLogo(&aboutLogo, box, IDC_ABOUT_LOGO);
     CenterOnScreen(box);
 }

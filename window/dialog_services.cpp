@@ -8,6 +8,7 @@
 #include "host/floating_point_state.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
+#include "window/guards.h"
 #include "window/plugin_state.h"
 #include "window/push_buttons.h"
 
@@ -27,6 +28,7 @@ void OnInitMessageBox(HWND box, const char* text) {
     ReplacePlaceholders(box);
     SetDlgItemTextA(box, IDC_MESSAGE_TEXT, text);
     for (const int button : kMessageButtons) GiveButtonLook(box, button);
+    MakeRoomForText(box, IDC_MESSAGE_TEXT);
     FocusIfPresent(box, IDC_MESSAGE_OK);
     FocusIfPresent(box, IDC_MESSAGE_YES);
     CenterOnScreen(box);
@@ -74,6 +76,39 @@ BOOL CALLBACK ReplacePlaceholder(HWND control, LPARAM) {
     return TRUE;
 }
 
+// The height that the text of a static control takes when its lines are as wide as the control; 0: unknown.
+int HeightOfText(HWND control, int width) {
+    char text[2 * kTextBuffer] = "";
+    GetWindowTextA(control, text, sizeof text);
+    const HDC dc = GetDC(control);
+    if (!dc) return 0;
+    RECT lines = {0, 0, width, 0};
+    {
+        const SavedContext saved(dc);
+        SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0)));
+        DrawTextA(dc, text, -1, &lines, DT_CALCRECT | DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
+    }
+    ReleaseDC(control, dc);
+    return lines.bottom;
+}
+
+// Moves everything that begins at `from` or below, in the dialog's coordinates.
+void MoveControlsBelow(HWND dialog, int from, int by) {
+    for (HWND child = GetWindow(dialog, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+        RECT place;
+        if (!GetWindowRect(child, &place)) continue;
+        MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
+        if (place.top >= from)
+            SetWindowPos(child, nullptr, place.left, place.top + by, 0, 0,
+                         SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+}
+
+void MakeHigher(HWND window, const RECT& size, int by) {
+    SetWindowPos(window, nullptr, 0, 0, size.right - size.left, size.bottom - size.top + by,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 BOOL CALLBACK SetTextFont(HWND control, LPARAM) {
     SendMessageA(control, WM_SETFONT, reinterpret_cast<WPARAM>(plugin.textFont), FALSE);
     return TRUE;
@@ -104,6 +139,20 @@ HFONT MakeFont(const char* face, int height, int weight, DWORD family) {
 
 void SetDialogFonts(HWND dialog) {
     if (plugin.textFont) EnumChildWindows(dialog, SetTextFont, 0);
+}
+
+void MakeRoomForText(HWND dialog, int text) {
+    const HWND control = GetDlgItem(dialog, text);
+    RECT place, box;
+    if (!control || !GetWindowRect(control, &place) || !GetWindowRect(dialog, &box)) return;
+    const int missing =
+        HeightOfText(control, place.right - place.left) - static_cast<int>(place.bottom - place.top);
+    if (missing <= 0) return;
+    RECT inside = place;
+    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&inside), 2);
+    MoveControlsBelow(dialog, inside.bottom, missing);
+    MakeHigher(control, place, missing);
+    MakeHigher(dialog, box, missing);
 }
 
 void MoveFocus(HWND dialog, int control) {

@@ -29,6 +29,10 @@ HFONT MakeFont(const char* face, int height, int weight = FW_DONTCARE, DWORD fam
 // Gives every control of the dialog the plug-in's text font, when there is one.
 void SetDialogFonts(HWND dialog);
 
+// Makes a dialog as much higher as the static text in it needs to show its last line. What stands below the
+// text moves down. A text that fits changes nothing.
+void MakeRoomForText(HWND dialog, int text);
+
 // Gives the control the focus as the Tab key would: a push button becomes what Enter presses, too.
 void MoveFocus(HWND dialog, int control);
 

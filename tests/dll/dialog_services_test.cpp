@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -108,6 +109,65 @@ TEST_F(DialogServices, A_message_stands_in_the_middle_of_the_screen) {
     GetWindowRect(box.window, &place);
     EXPECT_EQ(place.left, (GetSystemMetrics(SM_CXSCREEN) - (place.right - place.left)) / 2);
     EXPECT_EQ(place.top, (GetSystemMetrics(SM_CYSCREEN) - (place.bottom - place.top)) / 2);
+}
+
+RECT PlaceOf(HWND window) {
+    RECT place = {};
+    GetWindowRect(window, &place);
+    return place;
+}
+
+// The height that the control's text takes in its font.
+LONG HeightOfText(HWND control) {
+    const HDC dc = GetDC(control);
+    const HGDIOBJ before = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0)));
+    const std::string text = TextOf(control);
+    RECT area = {0, 0, PlaceOf(control).right - PlaceOf(control).left, 0};
+    DrawTextA(dc, text.c_str(), -1, &area, DT_CALCRECT | DT_WORDBREAK | DT_NOPREFIX);
+    SelectObject(dc, before);
+    ReleaseDC(control, dc);
+    return area.bottom;
+}
+
+std::string WordsOf(size_t characters) {
+    std::string words;
+    while (words.size() < characters) words += "lengthy words ";
+    return words.substr(0, characters);
+}
+
+// The string table holds texts of up to 1023 characters.
+TEST_F(DialogServices, A_box_is_as_high_as_its_text_needs_in_any_font) {
+    for (const int fontHeight : {0, 14, 30}) {
+        plugin.textFont = fontHeight ? MakeFont("Arial", fontHeight) : nullptr;
+        for (int (*const show)(HWND, const char*) : {ShowMessage, AskYesNo, AskYesNoCancel}) {
+            const std::string words = WordsOf(1023);
+            OpenBox box(show, words.c_str());
+            ASSERT_TRUE(box.window);
+            const HWND text = GetDlgItem(box.window, IDC_MESSAGE_TEXT);
+            const RECT place = PlaceOf(text), whole = PlaceOf(box.window);
+            EXPECT_GE(place.bottom - place.top, HeightOfText(text)) << fontHeight;
+            for (const int id : {IDC_MESSAGE_OK, IDC_MESSAGE_YES, IDC_MESSAGE_NO, IDC_MESSAGE_CANCEL}) {
+                const HWND button = GetDlgItem(box.window, id);
+                if (!button) continue;
+                EXPECT_GE(PlaceOf(button).top, place.bottom) << id;
+                EXPECT_LT(PlaceOf(button).bottom, whole.bottom) << id;
+            }
+            EXPECT_EQ(whole.top, (GetSystemMetrics(SM_CYSCREEN) - (whole.bottom - whole.top)) / 2);
+        }
+        if (plugin.textFont) DeleteObject(plugin.textFont);
+        plugin.textFont = nullptr;
+    }
+}
+
+TEST_F(DialogServices, Texts_that_fit_stand_in_boxes_of_one_size) {
+    OpenBox brief(ShowMessage, "Brief");
+    const RECT first = PlaceOf(brief.window), text = PlaceOf(GetDlgItem(brief.window, IDC_MESSAGE_TEXT));
+    RECT units = {0, 0, 196, 64};
+    MapDialogRect(brief.window, &units);
+    EXPECT_EQ(text.bottom - text.top, units.bottom);
+    brief.Answer(IDC_MESSAGE_OK);
+    OpenBox longer(ShowMessage, "A text\nof three\nlines");
+    EXPECT_TRUE(EqualRect(&first, std::array{PlaceOf(longer.window)}.data()));
 }
 
 TEST_F(DialogServices, A_missing_text_says_that_the_table_is_damaged) {
