@@ -71,7 +71,7 @@ INT_PTR OnColorAboutStatic(HDC dc) {
 }
 
 INT_PTR CALLBACK AboutProcedure(HWND box, UINT message, WPARAM word, LPARAM data) {
-    if (OnLogoTick(aboutLogo, word)) return TRUE;
+    if (OnLogoTick(&aboutLogo, word)) return TRUE;
     switch (message) {
         case WM_INITDIALOG:
             OnInitAbout(box, reinterpret_cast<HFONT>(data));

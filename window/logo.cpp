@@ -14,6 +14,8 @@ namespace {
 
 constexpr UINT kLogoPeriod = 60;  // milliseconds
 
+constexpr int kRemoteTicks = 8;  // from one frame to the next where each travels over a network
+
 // What resources/make_logo.py writes: this header, `colors` blue-green-red-zero entries, then the frames one
 // after another, each `height` rows of one byte a pixel, bottom-up, padded to 4 bytes.
 struct LogoHeader {
@@ -59,6 +61,11 @@ RECT VisiblePart(const LogoHeader& header, int width, int height) {
     return {left, bottom, left + seenWidth, bottom + seenHeight};
 }
 
+bool AreAnimationsOn() {
+    BOOL on = TRUE;
+    return !SystemParametersInfoA(SPI_GETCLIENTAREAANIMATION, 0, &on, 0) || on;
+}
+
 }  // namespace
 
 void StartLogo(Logo* logo, HWND dialog, int controlId) {
@@ -74,9 +81,12 @@ void StopLogo(Logo* logo) {
     *logo = {};
 }
 
-bool OnLogoTick(const Logo& logo, WPARAM word) {
-    if (!logo.control || word != kLogoTimer) return false;
-    InvalidateRect(logo.control, nullptr, FALSE);
+bool OnLogoTick(Logo* logo, WPARAM word) {
+    if (!logo->control || word != kLogoTimer) return false;
+    const int ticks = GetSystemMetrics(SM_REMOTESESSION) ? kRemoteTicks : 1;
+    if (++logo->ticks < ticks || !AreAnimationsOn()) return true;
+    logo->ticks = 0;
+    InvalidateRect(logo->control, nullptr, FALSE);
     return true;
 }
 

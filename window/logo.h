@@ -12,6 +12,7 @@ constexpr UINT_PTR kLogoTimer = 99;
 struct Logo {
     HWND control;
     int frame;
+    int ticks;  // since the last repaint
 };
 
 // Starts the logo in a control of the dialog. The frames stay in the module: nothing is allocated but the
@@ -22,8 +23,9 @@ void StartLogo(Logo* logo, HWND dialog, int controlId);
 void StopLogo(Logo* logo);
 
 // While the logo runs, every message whose word parameter is the timer's number is a tick, whatever the
-// message: the logo is repainted, and true says that the message goes no further.
-bool OnLogoTick(const Logo& logo, WPARAM word);
+// message, and true says that it goes no further. The logo is repainted: at each tick, over a remote desktop
+// at some of them, and not at all where the user has switched animations off.
+bool OnLogoTick(Logo* logo, WPARAM word);
 
 // Draws the current frame and steps to the next.
 void DrawLogo(Logo* logo, const DRAWITEMSTRUCT& item);

@@ -165,7 +165,7 @@ INT_PTR OnGetFont(HWND window) {
 }
 
 INT_PTR CALLBACK PluginWindowProcedure(HWND window, UINT message, WPARAM word, LPARAM data) {
-    if (OnLogoTick(windowLogo, word)) return TRUE;
+    if (OnLogoTick(&windowLogo, word)) return TRUE;
     switch (message) {
         case WM_INITDIALOG:
             OnInitDialog(window, reinterpret_cast<const HostContext*>(data));
