@@ -79,6 +79,7 @@
 #define IDS_GROUP_OUTPUT 21
 #define IDS_GROUP_EFFECT 22
 #define IDS_MESSAGE_TITLE 23
+#define IDS_EFFECT_SENTENCES 1700  // by the number of the panel, from the first on
 
 // Data. The palettes' resources have names: "PALETTE216", "PALETTE256G".
 #define IDR_LOGO_FRAMES 9001

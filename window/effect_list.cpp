@@ -6,6 +6,7 @@
 #include "documents/control_kinds.h"
 #include "effects/effect_table.h"
 #include "resources/resource_ids.h"
+#include "window/effect_sentence.h"
 #include "window/plugin_state.h"
 #include "window/preview.h"
 
@@ -48,6 +49,7 @@ void ShowPanel(HWND window, uint32_t effect) {
     ForEachPanelControl(window, [=](HWND child, int id) {
         if (Contains(controls, id)) ShowWindow(child, SW_SHOWNA);
     });
+    RepaintEffectSentence(window);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "window/control_binding.h"
 #include "window/dialog_services.h"
 #include "window/effect_list.h"
+#include "window/effect_sentence.h"
 #include "window/file_dialogs.h"
 #include "window/input_filter.h"
 #include "window/logo.h"
@@ -141,6 +142,13 @@ void OnDrawItem(HWND window, const DRAWITEMSTRUCT& item) {
     }
 }
 
+void OnPaint(HWND window) {
+    PAINTSTRUCT paint;
+    if (!BeginPaint(window, &paint)) return;
+    DrawEffectSentence(window, paint.hdc);
+    EndPaint(window, &paint);
+}
+
 void OnScrollMessage(HWND window, WPARAM word, LPARAM data) {
     // The window has no scroll bars of its own.
     if (data) OnScroll(window, reinterpret_cast<HWND>(data), LOWORD(word), HIWORD(word));
@@ -191,6 +199,9 @@ INT_PTR CALLBACK PluginWindowProcedure(HWND window, UINT message, WPARAM word, L
             return TRUE;
         case WM_TIMER:
             if (word == kUpdateTimer) OnUpdateTimer(window);
+            return TRUE;
+        case WM_PAINT:
+            OnPaint(window);
             return TRUE;
         case WM_DRAWITEM:
             OnDrawItem(window, *reinterpret_cast<const DRAWITEMSTRUCT*>(data));

@@ -9,6 +9,7 @@
 #include "resources/resource_ids.h"
 #include "tests/dll/support/window_reading.h"
 #include "tests/dll/support/window_test.h"
+#include "tests/support/wait_for.h"
 
 namespace kfx::test {
 namespace {
@@ -222,6 +223,32 @@ TEST_F(EffectList, No_selection_counts_as_the_first_row) {
     EXPECT_EQ(ShownPanelControls(session.Window()), IdsAt(0));
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), testing::HasSubstr("MainEffect = 0\r\n"));
+}
+
+// How many pixels on the screen are not the window's own grey below the panel's controls.
+int MarksBelowPanel(const PluginSession& session, int lastControl) {
+    const HWND window = session.Window();
+    RECT room = {80, 216, 286, 312};
+    MapDialogRect(window, &room);
+    if (lastControl) room.top = PlaceIn(window, session.Control(lastControl)).bottom + 2;
+    const HDC dc = GetDC(window);
+    int marks = 0;
+    for (int y = room.top; y < room.bottom; ++y)
+        for (int x = room.left; x < room.right; ++x)
+            marks += GetPixel(dc, x, y) != GetSysColor(COLOR_BTNFACE);
+    ReleaseDC(window, dc);
+    return marks;
+}
+
+// A sentence says what the effect does.
+TEST_F(Panels, A_small_panel_leaves_room_for_a_sentence_and_a_full_one_for_none) {
+    constexpr int kBump = 0, kEmboss = 1, kRipple = 15;
+    session.Choose(IDC_EFFECT, kBump);
+    EXPECT_TRUE(WaitFor([&] { return MarksBelowPanel(session, 0) > 100; })) << "Bump";
+    session.Choose(IDC_EFFECT, kRipple);
+    EXPECT_TRUE(WaitFor([&] { return MarksBelowPanel(session, IDC_RIPPLE_DISSIPATE) == 0; })) << "Ripple";
+    session.Choose(IDC_EFFECT, kEmboss);
+    EXPECT_TRUE(WaitFor([&] { return MarksBelowPanel(session, IDC_EMBOSS_DEPTH) > 100; })) << "Emboss";
 }
 
 }  // namespace

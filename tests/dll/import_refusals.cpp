@@ -106,6 +106,7 @@ const std::vector<Section>& RefusalSections() {
                  .refusals =
                      {
                          {.function = "AppendMenuA"},
+                         {.function = "BeginPaint"},
                          {.function = "CheckDlgButton"},
                          {.function = "CreateDialogParamA", .alone = true},
                          {.function = "CreatePopupMenu"},
@@ -133,6 +134,7 @@ const std::vector<Section>& RefusalSections() {
                          {.function = "GetWindowTextA"},
                          {.function = "GetWindowThreadProcessId"},
                          {.function = "KillTimer"},
+                         {.function = "MapDialogRect"},
                          {.function = "MapWindowPoints"},
                          {.function = "PostMessageA", .alone = true},
                          {.function = "SendDlgItemMessageA"},
@@ -168,6 +170,7 @@ const std::set<std::string> kCannotFail = {
     "DeleteObject",
     "DestroyMenu",
     "EnableWindow",
+    "EndPaint",
     "EnterCriticalSection",
     "GetCurrentThreadId",
     "GetKeyState",
