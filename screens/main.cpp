@@ -13,6 +13,7 @@
 
 #include "commands/host_session.h"
 #include "driven/plugin_run.h"
+#include "host/host_records.h"
 #include "media/sample_animation.h"
 #include "screens/sheet.h"
 #include "screens/window_pictures.h"
