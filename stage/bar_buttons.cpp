@@ -9,6 +9,7 @@
 #include "commands/text_windows.h"
 #include "stage/bar_icons.h"
 #include "stage/command_table.h"
+#include "stage/drawing_parts.h"
 #include "stage/stage.h"
 
 namespace kfx::stage {
@@ -113,10 +114,6 @@ const BarButton* ButtonOf(int id) {
     const auto* found = std::find_if(std::begin(kButtons), std::end(kButtons),
                                      [id](const BarButton& button) { return button.command == id; });
     return found == std::end(kButtons) ? nullptr : found;
-}
-
-void Fill(HDC target, const RECT& area, int systemColor) {
-    FillRect(target, &area, GetSysColorBrush(systemColor));
 }
 
 void GiveTooltip(const Stage& stage, HWND button, const std::string& text, const CommandRow& row) {

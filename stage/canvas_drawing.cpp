@@ -6,6 +6,7 @@
 
 #include "commands/text_windows.h"
 #include "stage/canvas.h"
+#include "stage/drawing_parts.h"
 #include "stage/picture_drawing.h"
 #include "stage/stage.h"
 
@@ -17,10 +18,6 @@ namespace {
 
 // Device-independent pixels.
 constexpr int kSquare = 8, kLabelMargin = 8, kLabelPadding = 6, kLineWidth = 2, kHandle = 10;
-
-void Fill(HDC target, const RECT& area, int systemColor) {
-    FillRect(target, &area, GetSysColorBrush(systemColor));
-}
 
 // The moment is the same in both; the frames may have other times.
 void DrawFilm(const Stage& stage, HDC target, const Film& film, size_t frame, const RECT& pane,
@@ -130,7 +127,6 @@ void DrawCanvas(const Stage& stage, HDC target, const RECT& client) {
 
 }  // namespace
 
-// The squares are the usual ones, whatever the system's colours: they stand for "nothing here".
 PictureGround GroundOf(const Stage& stage) {
     const int square = Scaled(stage, kSquare);
     switch (stage.view.ground) {
@@ -143,7 +139,7 @@ PictureGround GroundOf(const Stage& stage) {
         case Ground::Checkered:
             break;
     }
-    return {RGB(238, 238, 238), RGB(204, 204, 204), square};
+    return ChequeredGround(square);
 }
 
 void PaintCanvas(const Stage& stage, HWND canvas) {

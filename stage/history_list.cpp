@@ -3,6 +3,7 @@
 
 #include "commands/text_windows.h"
 #include "stage/controls.h"
+#include "stage/drawing_parts.h"
 #include "stage/picture_drawing.h"
 #include "stage/stage.h"
 
@@ -13,15 +14,7 @@ using namespace commands;
 namespace {
 
 constexpr int kRowMargin = 6;  // device-independent pixels
-
-void DrawLine(HDC target, RECT area, const std::string& text, HFONT font, int color, UINT format) {
-    const std::wstring wide = Widen(text);
-    const HGDIOBJ before = SelectObject(target, font);
-    SetTextColor(target, GetSysColor(color));
-    SetBkMode(target, TRANSPARENT);
-    DrawTextW(target, wide.c_str(), -1, &area, format | DT_NOPREFIX);
-    SelectObject(target, before);
-}
+constexpr int kSquare = 4;     // behind transparent parts of a thumbnail, pixels
 
 void DrawThumbnail(HDC target, const RECT& area, const Thumbnail& thumbnail) {
     if (thumbnail.rgba.empty()) return;
@@ -31,8 +24,7 @@ void DrawThumbnail(HDC target, const RECT& area, const Thumbnail& thumbnail) {
                         wide ? MulDiv(room.cx, thumbnail.size.cy, thumbnail.size.cx) : room.cy};
     const LONG left = area.left + (room.cx - shown.cx) / 2, top = area.top + (room.cy - shown.cy) / 2;
     const RECT place = {left, top, left + shown.cx, top + shown.cy};
-    const PictureGround ground = {RGB(238, 238, 238), RGB(204, 204, 204), 4};
-    DrawPicture(target, place, place, thumbnail.rgba.data(), thumbnail.size, ground);
+    DrawPicture(target, place, place, thumbnail.rgba.data(), thumbnail.size, ChequeredGround(kSquare));
 }
 
 std::wstring RowText(const Step& step) {

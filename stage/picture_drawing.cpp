@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "stage/drawing_parts.h"
+
 namespace kfx::stage {
 namespace {
 
@@ -69,6 +71,11 @@ int SideOf(LONG from, LONG to) { return static_cast<int>(to - from); }
 
 }  // namespace
 
+PictureGround ChequeredGround(int square) {
+    const auto grey = [](int value) { return RGB(value, value, value); };
+    return {grey(kChequerGreys[0]), grey(kChequerGreys[1]), square};
+}
+
 void DrawPicture(HDC target, const RECT& place, const RECT& visible, const uint8_t* rgba, SIZE picture,
                  const PictureGround& ground) {
     RECT part;
@@ -90,7 +97,7 @@ void DrawPicture(HDC target, const RECT& place, const RECT& visible, const uint8
         for (int x = 0; x < width; ++x) {
             const Mean mean =
                 MeanOf(rgba, picture.cx, columns[static_cast<size_t>(x)], rows[static_cast<size_t>(y)]);
-            const bool odd = ((left + x) / square + (top + y) / square) % 2 != 0;
+            const bool odd = IsOddSquare(left + x, top + y, square);
             *pixel++ = PixelOf(mean, odd ? ground.odd : ground.even);
         }
     }

@@ -16,6 +16,9 @@ struct PictureGround {
     int square;  // pixels of the screen
 };
 
+// The usual squares.
+PictureGround ChequeredGround(int square);
+
 // Draws the part of the picture that lies in `visible`; the whole of it would fill `place`. `rgba` has
 // 4 * width * height bytes, top row first. Larger pictures show their pixels as squares; in smaller ones each
 // pixel is the mean of at most nine that it stands for, so that the time depends on the screen only.

@@ -13,6 +13,7 @@
 #include "stage/plugin_host.h"
 #include "stage/plugin_opening.h"
 #include "stage/plugin_source.h"
+#include "stage/session_progress.h"
 #include "stage/stage.h"
 #include "stage/stage_messages.h"
 #include "stage/steps.h"
@@ -49,13 +50,7 @@ bool ShowHelpDocument(HostSession* session, const std::string& reference) {
 
 void ShowBuildProgress(HostSession* session) {
     PluginOpening* opening = OpeningOf(session);
-    std::string text;
-    {
-        const std::lock_guard<std::mutex> lock(session->statusLock);
-        text = session->status;
-    }
-    NoteProgress(&opening->progress, opening->stageWindow, text, session->progressCurrent,
-                 session->progressTotal);
+    NoteSessionProgress(&opening->progress, opening->stageWindow, *session);
 }
 
 // The user has chosen another source in the plug-in's window.
@@ -128,21 +123,21 @@ void NoteTask(PluginOpening* opening, bool isTest, const FileObjectRecord* task)
                            : nullptr;
 }
 
-uint64_t AnswerUnlessStopped(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
+uint64_t AnswerPlugin(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
     PluginOpening* opening = answering;
     if (!opening) return 0;
     const InHost answers(opening);
     if (opening->crashed || opening->abandoned) return 0;
+    if (IsFrameAfterStop(opening->progress, request)) {
+        opening->refusing = true;
+        return 0;
+    }
     switch (static_cast<HostRequest>(request)) {
         case HostRequest::NewTask:
         case HostRequest::NewTestTask:
             NoteTask(opening, static_cast<HostRequest>(request) == HostRequest::NewTestTask,
                      reinterpret_cast<const FileObjectRecord*>(static_cast<uintptr_t>(pointer)));
             break;
-        case HostRequest::AddImage:
-            if (!opening->progress.stop) break;
-            opening->refusing = true;
-            return 0;
         case HostRequest::CloseTask: {
             const uint64_t closed = answer(context, request, word, pointer);
             opening->refusing = false;
@@ -178,7 +173,7 @@ void FillActions(PluginOpening* opening) {
 void StandBeforeAnswers(PluginOpening* opening) {
     answering = opening;
     answer = opening->session.context.callback;
-    opening->session.context.callback = AnswerUnlessStopped;
+    opening->session.context.callback = AnswerPlugin;
 }
 
 }  // namespace kfx::stage

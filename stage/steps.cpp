@@ -9,6 +9,7 @@
 #include "stage/plugin_host.h"
 #include "stage/plugin_opening.h"
 #include "stage/plugin_source.h"
+#include "stage/session_progress.h"
 #include "stage/stage.h"
 #include "stage/step_recipe.h"
 
@@ -41,20 +42,13 @@ struct Repeat {
 Work* repeating = nullptr;
 HostCallback answer = nullptr;
 
-uint64_t AnswerUnlessStopped(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
-    const bool stopped = repeating->progress.stop;
-    if (stopped && static_cast<HostRequest>(request) == HostRequest::AddImage) return 0;
+uint64_t AnswerEngine(uint64_t context, uint32_t request, uint64_t word, uint64_t pointer) {
+    if (IsFrameAfterStop(repeating->progress, request)) return 0;
     return answer(context, request, word, pointer);
 }
 
 void ShowRepeat(const HostSession& session) {
-    std::string text;
-    {
-        const std::lock_guard<std::mutex> lock(session.statusLock);
-        text = session.status;
-    }
-    NoteProgress(&repeating->progress, repeating->window, text, session.progressCurrent,
-                 session.progressTotal);
+    NoteSessionProgress(&repeating->progress, repeating->window, session);
 }
 
 // Why the step cannot be built again, for somebody who uses windows.
@@ -99,7 +93,7 @@ void BuildRepeat(Repeat* repeat) {
         return;
     }
     answer = session.context.callback;
-    session.context.callback = AnswerUnlessStopped;
+    session.context.callback = AnswerEngine;
     if (!kDirectEngine.build(engine.opened, job, false, &failure)) {
         repeat->error = failure.error;
         return;

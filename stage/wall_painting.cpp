@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "commands/text_windows.h"
 #include "media/contact_sheet.h"
+#include "stage/drawing_parts.h"
 #include "stage/wall_window.h"
 
 namespace kfx::stage {
@@ -17,22 +17,11 @@ constexpr int kChequer = 8;
 constexpr int kWhole = 256;  // of a picture that is drawn fully
 constexpr int kFaded = 90;   // of one that stands for another
 
-void Fill(HDC target, const RECT& area, int color) { FillRect(target, &area, GetSysColorBrush(color)); }
-
 void Outline(HDC target, RECT area, int color, int width) {
     for (int i = 0; i < width; ++i) {
         FrameRect(target, &area, GetSysColorBrush(color));
         InflateRect(&area, -1, -1);
     }
-}
-
-void DrawLine(HDC target, RECT area, const std::string& text, HFONT font, int color, UINT format) {
-    const std::wstring wide = commands::Widen(text);
-    const HGDIOBJ before = SelectObject(target, font);
-    SetBkMode(target, TRANSPARENT);
-    SetTextColor(target, GetSysColor(color));
-    DrawTextW(target, wide.c_str(), static_cast<int>(wide.size()), &area, format | DT_NOPREFIX);
-    SelectObject(target, before);
 }
 
 // The frame as the system draws bitmaps (blue, green, red, unused), over chequers where it is transparent,
@@ -45,7 +34,7 @@ std::vector<uint8_t> PixelsFor(const Animation& animation, size_t frame, int che
     size_t i = 0;
     for (int y = 0; y < animation.height; ++y) {
         for (int x = 0; x < animation.width; ++x, i += 4) {
-            const int ground = (x / chequer + y / chequer) % 2 ? 204 : 238;
+            const int ground = kChequerGreys[IsOddSquare(x, y, chequer) ? 1 : 0];
             const int alpha = from[i + 3];
             for (size_t c = 0; c < 3; ++c) {
                 const int color = (from[i + c] * alpha + ground * (255 - alpha) + 127) / 255;
