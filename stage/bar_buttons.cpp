@@ -8,6 +8,7 @@
 
 #include "commands/text_windows.h"
 #include "stage/bar_icons.h"
+#include "stage/child_windows.h"
 #include "stage/command_table.h"
 #include "stage/drawing_parts.h"
 #include "stage/stage.h"
@@ -71,16 +72,12 @@ constexpr int kSpeedWidth = 40;
 
 bool IsUpper(Place place) { return place == Place::UpperLeft || place == Place::UpperRight; }
 
-HWND WindowOf(const Stage& stage, const BarButton& button) {
-    return GetDlgItem(stage.window, button.command);
-}
-
 // What it shows: the speed is a button, too.
 std::string ShownText(const Stage& stage, const BarButton& button) {
     return button.command == kUsualSpeed ? SpeedText(stage.playback.speed) : button.text;
 }
 
-int WidthOf(const Stage& stage, const BarButton& button) {
+int MeasuredWidth(const Stage& stage, const BarButton& button) {
     if (button.command == kUsualSpeed) return Scaled(stage, kSpeedWidth);
     if (!*button.text) return Scaled(stage, kIconButton);
     const std::wstring text = Widen(button.text);
@@ -161,20 +158,28 @@ void MakeBarButtons(Stage* stage) {
                             stage->window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(button.command)),
                             GetModuleHandleW(nullptr), nullptr);
         SetWindowSubclass(window, ButtonProcedure, 0, reinterpret_cast<DWORD_PTR>(stage));
+        stage->controls.bars.push_back({.window = window});
     }
+}
+
+void MeasureBarButtons(Stage* stage) {
+    for (size_t i = 0; i < std::size(kButtons); ++i)
+        stage->controls.bars[i].width = MeasuredWidth(*stage, kButtons[i]);
 }
 
 void PlaceBarButtons(const Stage& stage, const RECT& upper, const RECT& lower, int* left, int* right) {
     int starts[4] = {static_cast<int>(upper.left), static_cast<int>(upper.right),
                      static_cast<int>(lower.left), static_cast<int>(lower.right)};
-    for (const BarButton& button : kButtons) {
+    for (size_t i = 0; i < std::size(kButtons); ++i) {
+        const BarButton& button = kButtons[i];
         const RECT& bar = IsUpper(button.place) ? upper : lower;
         const bool fromRight = button.place == Place::UpperRight || button.place == Place::LowerRight;
         int& start = starts[static_cast<int>(button.place)];
-        const int width = WidthOf(stage, button), gap = Scaled(stage, button.startsGroup ? kGroupGap : kGap);
+        const int width = stage.controls.bars[i].width,
+                  gap = Scaled(stage, button.startsGroup ? kGroupGap : kGap);
         start += fromRight ? -gap - width : gap;
-        SetWindowPos(WindowOf(stage, button), nullptr, start, bar.top, width, bar.bottom - bar.top,
-                     SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
+        PlaceChild(stage.controls.bars[i].window, {start, bar.top, start + width, bar.bottom},
+                   SWP_NOCOPYBITS);
         if (!fromRight) start += width;
     }
     *left = starts[static_cast<int>(Place::LowerLeft)];
@@ -183,27 +188,33 @@ void PlaceBarButtons(const Stage& stage, const RECT& upper, const RECT& lower, i
 
 int LeastBarWidth(const Stage& stage, int between) {
     int upper = 0, lower = between;
-    for (const BarButton& button : kButtons)
-        (IsUpper(button.place) ? upper : lower) +=
-            WidthOf(stage, button) + Scaled(stage, button.startsGroup ? kGroupGap : kGap);
+    for (size_t i = 0; i < std::size(kButtons); ++i)
+        (IsUpper(kButtons[i].place) ? upper : lower) +=
+            stage.controls.bars[i].width + Scaled(stage, kButtons[i].startsGroup ? kGroupGap : kGap);
     return std::max(upper + Scaled(stage, kGroupGap), lower);
 }
 
 void UpdateBarButtons(Stage* stage) {
-    for (const BarButton& button : kButtons) {
+    for (size_t i = 0; i < std::size(kButtons); ++i) {
+        const BarButton& button = kButtons[i];
+        BarButtonState& state = stage->controls.bars[i];
         const CommandRow* row = FindCommand(button.command);
-        const HWND window = WindowOf(*stage, button);
-        const bool possible = IsPossible(*stage, *row);
-        if (!possible && GetFocus() == window) FocusPicture(*stage);
-        EnableWindow(window, possible);
-        if (button.onlyWhenPossible) ShowWindow(window, possible ? SW_SHOWNA : SW_HIDE);
-        InvalidateRect(window, nullptr, FALSE);
+        const bool isPressed =
+            button.command == kPlay ? stage->playback.playing : row->isChecked && row->isChecked(*stage);
+        const ButtonLook look = {IsPossible(*stage, *row), isPressed,
+                                 button.command == kUsualSpeed ? stage->playback.speed : 0};
+        if (state.look != look) {
+            if (!look.isPossible && GetFocus() == state.window) FocusPicture(*stage);
+            EnableChild(state.window, look.isPossible);
+            if (button.onlyWhenPossible) ShowChild(state.window, look.isPossible);
+            InvalidateRect(state.window, nullptr, FALSE);
+            state.look = look;
+        }
         const std::wstring text = Widen(PlainTextOf(*stage, *row));
-        wchar_t now[256] = L"";
-        GetWindowTextW(window, now, 256);
-        if (text == now) continue;
-        SetWindowTextW(window, text.c_str());
-        GiveTooltip(*stage, window, Narrow(text), *row);
+        if (text == state.text) continue;
+        state.text = text;
+        SetWindowTextW(state.window, text.c_str());
+        GiveTooltip(*stage, state.window, Narrow(text), *row);
     }
 }
 

@@ -11,6 +11,9 @@ struct Stage;
 // Makes them; their text, which screen readers read, is that of their command.
 void MakeBarButtons(Stage* stage);
 
+// Measures their texts; after the font has changed.
+void MeasureBarButtons(Stage* stage);
+
 // Puts them into the bars. `left` and `right` are what is left of the lower bar between its buttons.
 void PlaceBarButtons(const Stage& stage, const RECT& upper, const RECT& lower, int* left, int* right);
 

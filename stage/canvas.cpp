@@ -94,7 +94,7 @@ LRESULT CALLBACK CanvasProcedure(HWND window, UINT message, WPARAM word, LPARAM 
         case WM_ERASEBKGND:
             return 1;
         case WM_PAINT:
-            PaintCanvas(*stage, window);
+            PaintCanvas(stage, window);
             return 0;
         case WM_GETDLGCODE:
             return DLGC_WANTARROWS;
@@ -132,8 +132,8 @@ HWND MakeCanvas(Stage* stage) {
     canvasClass.hCursor = LoadCursorA(nullptr, IDC_ARROW);
     canvasClass.lpszClassName = kClassName;
     RegisterClassExW(&canvasClass);
-    return CreateWindowExW(0, kClassName, L"Picture", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0, 0,
-                           stage->window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kCanvas)),
+    return CreateWindowExW(0, kClassName, L"Picture", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0,
+                           0, stage->window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kCanvas)),
                            canvasClass.hInstance, nullptr);
 }
 

@@ -125,6 +125,26 @@ void DrawCanvas(const Stage& stage, HDC target, const RECT& client) {
     }
 }
 
+// The bitmap stays: a large one that is made for each frame waits for the threads that take and give back the
+// memory of animations at that time.
+HBITMAP BitmapForCanvas(Controls* controls, HDC screen, SIZE size) {
+    const SIZE kept = controls->canvasBitmapSize;
+    if (controls->canvasBitmap && kept.cx >= size.cx && kept.cy >= size.cy) return controls->canvasBitmap;
+    if (controls->canvasBitmap) DeleteObject(controls->canvasBitmap);
+    controls->canvasBitmapSize = {std::max({size.cx, kept.cx, LONG{1}}),
+                                  std::max({size.cy, kept.cy, LONG{1}})};
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = controls->canvasBitmapSize.cx;
+    info.bmiHeader.biHeight = -controls->canvasBitmapSize.cy;  // rows from the top
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* pixels = nullptr;
+    controls->canvasBitmap = CreateDIBSection(screen, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
+    if (!controls->canvasBitmap) controls->canvasBitmapSize = {};
+    return controls->canvasBitmap;
+}
+
 }  // namespace
 
 PictureGround GroundOf(const Stage& stage) {
@@ -142,24 +162,22 @@ PictureGround GroundOf(const Stage& stage) {
     return ChequeredGround(square);
 }
 
-void PaintCanvas(const Stage& stage, HWND canvas) {
+void PaintCanvas(Stage* stage, HWND canvas) {
     PAINTSTRUCT paint;
     const HDC screen = BeginPaint(canvas, &paint);
     RECT client;
     GetClientRect(canvas, &client);
-    const int width = std::max<int>(client.right, 1), height = std::max<int>(client.bottom, 1);
     const HDC target = CreateCompatibleDC(screen);
-    const HBITMAP bitmap = CreateCompatibleBitmap(screen, width, height);
+    const HBITMAP bitmap = BitmapForCanvas(&stage->controls, screen, {client.right, client.bottom});
     const HGDIOBJ before = SelectObject(target, bitmap);
-    DrawCanvas(stage, target, client);
+    DrawCanvas(*stage, target, client);
     if (GetFocus() == canvas) {
         SetTextColor(target, RGB(0, 0, 0));
         SetBkColor(target, RGB(255, 255, 255));
         DrawFocusRect(target, &client);
     }
-    BitBlt(screen, 0, 0, width, height, target, 0, 0, SRCCOPY);
+    BitBlt(screen, 0, 0, client.right, client.bottom, target, 0, 0, SRCCOPY);
     SelectObject(target, before);
-    DeleteObject(bitmap);
     DeleteDC(target);
     EndPaint(canvas, &paint);
 }

@@ -13,6 +13,6 @@ struct Stage;
 PictureGround GroundOf(const Stage& stage);
 
 // Answers the canvas's WM_PAINT. Everything is drawn off screen first: animations must not flicker.
-void PaintCanvas(const Stage& stage, HWND canvas);
+void PaintCanvas(Stage* stage, HWND canvas);
 
 }  // namespace kfx::stage

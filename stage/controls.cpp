@@ -9,6 +9,7 @@
 #include "commands/text_windows.h"
 #include "stage/bar_buttons.h"
 #include "stage/canvas.h"
+#include "stage/child_windows.h"
 #include "stage/command_table.h"
 #include "stage/control_names.h"
 #include "stage/plain_dialog.h"
@@ -52,11 +53,6 @@ Areas AreasOf(const Stage& stage) {
     return areas;
 }
 
-void Move(HWND window, const RECT& area) {
-    SetWindowPos(window, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
 HWND Make(Stage* stage, const wchar_t* className, const wchar_t* text, DWORD style, int id) {
     return CreateWindowExW(0, className, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0, stage->window,
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), GetModuleHandleW(nullptr),
@@ -75,20 +71,15 @@ std::string TitleOf(const Stage& stage) {
     return (HasUnsavedStep(stage.history) ? "*" : "") + name + " - " + title;
 }
 
-void SetText(HWND window, const std::string& text) {
-    const std::wstring wide = Widen(text);
-    wchar_t now[512] = L"";
-    GetWindowTextW(window, now, 512);
-    if (wide != now) SetWindowTextW(window, wide.c_str());
-}
+void SetText(HWND window, const std::string& text) { SetChildText(window, Widen(text)); }
 
 }  // namespace
 
 void MakeControls(Stage* stage) {
     Controls& controls = stage->controls;
     MakeBarButtons(stage);
-    controls.slider =
-        Make(stage, TRACKBAR_CLASSW, L"Frame", WS_TABSTOP | TBS_HORZ | TBS_NOTICKS, kFrameSlider);
+    controls.slider = Make(stage, TRACKBAR_CLASSW, L"Frame",
+                           WS_TABSTOP | TBS_HORZ | TBS_NOTICKS, kFrameSlider);
     controls.frameText = Make(stage, L"STATIC", L"", SS_CENTER | SS_NOPREFIX | SS_CENTERIMAGE, kFrameText);
     controls.canvas = MakeCanvas(stage);
     MakeWall(stage);
@@ -99,8 +90,8 @@ void MakeControls(Stage* stage) {
     controls.status =
         Make(stage, L"STATIC", L"", SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE | SS_ENDELLIPSIS, kStatusText);
     controls.progress = Make(stage, PROGRESS_CLASSW, L"Progress", 0, kStatusProgress);
-    Make(stage, L"BUTTON", L"Stop", WS_TABSTOP | BS_PUSHBUTTON, kStopWork);
-    Make(stage, L"BUTTON", L"Give up...", WS_TABSTOP | BS_PUSHBUTTON, kGiveUpPlugin);
+    controls.stop = Make(stage, L"BUTTON", L"Stop", WS_TABSTOP | BS_PUSHBUTTON, kStopWork);
+    controls.giveUp = Make(stage, L"BUTTON", L"Give up...", WS_TABSTOP | BS_PUSHBUTTON, kGiveUpPlugin);
     controls.tooltips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0,
                                         stage->window, nullptr, GetModuleHandleW(nullptr), nullptr);
     NameForReaders(controls.slider, L"Frame");
@@ -120,6 +111,7 @@ void MakeFonts(Stage* stage) {
         SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(stage->controls.font), TRUE);
     }
     SendMessageW(stage->controls.history, LB_SETITEMHEIGHT, 0, Scaled(*stage, kHistoryRow));
+    MeasureBarButtons(stage);
 }
 
 void PlaceControls(Stage* stage) {
@@ -130,30 +122,30 @@ void PlaceControls(Stage* stage) {
     const int margin = Scaled(*stage, kMargin);
     const int text = std::max(right - margin - Scaled(*stage, kFrameTextWidth), left);
     const int top = (areas.lower.top + areas.lower.bottom - Scaled(*stage, kSliderHeight)) / 2;
-    Move(controls.slider,
-         {left + margin, top, std::max(text, left + margin), top + Scaled(*stage, kSliderHeight)});
-    Move(controls.frameText, {text, areas.lower.top, right - margin, areas.lower.bottom});
-    Move(controls.canvas, areas.canvas);
+    PlaceChild(controls.slider,
+               {left + margin, top, std::max(text, left + margin), top + Scaled(*stage, kSliderHeight)});
+    PlaceChild(controls.frameText, {text, areas.lower.top, right - margin, areas.lower.bottom});
+    PlaceChild(controls.canvas, areas.canvas);
     UpdateWall(stage, areas.canvas);
     const bool hasSteps = areas.history.right > areas.history.left;
-    if (hasSteps) Move(controls.history, areas.history);
-    ShowWindow(controls.history, hasSteps ? SW_SHOWNA : SW_HIDE);
+    if (hasSteps) PlaceChild(controls.history, areas.history);
+    ShowChild(controls.history, hasSteps);
     RECT status = areas.status;
     RECT stop = status;
     stop.left = stop.right - Scaled(*stage, kStopWidth);
-    Move(GetDlgItem(stage->window, kStopWork), stop);
+    PlaceChild(controls.stop, stop);
     const int middle = (status.top + status.bottom - Scaled(*stage, kProgressHeight)) / 2;
     RECT bar = {stop.left - margin - Scaled(*stage, kProgressWidth), middle, stop.left - margin,
                 middle + Scaled(*stage, kProgressHeight)};
-    Move(controls.progress, bar);
+    PlaceChild(controls.progress, bar);
     RECT giveUp = status;
     giveUp.left = giveUp.right - Scaled(*stage, kGiveUpWidth);
-    Move(GetDlgItem(stage->window, kGiveUpPlugin), giveUp);
-    if (IsWindowVisible(controls.progress))
+    PlaceChild(controls.giveUp, giveUp);
+    if (IsChildShown(controls.progress))
         status.right = bar.left - margin;
-    else if (IsWindowVisible(GetDlgItem(stage->window, kGiveUpPlugin)))
+    else if (IsChildShown(controls.giveUp))
         status.right = giveUp.left - margin;
-    Move(controls.status, status);
+    PlaceChild(controls.status, status);
 }
 
 SIZE LeastWindowSize(const Stage& stage) {
@@ -189,11 +181,13 @@ void UpdateControls(Stage* stage) {
     UpdateHistoryList(*stage);
     const Film* film = ShownFilm(stage->history);
     const int frames = film ? static_cast<int>(film->frames.size()) : 0;
-    SendMessageW(stage->controls.slider, TBM_SETRANGEMIN, FALSE, 1);
-    SendMessageW(stage->controls.slider, TBM_SETRANGEMAX, TRUE, std::max(frames, 1));
-    EnableWindow(stage->controls.slider, frames > 1);
-    for (const int button : {kStopWork, kGiveUpPlugin})
-        EnableWindow(GetDlgItem(stage->window, button), IsPossible(*stage, *FindCommand(button)));
+    if (SendMessageW(stage->controls.slider, TBM_GETRANGEMAX, 0, 0) != std::max(frames, 1)) {
+        SendMessageW(stage->controls.slider, TBM_SETRANGEMIN, FALSE, 1);
+        SendMessageW(stage->controls.slider, TBM_SETRANGEMAX, TRUE, std::max(frames, 1));
+    }
+    EnableChild(stage->controls.slider, frames > 1);
+    EnableChild(stage->controls.stop, IsPossible(*stage, *FindCommand(kStopWork)));
+    EnableChild(stage->controls.giveUp, IsPossible(*stage, *FindCommand(kGiveUpPlugin)));
     SetText(stage->window, TitleOf(*stage));
     PlaceControls(stage);
     UpdatePosition(*stage);
@@ -215,8 +209,7 @@ void ShowStatus(Stage* stage, const std::string& text) {
 void ShowProgress(Stage* stage) {
     if (!IsWorking(*stage) && IsPluginSilent(*stage)) {
         SetText(stage->controls.status, "The plug-in does not answer.");
-        ShowWindow(GetDlgItem(stage->window, kGiveUpPlugin), SW_SHOWNA);
-        PlaceControls(stage);
+        if (ShowChild(stage->controls.giveUp, true)) PlaceControls(stage);
         return;
     }
     Progress* progress = IsWorking(*stage)      ? &stage->work.progress
@@ -238,25 +231,22 @@ void ShowProgress(Stage* stage) {
     SetText(stage->controls.status, text);
     SendMessageW(stage->controls.progress, PBM_SETRANGE32, 0, std::max(shown.total, 1));
     SendMessageW(stage->controls.progress, PBM_SETPOS, static_cast<WPARAM>(shown.done), 0);
-    if (!IsWindowVisible(stage->controls.progress)) {
-        const HWND stop = GetDlgItem(stage->window, kStopWork);
-        ShowWindow(stage->controls.progress, SW_SHOWNA);
-        ShowWindow(stop, SW_SHOWNA);
-        EnableWindow(stop, IsPossible(*stage, *FindCommand(kStopWork)));
+    if (ShowChild(stage->controls.progress, true)) {
+        ShowChild(stage->controls.stop, true);
+        EnableChild(stage->controls.stop, IsPossible(*stage, *FindCommand(kStopWork)));
         PlaceControls(stage);
     }
     ShowTaskbarProgress(stage->window, shown.done, shown.total);
 }
 
 void ClearProgress(Stage* stage) {
-    const HWND buttons[] = {GetDlgItem(stage->window, kStopWork), GetDlgItem(stage->window, kGiveUpPlugin)};
-    for (const HWND button : buttons) {
-        if (GetFocus() == button) FocusPicture(*stage);
-        ShowWindow(button, SW_HIDE);
+    const Controls& controls = stage->controls;
+    for (const HWND button : {controls.stop, controls.giveUp}) {
+        if (IsChildShown(button) && GetFocus() == button) FocusPicture(*stage);
+        ShowChild(button, false);
     }
-    ShowWindow(stage->controls.progress, SW_HIDE);
-    SetText(stage->controls.status, stage->controls.lasting);
-    ClearTaskbarProgress(stage->window);
+    if (ShowChild(controls.progress, false)) ClearTaskbarProgress(stage->window);
+    SetText(controls.status, controls.lasting);
     PlaceControls(stage);
 }
 

@@ -2,7 +2,9 @@
 // The controls round the canvas: two bars of buttons, the frame slider, the list of steps, the status line.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <windows.h>
 
@@ -10,16 +12,37 @@ namespace kfx::stage {
 
 struct Stage;
 
+// What a button of the bars shows beside its text.
+struct ButtonLook {
+    bool isPossible = false;
+    bool isChecked = false;  // of Play: whether it shows the sign for a pause
+    int speed = 0;           // of the one that shows it
+
+    bool operator==(const ButtonLook&) const = default;
+};
+
+struct BarButtonState {
+    HWND window = nullptr;
+    int width = 0;  // pixels
+    std::wstring text = {};
+    std::optional<ButtonLook> look = std::nullopt;  // as it was last brought up to date
+};
+
 struct Controls {
+    std::vector<BarButtonState> bars;  // the buttons of both
     HWND canvas = nullptr;
     HWND slider = nullptr;  // frames, counted from 1
     HWND frameText = nullptr;
     HWND status = nullptr;
     HWND progress = nullptr;
+    HWND stop = nullptr;  // both are shown when they are needed
+    HWND giveUp = nullptr;
     HWND history = nullptr;  // shown once there is a step
     HWND tooltips = nullptr;
-    HWND hotButton = nullptr;  // under the pointer
-    POINT dragged = {};        // where the pointer was while it moves the picture
+    HWND hotButton = nullptr;        // under the pointer
+    HBITMAP canvasBitmap = nullptr;  // the canvas is drawn on it first
+    SIZE canvasBitmapSize = {};
+    POINT dragged = {};  // where the pointer was while it moves the picture
     HFONT font = nullptr;
     HFONT boldFont = nullptr;
     std::string lasting;  // the status text while nothing is being done

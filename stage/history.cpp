@@ -103,13 +103,4 @@ uint64_t BytesOf(const History& history) {
     return bytes + BytesOf(films);
 }
 
-void ReleaseLater(std::vector<Step> steps) {
-    if (steps.empty()) return;
-    auto* kept = new std::vector<Step>(std::move(steps));
-    const auto release = [](PTP_CALLBACK_INSTANCE, void* pointer) {
-        delete static_cast<std::vector<Step>*>(pointer);
-    };
-    if (!TrySubmitThreadpoolCallback(release, kept, nullptr)) delete kept;
-}
-
 }  // namespace kfx::stage

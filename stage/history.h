@@ -83,7 +83,4 @@ bool HasUnsavedStep(const History& history);
 // Bytes of all steps and of a test: frames once each, and what is kept for saving.
 uint64_t BytesOf(const History& history);
 
-// Gives memory free on another thread: large animations take longer than a window may wait.
-void ReleaseLater(std::vector<Step> steps);
-
 }  // namespace kfx::stage

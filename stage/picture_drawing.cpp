@@ -9,6 +9,9 @@ namespace kfx::stage {
 namespace {
 
 constexpr int kMostSamples = 3;  // on each axis
+// Of the rows that are drawn at a time. Memory of this size comes from what the heap has at hand; larger
+// memory waits for the threads that take and give back that of animations.
+constexpr int kBandPixels = 16 * 1024;
 
 // Which of the picture's columns (or rows) a column of the screen shows.
 struct Samples {
@@ -84,25 +87,30 @@ void DrawPicture(HDC target, const RECT& place, const RECT& visible, const uint8
     BITMAPINFO info = {};
     info.bmiHeader.biSize = sizeof info.bmiHeader;
     info.bmiHeader.biWidth = width;
-    info.bmiHeader.biHeight = -height;  // rows from the top
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
     const int left = SideOf(place.left, part.left), top = SideOf(place.top, part.top);
     const auto columns = SamplesOf(left, left + width, SideOf(place.left, place.right), picture.cx);
     const auto rows = SamplesOf(top, top + height, SideOf(place.top, place.bottom), picture.cy);
-    std::vector<uint32_t> bits(static_cast<size_t>(width) * static_cast<size_t>(height));
+    const int bandRows = std::clamp(kBandPixels / width, 1, height);
+    std::vector<uint32_t> bits(static_cast<size_t>(width) * static_cast<size_t>(bandRows));
     const int square = std::max(ground.square, 1);
-    uint32_t* pixel = bits.data();
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            const Mean mean =
-                MeanOf(rgba, picture.cx, columns[static_cast<size_t>(x)], rows[static_cast<size_t>(y)]);
-            const bool odd = IsOddSquare(left + x, top + y, square);
-            *pixel++ = PixelOf(mean, odd ? ground.odd : ground.even);
+    for (int band = 0; band < height; band += bandRows) {
+        const int end = std::min(band + bandRows, height);
+        uint32_t* pixel = bits.data();
+        for (int y = band; y < end; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const Mean mean =
+                    MeanOf(rgba, picture.cx, columns[static_cast<size_t>(x)], rows[static_cast<size_t>(y)]);
+                const bool odd = IsOddSquare(left + x, top + y, square);
+                *pixel++ = PixelOf(mean, odd ? ground.odd : ground.even);
+            }
         }
+        info.bmiHeader.biHeight = band - end;  // rows from the top
+        SetDIBitsToDevice(target, part.left, part.top + band, static_cast<DWORD>(width),
+                          static_cast<DWORD>(end - band), 0, 0, 0, static_cast<UINT>(end - band), bits.data(),
+                          &info, DIB_RGB_COLORS);
     }
-    SetDIBitsToDevice(target, part.left, part.top, static_cast<DWORD>(width), static_cast<DWORD>(height), 0,
-                      0, 0, static_cast<UINT>(height), bits.data(), &info, DIB_RGB_COLORS);
 }
 
 std::vector<uint8_t> ScaledPicture(const uint8_t* rgba, SIZE picture, SIZE size) {

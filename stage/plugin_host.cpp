@@ -8,6 +8,7 @@
 #include "driven/settings_folder.h"
 #include "stage/plugin_guard.h"
 #include "stage/plugin_opening.h"
+#include "stage/release_later.h"
 #include "stage/stage.h"
 #include "stage/stage_messages.h"
 #include "stage/steps.h"
@@ -250,11 +251,13 @@ void OnPluginEnded(Stage* stage) {
         TellLoss(*stage, "The plug-in has failed and was closed.",
                  LeaveOpening(stage, kWhyFailed)->crashReport);
     } else {
-        const std::unique_ptr<PluginOpening> ended = std::move(plugin.opening);
+        const std::shared_ptr<PluginOpening> ended = std::move(plugin.opening);
         EndOpening(stage);
         WaitForSingleObject(ended->thread, INFINITE);
         CloseHandle(ended->thread);
-        if (!ended->error.empty()) ShowMessage(*stage, nullptr, ended->error, MB_ICONERROR);
+        const std::string error = ended->error;
+        ReleaseShareLater(ended);
+        if (!error.empty()) ShowMessage(*stage, nullptr, error, MB_ICONERROR);
     }
     SetForegroundWindow(stage->window);
     if (std::exchange(plugin.closesStage, false)) PostMessageW(stage->window, WM_CLOSE, 0, 0);

@@ -13,6 +13,7 @@ enum StageMessage : UINT {
     kPluginBuilt,             // LPARAM: the Step, which the window takes over; WPARAM: 1 for a test
     kPluginSource,            // LPARAM: the OpenedSource, which the window takes over
     kMayReplaceSource,        // answers 1 when another animation may be opened in place of the one there
+    kWallStarts,              // the wall is to make its pictures
     kFilesDropped,            // on the plug-in's window; LPARAM: their paths, which the window takes over
 };
 

@@ -167,6 +167,9 @@ bool OnStageMessage(Stage* stage, UINT message, WPARAM word, LPARAM pointer, LRE
         case kPluginSource:
             OnPluginSource(stage, reinterpret_cast<OpenedSource*>(pointer));
             return true;
+        case kWallStarts:
+            OnWallStarts(stage);
+            return true;
         case kWallOpens:
             OnWallOpens(stage, *reinterpret_cast<const EffectSettings*>(pointer));
             return true;
@@ -320,6 +323,7 @@ int RunStageWindow(const std::vector<std::string>& paths) {
     RunMessages(&stage);
     DeleteObject(stage.controls.font);
     DeleteObject(stage.controls.boldFont);
+    if (stage.controls.canvasBitmap) DeleteObject(stage.controls.canvasBitmap);
     return 0;
 }
 

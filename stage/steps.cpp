@@ -9,6 +9,7 @@
 #include "stage/plugin_host.h"
 #include "stage/plugin_opening.h"
 #include "stage/plugin_source.h"
+#include "stage/release_later.h"
 #include "stage/session_progress.h"
 #include "stage/stage.h"
 #include "stage/step_recipe.h"

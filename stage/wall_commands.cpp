@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "stage/wall_commands.h"
 
+#include <algorithm>
 #include <string>
+#include <utility>
 
 #include "driven/plugin_controls.h"
+#include "stage/child_windows.h"
 #include "stage/command_ids.h"
+#include "stage/release_later.h"
 #include "stage/stage.h"
+#include "stage/stage_messages.h"
 #include "stage/wall_view.h"
 
 namespace kfx::stage {
@@ -35,10 +40,24 @@ const char* KindOf(const Parameter& parameter) {
 
 // Hides a window that may have the focus.
 void Hide(const Stage& stage, HWND window) {
-    if (!IsWindowVisible(window)) return;
+    if (!IsChildShown(window)) return;
     const bool hadFocus = GetFocus() == window || IsChild(window, GetFocus());
-    ShowWindow(window, SW_HIDE);
+    ShowChild(window, false);
     if (hadFocus) FocusPicture(stage);
+}
+
+void StartWall(Stage* stage) {
+    if (!std::exchange(stage->wall.starts, true)) PostMessageW(stage->window, kWallStarts, 0, 0);
+}
+
+// Memory of a step that is gone would count nowhere.
+void ForgetGoneFilm(Stage* stage) {
+    StageWall& wall = stage->wall;
+    const auto& steps = stage->history.steps;
+    const auto isShown = [&wall](const Step& step) { return step.film == wall.film; };
+    if (!wall.film || std::any_of(steps.begin(), steps.end(), isShown)) return;
+    ReleaseLater(std::exchange(wall.film, nullptr));
+    StartWall(stage);
 }
 
 }  // namespace
@@ -52,21 +71,27 @@ bool IsWallShown(const Stage& stage) {
 void UpdateWall(Stage* stage, const RECT& area) {
     StageWall& wall = stage->wall;
     if (!wall.window) return;
-    SetWindowPos(wall.window, nullptr, area.left, area.top, area.right - area.left, area.bottom - area.top,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+    PlaceChild(wall.window, area);
     if (!IsWallShown(*stage)) {
-        ShowWindow(stage->controls.canvas, SW_SHOWNA);
+        ShowChild(stage->controls.canvas, true);
         Hide(*stage, wall.window);
+        ForgetGoneFilm(stage);
         return;
     }
     const auto& film = stage->history.steps[stage->history.current].film;
     if (wall.film != film) {
-        wall.film = film;
-        ShowOnWall(wall.window, WallSourceOf(*film));
+        ReleaseLater(std::exchange(wall.film, film));
+        StartWall(stage);
     }
-    ShowWindow(wall.window, SW_SHOWNA);
+    ShowChild(wall.window, true);
     Hide(*stage, stage->controls.canvas);
     UpdateWallMoment(*stage);
+}
+
+void OnWallStarts(Stage* stage) {
+    StageWall& wall = stage->wall;
+    wall.starts = false;
+    ShowOnWall(wall.window, wall.film ? WallSourceOf(*wall.film) : nullptr);
 }
 
 void UpdateWallMoment(const Stage& stage) {

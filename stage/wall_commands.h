@@ -16,7 +16,8 @@ struct Stage;
 
 struct StageWall {
     HWND window = nullptr;             // null: it could not be made, and there is none
-    std::shared_ptr<const Film> film;  // that it shows
+    std::shared_ptr<const Film> film;  // that it shows, or null
+    bool starts = false;               // kWallStarts is on its way
 };
 
 void MakeWall(Stage* stage);
@@ -27,6 +28,10 @@ bool IsWallShown(const Stage& stage);
 // After the arrangement, the step or the area has changed: shows the wall or the canvas, and on the wall what
 // the next effect will be applied to.
 void UpdateWall(Stage* stage, const RECT& area);
+
+// Answers kWallStarts. Opening an animation and beginning with its pictures together would take longer than
+// one message may.
+void OnWallStarts(Stage* stage);
 
 // The same moment of the animation as on the canvas.
 void UpdateWallMoment(const Stage& stage);

@@ -10,6 +10,7 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include "stage/release_later.h"
 #include "stage/wall_window.h"
 
 namespace kfx::stage {
@@ -224,10 +225,11 @@ void Destroy(WallWindow* wall) {
 
 // Makes the pictures of the source, at the resolution of the screen.
 void MakePictures(WallWindow* wall) {
-    wall->thumbnails.reset();
+    std::vector<std::shared_ptr<const Animation>> before = {std::exchange(wall->thumbnails, nullptr)};
     wall->frame = 0;
     std::vector<EffectSettings> settings;
     for (WallTile& tile : wall->tiles) {
+        before.push_back(tile.view.picture);
         tile.view = {};
         settings.push_back(tile.shown);
     }
@@ -236,6 +238,7 @@ void MakePictures(WallWindow* wall) {
     const auto source = wall->source ? wall->source : std::make_shared<const WallSource>();
     const bool shown = ShowInWall(wall->render, source, room.cx, room.cy, settings,
                                   TileRanks(settings.size(), seen.first, seen.last, SIZE_MAX));
+    ReleaseLater(std::move(before));  // the threads' own shares have gone before
     for (size_t i = 0; i < wall->tiles.size(); ++i) {
         if (!shown) wall->tiles[i].view.state = TileState::Failed;
         if (!shown) wall->tiles[i].view.error = "There is not enough memory for the wall.";
@@ -319,7 +322,7 @@ HWND CreateWall(HWND parent, int id, int dpi) {
 
 void ShowOnWall(HWND window, std::shared_ptr<const WallSource> source) {
     WallWindow* wall = WallOf(window);
-    wall->source = std::move(source);
+    ReleaseLater(std::exchange(wall->source, std::move(source)));
     for (WallTile& tile : wall->tiles) {
         tile.shown = tile.kept;
         tile.variation = tile.keptVariation;

@@ -9,6 +9,7 @@
 #include "commands/text_windows.h"
 #include "media/file_io.h"
 #include "stage/controls.h"
+#include "stage/release_later.h"
 #include "stage/stage.h"
 #include "stage/stage_messages.h"
 
@@ -147,7 +148,7 @@ void StopWork(Stage* stage) {
     SetThreadPriority(work.thread, THREAD_PRIORITY_BELOW_NORMAL);
     work.leftThreads.push_back(std::exchange(work.thread, nullptr));
     work.piece.reset();
-    work.finished = nullptr;
+    ReleaseLater(std::exchange(work.finished, nullptr));
     ShowStatus(stage, "Stopped.");
     ShowWorkEnded(stage);
     UpdateControls(stage);
@@ -162,7 +163,7 @@ void OnWorkDone(Stage* stage, WPARAM number) {
     WaitForSingleObject(work.thread, INFINITE);
     CloseHandle(std::exchange(work.thread, nullptr));
     const std::shared_ptr<Piece> piece = std::exchange(work.piece, nullptr);
-    const auto finished = std::exchange(work.finished, nullptr);
+    auto finished = std::exchange(work.finished, nullptr);
     ShowWorkEnded(stage);
     if (piece->error.empty()) {
         finished(stage);
@@ -170,6 +171,8 @@ void OnWorkDone(Stage* stage, WPARAM number) {
         ShowStatus(stage, "");
         ShowMessage(*stage, nullptr, piece->error, MB_ICONERROR);
     }
+    // It may have the last share of what was made and is not wanted.
+    ReleaseLater(std::move(finished));
     UpdateControls(stage);
     CloseWhenAsked(stage);
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include <windows.h>
 #include <psapi.h>
@@ -32,11 +33,17 @@ double LongestWait(HWND window, const Condition& condition) {
     return longest;
 }
 
-double GigabytesOf(HANDLE process) {
+// "1.23 GB now, 2.34 GB at most".
+std::string MemoryText(HANDLE process) {
+    constexpr double kGigabyte = 1e9;
     PROCESS_MEMORY_COUNTERS memory = {};
     memory.cb = sizeof memory;
     GetProcessMemoryInfo(process, &memory, sizeof memory);
-    return static_cast<double>(memory.WorkingSetSize) / (1024.0 * 1024 * 1024);
+    char text[80];
+    std::snprintf(text, sizeof text, "%.2f GB now, %.2f GB at most",
+                  static_cast<double>(memory.WorkingSetSize) / kGigabyte,
+                  static_cast<double>(memory.PeakWorkingSetSize) / kGigabyte);
+    return text;
 }
 
 TEST_F(StageWindow, DISABLED_Messages_of_a_long_animation) {
@@ -44,7 +51,7 @@ TEST_F(StageWindow, DISABLED_Messages_of_a_long_animation) {
     ASSERT_NE(path, nullptr);
     ASSERT_NO_FATAL_FAILURE(Open({path}));
     const double reading = LongestWait(window, [this] { return IsPossible(kPlay); });
-    std::printf("reading: %.1f ms, %.2f GB\n", reading, GigabytesOf(this->stage.process));
+    std::printf("reading: %.1f ms, %s\n", reading, MemoryText(this->stage.process).c_str());
     const DWORD end = GetTickCount() + 10000;
     int moves = 0;
     const double playing = LongestWait(window, [&] {
@@ -57,17 +64,17 @@ TEST_F(StageWindow, DISABLED_Messages_of_a_long_animation) {
     ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel FX #1", &plugin));
     const double handing =
         LongestWait(window, [plugin] { return TextOf(GetDlgItem(plugin, kPluginSize)) != ""; });
-    std::printf("handing over: %.1f ms\n", handing);
+    std::printf("handing over: %.1f ms, %s\n", handing, MemoryText(this->stage.process).c_str());
     const HWND list = GetDlgItem(plugin, kPluginEffect);
     SendMessageA(list, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>("Solarize"));
     SendMessageA(plugin, WM_COMMAND, MAKEWPARAM(kPluginEffect, CBN_CLOSEUP), reinterpret_cast<LPARAM>(list));
     Press(plugin, kPluginBuild);
     const double building = LongestWait(window, [this] { return IsPossible(kUndo); });
-    std::printf("building: %.1f ms, %.2f GB\n", building, GigabytesOf(this->stage.process));
+    std::printf("building: %.1f ms, %s\n", building, MemoryText(this->stage.process).c_str());
     Run(kUndo);
     const double undoing = LongestWait(window, [this] { return IsPossible(kRedo); });
     std::printf("undo: %.1f ms\n", undoing);
-    ASSERT_NO_FATAL_FAILURE(Close(true));
+    ASSERT_NO_FATAL_FAILURE(Close(false));
 }
 
 }  // namespace
