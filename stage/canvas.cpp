@@ -7,6 +7,7 @@
 
 #include "stage/canvas_drawing.h"
 #include "stage/command_table.h"
+#include "stage/control_names.h"
 #include "stage/stage.h"
 
 namespace kfx::stage {
@@ -132,7 +133,7 @@ HWND MakeCanvas(Stage* stage) {
     canvasClass.hCursor = LoadCursorA(nullptr, IDC_ARROW);
     canvasClass.lpszClassName = kClassName;
     RegisterClassExW(&canvasClass);
-    return CreateWindowExW(0, kClassName, L"Picture", WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0,
+    return CreateWindowExW(0, kClassName, NameOfControl(kCanvas), WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, 0, 0,
                            0, stage->window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(kCanvas)),
                            canvasClass.hInstance, nullptr);
 }

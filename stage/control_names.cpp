@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "stage/control_names.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include <initguid.h>
 #include <oleacc.h>
 
@@ -21,8 +24,17 @@ IAccPropServices* PropertyService() {
 
 }  // namespace
 
-void NameForReaders(HWND control, const wchar_t* name) {
-    if (IAccPropServices* service = PropertyService())
+const wchar_t* NameOfControl(int control) {
+    const auto* const found =
+        std::find_if(std::begin(kControlNames), std::end(kControlNames),
+                     [control](const ControlName& one) { return one.control == control; });
+    return found == std::end(kControlNames) ? nullptr : found->name;
+}
+
+void NameForReaders(HWND control) {
+    const wchar_t* const name = NameOfControl(GetDlgCtrlID(control));
+    IAccPropServices* const service = name ? PropertyService() : nullptr;
+    if (service)
         service->SetHwndPropStr(control, static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF, PROPID_ACC_NAME,
                                 name);
 }

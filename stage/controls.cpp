@@ -78,26 +78,23 @@ void SetText(HWND window, const std::string& text) { SetChildText(window, Widen(
 void MakeControls(Stage* stage) {
     Controls& controls = stage->controls;
     MakeBarButtons(stage);
-    controls.slider = Make(stage, TRACKBAR_CLASSW, L"Frame",
+    controls.slider = Make(stage, TRACKBAR_CLASSW, NameOfControl(kFrameSlider),
                            WS_TABSTOP | TBS_HORZ | TBS_NOTICKS, kFrameSlider);
     controls.frameText = Make(stage, L"STATIC", L"", SS_CENTER | SS_NOPREFIX | SS_CENTERIMAGE, kFrameText);
     controls.canvas = MakeCanvas(stage);
     MakeWall(stage);
-    controls.history = Make(stage, L"LISTBOX", L"Steps",
+    controls.history = Make(stage, L"LISTBOX", NameOfControl(kHistoryList),
                             WS_TABSTOP | WS_VSCROLL | WS_BORDER | LBS_OWNERDRAWFIXED | LBS_HASSTRINGS |
                                 LBS_NOTIFY | LBS_NOINTEGRALHEIGHT,
                             kHistoryList);
     controls.status =
         Make(stage, L"STATIC", L"", SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE | SS_ENDELLIPSIS, kStatusText);
-    controls.progress = Make(stage, PROGRESS_CLASSW, L"Progress", 0, kStatusProgress);
+    controls.progress = Make(stage, PROGRESS_CLASSW, NameOfControl(kStatusProgress), 0, kStatusProgress);
     controls.stop = Make(stage, L"BUTTON", L"Stop", WS_TABSTOP | BS_PUSHBUTTON, kStopWork);
     controls.giveUp = Make(stage, L"BUTTON", L"Give up...", WS_TABSTOP | BS_PUSHBUTTON, kGiveUpPlugin);
     controls.tooltips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP, 0, 0, 0, 0,
                                         stage->window, nullptr, GetModuleHandleW(nullptr), nullptr);
-    NameForReaders(controls.slider, L"Frame");
-    NameForReaders(controls.history, L"Steps");
-    NameForReaders(controls.progress, L"Progress");
-    NameForReaders(controls.canvas, L"Picture");
+    for (const ControlName& named : kControlNames) NameForReaders(GetDlgItem(stage->window, named.control));
     MakeFonts(stage);
     ClearProgress(stage);
 }
