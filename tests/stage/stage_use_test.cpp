@@ -16,6 +16,21 @@ BOOL WINAPI WriteToFullDisk(HANDLE, const void*, DWORD, DWORD* written, OVERLAPP
     return FALSE;
 }
 
+// As in a folder that its user may only read.
+HANDLE WINAPI RefuseToWrite(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                            DWORD creation, DWORD flags, HANDLE likeThat) {
+    if ((access & GENERIC_WRITE) == 0)
+        return CreateFileW(path, access, share, security, creation, flags, likeThat);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+// What a message box says.
+std::string MessageOf(HWND box) {
+    constexpr int kMessage = 0xFFFF;
+    return TextOf(GetDlgItem(box, kMessage));
+}
+
 struct Using : OwnStage {
     void OpenAndBuild() {
         ASSERT_NO_FATAL_FAILURE(OpenHere({input}));
@@ -72,6 +87,40 @@ TEST_F(Using, A_save_that_fails_keeps_the_work_unsaved) {
     ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
     EXPECT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
     EXPECT_EQ(ReadBack(output).frames.size(), 3u);
+}
+
+TEST_F(Using, A_folder_that_may_not_be_written_keeps_its_file_and_is_told_of) {
+    const std::string kept = folder.path + "saved.jpg.gif", typed = folder.path + "saved.jpg";
+    WriteText(kept, "kept");
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    {
+        const ImportPatch folderOnlyRead(GetModuleHandleA("msvcrt.dll"), "CreateFileW",
+                                         AddressOfFunction(RefuseToWrite));
+        ASSERT_NE(folderOnlyRead.original, nullptr);
+        Run(kSave);
+        ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", typed));
+        ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDYES));
+        HWND box = nullptr;
+        ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));
+        EXPECT_EQ(MessageOf(box),
+                  kept + ": the file cannot be written (it is protected, or another program uses it).");
+        ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
+    }
+    EXPECT_EQ(ReadText(kept), "kept");
+    EXPECT_EQ(TextOf(window), "*in.gif - Kestrel Stage") << "still to be saved";
+}
+
+TEST_F(Using, The_wall_keeps_no_memory_of_a_step_that_is_gone) {
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    const std::weak_ptr<const Film> gone = State()->history.steps[1].film;
+    Run(kWallView);
+    ASSERT_TRUE(WaitFor([&] { return State()->wall.film == gone.lock(); }));
+    Run(kWipeView);
+    Run(kUndo);
+    ASSERT_TRUE(WaitForPossible(kRedo));
+    ASSERT_FALSE(gone.expired()) << "it can be done again";
+    ASSERT_NO_FATAL_FAILURE(Build("Emboss"));
+    EXPECT_TRUE(WaitFor([&gone] { return gone.expired(); }));
 }
 
 TEST_F(Using, The_sessions_end_waits_for_unsaved_work_and_keeps_what_is_remembered) {
