@@ -18,7 +18,7 @@ namespace {
 constexpr wchar_t kSwatchesClass[] = L"KestrelSwatches";
 constexpr int kColumns = 16, kRows = 16;
 // Device-independent pixels.
-constexpr int kMargin = 14, kSwatch = 20, kSide = kColumns * kSwatch, kTextHeight = 20, kButtonHeight = 26;
+constexpr int kMargin = 14, kSwatch = 22, kSide = kColumns * kSwatch, kTextHeight = 20, kButtonHeight = 26;
 
 struct ColorBox {
     PlainDialog dialog;
@@ -61,6 +61,8 @@ void PaintSwatches(const ColorBox& box, HWND window) {
         FillRect(target, &area, brush);
         DeleteObject(brush);
     }
+    // Light colours end where the box begins.
+    FrameRect(target, &all, GetSysColorBrush(COLOR_BTNSHADOW));
     // Two frames, one of which is seen on any colour.
     RECT focus = SwatchArea(all, box.row);
     FrameRect(target, &focus, static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)));

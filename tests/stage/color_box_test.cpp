@@ -2,6 +2,7 @@
 // The box for colours, used by keys.
 #include "stage/color_box.h"
 
+#include <cstring>
 #include <future>
 
 #include "tests/stage/stage_program.h"
@@ -44,6 +45,27 @@ TEST_F(ChoosingColor, All_256_colours_are_reached_by_keys) {
     Press(box, IDOK);
     EXPECT_TRUE(answer.get());
     EXPECT_EQ(color, RGB(238, 238, 238));
+}
+
+TEST_F(ChoosingColor, The_longest_text_has_room) {
+    ASSERT_NO_FATAL_FAILURE(Open());
+    uint8_t white[3 * kOfferedColors];
+    std::memset(white, 255, sizeof white);
+    const std::string longest = ColorText(white, kOfferedColors - 1);
+    const HWND text = GetDlgItem(box, kColorText);
+    const HDC screen = GetDC(text);
+    const HGDIOBJ before =
+        SelectObject(screen, reinterpret_cast<HFONT>(SendMessageA(text, WM_GETFONT, 0, 0)));
+    SIZE size = {};
+    GetTextExtentPoint32A(screen, longest.c_str(), static_cast<int>(longest.size()), &size);
+    SelectObject(screen, before);
+    ReleaseDC(text, screen);
+    RECT area;
+    GetClientRect(text, &area);
+    EXPECT_LE(size.cx, area.right);
+    EXPECT_LE(size.cy, area.bottom);
+    Press(box, IDCANCEL);
+    EXPECT_FALSE(answer.get());
 }
 
 TEST_F(ChoosingColor, The_mouse_chooses_and_a_cancelled_box_changes_nothing) {
