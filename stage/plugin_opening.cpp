@@ -2,6 +2,7 @@
 #include "stage/plugin_opening.h"
 
 #include <new>
+#include <utility>
 
 #include "driven/plugin_controls.h"
 #include "stage/plugin_guard.h"
@@ -17,8 +18,6 @@ namespace {
 
 constexpr wchar_t kOwnerClass[] = L"KestrelPluginOwner";
 constexpr UINT kPluginShown = WM_APP;
-constexpr UINT_PTR kShownTimer = 1;
-constexpr UINT kShownMilliseconds = 30;
 constexpr char kDialogClass[] = "#32770";
 
 // The opening whose thread runs, for functions that the system calls without a context.
@@ -43,26 +42,39 @@ bool IsOwnersDialog(HWND window, LPARAM creation) {
     return made->hwndParent == running->owner && ControlClass(window) == kDialogClass;
 }
 
-// The window has no controls yet when it is made; the owner looks at it once messages are answered.
 LRESULT CALLBACK WatchWindows(int code, WPARAM word, LPARAM pointer) {
     const auto window = reinterpret_cast<HWND>(word);
     if (code == HCBT_CREATEWND && running && MayNotShow(window)) return 1;
     if (code == HCBT_CREATEWND && running && !running->window && IsOwnersDialog(window, pointer))
-        PostMessageW(running->owner, kPluginShown, word, 0);
+        running->dialog = window;
     if (code == HCBT_ACTIVATE && running && !IsPluginWindow(window) && ControlClass(window) == kDialogClass)
         OnMessageShown(window);
     return CallNextHookEx(nullptr, code, word, pointer);
 }
 
 // The plug-in's controls can be used once its preview is visible.
-void OnPluginShown(HWND plugin) {
-    KillTimer(running->owner, kShownTimer);
-    if (running->window || !IsWindow(plugin)) return;
-    if (!IsPluginWindow(plugin) || !IsWindowVisible(GetDlgItem(plugin, kPreviewArea))) {
-        SetWindowLongPtrW(running->owner, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(plugin));
-        SetTimer(running->owner, kShownTimer, kShownMilliseconds, nullptr);
-        return;
-    }
+bool CanBeUsed(HWND dialog) {
+    return IsWindow(dialog) && IsPluginWindow(dialog) && IsWindowVisible(GetDlgItem(dialog, kPreviewArea));
+}
+
+// The system tells a window last that it is shown. The owner takes it up once messages are answered.
+LRESULT CALLBACK WatchShowing(int code, WPARAM word, LPARAM pointer) {
+    const auto* told = reinterpret_cast<const CWPRETSTRUCT*>(pointer);
+    if (code == HC_ACTION && running && !running->window && told->message == WM_WINDOWPOSCHANGED &&
+        CanBeUsed(running->dialog))
+        PostMessageW(running->owner, kPluginShown, 0, 0);
+    return CallNextHookEx(nullptr, code, word, pointer);
+}
+
+void StopWatchingShowing() {
+    if (const HHOOK hook = std::exchange(running->showHook, nullptr)) UnhookWindowsHookEx(hook);
+}
+
+// It may have been told of more than once.
+void OnPluginShown() {
+    const HWND plugin = running->dialog;
+    if (running->window || !CanBeUsed(plugin)) return;
+    StopWatchingShowing();
     running->window = plugin;
     ApplyPluginSettings(plugin, running->settings);
     AcceptDrops(plugin, running->stageWindow);
@@ -84,10 +96,7 @@ LRESULT CALLBACK OwnerProcedure(HWND window, UINT message, WPARAM word, LPARAM p
             OnAreYouThere();
             return 0;
         case kPluginShown:
-            OnPluginShown(reinterpret_cast<HWND>(word));
-            return 0;
-        case WM_TIMER:
-            OnPluginShown(reinterpret_cast<HWND>(GetWindowLongPtrW(window, GWLP_USERDATA)));
+            OnPluginShown();
             return 0;
     }
     return DefWindowProcW(window, message, word, pointer);
@@ -138,10 +147,12 @@ void ShowPlugin(PluginOpening* opening) {
     opening->owner = MakeOwner();
     MakeSourceTaker(opening);
     const HHOOK hook = SetWindowsHookExW(WH_CBT, WatchWindows, nullptr, GetCurrentThreadId());
+    opening->showHook = SetWindowsHookExW(WH_CALLWNDPROCRET, WatchShowing, nullptr, GetCurrentThreadId());
     RunGuarded(opening, [](PluginOpening* guarded) {
         if (LoadOnce(guarded) && CopySource(guarded))
             guarded->library->doBuild(guarded->owner, &guarded->session.context);
     });
+    StopWatchingShowing();
     if (hook) UnhookWindowsHookEx(hook);
     if (const HWND owner = opening->owner.exchange(nullptr)) DestroyWindow(owner);
     if (const HWND taker = opening->taker.exchange(nullptr)) DestroyWindow(taker);

@@ -34,6 +34,8 @@ struct PluginOpening {
 
     // Of the plug-in's thread.
     Animation source;
+    HWND dialog = nullptr;  // the last one that was made for the owner; may be gone
+    HHOOK showHook = nullptr;
     std::string dropped;            // the file that is opened without asking for one
     std::string sourceFingerprint;  // of what it has been given; empty: not known yet
     bool isTest = false;            // the build that is being handed over
