@@ -50,6 +50,12 @@ void StartWall(Stage* stage) {
     if (!std::exchange(stage->wall.starts, true)) PostMessageW(stage->window, kWallStarts, 0, 0);
 }
 
+void ShowWall(const Stage& stage) {
+    ShowChild(stage.wall.window, true);
+    Hide(stage, stage.controls.canvas);
+    UpdateWallMoment(stage);
+}
+
 // Memory of a step that is gone would count nowhere.
 void ForgetGoneFilm(Stage* stage) {
     StageWall& wall = stage->wall;
@@ -83,15 +89,14 @@ void UpdateWall(Stage* stage, const RECT& area) {
         ReleaseLater(std::exchange(wall.film, film));
         StartWall(stage);
     }
-    ShowChild(wall.window, true);
-    Hide(*stage, stage->controls.canvas);
-    UpdateWallMoment(*stage);
+    if (!wall.starts) ShowWall(*stage);
 }
 
 void OnWallStarts(Stage* stage) {
     StageWall& wall = stage->wall;
     wall.starts = false;
     ShowOnWall(wall.window, wall.film ? WallSourceOf(*wall.film) : nullptr);
+    if (IsWallShown(*stage)) ShowWall(*stage);
 }
 
 void UpdateWallMoment(const Stage& stage) {

@@ -29,8 +29,8 @@ bool IsWallShown(const Stage& stage);
 // the next effect will be applied to.
 void UpdateWall(Stage* stage, const RECT& area);
 
-// Answers kWallStarts. Opening an animation and beginning with its pictures together would take longer than
-// one message may.
+// Answers kWallStarts. To open an animation, to begin with its pictures and to show the wall would together
+// take longer than one message may.
 void OnWallStarts(Stage* stage);
 
 // The same moment of the animation as on the canvas.
