@@ -13,8 +13,7 @@
 namespace kfx::commands {
 namespace {
 
-constexpr size_t kMostRefinements = 3;
-constexpr int kFinestPart = 8;  // of the colours or of the quality: a smaller step is hardly seen
+constexpr int kBestQuality = 100;
 constexpr double kNoLook = -1;
 constexpr size_t kNoPlace = SIZE_MAX;
 constexpr double kVisible = 0.01;  // decibels: less is no better look
@@ -140,10 +139,12 @@ bool TryInOrder(Search* search, Failure* failure) {
     return true;
 }
 
-// The least number above the chosen one that stands in the pool and is not known to fit; 0: none.
+// The least number above the chosen one that is not known to fit: of those in the pool, and for a quality of
+// the search's own also one above the best; 0: none.
 int TooLargeBeside(const Search& search, const FitSettings& chosen) {
     const CommandLine& line = search.estimates.work.line;
-    int number = 0;
+    const bool stepsOverQualities = chosen.palette != "custom" && line.quality < 0;
+    int number = stepsOverQualities ? kBestQuality + 1 : 0;
     for (const FitEstimate& estimate : search.estimates.pool) {
         const int other = StepNumberOf(estimate.settings);
         const bool isBeside =
@@ -153,7 +154,8 @@ int TooLargeBeside(const Search& search, const FitSettings& chosen) {
     return number;
 }
 
-// What lies between the steps: bisection from the chosen number to the next that is too large.
+// What lies between the steps: bisection from the chosen number to the next that is too large, down to single
+// colours or qualities. Between neighbouring steps that takes six trials at most.
 bool Refine(Search* search, Failure* failure) {
     const FitFound& found = *search->found;
     if (!found.fits || StepNumberOf(found.tried[found.chosen].settings) < 0) return true;
@@ -161,7 +163,7 @@ bool Refine(Search* search, Failure* failure) {
     const FitSettings chosen = found.tried[found.chosen].settings;
     if (line.colors > 0 && chosen.palette == "custom") return true;
     int low = StepNumberOf(chosen), high = TooLargeBeside(*search, chosen);
-    for (size_t i = 0; i < kMostRefinements && high - low > std::max(1, low / kFinestPart); ++i) {
+    while (high - low > 1) {
         const int middle = (low + high) / 2;
         if (!Try(search, WithStepNumber(chosen, middle), kNoPlace, failure)) return false;
         (found.tried.back().bytes <= search->estimates.mostBytes ? low : high) = middle;

@@ -131,6 +131,29 @@ TEST_F(Fit, More_room_never_looks_worse) {
     }
 }
 
+TEST_F(Fit, One_colour_or_one_quality_more_does_not_fit) {
+    WriteColorful(input, 8, false);
+    for (const std::string ending : {".gif", ".apng", ".webp"}) {
+        const std::string name = ending == ".webp" ? "--quality" : "--colors";
+        // So that nothing but the number is left to be chosen.
+        Words options = {"--effect", "Swirl"};
+        if (ending != ".webp") options.insert(options.end(), {"--palette", "custom"});
+        const size_t most = PlainSize("full" + ending, options) * (ending == ".webp" ? 4 : 8) / 10;
+        DeleteFileAt(folder.path + "full" + ending);
+        for (const size_t limit : {most, most * 5 / 6, most * 2 / 3}) {
+            const nlohmann::json result = Fitted(ending, options, limit);
+            Words chosen = SplitOptions(result["options"]);
+            const auto number = std::find(chosen.begin(), chosen.end(), name);
+            ASSERT_NE(number, chosen.end()) << result.dump(2);
+            const int next = std::stoi(number[1]) + 1;
+            number[1] = std::to_string(next);
+            chosen.insert(chosen.begin(), options.begin(), options.end());
+            chosen.push_back("--force");
+            EXPECT_GT(PlainSize("next" + ending, chosen), limit) << result.dump(2);
+        }
+    }
+}
+
 TEST_F(Fit, What_is_allowed_is_used_and_nothing_else) {
     WriteColorful(input, 9, false);
     const Words options = {"--effect", "Emboss", "--colors", "16"};
