@@ -27,8 +27,19 @@ struct Completion {
 
 bool StartsWith(const std::string& text, const std::string& start) { return text.rfind(start, 0) == 0; }
 
+char InSmallLetters(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// Whether the word may be what is begun. Capitals do not matter to the commands, and where a name has spaces
+// the word for it has hyphens.
+bool IsBegun(const std::string& word, const std::string& begun) {
+    if (begun.size() > word.size()) return false;
+    return std::equal(begun.begin(), begun.end(), word.begin(), [](char typed, char offered) {
+        return InSmallLetters(typed) == InSmallLetters(offered) || (typed == ' ' && offered == '-');
+    });
+}
+
 void Offer(const std::string& word, const std::string& meaning, Completion* completion) {
-    if (!StartsWith(word, completion->word)) return;
+    if (!IsBegun(word, completion->word)) return;
     completion->answer += completion->leading + word;
     if (!meaning.empty()) completion->answer += "\t" + meaning;
     completion->answer += "\n";

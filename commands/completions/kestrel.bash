@@ -14,6 +14,9 @@ _kestrel() {
     local current=${words[-1]} shown=${COMP_WORDS[COMP_CWORD]}
     [[ $shown == [=:] ]] && shown=
     local kept=${current%"$shown"}
+    # A quote that is still open stays where it is: only what is behind it is asked for and replaced.
+    shown=${shown#[\"\']}
+    current=$kept$shown
     COMPREPLY=()
     while IFS= read -r line; do
         if [[ $line == :files ]]; then

@@ -41,6 +41,14 @@ TEST(BashCompletion, A_word_that_bash_has_taken_apart_is_completed_behind_its_la
     EXPECT_EQ(Completed("kestrel apply --effect ripple --set dissipate = of"), "<off>");
 }
 
+TEST(BashCompletion, Capitals_and_an_open_quote_do_not_matter) {
+    EXPECT_EQ(Completed("kestrel apply --effect S"), "<solarize><swirl>");
+    EXPECT_EQ(Completed("kestrel apply --effect = Sw"), "<swirl>");
+    EXPECT_EQ(Completed("kestrel apply --effect \\\"Oil"), "<oil-painting>");
+    EXPECT_EQ(Completed("kestrel apply --effect = \\\"Oil"), "<oil-painting>");
+    EXPECT_EQ(Completed("kestrel apply --effect Emboss --set Rad"), "<radius=>");
+}
+
 TEST(BashCompletion, Files_are_those_of_the_folder) {
     const TemporaryFolder folder;
     WriteText(folder.path + "a b.gif", "x");

@@ -84,6 +84,17 @@ TEST(Completion, Names_are_words_without_spaces_that_the_command_takes) {
     EXPECT_THAT(Offered({"effects"}, "wat"), ElementsAre("water-drops"));
 }
 
+TEST(Completion, Capitals_and_spaces_do_not_matter) {
+    EXPECT_THAT(Offered({"apply", "--effect"}, "R"), ElementsAre("radial-blur", "raster", "ripple"));
+    EXPECT_THAT(Offered({"apply", "--effect"}, "Oil P"), ElementsAre("oil-painting"));
+    EXPECT_THAT(Offered({"apply"}, "--effect=Sw"), ElementsAre("--effect=swirl"));
+    EXPECT_THAT(Offered({"apply", "--palette"}, "B"), Contains("black-and-white"));
+    EXPECT_THAT(Offered({"apply", "--format"}, "RGB"), ElementsAre("rgb", "rgba"));
+    EXPECT_THAT(Offered({"apply", "--effect", "Ripple", "--set"}, "Wa"), Contains("wavelength="));
+    EXPECT_THAT(Offered({"apply", "--effect", "Ripple", "--set"}, "Dissipate=O"),
+                ElementsAre("Dissipate=off", "Dissipate=on"));
+}
+
 TEST(Completion, Settings_are_the_parameters_of_the_effect_before_them) {
     EXPECT_THAT(Offered({"apply", "--effect", "Emboss", "--set"}, ""), ElementsAre("radius=", "depth="));
     EXPECT_THAT(Offered({"apply", "--effect", "Bump", "--effect=embo", "--set"}, "d"), ElementsAre("depth="));
