@@ -8,6 +8,7 @@
 #include "commands/command_row.h"
 #include "commands/completion.h"
 #include "commands/help_texts.h"
+#include "commands/output_format.h"
 #include "commands/parser_words.h"
 
 namespace kfx::commands {
@@ -108,6 +109,10 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const O
         line->command = row;
         if (std::find(line->inputs.begin(), line->inputs.end(), "") != line->inputs.end()) {
             *text = "an input has no name: its argument is empty.";
+            return ParseOutcome::Error;
+        }
+        if (std::count_if(line->inputs.begin(), line->inputs.end(), IsStream) > 1) {
+            *text = "standard input is named twice, but can be read only once.";
             return ParseOutcome::Error;
         }
         const bool isDone = !row->finish || row->finish(*app.get_subcommand(row->name), words, line, text);

@@ -5,6 +5,7 @@
 
 #include "commands/batch_plan.h"
 #include "commands/output_format.h"
+#include "commands/stray_words.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {
@@ -115,7 +116,13 @@ bool CheckApply(const ApplyWords& words, CommandLine* line, std::string* error) 
     unsigned color = 0;
     const bool isFolder = NamesFolder(line->output);
     const bool formatOpen = isFolder && words.format.empty();
-    *error = MissingEffect(*line, !words.format.empty());
+    const bool joins = line->join || line->delay >= 0;
+    *error = StrayWord(*line, !isFolder && !joins);
+    if (error->empty()) *error = MissingEffect(*line, !words.format.empty());
+    if (error->empty() && line->inputs.size() > 1 && !isFolder && !joins && !IsStream(line->output) &&
+        EndingOf(line->output).empty())
+        *error = "there are several inputs; to get a result for each in a folder, write -o \"" +
+                 line->output + "/\".";
     if (error->empty() && !formatOpen)
         line->format = ResolveFormat(isFolder ? "" : line->output, words.format, error);
     if (error->empty()) *error = BatchMismatch(*line, isFolder);

@@ -64,7 +64,9 @@ std::string ResolveFormat(const std::string& output, const std::string& given, s
         return "";
     }
     if (!named && !(ended && ended->hasEnding)) {
-        *error = "the output must end in " + JoinedEndings() + ", not \"" + output + "\".";
+        *error = "the output must end in " + JoinedEndings() + ", not \"" + output + "\"";
+        // A name that has an ending has a wrong one.
+        *error += ending.empty() ? "; or add --format, or end a folder's name in \"/\"." : ".";
         return "";
     }
     // An animated PNG file may have the ending of a still one.

@@ -218,7 +218,10 @@ TEST(CommandLine, Every_wrong_option_is_answered_in_plain_words) {
         {{"sheet", "a", "b", "-o", "c.gif"}, "the output must end in .png, not \"c.gif\"."},
         {{"effects", "swirl", "more"}, "unexpected argument \"more\"."},
         {{"effects", "--colour"}, "unknown option \"--colour\"; see --help."},
-        {Apply("result"), "the output must end in .gif, .webp, .png, .apng or .y4m, not \"result\"."},
+        {Apply("result"),
+         "the output must end in .gif, .webp, .png, .apng or .y4m, not \"result\"; or add --format, or end a "
+         "folder's name "
+         "in \"/\"."},
         {Apply("out.gif", {"--true-color"}),
          "a GIF cannot hold true colour; write .webp or .png, or leave out --true-color."},
         {Apply("out.webp", {"--comment"}), "only a GIF holds the plug-in's comment; leave out --comment."},
