@@ -106,6 +106,7 @@ bool ParseColor(const std::string& text, unsigned* color);
 
 // The option for CommandLine::maxPixels, as refusals of large files name it.
 inline constexpr char kMaxPixelsOption[] = "--max-pixels";
+inline constexpr int kMostMaxPixels = 1000000;  // millions
 
 // A file name's ending in lower case, such as ".gif"; empty when it has none.
 std::string EndingOf(const std::string& path);

@@ -57,8 +57,7 @@ void AddJoinOptions(CLI::App* command, CommandLine* line) {
 }
 
 void AddReadLimit(CLI::App* command, CommandLine* line) {
-    constexpr int kMostMillions = 1000000;
-    AddNumber(command, kMaxPixelsOption, &line->maxPixels, 1, kMostMillions,
+    AddNumber(command, kMaxPixelsOption, &line->maxPixels, 1, kMostMaxPixels,
               "Read inputs with up to so many million pixels over all frames (537)");
 }
 

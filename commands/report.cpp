@@ -5,6 +5,9 @@ namespace kfx::commands {
 namespace {
 
 constexpr int kOnOneLine = -1;
+// So begins what readers, writers and engines say when memory runs out.
+constexpr char kNoMemory[] = "there is not enough memory";
+constexpr char kMemoryRemedy[] = "; take smaller pictures or fewer frames, and for a batch --jobs 1.";
 
 std::string JsonText(const Report& report) {
     nlohmann::ordered_json object = {{"ok", report.exitCode == kExitDone}, {"exitCode", report.exitCode}};
@@ -33,6 +36,12 @@ Report FailedReport(ExitCode exitCode, const std::string& error) {
     Report report;
     report.exitCode = exitCode;
     report.error = error;
+    // Whether it is the input or the output that does not fit, the exit code is the same.
+    if (error.find(kNoMemory) != std::string::npos) {
+        report.exitCode = kExitEngine;
+        if (report.error.back() == '.') report.error.pop_back();
+        report.error += kMemoryRemedy;
+    }
     return report;
 }
 

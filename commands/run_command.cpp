@@ -50,6 +50,7 @@ ReadLimits LimitsOf(const CommandLine& line) {
     ReadLimits limits;
     if (line.maxPixels >= 0) limits.maxPixels = kMillion * static_cast<uint64_t>(line.maxPixels);
     limits.raisedBy = kMaxPixelsOption;
+    limits.raisedUpTo = kMostMaxPixels;
     return limits;
 }
 

@@ -77,9 +77,12 @@ bool SpendSum(PixelBudget* budget, uint64_t pixels, const std::string& what, std
     const std::string whole = budget->spent == 0 ? what : "the pictures together have at least";
     *error =
         whole + " " + std::to_string(total) + " pixels; the limit is " + std::to_string(limits.maxPixels);
-    if (limits.raisedBy)
-        *error += std::string(" (") + limits.raisedBy + " " + std::to_string((total - 1) / kMillion + 1) +
-                  " raises it)";
+    const uint64_t millions = (total - 1) / kMillion + 1;
+    if (limits.raisedBy && millions <= limits.raisedUpTo)
+        *error += std::string(" (") + limits.raisedBy + " " + std::to_string(millions) + " raises it)";
+    else if (limits.raisedBy)
+        *error += std::string(" (") + limits.raisedBy + " raises it to " + std::to_string(limits.raisedUpTo) +
+                  " million at most, which is still too few)";
     return false;
 }
 

@@ -97,6 +97,7 @@ struct ReadLimits {
     uint64_t pixelsBefore = 0;                 // of files read before this one, which count as well
     // The option that takes maxPixels in millions, for the message of a refusal; null: there is none.
     const char* raisedBy = nullptr;
+    uint64_t raisedUpTo = UINT64_MAX;  // the most that the option takes
 };
 
 // Reads the file at `path` (UTF-8); the content, not the name, decides the format. Returns false with one

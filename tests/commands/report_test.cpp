@@ -57,6 +57,16 @@ TEST(Report, Parts_are_printed_one_after_another_and_for_scripts_one_a_line) {
     EXPECT_EQ(failed["error"], "no.");
 }
 
+TEST(Report, Where_memory_runs_out_the_exit_code_is_the_same_and_a_remedy_is_named) {
+    const char* const remedy = "; take smaller pictures or fewer frames, and for a batch --jobs 1.";
+    for (const ExitCode code : {kExitBadInput, kExitBadOutput, kExitEngine}) {
+        const Report report = FailedReport(code, "a.gif: there is not enough memory for the picture.");
+        EXPECT_EQ(report.exitCode, kExitEngine);
+        EXPECT_EQ(report.error, std::string("a.gif: there is not enough memory for the picture") + remedy);
+    }
+    EXPECT_EQ(FailedReport(kExitBadInput, "a.gif: no.").exitCode, kExitBadInput);
+}
+
 // A line of output is an object, whatever stands in its texts.
 TEST(Report, For_scripts_the_object_stands_on_one_line) {
     Report report = NotedReport();

@@ -231,6 +231,11 @@ TEST(GifAsFound, Absurd_sizes_are_refused_before_anything_is_allocated) {
     EXPECT_EQ(
         ErrorOf(file, limits),
         "the picture of 65535 x 65535 has 4294836225 pixels; the limit is 536870912 (--more 4295 raises it)");
+    limits.raisedUpTo = 4294;
+    EXPECT_EQ(
+        ErrorOf(file, limits),
+        "the picture of 65535 x 65535 has 4294836225 pixels; the limit is 536870912 (--more raises it to "
+        "4294 million at most, which is still too few)");
     limits.maxSide = 10000;
     EXPECT_EQ(ErrorOf(file, limits),
               "the picture of 65535 x 65535 pixels is too large: a side may have 10000");
