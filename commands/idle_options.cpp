@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "commands/command_row.h"
 #include "commands/direct_engine.h"
 #include "commands/edges.h"
 #include "commands/engine.h"
+#include "commands/journey.h"
 #include "commands/text_match.h"
 #include "resources/palette_names.h"
 
@@ -52,15 +54,37 @@ bool Refuse(const std::string& error, Failure* failure) {
 
 bool CheckEffects(const CommandLine& line, const std::string& option, const std::vector<std::string>& effects,
                   Failure* failure) {
-    return HasOneOf(line, effects) || Refuse(option + " is for " + JoinNames(effects, "and") +
-                                                 "; leave it out, or choose one of these effects.",
-                                             failure);
+    return HasOneOf(line, effects) ||
+           Refuse(option + " is for " + JoinNames(effects, "and") + "; leave it out, or choose " +
+                      (effects.size() == 1 ? "this effect." : "one of these effects."),
+                  failure);
+}
+
+// A recipe may say so: it was made when the last of the words counted.
+bool CheckPaces(const CommandLine& line, Failure* failure) {
+    for (const EffectChoice& effect : line.effects) {
+        for (const Setting& setting : effect.settings) {
+            if (!SaysPaceTwice(setting.value)) continue;
+            return Refuse("--set " + setting.name + "=" + setting.value +
+                              ": linear, ease and loop may stand once, and linear not beside ease.",
+                          failure);
+        }
+    }
+    return true;
+}
+
+bool CheckIdleSeed(const CommandLine& line, Failure* failure) {
+    // Galleries have all effects.
+    const bool isForEffects = line.command == &kApplyCommand || line.command == &kSurveyCommand;
+    return !isForEffects || line.recipe.seed == kNoSeed ||
+           CheckEffects(line, "--seed", {kRandomEffect}, failure);
 }
 
 }  // namespace
 
 bool CheckIdleOptions(const CommandLine& line, Failure* failure) {
     if (TakesOver(line.recipe)) return true;
+    if (!CheckPaces(line, failure) || !CheckIdleSeed(line, failure)) return false;
     if (line.edges == "extend" && !CheckEffects(line, "--edges extend", EffectsWithEdges(), failure))
         return false;
     if (!line.localBackground.empty() &&

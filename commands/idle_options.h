@@ -7,6 +7,9 @@
 
 namespace kfx::commands {
 
+// The one effect that takes random numbers.
+inline constexpr char kRandomEffect[] = "Water Drops";
+
 // Whether each option of apply that is for some effects or palettes only has one of them beside it. To be
 // asked of a line as the user gives it: what a recipe holds may do nothing, and a line that takes over a
 // settings document or a recipe is not judged. False: `*failure` names the option that would do nothing and

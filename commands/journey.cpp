@@ -205,6 +205,18 @@ bool IsJourney(const std::string& text) {
     return text.find("..") != std::string::npos || text.find_first_of(",@:") != std::string::npos;
 }
 
+bool SaysPaceTwice(const std::string& text) {
+    const std::vector<std::string> words = Split(text, ":");
+    const std::vector<std::string> known = {"linear", "ease", "loop"};
+    int paces = 0, loops = 0;
+    for (size_t i = 1; i < words.size(); ++i) {
+        const int word = FindName(words[i], known);
+        paces += word == 0 || word == 1;
+        loops += word == 2;
+    }
+    return paces > 1 || loops > 1;
+}
+
 bool ParseJourney(const Parameter& parameter, const std::string& effect, const std::string& text,
                   Journey* journey, std::string* error) {
     *journey = {};

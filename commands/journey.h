@@ -42,6 +42,10 @@ Timeline TimelineOf(const std::vector<Frame>& frames);
 // Whether a parameter's text is more than one value.
 bool IsJourney(const std::string& text);
 
+// Whether the words behind the values say more than once how they are passed through, or that they loop. The
+// last one counts.
+bool SaysPaceTwice(const std::string& text);
+
 // Reads "0..720", "4,20,8" or "4@0%,20@30%,8@100%", with ":linear", ":ease" and ":loop" behind it, for the
 // parameter of `effect`. The first value is that of the first frame and the last value that of the last
 // frame; values between them follow the time. With "loop" the first value comes again when the last frame has

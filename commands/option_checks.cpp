@@ -81,6 +81,8 @@ std::string BatchMismatch(const CommandLine& line, bool isFolder) {
         return ExcludeEachOther("--recursive", line.join ? "--join" : "--delay");
     if (line.batch.recursive && !isFolder)
         return "--recursive needs a folder for the results; end the output's name in /.";
+    if (line.batch.jobs >= 0 && !isFolder)
+        return "--jobs is for several results; leave it out, or name a folder for them by -o FOLDER/.";
     return "";
 }
 

@@ -10,6 +10,7 @@
 #include "commands/common_options.h"
 #include "commands/direct_engine.h"
 #include "commands/engine.h"
+#include "commands/idle_options.h"
 #include "commands/output_format.h"
 #include "commands/parser_words.h"
 #include "commands/recipe_file.h"
@@ -18,9 +19,6 @@
 
 namespace kfx::commands {
 namespace {
-
-// The one effect that takes random numbers.
-constexpr char kRandomEffect[] = "Water Drops";
 
 bool ReadSeed(const std::string& text, int64_t* seed) {
     const auto read = std::from_chars(text.data(), text.data() + text.size(), *seed);

@@ -52,6 +52,11 @@ const Idle kIdle[] = {
     {{"--effect=Emboss", "--palette=black", "--dither-contrast=9"}, "--dither-contrast is for"},
     {{"--effect=Emboss", "--palette=216", "--dither", "--dither-brightness=9"}, "--dither-brightness is for"},
     {{"--effect=Emboss", "--max-size=1M", "--palette=216", "--dither-brightness=9"}, "--dither-brightness"},
+    {{"--effect=Emboss", "--seed=5"}, "--seed is for Water Drops; leave it out, or choose this effect."},
+    {{"--effect=Emboss", "--set=radius=4..45:ease:linear"},
+     "--set radius=4..45:ease:linear: linear, ease and loop may stand once, and linear not beside ease."},
+    {{"--effect=Emboss", "--set=radius=4..45:Ease:ease"}, "--set radius=4..45:Ease:ease: linear, ease"},
+    {{"--effect=Emboss", "--set=radius=4..45:loop:loop"}, "--set radius=4..45:loop:loop: linear, ease"},
 };
 
 TEST_F(IdleOptions, They_are_refused_before_any_work) {
@@ -74,6 +79,8 @@ TEST_F(IdleOptions, What_has_an_effect_is_taken) {
     const Words kUsed[] = {
         {"--effect=Emboss", "--effect=motion blur", "--edges=EXTEND"},
         {"--effect=Emboss", "--edges=background"},
+        {"--effect=Emboss", "--set=radius=4..45:loop:ease"},
+        {"--effect=Emboss", "--effect=water", "--seed=5"},
         {"--effect=raster", "--effect=Emboss", "--local-background=FF0000"},
         {"--effect=Emboss", "--palette=BLACK", "--dither", "--dither-brightness=9", "--dither-contrast=3"},
         {"--effect=Emboss", "--colors=2", "--dither", "--dither-brightness=9"},
@@ -86,6 +93,15 @@ TEST_F(IdleOptions, What_has_an_effect_is_taken) {
         const ProgramResult result = Run(options, {"a.gif"}, "out.gif");
         EXPECT_EQ(result.exitCode, 0) << result.err;
     }
+}
+
+TEST_F(IdleOptions, Files_at_a_time_are_for_a_folder) {
+    const ProgramResult one = Run({"--effect=Emboss", "--jobs=3"}, {"a.gif"}, "out.gif");
+    EXPECT_EQ(one.exitCode, 2);
+    EXPECT_EQ(
+        one.err,
+        "kestrel: --jobs is for several results; leave it out, or name a folder for them by -o FOLDER/.\n");
+    EXPECT_EQ(Run({"--effect=Emboss", "--jobs=3"}, {"a.gif"}, "folder/").exitCode, 0);
 }
 
 TEST_F(IdleOptions, Two_computed_colours_are_dithered_with_the_given_brightness) {
