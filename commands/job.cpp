@@ -75,16 +75,18 @@ bool ResolvePalette(const CommandLine& line, bool ownPalette, const Engine& engi
     if (line.trueColor) return true;
     job->paletteUse = PaletteUse::Computed;
     if (wanted == "custom") return true;
-    if (wanted == "original" && !ownPalette) {
-        return Refuse(ShownInput(line.inputs[0]) + ": has no palette of its own; choose another --palette.",
-                      failure);
-    }
     std::vector<std::string> rows;
     if (!engine.listPalettes(opened, &rows, failure)) return false;
-    if (ownPalette) rows.emplace_back(PALETTE_NAME_SOURCE);
+    // The source's own comes last, where there is one.
+    const auto ownRow = static_cast<int>(rows.size());
+    rows.emplace_back(PALETTE_NAME_SOURCE);
     job->paletteUse = PaletteUse::Listed;
     job->palette = FindName(wanted == "original" ? PALETTE_NAME_SOURCE : line.palette, rows);
+    if (job->palette == ownRow && !ownPalette)
+        return Refuse(ShownInput(line.inputs[0]) + ": has no palette of its own; choose another --palette.",
+                      failure);
     if (job->palette >= 0) return true;
+    if (!ownPalette) rows.pop_back();
     rows.insert(rows.end(), {"custom", "original"});
     return Refuse(UnknownNameMessage("palette", line.palette, rows), failure);
 }
