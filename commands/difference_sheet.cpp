@@ -2,7 +2,6 @@
 #include "commands/difference_sheet.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "commands/times.h"
 #include "media/contact_sheet.h"
@@ -13,15 +12,8 @@ namespace {
 constexpr int kLargestWidth = 480;
 constexpr int kLargestHeight = 360;
 
-// The most that a channel differs, alpha among them.
-int DistanceOf(const uint8_t* a, const uint8_t* b) {
-    int most = 0;
-    for (int c = 0; c < 4; ++c) most = std::max(most, std::abs(a[c] - b[c]));
-    return most;
-}
-
+// Every pixel that differs is equally red: a small difference in a single pixel is to be found, too.
 std::vector<uint8_t> MarkDifferences(const Frame& a, const Frame& b) {
-    constexpr int kPalest = 160;  // of the red's other channels
     std::vector<uint8_t> marked(a.pixels.size(), 255);
     for (size_t i = 0; i < marked.size(); i += 4) {
         const uint8_t* const pixel = &a.pixels[i];
@@ -32,7 +24,7 @@ std::vector<uint8_t> MarkDifferences(const Frame& a, const Frame& b) {
             out[0] = out[1] = out[2] = static_cast<uint8_t>(shown);
         } else {
             out[0] = 220;
-            out[1] = out[2] = static_cast<uint8_t>(kPalest - kPalest * DistanceOf(pixel, &b.pixels[i]) / 255);
+            out[1] = out[2] = 0;
         }
     }
     return marked;

@@ -10,8 +10,8 @@
 namespace kfx::commands {
 
 // Shows the first moment with different pixels, and below it the one with the lowest PSNR when it is another:
-// both frames, and beside them the first in pale grey with the different pixels in red, darker the more they
-// differ. An empty picture when no pixel differs.
+// both frames, and beside them the first in pale grey with the different pixels in full red, however little
+// they differ. An empty picture when no pixel differs.
 Picture DrawDifferences(const std::string& title, const Animation& a, const Animation& b,
                         const Comparison& comparison);
 

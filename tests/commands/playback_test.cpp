@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "commands/color_profile.h"
+#include "commands/difference_sheet.h"
 #include "commands/times.h"
 
 namespace kfx::commands {
@@ -40,6 +41,20 @@ bool LookEqual(const Animation& a, const Animation& b, int tolerance = 0) {
     bool isEqual = result.sameSize && result.samePlays && result.sameDuration;
     for (const Moment& moment : result.moments) isEqual = isEqual && moment.differentPixels == 0;
     return isEqual;
+}
+
+TEST(DifferenceSheet, A_pixel_that_differs_by_one_level_is_as_red_as_any) {
+    for (const int level : {99, 0}) {
+        Animation changed = Movie({GreyFrame(100, 40)});
+        changed.frames[0].pixels[4 * 7] = static_cast<uint8_t>(level);
+        const Animation whole = Movie({GreyFrame(100, 40)});
+        const Picture sheet =
+            DrawDifferences("A and B", whole, changed, CompareAnimations(whole, changed, {}));
+        int red = 0;
+        for (size_t i = 0; i + 3 < sheet.pixels.size(); i += 4)
+            red += sheet.pixels[i] == 220 && sheet.pixels[i + 1] == 0 && sheet.pixels[i + 2] == 0;
+        EXPECT_EQ(red, 1) << level;
+    }
 }
 
 TEST(Playback, A_frame_split_in_two_is_equal_and_other_times_are_not) {
