@@ -30,7 +30,7 @@ bool ReadContent(const std::string& path, std::vector<uint8_t>* content, Failure
 bool IsText(const std::vector<uint8_t>& content) {
     const std::string start(content.begin(), content.begin() + static_cast<std::ptrdiff_t>(
                                                                    std::min<size_t>(content.size(), 200)));
-    return content.empty() || IsDocumentStart(start.substr(0, start.find('\n')).c_str());
+    return IsDocumentStart(start.substr(0, start.find('\n')).c_str());
 }
 
 }  // namespace
@@ -41,18 +41,18 @@ bool ReadRecipeFile(const std::string& path, const ReadLimits& limits, RecipeFil
     std::vector<uint8_t>& content = file->content;
     std::string error;
     if (!ReadContent(path, &content, failure)) return false;
+    if (content.empty()) return Refuse(shown + ": the file is empty.", failure);
     if (IsText(content)) {
         if (content.size() > kMostRecipeBytes)
             return Refuse(shown + ": is too large for a settings document.", failure);
         file->text.assign(content.begin(), content.end());
     } else if (!ReadAnimationFromMemory(content.data(), content.size(), &file->animation, &error, limits)) {
-        // The window's own sentence for documents that are none.
-        if (EndingOf(path) != ".kx1" && FormatNameOf(content.data(), content.size()).empty())
+        if (EndingOf(path) == ".kx1")
+            return Refuse(shown + ": is not a settings document; its first line is another.", failure);
+        if (FormatNameOf(content.data(), content.size()).empty())
             return Refuse(shown + ": is neither a picture that holds a recipe nor a settings document.",
                           failure);
-        return Refuse(
-            EndingOf(path) == ".kx1" ? shown + ": This file has been damaged." : shown + ": " + error + ".",
-            failure);
+        return Refuse(shown + ": " + error + ".", failure);
     } else if (file->animation.recipe.empty()) {
         return Refuse(shown + ": holds no recipe; kestrel apply keeps one in the files that it makes.",
                       failure);

@@ -75,10 +75,15 @@ bool CheckWords(const Recipe& recipe, std::string* error) {
     for (const OptionWord& word : recipe.words) {
         if (word.name == "format" || word.name == "seed" || IsKept(word.name)) continue;
         const std::vector<std::string> names = ApplyOptionNames();
-        *error = std::find(names.begin(), names.end(), word.name) != names.end()
-                     ? "its recipe holds --" + word.name + ", which no recipe may hold."
-                     : "its recipe holds --" + word.name + ", which kestrel " + ProgramVersion() +
-                           " does not know; a newer one made it (" + recipe.version + ").";
+        *error = "its recipe holds --" + word.name;
+        if (std::find(names.begin(), names.end(), word.name) != names.end()) {
+            *error += ", which no recipe may hold.";
+        } else {
+            *error += ", which kestrel " + ProgramVersion() + " does not know";
+            *error += recipe.version == ProgramVersion()
+                          ? "; the recipe has been changed or damaged."
+                          : "; another version made it (" + recipe.version + ").";
+        }
         return false;
     }
     return true;

@@ -191,7 +191,11 @@ TEST_F(Recipes, Settings_documents_are_taken_over) {
     WriteText(Path("bad.kx1"), "SCROLL193=1530\n");
     const ProgramResult bad = Run({"apply", input, "-o", Path("x.gif"), "--settings", Path("bad.kx1")});
     EXPECT_EQ(bad.exitCode, 3);
-    EXPECT_EQ(bad.err, "kestrel: " + Path("bad.kx1") + ": This file has been damaged.\n");
+    EXPECT_EQ(bad.err,
+              "kestrel: " + Path("bad.kx1") + ": is not a settings document; its first line is another.\n");
+    WriteText(Path("bad.kx1"), "");
+    EXPECT_EQ(Run({"apply", input, "-o", Path("x.gif"), "--settings", Path("bad.kx1")}).err,
+              "kestrel: " + Path("bad.kx1") + ": the file is empty.\n");
     EXPECT_EQ(Run({"apply", input, "-o", Path("x.gif"), "--settings", Path("missing.kx1")}).exitCode, 3);
     EXPECT_EQ(Run({"apply", input, "-o", Path("x.gif"), "--settings", Path("look.kx1"), "--recipe", "y"}).err,
               "kestrel: --settings and --recipe exclude each other.\n");

@@ -180,10 +180,12 @@ TEST(RecipeWords, What_another_format_does_not_take_is_left_out) {
     EXPECT_THAT(left, ElementsAre("--quality=80"));
 }
 
-std::string ErrorOf(const std::string& line) {
+std::string ErrorOf(const std::string& line, const std::string& version = ProgramVersion()) {
     std::string text = FinishRecipe(
         DraftRecipe(Accept({"apply", "in.gif", "-o", "out.gif", "--effect=Bump"})), std::string(32, '0'));
     text.insert(text.find(";--effect"), line + "\n");
+    const std::string own = ";kestrel " + ProgramVersion();
+    text.replace(text.find(own), own.size(), ";kestrel " + version);
     Recipe recipe;
     std::string error;
     EXPECT_FALSE(ReadRecipe(text, &recipe, &error));
@@ -194,8 +196,10 @@ TEST(RecipeWords, A_recipe_from_elsewhere_names_no_files_and_no_unknown_options)
     EXPECT_EQ(ErrorOf(";--output=/etc/passwd"), "its recipe holds --output, which no recipe may hold.");
     EXPECT_EQ(ErrorOf(";--settings=x.kx1"), "its recipe holds --settings, which no recipe may hold.");
     EXPECT_EQ(ErrorOf(";--force"), "its recipe holds --force, which no recipe may hold.");
-    EXPECT_EQ(ErrorOf(";--sparkle=3"), "its recipe holds --sparkle, which kestrel " + ProgramVersion() +
-                                           " does not know; a newer one made it (" + ProgramVersion() + ").");
+    const std::string unknown =
+        "its recipe holds --sparkle, which kestrel " + ProgramVersion() + " does not know; ";
+    EXPECT_EQ(ErrorOf(";--sparkle=3"), unknown + "the recipe has been changed or damaged.");
+    EXPECT_EQ(ErrorOf(";--sparkle=3", "17.0"), unknown + "another version made it (17.0).");
     EXPECT_EQ(ErrorOf(";--effect=\x1B[2J"), "its recipe is damaged.");
     EXPECT_EQ(ErrorOf(";fingerprint 12"), "its recipe is damaged.");
     EXPECT_EQ(ErrorOf(";part 3 of 2"), "its recipe is damaged.");
