@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/parser_words.h"
 
+#include <algorithm>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -22,8 +23,13 @@ std::vector<std::string> OptionNames(const CLI::App& app) {
 
 std::string UnexpectedArgumentMessage(const std::string& argument, const CLI::App& app,
                                       const CLI::App& place) {
+    if (argument == "--") return "behind \"--\" stand files only; put the options before it.";
+    const std::vector<std::string> known = OptionNames(place);
+    if (&place != &app && std::find(known.begin(), known.end(), argument) != known.end())
+        return argument + " stands before the command; put it behind: " + app.get_name() + " " +
+               place.get_name() + " " + argument + ".";
     if (argument.rfind('-', 0) == 0) {
-        const auto nearest = NearestNames(argument, OptionNames(place));
+        const auto nearest = NearestNames(argument, known);
         return "unknown option \"" + argument + "\"" +
                (nearest.empty() ? "; see --help." : "; did you mean " + JoinNames(nearest) + "?");
     }

@@ -57,6 +57,13 @@ bool ReadFormat(const uint8_t* data, size_t size, const ReadLimits& limits, Anim
         return false;
     }
     const Format* format = FormatOf(data, size);
+    // So begin MP4, MOV and their kin; then Matroska and WebM.
+    constexpr Signature kVideos[] = {{4, "ftyp"}, {0, "\x1A\x45\xDF\xA3"}};
+    if (!format && std::any_of(std::begin(kVideos), std::end(kVideos),
+                               [&](const Signature& signature) { return Matches(signature, data, size); })) {
+        *error = "this kind of video is not read; make Y4M video of it, as with ffmpeg -i IN.mp4 OUT.y4m";
+        return false;
+    }
     if (!format) {
         *error = "the file is not a GIF, WebP, PNG, JPEG or BMP picture, nor Y4M video";
         return false;

@@ -64,6 +64,24 @@ TEST_F(Mistakes, A_folder_that_is_not_there_ends_in_a_slash) {
                   "\"; or add --format, or end a folder's name in \"/\".\n");
 }
 
+TEST_F(Mistakes, Options_stand_behind_the_command_and_before_the_double_dash) {
+    EXPECT_EQ(Failing(2, {"--quiet", "apply", input, "-o", output}),
+              "kestrel: --quiet stands before the command; put it behind: kestrel apply --quiet.\n");
+    EXPECT_EQ(Failing(2, {"apply", "--", input, "-o", output, "--effect", "Neon"}),
+              "kestrel: behind \"--\" stand files only; put the options before it.\n");
+}
+
+TEST_F(Mistakes, Videos_of_other_kinds_are_to_be_converted) {
+    const std::string sentence =
+        ": this kind of video is not read; make Y4M video of it, as with ffmpeg -i IN.mp4 OUT.y4m.\n";
+    WriteText(folder.path + "a.mp4", std::string("\0\0\0\x20"
+                                                 "ftypisom",
+                                                 12));
+    WriteText(folder.path + "a.mkv", "\x1A\x45\xDF\xA3 and more");
+    for (const std::string name : {"a.mp4", "a.mkv"})
+        EXPECT_EQ(Failing(3, {"info", folder.path + name}), "kestrel: " + folder.path + name + sentence);
+}
+
 TEST_F(Mistakes, Standard_input_is_read_once) {
     const std::string sentence = "kestrel: standard input is named twice, but can be read only once.\n";
     EXPECT_EQ(Failing(2, {"compare", "-", "-"}), sentence);
