@@ -55,6 +55,7 @@ ParseOutcome Parse(CLI::App* app, const std::vector<std::string>& arguments, std
 }  // namespace
 
 std::string ExamplesOf(const std::string& command) {
+    if (command.empty()) return ProgramExamples();
     for (const CommandRow* row : kCommands) {
         if (command == row->name) return row->examples;
     }

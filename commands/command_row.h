@@ -45,7 +45,7 @@ struct CommandRow {
     const char* examples = "";  // command lines that work, one a line
 };
 
-// The examples of the command of this name.
+// The examples of the command of this name; of the program, for an empty one.
 std::string ExamplesOf(const std::string& command);
 
 // Prints what the line has ready.

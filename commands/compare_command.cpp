@@ -264,12 +264,7 @@ void AddCompare(CLI::App* app, const OptionTarget& target) {
     AddJoinOptions(compare, line);
     AddReadLimit(compare, line);
     AddReportOptions(compare, line);
-    compare->footer(
-        "Examples:\n"
-        "  kestrel compare holiday.gif holiday.webp --round-times\n"
-        "  kestrel compare before.png after.png -o differences.png\n"
-        "  kestrel compare full.gif small.gif --min-psnr 35 --json\n\n"
-        "Exit codes: 0 they look equal, 1 they differ, others as for each command.");
+    compare->footer("Exit codes: 0 they look equal, 1 they differ, others as for each command.");
 }
 
 bool FinishCompare(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {
@@ -295,6 +290,8 @@ const CommandRow kCompareCommand = {
     .add = AddCompare,
     .finish = FinishCompare,
     .run = RunCompare,
-    .examples = "kestrel compare A.gif B.gif\nkestrel compare A.webp B.gif --round-times -o DIFF.png"};
+    .examples =
+        "kestrel compare A.gif B.gif\nkestrel compare A.webp B.gif --round-times -o DIFF.png\n"
+        "kestrel compare A.gif B.gif --min-psnr 35 --json"};
 
 }  // namespace kfx::commands

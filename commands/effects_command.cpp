@@ -129,20 +129,16 @@ void AddEffects(CLI::App* app, const OptionTarget& target) {
                      "Only this effect; a beginning that fits one name is enough (default: all)")
         ->type_name("NAME");
     AddEngineOptions(effects, target);
-    effects->footer(
-        "Examples:\n"
-        "  kestrel effects\n"
-        "  kestrel effects \"Oil Painting\"\n"
-        "  kestrel effects swirl --json");
 }
 
 }  // namespace
 
-const CommandRow kEffectsCommand = {.name = "effects",
-                                    .inputs = InputUse::Each,
-                                    .add = AddEffects,
-                                    .finish = nullptr,
-                                    .run = RunEffects,
-                                    .examples = "kestrel effects\nkestrel effects --json"};
+const CommandRow kEffectsCommand = {
+    .name = "effects",
+    .inputs = InputUse::Each,
+    .add = AddEffects,
+    .finish = nullptr,
+    .run = RunEffects,
+    .examples = "kestrel effects\nkestrel effects \"Oil Painting\"\nkestrel effects swirl --json"};
 
 }  // namespace kfx::commands

@@ -231,11 +231,6 @@ void AddGallery(CLI::App* app, const OptionTarget& target) {
     AddThreads(gallery, target.line, false);
     AddSeed(gallery, &target.line->recipe, std::to_string(kSeed));
     AddEngineOptions(gallery, target);
-    gallery->footer(
-        "Examples:\n"
-        "  kestrel gallery holiday.gif -o sheet.png\n"
-        "  kestrel gallery holiday.gif -o wall.webp\n"
-        "  kestrel gallery holiday.gif -o wall.gif --size 100x75 --columns 5");
 }
 
 bool FinishGallery(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {
@@ -251,6 +246,8 @@ const CommandRow kGalleryCommand = {
     .add = AddGallery,
     .finish = FinishGallery,
     .run = RunGallery,
-    .examples = "kestrel gallery IN.gif -o SHEET.png\nkestrel gallery IN.gif -o WALL.gif"};
+    .examples =
+        "kestrel gallery IN.gif -o SHEET.png\nkestrel gallery IN.gif -o WALL.gif\n"
+        "kestrel gallery IN.gif -o WALL.gif --size 100x75 --columns 5"};
 
 }  // namespace kfx::commands

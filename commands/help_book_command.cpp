@@ -122,10 +122,6 @@ void AddHelpBook(CLI::App* app, const OptionTarget& target) {
     AddOutput(book, target.line, "-o,--output", "HTML file");
     AddThreads(book, target.line, false);
     AddEngineOptions(book, target);
-    book->footer(
-        "Examples:\n"
-        "  kestrel help-book -o KFXPLUG1.HTML\n"
-        "  kestrel help-book holiday.jpg -o effects.html");
 }
 
 bool FinishHelpBook(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {

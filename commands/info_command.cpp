@@ -330,20 +330,17 @@ void AddInfo(CLI::App* app, const OptionTarget& target) {
     AddReadLimit(info, target.line);
     AddReportOptions(info, target.line);
     info->footer(
-        "Examples:\n"
-        "  kestrel info holiday.gif\n"
-        "  kestrel info --frames holiday.webp\n"
-        "  kestrel info --json *.gif\n\n"
         "A file that cannot be read does not stop the others; the exit code is that of the first failure.");
 }
 
 }  // namespace
 
-const CommandRow kInfoCommand = {.name = "info",
-                                 .inputs = InputUse::EachFile,
-                                 .add = AddInfo,
-                                 .finish = nullptr,
-                                 .run = RunInfo,
-                                 .examples = "kestrel info FILE.gif\nkestrel info FOLDER --json"};
+const CommandRow kInfoCommand = {
+    .name = "info",
+    .inputs = InputUse::EachFile,
+    .add = AddInfo,
+    .finish = nullptr,
+    .run = RunInfo,
+    .examples = "kestrel info FILE.gif\nkestrel info --frames FILE.webp\nkestrel info FOLDER --json"};
 
 }  // namespace kfx::commands

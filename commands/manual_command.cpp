@@ -79,6 +79,7 @@ std::string ManualPage(const CLI::App& app) {
     text += ".SH DESCRIPTION\n" + Sentence(app.get_description());
     text += Sentence("`kestrel` COMMAND `--help` lists the options of a command.");
     text += ".SH COMMANDS\n" + CommandsOf(app);
+    text += ".SH EXAMPLES\n" + ExampleBlock(ExamplesOf(""));
     text += ".SH \"EXIT STATUS\"\n";
     for (const ExitCodeRow& row : ExitCodeRows())
         text += ".TP\n" + Bold(std::to_string(row.code)) + "\n" + Sentence(row.meaning);

@@ -164,12 +164,7 @@ void AddPalettes(CLI::App* app, const OptionTarget& target) {
     AddPictureSize(palettes, target.line, "200x150");
     AddThreads(palettes, target.line, false);
     AddEngineOptions(palettes, target);
-    palettes->footer(
-        "The bytes are those of whole GIF files, as kestrel apply writes them; no GIF is kept.\n\n"
-        "Examples:\n"
-        "  kestrel palettes holiday.gif\n"
-        "  kestrel palettes holiday.gif -o palettes.png\n"
-        "  kestrel apply holiday.gif -o small.gif --format gif --palette \"64-color orthogonal\" --dither");
+    palettes->footer("The bytes are those of whole GIF files, as kestrel apply writes them; no GIF is kept.");
 }
 
 bool FinishPalettes(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {

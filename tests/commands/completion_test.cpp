@@ -177,6 +177,23 @@ TEST(Manual, No_line_of_text_begins_with_a_request) {
     }
 }
 
+TEST(Manual, Has_the_examples_of_all_commands_in_a_section) {
+    const std::string page = Printed({"man"});
+    const size_t examples = page.find("\n.SH EXAMPLES\n");
+    ASSERT_NE(examples, std::string::npos);
+    EXPECT_NE(page.find("kestrel verify", examples), std::string::npos);
+    EXPECT_LT(examples, page.find("\n.SH \"EXIT STATUS\"\n"));
+}
+
+TEST(Help, Shows_examples_once) {
+    for (const char* command : {"apply", "compare", "effects", "gallery", "help-book", "info", "palettes"}) {
+        const std::string help = TextOf({command, "--help"});
+        const size_t examples = help.find("Examples:");
+        EXPECT_NE(examples, std::string::npos) << command;
+        EXPECT_EQ(help.find("Examples:", examples + 1), std::string::npos) << command;
+    }
+}
+
 TEST(Help, Begins_with_examples) {
     for (const Words& arguments : {Words{"--help"}, Words{"apply", "--help"}, Words{"man", "--help"}}) {
         const std::string help = TextOf(arguments);
