@@ -96,9 +96,23 @@ void AnnounceFile(const fs::path& path) {
     if (writeWatch.making) writeWatch.making(Utf8Of(path));
 }
 
+// A file that is replaced keeps its permissions: one that only its owner may read stays so.
+void KeepPermissions(const fs::path& temporary, const fs::path& target) {
+#ifndef _WIN32
+    std::error_code ignored;
+    const fs::file_status replaced = fs::status(target, ignored);
+    if (fs::is_regular_file(replaced))
+        fs::permissions(temporary, replaced.permissions() & fs::perms::all, ignored);
+#else
+    static_cast<void>(temporary);
+    static_cast<void>(target);
+#endif
+}
+
 // Gives a file its final name. Windows refuses that while another program has the file open, as virus
 // scanners and viewers do for a moment: the renaming is tried again for a second there.
 void PlaceFile(const fs::path& temporary, const fs::path& target, std::error_code* failure) {
+    KeepPermissions(temporary, target);
     fs::rename(temporary, target, *failure);
 #ifdef _WIN32
     if (!*failure) return;

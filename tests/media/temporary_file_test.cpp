@@ -75,6 +75,17 @@ TEST_F(TemporaryFiles, What_a_killed_program_left_is_removed_when_its_result_is_
     EXPECT_EQ(content, (Bytes{1, 2, 3}));
 }
 
+#ifndef _WIN32
+TEST_F(TemporaryFiles, A_file_that_is_replaced_keeps_its_permissions) {
+    const fs::perms own = fs::perms::owner_read | fs::perms::owner_write;
+    Put("x.gif", "before");
+    fs::permissions(folder / "x.gif", own);
+    Write(Bytes(10, 1));
+    EXPECT_EQ(fs::status(folder / "x.gif").permissions(), own);
+    EXPECT_EQ(fs::file_size(folder / "x.gif"), 10u);
+}
+#endif
+
 TEST_F(TemporaryFiles, A_folder_and_a_link_of_the_temporary_name_are_left_alone) {
     fs::create_directories(folder / "x.gif.kestrel-part" / "inner");
     Put("mine", "mine");
