@@ -84,6 +84,9 @@ INT_PTR CALLBACK AboutProcedure(HWND box, UINT message, WPARAM word, LPARAM data
         case WM_COMMAND:
             OnAboutCommand(box, LOWORD(word));
             return TRUE;
+        case WM_HELP:
+            ShowHelp(box, "ABOUT");
+            return TRUE;
         case WM_DESTROY:
             StopLogo(&aboutLogo);
             return TRUE;

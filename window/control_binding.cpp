@@ -88,11 +88,14 @@ bool OnWheel(HWND window, int delta, POINT place) {
     static int rest = 0;  // fine wheels send parts of a notch
     HWND slider = SliderAt(window, place);
     if (!slider) slider = GetFocus();
-    if (KindOf(slider) != BoundKind::Slider || GetParent(slider) != window) return false;
+    if (KindOf(slider) != BoundKind::Slider || GetParent(slider) != window || !IsWindowVisible(slider))
+        return false;
     if ((rest < 0) != (delta < 0)) rest = 0;
     rest += delta;
-    for (; rest >= WHEEL_DELTA; rest -= WHEEL_DELTA) OnScroll(window, slider, SB_LINERIGHT, 0);
-    for (; rest <= -WHEEL_DELTA; rest += WHEEL_DELTA) OnScroll(window, slider, SB_LINELEFT, 0);
+    // All notches at once, so that the preview is rendered once.
+    const int notches = rest / WHEEL_DELTA;
+    rest %= WHEEL_DELTA;
+    if (notches != 0) OnScroll(window, slider, SB_THUMBPOSITION, GetScrollPos(slider, SB_CTL) + notches);
     return true;
 }
 

@@ -34,8 +34,8 @@ RECT FreeRoom(HWND window, const uint32_t* controls) {
 }  // namespace
 
 void DrawEffectSentence(HWND window, HDC dc) {
-    const LRESULT row = SendDlgItemMessageA(window, IDC_EFFECT, CB_GETCURSEL, 0, 0);
-    const Effect* effect = row < 0 ? nullptr : EffectAt(static_cast<size_t>(row));
+    // Not the list's row, which moves ahead of the panel while the list is open.
+    const Effect* effect = settings.mainEffect < EffectCount() ? EffectAt(settings.mainEffect) : nullptr;
     if (!effect || !plugin.textFont) return;
     const RECT room = FreeRoom(window, effect->controls.ids);
     const char* text = LoadText(IDS_EFFECT_SENTENCES + effect->panel - IDD_PANEL_EMBOSS);

@@ -14,7 +14,9 @@ bool IsHeld(int key) { return GetKeyState(key) < 0; }
 
 // The command of a key that is pressed with Ctrl alone; 0: none.
 WPARAM ShortcutOf(const MSG& message) {
-    if (message.message != WM_KEYDOWN || !IsHeld(VK_CONTROL) || IsHeld(VK_SHIFT) || IsHeld(VK_MENU)) return 0;
+    constexpr LPARAM kIsRepeated = LPARAM{1} << 30;
+    if (message.message != WM_KEYDOWN || (message.lParam & kIsRepeated)) return 0;
+    if (!IsHeld(VK_CONTROL) || IsHeld(VK_SHIFT) || IsHeld(VK_MENU)) return 0;
     return message.wParam == 'O' ? IDM_DOCUMENT_OPEN : message.wParam == 'S' ? IDM_DOCUMENT_SAVE : 0;
 }
 
@@ -32,7 +34,9 @@ bool OpensSliderMenu(const MSG& message) {
 // Whether the message is dealt with and goes no further.
 bool Filter(const MSG& message) {
     const HWND window = plugin.window;
-    if (!window || (message.hwnd != window && GetParent(message.hwnd) != window)) return false;
+    // Windows of others that this one owns keep their keys.
+    if (!window || (message.hwnd != window && !IsChild(window, message.hwnd))) return false;
+    if (!IsWindowEnabled(window)) return false;
     if (const WPARAM command = ShortcutOf(message)) {
         PostMessageA(window, WM_COMMAND, command, 0);
         return true;

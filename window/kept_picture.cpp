@@ -29,8 +29,7 @@ ShownPicture Kept() { return {.info = &kept.info, .pixels = kept.pixels}; }
 
 void KeepPicture(const PreviewInput& input, const WorkingImage* picture) {
     FreeKeptPicture();
-    // What depends on the moment in which it is made is never the same picture.
-    if (!input.effect || input.effect->framesInOrder || picture->bitCount != 24) return;
+    if (!input.effect || picture->bitCount != 24) return;
     BITMAPINFO info = {};
     info.bmiHeader.biSize = sizeof info.bmiHeader;
     info.bmiHeader.biWidth = picture->width;
@@ -41,7 +40,12 @@ void KeepPicture(const PreviewInput& input, const WorkingImage* picture) {
     const HBITMAP bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
     if (!bitmap) return;
     std::memcpy(pixels, PixelsOf(picture), StrideOf(picture) * static_cast<size_t>(picture->height));
-    kept = {.bitmap = bitmap, .info = info, .pixels = pixels, .input = input, .upToDate = true};
+    kept = {.bitmap = bitmap,
+            .info = info,
+            .pixels = pixels,
+            .input = input,
+            // Effects that take the frames in order depend on the clock: the next picture is another one.
+            .upToDate = !input.effect->framesInOrder};
 }
 
 ShownPicture PictureFor(const PreviewInput& input) {

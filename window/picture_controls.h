@@ -7,7 +7,8 @@
 namespace kfx {
 
 // From now on a click on the control leaves the focus where it is, and the control is never erased, since
-// every pixel of it is drawn. The control tells its dialog of a click as before.
+// every pixel of it is drawn. The control tells its dialog of a click (BN_CLICKED) when
+// the mouse button is released over it.
 void MakePictureControl(HWND dialog, int id);
 
 }  // namespace kfx

@@ -154,6 +154,14 @@ void OnScrollMessage(HWND window, WPARAM word, LPARAM data) {
     if (data) OnScroll(window, reinterpret_cast<HWND>(data), LOWORD(word), HIWORD(word));
 }
 
+// F1 in a window that this one owns comes here, too, when nobody has answered it; it is not for this window.
+INT_PTR OnHelp(HWND window, const HELPINFO* asked) {
+    const HWND item = asked ? static_cast<HWND>(asked->hItemHandle) : window;
+    if (item != window && !IsChild(window, item)) return FALSE;
+    OnCommand(window, IDC_HELP_BUTTON, BN_CLICKED, nullptr);
+    return TRUE;
+}
+
 void OnDestroy(HWND window) {
     if (!plugin.window) return;
     NotifyCurrentEffect(window, EffectEvent::Leaving);
@@ -195,8 +203,7 @@ INT_PTR CALLBACK PluginWindowProcedure(HWND window, UINT message, WPARAM word, L
         case WM_CONTEXTMENU:
             return OnContextMenu(window, reinterpret_cast<HWND>(word), data);
         case WM_HELP:
-            OnCommand(window, IDC_HELP_BUTTON, BN_CLICKED, nullptr);
-            return TRUE;
+            return OnHelp(window, reinterpret_cast<const HELPINFO*>(data));
         case WM_TIMER:
             if (word == kUpdateTimer) OnUpdateTimer(window);
             return TRUE;

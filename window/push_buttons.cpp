@@ -18,6 +18,8 @@ HWND hotButton = nullptr;  // the converted button under the pointer
 
 void SetHot(HWND button, bool hot) {
     if ((hotButton == button) == hot) return;
+    // The pointer may reach this button before it is told to have left the other.
+    if (hotButton && hotButton != button) InvalidateRect(hotButton, nullptr, FALSE);
     hotButton = hot ? button : nullptr;
     InvalidateRect(button, nullptr, FALSE);
     TRACKMOUSEEVENT leaving = {
@@ -99,14 +101,16 @@ void GiveButtonLook(HWND dialog, int id) {
 BOOL DrawPushButton(const DRAWITEMSTRUCT& item) {
     if (item.CtlType != ODT_BUTTON || !GetPropA(item.hwndItem, kProcedureProperty)) return FALSE;
     const bool focused = (item.itemState & ODS_FOCUS) != 0;
+    const bool disabled = (item.itemState & ODS_DISABLED) != 0;
+    const bool pointed = hotButton == item.hwndItem || (item.itemState & ODS_HOTLIGHT) != 0;
     const ButtonFace face = {.dc = item.hDC,
                              .area = item.rcItem,
                              .pushed = (item.itemState & ODS_SELECTED) != 0,
-                             .hot = hotButton == item.hwndItem || (item.itemState & ODS_HOTLIGHT) != 0,
+                             .hot = pointed && !disabled,
                              .isDefault = IsDefault(item.hwndItem),
                              .focused = focused,
                              .ringed = focused && !(item.itemState & ODS_NOFOCUSRECT),
-                             .disabled = (item.itemState & ODS_DISABLED) != 0};
+                             .disabled = disabled};
     const SavedContext saved(item.hDC);
     DrawButtonFace(face, plugin.buttonStyle);
     DrawLabel(item, face);

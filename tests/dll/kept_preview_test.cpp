@@ -25,17 +25,29 @@ class KeptPreview : public SourceWindowTest {
 protected:
     KeptPreview() : SourceWindowTest(SomePicture(1), WithConfiguration("MainEffect = 1\n")) {}
 
-    // Whether a drawing of this size renders: that takes movable memory. The pixels are then in `drawn`.
-    bool Renders(int width = 128, int height = 88) {
+    // Whether an action renders: that takes movable memory.
+    template <typename Action>
+    bool RendersBy(const Action& action) {
+        session.Settle();
         RefuseGlobalAllocation(0);
-        drawn = session.DrawPreview(width, height);
+        action();
+        session.Settle();
         return CountLedger().allocations > 0;
+    }
+
+    // Whether a drawing renders that is larger than the preview's own by so many pixels: with the same size
+    // it does not matter that the window may draw it, too. The pixels are then in `drawn`.
+    bool Renders(int wider = 0, int higher = 0) {
+        RECT area = {};
+        GetClientRect(session.Control(IDC_PREVIEW), &area);
+        return RendersBy([&] { drawn = session.DrawPreview(area.right + wider, area.bottom + higher); });
     }
 
     std::vector<COLORREF> drawn;
 };
 
 TEST_F(KeptPreview, A_preview_that_was_only_covered_is_shown_again_as_it_was) {
+    ASSERT_TRUE(Renders(1)) << "another size";
     ASSERT_TRUE(Renders());
     const std::vector<COLORREF> before = drawn;
     EXPECT_FALSE(Renders());
@@ -43,31 +55,31 @@ TEST_F(KeptPreview, A_preview_that_was_only_covered_is_shown_again_as_it_was) {
 }
 
 TEST_F(KeptPreview, Every_repaint_that_the_window_asks_for_renders) {
-    ASSERT_TRUE(Renders());
-    session.Scroll(IDC_EMBOSS_RADIUS, SB_LINERIGHT);
-    EXPECT_TRUE(Renders()) << "a slider";
-    session.Command(IDC_EMBOSS_RADIUS);
-    EXPECT_TRUE(Renders()) << "a command of a slider that has not moved";
-    SendMessageA(session.Window(), WM_TIMER, 15, 0);
-    session.Settle();
-    EXPECT_TRUE(Renders()) << "the update timer";
+    Renders();
+    ASSERT_FALSE(Renders());
+    EXPECT_TRUE(RendersBy([&] { session.Scroll(IDC_EMBOSS_RADIUS, SB_LINERIGHT); })) << "a slider";
+    EXPECT_TRUE(RendersBy([&] { session.Command(IDC_EMBOSS_RADIUS); }))
+        << "a command of a slider that has not moved";
+    EXPECT_TRUE(RendersBy([&] { SendMessageA(session.Window(), WM_TIMER, 15, 0); })) << "the update timer";
     EXPECT_FALSE(Renders());
 }
 
-TEST_F(KeptPreview, Another_size_effect_value_or_background_is_another_picture) {
-    ASSERT_TRUE(Renders());
-    EXPECT_TRUE(Renders(129, 88));
-    EXPECT_TRUE(Renders(129, 87));
+TEST_F(KeptPreview, Another_size_effect_value_or_source_is_another_picture) {
+    Renders();
+    EXPECT_TRUE(Renders(1));
+    EXPECT_TRUE(Renders(1, 1));
+    EXPECT_TRUE(Renders());
     SetScrollPos(session.Control(IDC_EMBOSS_RADIUS), SB_CTL, 9, FALSE);
-    EXPECT_TRUE(Renders(129, 87)) << "a position";
+    EXPECT_TRUE(Renders()) << "a position";
     SendDlgItemMessageA(session.Window(), IDC_EFFECT, CB_SETCURSEL, kEmboss + 1, 0);
-    EXPECT_TRUE(Renders(129, 87)) << "an effect";
-    const bool checked = session.IsChecked(IDC_LOCAL_BACKGROUND);
-    CheckDlgButton(session.Window(), IDC_LOCAL_BACKGROUND, checked ? BST_UNCHECKED : BST_CHECKED);
+    EXPECT_TRUE(Renders()) << "an effect";
+    EXPECT_FALSE(Renders());
+    const std::vector<COLORREF> before = drawn;
     host.Serve(SomePicture(2));
     session.Click(IDC_SELECT);
-    EXPECT_TRUE(Renders(129, 87)) << "a source";
-    EXPECT_FALSE(Renders(129, 87));
+    Renders();
+    EXPECT_NE(drawn, before) << "a source";
+    EXPECT_FALSE(Renders());
 }
 
 TEST_F(KeptPreview, A_picture_that_depends_on_the_moment_is_always_rendered) {
@@ -77,7 +89,7 @@ TEST_F(KeptPreview, A_picture_that_depends_on_the_moment_is_always_rendered) {
 }
 
 TEST_F(KeptPreview, A_source_without_a_picture_is_followed_by_the_prompt) {
-    ASSERT_TRUE(Renders());
+    Renders();
     const std::vector<COLORREF> picture = drawn;
     host.Serve(MakeAnimationBlock({}));
     session.Click(IDC_SELECT);

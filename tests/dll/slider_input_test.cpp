@@ -109,20 +109,30 @@ TEST_F(SliderInput, A_right_click_on_a_slider_opens_its_menu) {
 TEST_F(SliderInput, F1_opens_the_help) {
     HELPINFO help = {};
     help.cbSize = sizeof help;
+    help.hItemHandle = session.Control(IDC_DITHER);
     SendMessageA(session.Control(IDC_DITHER), WM_HELP, 0, reinterpret_cast<LPARAM>(&help));
     session.Settle();
     EXPECT_THAT(host.Requests(HostRequest::ShowHelp), SizeIs(1));
 }
 
+TEST_F(SliderInput, F1_in_a_window_that_the_plugin_s_owns_opens_no_help) {
+    HELPINFO help = {};
+    help.cbSize = sizeof help;
+    help.hItemHandle = GetDesktopWindow();
+    SendMessageA(session.Window(), WM_HELP, 0, reinterpret_cast<LPARAM>(&help));
+    session.Settle();
+    EXPECT_THAT(host.Requests(HostRequest::ShowHelp), SizeIs(0));
+}
+
 // Holds Ctrl for the window's thread, as the keyboard would.
-void PressWithCtrl(PluginSession& session, WPARAM key) {
+void PressWithCtrl(PluginSession& session, WPARAM key, LPARAM data = 1) {
     const DWORD thread = GetWindowThreadProcessId(session.Window(), nullptr);
     BYTE before[256] = {}, keys[256] = {};
     AttachThreadInput(GetCurrentThreadId(), thread, TRUE);
     GetKeyboardState(before);
     keys[VK_CONTROL] = 0x80;
     SetKeyboardState(keys);
-    PostMessageA(session.Control(IDC_DITHER), WM_KEYDOWN, key, 1);
+    PostMessageA(session.Control(IDC_DITHER), WM_KEYDOWN, key, data);
     session.Settle();
     session.Settle();
     SetKeyboardState(before);
@@ -138,6 +148,8 @@ TEST_F(SliderInput, Ctrl_O_and_Ctrl_S_open_and_save_a_document) {
     ASSERT_THAT(session.AskedPaths(), SizeIs(2));
     EXPECT_TRUE(session.AskedPaths()[1].toSave);
     PressWithCtrl(session, 'D');
+    constexpr LPARAM kRepeated = LPARAM{1} << 30 | 1;
+    PressWithCtrl(session, 'S', kRepeated);
     EXPECT_THAT(session.AskedPaths(), SizeIs(2));
 }
 
