@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// plugin_screens FOLDER [--look N] [--contrast] [--check]: opens the plug-in's window with the sample
-// animation, and writes a PNG file of each effect's panel, of About and of the message boxes into the folder,
-// and all of them on one sheet. `--look` is the host's choice of buttons, 0 to 3; with --contrast the
-// system's colours are those of a black screen; with --check nothing is written. Names each text that is cut;
-// exit code 1 when there is one.
+// plugin_screens FOLDER [--look N] [--contrast]: opens the plug-in's window with the sample animation, and
+// writes a PNG file of each effect's panel, of About and of message boxes into the folder, which must exist.
+// `--look` is the host's choice of buttons, 0 to 3; with --contrast the system's colours are those of a black
+// screen. Names each text that is cut; exit code 1 when there is one, 5 when something failed.
+// plugin_screens --check ...: the same, but writes nothing.
+// plugin_screens --sheet FOLDER: draws the pictures in the folder's folders on one sheet.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
