@@ -199,8 +199,10 @@ def installer_installs_upgrades_and_removes(context):
         running = subprocess.Popen([context.root / "cmake" / "wine", place / "kestrel.exe", "apply", "-", "-o",
                                     context.folder / "never.gif", "--effect", "Neon"], stdin=subprocess.PIPE,
                                    stderr=subprocess.PIPE, stdout=subprocess.DEVNULL)
-        refused = context.wine(setup, "/S", may_fail=True) if is_loaded("kestrel.exe") else None
-        running.communicate()
+        try:
+            refused = context.wine(setup, "/S", may_fail=True) if is_loaded("kestrel.exe") else None
+        finally:
+            running.communicate()
         check(refused is not None, "kestrel.exe did not start")
         check(refused.returncode == 2, "a program in use gives exit code %d" % refused.returncode)
         check((place / "READ-ME.txt").read_text() == "an older one", "a file was replaced beside a program in use")
