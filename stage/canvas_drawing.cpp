@@ -125,8 +125,16 @@ void DrawCanvas(const Stage& stage, HDC target, const RECT& client) {
     }
 }
 
-// The bitmap stays: a large one that is made for each frame waits for the threads that take and give back the
-// memory of animations at that time.
+void DrawCanvasAndFocus(const Stage& stage, HWND canvas, HDC target, const RECT& client) {
+    DrawCanvas(stage, target, client);
+    if (GetFocus() != canvas) return;
+    SetTextColor(target, RGB(0, 0, 0));
+    SetBkColor(target, RGB(255, 255, 255));
+    DrawFocusRect(target, &client);
+}
+
+// Null: the system refuses it. The bitmap stays: a large one that is made for each frame waits for the
+// threads that take and give back the memory of animations at that time.
 HBITMAP BitmapForCanvas(Controls* controls, HDC screen, SIZE size) {
     const SIZE kept = controls->canvasBitmapSize;
     if (controls->canvasBitmap && kept.cx >= size.cx && kept.cy >= size.cy) return controls->canvasBitmap;
@@ -167,18 +175,18 @@ void PaintCanvas(Stage* stage, HWND canvas) {
     const HDC screen = BeginPaint(canvas, &paint);
     RECT client;
     GetClientRect(canvas, &client);
-    const HDC target = CreateCompatibleDC(screen);
     const HBITMAP bitmap = BitmapForCanvas(&stage->controls, screen, {client.right, client.bottom});
-    const HGDIOBJ before = SelectObject(target, bitmap);
-    DrawCanvas(*stage, target, client);
-    if (GetFocus() == canvas) {
-        SetTextColor(target, RGB(0, 0, 0));
-        SetBkColor(target, RGB(255, 255, 255));
-        DrawFocusRect(target, &client);
+    const HDC target = bitmap ? CreateCompatibleDC(screen) : nullptr;
+    if (target) {
+        const HGDIOBJ before = SelectObject(target, bitmap);
+        DrawCanvasAndFocus(*stage, canvas, target, client);
+        BitBlt(screen, 0, 0, client.right, client.bottom, target, 0, 0, SRCCOPY);
+        SelectObject(target, before);
+        DeleteDC(target);
+    } else {
+        // It flickers, but it is seen.
+        DrawCanvasAndFocus(*stage, canvas, screen, client);
     }
-    BitBlt(screen, 0, 0, client.right, client.bottom, target, 0, 0, SRCCOPY);
-    SelectObject(target, before);
-    DeleteDC(target);
     EndPaint(canvas, &paint);
 }
 

@@ -12,7 +12,8 @@ struct Stage;
 // What the view shows behind transparent pixels.
 PictureGround GroundOf(const Stage& stage);
 
-// Answers the canvas's WM_PAINT. Everything is drawn off screen first: animations must not flicker.
+// Answers the canvas's WM_PAINT. Everything is drawn off screen first, where the system has a bitmap for it:
+// animations must not flicker.
 void PaintCanvas(Stage* stage, HWND canvas);
 
 }  // namespace kfx::stage

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Changes to child windows that ask nothing of the system where they change nothing. The window's state is
-// brought up to date as a whole, and most of it has not changed: some hundred calls to the system would take
-// longer than a message may.
+// Changes to child windows that change nothing in the system where nothing differs; they only ask for the
+// place, style or text. The window's state is brought up to date as a whole, and most of it has not changed:
+// some hundred changes would take longer than a message may.
 #pragma once
 
 #include <string>

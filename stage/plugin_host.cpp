@@ -251,12 +251,12 @@ void OnPluginEnded(Stage* stage) {
         TellLoss(*stage, "The plug-in has failed and was closed.",
                  LeaveOpening(stage, kWhyFailed)->crashReport);
     } else {
-        const std::shared_ptr<PluginOpening> ended = std::move(plugin.opening);
+        std::unique_ptr<PluginOpening> ended = std::move(plugin.opening);
         EndOpening(stage);
         WaitForSingleObject(ended->thread, INFINITE);
         CloseHandle(ended->thread);
-        const std::string error = ended->error;
-        ReleaseShareLater(ended);
+        const std::string error = std::move(ended->error);
+        ReleaseLater(std::move(ended));
         if (!error.empty()) ShowMessage(*stage, nullptr, error, MB_ICONERROR);
     }
     SetForegroundWindow(stage->window);

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "commands/text_windows.h"
 #include "driven/plugin_controls.h"
 #include "stage/plugin_guard.h"
 #include "stage/plugin_source.h"
@@ -64,6 +65,14 @@ LRESULT CALLBACK WatchShowing(int code, WPARAM word, LPARAM pointer) {
         CanBeUsed(running->dialog))
         PostMessageW(running->owner, kPluginShown, 0, 0);
     return CallNextHookEx(nullptr, code, word, pointer);
+}
+
+// Without the hook nobody would know when the plug-in's window can be used.
+bool WatchShowingOf(PluginOpening* opening) {
+    opening->showHook = SetWindowsHookExW(WH_CALLWNDPROCRET, WatchShowing, nullptr, GetCurrentThreadId());
+    if (opening->showHook) return true;
+    opening->error = "The plug-in's window cannot be watched: " + SystemErrorText(GetLastError()) + ".";
+    return false;
 }
 
 void StopWatchingShowing() {
@@ -147,9 +156,8 @@ void ShowPlugin(PluginOpening* opening) {
     opening->owner = MakeOwner();
     MakeSourceTaker(opening);
     const HHOOK hook = SetWindowsHookExW(WH_CBT, WatchWindows, nullptr, GetCurrentThreadId());
-    opening->showHook = SetWindowsHookExW(WH_CALLWNDPROCRET, WatchShowing, nullptr, GetCurrentThreadId());
     RunGuarded(opening, [](PluginOpening* guarded) {
-        if (LoadOnce(guarded) && CopySource(guarded))
+        if (WatchShowingOf(guarded) && LoadOnce(guarded) && CopySource(guarded))
             guarded->library->doBuild(guarded->owner, &guarded->session.context);
     });
     StopWatchingShowing();

@@ -47,7 +47,8 @@ void Hide(const Stage& stage, HWND window) {
 }
 
 void StartWall(Stage* stage) {
-    if (!std::exchange(stage->wall.starts, true)) PostMessageW(stage->window, kWallStarts, 0, 0);
+    // The wall stays hidden while the message is on its way: one that could not be posted never comes.
+    if (!stage->wall.starts) stage->wall.starts = PostMessageW(stage->window, kWallStarts, 0, 0) != 0;
 }
 
 void ShowWall(const Stage& stage) {
