@@ -157,6 +157,7 @@ bool Open(Screens* screens) {
     HostSession* session = &screens->session;
     screens->source = SampleSource();
     session->source = &screens->source;
+    session->sourcePath = "C:\\Pictures\\kestrel.gif";  // is shown only
     session->keepSource = true;
     BeginSession(session, kHostTakesSupercompressed | kHostTakesTrueColor);
     session->context.buttonStyle = screens->arguments.look;
