@@ -35,6 +35,7 @@ const std::vector<Section>& RefusalSections() {
                          {.function = "SizeofResource"},
                          {.function = "LoadStringA"},
                          {.function = "LoadCursorA"},
+                         {.function = "VirtualAlloc"},
                      }},
                 // Files, folders and what the C runtime formats.
                 {.name = "Files",
@@ -230,8 +231,8 @@ const std::set<std::string> kCannotFail = {
 const std::set<std::string> kNotCalled = {
     "GetDlgItemInt",  "GetDlgItemTextA", "MultiByteToWideChar",
     "VirtualProtect", "VirtualQuery",    "WideCharToMultiByte",
-    "calloc",         "malloc",          "realloc",
-    "vfprintf",
+    "VirtualAlloc",   "calloc",          "malloc",
+    "realloc",        "vfprintf",
 };
 
 }  // namespace kfx::test

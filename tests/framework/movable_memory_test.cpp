@@ -49,6 +49,32 @@ TEST(KeptMemory, Two_blocks_of_one_size_are_two_blocks) {
     EXPECT_NE(one.address, other.address);
 }
 
+// Pages of a very large block go one by one, and only its own.
+TEST(MovableMemory, A_very_large_block_leaves_its_neighbours_alone_when_it_is_freed) {
+    constexpr size_t kVeryLarge = (size_t{64} << 20) + 12345;
+    const auto fill = [](const MemoryOwner& owner, size_t bytes) {
+        const MemoryLock lock(owner.memory);
+        ASSERT_TRUE(lock);
+        std::memset(lock.address, 0x5A, bytes);
+    };
+    const MemoryOwner before(AllocateMemory(kLarge));
+    const MemoryHandle freed = AllocateMemory(kVeryLarge);
+    const MemoryOwner same(AllocateMemory(kVeryLarge)), behind(AllocateMemory(kLarge));
+    ASSERT_TRUE(before.memory && freed && same.memory && behind.memory);
+    fill(before, kLarge);
+    fill(same, kVeryLarge);
+    fill(behind, kLarge);
+    FreeUsed(freed, kVeryLarge);
+    const auto isFilled = [](const MemoryOwner& owner, size_t bytes) {
+        const MemoryLock lock(owner.memory);
+        const auto* first = static_cast<const unsigned char*>(lock.address);
+        return std::all_of(first, first + bytes, [](unsigned char byte) { return byte == 0x5A; });
+    };
+    EXPECT_TRUE(isFilled(before, kLarge));
+    EXPECT_TRUE(isFilled(same, kVeryLarge));
+    EXPECT_TRUE(isFilled(behind, kLarge));
+}
+
 #ifdef _WIN32
 
 TEST(KeptMemory, A_large_block_is_handed_out_again_within_the_scope_only) {
