@@ -9,6 +9,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "media/system_reason.h"
+
 namespace kfx::commands {
 namespace {
 
@@ -36,7 +38,7 @@ bool WriteStandardOutput(const uint8_t* data, size_t size, std::string* reason) 
         if (count <= 0) {
             *reason = count < 0 && errno == EPIPE
                           ? "its reader has ended before it had everything"
-                          : "it cannot be written (" + std::generic_category().message(errno) + ")";
+                          : "it cannot be written (" + ReasonOf({errno, std::generic_category()}) + ")";
             return false;
         }
         data += count;
@@ -52,7 +54,7 @@ bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason) {
         const ssize_t count = read(STDIN_FILENO, content->data() + size, kReadStep);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
-            *reason = "it cannot be read (" + std::generic_category().message(errno) + ")";
+            *reason = "it cannot be read (" + ReasonOf({errno, std::generic_category()}) + ")";
             return false;
         }
         size += static_cast<size_t>(count);

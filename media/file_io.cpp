@@ -8,8 +8,11 @@
 #include <new>
 #include <system_error>
 #include <thread>
+#include <unordered_set>
 #include <utility>
 
+#include "media/rename.h"
+#include "media/system_reason.h"
 #include "media/temporary_file.h"
 #include "media/utf8_path.h"
 
@@ -36,35 +39,6 @@ std::string Failure(const std::string& path, const char* what, const std::string
     return path + ": " + what + (reason.empty() ? "" : " (" + reason + ")") + ".";
 }
 
-// What went wrong, in our own words: the system's would be in its language, and name no file.
-struct Reason {
-    std::errc condition;
-    const char* words;
-};
-
-constexpr Reason kReasons[] = {
-    {.condition = std::errc::no_such_file_or_directory, .words = "there is no such file or folder"},
-    {.condition = std::errc::not_a_directory, .words = "a part of its path is not a folder"},
-    {.condition = std::errc::is_a_directory, .words = "this is a folder"},
-    {.condition = std::errc::permission_denied, .words = "it is protected, or another program uses it"},
-    {.condition = std::errc::operation_not_permitted, .words = "it is protected"},
-    {.condition = std::errc::read_only_file_system, .words = "the disk is write-protected"},
-    {.condition = std::errc::no_space_on_device, .words = "the disk is full"},
-    {.condition = std::errc::file_too_large, .words = "the file would be too large for its place"},
-    {.condition = std::errc::filename_too_long, .words = "the name is too long"},
-    {.condition = std::errc::invalid_argument, .words = "the name is not allowed here"},
-    {.condition = std::errc::too_many_symbolic_link_levels, .words = "a link leads back to itself"},
-    {.condition = std::errc::broken_pipe, .words = "nobody reads the pipe any more"},
-    {.condition = std::errc::io_error, .words = "the device reports an error"},
-};
-
-std::string ReasonOf(const std::error_code& failure) {
-    for (const Reason& reason : kReasons) {
-        if (failure == reason.condition) return reason.words;
-    }
-    return "error " + std::to_string(failure.value());
-}
-
 // The reason for the last failure as the C library knows it; empty when it knows none.
 std::string LastReason() { return errno != 0 ? ReasonOf({errno, std::generic_category()}) : ""; }
 
@@ -73,6 +47,12 @@ WriteWatch writeWatch;
 
 // Empty: files are written.
 TakeFile takeFile;
+
+// The names that MayWriteFile found free where nothing was to be replaced: another program may take one while
+// its result is being made. Each thread asks for the files that it writes.
+thread_local std::unordered_set<std::string> freeNames;
+
+constexpr char kFileExists[] = "the file exists; use --force to replace it";
 
 // Asks for the content of one file of several. False: there is none; `*error` is a sentence.
 bool MakeOne(const MakeContent& makeContent, size_t index, const std::string& path,
@@ -111,9 +91,15 @@ void KeepPermissions(const fs::path& temporary, const fs::path& target) {
 
 // Gives a file its final name. Windows refuses that while another program has the file open, as virus
 // scanners and viewers do for a moment: the renaming is tried again for a second there.
-void PlaceFile(const fs::path& temporary, const fs::path& target, std::error_code* failure) {
+void PlaceFile(const fs::path& temporary, const fs::path& target, bool mustBeNew, std::error_code* failure) {
+    const auto rename = [&] {
+        if (mustBeNew)
+            RenameToNew(temporary, target, failure);
+        else
+            fs::rename(temporary, target, *failure);
+    };
     KeepPermissions(temporary, target);
-    fs::rename(temporary, target, *failure);
+    rename();
 #ifdef _WIN32
     if (!*failure) return;
     constexpr std::chrono::milliseconds kLongestWait{1000}, kPause{20};
@@ -122,7 +108,7 @@ void PlaceFile(const fs::path& temporary, const fs::path& target, std::error_cod
     if (fs::is_directory(target, ignored)) return;
     while (*failure == std::errc::permission_denied && std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(kPause);
-        fs::rename(temporary, target, *failure);
+        rename();
     }
 #endif
 }
@@ -244,14 +230,19 @@ bool MayWriteFile(const std::string& path, const std::vector<std::string>& input
     fs::path name;
     if (!PathFromUtf8(path, &name, error)) return false;
     std::error_code failure;
-    if (!fs::exists(name, failure) || IsDevice(name)) return true;
+    freeNames.erase(path);
+    if (!fs::exists(name, failure)) {
+        if (!replace) freeNames.insert(path);
+        return true;
+    }
+    if (IsDevice(name)) return true;
     for (const std::string& input : inputs) {
         if (!IsSameFile(path, input)) continue;
         *error = Failure(path, "the result cannot replace its own source; choose another name", "");
         return false;
     }
     if (replace) return true;
-    *error = Failure(path, "the file exists; use --force to replace it", "");
+    *error = Failure(path, kFileExists, "");
     return false;
 }
 
@@ -299,9 +290,11 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
     for (size_t i = 0; i < paths.size(); ++i) {
         if (temporary[i].path.empty()) continue;
         std::error_code failure;
-        PlaceFile(temporary[i].path, targets[i], &failure);
+        PlaceFile(temporary[i].path, targets[i], freeNames.count(paths[i]) != 0, &failure);
         if (failure) {
-            *error = Failure(paths[i], "the file cannot be written", ReasonOf(failure));
+            *error = failure == std::errc::file_exists
+                         ? Failure(paths[i], kFileExists, "")
+                         : Failure(paths[i], "the file cannot be written", ReasonOf(failure));
             // A part of a series could be taken for all of it.
             std::error_code ignored;
             for (size_t done = 0; done < i; ++done)
@@ -310,6 +303,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
         }
         temporary[i].path.clear();
     }
+    for (const std::string& path : paths) freeNames.erase(path);
     return true;
 }
 

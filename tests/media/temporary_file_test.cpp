@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "media/file_io.h"
+#include "media/rename.h"
 #include "media/utf8_path.h"
 
 #ifdef _WIN32
@@ -173,6 +174,49 @@ TEST_F(TemporaryFiles, A_file_counts_as_left_behind_only_when_its_program_has_en
     close(ready[1]);
 }
 #endif
+
+TEST_F(TemporaryFiles, A_name_that_another_program_takes_in_the_meantime_stays_its) {
+    std::string error;
+    ASSERT_TRUE(MayWriteFile(target, {}, false, &error));
+    Put("x.gif", "other");
+    EXPECT_FALSE(WriteWholeFile(target, {1}, &error));
+    EXPECT_EQ(error, target + ": the file exists; use --force to replace it.");
+    EXPECT_EQ(fs::file_size(folder / "x.gif"), 5u);
+    EXPECT_EQ(Count(), 1u);
+
+    // The first file of a series is taken away again when the second has no place.
+    const std::string first = Utf8Of(folder / "a");
+    fs::remove(folder / "x.gif");
+    ASSERT_TRUE(MayWriteFile(first, {}, false, &error));
+    ASSERT_TRUE(MayWriteFile(target, {}, false, &error));
+    Put("x.gif", "other");
+    const auto make = [](size_t, Bytes* content, std::string*) {
+        *content = {2};
+        return true;
+    };
+    EXPECT_FALSE(WriteWholeFiles({first, target}, make, &error));
+    EXPECT_EQ(fs::file_size(folder / "x.gif"), 5u);
+    EXPECT_EQ(Count(), 1u);
+
+    // Who asks again, to replace it, may.
+    ASSERT_TRUE(MayWriteFile(target, {}, true, &error));
+    Write({1});
+    EXPECT_EQ(fs::file_size(folder / "x.gif"), 1u);
+}
+
+TEST_F(TemporaryFiles, A_file_is_not_renamed_to_a_name_that_is_taken) {
+    std::error_code failure;
+    Put("a", "a");
+    Put("b", "other");
+    RenameToNew(folder / "a", folder / "b", &failure);
+    EXPECT_EQ(failure, std::errc::file_exists);
+    EXPECT_EQ(fs::file_size(folder / "b"), 5u);
+    RenameToNew(folder / "a", folder / "c", &failure);
+    EXPECT_FALSE(failure) << failure.message();
+    RenameToNew(folder / "a", folder / "d", &failure);
+    EXPECT_EQ(failure, std::errc::no_such_file_or_directory);
+    EXPECT_EQ(Count(), 2u);
+}
 
 }  // namespace
 }  // namespace kfx
