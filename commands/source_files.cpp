@@ -8,6 +8,7 @@
 #include "commands/batch_plan.h"
 #include "commands/output_format.h"
 #include "commands/text.h"
+#include "media/number_pattern.h"
 #include "media/utf8_path.h"
 
 namespace kfx::commands {
@@ -22,13 +23,6 @@ constexpr const char* kPictureEndings[] = {".gif", ".webp", ".png", ".apng", ".j
 
 constexpr size_t kLongestNumber = 9;  // digits whose number fits in an int
 
-// A name with the place of a number: before%03dbehind has width 3.
-struct NumberPattern {
-    std::string before;
-    std::string behind;
-    size_t width = 0;
-};
-
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 char Fold(char c) { return kIgnoresCase && c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -38,20 +32,12 @@ std::string Fold(std::string text) {
     return text;
 }
 
-// False: the name has no number's place, or several.
-bool ParseNumberPattern(const std::string& name, NumberPattern* pattern) {
-    const size_t percent = name.find('%');
-    if (percent == std::string::npos) return false;
-    size_t at = percent + 1;
-    pattern->width = 1;
-    if (at + 1 < name.size() && name[at] == '0' && name[at + 1] >= '1' && name[at + 1] <= '9') {
-        pattern->width = static_cast<size_t>(name[at + 1] - '0');
-        at += 2;
-    }
-    if (at >= name.size() || name[at] != 'd') return false;
-    pattern->before = Fold(name.substr(0, percent));
-    pattern->behind = Fold(name.substr(at + 1));
-    return pattern->behind.find('%') == std::string::npos;
+// As ParseNumberPattern, for comparing with folded names.
+bool ParseFoldedPattern(const std::string& name, NumberPattern* pattern) {
+    if (!ParseNumberPattern(name, pattern)) return false;
+    pattern->before = Fold(pattern->before);
+    pattern->behind = Fold(pattern->behind);
+    return true;
 }
 
 // The digits at the pattern's place; empty: the name does not fit.
@@ -213,7 +199,7 @@ bool FindFiles(const std::string& input, SourceFiles* found, bool* isSource, Fai
     }
     if (name.find_first_of("*?") != std::string::npos) {
         found->files = FindFitting(input);
-    } else if (ParseNumberPattern(name, &pattern)) {
+    } else if (ParseFoldedPattern(name, &pattern)) {
         *isSource = true;
         *found = FindNumbered(input, pattern);
     } else {

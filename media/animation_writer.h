@@ -110,7 +110,8 @@ bool EncodePng(int width, int height, const uint8_t* rgba, std::vector<uint8_t>*
                const Animation& notes = Animation(), const PngOptions& options = PngOptions());
 
 // The names that WritePngFrames uses: `path` itself for one frame, else "NAME-000.png", "NAME-001.png", ...
-// beside it, with as many digits as the last number needs, but at least three.
+// beside it, with as many digits as the last number needs, but at least three. A file name with a number's
+// place (number_pattern.h) has the numbers there, whatever the count.
 std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCount);
 
 // Each file has the animation's comment, background and metadata, and the recipe of its own that `recipeOf`

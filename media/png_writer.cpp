@@ -4,6 +4,7 @@
 
 #include "media/animation_writer.h"
 #include "media/file_io.h"
+#include "media/number_pattern.h"
 #include "media/png_compress.h"
 #include "media/png_notes.h"
 
@@ -118,15 +119,20 @@ bool WritePng(const std::string& path, const Picture& picture, std::string* erro
 }
 
 std::vector<std::string> PngFramePaths(const std::string& path, size_t frameCount) {
-    if (frameCount == 1) return {path};
-    const SplitName name = SplitExtension(path);
-    const size_t lastDigits = std::to_string(frameCount == 0 ? 0 : frameCount - 1).size();
-    const size_t digits = std::max(kLeastDigits, lastDigits);
-    std::vector<std::string> paths;
-    for (size_t i = 0; i < frameCount; ++i) {
-        const std::string number = std::to_string(i);
-        paths.push_back(name.stem + "-" + std::string(digits - number.size(), '0') + number + name.extension);
+    const size_t file = path.find_last_of("/\\") + 1;  // 0 without a folder
+    NumberPattern pattern;
+    if (ParseNumberPattern(path.substr(file), &pattern)) {
+        pattern.before.insert(0, path, 0, file);
+    } else if (frameCount == 1) {
+        return {path};
+    } else {
+        const SplitName name = SplitExtension(path);
+        const size_t lastDigits = std::to_string(frameCount == 0 ? 0 : frameCount - 1).size();
+        pattern = {name.stem + "-", name.extension, std::max(kLeastDigits, lastDigits)};
     }
+    std::vector<std::string> paths;
+    for (size_t i = 0; i < frameCount; ++i)
+        paths.push_back(pattern.before + PaddedNumber(i, pattern.width) + pattern.behind);
     return paths;
 }
 

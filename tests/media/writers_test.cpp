@@ -249,6 +249,10 @@ TEST(PngWriter, Frames_are_numbered_beside_the_name) {
     EXPECT_EQ(PngFramePaths("w.png", 1000).back(), "w-999.png");
     EXPECT_EQ(PngFramePaths("w.png", 1001).front(), "w-0000.png");
     EXPECT_EQ(PngFramePaths("w.png", 1001).back(), "w-1000.png");
+    EXPECT_EQ(PngFramePaths("out/%02d-wave.png", 2), (Names{"out/00-wave.png", "out/01-wave.png"}));
+    EXPECT_EQ(PngFramePaths("wave%d.png", 11).back(), "wave10.png");
+    EXPECT_EQ(PngFramePaths("wave-%03d.png", 1), Names{"wave-000.png"});
+    EXPECT_EQ(PngFramePaths("%d/100%.png", 2)[1], "%d/100%-001.png");
 }
 
 }  // namespace
