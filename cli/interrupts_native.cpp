@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <cstring>
 #include <string>
 
 #include <unistd.h>
@@ -24,6 +23,9 @@ struct UnfinishedFile {
 };
 std::atomic<const UnfinishedFile*> unfinished{nullptr};
 
+// Is read by the handler, so that it is complete before it stands here, and is never changed or freed.
+std::atomic<const commands::PrintedReport*> interruptWords{nullptr};
+
 constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 void NoteUnfinished(const std::string& path) {
@@ -40,19 +42,32 @@ void BlockEndingSignals() {
     sigprocmask(SIG_BLOCK, &ending, nullptr);
 }
 
+// Nothing can be done about a stream that takes nothing.
+void Say(int stream, const std::string& text) {
+    if (write(stream, text.data(), text.size()) < 0) return;
+}
+
 void OnEndingSignal(int) {
     // With children the main thread goes on: it says what they have done.
     if (commands::InterruptChildren()) return;
     for (const UnfinishedFile* file = unfinished; file; file = file->next) unlink(file->path.c_str());
     if (commands::IsChildProcess()) _exit(commands::kExitInterrupted);
-    constexpr char kText[] = "kestrel: interrupted.\n";
-    if (write(STDERR_FILENO, kText, std::strlen(kText)) < 0) _exit(commands::kExitInterrupted);
+    if (const commands::PrintedReport* const words = interruptWords) {
+        Say(STDOUT_FILENO, words->output);
+        Say(STDERR_FILENO, words->errors);
+    }
     _exit(commands::kExitInterrupted);
 }
 
 }  // namespace
 
+void SetInterruptWords(const commands::PrintedReport& words) {
+    interruptWords = new commands::PrintedReport(words);
+}
+
 void HandleSignals() {
+    static const commands::PrintedReport kWords = {"", "kestrel: interrupted.\n"};
+    interruptWords = &kWords;
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);  // a file beyond the limit of its size fails with a reason
     struct sigaction action = {};

@@ -7,7 +7,9 @@
 #include "cli/interrupts.h"
 #include "cli/program.h"
 #include "commands/child_process.h"
+#include "commands/console.h"
 #include "commands/direct_engine.h"
+#include "commands/output_format.h"
 
 using namespace kfx::commands;
 
@@ -19,6 +21,8 @@ int main(int argc, char** argv) {
     CommandLine line;
     int exitCode = kExitDone;
     if (!kfx::cli::ReadCommandLine(arguments, {}, &line, &exitCode)) return exitCode;
+    kfx::cli::SetInterruptWords(WordsOf(FailedReport(kExitInterrupted, "interrupted."), line.json, line.quiet,
+                                        IsStream(line.output)));
     if (isChild) EndChild(RunCommand(line, kfx::cli::ContextOfChild(kDirectEngine)));
     if (kfx::cli::RunBatchLine(&line, &kDirectEngine, &exitCode)) return exitCode;
     const auto context = kfx::cli::ContextFor(line, kDirectEngine);

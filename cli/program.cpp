@@ -15,12 +15,19 @@ using namespace commands;
 namespace {
 
 // Whether a wrong command line asks for the result on standard output, where then nothing else may stand.
-bool NamesStandardOutput(const std::vector<std::string>& arguments) {
+bool ResultGoesToStandardOutput(const std::vector<std::string>& arguments) {
+    constexpr char kLong[] = "--output";
     for (size_t i = 0; i < arguments.size(); ++i) {
         const std::string& word = arguments[i];
-        if (word == "-o-" || word == "--output=-") return true;
-        if ((word == "-o" || word == "--output") && i + 1 < arguments.size() && IsStream(arguments[i + 1]))
-            return true;
+        std::string output;
+        if (word == "-o" || word == kLong) {
+            if (i + 1 < arguments.size()) output = arguments[i + 1];
+        } else if (word.rfind("-o", 0) == 0) {
+            output = word.substr(2);
+        } else if (word.rfind(std::string(kLong) + "=", 0) == 0) {
+            output = word.substr(sizeof kLong);
+        }
+        if (NamesStandardOutput(output)) return true;
     }
     return false;
 }
@@ -36,7 +43,8 @@ bool ReadCommandLine(const std::vector<std::string>& arguments, const OwnOptions
             return false;
         case ParseOutcome::Error: {
             const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
-            PrintReport(FailedReport(kExitBadCommand, text), json, false, NamesStandardOutput(arguments));
+            PrintReport(FailedReport(kExitBadCommand, text), json, false,
+                        ResultGoesToStandardOutput(arguments));
             *exitCode = kExitBadCommand;
             return false;
         }

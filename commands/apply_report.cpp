@@ -45,7 +45,8 @@ void ReportResult(const WrittenResult& written, const ResultCounts& counts, cons
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     report->text = FilesText(written.files) + ": " + Plural(counts.frames, "frame") + ", " +
                    std::to_string(counts.width) + " x " + std::to_string(counts.height) + ", " +
-                   Plural(counts.colors, "color") + ", " + std::to_string(written.bytes) + " bytes, " +
+                   Plural(counts.colors, "color") + ", " +
+                   (written.bytes > 0 ? std::to_string(written.bytes) + " bytes, " : "") +
                    SecondsText(seconds) + " s.\n";
     report->result = {{"files", written.files},
                       {"frames", counts.frames},

@@ -116,6 +116,7 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const O
             *text = "standard input is named twice, but can be read only once.";
             return ParseOutcome::Error;
         }
+        if (NamesStandardOutput(line->output)) line->output = "-";
         const bool isDone = !row->finish || row->finish(*app.get_subcommand(row->name), words, line, text);
         return isDone ? ParseOutcome::Run : ParseOutcome::Error;
     }

@@ -20,13 +20,15 @@ Clock::time_point stageStart;
 
 }  // namespace
 
+PrintedReport WordsOf(const Report& report, bool json, bool quiet, bool holdsResult) {
+    PrintedReport printed = FormatReport(report, json, quiet);
+    if (holdsResult) printed = {"", printed.output + printed.errors};
+    return printed;
+}
+
 bool PrintReport(const Report& report, bool json, bool quiet, bool holdsResult) {
     ClearProgressLine();
-    const PrintedReport printed = FormatReport(report, json, quiet);
-    if (holdsResult) {
-        WriteStandardError(printed.output + printed.errors);
-        return true;
-    }
+    const PrintedReport printed = WordsOf(report, json, quiet, holdsResult);
     const bool written = WriteStandardOutput(printed.output);
     WriteStandardError(printed.errors);
     if (!written) WriteStandardError("The standard output cannot be written; is its disk full?\n");

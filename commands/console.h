@@ -32,8 +32,12 @@ size_t TerminalColumns();
 // All bytes up to the end of standard input. False: `*reason` is a clause.
 bool ReadStandardInput(std::vector<uint8_t>* content, std::string* reason);
 
-// Prints the report in place of the progress line; all of it to standard error when standard output
-// `holdsResult`. False: standard output did not take it, which a sentence on standard error then says.
+// The report as it is printed, with FormatReport; all of it on standard error when standard output
+// `holdsResult`.
+PrintedReport WordsOf(const Report& report, bool json, bool quiet, bool holdsResult);
+
+// Prints the report, so worded, in place of the progress line. False: standard output did not take it, which
+// a sentence on standard error then says.
 bool PrintReport(const Report& report, bool json, bool quiet, bool holdsResult = false);
 
 // One line on standard error that shows the engine's stage and frame, and how long the stage will take;

@@ -12,6 +12,7 @@
 #include "commands/fingerprint.h"
 #include "commands/frame_colors.h"
 #include "commands/output_format.h"
+#include "commands/part_file.h"
 #include "commands/parser_words.h"
 #include "commands/recipe_text.h"
 #include "commands/recipe_words.h"
@@ -71,6 +72,7 @@ bool Read(const std::string& name, const ReadLimits& limits, ReadFile* file, std
         ReadAnimationFromMemory(content.data(), content.size(), &file->animation, error, limits);
     if (!isRead) {
         *error = ShownInput(name) + ": " + *error + ".";
+        ExplainPart(name, error);
         return false;
     }
     if (file->animation.frames.empty()) {

@@ -46,6 +46,10 @@ std::vector<std::string> FormatNames() {
     return names;
 }
 
+bool NamesStandardOutput(const std::string& path) {
+    return IsStream(path) || path == "/dev/stdout" || path == "/dev/fd/1" || path == "/proc/self/fd/1";
+}
+
 bool IsRawFormat(const std::string& format) {
     const Format* const found = FindFormat(format);
     return found && found->isRaw;

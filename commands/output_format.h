@@ -10,6 +10,10 @@ namespace kfx::commands {
 // The name that stands for standard input or standard output.
 inline bool IsStream(const std::string& path) { return path == "-"; }
 
+// Whether an output is standard output, also by the names that Unix has for it: the result's words must not
+// get between its bytes.
+bool NamesStandardOutput(const std::string& path);
+
 // How a source or a result is named to the user.
 inline std::string ShownInput(const std::string& path) { return IsStream(path) ? "standard input" : path; }
 inline std::string ShownPath(const std::string& path) { return IsStream(path) ? "standard output" : path; }

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include "commands/command_line.h"
 #include "commands/fingerprint.h"
 #include "media/png_deflate.h"
 
@@ -260,6 +261,11 @@ bool DecodeFrames(const std::vector<uint8_t>& file, const PartFile& part, BuiltA
         record->frames.push_back(std::move(source));
     }
     return Rest(reader) == 0;
+}
+
+void ExplainPart(const std::string& input, std::string* error) {
+    if (EndingOf(input) == kPartEnding)
+        *error = input + ": is a part of an animation; kestrel join puts parts together.";
 }
 
 }  // namespace kfx::commands

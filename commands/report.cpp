@@ -18,16 +18,32 @@ std::string JsonText(const Report& report) {
     return object.dump(kOnOneLine, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
+// A file's name or its comment may hold what would move a terminal's cursor or change its colours: control
+// characters are shown as question marks, but those that break lines and make columns.
+std::string Shown(const std::string& text) {
+    std::string shown;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool breaks = byte == '\n' || byte == '\r' || byte == '\t';
+        // U+0080 to U+009F are control characters, too.
+        const bool isPair = byte == 0xC2 && i + 1 < text.size() && (text[i + 1] & 0xE0) == 0x80;
+        shown += isPair || (byte < 0x20 && !breaks) || byte == 0x7F ? '?' : text[i];
+        i += isPair;
+    }
+    return shown;
+}
+
 void AddTo(PrintedReport* printed, const Report& report, bool json, bool quiet) {
     if (json) {
         printed->output += JsonText(report);
         return;
     }
-    printed->output += report.text;
+    printed->output += Shown(report.text);
     if (!quiet) {
-        for (const std::string& note : report.notes) printed->errors += "kestrel: note: " + note + "\n";
+        for (const std::string& note : report.notes)
+            printed->errors += "kestrel: note: " + Shown(note) + "\n";
     }
-    if (!report.error.empty()) printed->errors += "kestrel: " + report.error + "\n";
+    if (!report.error.empty()) printed->errors += "kestrel: " + Shown(report.error) + "\n";
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "commands/console.h"
 #include "commands/output_format.h"
+#include "commands/part_file.h"
 #include "commands/text.h"
 #include "media/readers.h"
 
@@ -35,6 +36,7 @@ bool ReadContent(const std::string& file, const ReadLimits& limits, Animation* a
 bool ReadFile(const std::string& file, const ReadLimits& limits, Animation* animation, Report* report) {
     std::string error;
     if (!ReadContent(file, limits, animation, &error)) {
+        ExplainPart(file, &error);
         *report = FailedReport(kExitBadInput, error);
         return false;
     }

@@ -58,5 +58,17 @@ TEST_F(SplitProgram, Objects_say_what_was_made) {
     EXPECT_EQ(ReadBack(Path("out.webp")).frames.size(), 6u);
 }
 
+TEST_F(SplitProgram, A_part_is_no_picture_and_its_way_is_said) {
+    WriteText(Path("a.kpart"), "KFXPART1");
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"info", Path("a.kpart")},
+          {"apply", Path("a.kpart"), "-o", Path("a.gif"), "--effect=Bump"}}) {
+        const ProgramResult result = RunKestrel(command);
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_EQ(result.err, "kestrel: " + Path("a.kpart") +
+                                  ": is a part of an animation; kestrel join puts parts together.\n");
+    }
+}
+
 }  // namespace
 }  // namespace kfx::test

@@ -26,6 +26,7 @@ namespace kfx::test {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 using Words = std::vector<std::string>;
 
@@ -52,11 +53,29 @@ TEST_F(Streams, A_pipe_gets_the_whole_file_and_stays_a_pipe) {
     reader.join();
     if (pipe >= 0) close(pipe);
     EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_THAT(result.out, Not(HasSubstr("bytes"))) << "a pipe does not say how many it got";
     EXPECT_TRUE(received == ReadText(folder.path + "file.gif"));
     struct stat found = {};
     ASSERT_EQ(stat(output.c_str(), &found), 0);
     EXPECT_TRUE(S_ISFIFO(found.st_mode));
     EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"file.gif", "in.gif", "out.gif"}));
+}
+
+// The words about the result would get between its bytes.
+TEST_F(Streams, The_systems_names_of_standard_output_are_that_too) {
+    ASSERT_EQ(RunKestrel(Apply(output)).exitCode, 0);
+    for (const char* name : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
+        const ProgramResult result =
+            RunKestrel({"apply", input, "-o", name, "--format", "gif", "--effect", "Bump"});
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_TRUE(result.out == ReadText(output)) << name;
+        EXPECT_THAT(result.err, HasSubstr("standard output: 3 frames"));
+        // Neither does what is wrong with the command line stand there.
+        const ProgramResult refused =
+            RunKestrel({"apply", input, std::string("--output=") + name, "--effect"});
+        EXPECT_EQ(refused.exitCode, 2);
+        EXPECT_EQ(refused.out, "");
+    }
 }
 
 TEST_F(Streams, A_link_to_a_device_is_written_through_and_stays) {
@@ -129,7 +148,7 @@ TEST_F(Streams, A_result_that_finds_no_room_is_lost_and_that_is_said) {
     close(full);
     close(err);
     EXPECT_EQ(WaitForEnd(process), 4);
-    EXPECT_THAT(ReadText(errors), HasSubstr("standard output: it cannot be written ("));
+    EXPECT_THAT(ReadText(errors), HasSubstr("standard output: it cannot be written (the disk is full)."));
 }
 
 TEST_F(Streams, A_picture_is_not_written_to_a_terminal) {
@@ -167,6 +186,26 @@ TEST_F(Streams, An_interrupt_leaves_nothing_of_an_unfinished_file) {
     kill(process, SIGINT);
     EXPECT_EQ(WaitForEnd(process), 130);
     EXPECT_EQ(FilesIn(folder.path), (std::vector<std::string>{"in.gif", "out-001.png"}));
+}
+
+// The same place in the work, for a script.
+TEST_F(Streams, An_interrupt_is_said_as_everything_else_is) {
+    ASSERT_EQ(mkfifo((folder.path + "out-001.png").c_str(), 0600), 0);
+    const std::string printed = folder.path + "printed";
+    for (const bool json : {false, true}) {
+        const int out = open(printed.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        Words words = {"apply", input, "-o", folder.path + "out.png", "--effect", "Bump"};
+        if (json) words.emplace_back("--json");
+        const pid_t process = StartKestrel(words, out, out);
+        close(out);
+        ASSERT_GT(process, 0);
+        EXPECT_TRUE(WaitFor([&] { return FileExists(folder.path + "out-000.png.kestrel-part"); }));
+        kill(process, SIGTERM);
+        EXPECT_EQ(WaitForEnd(process), 130);
+        EXPECT_EQ(ReadText(printed),
+                  json ? "{\"ok\":false,\"exitCode\":130,\"error\":\"interrupted.\",\"notes\":[]}\n"
+                       : "kestrel: interrupted.\n");
+    }
 }
 
 // The names that appeared in a folder since `watch` was made.
