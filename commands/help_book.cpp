@@ -103,6 +103,28 @@ size_t SectionEnd(const std::string& document, const std::string& heading) {
     return std::min(document.find("<h2", start), document.find("<h3", start));
 }
 
+// Raster draws its lines in the local background colour.
+struct BackgroundPicture {
+    const char* caption;
+    uint32_t color;  // 0x00BBGGRR
+};
+constexpr BackgroundPicture kBackgroundPictures[] = {
+    {.caption = "Local background: gray", .color = 0x7F7F7F},
+    {.caption = "Local background: white", .color = 0xFFFFFF},
+    {.caption = "Local background: dark red", .color = 0x000080},
+};
+
+bool DrawBackgrounds(const OpenEngine& engine, HostSession* session, PictureRow* row, Failure* failure) {
+    Job job;
+    if (!ResolveDefaults(engine, {"Raster", {}}, &job, failure)) return false;
+    job.background = Background::Color;
+    for (const BackgroundPicture& picture : kBackgroundPictures) {
+        job.backgroundColor = picture.color;
+        if (!Draw(engine, session, job, picture.caption, row, failure)) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool DrawEffectRows(const OpenEngine& engine, HostSession* session, const std::string& effect,
@@ -145,7 +167,7 @@ bool DrawOutputRows(const OpenEngine& engine, HostSession* session, std::vector<
             if (!Draw(engine, session, job, caption, &row, failure)) return false;
         }
     }
-    return true;
+    return DrawBackgrounds(engine, session, &rows->emplace_back(), failure);
 }
 
 bool DrawOverview(const OpenEngine& engine, HostSession* session, const std::vector<std::string>& effects,

@@ -22,7 +22,7 @@ using PictureRow = std::vector<HelpPicture>;
 // Draws the session's source, one opaque frame, as the engine's effects and palettes show it.
 // - of an effect: for each number at its least, default and greatest value, for each switch off and on, for
 //   each list all rows, the other parameters at their defaults; for an effect without parameters once.
-// - of the output options: palettes without and with dithering.
+// - of the output options: palettes without and with dithering, and three local backgrounds.
 // False: `*failure` says why.
 bool DrawEffectRows(const OpenEngine& engine, HostSession* session, const std::string& effect,
                     std::vector<PictureRow>* rows, Failure* failure);

@@ -82,6 +82,7 @@ TEST(HelpBook, Each_value_that_the_help_talks_about_has_a_picture) {
     EXPECT_EQ(PicturesWith(pictures, "Dissipate: "), 2u);
     EXPECT_EQ(PicturesWith(pictures, "Channels: "), 7u);
     EXPECT_EQ(PicturesWith(pictures, "216-color safe"), 2u);
+    EXPECT_EQ(PicturesWith(pictures, "Local background: "), 3u);
     EXPECT_THAT(book, HasSubstr("Block size: 20 (standard)"));
 }
 
@@ -89,7 +90,8 @@ TEST(HelpBook, What_a_control_changes_shows) {
     const TemporaryFolder folder;
     ASSERT_EQ(RunKestrel({"help-book", "-o", folder.path + "book.html"}).exitCode, 0);
     const std::vector<BookPicture> pictures = PicturesOf(ReadText(folder.path + "book.html"));
-    for (const char* control : {"Block size: ", "Channels: ", "Threshold: ", "Level: "}) {
+    for (const char* control :
+         {"Block size: ", "Channels: ", "Threshold: ", "Level: ", "Local background: "}) {
         std::set<std::vector<uint8_t>> different;
         for (const BookPicture& picture : pictures)
             if (picture.caption.starts_with(control)) different.insert(picture.animation.frames[0].pixels);
