@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 // plugin_screens FOLDER [--look N] [--contrast]: opens the plug-in's window with the sample animation, and
-// writes a PNG file of each effect's panel, of About and of message boxes into the folder, which must exist.
+// writes a PNG file of each effect's panel, of tooltips, of About and of message boxes into the folder, which
+// must exist.
 // `--look` is the host's choice of buttons, 0 to 3; with --contrast the system's colours are those of a black
 // screen. Names each text that is cut; exit code 1 when there is one, 5 when something failed.
 // plugin_screens --check ...: the same, but writes nothing.
 // plugin_screens --sheet FOLDER: draws the pictures in the folder's folders on one sheet.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
+#include <iterator>
 
 #include <windows.h>
 
@@ -28,6 +30,17 @@ using namespace kfx::screens;
 
 constexpr int kAboutButton = 18;
 constexpr ULONGLONG kLongestWait = 120000;  // milliseconds, until a box appears
+
+// A control whose tooltip is shown, and the effect with it on its panel.
+struct Tip {
+    const char* name;
+    const char* effect;
+    int control;
+};
+constexpr Tip kTips[] = {{"Tooltip of a slider", "Ripple", 142},
+                         {"Tooltip of an option", "Ripple", 19},
+                         {"Tooltip of a disabled control", "Ripple", 41},
+                         {"Tooltip of the preview", "Emboss", kPreviewArea}};
 
 struct Arguments {
     std::string folder;
@@ -93,17 +106,26 @@ bool WaitFor(const std::function<bool()>& condition) {
     return true;
 }
 
-// A dialog of the plug-in's thread other than its window, once it is visible.
-HWND FindBox(DWORD thread) {
-    HWND box = nullptr;
+struct ShownWindow {
+    const char* className;
+    HWND window;
+};
+
+// A window of the plug-in's thread other than its own, once it is visible.
+HWND FindShown(DWORD thread, const char* className) {
+    ShownWindow shown = {.className = className, .window = nullptr};
     const auto note = [](HWND window, LPARAM found) -> BOOL {
-        if (IsWindowVisible(window) && !IsPluginWindow(window) && ControlClass(window) == "#32770")
-            *reinterpret_cast<HWND*>(found) = window;
+        auto* wanted = reinterpret_cast<ShownWindow*>(found);
+        if (IsWindowVisible(window) && !IsPluginWindow(window) && ControlClass(window) == wanted->className)
+            wanted->window = window;
         return TRUE;
     };
-    EnumThreadWindows(thread, note, reinterpret_cast<LPARAM>(&box));
-    return box;
+    EnumThreadWindows(thread, note, reinterpret_cast<LPARAM>(&shown));
+    return shown.window;
 }
+
+HWND FindBox(DWORD thread) { return FindShown(thread, "#32770"); }
+HWND FindTip(DWORD thread) { return FindShown(thread, "tooltips_class32"); }
 
 bool Note(Screens* screens, const std::string& name, HWND window) {
     for (const std::string& text : CutTexts(window)) {
@@ -112,7 +134,8 @@ bool Note(Screens* screens, const std::string& name, HWND window) {
     }
     if (screens->arguments.onlyChecks) return true;
     std::string error;
-    return WritePng(screens->arguments.folder + "/" + name + ".png", PictureOf(window), &error) ||
+    return WritePng(screens->arguments.folder + "/" + name + ".png",
+                    PictureOf(window, FindTip(screens->run.threadId)), &error) ||
            Fail(*screens, error);
 }
 
@@ -147,8 +170,29 @@ bool NoteRefusal(Screens* screens, const std::string& name, HostRequest request)
     return noted;
 }
 
+bool NoteTip(Screens* screens, const Tip& tip) {
+    const std::vector<std::string> effects = ListRows(GetDlgItem(screens->run.window, kEffectList));
+    const auto row = std::find(effects.begin(), effects.end(), tip.effect) - effects.begin();
+    if (!ChooseRow(&screens->run, kEffectList, static_cast<int>(row)))
+        return Fail(*screens, std::string(tip.effect) + " cannot be chosen.");
+    const DWORD thread = screens->run.threadId;
+    SetCursorPos(0, 0);
+    if (!WaitFor([=] { return !FindTip(thread); })) return Fail(*screens, "A tooltip stays.");
+    RECT place = {};
+    GetWindowRect(GetDlgItem(screens->run.window, tip.control), &place);
+    SetCursorPos((2 * place.left + place.right) / 3, (place.top + place.bottom) / 2);
+    if (!WaitFor([=] { return FindTip(thread) != nullptr; }))
+        return Fail(*screens, std::string(tip.name) + " does not appear.");
+    return Note(screens, tip.name, screens->run.window);
+}
+
+bool NoteTips(Screens* screens) {
+    return std::all_of(std::begin(kTips), std::end(kTips),
+                       [screens](const Tip& tip) { return NoteTip(screens, tip); });
+}
+
 bool NoteAll(Screens* screens) {
-    return NotePanels(screens) && NoteBox(screens, "About", kAboutButton) &&
+    return NotePanels(screens) && NoteTips(screens) && NoteBox(screens, "About", kAboutButton) &&
            NoteRefusal(screens, "A task refused", HostRequest::NewTestTask) &&
            NoteRefusal(screens, "A frame refused", HostRequest::AddImage);
 }

@@ -103,10 +103,11 @@ BOOL CALLBACK NoteCutText(HWND control, LPARAM pointer) {
 
 }  // namespace
 
-Picture PictureOf(HWND window) {
+Picture PictureOf(HWND window, HWND tip) {
     RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-    RECT place = {};
+    RECT place = {}, above = {};
     GetWindowRect(window, &place);
+    if (tip && GetWindowRect(tip, &above)) UnionRect(&place, &place, &above);
     Picture picture;
     const int width = place.right - place.left, height = place.bottom - place.top;
     BITMAPINFO info = {};

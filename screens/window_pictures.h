@@ -11,9 +11,9 @@
 
 namespace kfx::screens {
 
-// What the screen shows where the window stands, opaque. The window must lie on the screen in front of
-// others. An empty picture when the screen cannot be read.
-Picture PictureOf(HWND window);
+// What the screen shows where the window and its tooltip stand, opaque. They must lie on the screen in front
+// of others; `tip` may be null. An empty picture when the screen cannot be read.
+Picture PictureOf(HWND window, HWND tip = nullptr);
 
 // A line for each visible control of the window whose text needs more room than the control has, such as
 // "Static 47 \"Brightness:\" needs 58 x 13 and has 52 x 12". Waits for the window's answers.

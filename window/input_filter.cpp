@@ -4,6 +4,7 @@
 #include "documents/control_kinds.h"
 #include "resources/resource_ids.h"
 #include "window/plugin_state.h"
+#include "window/tooltips.h"
 
 namespace kfx {
 namespace {
@@ -37,6 +38,7 @@ bool Filter(const MSG& message) {
     // Windows of others that this one owns keep their keys.
     if (!window || (message.hwnd != window && !IsChild(window, message.hwnd))) return false;
     if (!IsWindowEnabled(window)) return false;
+    TellTooltips(message);
     if (const WPARAM command = ShortcutOf(message)) {
         PostMessageA(window, WM_COMMAND, command, 0);
         return true;

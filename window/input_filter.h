@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Keys and clicks in the plug-in window that its controls would keep to themselves: Ctrl+O and Ctrl+S, and
-// what opens the context menu of a slider.
+// what opens the context menu of a slider. The tooltips learn here where the pointer is.
 #pragma once
 
 #include <windows.h>

@@ -27,6 +27,7 @@
 #include "window/push_buttons.h"
 #include "window/slider_menu.h"
 #include "window/source_opening.h"
+#include "window/tooltips.h"
 
 namespace kfx {
 namespace {
@@ -106,16 +107,23 @@ void ComeToFront(HWND window) {
     if (IsWindowVisible(window)) SetForegroundWindow(GetLastActivePopup(window));
 }
 
+void OnEffectListWanted(HWND window) {
+    if (!FillEffectList(window)) {
+        CloseByItself(window, IDS_EFFECT_NOT_INITIALIZED);
+        return;
+    }
+    StartTooltips(window);
+    if (settings.reloadPreviousSession == 1 && RememberedSourceExists())
+        PostMessageA(window, WM_COMMAND, IDM_REOPEN_SOURCE, 0);
+}
+
 void OnWindowMessage(HWND window, WPARAM what) {
     if (what == kComeToFront) {
         ComeToFront(window);
     } else if (what == kShowCurrentPanel) {
         ShowCurrentPanel(window);
     } else if (what == kFillEffectList) {
-        if (!FillEffectList(window))
-            CloseByItself(window, IDS_EFFECT_NOT_INITIALIZED);
-        else if (settings.reloadPreviousSession == 1 && RememberedSourceExists())
-            PostMessageA(window, WM_COMMAND, IDM_REOPEN_SOURCE, 0);
+        OnEffectListWanted(window);
     }
 }
 
@@ -168,6 +176,7 @@ void OnDestroy(HWND window) {
     FreeSourceAnimation();
     StopLogo(&windowLogo);
     StopInputFilter();
+    StopTooltips();
     if (!plugin.configurationUnread) WriteConfiguration();
     KillTimer(window, kUpdateTimer);
     plugin.window = windowForOthers = nullptr;

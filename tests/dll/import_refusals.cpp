@@ -134,6 +134,7 @@ const std::vector<Section>& RefusalSections() {
                          {.function = "GetWindowRect"},
                          {.function = "GetWindowTextA"},
                          {.function = "GetWindowThreadProcessId"},
+                         {.function = "InitCommonControlsEx"},
                          {.function = "KillTimer"},
                          {.function = "MapDialogRect"},
                          {.function = "MapWindowPoints"},

@@ -68,6 +68,7 @@ void UseWindow(PluginSession& session) {
     SendMessageA(session.Window(), WM_CONTEXTMENU,
                  reinterpret_cast<WPARAM>(session.Control(IDC_EMBOSS_RADIUS)), -1);
     SendMessageA(session.Control(IDC_CANCEL), WM_MOUSEMOVE, 0, 0);
+    PostMessageA(session.Control(IDC_EMBOSS_RADIUS), WM_MOUSEMOVE, 0, 0);  // through the window's filter
     SendMessageA(session.Control(IDC_CANCEL), WM_MOUSELEAVE, 0, 0);
     session.Command(IDC_BACKGROUND_COLOR);
     session.DrawPreview(31, 23);
@@ -204,6 +205,19 @@ TEST(RefusedImports, A_control_that_cannot_be_dressed_or_bound_works_as_it_is) {
         const SessionRun run = RunWith({{"SetPropA", call}});
         EXPECT_EQ(run.messages, RunWithoutRefusal().messages);
         EXPECT_EQ(run.frames, 2u);
+    }
+}
+
+// The last window that is made is that of the tooltips.
+TEST(RefusedImports, Without_tooltips_the_window_works_as_ever) {
+    const uint32_t calls = RunWithoutRefusal().calls.at("CreateWindowExA");
+    for (const auto& refused : {RefusedCalls{{"CreateWindowExA", calls}},
+                                RefusedCalls{{"CreateWindowExA", calls}, {"InitCommonControlsEx", 1}},
+                                RefusedCalls{{"SetWindowsHookExA", 1}}}) {
+        const SessionRun run = RunWith(refused);
+        EXPECT_EQ(run.messages, RunWithoutRefusal().messages);
+        EXPECT_EQ(run.frames, 2u);
+        EXPECT_EQ(run.calls.at("CreateWindowExA"), calls);
     }
 }
 

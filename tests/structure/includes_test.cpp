@@ -50,7 +50,9 @@ const std::set<std::string> kPortable = {"host",
                                          "stage/wall_settings",
                                          "stage/wall_source",
                                          "stage/variation",
-                                         "stage/variation_table"};
+                                         "stage/variation_table",
+                                         "window/configuration_text",
+                                         "window/control_texts"};
 
 // The row of the table that holds for a file.
 std::string PlaceOf(const std::string& path) {

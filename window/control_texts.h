@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// What the controls of the plug-in's window do, for people who point at them.
+#pragma once
+
+#include <cstddef>
+
+namespace kfx {
+
+struct ControlText {
+    int id;           // of a control of the window or of a panel
+    const char* tip;  // what it does; '@' stands for a slider's range
+};
+
+// Enough for each tip with its range.
+constexpr size_t kTipBytes = 300;
+
+// The text of the control with this identifier; null: it has none.
+const ControlText* FindControlText(int id);
+
+// Writes the tip. `range` is a slider's "min,max,default" and stands in the tip as the slider shows it, as in
+// "4 to 45"; for other controls it is not looked at. What does not fit into `bytes` is cut.
+void WriteTip(const ControlText& text, const char* range, char* tip, size_t bytes);
+
+}  // namespace kfx
