@@ -11,6 +11,7 @@
 #include "window/effect_list.h"
 #include "window/plugin_state.h"
 #include "window/preview.h"
+#include "window/screen_readers.h"
 
 namespace kfx {
 namespace {
@@ -43,7 +44,9 @@ HWND SliderAt(HWND window, POINT place) {
 void OnControlChange(HWND window, HWND control, int id, int notification) {
     if (!control || !IsWindowVisible(window)) return;
     const Follow follow = OnControlNotification(control, notification, ChooseColor);
-    if (!IsOpen(window) || id < FIRST_PREVIEWED_CONTROL) return;
+    if (!IsOpen(window)) return;
+    if (follow != Follow::None) TellNewValue(control);
+    if (id < FIRST_PREVIEWED_CONTROL) return;
     if (follow == Follow::AfterPause)
         RestartUpdateTimer(window);
     else if (follow == Follow::AtOnce)

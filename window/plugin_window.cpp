@@ -25,6 +25,7 @@
 #include "window/plugin_state.h"
 #include "window/preview.h"
 #include "window/push_buttons.h"
+#include "window/screen_readers.h"
 #include "window/slider_menu.h"
 #include "window/source_opening.h"
 #include "window/tooltips.h"
@@ -113,6 +114,7 @@ void OnEffectListWanted(HWND window) {
         return;
     }
     StartTooltips(window);
+    StartScreenReaderTexts(window);
     if (settings.reloadPreviousSession == 1 && RememberedSourceExists())
         PostMessageA(window, WM_COMMAND, IDM_REOPEN_SOURCE, 0);
 }
@@ -122,6 +124,7 @@ void OnWindowMessage(HWND window, WPARAM what) {
         ComeToFront(window);
     } else if (what == kShowCurrentPanel) {
         ShowCurrentPanel(window);
+        TellValues(window);
     } else if (what == kFillEffectList) {
         OnEffectListWanted(window);
     }
@@ -177,6 +180,7 @@ void OnDestroy(HWND window) {
     StopLogo(&windowLogo);
     StopInputFilter();
     StopTooltips();
+    StopScreenReaderTexts(window);
     if (!plugin.configurationUnread) WriteConfiguration();
     KillTimer(window, kUpdateTimer);
     plugin.window = windowForOthers = nullptr;

@@ -13,6 +13,7 @@
 #include "window/output_options.h"
 #include "window/plugin_state.h"
 #include "window/preview.h"
+#include "window/screen_readers.h"
 
 namespace kfx {
 namespace {
@@ -25,6 +26,8 @@ void ShowSource(HWND window) {
     std::snprintf(size, sizeof size, "%d x %d", static_cast<int>(facts.width),
                   static_cast<int>(facts.height));
     SetDlgItemTextA(window, IDC_SOURCE_SIZE, size);
+    TellNewValue(GetDlgItem(window, IDC_SOURCE_PATH));
+    TellNewValue(GetDlgItem(window, IDC_SOURCE_SIZE));
 }
 
 }  // namespace

@@ -55,6 +55,8 @@ const std::vector<Section>& RefusalSections() {
                          {.function = "SHGetPathFromIDListA", .alone = true},
                          {.function = "SHGetSpecialFolderLocation", .answer = kFailed, .alone = true},
                          {.function = "ShellExecuteA", .answer = 2},
+                         {.function = "CoInitializeEx", .answer = kFailed},
+                         {.function = "CoCreateInstance", .answer = kFailed, .alone = true},
                          {.function = "GetOpenFileNameA"},
                          {.function = "GetSaveFileNameA"},
                          {.function = "MultiByteToWideChar"},
@@ -166,6 +168,7 @@ const std::set<std::string> kCannotFail = {
     "CallNextHookEx",
     "CallWindowProcA",
     "CoTaskMemFree",
+    "CoUninitialize",
     "CommDlgExtendedError",
     "DefWindowProcA",
     "DeleteCriticalSection",
@@ -192,6 +195,7 @@ const std::set<std::string> kCannotFail = {
     "IsWindowEnabled",
     "IsWindowVisible",
     "LeaveCriticalSection",
+    "NotifyWinEvent",
     "OffsetRect",
     "PtInRect",
     "ReleaseDC",
@@ -230,10 +234,8 @@ const std::set<std::string> kCannotFail = {
 };
 
 const std::set<std::string> kNotCalled = {
-    "GetDlgItemInt",  "GetDlgItemTextA", "MultiByteToWideChar",
-    "VirtualProtect", "VirtualQuery",    "WideCharToMultiByte",
-    "VirtualAlloc",   "calloc",          "malloc",
-    "realloc",        "vfprintf",
+    "GetDlgItemInt",       "GetDlgItemTextA", "VirtualAlloc", "VirtualProtect", "VirtualQuery",
+    "WideCharToMultiByte", "calloc",          "malloc",       "realloc",        "vfprintf",
 };
 
 }  // namespace kfx::test

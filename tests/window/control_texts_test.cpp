@@ -63,6 +63,8 @@ TEST(ControlTexts, A_tip_for_each_parameter_says_what_the_help_does_with_the_ran
             const commands::ParameterHelp help =
                 commands::FindParameterHelp(commands::kHelpDocument, effect.name, parameters[k].name);
             EXPECT_EQ(tip, InSpellingOfTheWindow(help.meaning)) << place;
+            const Unit* unit = FindControlText(control.id)->unit;
+            EXPECT_EQ(unit ? unit->many : "", help.unit) << place;
         }
     }
     EXPECT_GT(sliders, 30u);
@@ -104,6 +106,21 @@ TEST(ControlTexts, A_range_stands_as_the_slider_shows_it) {
     EXPECT_STREQ(tip, "About 4 to 45, then.");
     WriteTip(other, "4,45,5", tip, 9);
     EXPECT_STREQ(tip, "About 4 ");
+}
+
+TEST(ControlTexts, A_number_has_its_unit) {
+    constexpr Unit kUnit = {.one = "step", .many = "steps"};
+    const std::pair<int, const char*> numbers[] = {
+        {0, "0 steps"}, {1, "1 step"}, {-1, "-1 step"}, {2, "2 steps"}};
+    char value[kTipBytes];
+    for (const auto& [number, expected] : numbers) {
+        WriteNumber({.id = 1, .tip = "", .unit = &kUnit}, number, value, sizeof value);
+        EXPECT_STREQ(value, expected);
+    }
+    WriteNumber({.id = 1, .tip = ""}, -7, value, sizeof value);
+    EXPECT_STREQ(value, "-7");
+    WriteNumber({.id = 1, .tip = "", .unit = &kUnit}, 12, value, 5);
+    EXPECT_STREQ(value, "12 s");
 }
 
 }  // namespace
