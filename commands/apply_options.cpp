@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The options of kestrel apply.
-#include <map>
 #include <set>
-
-#include <CLI/CLI.hpp>
 
 #include "commands/apply_options.h"
 #include "commands/common_options.h"
 #include "commands/edit_options.h"
 #include "commands/option_checks.h"
+#include "commands/parser.h"
 #include "commands/parser_words.h"
 #include "commands/recipe_words.h"
 #include "media/animation_writer.h"
@@ -26,12 +24,14 @@ constexpr char kExamples[] =
     "kestrel apply OTHER.gif -o OUT.gif --recipe MADE.gif";
 
 void AddPaletteOptions(CLI::App* command, CommandLine* line) {
-    command
-        ->add_option(
-            "--palette", line->palette,
-            "Palette as `kestrel effects --json` lists them, `custom` (computed; the default for GIF) or "
-            "`original`")
-        ->type_name("NAME");
+    AddText(
+        command,
+        {.name = "--palette",
+         .typeName = "NAME",
+         .description =
+             "Palette as `kestrel effects --json` lists them, `custom` (computed; the default for GIF) or "
+             "`original`"},
+        &line->palette);
     AddNumber(command, "--colors", &line->colors, 2, 256, "The most colours of the computed palette");
     AddFlag(command, "--dither", &line->dither, "Dither to the palette");
     AddFlag(command, "--supercompress", &line->supercompress, "Store only pixels that change");
@@ -63,13 +63,11 @@ void AddBatchOptions(CLI::App* command, CommandLine* line) {
 }
 
 void AddFiles(CLI::App* command, CommandLine* line, bool isSurvey) {
-    command
-        ->add_option("input", line->inputs,
-                     std::string("GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; "
-                                 "NAME-%03d.png for numbered files; several files, NAME-*.gif or a folder") +
-                         (isSurvey ? " are one animation" : ", with a folder as output"))
-        ->type_name("FILE")
-        ->required();
+    RequireOption(
+        AddInputs(command, line, "input",
+                  std::string("GIF, WebP, PNG, JPEG or BMP file, or Y4M video; `-` for standard input; "
+                              "NAME-%03d.png for numbered files; several files, NAME-*.gif or a folder") +
+                      (isSurvey ? " are one animation" : ", with a folder as output")));
     AddReadLimit(command, line);
     AddJoinOptions(command, line);
     AddOutput(command, line, "-o,--output",
@@ -77,6 +75,29 @@ void AddFiles(CLI::App* command, CommandLine* line, bool isSurvey) {
                        : ".gif, .webp, .apng, .y4m, or .png (several frames: NAME-000.png, ...); `-` for "
                          "standard output; FOLDER/ for a result of each input, named as it; .kpart for a "
                          "part (--survey)");
+}
+
+void AddBackgroundOptions(CLI::App* command, CommandLine* line) {
+    AddText(command,
+            {.name = "--local-background",
+             .typeName = "RRGGBB",
+             .description =
+                 "Colour that effects show beyond the picture's edges, or `none` for the source's own"},
+            &line->localBackground);
+    AddText(command,
+            {.name = "--edges",
+             .typeName = "NAME",
+             .description =
+                 "What Motion Blur, Oil Painting and Radial Blur see there: `background` (the default) or "
+                 "`extend` (the edge's pixels, repeated)"},
+            &line->edges);
+    AddText(command,
+            {.name = "--matte",
+             .typeName = "RRGGBB",
+             .description =
+                 "GIF: colour that half-transparent pixels are mixed onto (without it they are opaque or "
+                 "hidden)"},
+            &line->matte);
 }
 
 bool SplitSetting(const std::string& text, EffectChoice* effect, std::string* error) {
@@ -94,20 +115,18 @@ std::vector<std::string> WordsForEach(const CLI::App& command) {
     static const std::set<std::string> others = {"output",  "format", "jobs",  "recursive",
                                                  "threads", "json",   "quiet", "dry-run"};
     std::vector<std::string> words;
-    std::map<const CLI::Option*, size_t> seen;
-    for (const CLI::Option* option : command.parse_order()) {
-        if (option->get_lnames().empty() || others.count(option->get_lnames()[0]) > 0) continue;
-        words.push_back("--" + option->get_lnames()[0]);
-        const size_t number = seen[option]++;
-        if (option->get_items_expected_max() > 0) words.push_back(option->results().at(number));
+    for (const GivenOption& option : GivenOptions(command)) {
+        if (option.name.empty() || others.count(option.name) > 0) continue;
+        words.push_back("--" + option.name);
+        if (option.takesValue) words.push_back(option.value);
     }
     return words;
 }
 
 void AddApply(CLI::App* app, const OptionTarget& target) {
     AddApplyOptions(
-        app->add_subcommand("apply", "Apply an effect, or several in turn, to an animation, or edit it"),
-        target, ApplyUse::Apply);
+        AddCommand(app, "apply", "Apply an effect, or several in turn, to an animation, or edit it"), target,
+        ApplyUse::Apply);
 }
 
 bool FinishApply(const CLI::App& command, const ApplyWords& words, CommandLine* line, std::string* error) {
@@ -129,23 +148,30 @@ void AddApplyOptions(CLI::App* apply, const OptionTarget& target, ApplyUse use) 
         AddThreads(apply, line, false);
     else
         AddBatchOptions(apply, line);
-    apply
-        ->add_option("--format", target.words->format,
-                     isSurvey
-                         ? "What the parts are joined to: gif, webp, png, apng, y4m, rgb or rgba"
-                         : "For standard output, or a name without ending: gif, webp, png, apng, y4m, rgb or "
-                           "rgba")
-        ->type_name("NAME");
-    AddList(
-        apply, "--effect", &target.words->effects,
-        "Effect, as `kestrel effects` lists them; several are applied in turn; may be left out with --format "
-        "or one of --reverse to --loop")
-        ->type_name("NAME");
-    AddList(
-        apply, "--set", &target.words->settings,
-        "Parameter of the effect before it; may be given several times; 0..720, 4,20,8 or 4@0%,20@30%,8@100% "
-        "moves it over the frames, with :ease (slow at the ends) and :loop (back to the first value)")
-        ->type_name("NAME=VALUE");
+    AddText(
+        apply,
+        {.name = "--format",
+         .typeName = "NAME",
+         .description =
+             isSurvey ? "What the parts are joined to: gif, webp, png, apng, y4m, rgb or rgba"
+                      : "For standard output, or a name without ending: gif, webp, png, apng, y4m, rgb or "
+                        "rgba"},
+        &target.words->format);
+    AddList(apply,
+            {.name = "--effect",
+             .typeName = "NAME",
+             .description =
+                 "Effect, as `kestrel effects` lists them; several are applied in turn; may be left out with "
+                 "--format or one of --reverse to --loop"},
+            &target.words->effects);
+    AddList(apply,
+            {.name = "--set",
+             .typeName = "NAME=VALUE",
+             .description =
+                 "Parameter of the effect before it; may be given several times; 0..720, 4,20,8 or "
+                 "4@0%,20@30%,8@100% moves it over the frames, with :ease (slow at the ends) and :loop (back "
+                 "to the first value)"},
+            &target.words->settings);
     AddEditOptions(apply, &line->edits);
     if (!isSurvey)
         AddFlag(apply, "--seamless", &line->journeys.seamless,
@@ -157,21 +183,7 @@ void AddApplyOptions(CLI::App* apply, const OptionTarget& target, ApplyUse use) 
     AddFlag(apply, "--comment", &line->comment,
             "Add the plug-in's comment to a GIF, behind the source's own");
     AddFlag(apply, "--no-comment", &target.words->noComment, "No comment of the plug-in (the default)");
-    apply
-        ->add_option("--local-background", line->localBackground,
-                     "Colour that effects show beyond the picture's edges, or `none` for the source's own")
-        ->type_name("RRGGBB");
-    apply
-        ->add_option(
-            "--edges", line->edges,
-            "What Motion Blur, Oil Painting and Radial Blur see there: `background` (the default) or "
-            "`extend` (the edge's pixels, repeated)")
-        ->type_name("NAME");
-    apply
-        ->add_option("--matte", line->matte,
-                     "GIF: colour that half-transparent pixels are mixed onto (without it they are opaque or "
-                     "hidden)")
-        ->type_name("RRGGBB");
+    AddBackgroundOptions(apply, line);
     AddRecipeOptions(apply, target);
     if (!isSurvey) AddSurveyOption(apply, &line->split);
     AddEngineOptions(apply, target);
@@ -181,9 +193,9 @@ bool JoinEffectsAndSettings(const CLI::App& command, const ApplyWords& words, Co
                             std::string* error) {
     for (const std::string& name : words.effects) line->effects.push_back({name, {}});
     size_t effectsBefore = 0, setting = 0;
-    for (const CLI::Option* option : command.parse_order()) {
-        if (option->check_lname("effect")) ++effectsBefore;
-        if (!option->check_lname("set")) continue;
+    for (const GivenOption& option : GivenOptions(command)) {
+        if (option.name == "effect") ++effectsBefore;
+        if (option.name != "set") continue;
         const std::string& text = words.settings[setting++];
         if (line->effects.empty()) {
             *error = "--set needs an --effect, whose parameter it sets.";

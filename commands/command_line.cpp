@@ -3,18 +3,13 @@
 
 #include <algorithm>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/command_row.h"
 #include "commands/completion.h"
 #include "commands/help_texts.h"
 #include "commands/output_format.h"
-#include "commands/parser_words.h"
 
 namespace kfx::commands {
 namespace {
-
-constexpr char kDescription[] = "Kestrel FX on files: effects for animations and pictures.";
 
 // In the order in which the help lists them.
 const CommandRow* const kCommands[] = {
@@ -32,24 +27,6 @@ std::string ProgramExamples() {
         if (row != &kApplyCommand && !own.empty()) examples += "\n" + own.substr(0, own.find('\n'));
     }
     return examples;
-}
-
-ParseOutcome Parse(CLI::App* app, const std::vector<std::string>& arguments, std::string* text) {
-    try {
-        // The parser takes its arguments from the end.
-        app->parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-        return ParseOutcome::Run;
-    } catch (const CLI::CallForHelp&) {
-        const auto chosen = app->get_subcommands();
-        *text = chosen.empty() ? app->help() : chosen.front()->help(app->get_name());
-        return ParseOutcome::ShowText;
-    } catch (const CLI::CallForVersion& version) {
-        *text = std::string(version.what()) + "\n";
-        return ParseOutcome::ShowText;
-    } catch (const CLI::ParseError& error) {
-        *text = ParserErrorMessage(error, *app);
-        return ParseOutcome::Error;
-    }
 }
 
 }  // namespace
@@ -85,28 +62,28 @@ bool ParseColor(const std::string& text, unsigned* color) {
 ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const OwnOptions& own,
                               CommandLine* line, std::string* text) {
     *line = {};
-    CLI::App app(kDescription, "kestrel");
-    app.footer(ExitCodesText());
-    app.set_version_flag("--version", "Kestrel 16.0a");
-    app.allow_windows_style_options(false);  // a leading slash begins a path
-    app.require_subcommand(0, 1);            // files may be named as commands are
+    const Parser parser =
+        MakeParser({.name = "kestrel",
+                    .version = kVersionText,
+                    .description = "Kestrel FX on files: effects for animations and pictures.",
+                    .footer = ExitCodesText()});
+    CLI::App* const app = parser.get();
     ApplyWords words;
-    for (const CommandRow* row : kCommands) row->add(&app, {line, &words, own});
+    for (const CommandRow* row : kCommands) row->add(app, {line, &words, own});
     for (const CommandRow* row : kCommands) {
-        CLI::App* const command = app.get_subcommand(row->name);
-        command->group("Commands");
-        if (*row->examples) ShowExamplesFirst(command, row->examples);
+        if (*row->examples) ShowExamplesFirst(CommandNamed(app, row->name), row->examples);
     }
-    ShowExamplesFirst(&app, ProgramExamples());
+    ShowExamplesFirst(app, ProgramExamples());
     if (!arguments.empty() && arguments.front() == kCompleteCommand) {
-        *text = CompleteWords(app, {arguments.begin() + 1, arguments.end()});
+        *text = CompleteWords(DescribeCommand(*app), {arguments.begin() + 1, arguments.end()});
         return ParseOutcome::ShowText;
     }
-    const ParseOutcome outcome = Parse(&app, arguments, text);
+    const ParseOutcome outcome = ParseWords(app, arguments, text);
     if (outcome != ParseOutcome::Run) return outcome;
 
+    const std::string given = GivenCommand(*app);
     for (const CommandRow* row : kCommands) {
-        if (!app.got_subcommand(row->name)) continue;
+        if (given != row->name) continue;
         line->command = row;
         if (std::find(line->inputs.begin(), line->inputs.end(), "") != line->inputs.end()) {
             *text = "an input has no name: its argument is empty.";
@@ -117,7 +94,7 @@ ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const O
             return ParseOutcome::Error;
         }
         if (NamesStandardOutput(line->output)) line->output = "-";
-        const bool isDone = !row->finish || row->finish(*app.get_subcommand(row->name), words, line, text);
+        const bool isDone = !row->finish || row->finish(*CommandNamed(app, given), words, line, text);
         return isDone ? ParseOutcome::Run : ParseOutcome::Error;
     }
     *text = "a command is missing; see --help.";

@@ -10,13 +10,10 @@
 #include "commands/frame_edits.h"
 #include "commands/journey.h"
 #include "commands/look_options.h"
+#include "commands/parser.h"
 #include "commands/recipe_options.h"
 #include "commands/result_edits.h"
 #include "commands/split_options.h"
-
-namespace CLI {
-class App;
-}
 
 namespace kfx::commands {
 
@@ -94,10 +91,7 @@ struct OwnOptions {
     void* values = nullptr;
 };
 
-enum class ParseOutcome { Run, ShowText, Error };
-
-// Reads the arguments (UTF-8, without the program's name). ShowText: `*text` is the help or the version that
-// was asked for. Error: `*text` is one sentence.
+// Reads the arguments as ParseWords does, and checks them against each other.
 ParseOutcome ParseCommandLine(const std::vector<std::string>& arguments, const OwnOptions& own,
                               CommandLine* line, std::string* text);
 

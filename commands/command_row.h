@@ -45,6 +45,9 @@ struct CommandRow {
     const char* examples = "";  // command lines that work, one a line
 };
 
+// What the program answers to --version.
+inline constexpr char kVersionText[] = "Kestrel 16.0a";
+
 // The examples of the command of this name; of the program, for an empty one.
 std::string ExamplesOf(const std::string& command);
 

@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/parser_words.h"
 #include "commands/text_match.h"
 #include "framework/frame_runner.h"
@@ -30,24 +28,25 @@ void AddReportOptions(CLI::App* command, CommandLine* line) {
 }
 
 void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
-    AddOptionalOutput(command, line, name, description);
-    command->get_option("-o")->required();
+    RequireOption(AddOptionalOutput(command, line, name, description));
 }
 
-void AddOptionalOutput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
-    command->add_option(name, line->output, description)->type_name("FILE");
+CLI::Option* AddOptionalOutput(CLI::App* command, CommandLine* line, const char* name,
+                               const char* description) {
+    CLI::Option* const output =
+        AddText(command, {.name = name, .typeName = "FILE", .description = description}, &line->output);
     AddFlag(command, "--force", &line->force, "Replace the output when it exists");
+    return output;
 }
 
 CLI::Option* AddInput(CLI::App* command, CommandLine* line, const char* name, const char* description) {
-    return command
-        ->add_option_function<std::string>(
-            name, [line](const std::string& input) { line->inputs.push_back(input); }, description)
-        ->type_name("FILE");
+    return AddTextBehind(command, {.name = name, .typeName = "FILE", .description = description},
+                         &line->inputs);
 }
 
-CLI::Option* AddInputs(CLI::App* command, CommandLine* line, const char* name, const char* description) {
-    return command->add_option(name, line->inputs, description)->type_name("FILE");
+CLI::Option* AddInputs(CLI::App* command, CommandLine* line, const char* name,
+                       const std::string& description) {
+    return AddTexts(command, {.name = name, .typeName = "FILE", .description = description}, &line->inputs);
 }
 
 void AddJoinOptions(CLI::App* command, CommandLine* line) {

@@ -23,13 +23,15 @@ void AddReportOptions(CLI::App* command, CommandLine* line);
 void AddOutput(CLI::App* command, CommandLine* line, const char* name, const char* description);
 
 // The same for an output that need not be given.
-void AddOptionalOutput(CLI::App* command, CommandLine* line, const char* name, const char* description);
+CLI::Option* AddOptionalOutput(CLI::App* command, CommandLine* line, const char* name,
+                               const char* description);
 
 // Adds one input without an option's name.
 CLI::Option* AddInput(CLI::App* command, CommandLine* line, const char* name, const char* description);
 
 // Adds any number of inputs.
-CLI::Option* AddInputs(CLI::App* command, CommandLine* line, const char* name, const char* description);
+CLI::Option* AddInputs(CLI::App* command, CommandLine* line, const char* name,
+                       const std::string& description);
 
 // Adds --join and --delay.
 void AddJoinOptions(CLI::App* command, CommandLine* line);

@@ -6,8 +6,6 @@
 #include <cstdio>
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
 #include "commands/difference_sheet.h"
 #include "commands/output_format.h"
@@ -246,17 +244,19 @@ Report RunCompare(const CommandLine& line, const CommandContext&) {
 void AddCompare(CLI::App* app, const OptionTarget& target) {
     CommandLine* const line = target.line;
     CLI::App* const compare =
-        app->add_subcommand("compare", "Tell whether two animations look equal when they are played");
-    AddInput(compare, line, "first", "An animation or picture")->required();
-    AddInput(compare, line, "second", "Another one")->required();
-    compare
-        ->add_option("--min-psnr", line->look.leastPsnr,
-                     "Equal enough is a PSNR of so many decibels, in each frame")
-        ->type_name("DB");
-    compare
-        ->add_option("--min-ssim", line->look.leastSsim,
-                     "Equal enough is such an SSIM, 0 to 1, in each frame")
-        ->type_name("N");
+        AddCommand(app, "compare", "Tell whether two animations look equal when they are played");
+    RequireOption(AddInput(compare, line, "first", "An animation or picture"));
+    RequireOption(AddInput(compare, line, "second", "Another one"));
+    AddText(compare,
+            {.name = "--min-psnr",
+             .typeName = "DB",
+             .description = "Equal enough is a PSNR of so many decibels, in each frame"},
+            &line->look.leastPsnr);
+    AddText(compare,
+            {.name = "--min-ssim",
+             .typeName = "N",
+             .description = "Equal enough is such an SSIM, 0 to 1, in each frame"},
+            &line->look.leastSsim);
     AddFlag(compare, "--round-times", &line->look.roundsTimes,
             "A frame may come or go 10 ms earlier or later: GIF files hold no shorter times");
     AddFlag(compare, "--frames", &line->look.listsFrames, "List what was compared, frame by frame");
@@ -264,7 +264,7 @@ void AddCompare(CLI::App* app, const OptionTarget& target) {
     AddJoinOptions(compare, line);
     AddReadLimit(compare, line);
     AddReportOptions(compare, line);
-    compare->footer("Exit codes: 0 they look equal, 1 they differ, others as for each command.");
+    SetFooter(compare, "Exit codes: 0 they look equal, 1 they differ, others as for each command.");
 }
 
 bool FinishCompare(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {

@@ -3,8 +3,6 @@
 
 #include <algorithm>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/direct_engine.h"
 #include "commands/output_format.h"
 #include "commands/text_match.h"
@@ -18,7 +16,7 @@ constexpr char kFilesLine[] = ":files\n";
 
 // The question, and the answer as it grows.
 struct Completion {
-    const CLI::App& command;
+    const DeclaredCommand& command;
     const Words& before;
     std::string word;     // the unfinished one, or what stands behind the equals sign of --option=
     std::string leading;  // --option=, which the shell sees as part of the same word
@@ -141,77 +139,72 @@ constexpr ValueRow kValues[] = {
     {.name = "palette", .offer = OfferPalettes}, {.name = "set", .offer = OfferSettings},
 };
 
-bool TakesFile(const CLI::Option& option) {
-    const std::string type = option.get_type_name();
+bool TakesFile(const DeclaredOption& option) {
+    const std::string& type = option.typeName;
     return type.find("FILE") != std::string::npos || type == "PATH" || type == "FOLDER";
 }
 
-void OfferValuesOf(const CLI::Option& option, Completion* completion) {
-    const std::string name = option.get_single_name();
+void OfferValuesOf(const DeclaredOption& option, Completion* completion) {
+    const std::string& name = option.longNames.empty() ? option.inputName : option.longNames.front();
     for (const ValueRow& row : kValues) {
         if (name == row.name) return row.offer(completion);
     }
     if (TakesFile(option)) completion->answer += kFilesLine;
 }
 
+bool Has(const Words& words, const std::string& word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
 // The option that the word names; null: none.
-const CLI::Option* FindOption(const CLI::App& command, const std::string& word) {
-    for (const CLI::Option* option : command.get_options()) {
-        if (StartsWith(word, "--")
-                ? option->check_lname(word.substr(2))
-                : word.size() == 2 && word[0] == '-' && option->check_sname(word.substr(1)))
-            return option;
+const DeclaredOption* FindOption(const DeclaredCommand& command, const std::string& word) {
+    for (const DeclaredOption& option : command.options) {
+        if (StartsWith(word, "--") ? Has(option.longNames, word.substr(2))
+                                   : StartsWith(word, "-") && Has(option.shortNames, word.substr(1)))
+            return &option;
     }
     return nullptr;
 }
 
-bool IsRepeatable(const CLI::Option& option) {
-    return option.get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
-}
-
-bool IsGiven(const CLI::Option& option, const CLI::App& command, const Words& before) {
+bool IsGiven(const DeclaredOption& option, const DeclaredCommand& command, const Words& before) {
     return std::any_of(before.begin(), before.end(), [&](const std::string& word) {
         return FindOption(command, word.substr(0, word.find('='))) == &option;
     });
 }
 
 void OfferOptions(Completion* completion) {
-    for (const CLI::Option* option : completion->command.get_options()) {
-        const bool isHidden = option->get_group().empty();
-        if (!option->nonpositional() || isHidden) continue;
-        if (!IsRepeatable(*option) && IsGiven(*option, completion->command, completion->before)) continue;
-        for (const std::string& name : option->get_lnames())
-            Offer("--" + name, option->get_description(), completion);
+    for (const DeclaredOption& option : completion->command.options) {
+        if (!option.isRepeatable && IsGiven(option, completion->command, completion->before)) continue;
+        for (const std::string& name : option.longNames) Offer("--" + name, option.description, completion);
     }
 }
 
 void OfferInputs(Completion* completion) {
-    for (const CLI::Option* option : completion->command.get_options()) {
+    for (const DeclaredOption& option : completion->command.options) {
         // A name like -o,--output,output serves both ways; the option is offered by its dashes.
-        if (option->get_positional() && !option->nonpositional()) return OfferValuesOf(*option, completion);
+        if (IsInput(option)) return OfferValuesOf(option, completion);
     }
 }
 
-void OfferCommands(const CLI::App& app, Completion* completion) {
-    for (const CLI::App* command : app.get_subcommands({})) {
-        if (!command->get_group().empty()) Offer(command->get_name(), command->get_description(), completion);
-    }
+void OfferCommands(const DeclaredCommand& program, Completion* completion) {
+    for (const DeclaredCommand& command : program.commands)
+        Offer(command.name, command.description, completion);
 }
 
 // The first word that is no option says which command it is.
-const CLI::App* FindCommand(const CLI::App& app, const Words& before) {
-    for (const CLI::App* command : app.get_subcommands({})) {
-        if (!before.empty() && before.front() == command->get_name()) return command;
+const DeclaredCommand* FindCommand(const DeclaredCommand& program, const Words& before) {
+    for (const DeclaredCommand& command : program.commands) {
+        if (!before.empty() && before.front() == command.name) return &command;
     }
     return nullptr;
 }
 
 void Answer(Completion* completion) {
     const std::string last = completion->before.empty() ? "" : completion->before.back();
-    const CLI::Option* const option = FindOption(completion->command, last);
-    if (option && option->get_items_expected_max() > 0) return OfferValuesOf(*option, completion);
+    const DeclaredOption* const option = FindOption(completion->command, last);
+    if (option && option->takesValue) return OfferValuesOf(*option, completion);
     const size_t equals = completion->word.find('=');
-    const CLI::Option* const joined =
+    const DeclaredOption* const joined =
         StartsWith(completion->word, "--") && equals != std::string::npos
             ? FindOption(completion->command, completion->word.substr(0, equals))
             : nullptr;
@@ -226,17 +219,17 @@ void Answer(Completion* completion) {
 
 }  // namespace
 
-std::string CompleteWords(const CLI::App& app, const std::vector<std::string>& arguments) {
+std::string CompleteWords(const DeclaredCommand& program, const std::vector<std::string>& arguments) {
     if (arguments.empty() || !StartsWith(arguments.front(), "=")) return "";
     const Words before(arguments.begin() + 1, arguments.end());
-    const CLI::App* const command = FindCommand(app, before);
-    Completion completion = {command ? *command : app, before, arguments.front().substr(1), "", ""};
+    const DeclaredCommand* const command = FindCommand(program, before);
+    Completion completion = {command ? *command : program, before, arguments.front().substr(1), "", ""};
     if (command) {
         Answer(&completion);
     } else if (before.empty() && StartsWith(completion.word, "-")) {
         OfferOptions(&completion);
     } else if (before.empty()) {
-        OfferCommands(app, &completion);
+        OfferCommands(program, &completion);
     }
     return completion.answer;
 }

@@ -7,9 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "commands/parser.h"
 
 namespace kfx::commands {
 
@@ -21,6 +19,6 @@ inline constexpr char kCompleteCommand[] = "complete";
 // some shells drop empty arguments.) The answer is a line for each word that fits: the word, and behind a tab
 // what it means, if there is something to say. A word that ends in an equals sign is not complete. The line
 // ":files" says that names of files fit, too.
-std::string CompleteWords(const CLI::App& app, const std::vector<std::string>& arguments);
+std::string CompleteWords(const DeclaredCommand& program, const std::vector<std::string>& arguments);
 
 }  // namespace kfx::commands

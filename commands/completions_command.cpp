@@ -2,20 +2,20 @@
 // kestrel completions: what a shell loads to complete command lines.
 #include <algorithm>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/command_row.h"
 #include "commands/completion_scripts.h"
+#include "commands/parser_words.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {
 namespace {
 
 void AddCompletions(CLI::App* app, const OptionTarget& target) {
-    app->add_subcommand("completions", "Print what a shell loads to complete kestrel's command lines")
-        ->add_option("shell", target.words->shell, JoinNames(CompletionShells()))
-        ->type_name("SHELL")
-        ->required();
+    CLI::App* const completions =
+        AddCommand(app, "completions", "Print what a shell loads to complete kestrel's command lines");
+    RequireOption(AddText(
+        completions, {.name = "shell", .typeName = "SHELL", .description = JoinNames(CompletionShells())},
+        &target.words->shell));
 }
 
 bool FinishCompletions(const CLI::App&, const ApplyWords& words, CommandLine* line, std::string* error) {

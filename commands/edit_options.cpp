@@ -5,8 +5,6 @@
 #include <cmath>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/parser_words.h"
 #include "commands/text_match.h"
 
@@ -175,16 +173,13 @@ constexpr EditOption kEditOptions[] = {
 void AddEditOptions(CLI::App* command, FrameEdits* edits) {
     AddFlag(command, "--reverse", &edits->reverse, "Play backwards");
     for (const EditOption& option : kEditOptions) {
-        // The check reads the value as well, so that what the parser refuses has the option's own sentence.
-        const auto refuse = [&option, edits](const std::string& text) {
+        const auto read = [&option, edits](const std::string& text) {
             return option.read(text, edits) ? std::string()
                                             : std::string("takes ") + option.takes + ", not \"" + text + "\"";
         };
-        command
-            ->add_option_function<std::string>(
-                option.name, [](const std::string&) {}, option.description)
-            ->type_name(option.typeName)
-            ->check(refuse);
+        AddReadText(command,
+                    {.name = option.name, .typeName = option.typeName, .description = option.description},
+                    read);
     }
 }
 

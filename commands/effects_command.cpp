@@ -2,10 +2,9 @@
 // kestrel effects: what effects there are.
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
 #include "commands/parameter_help.h"
+#include "commands/parser_words.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {
@@ -122,12 +121,13 @@ Report RunEffects(const CommandLine& line, const CommandContext& context) {
 }
 
 void AddEffects(CLI::App* app, const OptionTarget& target) {
-    CLI::App* const effects = app->add_subcommand(
-        "effects", "List the effects, or one of them, with their parameters, ranges and defaults");
-    effects
-        ->add_option("name", target.line->look.effect,
-                     "Only this effect; a beginning that fits one name is enough (default: all)")
-        ->type_name("NAME");
+    CLI::App* const effects = AddCommand(
+        app, "effects", "List the effects, or one of them, with their parameters, ranges and defaults");
+    AddText(effects,
+            {.name = "name",
+             .typeName = "NAME",
+             .description = "Only this effect; a beginning that fits one name is enough (default: all)"},
+            &target.line->look.effect);
     AddEngineOptions(effects, target);
 }
 

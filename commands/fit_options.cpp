@@ -4,10 +4,9 @@
 #include <charconv>
 #include <cmath>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/command_line.h"
 #include "commands/output_format.h"
+#include "commands/parser_words.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {
@@ -84,16 +83,20 @@ void AddFitOptions(CLI::App* command, FitOptions* options) {
         FitOptions unused;
         return ReadAllowed(text, &unused) ? std::string() : kWordsTaken + ("\"" + text + "\"");
     };
-    command
-        ->add_option("--max-size", options->size,
-                     "Find the settings that look best within so many bytes: 500K, 1.5M, 2MiB")
-        ->type_name("SIZE")
-        ->check(checkSize);
-    command
-        ->add_option("--allow", options->allowed,
-                     "What --max-size may give up, too: scale, frames, lossy, or several with commas")
-        ->type_name("LIST")
-        ->check(checkAllowed);
+    CLI::Option* const size =
+        AddText(command,
+                {.name = "--max-size",
+                 .typeName = "SIZE",
+                 .description = "Find the settings that look best within so many bytes: 500K, 1.5M, 2MiB"},
+                &options->size);
+    CheckText(size, checkSize);
+    CLI::Option* const allowed = AddText(
+        command,
+        {.name = "--allow",
+         .typeName = "LIST",
+         .description = "What --max-size may give up, too: scale, frames, lossy, or several with commas"},
+        &options->allowed);
+    CheckText(allowed, checkAllowed);
 }
 
 bool ParseBytes(const std::string& text, uint64_t* bytes) {

@@ -2,8 +2,6 @@
 // kestrel gallery: a picture under every effect, or an animation.
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/alpha_pixels.h"
 #include "commands/common_options.h"
 #include "commands/frame_threads.h"
@@ -221,7 +219,7 @@ Report RunGallery(const CommandLine& line, const CommandContext& context) {
 
 void AddGallery(CLI::App* app, const OptionTarget& target) {
     CLI::App* const gallery =
-        app->add_subcommand("gallery", "Draw a picture, or an animation, under every effect at once");
+        AddCommand(app, "gallery", "Draw a picture, or an animation, under every effect at once");
     AddInput(gallery, target.line, "input", "Picture or animation (default: the sample)");
     AddReadLimit(gallery, target.line);
     AddOutput(gallery, target.line, "-o,--output",

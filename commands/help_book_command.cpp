@@ -2,13 +2,12 @@
 // kestrel help-book: the help document with pictures, of the sample or of a picture of the user's own.
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/alpha_pixels.h"
 #include "commands/common_options.h"
 #include "commands/frame_threads.h"
 #include "commands/help_book.h"
 #include "commands/parameter_help.h"
+#include "commands/parser_words.h"
 #include "commands/resize_frame.h"
 #include "commands/text.h"
 #include "media/contact_sheet.h"
@@ -115,8 +114,9 @@ Report RunHelpBook(const CommandLine& line, const CommandContext& context) {
 }
 
 void AddHelpBook(CLI::App* app, const OptionTarget& target) {
-    CLI::App* const book = app->add_subcommand(
-        "help-book", "Write the plug-in's help with pictures of what each control does, as one HTML file");
+    CLI::App* const book =
+        AddCommand(app, "help-book",
+                   "Write the plug-in's help with pictures of what each control does, as one HTML file");
     AddInput(book, target.line, "input", "Picture to show the effects on (default: the sample)");
     AddReadLimit(book, target.line);
     AddOutput(book, target.line, "-o,--output", "HTML file");

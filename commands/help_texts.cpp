@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/help_texts.h"
 
-#include <CLI/CLI.hpp>
+#include "commands/parser.h"
 
 namespace kfx::commands {
 namespace {
@@ -46,15 +46,7 @@ std::string Indented(const std::string& lines) {
 }
 
 void ShowExamplesFirst(CLI::App* command, const std::string& examples) {
-    const std::string text = "\nExamples:\n" + Indented(examples) + "\n\n";
-    command->formatter_fn([text](const CLI::App* app, std::string name, CLI::AppFormatMode mode) {
-        CLI::Formatter formatter;
-        formatter.label("SUBCOMMAND", "COMMAND");
-        std::string help = formatter.make_help(app, std::move(name), mode);
-        const size_t usage = help.find("Usage:");
-        if (mode != CLI::AppFormatMode::Sub && usage != std::string::npos) help.insert(usage, text);
-        return help;
-    });
+    ShowBeforeUsage(command, "\nExamples:\n" + Indented(examples) + "\n\n");
 }
 
 }  // namespace kfx::commands

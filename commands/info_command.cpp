@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/color_profile.h"
 #include "commands/common_options.h"
 #include "commands/console.h"
@@ -323,15 +321,15 @@ Report RunInfo(const CommandLine& line, const CommandContext&) {
 
 void AddInfo(CLI::App* app, const OptionTarget& target) {
     CLI::App* const info =
-        app->add_subcommand("info", "Tell what files hold: frames, times, colors, metadata, recipe");
-    AddInputs(info, target.line, "input",
-              "Pictures and animations, folders, patterns, or - for standard input")
-        ->required();
+        AddCommand(app, "info", "Tell what files hold: frames, times, colors, metadata, recipe");
+    RequireOption(AddInputs(info, target.line, "input",
+                            "Pictures and animations, folders, patterns, or - for standard input"));
     AddFlag(info, "--frames", &target.line->look.listsFrames,
             "List the frames, too: part, time, disposal, colors");
     AddReadLimit(info, target.line);
     AddReportOptions(info, target.line);
-    info->footer(
+    SetFooter(
+        info,
         "A file that cannot be read does not stop the others; the exit code is that of the first failure.");
 }
 

@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/apply_report.h"
 #include "commands/build_steps.h"
 #include "commands/common_options.h"
 #include "commands/output_format.h"
+#include "commands/parser_words.h"
 #include "commands/part_file.h"
 #include "commands/part_run.h"
 #include "commands/recipe_words.h"
@@ -201,10 +200,10 @@ Report RunJoin(const CommandLine& line, const CommandContext& context) {
 }
 
 void AddJoin(CLI::App* app, const OptionTarget& target) {
-    CLI::App* const join = app->add_subcommand("join", "Join the parts of an animation; see kestrel survey");
-    AddInputs(join, target.line, "part",
-              "Parts that kestrel apply --survey has made, in any order, or a pattern as PARTS-*.kpart")
-        ->required();
+    CLI::App* const join = AddCommand(app, "join", "Join the parts of an animation; see kestrel survey");
+    RequireOption(
+        AddInputs(join, target.line, "part",
+                  "Parts that kestrel apply --survey has made, in any order, or a pattern as PARTS-*.kpart"));
     AddReadLimit(join, target.line);
     AddThreads(join, target.line, false);
     AddOutput(

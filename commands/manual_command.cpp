@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // kestrel man: the manual page, from the same options that the parser takes.
-#include <CLI/CLI.hpp>
-
 #include "commands/command_row.h"
 #include "commands/help_texts.h"
+#include "commands/parser.h"
+#include "commands/parser_words.h"
 
 namespace kfx::commands {
 namespace {
@@ -40,45 +40,45 @@ std::string Sentence(const std::string& text) {
 
 std::string ExampleBlock(const std::string& examples) { return ".nf\n" + Escaped(examples) + "\n.fi\n"; }
 
-std::string NamesOf(const CLI::Option& option) {
+std::string NamesOf(const DeclaredOption& option) {
+    if (IsInput(option)) return Italic(option.inputName);
     std::string names;
-    for (const std::string& name : option.get_snames())
-        names += (names.empty() ? "" : ", ") + Bold("-" + name);
-    for (const std::string& name : option.get_lnames())
-        names += (names.empty() ? "" : ", ") + Bold("--" + name);
-    if (!option.nonpositional()) names = Italic(option.get_single_name());
-    const bool takesValue = option.nonpositional() && option.get_items_expected_max() > 0;
-    return takesValue ? names + " " + Italic(option.get_type_name()) : names;
+    for (const std::string& name : option.shortNames) names += (names.empty() ? "" : ", ") + Bold("-" + name);
+    for (const std::string& name : option.longNames) names += (names.empty() ? "" : ", ") + Bold("--" + name);
+    return option.takesValue ? names + " " + Italic(option.typeName) : names;
 }
 
-std::string OptionsOf(const CLI::App& command) {
+bool IsHelp(const DeclaredOption& option) {
+    return !option.longNames.empty() && option.longNames.front() == "help";
+}
+
+std::string OptionsOf(const DeclaredCommand& command) {
     std::string text;
-    for (const CLI::Option* option : command.get_options()) {
-        if (option->get_group().empty() || option->check_lname("help")) continue;
-        text += ".TP\n" + NamesOf(*option) + "\n" + Sentence(option->get_description());
+    for (const DeclaredOption& option : command.options) {
+        if (IsHelp(option)) continue;
+        text += ".TP\n" + NamesOf(option) + "\n" + Sentence(option.description);
     }
     return text;
 }
 
-std::string CommandsOf(const CLI::App& app) {
+std::string CommandsOf(const DeclaredCommand& program) {
     std::string text;
-    for (const CLI::App* command : app.get_subcommands({})) {
-        if (command->get_group().empty()) continue;
-        text += ".SS " + command->get_name() + "\n" + Sentence(command->get_description() + ".");
-        text += OptionsOf(*command);
-        const std::string examples = ExamplesOf(command->get_name());
+    for (const DeclaredCommand& command : program.commands) {
+        text += ".SS " + command.name + "\n" + Sentence(command.description + ".");
+        text += OptionsOf(command);
+        const std::string examples = ExamplesOf(command.name);
         if (!examples.empty()) text += ".PP\n" + ExampleBlock(examples);
     }
     return text;
 }
 
-std::string ManualPage(const CLI::App& app) {
-    std::string text = ".TH KESTREL 1 \"\" \"" + app.version() + "\" \"User Commands\"\n";
+std::string ManualPage(const DeclaredCommand& program) {
+    std::string text = std::string(".TH KESTREL 1 \"\" \"") + kVersionText + "\" \"User Commands\"\n";
     text += ".SH NAME\nkestrel \\- effects for animations and pictures\n";
     text += ".SH SYNOPSIS\n.B kestrel\n\\fICOMMAND\\fR [\\fIOPTION\\fR]... [\\fIFILE\\fR]...\n";
-    text += ".SH DESCRIPTION\n" + Sentence(app.get_description());
+    text += ".SH DESCRIPTION\n" + Sentence(program.description);
     text += Sentence("`kestrel` COMMAND `--help` lists the options of a command.");
-    text += ".SH COMMANDS\n" + CommandsOf(app);
+    text += ".SH COMMANDS\n" + CommandsOf(program);
     text += ".SH EXAMPLES\n" + ExampleBlock(ExamplesOf(""));
     text += ".SH \"EXIT STATUS\"\n";
     for (const ExitCodeRow& row : ExitCodeRows())
@@ -87,11 +87,11 @@ std::string ManualPage(const CLI::App& app) {
 }
 
 void AddManual(CLI::App* app, const OptionTarget&) {
-    app->add_subcommand("man", "Print the manual page (see it with `kestrel man | man -l -`)");
+    AddCommand(app, "man", "Print the manual page (see it with `kestrel man | man -l -`)");
 }
 
 bool FinishManual(const CLI::App& command, const ApplyWords&, CommandLine* line, std::string*) {
-    line->printed = ManualPage(*command.get_parent());
+    line->printed = ManualPage(DescribeCommand(ProgramOf(command)));
     return true;
 }
 

@@ -2,10 +2,9 @@
 // kestrel palettes: a GIF under every palette, with its size.
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
 #include "commands/frame_threads.h"
+#include "commands/parser_words.h"
 #include "commands/picture_size.h"
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
@@ -155,16 +154,17 @@ Report RunPalettes(const CommandLine& line, const CommandContext& context) {
 }
 
 void AddPalettes(CLI::App* app, const OptionTarget& target) {
-    CLI::App* const palettes = app->add_subcommand(
-        "palettes", "Show a GIF under every palette, plain and dithered, and how many bytes it takes");
-    AddInput(palettes, target.line, "input", "Picture or animation")->required();
+    CLI::App* const palettes = AddCommand(
+        app, "palettes", "Show a GIF under every palette, plain and dithered, and how many bytes it takes");
+    RequireOption(AddInput(palettes, target.line, "input", "Picture or animation"));
     AddJoinOptions(palettes, target.line);
     AddReadLimit(palettes, target.line);
     AddOptionalOutput(palettes, target.line, "-o,--output", "PNG file: a sheet of the first frame");
     AddPictureSize(palettes, target.line, "200x150");
     AddThreads(palettes, target.line, false);
     AddEngineOptions(palettes, target);
-    palettes->footer("The bytes are those of whole GIF files, as kestrel apply writes them; no GIF is kept.");
+    SetFooter(palettes,
+              "The bytes are those of whole GIF files, as kestrel apply writes them; no GIF is kept.");
 }
 
 bool FinishPalettes(const CLI::App&, const ApplyWords&, CommandLine* line, std::string* error) {

@@ -1,66 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "commands/parser_words.h"
 
-#include <algorithm>
-#include <vector>
-
 #include <CLI/CLI.hpp>
 
 #include "commands/parameter.h"
-#include "commands/text_match.h"
 
 namespace kfx::commands {
-namespace {
 
-// Everything that is said after a dash, for suggestions.
-std::vector<std::string> OptionNames(const CLI::App& app) {
-    std::vector<std::string> names;
-    for (const CLI::Option* option : app.get_options()) {
-        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-    }
-    return names;
+CLI::App* AddCommand(CLI::App* program, const std::string& name, const std::string& description) {
+    return program->add_subcommand(name, description)->group("Commands");
 }
 
-std::string UnexpectedArgumentMessage(const std::string& argument, const CLI::App& app,
-                                      const CLI::App& place) {
-    if (argument == "--") return "behind \"--\" stand files only; put the options before it.";
-    const std::vector<std::string> known = OptionNames(place);
-    if (&place != &app && std::find(known.begin(), known.end(), argument) != known.end())
-        return argument + " stands before the command; put it behind: " + app.get_name() + " " +
-               place.get_name() + " " + argument + ".";
-    if (argument.rfind('-', 0) == 0) {
-        const auto nearest = NearestNames(argument, known);
-        return "unknown option \"" + argument + "\"" +
-               (nearest.empty() ? "; see --help." : "; did you mean " + JoinNames(nearest) + "?");
-    }
-    if (&place != &app) return "unexpected argument \"" + argument + "\".";
-    std::vector<std::string> commands;
-    for (const CLI::App* command : app.get_subcommands({})) commands.push_back(command->get_name());
-    return UnknownNameMessage("command", argument, commands);
-}
-
-// The parser's own text begins with the name of the option that it is about. Null: with none.
-const CLI::Option* OptionOf(const std::string& text, const CLI::App& place) {
-    const std::string first = text.substr(0, text.find_first_of(": "));
-    for (const CLI::Option* option : place.get_options()) {
-        if (option->get_name() == first || option->check_lname(first)) return option;
-    }
-    return nullptr;
-}
-
-std::string SeeHelp(const CLI::App& app, const CLI::App& place) {
-    return std::string("; see ") + app.get_name() + " " + (&place != &app ? place.get_name() + " " : "") +
-           "--help.";
-}
-
-std::string MissingMessage(const CLI::Option& option, const std::string& help) {
-    const bool isFile = option.get_type_name() == "FILE";
-    if (!option.nonpositional())
-        return "the " + option.get_name() + (isFile ? " file" : "") + " is missing" + help;
-    return option.get_name() + " " + option.get_type_name() + " is missing" + help;
-}
-
-}  // namespace
+void SetFooter(CLI::App* command, const std::string& text) { command->footer(text); }
 
 CLI::Option* AddFlag(CLI::App* command, const std::string& name, bool* given,
                      const std::string& description) {
@@ -80,33 +31,38 @@ CLI::Option* AddNumber(CLI::App* command, const std::string& name, int* number, 
         ->check(refuse);
 }
 
-CLI::Option* AddList(CLI::App* command, const std::string& name, std::vector<std::string>* texts,
-                     const std::string& description) {
-    return command->add_option(name, *texts, description)->expected(1)->allow_extra_args(false)->take_all();
+CLI::Option* AddText(CLI::App* command, const OptionText& option, std::string* text) {
+    return command->add_option(option.name, *text, option.description)->type_name(option.typeName);
 }
 
-std::string ParserErrorMessage(const CLI::Error& error, const CLI::App& app) {
-    const auto chosen = app.get_subcommands();
-    const CLI::App& place = chosen.empty() ? app : *chosen.front();
-    // A mistyped option is more likely than the missing one that it leaves behind.
-    const auto unexpected = app.remaining(true);
-    if (!unexpected.empty()) return UnexpectedArgumentMessage(unexpected.front(), app, place);
-
-    const std::string text = error.what();
-    const std::string help = SeeHelp(app, place);
-    const CLI::Option* const option = OptionOf(text, place);
-    if (!option) return "the command cannot be understood" + help;
-    const std::string name = option->get_name();
-    if (dynamic_cast<const CLI::RequiredError*>(&error)) return MissingMessage(*option, help);
-    if (dynamic_cast<const CLI::RequiresError*>(&error)) {
-        return name + " needs " + text.substr(text.find_last_of(' ') + 1) + " as well.";
-    }
-    if (dynamic_cast<const CLI::ValidationError*>(&error)) {
-        return name + " " + text.substr(name.size() + 2) + ".";
-    }
-    if (option->get_expected_max() == 0) return name + " takes no value.";
-    if (option->count() > 1) return name + " may be given only once.";
-    return name + " takes a value, " + option->get_type_name() + help;
+CLI::Option* AddReadText(CLI::App* command, const OptionText& option, const TextCheck& read) {
+    // Nothing is left to store when the check has read the text.
+    return command
+        ->add_option_function<std::string>(
+            option.name, [](const std::string&) {}, option.description)
+        ->type_name(option.typeName)
+        ->check(read);
 }
+
+CLI::Option* AddTextBehind(CLI::App* command, const OptionText& option, std::vector<std::string>* texts) {
+    return command
+        ->add_option_function<std::string>(
+            option.name, [texts](const std::string& text) { texts->push_back(text); }, option.description)
+        ->type_name(option.typeName);
+}
+
+CLI::Option* AddTexts(CLI::App* command, const OptionText& option, std::vector<std::string>* texts) {
+    return command->add_option(option.name, *texts, option.description)->type_name(option.typeName);
+}
+
+CLI::Option* AddList(CLI::App* command, const OptionText& option, std::vector<std::string>* texts) {
+    return AddTexts(command, option, texts)->expected(1)->allow_extra_args(false)->take_all();
+}
+
+void RequireOption(CLI::Option* option) { option->required(); }
+
+void RequireWith(CLI::Option* option, CLI::Option* other) { option->needs(other); }
+
+void CheckText(CLI::Option* option, const TextCheck& check) { option->check(check); }
 
 }  // namespace kfx::commands

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/picture_size.h"
 
-#include <CLI/CLI.hpp>
-
 #include "commands/parameter.h"
+#include "commands/parser_words.h"
 
 namespace kfx::commands {
 namespace {
@@ -18,9 +17,11 @@ bool ParseSide(const std::string& text, int* side) {
 }  // namespace
 
 void AddPictureSize(CLI::App* command, CommandLine* line, const std::string& standard) {
-    command
-        ->add_option("--size", line->look.pictureSize, "The most that one picture takes (" + standard + ")")
-        ->type_name("WxH");
+    AddText(command,
+            {.name = "--size",
+             .typeName = "WxH",
+             .description = "The most that one picture takes (" + standard + ")"},
+            &line->look.pictureSize);
 }
 
 bool ParsePictureSize(const std::string& text, PictureSize* size) {

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 // kestrel recipe: how a file was made.
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
 #include "commands/output_format.h"
 #include "commands/parser_words.h"
@@ -50,11 +48,10 @@ Report RunRecipe(const CommandLine& line, const CommandContext&) {
 
 void AddRecipe(CLI::App* app, const OptionTarget& target) {
     CLI::App* const recipe =
-        app->add_subcommand("recipe", "Print how a file was made, as a settings document (.kx1)");
-    AddInput(recipe, target.line, "input", "A file that kestrel apply has made")->required();
+        AddCommand(app, "recipe", "Print how a file was made, as a settings document (.kx1)");
+    RequireOption(AddInput(recipe, target.line, "input", "A file that kestrel apply has made"));
     AddReadLimit(recipe, target.line);
-    recipe->add_option("-o,--output", target.line->output, "Write it there (.kx1)")->type_name("FILE");
-    AddFlag(recipe, "--force", &target.line->force, "Replace the output when it exists");
+    AddOptionalOutput(recipe, target.line, "-o,--output", "Write it there (.kx1)");
     AddEngineOptions(recipe, target);
 }
 

@@ -5,8 +5,6 @@
 #include <charconv>
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
 #include "commands/direct_engine.h"
 #include "commands/engine.h"
@@ -144,18 +142,22 @@ bool NeedsSeed(const CommandLine& line) {
 
 void AddRecipeOptions(CLI::App* command, const OptionTarget& target) {
     RecipeOptions* const options = &target.line->recipe;
-    command
-        ->add_option(
-            "--settings", options->settings,
-            "Effect, parameters and palette of a settings document (.kx1), as the plug-in's window saves "
-            "it; what is given beside it wins")
-        ->type_name("FILE");
-    command
-        ->add_option(
-            "--recipe", options->recipe,
-            "Everything that made this picture, from the recipe in it or printed by `kestrel recipe`; what "
-            "is given beside it wins")
-        ->type_name("FILE");
+    AddText(
+        command,
+        {.name = "--settings",
+         .typeName = "FILE",
+         .description =
+             "Effect, parameters and palette of a settings document (.kx1), as the plug-in's window saves "
+             "it; what is given beside it wins"},
+        &options->settings);
+    AddText(
+        command,
+        {.name = "--recipe",
+         .typeName = "FILE",
+         .description =
+             "Everything that made this picture, from the recipe in it or printed by `kestrel recipe`; what "
+             "is given beside it wins"},
+        &options->recipe);
     AddFlag(command, "--no-recipe", &options->leavesOut, "Do not keep in the result how it was made");
     AddSeed(command, options, "the clock's second");
 }
@@ -166,12 +168,11 @@ void AddSeed(CLI::App* command, RecipeOptions* options, const std::string& byIts
                                               : "takes whole numbers from 0 to " +
                                                     std::to_string(kLargestSeed) + ", not \"" + text + "\"";
     };
-    command
-        ->add_option_function<std::string>(
-            "--seed", [](const std::string&) {},
-            "Seed of the random numbers of Water Drops (" + byItself + ")")
-        ->type_name("N")
-        ->check(readSeed);
+    AddReadText(command,
+                {.name = "--seed",
+                 .typeName = "N",
+                 .description = "Seed of the random numbers of Water Drops (" + byItself + ")"},
+                readSeed);
 }
 
 bool TakesOver(const RecipeOptions& options) { return !options.recipe.empty() || !options.settings.empty(); }

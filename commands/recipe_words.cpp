@@ -5,11 +5,10 @@
 #include <iterator>
 #include <map>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/command_row.h"
 #include "commands/output_format.h"
 #include "commands/parameter.h"
+#include "commands/parser.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {
@@ -79,20 +78,15 @@ constexpr FormatRule kFormatRules[] = {
     {.option = "fps", .takes = HasTimes},       {.option = "loop", .takes = HasLoop},
 };
 
-std::string LongName(const CLI::Option& option) {
-    const std::vector<std::string>& names = option.get_lnames();
-    return names.empty() ? "" : names.front();
-}
-
-bool NamesFile(const CLI::Option& option) {
-    const std::string type = option.get_type_name();
+bool NamesFile(const DeclaredOption& option) {
+    const std::string& type = option.typeName;
     return type.find("FILE") != std::string::npos || type.find("FOLDER") != std::string::npos ||
            type.find("PATH") != std::string::npos;
 }
 
-bool IsKeptOption(const CLI::Option& option) {
-    const std::string name = LongName(option);
-    return !name.empty() && !NamesFile(option) &&
+bool IsKeptOption(const DeclaredOption& option) {
+    const std::string& name = option.longNames.front();
+    return !NamesFile(option) &&
            std::find(std::begin(kNotKept), std::end(kNotKept), name) == std::end(kNotKept);
 }
 
@@ -107,12 +101,13 @@ const std::vector<OptionFacts>& ApplyOptions() {
         CommandLine line;
         ApplyWords words;
         const OwnOptions none;
-        CLI::App app;
-        kApplyCommand.add(&app, {&line, &words, none});
+        const Parser parser = MakeParser({});
+        kApplyCommand.add(parser.get(), {&line, &words, none});
+        const DeclaredCommand apply = DescribeCommand(*CommandNamed(parser.get(), kApplyCommand.name));
         std::vector<OptionFacts> all;
-        for (const CLI::Option* option : app.get_subcommand(kApplyCommand.name)->get_options()) {
-            if (!LongName(*option).empty())
-                all.push_back({.name = LongName(*option), .isKept = IsKeptOption(*option)});
+        for (const DeclaredOption& option : apply.options) {
+            if (!option.longNames.empty())
+                all.push_back({.name = option.longNames.front(), .isKept = IsKeptOption(option)});
         }
         return all;
     }();
@@ -193,18 +188,13 @@ bool IsKept(const std::string& name) {
 
 void TakeWords(const CLI::App& apply, RecipeOptions* options) {
     const std::vector<std::string> names = ApplyOptionNames();
-    std::map<const CLI::Option*, size_t> taken;
     OptionWords effects;  // and their parameters
     std::map<std::string, OptionWords> kept;
-    for (const CLI::Option* option : apply.parse_order()) {
-        const std::string name = LongName(*option);
+    for (const GivenOption& option : GivenOptions(apply)) {
+        const std::string& name = option.name;
         const bool isKnown = std::find(names.begin(), names.end(), name) != names.end();
         if (!isKnown || name == "recipe" || name == "settings") continue;
-        const std::vector<std::string>& results = option->results();
-        const size_t number = taken[option]++;
-        const OptionWord word = {.name = name,
-                                 .value = number < results.size() ? results[number] : "",
-                                 .isFlag = option->get_expected_max() == 0};
+        const OptionWord word = {.name = name, .value = option.value, .isFlag = !option.takesValue};
         if (name == "effect" || name == "set")
             effects.push_back(word);
         else

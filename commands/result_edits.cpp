@@ -5,8 +5,6 @@
 #include <cstddef>
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/frame_edits.h"
 #include "commands/parser_words.h"
 #include "commands/resize_frame.h"
@@ -48,12 +46,12 @@ void LeaveOut(int every, std::vector<Frame>* frames) {
 }  // namespace
 
 void AddResultEditOptions(CLI::App* command, ResultEdits* edits) {
-    command
-        ->add_option_function<std::string>(
-            "--shrink", [](const std::string&) {},
-            "Scale the result to so many percent, behind the effect (--resize is before it)")
-        ->type_name("PERCENT")
-        ->check([edits](const std::string& text) { return ReadShrink(text, &edits->shrink); });
+    AddReadText(
+        command,
+        {.name = "--shrink",
+         .typeName = "PERCENT",
+         .description = "Scale the result to so many percent, behind the effect (--resize is before it)"},
+        [edits](const std::string& text) { return ReadShrink(text, &edits->shrink); });
     AddNumber(command, "--every", &edits->every, 1, kMostEvery,
               "Keep each Nth frame of the result, for the time of those left out, too");
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // kestrel sample: the sample animation as a file.
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
+#include "commands/parser_words.h"
 #include "commands/text.h"
 #include "media/animation_writer.h"
 #include "media/file_io.h"
@@ -57,7 +56,7 @@ Report RunSample(const CommandLine& line, const CommandContext&) {
 }
 
 void AddSample(CLI::App* app, const OptionTarget& target) {
-    CLI::App* const sample = app->add_subcommand("sample", "Write the sample animation");
+    CLI::App* const sample = AddCommand(app, "sample", "Write the sample animation");
     AddOutput(sample, target.line, "-o,--output,output",
               "GIF, WebP or APNG file, or a PNG file for the first frame");
     AddReportOptions(sample, target.line);

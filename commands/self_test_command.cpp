@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <chrono>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
 #include "commands/parser_words.h"
 #include "commands/self_test.h"
@@ -73,10 +71,11 @@ Report RunSelfTestCommand(const CommandLine&, const CommandContext&) {
 }
 
 void AddSelfTest(CLI::App* app, const OptionTarget& target) {
-    CLI::App* const test = app->add_subcommand(
-        "self-test", "Check that effects and palettes give the right bytes on this machine");
+    CLI::App* const test =
+        AddCommand(app, "self-test", "Check that effects and palettes give the right bytes on this machine");
     AddReportOptions(test, target.line);
-    test->footer(
+    SetFooter(
+        test,
         "Builds a small animation of its own under every effect and palette, with and without AVX2, and "
         "compares\n"
         "with built-in fingerprints. It takes about a second and writes no file.\n\n"

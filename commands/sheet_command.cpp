@@ -2,9 +2,8 @@
 // kestrel sheet: a source and its result beside each other.
 #include <utility>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
+#include "commands/parser_words.h"
 #include "commands/sheet_file.h"
 #include "commands/text.h"
 
@@ -31,9 +30,9 @@ Report RunSheet(const CommandLine& line, const CommandContext&) {
 
 void AddSheet(CLI::App* app, const OptionTarget& target) {
     CLI::App* const sheet =
-        app->add_subcommand("sheet", "Draw frames of a source and of its result on one contact sheet");
-    AddInput(sheet, target.line, "source", "Source animation")->required();
-    AddInput(sheet, target.line, "result", "Its result")->required();
+        AddCommand(app, "sheet", "Draw frames of a source and of its result on one contact sheet");
+    RequireOption(AddInput(sheet, target.line, "source", "Source animation"));
+    RequireOption(AddInput(sheet, target.line, "result", "Its result"));
     AddJoinOptions(sheet, target.line);
     AddReadLimit(sheet, target.line);
     AddOutput(sheet, target.line, "-o,--output", "PNG file");

@@ -6,10 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/command_line.h"
 #include "commands/output_format.h"
+#include "commands/parser_words.h"
 #include "commands/part_file.h"
 #include "commands/recipe_words.h"
 #include "commands/settings_file.h"
@@ -72,11 +71,13 @@ std::vector<std::string> WholeArguments(const CommandLine& line, const Survey& s
 }  // namespace
 
 void AddSurveyOption(CLI::App* command, SplitOptions* options) {
-    command
-        ->add_option("--survey", options->survey,
-                     "Build only the --frames of this part of an animation, for kestrel join; options and "
-                     "what all frames say together are those of a file that kestrel survey has made")
-        ->type_name("FILE");
+    AddText(
+        command,
+        {.name = "--survey",
+         .typeName = "FILE",
+         .description = "Build only the --frames of this part of an animation, for kestrel join; options and "
+                        "what all frames say together are those of a file that kestrel survey has made"},
+        &options->survey);
 }
 
 bool CheckPart(const CommandLine& line, std::string* error) {

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 // kestrel survey: what the parts of an animation have to know of the whole.
-#include <CLI/CLI.hpp>
-
 #include "commands/apply_options.h"
 #include "commands/apply_report.h"
 #include "commands/build_steps.h"
@@ -10,6 +8,7 @@
 #include "commands/fingerprint.h"
 #include "commands/option_checks.h"
 #include "commands/output_format.h"
+#include "commands/parser_words.h"
 #include "commands/part_run.h"
 #include "commands/recipe_words.h"
 #include "commands/survey_text.h"
@@ -87,9 +86,9 @@ Report RunSurvey(const CommandLine& line, const CommandContext& context) {
 }
 
 void AddSurvey(CLI::App* app, const OptionTarget& target) {
-    AddApplyOptions(app->add_subcommand("survey",
-                                        "Find what the parts of an animation have to know of all "
-                                        "frames, to build them on several machines"),
+    AddApplyOptions(AddCommand(app, "survey",
+                               "Find what the parts of an animation have to know of all "
+                               "frames, to build them on several machines"),
                     target, ApplyUse::Survey);
 }
 

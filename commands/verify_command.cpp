@@ -5,8 +5,6 @@
 #include <cstring>
 #include <filesystem>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/common_options.h"
 #include "commands/fingerprint.h"
 #include "commands/output_format.h"
@@ -175,14 +173,16 @@ Report RunVerify(const CommandLine& line, const CommandContext& context) {
 void AddVerify(CLI::App* app, const OptionTarget& target) {
     RecipeOptions* const options = &target.line->recipe;
     CLI::App* const verify =
-        app->add_subcommand("verify", "Make a file again by its recipe and compare it to the byte");
-    verify->add_option("input", options->recipe, "A file that kestrel apply has made")
-        ->type_name("FILE")
-        ->required();
-    AddList(verify, "--source", &options->sources,
-            "What it was made of; several, a pattern or a folder are one animation")
-        ->type_name("FILE")
-        ->required();
+        AddCommand(app, "verify", "Make a file again by its recipe and compare it to the byte");
+    RequireOption(AddText(
+        verify, {.name = "input", .typeName = "FILE", .description = "A file that kestrel apply has made"},
+        &options->recipe));
+    RequireOption(
+        AddList(verify,
+                {.name = "--source",
+                 .typeName = "FILE",
+                 .description = "What it was made of; several, a pattern or a folder are one animation"},
+                &options->sources));
     AddReadLimit(verify, target.line);
     AddThreads(verify, target.line, false);
     AddEngineOptions(verify, target);

@@ -2,9 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/command_row.h"
+#include "commands/parser_words.h"
 
 namespace kfx::commands {
 namespace {
@@ -338,7 +337,7 @@ TEST(CommandLine, Help_and_version_are_texts_and_no_errors) {
 }
 
 void AddDepth(CLI::App* command, void* values) {
-    command->add_option("--depth", *static_cast<int*>(values))->check(CLI::Range(1, 9).description(""));
+    AddNumber(command, "--depth", static_cast<int*>(values), 1, 9, "How deep");
 }
 
 TEST(CommandLine, A_programs_own_options_go_with_the_commands_that_use_an_engine) {

@@ -5,7 +5,6 @@
 #include <fstream>
 #include <sstream>
 
-#include <CLI/CLI.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,6 +12,7 @@
 #include "commands/completion_scripts.h"
 #include "commands/direct_engine.h"
 #include "commands/help_texts.h"
+#include "commands/parser_words.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {
@@ -25,12 +25,15 @@ using ::testing::IsEmpty;
 using ::testing::Not;
 using Words = std::vector<std::string>;
 
-void AddThrough(CLI::App* command, void*) { command->add_flag("--through")->description("Another way"); }
+void AddThrough(CLI::App* command, void* values) {
+    AddFlag(command, "--through", static_cast<bool*>(values), "Another way");
+}
 
 std::string TextOf(const Words& arguments) {
     CommandLine line;
     std::string text;
-    EXPECT_EQ(ParseCommandLine(arguments, {AddThrough, nullptr}, &line, &text), ParseOutcome::ShowText);
+    bool through = false;
+    EXPECT_EQ(ParseCommandLine(arguments, {AddThrough, &through}, &line, &text), ParseOutcome::ShowText);
     return text;
 }
 
@@ -48,7 +51,8 @@ Words Offered(const Words& before, const std::string& word) {
 std::string Printed(const Words& arguments) {
     CommandLine line;
     std::string error;
-    EXPECT_EQ(ParseCommandLine(arguments, {AddThrough, nullptr}, &line, &error), ParseOutcome::Run) << error;
+    bool through = false;
+    EXPECT_EQ(ParseCommandLine(arguments, {AddThrough, &through}, &line, &error), ParseOutcome::Run) << error;
     return line.command ? line.command->run(line, {.engine = kDirectEngine}).text : "";
 }
 

@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <CLI/CLI.hpp>
-
 #include "commands/command_line.h"
 
 namespace kfx::commands {

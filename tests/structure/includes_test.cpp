@@ -59,6 +59,10 @@ std::string PlaceOf(const std::string& path) {
     return path.rfind(kEntryPoints, 0) == 0 ? kEntryPoints : TopFolder(path);
 }
 
+// The headers of the command line's parser take longer to compile than a whole command; other files declare
+// and read options with the functions of these two.
+const std::set<std::string> kIncludesParser = {"commands/parser.cpp", "commands/parser_words.cpp"};
+
 bool IsWindowsHeader(std::string name) {
     std::transform(name.begin(), name.end(), name.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -155,6 +159,18 @@ TEST(Includes, Portable_folders_include_no_windows_header_outside_their_windows_
             EXPECT_FALSE(IsWindowsHeader(include)) << path << " includes <" << include << ">";
         }
     }
+}
+
+TEST(Includes, Only_two_files_include_the_parser_of_the_command_line) {
+    std::set<std::string> including;
+    for (const auto& [path, source] : ReadSourceTree()) {
+        for (const auto* includes : {&source.systemIncludes, &source.ownIncludes}) {
+            if (std::any_of(includes->begin(), includes->end(),
+                            [](const std::string& include) { return include.rfind("CLI/", 0) == 0; }))
+                including.insert(path);
+        }
+    }
+    EXPECT_EQ(including, kIncludesParser);
 }
 
 }  // namespace

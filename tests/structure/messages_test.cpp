@@ -19,7 +19,7 @@ constexpr const char* kForeignTexts[] = {
     "strerror",           ".message()",     "perror"};
 
 // The parser's texts are looked at for the option that they are about, and replaced.
-const std::set<std::string> kReadsParserTexts = {"commands/command_line.cpp", "commands/parser_words.cpp"};
+const std::set<std::string> kReadsParserTexts = {"commands/parser.cpp"};
 
 std::vector<std::string> TextsIn(const std::string& line) {
     std::vector<std::string> texts;
