@@ -67,23 +67,30 @@ LRESULT CALLBACK WatchShowing(int code, WPARAM word, LPARAM pointer) {
     return CallNextHookEx(nullptr, code, word, pointer);
 }
 
-// Without the hook nobody would know when the plug-in's window can be used.
-bool WatchShowingOf(PluginOpening* opening) {
-    opening->showHook = SetWindowsHookExW(WH_CALLWNDPROCRET, WatchShowing, nullptr, GetCurrentThreadId());
-    if (opening->showHook) return true;
-    opening->error = "The plug-in's window cannot be watched: " + SystemErrorText(GetLastError()) + ".";
-    return false;
+HHOOK WatchThread(PluginOpening* opening, int kind, HOOKPROC watcher) {
+    const HHOOK hook = SetWindowsHookExW(kind, watcher, nullptr, GetCurrentThreadId());
+    if (!hook)
+        opening->error = "The plug-in's window cannot be watched: " + SystemErrorText(GetLastError()) + ".";
+    return hook;
 }
 
-void StopWatchingShowing() {
-    if (const HHOOK hook = std::exchange(running->showHook, nullptr)) UnhookWindowsHookEx(hook);
+void StopWatching(HHOOK* hook) {
+    if (const HHOOK set = std::exchange(*hook, nullptr)) UnhookWindowsHookEx(set);
+}
+
+// Without both hooks nobody would know of the plug-in's window, and when it can be used.
+bool WatchPlugin(PluginOpening* opening) {
+    opening->makeHook = WatchThread(opening, WH_CBT, WatchWindows);
+    if (!opening->makeHook) return false;
+    opening->showHook = WatchThread(opening, WH_CALLWNDPROCRET, WatchShowing);
+    return opening->showHook != nullptr;
 }
 
 // It may have been told of more than once.
 void OnPluginShown() {
     const HWND plugin = running->dialog;
     if (running->window || !CanBeUsed(plugin)) return;
-    StopWatchingShowing();
+    StopWatching(&running->showHook);
     running->window = plugin;
     ApplyPluginSettings(plugin, running->settings);
     AcceptDrops(plugin, running->stageWindow);
@@ -155,13 +162,12 @@ bool CopySource(PluginOpening* opening) {
 void ShowPlugin(PluginOpening* opening) {
     opening->owner = MakeOwner();
     MakeSourceTaker(opening);
-    const HHOOK hook = SetWindowsHookExW(WH_CBT, WatchWindows, nullptr, GetCurrentThreadId());
     RunGuarded(opening, [](PluginOpening* guarded) {
-        if (WatchShowingOf(guarded) && LoadOnce(guarded) && CopySource(guarded))
+        if (WatchPlugin(guarded) && LoadOnce(guarded) && CopySource(guarded))
             guarded->library->doBuild(guarded->owner, &guarded->session.context);
     });
-    StopWatchingShowing();
-    if (hook) UnhookWindowsHookEx(hook);
+    StopWatching(&opening->showHook);
+    StopWatching(&opening->makeHook);
     if (const HWND owner = opening->owner.exchange(nullptr)) DestroyWindow(owner);
     if (const HWND taker = opening->taker.exchange(nullptr)) DestroyWindow(taker);
 }

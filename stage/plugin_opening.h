@@ -35,6 +35,7 @@ struct PluginOpening {
     // Of the plug-in's thread.
     Animation source;
     HWND dialog = nullptr;  // the last one that was made for the owner; may be gone
+    HHOOK makeHook = nullptr;
     HHOOK showHook = nullptr;
     std::string dropped;            // the file that is opened without asking for one
     std::string sourceFingerprint;  // of what it has been given; empty: not known yet

@@ -2,6 +2,8 @@
 // What its user does with mouse and keys, and what must not lose work: saves that fail, the session's end.
 #include <future>
 
+#include <gmock/gmock.h>
+
 #include "tests/driven/import_patch.h"
 #include "tests/stage/own_stage.h"
 
@@ -23,6 +25,17 @@ HANDLE WINAPI RefuseToWrite(LPCWSTR path, DWORD access, DWORD share, SECURITY_AT
         return CreateFileW(path, access, share, security, creation, flags, likeThat);
     SetLastError(ERROR_ACCESS_DENIED);
     return INVALID_HANDLE_VALUE;
+}
+
+int refusedHook = 0;              // the kind of hook that is refused
+void* setHookOfSystem = nullptr;  // this program's own import leads to RefuseHook meanwhile
+
+HHOOK WINAPI RefuseHook(int kind, HOOKPROC procedure, HINSTANCE module, DWORD thread) {
+    if (kind != refusedHook)
+        return reinterpret_cast<decltype(&SetWindowsHookExW)>(setHookOfSystem)(kind, procedure, module,
+                                                                               thread);
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
 }
 
 // What a message box says.
@@ -108,6 +121,26 @@ TEST_F(Using, A_folder_that_may_not_be_written_keeps_its_file_and_is_told_of) {
     }
     EXPECT_EQ(ReadText(kept), "kept");
     EXPECT_EQ(TextOf(window), "*in.gif - Kestrel Stage") << "still to be saved";
+}
+
+TEST_F(Using, A_plugin_whose_window_cannot_be_watched_is_not_opened_and_can_be_opened_later) {
+    ASSERT_NO_FATAL_FAILURE(OpenHere({input}));
+    ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
+    for (const int kind : {WH_CBT, WH_CALLWNDPROCRET}) {
+        SCOPED_TRACE(kind);
+        refusedHook = kind;
+        const ImportPatch hooks(GetModuleHandleA(nullptr), "SetWindowsHookExW",
+                                AddressOfFunction(RefuseHook));
+        ASSERT_NE(hooks.original, nullptr);
+        setHookOfSystem = hooks.original;
+        Run(kEffects);
+        HWND box = nullptr;
+        ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));
+        EXPECT_THAT(MessageOf(box), testing::StartsWith("The plug-in's window cannot be watched: "));
+        ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
+        EXPECT_TRUE(WaitForPossible(kEffects));
+    }
+    ASSERT_NO_FATAL_FAILURE(Build("Solarize"));
 }
 
 TEST_F(Using, The_wall_keeps_no_memory_of_a_step_that_is_gone) {
