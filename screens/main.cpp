@@ -3,22 +3,26 @@
 // writes a PNG file of each effect's panel, of tooltips, of About and of message boxes into the folder, which
 // must exist.
 // `--look` is the host's choice of buttons, 0 to 3; with --contrast the system's colours are those of a black
-// screen. Names each text that is cut; exit code 1 when there is one, 5 when something failed.
-// plugin_screens --check ...: the same, but writes nothing.
+// screen, and the system says so. Names each text that is cut; exit code 1 when there is one, 5 when
+// something failed.
+// plugin_screens --stage FOLDER: pictures of Stage instead.
+// plugin_screens --check ...: the same as without it, but writes nothing.
 // plugin_screens --sheet FOLDER: draws the pictures in the folder's folders on one sheet.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
+#include <cstring>
 #include <iterator>
 
 #include <windows.h>
 
 #include "commands/host_session.h"
+#include "driven/import_table.h"
 #include "driven/plugin_run.h"
 #include "host/host_records.h"
 #include "media/sample_animation.h"
 #include "screens/sheet.h"
+#include "screens/stage_pictures.h"
 #include "screens/window_pictures.h"
 
 namespace {
@@ -29,7 +33,6 @@ using namespace kfx::driven;
 using namespace kfx::screens;
 
 constexpr int kAboutButton = 18;
-constexpr ULONGLONG kLongestWait = 120000;  // milliseconds, until a box appears
 
 // A control whose tooltip is shown, and the effect with it on its panel.
 struct Tip {
@@ -46,6 +49,7 @@ struct Arguments {
     std::string folder;
     uint32_t look = 0;
     bool hasContrast = false;
+    bool ofStage = false;
     bool onlyChecks = false;
     bool onlySheet = false;
 };
@@ -92,18 +96,24 @@ void UseContrastColors() {
     for (const auto& [element, color] : colors) SetSysColors(1, &element, &color);
 }
 
-bool Fail(const Screens& screens, const std::string& what) {
-    std::fprintf(stderr, "plugin_screens: %s %s\n", what.c_str(), screens.run.failure.error.c_str());
+BOOL WINAPI TellContrast(UINT what, UINT number, void* answered, UINT update) {
+    if (what != SPI_GETHIGHCONTRAST) return SystemParametersInfoA(what, number, answered, update);
+    static_cast<HIGHCONTRASTA*>(answered)->dwFlags = HCF_HIGHCONTRASTON;
+    return TRUE;
+}
+
+// Wine has no such setting.
+bool LetPluginSeeContrast(const PluginLibrary& library) {
+    for (const Import& import : ImportsOf(library.module)) {
+        if (import.slot && import.function && std::strcmp(import.function, "SystemParametersInfoA") == 0)
+            return SetImport(import, reinterpret_cast<void*>(TellContrast));
+    }
     return false;
 }
 
-bool WaitFor(const std::function<bool()>& condition) {
-    const ULONGLONG end = GetTickCount64() + kLongestWait;
-    while (!condition()) {
-        if (GetTickCount64() > end) return false;
-        WaitForChange(nullptr);
-    }
-    return true;
+bool Fail(const Screens& screens, const std::string& what) {
+    std::fprintf(stderr, "plugin_screens: %s %s\n", what.c_str(), screens.run.failure.error.c_str());
+    return false;
 }
 
 struct ShownWindow {
@@ -176,14 +186,14 @@ bool NoteTip(Screens* screens, const Tip& tip) {
     if (!ChooseRow(&screens->run, kEffectList, static_cast<int>(row)))
         return Fail(*screens, std::string(tip.effect) + " cannot be chosen.");
     const DWORD thread = screens->run.threadId;
-    SetCursorPos(0, 0);
-    if (!WaitFor([=] { return !FindTip(thread); })) return Fail(*screens, "A tooltip stays.");
     RECT place = {};
     GetWindowRect(GetDlgItem(screens->run.window, tip.control), &place);
     SetCursorPos((2 * place.left + place.right) / 3, (place.top + place.bottom) / 2);
     if (!WaitFor([=] { return FindTip(thread) != nullptr; }))
         return Fail(*screens, std::string(tip.name) + " does not appear.");
-    return Note(screens, tip.name, screens->run.window);
+    if (!Note(screens, tip.name, screens->run.window)) return false;
+    SetCursorPos(0, 0);
+    return WaitFor([=] { return !FindTip(thread); }) || Fail(*screens, std::string(tip.name) + " stays.");
 }
 
 bool NoteTips(Screens* screens) {
@@ -210,10 +220,11 @@ bool Open(Screens* screens) {
     screens->run.session = session;
     screens->run.library = &screens->library;
     screens->run.showWindow = true;
-    if (!LoadPlugin(DefaultPluginPath(), nullptr, &screens->library, &screens->run.failure.error) ||
-        !OpenPluginWindow(&screens->run) || !SelectSource(&screens->run))
+    if (!LoadPlugin(DefaultPluginPath(), nullptr, &screens->library, &screens->run.failure.error))
         return Fail(*screens, "");
-    return true;
+    if (screens->arguments.hasContrast && !LetPluginSeeContrast(screens->library))
+        return Fail(*screens, "The plug-in does not ask for strong contrast.");
+    return (OpenPluginWindow(&screens->run) && SelectSource(&screens->run)) || Fail(*screens, "");
 }
 
 bool ReadArguments(int count, char** words, Arguments* arguments) {
@@ -225,6 +236,8 @@ bool ReadArguments(int count, char** words, Arguments* arguments) {
             arguments->onlyChecks = true;
         else if (word == "--sheet")
             arguments->onlySheet = true;
+        else if (word == "--stage")
+            arguments->ofStage = true;
         else if (word == "--look" && i + 1 < count)
             arguments->look = static_cast<uint32_t>(std::atoi(words[++i]));
         else if (arguments->folder.empty() && word[0] != '-')
@@ -235,12 +248,24 @@ bool ReadArguments(int count, char** words, Arguments* arguments) {
     return !arguments->folder.empty() || arguments->onlyChecks;
 }
 
+bool NoteStage(Screens* screens) {
+    const auto write = [screens](const std::string& name, const Picture& picture) {
+        std::string error;
+        return screens->arguments.onlyChecks ||
+               WritePng(screens->arguments.folder + "/" + name + ".png", picture, &error) ||
+               Fail(*screens, error);
+    };
+    std::string error;
+    return ShowStage(write, &error) || Fail(*screens, error);
+}
+
 }  // namespace
 
 int main(int count, char** words) {
     Screens screens;
     if (!ReadArguments(count, words, &screens.arguments)) {
-        std::fprintf(stderr, "usage: plugin_screens [--check|--sheet] FOLDER [--look N] [--contrast]\n");
+        std::fprintf(stderr,
+                     "usage: plugin_screens [--check|--sheet] FOLDER [--look N] [--contrast] [--stage]\n");
         return 2;
     }
     std::string error;
@@ -250,6 +275,7 @@ int main(int count, char** words) {
     }
     SetProcessDPIAware();
     if (screens.arguments.hasContrast) UseContrastColors();
+    if (screens.arguments.ofStage) return NoteStage(&screens) ? 0 : 5;
     const bool done = Open(&screens) && NoteAll(&screens);
     if (!ClosePluginWindow(&screens.run)) return 5;
     EndSession();

@@ -15,6 +15,11 @@ namespace {
 // Between the mark of a check box or an option button and its text.
 constexpr int kMarkGap = 3;
 
+constexpr ULONGLONG kLongestWait = 120000;  // milliseconds
+
+// A picture that is the same at so many looks is finished.
+constexpr int kEqualLooks = 8;
+
 SIZE SizeOfArea(HWND control) {
     RECT area = {};
     GetClientRect(control, &area);
@@ -101,13 +106,7 @@ BOOL CALLBACK NoteCutText(HWND control, LPARAM pointer) {
     return TRUE;
 }
 
-}  // namespace
-
-Picture PictureOf(HWND window, HWND tip) {
-    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-    RECT place = {}, above = {};
-    GetWindowRect(window, &place);
-    if (tip && GetWindowRect(tip, &above)) UnionRect(&place, &place, &above);
+Picture PictureOfScreen(const RECT& place) {
     Picture picture;
     const int width = place.right - place.left, height = place.bottom - place.top;
     BITMAPINFO info = {};
@@ -136,6 +135,39 @@ Picture PictureOf(HWND window, HWND tip) {
     }
     DeleteDC(memory);
     ReleaseDC(nullptr, screen);
+    return picture;
+}
+
+}  // namespace
+
+bool WaitFor(const std::function<bool()>& condition) {
+    const ULONGLONG end = GetTickCount64() + kLongestWait;
+    while (!condition()) {
+        if (GetTickCount64() > end) return false;
+        WaitForChange(nullptr);
+    }
+    return true;
+}
+
+Picture PictureOf(HWND window, HWND tip) {
+    RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    RECT place = {}, above = {};
+    GetWindowRect(window, &place);
+    if (tip && GetWindowRect(tip, &above)) UnionRect(&place, &place, &above);
+    return PictureOfScreen(place);
+}
+
+Picture SettledPictureOf(HWND window) {
+    Picture picture;
+    int equal = 0;
+    WaitFor([&] {
+        RECT place = {};
+        GetWindowRect(window, &place);
+        Picture now = PictureOfScreen(place);
+        equal = now.pixels == picture.pixels ? equal + 1 : 0;
+        picture = std::move(now);
+        return equal >= kEqualLooks;
+    });
     return picture;
 }
 

@@ -31,7 +31,7 @@ const std::map<std::string, std::set<std::string>> kMayInclude = {
     {"driven", {"commands", "host"}},
     {"stage", {"commands", "driven", "effects", "framework", "host", "media"}},
     {"cli", {"commands", "driven", "media"}},
-    {"screens", {"commands", "driven", "host", "media"}},
+    {"screens", {"commands", "driven", "host", "media", "stage"}},
 };
 
 // Folders that are compiled natively too, and a single pair of files.
