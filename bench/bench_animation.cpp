@@ -35,8 +35,8 @@ void Flicker(WorkingImage* frame, uint32_t seed) {
 
 FrameList MakeBenchAnimation(int32_t width, int32_t height, int32_t frames) {
     FrameList list = {};
-    const ImageHandle scene = MakeBenchPicture(width, height);
-    const ImageLock from(scene);
+    const MemoryOwner scene(MakeBenchPicture(width, height));
+    const ImageLock from(scene.memory);
     for (int32_t i = 0; from.image && i < frames; ++i) {
         FrameEntry entry = {};
         entry.transparentIndex = -1;
@@ -48,7 +48,6 @@ FrameList MakeBenchAnimation(int32_t width, int32_t height, int32_t frames) {
         }
         AppendFrame(&list, entry);
     }
-    FreeMemory(scene);
     return list;
 }
 
