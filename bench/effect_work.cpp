@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "bench/bench_picture.h"
 #include "effects/effect_table.h"
 #include "framework/number_text.h"
 #include "framework/panel.h"
@@ -45,6 +46,16 @@ std::vector<Work> ListWork() {
         }
     }
     return list;
+}
+
+bool KeepsTables(const Work& work) {
+    const ImageHandle picture = MakeBenchPicture(64, 48);
+    KernelCache cache;
+    KernelInput input = work.input;
+    input.cache = &cache;
+    FreeMemory(work.effect->apply(picture, input));
+    FreeMemory(picture);
+    return cache.address != nullptr;
 }
 
 }  // namespace kfx::bench

@@ -20,4 +20,7 @@ struct Work {
 // All effects in their order; a row with the greatest settings only where these differ.
 std::vector<Work> ListWork();
 
+// Whether the effect keeps tables from frame to frame, so that later frames of a build take less time.
+bool KeepsTables(const Work& work);
+
 }  // namespace kfx::bench

@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Every effect at its built-in settings and at its greatest, on two picture sizes: the first frame of a
 // build, a later one where the effect keeps tables from frame to frame, and the literal reference beside
-// them. Times are of the processor, the least of three repetitions. --table prints them as the table of
-// docs/performance.md.
+// them. Times are of the processor, in three repetitions.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <cstdio>
-#include <cstring>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "bench/bench_picture.h"
@@ -60,16 +55,6 @@ void RunKernel(benchmark::State& state, EffectKernel kernel, KernelInput input, 
     CountPixels(state, load);
 }
 
-bool KeepsTables(const Work& work) {
-    const ImageHandle picture = MakeBenchPicture(64, 48);
-    KernelCache cache;
-    KernelInput input = work.input;
-    input.cache = &cache;
-    FreeMemory(work.effect->apply(picture, input));
-    FreeMemory(picture);
-    return cache.address != nullptr;
-}
-
 // Names are "Emboss/defaults/640x480/first".
 std::string NameOf(const Work& work, const Load& load, const char* what) {
     return std::string(work.effect->name) + (work.greatest ? "/greatest/" : "/defaults/") + load.name + "/" +
@@ -97,84 +82,14 @@ void Register(const std::vector<Work>& list) {
     }
 }
 
-// Keeps the least time of each benchmark's repetitions.
-struct TableReporter : benchmark::BenchmarkReporter {
-    bool ReportContext(const Context&) override { return true; }
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-            const std::string name = run.run_name.function_name;
-            const double time = run.GetAdjustedCPUTime();
-            const auto known = least.find(name);
-            if (known == least.end())
-                least[name] = time;
-            else
-                known->second = std::min(known->second, time);
-        }
-    }
-
-    std::map<std::string, double> least;
-};
-
-std::string Milliseconds(const std::map<std::string, double>& times, const std::string& name) {
-    const auto time = times.find(name);
-    if (time == times.end()) return "–";
-    char text[32];
-    std::snprintf(text, sizeof text, time->second < 10 ? "%.3f" : "%.1f", time->second);
-    return text;
-}
-
-std::string MegapixelsPerSecond(const std::map<std::string, double>& times, const std::string& name,
-                                const Load& load) {
-    const auto time = times.find(name);
-    if (time == times.end()) return "–";
-    return std::to_string(static_cast<int>(load.width * load.height * 1e-3 / time->second + 0.5));
-}
-
-void PrintTable(const std::vector<Work>& list, const std::map<std::string, double>& times) {
-    std::printf("| effect | settings |");
-    for (const Load& load : kLoads) std::printf(" %s, ms | later frames | Mpixel/s |", load.name);
-    std::printf(" reference, ms | × |\n|---|---|---|---|---|---|---|---|---|---|\n");
-    for (const Work& work : list) {
-        const std::string first = NameOf(work, kLoads[0], "first");
-        if (!times.count(first)) continue;
-        std::printf("| %s | %s%s |", work.effect->name, work.greatest ? "greatest: " : "", work.text.c_str());
-        for (const Load& load : kLoads)
-            std::printf(" %s | %s | %s |", Milliseconds(times, NameOf(work, load, "first")).c_str(),
-                        Milliseconds(times, NameOf(work, load, "later")).c_str(),
-                        MegapixelsPerSecond(times, NameOf(work, load, "first"), load).c_str());
-        const std::string reference = NameOf(work, kLoads[0], "reference");
-        std::printf(" %s | ", Milliseconds(times, reference).c_str());
-        if (times.count(reference))
-            std::printf("%.1f |\n", times.at(reference) / times.at(first));
-        else
-            std::printf("– |\n");
-    }
-}
-
 }  // namespace
 }  // namespace kfx::bench
 
 int main(int argc, char** argv) {
-    using namespace kfx::bench;
-    bool table = false;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--table") != 0) continue;
-        table = true;
-        std::move(argv + i + 1, argv + argc, argv + i);
-        --argc;
-    }
-    const std::vector<Work> list = ListWork();
-    Register(list);
+    const std::vector<kfx::bench::Work> list = kfx::bench::ListWork();
+    kfx::bench::Register(list);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    if (!table) {
-        benchmark::RunSpecifiedBenchmarks();
-        return 0;
-    }
-    TableReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    PrintTable(list, reporter.least);
+    benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

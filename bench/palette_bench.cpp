@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "bench/bench_animation.h"
-#include "builder/build_driver.h"
+#include "bench/whole_build.h"
 #include "builder/quantizer.h"
 #include "builder/remap.h"
 #include "builder/supercompression.h"
@@ -144,38 +144,14 @@ void Supercompress(benchmark::State& state) {
     PerFrame(state, 8);
 }
 
-// An effect that leaves the frames as they are: the build's own work alone.
-int32_t CopyFrames(EffectBuildContext* context) {
-    for (int32_t i = 0; i < kFrames; ++i) {
-        FrameEntry entry = {};
-        if (!GetFrame(Animation(), i, &entry)) return 0;
-        const ImageLock lock(entry.image);
-        entry.image = DuplicateImage(lock.image);
-        if (!AppendFrame(context->frames, entry)) return 0;
-    }
-    return 1;
-}
-
-uint64_t AcceptAll(uint64_t, uint32_t, uint64_t, uint64_t) { return 1; }
-
 void WholeBuild(benchmark::State& state, bool dither, bool supercompress, bool fast) {
-    EffectDescriptor effect = {};
-    effect.build = CopyFrames;
-    HostContext host = {};
-    host.callback = AcceptAll;
-    BuildOptions options = {};
-    options.customPalette = true;
+    BuildOptions options = ComputedPaletteOptions();
     options.dither = dither;
     options.supercompress = supercompress;
     options.fastRemap = fast;
-    const BuildEnvironment environment = {.window = nullptr,
-                                          .host = &host,
-                                          .source = nullptr,
-                                          .effect = &effect,
-                                          .showMessage = [](void*, BuildMessage) {}};
-    FrameAt(0);
+    const FrameList& frames = Animation();
     for (auto _ : state)
-        if (!RunBuild(environment, options)) state.SkipWithError("the build failed");
+        if (!BuildFrames(frames, options)) state.SkipWithError("the build failed");
     PerFrame(state, kFrames);
 }
 

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "bench/whole_build.h"
+
+#include <cstring>
+
+#include "framework/memory_guards.h"
+
+namespace kfx::bench {
+namespace {
+
+// An effect that leaves frames as they are. In place of a source animation it gets the list's address.
+int32_t CopyFrames(EffectBuildContext* context) {
+    const FrameList* frames = nullptr;
+    {
+        const MemoryLock source(context->source);
+        if (!source) return 0;
+        std::memcpy(&frames, source.address, sizeof frames);
+    }
+    for (int32_t i = 0; i < frames->count; ++i) {
+        FrameEntry entry = {};
+        if (!GetFrame(*frames, i, &entry)) return 0;
+        const ImageLock lock(entry.image);
+        entry.image = DuplicateImage(lock.image);
+        if (!AppendFrame(context->frames, entry)) {
+            FreeMemory(entry.image);
+            return 0;
+        }
+    }
+    return 1;
+}
+
+uint64_t AcceptAll(uint64_t, uint32_t, uint64_t, uint64_t) { return 1; }
+
+}  // namespace
+
+bool BuildFrames(const FrameList& frames, const BuildOptions& options) {
+    const FrameList* address = &frames;
+    const MemoryOwner source(AllocateMemory(sizeof address));
+    {
+        const MemoryLock lock(source.memory);
+        if (!lock) return false;
+        std::memcpy(lock.address, &address, sizeof address);
+    }
+    EffectDescriptor effect = {};
+    effect.build = CopyFrames;
+    HostContext host = {};
+    host.callback = AcceptAll;
+    const BuildEnvironment environment = {.window = nullptr,
+                                          .host = &host,
+                                          .source = source.memory,
+                                          .effect = &effect,
+                                          .showMessage = [](void*, BuildMessage) {}};
+    return RunBuild(environment, options) != 0;
+}
+
+BuildOptions ComputedPaletteOptions() {
+    BuildOptions options = {};
+    options.customPalette = true;
+    return options;
+}
+
+}  // namespace kfx::bench
