@@ -3,6 +3,8 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 work=$root/.work
+# Debian's Python has Debian's libraries; another one may come first in the path.
+python=(/usr/bin/python3 -B)
 displays=()  # the process numbers of our Xvfb
 session_started=
 
