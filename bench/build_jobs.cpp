@@ -40,6 +40,7 @@ Run PrepareQuantize(const Shot& shot) {
 
 Run PrepareReferenceQuantize(const Shot& shot) {
     std::vector<ImageHandle> frames;
+    frames.reserve(static_cast<size_t>(shot.frames.count));
     for (int32_t i = 0; i < shot.frames.count; ++i) frames.push_back(FrameAt(shot, i));
     return [frames] { return test::ReferenceQuantize(256, frames).colors > 0; };
 }

@@ -125,8 +125,9 @@ GrowthTable GrowthOfSides(const std::vector<int32_t>& sides, const Patience& pat
     for (const int32_t side : sides) {
         Shot shot;
         SetPicture(TilePhotograph(side), side, side, &shot);
-        const std::string name = std::to_string(side);
-        if (shot.frames.count) AddRow(name + " x " + name, columns, shot, patience, &table);
+        std::string name = std::to_string(side);
+        name.append(" x ").append(std::to_string(side));
+        if (shot.frames.count) AddRow(name, columns, shot, patience, &table);
     }
     return table;
 }
@@ -170,19 +171,19 @@ GrowthTable GrowthOfColors(const std::vector<int32_t>& counts, int32_t side, con
 std::string MarkdownOf(const GrowthTable& table, size_t firstCounted) {
     std::string text = "| " + table.what + " |", rule = "| ---: |", last = "| greatest step |";
     for (size_t i = 0; i < table.columns.size(); ++i) {
-        text += " " + table.columns[i] + " |";
+        text.append(" ").append(table.columns[i]).append(" |");
         rule += " ---: |";
         double step = 0;
         for (size_t r = firstCounted; r + 1 < table.rows.size(); ++r) {
             const double value = table.rows[r].values[i];
             if (value > 0) step = std::max(step, table.rows[r + 1].values[i] / value);
         }
-        last += " " + Number(step) + " |";
+        last.append(" ").append(Number(step)).append(" |");
     }
     text += "\n" + rule + "\n";
     for (const GrowthRow& row : table.rows) {
-        text += "| " + row.name + " |";
-        for (const double value : row.values) text += " " + Number(value) + " |";
+        text.append("| ").append(row.name).append(" |");
+        for (const double value : row.values) text.append(" ").append(Number(value)).append(" |");
         text += "\n";
     }
     return text + last + "\n";

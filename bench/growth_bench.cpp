@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     }
     const kfx::FreedMemoryKept kept;  // as in a build
     const Patience patience =
-        quick ? Patience{.milliseconds = 5, .runs = 1} : Patience{.milliseconds = 60, .runs = 3};
+        quick ? Patience{.milliseconds = 5, .runs = 1} : Patience{.milliseconds = 60, .runs = 2};
     const auto print = [](const char* title, const GrowthTable& table, size_t firstCounted) {
         std::printf("%s\n\n%s\n", title, MarkdownOf(table, firstCounted).c_str());
         std::fflush(stdout);

@@ -80,11 +80,12 @@ KFX_INLINE double DivideDoubles(double dividend) {
 }
 
 constexpr int32_t kRootNumbers = 128;
+constexpr int32_t kRootTurns = kTurns / 8;
 
 KFX_INLINE double TakeRoots(float first) {
     float numbers[kRootNumbers];
     for (int32_t i = 0; i < kRootNumbers; ++i) numbers[i] = first + static_cast<float>(i);
-    for (int32_t turn = 0; turn < kTurns / 8; ++turn)
+    for (int32_t turn = 0; turn < kRootTurns; ++turn)
         for (float& number : numbers) number = std::sqrt(number);
     double sum = 0;
     for (const float number : numbers) sum += static_cast<double>(number);
@@ -177,7 +178,7 @@ void MeasureLimits(size_t copyBytes, Limits* best) {
     improve(&Limits::doubleDivisions,
             RateOf(kDoubleOperations, [] { return Fastest<DivideDoubles>()(3.0); }));
     improve(&Limits::singleRoots,
-            RateOf(double{kRootNumbers} * (kTurns / 8), [] { return Fastest<TakeRoots>()(2.0F); }));
+            RateOf(double{kRootNumbers} * kRootTurns, [] { return Fastest<TakeRoots>()(2.0F); }));
     improve(&Limits::loads, LoadRate());
     improve(&Limits::dependentLoads, DependentLoadRate());
     improve(&Limits::sines, MathRate("sin/lanes"));

@@ -8,17 +8,22 @@
 namespace kfx::bench {
 namespace {
 
-// An effect that leaves frames as they are. In place of a source animation it gets the list's address.
+// Stands in the place of the source animation.
+struct GivenFrames {
+    const FrameList* list;
+};
+
+// An effect that leaves the given frames as they are.
 int32_t CopyFrames(EffectBuildContext* context) {
-    const FrameList* frames = nullptr;
+    GivenFrames given = {};
     {
         const MemoryLock source(context->source);
         if (!source) return 0;
-        std::memcpy(&frames, source.address, sizeof frames);
+        std::memcpy(&given, source.address, sizeof given);
     }
-    for (int32_t i = 0; i < frames->count; ++i) {
+    for (int32_t i = 0; i < given.list->count; ++i) {
         FrameEntry entry = {};
-        if (!GetFrame(*frames, i, &entry)) return 0;
+        if (!GetFrame(*given.list, i, &entry)) return 0;
         const ImageLock lock(entry.image);
         entry.image = DuplicateImage(lock.image);
         if (!AppendFrame(context->frames, entry)) {
@@ -34,12 +39,12 @@ uint64_t AcceptAll(uint64_t, uint32_t, uint64_t, uint64_t) { return 1; }
 }  // namespace
 
 bool BuildFrames(const FrameList& frames, const BuildOptions& options) {
-    const FrameList* address = &frames;
-    const MemoryOwner source(AllocateMemory(sizeof address));
+    const GivenFrames given = {&frames};
+    const MemoryOwner source(AllocateMemory(sizeof given));
     {
         const MemoryLock lock(source.memory);
         if (!lock) return false;
-        std::memcpy(lock.address, &address, sizeof address);
+        std::memcpy(lock.address, &given, sizeof given);
     }
     EffectDescriptor effect = {};
     effect.build = CopyFrames;

@@ -51,8 +51,9 @@ def make_threads(arguments, folder):
     times = {(effect, threads): [] for effect in effects for threads in (1, 2)}
     for _ in range(1 if arguments.quick else 2):
         for (effect, threads), taken in times.items():
-            taken.append(seconds_of([*kestrel, "apply", f"{folder}/A60.gif", "-o", f"{folder}/out.gif", "--effect", effect,
-                                     "--threads", str(threads), "--force", "--quiet", "--no-recipe"]))
+            taken.append(seconds_of([*kestrel, "apply", f"{folder}/A60.gif", "-o", f"{folder}/out.gif",
+                                     "--effect", effect, "--threads", str(threads),
+                                     "--force", "--quiet", "--no-recipe"]))
     rows, ratios = [], []
     for effect in effects:
         one, two = min(times[effect, 1]), min(times[effect, 2])
@@ -60,8 +61,8 @@ def make_threads(arguments, folder):
         rows.append([effect, f"{one:.2f}", f"{two:.2f}", f"{one / two:.2f}"])
     width, height = arguments.size
     return "\n\n".join([
-        f"{machine_text(arguments, len(arguments.processors))} Seconds on the clock of `kestrel apply` with each effect, from a "
-        f"GIF of 60 frames of {width} x {height} to a GIF:",
+        f"{machine_text(arguments, len(arguments.processors))} Seconds on the clock of `kestrel apply` with each effect, "
+        f"from a GIF of 60 frames of {width} x {height} to a GIF:",
         table_of((("effect", True), ("one thread", False), ("two threads", False), ("one / two", False)), rows),
         f"Geometric mean: {mean_of(ratios):.2f}."])
 
@@ -82,7 +83,8 @@ def parse(words):
                         "limits; growth: by sides, frames and colours; threads: kestrel apply on one and two")
     parser.add_argument("--quick", action="store_true", help="fewer repeats")
     parser.add_argument("--only", default="", metavar="TEXT",
-                        help='only jobs, or effects for threads, with this in their names, as "blur"; prints the tables only')
+                        help='only jobs, or effects for threads, with this in their names, as "blur"; prints the '
+                        'tables only')
     parser.add_argument("--print", action="store_true", help="prints the tables and writes none")
     parser.add_argument("--no-peers", action="store_true", help="without other programs and libraries")
     parser.add_argument("--child", action="append", default=[], metavar="NAME=COMMAND",

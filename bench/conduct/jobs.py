@@ -83,7 +83,8 @@ def warm_all(rows, patience):
     small = {}
     for row in sorted(rows, key=lambda row: row.shot.name in SMALL_OF):
         before = small.get((row.item, SMALL_OF.get(row.shot.name)))
-        if before and before.cells["reference"].spent * row.shot.pixels() / before.shot.pixels() > patience["reference"]:
+        share = row.shot.pixels() / before.shot.pixels() if before else 0
+        if share and before.cells["reference"].spent * share > patience["reference"]:
             row.cells.pop("reference", None)
         for cell in row.cells.values():
             warm(cell)
@@ -110,13 +111,14 @@ def measured(native, row):
 
 
 COLUMNS = (("job", True), ("size", True), ("native", False), ("Wine", False), ("reference", False), ("best peer", True),
-           ("its ms", False), ("native / peer", False), ("limit", False), ("native / limit", False), ("limited by", True))
+           ("its ms", False), ("native / peer", False), ("limit", False), ("native / limit", False),
+           ("limited by", True))
 
 
 def cells_in(row, figures):
     own, best, limit = figures.get("native"), figures["best"], figures["limit"]
-    return [title_of(row.item), row.shot.size(), number(own), number(figures.get("Wine")), number(figures.get("reference")),
-            best or "–", number(figures.get(best)), number(ratio(own, figures.get(best))), number(limit),
+    return [title_of(row.item), row.shot.size(), number(own), number(figures.get("Wine")),
+            number(figures.get("reference")), best or "–", number(figures.get(best)), number(ratio(own, figures.get(best))), number(limit),
             number(ratio(own, limit)), figures["by"]]
 
 
@@ -158,7 +160,8 @@ def text_of(programs, commands, shots, only, patience):
     table = [measured(native, row) for row in rows]
     names = sorted({name.split(":")[0] for row in rows for name, cell in row.cells.items() if cell.runs} - set(OWN))
     return "\n\n".join([
-        f"Milliseconds a frame, the least of some runs in turn. Peers that were installed: {', '.join(names) or 'none'}.",
+        "Milliseconds a frame, the least of some runs in turn. "
+        f"Peers that were installed: {', '.join(names) or 'none'}.",
         table_of(COLUMNS, [cells_in(row, figures) for row, figures in zip(rows, table)]),
         means_text(rows, table), limits_text(limits, shots)])
 
@@ -167,15 +170,15 @@ def make(arguments, folder):
     """The section's text."""
     os.sched_setaffinity(0, {max(arguments.processors)})
     shots = shots_in(folder, arguments.size, arguments.large)
-    patience = {"each": 30, "reference": 100} if arguments.quick else {"each": 250, "reference": 400}
+    patience = {"each": 30, "reference": 100} if arguments.quick else {"each": 200, "reference": 300}
     if arguments.patience is not None:
         patience = dict.fromkeys(patience, arguments.patience)
-    commands = {"native": arguments.native, "Wine": arguments.wine, "reference": arguments.reference}
+    own = {"native": arguments.native, "Wine": arguments.wine, "reference": arguments.reference}
     others = {} if arguments.no_peers else peers.installed_children()
     others |= dict(text.split("=", 1) for text in arguments.child)
     programs = []
     try:
-        for name, command in (commands | others).items():
+        for name, command in (own | others).items():
             if not command:
                 continue
             try:
@@ -184,7 +187,8 @@ def make(arguments, folder):
                 if name in OWN:
                     raise
                 print(f"{error} {name} is left out.", file=sys.stderr)
-        return text_of(programs, {} if arguments.no_peers else peers.installed_commands(), shots, arguments.only, patience)
+        commands = {} if arguments.no_peers else peers.installed_commands()
+        return text_of(programs, commands, shots, arguments.only, patience)
     finally:
         for child in programs:
             children.stop(child)

@@ -38,7 +38,8 @@ for line in sys.stdin:
     if words[0] == "quit":
         break
     times = {"0": "ms 0.5", "1": "ms 0.000001"}
-    print({"frame": "ok", "list": items, "run": times.get(words[-1] if len(words) < 2 else words[1])}.get(words[0], "no"), flush=True)
+    time = times.get(words[1]) if words[0] == "run" else ""
+    print({"frame": "ok", "list": items, "run": time}.get(words[0], "no"), flush=True)
 """
 
 
@@ -134,7 +135,8 @@ class WholeRuns(unittest.TestCase):
         python = shlex.quote(sys.executable)
         with contextlib.redirect_stdout(out), contextlib.redirect_stderr(errors):
             status = conduct.main([
-                section, "--quick", "--patience", "2", "--size", "24x18", "--document", str(self.document), "--native", child,
+                section, "--quick", "--patience", "2", "--size", "24x18", "--document", str(self.document),
+                "--native", child,
                 "--reference", child + " --reference", "--kestrel", shlex.quote(PROGRAMS["kestrel"]),
                 "--growth", f"{python} {shlex.quote(str(growth))}", "--no-peers",
                 "--child", f"peer={python} {shlex.quote(str(peer))}", *words])
