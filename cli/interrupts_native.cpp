@@ -66,8 +66,9 @@ void SetInterruptWords(const commands::PrintedReport& words) {
 }
 
 void HandleSignals() {
-    static const commands::PrintedReport kWords = {"", "kestrel: interrupted.\n"};
-    interruptWords = &kWords;
+    // Not freed at the program's end either, where the handler may still be called.
+    static const auto* const words = new commands::PrintedReport{"", "kestrel: interrupted.\n"};
+    interruptWords = words;
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);  // a file beyond the limit of its size fails with a reason
     struct sigaction action = {};

@@ -70,7 +70,7 @@ bool Read(const std::string& name, const ReadLimits& limits, ReadFile* file, std
         ReadAnimationFromMemory(content.data(), content.size(), &file->animation, error, limits);
     if (!isRead) {
         *error = ShownInput(name) + ": " + *error + ".";
-        ExplainPart(name, error);
+        if (!IsStream(name)) ExplainPart(name, error);
         return false;
     }
     if (file->animation.frames.empty()) {

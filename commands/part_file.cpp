@@ -3,11 +3,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fstream>
 #include <utility>
 
 #include "commands/command_line.h"
 #include "commands/fingerprint.h"
+#include "commands/text.h"
 #include "media/png_deflate.h"
+#include "media/utf8_path.h"
 
 namespace kfx::commands {
 namespace {
@@ -264,8 +267,10 @@ bool DecodeFrames(const std::vector<uint8_t>& file, const PartFile& part, BuiltA
 }
 
 void ExplainPart(const std::string& input, std::string* error) {
-    if (EndingOf(input) == kPartEnding)
-        *error = input + ": is a part of an animation; kestrel join puts parts together.";
+    char beginning[kMagicBytes] = {};
+    std::ifstream file(PathOf(SystemPath(input)), std::ios::binary);
+    if (file.read(beginning, sizeof beginning) && std::memcmp(beginning, kMagic, sizeof beginning) == 0)
+        *error = input + ": this is a part of an animation; kestrel join puts parts together.";
 }
 
 }  // namespace kfx::commands

@@ -43,8 +43,7 @@ bool DecodePart(const std::vector<uint8_t>& file, PartFile* part, std::string* e
 bool DecodeFrames(const std::vector<uint8_t>& file, const PartFile& part, BuiltAnimation* built,
                   SourceRecord* record, std::string* error);
 
-// Replaces the sentence about an input that could not be read by one that says what to do, when the input's
-// name is that of a part.
+// Replaces the sentence about an input that is no picture by one that says what to do, when it is a part.
 void ExplainPart(const std::string& input, std::string* error);
 
 }  // namespace kfx::commands

@@ -24,7 +24,8 @@ std::string Shown(const std::string& text) {
     std::string shown;
     for (size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        const bool breaks = byte == '\n' || byte == '\r' || byte == '\t';
+        const bool endsLine = byte == '\r' && i + 1 < text.size() && text[i + 1] == '\n';
+        const bool breaks = byte == '\n' || endsLine || byte == '\t';
         // U+0080 to U+009F are control characters, too.
         const bool isPair = byte == 0xC2 && i + 1 < text.size() && (text[i + 1] & 0xE0) == 0x80;
         shown += isPair || (byte < 0x20 && !breaks) || byte == 0x7F ? '?' : text[i];

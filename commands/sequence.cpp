@@ -36,7 +36,7 @@ bool ReadContent(const std::string& file, const ReadLimits& limits, Animation* a
 bool ReadFile(const std::string& file, const ReadLimits& limits, Animation* animation, Report* report) {
     std::string error;
     if (!ReadContent(file, limits, animation, &error)) {
-        ExplainPart(file, &error);
+        if (!IsStream(file)) ExplainPart(file, &error);
         *report = FailedReport(kExitBadInput, error);
         return false;
     }

@@ -20,9 +20,10 @@ void RenameToNew(const std::filesystem::path& from, const std::filesystem::path&
     failure->clear();
     // Unlike the C++ library's, this one replaces nothing.
     if (_wrename(from.c_str(), to.c_str()) == 0) return;
+    const int reason = errno;  // looking for the file changes it
     std::error_code ignored;
     const bool isTaken = std::filesystem::exists(to, ignored);
-    failure->assign(isTaken ? EEXIST : errno, std::generic_category());
+    failure->assign(isTaken ? EEXIST : reason, std::generic_category());
 }
 
 #else

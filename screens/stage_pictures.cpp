@@ -112,6 +112,7 @@ void End(const StageRun& run) {
     if (run.window) PostMessageA(run.window, WM_CLOSE, 0, 0);
     if (WaitForSingleObject(run.process.hProcess, kLongestEnd) != WAIT_OBJECT_0)
         TerminateProcess(run.process.hProcess, 1);
+    WaitForSingleObject(run.process.hProcess, kLongestEnd);  // an ended program holds no file
     CloseHandle(run.process.hThread);
     CloseHandle(run.process.hProcess);
 }
@@ -120,7 +121,11 @@ void End(const StageRun& run) {
 
 bool ShowStage(const PictureTaker& take, std::string* error) {
     std::error_code failure;
-    const fs::path sample = fs::temp_directory_path(failure) / "kestrel.gif";
+    // Stage's title has the name; the folder is this process's alone.
+    const fs::path folder =
+        fs::temp_directory_path(failure) / ("kestrel-screens-" + std::to_string(GetCurrentProcessId()));
+    const fs::path sample = folder / "kestrel.gif";
+    if (!failure) fs::create_directory(folder, failure);
     if (failure || !WriteGif(Utf8Of(sample), DrawSampleAnimation(), error)) {
         if (error->empty()) *error = "There is no folder for temporary files.";
         return false;
@@ -133,7 +138,7 @@ bool ShowStage(const PictureTaker& take, std::string* error) {
     } else {
         *error = "kestrel-stage.exe cannot be started.";
     }
-    fs::remove(sample, failure);
+    fs::remove_all(folder, failure);
     return shown;
 }
 

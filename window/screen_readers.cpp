@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "documents/control_kinds.h"
 #include "framework/number_text.h"
@@ -23,13 +24,12 @@ bool comStarted = false;             // for the keeper, on this thread
 bool isRefused = false;              // there is no keeper, or one that keeps nothing
 
 void LeaveCom() {
-    if (comStarted) CoUninitialize();
-    comStarted = false;
+    // Leaving may deliver messages, and with them a second end of the window.
+    if (std::exchange(comStarted, false)) CoUninitialize();
 }
 
 void ReleaseKeeper() {
-    if (keeper) keeper->Release();
-    keeper = nullptr;
+    if (IAccPropServices* const released = std::exchange(keeper, nullptr)) released->Release();
     LeaveCom();
 }
 
@@ -100,10 +100,12 @@ void WriteValue(HWND control, const ControlText& text, char* value, size_t bytes
     }
 }
 
-void TellValue(HWND control, const ControlText& text) {
+// False: the control has no value of its own.
+bool TellValue(HWND control, const ControlText& text) {
     char value[kTextBytes];
     WriteValue(control, text, value, sizeof value);
     Keep(control, PROPID_ACC_VALUE, value);
+    return *value != 0;
 }
 
 // What screen readers know of a control while there is a keeper.
@@ -129,7 +131,8 @@ void TellValues(HWND window) { ForEachText(window, TellValue); }
 void TellNewValue(HWND control) {
     const ControlText* text = keeper ? FindControlText(GetDlgCtrlID(control)) : nullptr;
     if (!text) return;
-    TellValue(control, *text);
+    // Of the others, as check boxes, the system tells itself.
+    if (!TellValue(control, *text)) return;
     NotifyWinEvent(EVENT_OBJECT_VALUECHANGE, control, OBJID_CLIENT, CHILDID_SELF);
 }
 

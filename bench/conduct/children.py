@@ -61,11 +61,15 @@ def start(name, command, shots):
         if ask(child, "frame " + shot) != "ok":
             stop(child)
             raise Failed(f"{name} did not take its frames: {command}")
-    for line in ask_list(child, "list"):
+    try:
+        offered = ask_list(child, "list")
+    except Failed:
+        stop(child)
+        raise
+    for line in offered:
         if line[0] == "item" and len(line) >= 5:
             item = Item(*line[1:5], line[5] if len(line) > 5 else "")
             child.items.append(item)
-            # Of two ways to do a job the first one is asked for, unless it is a lighter one.
             child.numbers.setdefault((item.job, item.variant), []).append(item)
     return child
 

@@ -52,8 +52,8 @@ def peer_items(child, item):
     """What a peer has for this row: nothing that is only a part of the job ("~"). What keeps its coordinates from an
     earlier frame ("^") is for later frames."""
     if item.variant == "later":
-        return [found for found in child.numbers.get((item.job, "default"), []) if found.operation[0] == "^"]
-    return [found for found in child.numbers.get((item.job, item.variant), []) if found.operation[0] not in "^~"]
+        return [found for found in child.numbers.get((item.job, "default"), []) if found.operation[:1] == "^"]
+    return [found for found in child.numbers.get((item.job, item.variant), []) if found.operation[:1] not in ("^", "~")]
 
 
 def cells_of(programs, commands, item, shot, patience):
@@ -118,8 +118,8 @@ COLUMNS = (("job", True), ("size", True), ("native", False), ("Wine", False), ("
 def cells_in(row, figures):
     own, best, limit = figures.get("native"), figures["best"], figures["limit"]
     return [title_of(row.item), row.shot.size(), number(own), number(figures.get("Wine")),
-            number(figures.get("reference")), best or "–", number(figures.get(best)), number(ratio(own, figures.get(best))), number(limit),
-            number(ratio(own, limit)), figures["by"]]
+            number(figures.get("reference")), best or "–", number(figures.get(best)),
+            number(ratio(own, figures.get(best))), number(limit), number(ratio(own, limit)), figures["by"]]
 
 
 def means_text(rows, table):

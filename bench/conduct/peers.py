@@ -3,6 +3,7 @@
 the milliseconds for all frames of the shot, or None when it has no such work."""
 import os
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -82,4 +83,5 @@ def installed_children():
     folder = os.path.dirname(os.path.abspath(__file__))
     python = sys.executable
     known = (("Pillow", "PIL", "pillow_child.py"), ("OpenCV", "cv2", "opencv_child.py"))
-    return {name: f"{python} -B {folder}/{script}" for name, module, script in known if has_module(python, module)}
+    return {name: shlex.join([python, "-B", os.path.join(folder, script)])
+            for name, module, script in known if has_module(python, module)}

@@ -66,7 +66,7 @@ TEST_F(SplitProgram, A_part_is_no_picture_and_its_way_is_said) {
         const ProgramResult result = RunKestrel(command);
         EXPECT_EQ(result.exitCode, 3);
         EXPECT_EQ(result.err, "kestrel: " + Path("a.kpart") +
-                                  ": is a part of an animation; kestrel join puts parts together.\n");
+                                  ": this is a part of an animation; kestrel join puts parts together.\n");
     }
 }
 

@@ -67,17 +67,17 @@ TEST(Report, Where_memory_runs_out_the_exit_code_is_the_same_and_a_remedy_is_nam
     EXPECT_EQ(FailedReport(kExitBadInput, "a.gif: no.").exitCode, kExitBadInput);
 }
 
-// A line of output is an object, whatever stands in its texts.
 TEST(Report, What_would_move_a_terminals_cursor_is_not_printed) {
     Report report;
-    report.text = "a\x1B[2Jb\tc\r\nd\x7F\u009Be\u00E9\n";
+    report.text = "a\x1B[2J\rb\tc\r\nd\x7F\u009Be\u00E9\n";
     report.notes = {"x\x07y"};
     report.error = "in\bput.";
     const PrintedReport printed = FormatReport(report, false, false);
-    EXPECT_EQ(printed.output, "a?[2Jb\tc\r\nd??e\u00E9\n");
+    EXPECT_EQ(printed.output, "a?[2J?b\tc\r\nd??e\u00E9\n");
     EXPECT_EQ(printed.errors, "kestrel: note: x?y\nkestrel: in?put.\n");
 }
 
+// A line of output is an object, whatever stands in its texts.
 TEST(Report, For_scripts_the_object_stands_on_one_line) {
     Report report = NotedReport();
     report.error = "two\nlines.";
