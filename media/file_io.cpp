@@ -5,6 +5,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -49,8 +50,19 @@ WriteWatch writeWatch;
 TakeFile takeFile;
 
 // The names that MayWriteFile found free where nothing was to be replaced: another program may take one while
-// its result is being made. Each thread asks for the files that it writes.
-thread_local std::unordered_set<std::string> freeNames;
+// its result is being made. Several threads may ask and write.
+std::unordered_set<std::string> freeNames;
+std::mutex freeNamesLock;
+
+void ForgetFreeName(const std::string& path) {
+    const std::lock_guard<std::mutex> lock(freeNamesLock);
+    freeNames.erase(path);
+}
+
+bool WasFree(const std::string& path) {
+    const std::lock_guard<std::mutex> lock(freeNamesLock);
+    return freeNames.count(path) != 0;
+}
 
 constexpr char kFileExists[] = "the file exists; use --force to replace it";
 
@@ -92,12 +104,7 @@ void KeepPermissions(const fs::path& temporary, const fs::path& target) {
 // Gives a file its final name. Windows refuses that while another program has the file open, as virus
 // scanners and viewers do for a moment: the renaming is tried again for a second there.
 void PlaceFile(const fs::path& temporary, const fs::path& target, bool mustBeNew, std::error_code* failure) {
-    const auto rename = [&] {
-        if (mustBeNew)
-            RenameToNew(temporary, target, failure);
-        else
-            fs::rename(temporary, target, *failure);
-    };
+    const auto rename = [&] { RenameFile(temporary, target, !mustBeNew, failure); };
     KeepPermissions(temporary, target);
     rename();
 #ifdef _WIN32
@@ -230,8 +237,9 @@ bool MayWriteFile(const std::string& path, const std::vector<std::string>& input
     fs::path name;
     if (!PathFromUtf8(path, &name, error)) return false;
     std::error_code failure;
-    freeNames.erase(path);
+    ForgetFreeName(path);
     if (!fs::exists(name, failure)) {
+        const std::lock_guard<std::mutex> lock(freeNamesLock);
         if (!replace) freeNames.insert(path);
         return true;
     }
@@ -290,7 +298,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
     for (size_t i = 0; i < paths.size(); ++i) {
         if (temporary[i].path.empty()) continue;
         std::error_code failure;
-        PlaceFile(temporary[i].path, targets[i], freeNames.count(paths[i]) != 0, &failure);
+        PlaceFile(temporary[i].path, targets[i], WasFree(paths[i]), &failure);
         if (failure) {
             *error = failure == std::errc::file_exists
                          ? Failure(paths[i], kFileExists, "")
@@ -303,7 +311,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
         }
         temporary[i].path.clear();
     }
-    for (const std::string& path : paths) freeNames.erase(path);
+    for (const std::string& path : paths) ForgetFreeName(path);
     return true;
 }
 

@@ -64,6 +64,24 @@ TEST_F(HeldFile, Is_replaced_once_the_other_program_has_closed_it) {
     EXPECT_EQ(ReadText(path), "new");
 }
 
+// As a scanner does, which looks into each new file.
+BOOL WINAPI MoveAtTheSecondTry(LPCWSTR from, LPCWSTR to, DWORD flags) {
+    if (++renames > 1) return move(from, to, flags);
+    SetLastError(ERROR_SHARING_VIOLATION);
+    return FALSE;
+}
+
+TEST_F(HeldFile, Gets_a_new_name_once_the_other_program_has_closed_it) {
+    const ImportPatch moves(GetModuleHandleW(nullptr), "MoveFileExW", AddressOfFunction(MoveAtTheSecondTry));
+    ASSERT_NE(moves.original, nullptr);
+    move = reinterpret_cast<MoveFunction>(moves.original);
+    const std::string fresh = folder.path + "new.gif";
+    ASSERT_TRUE(MayWriteFile(fresh, {}, false, &error)) << error;
+    EXPECT_TRUE(WriteWholeFile(fresh, {'n', 'e', 'w'}, &error)) << error;
+    EXPECT_EQ(renames, 2);
+    EXPECT_EQ(ReadText(fresh), "new");
+}
+
 TEST_F(HeldFile, Is_left_as_it_is_when_it_stays_open) {
     const HANDLE held = OpenAlone(path);
     ASSERT_NE(held, INVALID_HANDLE_VALUE);

@@ -208,14 +208,18 @@ TEST_F(TemporaryFiles, A_file_is_not_renamed_to_a_name_that_is_taken) {
     std::error_code failure;
     Put("a", "a");
     Put("b", "other");
-    RenameToNew(folder / "a", folder / "b", &failure);
+    RenameFile(folder / "a", folder / "b", false, &failure);
     EXPECT_EQ(failure, std::errc::file_exists);
     EXPECT_EQ(fs::file_size(folder / "b"), 5u);
-    RenameToNew(folder / "a", folder / "c", &failure);
+    RenameFile(folder / "a", folder / "c", false, &failure);
     EXPECT_FALSE(failure) << failure.message();
-    RenameToNew(folder / "a", folder / "d", &failure);
+    RenameFile(folder / "a", folder / "d", false, &failure);
     EXPECT_EQ(failure, std::errc::no_such_file_or_directory);
     EXPECT_EQ(Count(), 2u);
+    RenameFile(folder / "c", folder / "b", true, &failure);
+    EXPECT_FALSE(failure) << failure.message();
+    EXPECT_EQ(fs::file_size(folder / "b"), 1u);
+    EXPECT_EQ(Count(), 1u);
 }
 
 }  // namespace

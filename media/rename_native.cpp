@@ -1,36 +1,21 @@
 // SPDX-License-Identifier: MIT
-#include "media/rename.h"
-
 #include <cerrno>
 #include <cstdio>
 
-#ifdef _WIN32
-#include <wchar.h>
-#else
 #include <fcntl.h>
 #include <unistd.h>
-#endif
+
+#include "media/rename.h"
 
 namespace kfx {
 
-#ifdef _WIN32
-
-void RenameToNew(const std::filesystem::path& from, const std::filesystem::path& to,
-                 std::error_code* failure) {
+void RenameFile(const std::filesystem::path& from, const std::filesystem::path& to, bool replaces,
+                std::error_code* failure) {
     failure->clear();
-    // Unlike the C++ library's, this one replaces nothing.
-    if (_wrename(from.c_str(), to.c_str()) == 0) return;
-    const int reason = errno;  // looking for the file changes it
-    std::error_code ignored;
-    const bool isTaken = std::filesystem::exists(to, ignored);
-    failure->assign(isTaken ? EEXIST : reason, std::generic_category());
-}
-
-#else
-
-void RenameToNew(const std::filesystem::path& from, const std::filesystem::path& to,
-                 std::error_code* failure) {
-    failure->clear();
+    if (replaces) {
+        std::filesystem::rename(from, to, *failure);
+        return;
+    }
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return;
     failure->assign(errno, std::generic_category());
     if (*failure != std::errc::invalid_argument && *failure != std::errc::function_not_supported) return;
@@ -49,7 +34,5 @@ void RenameToNew(const std::filesystem::path& from, const std::filesystem::path&
     }
     std::filesystem::rename(from, to, *failure);
 }
-
-#endif
 
 }  // namespace kfx
