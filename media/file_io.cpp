@@ -54,9 +54,12 @@ TakeFile takeFile;
 std::unordered_set<std::string> freeNames;
 std::mutex freeNamesLock;
 
-void ForgetFreeName(const std::string& path) {
+void NoteFree(const std::string& path, bool isFree) {
     const std::lock_guard<std::mutex> lock(freeNamesLock);
-    freeNames.erase(path);
+    if (isFree)
+        freeNames.insert(path);
+    else
+        freeNames.erase(path);
 }
 
 bool WasFree(const std::string& path) {
@@ -237,13 +240,9 @@ bool MayWriteFile(const std::string& path, const std::vector<std::string>& input
     fs::path name;
     if (!PathFromUtf8(path, &name, error)) return false;
     std::error_code failure;
-    ForgetFreeName(path);
-    if (!fs::exists(name, failure)) {
-        const std::lock_guard<std::mutex> lock(freeNamesLock);
-        if (!replace) freeNames.insert(path);
-        return true;
-    }
-    if (IsDevice(name)) return true;
+    const bool exists = fs::exists(name, failure);
+    NoteFree(path, !exists && !replace);
+    if (!exists || IsDevice(name)) return true;
     for (const std::string& input : inputs) {
         if (!IsSameFile(path, input)) continue;
         *error = Failure(path, "the result cannot replace its own source; choose another name", "");
@@ -311,7 +310,7 @@ bool WriteWholeFiles(const std::vector<std::string>& paths, const MakeContent& m
         }
         temporary[i].path.clear();
     }
-    for (const std::string& path : paths) ForgetFreeName(path);
+    for (const std::string& path : paths) NoteFree(path, false);
     return true;
 }
 
