@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "commands/report.h"
+namespace kfx::commands {
+struct PrintedReport;
+}
 
 namespace kfx::cli {
 

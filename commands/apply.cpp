@@ -14,6 +14,7 @@
 #include "commands/fit.h"
 #include "commands/journey_seam.h"
 #include "commands/part_run.h"
+#include "commands/report.h"
 #include "commands/text.h"
 
 namespace kfx::commands {

@@ -5,6 +5,7 @@
 
 #include "commands/output_format.h"
 #include "commands/recipe_text.h"
+#include "commands/report.h"
 
 namespace kfx::commands {
 namespace {

@@ -12,6 +12,7 @@
 #include "commands/output_check.h"
 #include "commands/output_format.h"
 #include "commands/picture_header.h"
+#include "commands/report.h"
 #include "commands/result_files.h"
 #include "commands/text.h"
 #include "media/utf8_path.h"

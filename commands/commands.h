@@ -7,9 +7,10 @@
 
 #include "commands/command_line.h"
 #include "commands/engine.h"
-#include "commands/report.h"
 
 namespace kfx::commands {
+
+struct Report;
 
 // With what a command runs.
 struct CommandContext {

@@ -10,6 +10,7 @@
 #include "commands/difference_sheet.h"
 #include "commands/output_format.h"
 #include "commands/parser_words.h"
+#include "commands/report.h"
 #include "commands/sheet_file.h"
 #include "commands/text.h"
 #include "commands/text_columns.h"

@@ -3,6 +3,8 @@
 
 #include <chrono>
 
+#include "commands/report.h"
+
 namespace kfx::commands {
 namespace {
 

@@ -9,9 +9,11 @@
 
 #include "commands/host_session.h"
 #include "commands/progress.h"
-#include "commands/report.h"
 
 namespace kfx::commands {
+
+struct PrintedReport;
+struct Report;
 
 // False: the text is lost, on a full disk for example. A pipe whose reader has gone counts as written.
 bool WriteStandardOutput(const std::string& text);

@@ -5,6 +5,7 @@
 #include "commands/common_options.h"
 #include "commands/parameter_help.h"
 #include "commands/parser_words.h"
+#include "commands/report.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {

@@ -9,6 +9,7 @@
 #include "commands/alpha_pixels.h"
 #include "commands/console.h"
 #include "commands/fit_look.h"
+#include "commands/report.h"
 #include "commands/text.h"
 #include "media/file_io.h"
 

@@ -11,6 +11,7 @@
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
 #include "commands/recipe_options.h"
+#include "commands/report.h"
 #include "commands/result_files.h"
 #include "commands/sheet_file.h"
 #include "commands/stages.h"

@@ -8,6 +8,7 @@
 #include "commands/help_book.h"
 #include "commands/parameter_help.h"
 #include "commands/parser_words.h"
+#include "commands/report.h"
 #include "commands/resize_frame.h"
 #include "commands/text.h"
 #include "media/contact_sheet.h"

@@ -14,6 +14,7 @@
 #include "commands/parser_words.h"
 #include "commands/recipe_text.h"
 #include "commands/recipe_words.h"
+#include "commands/report.h"
 #include "commands/text.h"
 #include "commands/text_columns.h"
 #include "commands/text_match.h"

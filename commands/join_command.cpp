@@ -11,6 +11,7 @@
 #include "commands/part_file.h"
 #include "commands/part_run.h"
 #include "commands/recipe_words.h"
+#include "commands/report.h"
 #include "commands/survey_text.h"
 #include "commands/text.h"
 #include "media/file_io.h"

@@ -8,6 +8,7 @@
 #include "commands/picture_size.h"
 #include "commands/pipeline.h"
 #include "commands/plain_build.h"
+#include "commands/report.h"
 #include "commands/sheet_file.h"
 #include "commands/text.h"
 #include "commands/text_columns.h"

@@ -12,6 +12,7 @@
 #include "commands/fingerprint.h"
 #include "commands/frame_edits.h"
 #include "commands/part_file.h"
+#include "commands/report.h"
 #include "commands/survey_text.h"
 #include "commands/text.h"
 #include "media/file_io.h"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "commands/report.h"
 
+template class nlohmann::basic_json<nlohmann::ordered_map>;
+
 namespace kfx::commands {
 namespace {
 

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "commands/command_row.h"
+#include "commands/report.h"
 #include "commands/result_files.h"
 #include "commands/sequence.h"
 #include "commands/source_files.h"

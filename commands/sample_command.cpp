@@ -2,6 +2,7 @@
 // kestrel sample: the sample animation as a file.
 #include "commands/common_options.h"
 #include "commands/parser_words.h"
+#include "commands/report.h"
 #include "commands/text.h"
 #include "media/animation_writer.h"
 #include "media/file_io.h"

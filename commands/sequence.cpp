@@ -9,6 +9,7 @@
 #include "commands/console.h"
 #include "commands/output_format.h"
 #include "commands/part_file.h"
+#include "commands/report.h"
 #include "commands/text.h"
 #include "media/readers.h"
 

@@ -3,10 +3,11 @@
 #pragma once
 
 #include "commands/command_line.h"
-#include "commands/report.h"
 #include "media/animation.h"
 
 namespace kfx::commands {
+
+struct Report;
 
 // Reads the source's files, which must have one size, one behind the other. Loop count, background, comment
 // and metadata are those of the first; where that is a still, the animation loops for ever. It has a global

@@ -4,6 +4,7 @@
 
 #include "commands/common_options.h"
 #include "commands/parser_words.h"
+#include "commands/report.h"
 #include "commands/sheet_file.h"
 #include "commands/text.h"
 

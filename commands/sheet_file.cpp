@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commands/sheet_file.h"
 
+#include "commands/report.h"
 #include "commands/text.h"
 #include "media/animation_writer.h"
 #include "media/file_io.h"

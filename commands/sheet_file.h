@@ -4,10 +4,11 @@
 
 #include <string>
 
-#include "commands/report.h"
 #include "media/contact_sheet.h"
 
 namespace kfx::commands {
+
+struct Report;
 
 // Writes the sheet as a PNG file and adds its name and size to the report. The report that is returned says
 // what went wrong, if anything has.

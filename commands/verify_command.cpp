@@ -10,6 +10,7 @@
 #include "commands/output_format.h"
 #include "commands/parser_words.h"
 #include "commands/recipe_file.h"
+#include "commands/report.h"
 #include "commands/text.h"
 #include "media/file_io.h"
 #include "media/utf8_path.h"

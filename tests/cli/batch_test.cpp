@@ -2,6 +2,7 @@
 // Several inputs and a folder as output: names, order, failures, and what is done again.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <chrono>
 #include <filesystem>

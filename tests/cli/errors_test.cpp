@@ -2,6 +2,7 @@
 // What goes wrong is said in one sentence, answered with its exit code, and leaves nothing behind.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "tests/cli/failing_commands.h"
 #include "tests/cli/program.h"

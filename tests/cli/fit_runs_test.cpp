@@ -2,6 +2,7 @@
 // apply --max-size together with what other options ask of a run: batches, plans, recipes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <sstream>

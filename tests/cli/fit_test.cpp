@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "tests/cli/colorful_animation.h"
 #include "tests/cli/program.h"

@@ -2,6 +2,7 @@
 // Parameters that move over the frames, from file to file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "tests/cli/program.h"
 #include "tests/cli/test_animations.h"

@@ -2,6 +2,7 @@
 // The lists of effects and palettes, and the sheets of pictures.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "effects/effect_table.h"
 #include "tests/cli/program.h"

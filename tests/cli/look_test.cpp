@@ -2,6 +2,7 @@
 // The commands that show and compare: info, compare, gallery, palettes, effects, self-test, sample.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <sstream>

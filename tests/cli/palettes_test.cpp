@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Every palette with and without dithering and supercompression, judged by what the file shows.
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <array>
 #include <set>

@@ -2,6 +2,7 @@
 // Standard input and standard output in the place of files.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <cstdlib>
 

@@ -2,6 +2,7 @@
 #include "tests/cli/program.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace kfx::test {
 

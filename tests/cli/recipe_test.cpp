@@ -2,6 +2,7 @@
 // Recipes: kept in what is made, printed, repeated on another picture, and made again.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "commands/fingerprint.h"
 #include "media/animation_writer.h"

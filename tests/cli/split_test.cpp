@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Survey, parts and join as programs, through pipes and with names that are not plain.
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "tests/cli/program.h"
 #include "tests/cli/test_animations.h"

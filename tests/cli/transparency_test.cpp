@@ -2,12 +2,14 @@
 // Transparent files through kestrel.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
 #include "commands/commands.h"
 #include "commands/direct_engine.h"
 #include "commands/parameter_help.h"
+#include "commands/report.h"
 #include "effects/effect_table.h"
 #include "media/animation_writer.h"
 #include "media/contact_sheet.h"

@@ -2,6 +2,7 @@
 #include "tests/cli/wrong_commands.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 

@@ -13,6 +13,7 @@
 #include "commands/direct_engine.h"
 #include "commands/help_texts.h"
 #include "commands/parser_words.h"
+#include "commands/report.h"
 #include "commands/text_match.h"
 
 namespace kfx::commands {

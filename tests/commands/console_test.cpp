@@ -11,6 +11,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "commands/report.h"
 #include "tests/support/wait_for.h"
 
 namespace kfx::commands {

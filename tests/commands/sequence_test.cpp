@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "commands/report.h"
 #include "media/animation_writer.h"
 #include "tests/cli/test_files.h"
 

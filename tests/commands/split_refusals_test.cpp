@@ -6,6 +6,7 @@
 
 #include "commands/fingerprint.h"
 #include "commands/part_file.h"
+#include "commands/report.h"
 #include "commands/survey_text.h"
 #include "tests/commands/split_runs.h"
 

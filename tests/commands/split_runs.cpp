@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "commands/direct_engine.h"
+#include "commands/report.h"
 #include "media/animation_writer.h"
 #include "tests/cli/test_animations.h"
 

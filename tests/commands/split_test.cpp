@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Animations in parts: survey, parts and join give the bytes that apply gives in one piece.
+#include "commands/report.h"
 #include "effects/effect_table.h"
 #include "media/animation_writer.h"
 #include "tests/cli/test_animations.h"

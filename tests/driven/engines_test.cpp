@@ -7,6 +7,7 @@
 
 #include "commands/commands.h"
 #include "commands/direct_engine.h"
+#include "commands/report.h"
 #include "driven/driven_engine.h"
 #include "effects/effect_table.h"
 #include "media/animation_writer.h"

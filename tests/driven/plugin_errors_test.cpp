@@ -2,6 +2,7 @@
 // What a plug-in does wrong is said in one sentence, answered with its exit code, and leaves nothing behind.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <windows.h>
 

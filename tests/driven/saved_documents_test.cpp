@@ -4,6 +4,7 @@
 
 #include "commands/commands.h"
 #include "commands/direct_engine.h"
+#include "commands/report.h"
 #include "commands/result_files.h"
 #include "commands/text_windows.h"
 #include "driven/command_settings.h"
