@@ -8,6 +8,7 @@ function(kfx_ship target)
     if(NOT CMAKE_OBJCOPY)
         message(FATAL_ERROR "The toolchain's objcopy is missing: symbols cannot be kept apart from ${target}.")
     endif()
+    find_package(Python3 REQUIRED COMPONENTS Interpreter)
     # Equal sources make equal files, so none holds the time of its linking. Windows 7 is the oldest system.
     target_link_options(${target} PRIVATE
         LINKER:--no-insert-timestamp,--major-os-version=6,--minor-os-version=1
@@ -17,6 +18,7 @@ function(kfx_ship target)
     set(file $<TARGET_FILE:${target}>)
     add_custom_command(TARGET ${target} POST_BUILD
         COMMAND ${objcopy} --only-keep-debug ${file} ${file}.debug
-        COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${file}.debug ${file})
+        COMMAND ${objcopy} --strip-all --add-gnu-debuglink=${file}.debug ${file}
+        COMMAND ${Python3_EXECUTABLE} -B ${PROJECT_SOURCE_DIR}/cmake/protect_resources.py ${file})
     set_property(TARGET ${target} APPEND PROPERTY ADDITIONAL_CLEAN_FILES ${file}.debug)
 endfunction()

@@ -13,6 +13,7 @@ endif()
 # wrap-around and shift idioms).
 function(kfx_add_third_party name)
     add_library(${name} STATIC ${ARGN})
+    target_link_libraries(${name} PRIVATE kfx_hardening)
     if(MSVC)
         target_compile_options(${name} PRIVATE /w)
     else()

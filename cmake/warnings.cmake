@@ -2,6 +2,7 @@
 add_library(kfx_flags INTERFACE)
 target_compile_features(kfx_flags INTERFACE cxx_std_20)
 target_include_directories(kfx_flags INTERFACE ${CMAKE_SOURCE_DIR})
+target_link_libraries(kfx_flags INTERFACE kfx_hardening)
 
 # Floating point: one rounding per operation, in the order written, with every compiler. A fused multiply-add or a
 # wider intermediate result would move results by a bit between machines.

@@ -32,15 +32,6 @@ TEST(DllFile, Is_a_library_of_64_bits) {
     EXPECT_TRUE(file.characteristics & IMAGE_FILE_DLL);
 }
 
-TEST(DllFile, May_be_loaded_anywhere_and_runs_no_data) {
-    const PeFile file = ReadDll();
-    EXPECT_TRUE(file.dllCharacteristics & IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE);
-    EXPECT_TRUE(file.dllCharacteristics & IMAGE_DLLCHARACTERISTICS_NX_COMPAT);
-}
-
-// Users need none; they are kept in a file beside the DLL.
-TEST(DllFile, Carries_no_symbol_table) { EXPECT_EQ(ReadDll().symbols, 0u); }
-
 TEST(DllFile, Exports_exactly_the_three_entry_points_undecorated) {
     const PeFile file = ReadDll();
     EXPECT_THAT(file.exportedNames,

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -13,6 +15,7 @@ namespace {
 
 struct Image {
     std::string bytes;
+    size_t longNames = 0;  // the offset of the table with names of more than eight characters
     std::vector<IMAGE_SECTION_HEADER> sections;
 };
 
@@ -38,6 +41,26 @@ std::string TextAt(const Image& image, DWORD address) {
     const size_t offset = FileOffset(image, address);
     const size_t end = image.bytes.find('\0', offset);
     return end == std::string::npos ? std::string() : image.bytes.substr(offset, end - offset);
+}
+
+// A name of more than eight characters stands as "/" and its offset in the table.
+std::string SectionName(const Image& image, const IMAGE_SECTION_HEADER& header) {
+    const auto* const characters = reinterpret_cast<const char*>(header.Name);
+    std::string name(characters, strnlen(characters, sizeof header.Name));
+    if (!name.starts_with('/')) return name;
+    const size_t offset = image.longNames + std::strtoul(name.c_str() + 1, nullptr, 10);
+    const size_t end = image.bytes.find('\0', offset);
+    return end == std::string::npos ? name : image.bytes.substr(offset, end - offset);
+}
+
+void ReadSections(const Image& image, PeFile& file) {
+    for (const IMAGE_SECTION_HEADER& header : image.sections) {
+        const size_t offset = std::min<size_t>(header.PointerToRawData, image.bytes.size());
+        file.sections.push_back({.name = SectionName(image, header),
+                                 .characteristics = header.Characteristics,
+                                 .address = header.VirtualAddress,
+                                 .bytes = image.bytes.substr(offset, header.SizeOfRawData)});
+    }
 }
 
 void ReadExports(const Image& image, DWORD address, PeFile& file) {
@@ -82,10 +105,18 @@ bool ReadPeFile(const char* path, PeFile& file) {
         image.sections.push_back(section);
     }
 
+    constexpr size_t kSymbolBytes = 18;
+    image.longNames =
+        header.FileHeader.PointerToSymbolTable + header.FileHeader.NumberOfSymbols * kSymbolBytes;
+
     file.machine = header.FileHeader.Machine;
     file.characteristics = header.FileHeader.Characteristics;
     file.symbols = header.FileHeader.NumberOfSymbols;
     file.dllCharacteristics = header.OptionalHeader.DllCharacteristics;
+    file.subsystemMajor = header.OptionalHeader.MajorSubsystemVersion;
+    file.subsystemMinor = header.OptionalHeader.MinorSubsystemVersion;
+    file.time = header.FileHeader.TimeDateStamp;
+    ReadSections(image, file);
     const auto& directories = header.OptionalHeader.DataDirectory;
     ReadExports(image, directories[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress, file);
     ReadImports(image, directories[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress, file);

@@ -101,6 +101,14 @@ void ReplaceImport(const char* function, void* replacement) {
 // One of this DLL's own instructions fails.
 void Crash() { *static_cast<volatile int*>(nullptr) = 0; }
 
+// Notices it when it is about to return.
+[[gnu::noinline]] void OverrunArray() {
+    char array[16];
+    volatile char* const bytes = array;
+    const volatile size_t count = 100;
+    for (size_t i = 0; i < count; ++i) bytes[i] = 'x';
+}
+
 void WINAPI CrashInTime(SYSTEMTIME*) { Crash(); }
 
 // Lets the real plug-in do its work, in a program that calls `replacement` in place of this function.
@@ -196,6 +204,7 @@ extern "C" __declspec(dllexport) int PLUGIN16DoBuild(HWND parent, kfx::HostConte
     }
     if (misbehaviour == "abort") std::abort();
     if (misbehaviour == "crash") RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr);
+    if (misbehaviour == "overrun") OverrunArray();
     if (misbehaviour == "crash twice") {
         // The report's name has the time.
         ReplaceImport("GetLocalTime", reinterpret_cast<void*>(&CrashInTime));

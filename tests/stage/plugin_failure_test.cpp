@@ -63,12 +63,19 @@ struct FailingPlugin : StageWindow {
 };
 
 TEST_F(FailingPlugin, A_crash_ends_the_plugin_and_leaves_the_picture_there) {
-    for (const char* crash : {"crash", "crash when asked", "crash while loaded"}) {
-        SCOPED_TRACE(crash);
-        ASSERT_NO_FATAL_FAILURE(OpenWith(crash));
+    struct Crash {
+        const char* misbehaviour;
+        const char* report;
+    };
+    constexpr char kNoMemoryThere[] = "exception: c0000005";
+    for (const Crash& crash :
+         {Crash{"crash", kNoMemoryThere}, Crash{"crash when asked", kNoMemoryThere},
+          Crash{"crash while loaded", kNoMemoryThere}, Crash{"overrun", "exception: c000001d"}}) {
+        SCOPED_TRACE(crash.misbehaviour);
+        ASSERT_NO_FATAL_FAILURE(OpenWith(crash.misbehaviour));
         ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
         ASSERT_EQ(Reports().size(), 1u);
-        EXPECT_THAT(Reports().front(), HasSubstr("exception: c0000005"));
+        EXPECT_THAT(Reports().front(), HasSubstr(crash.report));
         EXPECT_THAT(Reports().front(), HasSubstr("stack:\r\n    "));
         ExpectUsableWithoutPlugin();
         ASSERT_NO_FATAL_FAILURE(Close(false));
