@@ -8,8 +8,12 @@
 #include "framework/movable_memory.h"
 #include "framework/source_animation.h"
 #include "host/animation_block.h"
+#include "tests/fuzz/block_changes.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+extern "C" {
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize, unsigned seed);
+}
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace kfx;
@@ -28,4 +32,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (sound && decoded != DecodeResult::Whole) std::abort();
     FreeFrames(&frames);
     return 0;
+}
+
+size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize, unsigned seed) {
+    return kfx::test::MutateBlock(data, size, maxSize, seed, 0);
 }

@@ -1,68 +1,150 @@
 // SPDX-License-Identifier: MIT
-// Whole builds of whatever a host hands over. The first byte chooses the options, the second the palette; the
-// rest is the animation block.
+// Whole builds of whatever a host hands over: every effect with any settings, every kind of output, a host
+// that refuses, memory that runs out. The input is a record of choices and the animation block.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 #include "builder/build_driver.h"
-#include "framework/memory_guards.h"
-#include "framework/movable_memory_native.h"
 #include "host/host_records.h"
+#include "tests/fuzz/block_changes.h"
+#include "tests/fuzz/choices.h"
+
+extern "C" {
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize, unsigned seed);
+}
+
+using namespace kfx;
+using test::Choices;
 
 namespace {
 
+constexpr uint64_t kMostPixels = 4096;
+
+// What the host has seen of one build.
+struct Seen {
+    uint32_t requests;
+    uint32_t refused;  // number of the request that is answered with 0, from 1; 0: none
+    uint32_t images;
+    uint32_t messages;
+    bool taskIsOpen;
+};
+
+Seen seen = {};             // the host's service function has no other memory
 volatile uint32_t sum = 0;  // keeps the reading from being optimised away
 
-// A host that reads every byte it is handed.
-uint64_t ReadAll(uint64_t, uint32_t request, uint64_t, uint64_t pointer) {
-    if (request != static_cast<uint32_t>(kfx::HostRequest::AddImage)) return 1;
-    kfx::AddImageRecord record;
-    std::memcpy(&record, reinterpret_cast<const void*>(static_cast<uintptr_t>(pointer)), sizeof record);
-    const kfx::ImageLock lock(reinterpret_cast<kfx::ImageHandle>(static_cast<uintptr_t>(record.image)));
-    if (!lock.image) std::abort();
-    const auto* bytes = reinterpret_cast<const uint8_t*>(lock.image);
-    for (size_t i = 0; i < kfx::MemorySize(lock.memory); ++i) sum = sum + bytes[i];
-    return 1;
+void Expect(bool holds) {
+    if (!holds) std::abort();
 }
 
-kfx::BuildOptions OptionsFrom(uint8_t bits, uint8_t palette) {
-    kfx::BuildOptions options = {};
-    options.customPalette = bits & 1;
-    options.dither = bits & 2;
-    options.supercompress = bits & 4;
-    options.fastRemap = bits & 8;
-    options.trueColor = (bits & 0x30) == 0x30;
-    options.localBackground = bits & 0x40;
-    options.test = bits & 0x80;
-    options.paletteChoice = palette % 11;
-    options.ditherBrightness = palette;
-    options.ditherContrast = 256 - palette;
-    return options;
+template <typename T>
+T RecordAt(uint64_t address) {
+    T record;
+    std::memcpy(&record, reinterpret_cast<const void*>(static_cast<uintptr_t>(address)), sizeof record);
+    return record;
+}
+
+// A host that reads every byte it is handed, whatever memory is refused to the plug-in meanwhile.
+void ReadImage(const AddImageRecord& record) {
+    const UncountedMemory uncounted;
+    const ImageLock lock(reinterpret_cast<ImageHandle>(static_cast<uintptr_t>(record.image)));
+    Expect(lock.image && lock->width > 0 && lock->height > 0);
+    const auto* bytes = reinterpret_cast<const uint8_t*>(lock.image);
+    const auto size = sizeof *lock.image + ColorTableBytes(lock.image) +
+                      StrideOf(lock.image) * static_cast<size_t>(lock->height);
+    Expect(MemorySize(lock.memory) >= size);
+    for (size_t i = 0; i < size; ++i) sum = sum + bytes[i];
+}
+
+uint64_t Answer(uint64_t, uint32_t request, uint64_t, uint64_t pointer) {
+    const bool isRefused = ++seen.requests == seen.refused;
+    switch (static_cast<HostRequest>(request)) {
+        case HostRequest::NewTask:
+        case HostRequest::NewTestTask:
+            Expect(!seen.taskIsOpen && RecordAt<FileObjectRecord>(pointer).frameCount > 0);
+            seen.taskIsOpen = !isRefused;
+            break;
+        case HostRequest::AddImage:
+            Expect(seen.taskIsOpen);
+            ++seen.images;
+            ReadImage(RecordAt<AddImageRecord>(pointer));
+            break;
+        case HostRequest::CloseTask:
+            Expect(seen.taskIsOpen);
+            seen.taskIsOpen = false;
+            break;
+        default:
+            break;
+    }
+    return !isRefused;
+}
+
+BuildOptions OptionsFrom(const Choices& choices) {
+    BuildOptions options = {};
+    options.customPalette = choices.output & 1;
+    options.dither = choices.output & 2;
+    options.supercompress = choices.output & 4;
+    options.fastRemap = choices.output & 8;
+    options.trueColor = (choices.output & 0x30) == 0x30;
+    options.localBackground = choices.output & 0x40;
+    options.addComment = choices.extras & test::kExtraComment;
+    options.paletteChoice = choices.palette % 11;
+    options.ditherBrightness = choices.dither[0] < 200 ? choices.dither[0] : INT32_MAX;
+    options.ditherContrast = choices.dither[1] < 200 ? choices.dither[1] : INT32_MIN;
+    options.mostColors = choices.mostColors < 3 ? 0 : choices.mostColors;
+    BuildMode mode = choices.output & 0x80 ? BuildMode::Test : BuildMode::Build;
+    if (choices.extras & test::kExtraPreset) mode = BuildMode::Plain;
+    return OptionsForMode(options, mode);
+}
+
+int32_t Build(BuildEnvironment environment, const BuildOptions& options, const Choices& choices) {
+    seen = {};
+    seen.refused = choices.refusedRequest;
+    const test::ChosenRefusals refusals(choices);
+    const int32_t built = RunBuild(environment, options);
+    Expect(!seen.taskIsOpen && seen.messages == (built ? 0u : 1u));
+    return built;
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size < 3) return 0;
-    const size_t before = kfx::CountMemory().liveBlocks;
-    {
-        const kfx::MemoryOwner source(kfx::AllocateMemory(size - 2));
-        {
-            const kfx::MemoryLock lock(source.memory);
-            if (!lock.address) return 0;
-            std::memcpy(lock.address, data + 2, size - 2);
-        }
-        kfx::HostContext host = {};
-        host.callback = ReadAll;
-        kfx::EffectDescriptor effect = {};
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    Choices choices;
+    if (size < sizeof choices) return 0;
+    std::memcpy(&choices, data, sizeof choices);
+    data += sizeof choices;
+    size -= sizeof choices;
+    if (!test::IsSmall(data, size, kMostPixels)) return 0;
+
+    const test::NothingLeft nothingLeft;
+    test::ChooseEffect(choices);
+    EffectDescriptor effect = {};
+    if (const EffectDescriptor* row = DescriptorAt(choices.effect)) effect = *row;
+    if (choices.extras & test::kExtraEffectBackground)
         effect.query = [](void*, int32_t) { return int32_t{0x302010}; };
-        const kfx::BuildEnvironment environment = {.window = nullptr,
-                                                   .host = &host,
-                                                   .source = source.memory,
-                                                   .effect = &effect,
-                                                   .showMessage = [](void*, kfx::BuildMessage) {}};
-        kfx::RunBuild(environment, OptionsFrom(data[0], data[1]));
+    const MemoryOwner source(test::TakeBlock(data, size));
+    HostContext host = {};
+    host.callback = Answer;
+    BuildEnvironment environment = {.window = nullptr,
+                                    .host = &host,
+                                    .source = source.memory,
+                                    .effect = &effect,
+                                    .showMessage = [](void*, BuildMessage) { ++seen.messages; }};
+    const BuildOptions options = OptionsFrom(choices);
+    WholeAnimation whole;
+    if (choices.extras & test::kExtraParts) {
+        whole.use = WholeUse::Find;
+        environment.whole = &whole;
+        if (!Build(environment, options, choices)) return 0;
+        whole.use = WholeUse::Hold;
+        whole.hasSeveralFrames = choices.width & 1;
+        whole.framesBefore = choices.height % 3;
     }
-    if (kfx::CountMemory().liveBlocks != before || kfx::CountMemory().lockedBlocks != 0) std::abort();
+    Build(environment, options, choices);
     return 0;
+}
+
+size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize, unsigned seed) {
+    return test::MutateBlock(data, size, maxSize, seed, sizeof(Choices));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Runs a fuzz target without libFuzzer: every file of the named folders as it is, cut at many lengths and
-// with single bytes changed. The damage is the same on every run, so a failure can be repeated.
+// Runs a fuzz target without libFuzzer: every file of the named folders as it is, cut at many lengths,
+// with single bytes changed and as the target's own mutator changes it. The damage is the same on every run,
+// so a failure can be repeated.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -10,7 +11,14 @@
 #include <random>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+extern "C" {
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+// Only some targets have one.
+__attribute__((weak)) size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize,
+                                                     unsigned seed);
+// What a target's own mutator calls for changes of any kind.
+size_t LLVMFuzzerMutate(uint8_t* data, size_t size, size_t maxSize);
+}
 
 namespace {
 
@@ -18,6 +26,8 @@ using Bytes = std::vector<uint8_t>;
 
 // Enough to meet every header field of a corpus file, few enough to stay within seconds under sanitizers.
 constexpr size_t kDamagePerFile = 200;
+constexpr unsigned kMutationsPerFile = 60;
+constexpr size_t kRoomToGrow = 8192;  // for a target's own mutator
 
 void RunOnce(const Bytes& bytes) {
     // An exact copy on the heap: reading one byte past the end is then an error that AddressSanitizer sees.
@@ -40,7 +50,22 @@ void RunDamaged(const Bytes& original) {
     }
 }
 
+void RunMutated(const Bytes& original) {
+    if (!LLVMFuzzerCustomMutator) return;
+    for (unsigned seed = 0; seed < kMutationsPerFile; ++seed) {
+        Bytes mutated = original;
+        mutated.resize(original.size() + kRoomToGrow);
+        mutated.resize(LLVMFuzzerCustomMutator(mutated.data(), original.size(), mutated.size(), seed));
+        RunOnce(mutated);
+    }
+}
+
 }  // namespace
+
+size_t LLVMFuzzerMutate(uint8_t* data, size_t size, size_t) {
+    for (size_t i = 0; i < size; i += 1 + size / 4) data[i] = static_cast<uint8_t>(data[i] * 5 + 1);
+    return size;
+}
 
 int main(int argc, char** argv) {
     RunOnce({});
@@ -54,6 +79,7 @@ int main(int argc, char** argv) {
             const Bytes bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
             RunOnce(bytes);
             RunDamaged(bytes);
+            RunMutated(bytes);
             ++files;
         }
     }
