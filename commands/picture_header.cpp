@@ -17,27 +17,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kMarkBytes = 12;
+constexpr size_t kMarkBytes = 12;  // enough for every format
 
-struct FormatMark {
-    const char* format;
-    size_t offset;
-    const char* bytes;
-};
-
-constexpr FormatMark kMarks[] = {
-    {.format = "gif", .offset = 0, .bytes = "GIF8"}, {.format = "webp", .offset = 8, .bytes = "WEBP"},
-    {.format = "png", .offset = 1, .bytes = "PNG"},  {.format = "jpeg", .offset = 0, .bytes = "\xFF\xD8\xFF"},
-    {.format = "bmp", .offset = 0, .bytes = "BM"},   {.format = "y4m", .offset = 0, .bytes = "YUV4MPEG2 "},
-};
-
-std::string FormatOf(const char* start, size_t size) {
-    for (const FormatMark& mark : kMarks) {
-        const size_t length = std::strlen(mark.bytes);
-        if (size >= mark.offset + length && std::memcmp(start + mark.offset, mark.bytes, length) == 0)
-            return mark.format;
-    }
-    return "";
+// As the reader of whole files finds it, in small letters.
+std::string FormatOf(const uint8_t* start, size_t size) {
+    std::string name = FormatNameOf(start, size);
+    for (char& c : name) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return name;
 }
 
 // The chunk that announces an animation stands before the first picture data.
@@ -82,8 +68,8 @@ bool ReadPictureHeader(const std::string& path, PictureHeader* header, std::stri
         *error = WithFolderAsGiven(*error, path);
         return false;
     }
-    char start[kMarkBytes] = {};
-    file.read(start, sizeof start);
+    uint8_t start[kMarkBytes] = {};
+    file.read(reinterpret_cast<char*>(start), sizeof start);
     const auto size = static_cast<size_t>(file.gcount());
     header->format = FormatOf(start, size);
     if (header->format.empty()) return Refuse(path, {start, start + size}, error);

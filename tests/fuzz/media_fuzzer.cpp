@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Every animation file reader, behind the one that tells the formats apart.
+// The animation file readers, behind the one that tells the formats apart; the corpus chooses the format.
 #include "tests/fuzz/animation_promises.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);

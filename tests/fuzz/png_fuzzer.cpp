@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// PNG files whose checksums are made right, so that damage reaches what stands behind them: once as they are,
-// once with the picture data of the input taken for rows that are still to be compressed.
+// PNG files, as they are and with checksums made right, so that damage reaches what stands behind them: once
+// with the picture data of the input, once with these taken for rows that are still to be compressed.
 #include "media/png_deflate.h"
 #include "media/png_format.h"
 #include "tests/fuzz/animation_promises.h"
@@ -37,6 +37,7 @@ Bytes Repaired(const uint8_t* data, size_t size, bool packs) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    kfx::test::ReadAnimationOrAbort(data, size);
     for (const bool packs : {false, true}) {
         const Bytes file = Repaired(data, size, packs);
         kfx::test::ReadAnimationOrAbort(file.data(), file.size());

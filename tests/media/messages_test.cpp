@@ -70,7 +70,7 @@ Bytes Encoded(bool (*encode)(const Animation&, Bytes*, std::string*), const Anim
 Bytes Sample(const std::string& name) {
     Bytes file;
     std::string error;
-    EXPECT_TRUE(ReadWholeFile("tests/data/fuzz/media/" + name, &file, &error)) << error;
+    EXPECT_TRUE(ReadWholeFile("tests/data/fuzz/" + name, &file, &error)) << error;
     return file;
 }
 
@@ -102,17 +102,17 @@ TEST(Messages, Damaged_png_files_are_told_in_plain_words) {
 }
 
 TEST(Messages, Damaged_jpeg_files_are_told_in_plain_words) {
-    for (const char* name : {"grey.jpg", "progressive.jpg", "arithmetic.jpg", "cmyk.jpg"})
+    for (const char* name : {"jpeg/grey.jpg", "jpeg/progressive.jpg", "jpeg/arithmetic.jpg", "jpeg/cmyk.jpg"})
         EXPECT_GE(ClausesFor(Sample(name)).size(), 2u) << name;
 }
 
 TEST(Messages, Damaged_bmp_files_are_told_in_plain_words) {
-    for (const char* name : {"indexed.bmp", "true-colour.bmp", "v4-alpha.bmp"})
+    for (const char* name : {"bmp/indexed.bmp", "bmp/true-colour.bmp", "bmp/v4-alpha.bmp"})
         EXPECT_GE(ClausesFor(Sample(name)).size(), 2u) << name;
 }
 
 TEST(Messages, Damaged_y4m_streams_are_told_in_plain_words) {
-    for (const char* name : {"grey.y4m", "subsampled.y4m", "full-range.y4m"})
+    for (const char* name : {"y4m/grey.y4m", "y4m/subsampled.y4m", "y4m/full-range.y4m"})
         EXPECT_GE(ClausesFor(Sample(name)).size(), 4u) << name;
 }
 
