@@ -63,7 +63,21 @@ TEST(CropImage, Leaves_pixels_outside_the_source_zero_and_refuses_empty_rectangl
     EXPECT_EQ(PixelOf(cropped.handle, 1, 1), 0xFFFFFFu);
     EXPECT_EQ(PixelOf(cropped.handle, 1, 2), 0u);
     EXPECT_EQ(CropImage(source.handle, {2, 2, 2, 4}), nullptr);
+    EXPECT_EQ(CropImage(source.handle, {2, 2, 4, 2}), nullptr);
+    EXPECT_EQ(CropImage(source.handle, {3, 2, 2, 4}), nullptr);
+    EXPECT_EQ(CropImage(source.handle, {2, 3, 4, 2}), nullptr);
+    EXPECT_EQ(CropImage(source.handle, {0, INT32_MIN, 4, INT32_MAX}), nullptr);
     EXPECT_EQ(CropImage(source.handle, {INT32_MIN, 0, INT32_MAX, 4}), nullptr);
+}
+
+TEST(CropImage, Takes_a_single_pixel_or_none_of_the_source) {
+    const Picture source = RandomPicture(4, 4, 2);
+    const Picture pixel(CropImage(source.handle, {1, 2, 2, 3}));
+    EXPECT_EQ(PixelOf(pixel.handle, 0, 0), PixelOf(source.handle, 1, 2));
+    for (const PixelRect& beside : {PixelRect{4, 0, 6, 2}, PixelRect{-2, 0, 0, 2}, PixelRect{0, 4, 2, 6},
+                                    PixelRect{0, -2, 2, 0}, PixelRect{9, 9, 11, 11}})
+        EXPECT_TRUE(
+            SamePicture(Picture(CropImage(source.handle, beside)).handle, FlatPicture(2, 2, 0).handle));
 }
 
 }  // namespace

@@ -281,5 +281,16 @@ TEST(GifAsFound, Images_far_larger_than_their_canvas_count_in_the_budget) {
               "the pictures together have at least 262148489 pixels; the limit is 1000000");
 }
 
+TEST(GifAsFound, All_pixels_of_images_larger_than_their_canvas_count_and_those_of_others_do_not) {
+    const Bytes file = BuildGif(Gif(2, 2, {Part("RR/RR"), Part("GGG/GGG"), Part("BBBBB")}));
+    ReadLimits limits;
+    limits.maxPixels = 3 * 4 + 6 + 5;
+    Animation animation;
+    std::string error;
+    EXPECT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &animation, &error, limits)) << error;
+    limits.maxPixels -= 1;
+    EXPECT_EQ(ErrorOf(file, limits), "the pictures together have at least 23 pixels; the limit is 22");
+}
+
 }  // namespace
 }  // namespace kfx

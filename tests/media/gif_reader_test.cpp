@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+
 #include "media/animation.h"
 #include "tests/media/gif_builder.h"
 #include "tests/media/reading.h"
@@ -165,6 +168,26 @@ TEST(GifReader, The_loop_extension_gives_the_repeats) {
     EXPECT_EQ(ReadOrFail(BuildGif(gif)).loopCount, kLoopForever);
     gif.loopCount = 300;
     EXPECT_EQ(ReadOrFail(BuildGif(gif)).loopCount, 300);
+}
+
+// The file with the name of its loop extension, 11 characters, replaced.
+Bytes WithLoopNamed(Bytes file, const std::string& name) {
+    const std::string usual = "NETSCAPE2.0";
+    const auto at = std::search(file.begin(), file.end(), usual.begin(), usual.end());
+    EXPECT_NE(at, file.end());
+    if (at != file.end()) std::copy(name.begin(), name.end(), at);
+    return file;
+}
+
+TEST(GifReader, The_loop_extension_has_two_names) {
+    TestGif gif = Gif(1, 1, {Part("R", 0, 0, 0)});
+    gif.loopCount = 300;
+    EXPECT_EQ(ReadOrFail(WithLoopNamed(BuildGif(gif), "ANIMEXTS1.0")).loopCount, 300);
+    for (const char* other : {"ANIMEXTS1.1", "NETSCAPE2.1", "XMP DataXMO", "ICCRGBG1013"}) {
+        const Animation animation = ReadOrFail(WithLoopNamed(BuildGif(gif), other));
+        EXPECT_EQ(animation.loopCount, kLoopNone) << other;
+        EXPECT_TRUE(animation.metadata.xmp.empty() && animation.metadata.colorProfile.empty()) << other;
+    }
 }
 
 TEST(GifReader, Comments_are_joined_by_line_feeds) {

@@ -66,6 +66,62 @@ TEST(BitmapFont, Text_is_cut_at_the_border) {
     EXPECT_EQ(TextWidth("ab", 2), 22);
 }
 
+void Fill(Picture* picture, const SheetPlace& place, RgbColor color) {
+    for (int y = place.top; y < place.top + place.height; ++y) {
+        for (int x = place.left; x < place.left + place.width; ++x) {
+            const int pixel = y * picture->width + x;
+            uint8_t* bytes = picture->pixels.data() + 4 * static_cast<ptrdiff_t>(pixel);
+            bytes[0] = color.red;
+            bytes[1] = color.green;
+            bytes[2] = color.blue;
+        }
+    }
+}
+
+TEST(ContactSheet, Everything_stands_at_its_place) {
+    const RgbColor ink = {34, 38, 46}, faint = {104, 108, 116}, red = {200, 10, 20};
+    const Picture picture = FlatPicture(4, 6, red);
+    SheetPicture noted = Shown(picture, "ab");
+    noted.note = "c";
+    const std::vector<SheetRow> rows = {{"R", {noted, Shown(picture, "d")}}, {"", {Shown(picture, "e")}}};
+    std::vector<SheetPlace> places;
+    const Picture sheet = DrawContactSheet("T", rows, 50, 50, &places);
+
+    // A cell is as wide as the widest label, 11 pixels; 16 pixels around, 10 between cells, 12 between rows.
+    Picture expected =
+        FlatPicture(16 + 11 + 10 + 11 + 16, 16 + 30 + (16 + 6 + 28 + 12) + (6 + 14) + 16, {244, 244, 241});
+    DrawBitmapText(&expected, 16, 16, "T", 2, ink);
+    DrawBitmapText(&expected, 16, 46, "R", 1, ink);
+    const SheetPlace cells[] = {{16, 62, 11, 6}, {37, 62, 11, 6}, {16, 108, 11, 6}};
+    for (const SheetPlace& cell : cells) {
+        Fill(&expected, {cell.left - 1, cell.top - 1, cell.width + 2, cell.height + 2}, {184, 184, 178});
+        Fill(&expected, cell, {226, 226, 222});
+        Fill(&expected, {cell.left + 3, cell.top, 4, 6}, red);
+    }
+    DrawBitmapText(&expected, 16, 73, "ab", 1, ink);
+    DrawBitmapText(&expected, 19, 87, "c", 1, faint);
+    DrawBitmapText(&expected, 40, 73, "d", 1, faint);
+    DrawBitmapText(&expected, 19, 119, "e", 1, faint);
+    ASSERT_EQ(sheet.width, expected.width);
+    ASSERT_EQ(sheet.height, expected.height);
+    EXPECT_TRUE(sheet.pixels == expected.pixels);
+    ASSERT_EQ(places.size(), 3u);
+    EXPECT_EQ(places[2].left, 19);
+    EXPECT_EQ(places[2].top, 108);
+}
+
+TEST(ContactSheet, A_label_is_cut_where_it_would_not_fit) {
+    const Picture picture = FlatPicture(30, 6, {1, 2, 3});
+    const auto labelled = [&](const std::string& label) {
+        return DrawContactSheet("", {{"", {Shown(picture, label)}}}, 30, 50).pixels;
+    };
+    EXPECT_TRUE(labelled("abcdef") == labelled("abc.."));
+    EXPECT_FALSE(labelled("abcde") == labelled("abc.."));
+    const Picture narrow = FlatPicture(11, 6, {1, 2, 3});
+    EXPECT_TRUE(DrawContactSheet("", {{"", {Shown(narrow, "abc")}}}, 11, 50).pixels ==
+                DrawContactSheet("", {{"", {Shown(narrow, "ab")}}}, 11, 50).pixels);
+}
+
 TEST(ContactSheet, Pictures_that_fit_are_shown_pixel_for_pixel) {
     const Picture red = FlatPicture(40, 30, {200, 10, 20});
     const Picture blue = FlatPicture(40, 30, {20, 10, 200});

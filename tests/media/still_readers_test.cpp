@@ -200,6 +200,42 @@ TEST(BmpReader, Run_lengths_of_four_bits_alternate_two_colours) {
     EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(5, 2, 4, 2, BmpPalette(8), pixels)), 0), "BYMCW/RGRGR");
 }
 
+TEST(BmpReader, Run_lengths_stay_inside_the_picture_and_the_file) {
+    const struct {
+        Bytes pixels;
+        const char* shown;
+    } kCases[] = {
+        {{0, 2, 9, 0, 5, 1}, "KKKK/KKKK"},                    // a jump over the row's end
+        {{3, 1, 0, 2, 2, 0, 1, 2}, "KKKK/RRRK"},              // and one from its middle
+        {{0, 2, 4, 0, 0, 0, 2, 1}, "RRKK/KKKK"},              // to the end: the next row is as usual
+        {{0, 2, 0, 1, 2, 1, 0, 0, 3, 2}, "RRKK/KKKK"},        // a run above the last row
+        {{0, 2, 0, 200, 3, 1}, "KKKK/KKKK"},                  // a jump over all rows
+        {{0, 0, 0, 0, 0, 0, 3, 1}, "KKKK/KKKK"},              // more rows than there are
+        {{1, 1, 0, 2, 1}, "KKKK/RKKK"},                       // cut inside a jump
+        {{1, 1, 0, 4, 1, 2, 3}, "KKKK/RKKK"},                 // cut inside single values: none is taken
+        {{0, 3, 1, 2, 3}, "KKKK/RGBK"},                       // the last padding is missing
+        {{0, 4, 1, 2, 3, 4, 0, 0, 2, 1}, "RRKK/RGBY"},        // as many values as need no padding
+        {{0, 5, 1, 2, 3, 4, 5, 0, 0, 0, 2, 1}, "RRKK/RGBY"},  // more than the row has
+        {{2, 1, 3}, "KKKK/RRKK"},                             // half a pair
+        {{2, 1, 0, 1, 2, 2}, "KKKK/RRKK"},                    // nothing counts behind the end
+        {{2, 1}, "KKKK/RRKK"},
+        {{}, "KKKK/KKKK"},
+    };
+    for (const auto& [pixels, shown] : kCases)
+        EXPECT_EQ(ShowFrame(ReadStill(MakeBmp(4, 2, 8, 1, BmpPalette(8), pixels)), 0), shown)
+            << testing::PrintToString(pixels);
+}
+
+TEST(BmpReader, Single_values_of_four_bits_fill_whole_words) {
+    const auto shown = [](const Bytes& pixels) {
+        return ShowFrame(ReadStill(MakeBmp(9, 1, 4, 2, BmpPalette(8), pixels)), 0);
+    };
+    EXPECT_EQ(shown({0, 3, 0x12, 0x30, 2, 0x45}), "RGBYMKKKK");
+    EXPECT_EQ(shown({0, 4, 0x12, 0x34, 2, 0x56}), "RGBYMCKKK");
+    EXPECT_EQ(shown({0, 6, 0x12, 0x34, 0x56, 0, 2, 0x71}), "RGBYMCWRK");
+    EXPECT_EQ(shown({0, 5, 0x12, 0x34}), "KKKKKKKKK");
+}
+
 TEST(BmpReader, The_oldest_header_is_read) {
     Bytes file = {'B', 'M'};
     PutU32(&file, 0);

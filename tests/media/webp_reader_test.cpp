@@ -124,6 +124,26 @@ TEST(WebpReader, A_cut_file_gives_its_complete_frames_and_a_warning) {
     }
 }
 
+// Sizes of one, two and three bytes, even and odd.
+TEST(WebpReader, A_cut_file_gives_its_complete_frames_whatever_their_sizes_are) {
+    for (const int side : {6, 9, 40, 41, 160}) {
+        const Animation source = RandomAnimation(side, side, 2, 36, false);
+        const Bytes file = WebpOf(source);
+        const std::vector<size_t> chunks = FrameChunks(file);
+        ASSERT_EQ(chunks.size(), 2u);
+        for (const size_t length :
+             {chunks[1] - 1, chunks[1], chunks[1] + 1, chunks[1] + 9, file.size() - 3}) {
+            const Bytes cut(file.begin(), file.begin() + static_cast<ptrdiff_t>(length));
+            Animation animation;
+            std::string error;
+            ASSERT_EQ(Read(cut, &animation, &error), length >= chunks[1]) << side << ", cut at " << length;
+            if (length < chunks[1]) continue;
+            ASSERT_EQ(animation.frames.size(), 1u) << side << ", cut at " << length;
+            EXPECT_TRUE(animation.frames[0].pixels == source.frames[0].pixels) << side;
+        }
+    }
+}
+
 TEST(WebpReader, The_budget_counts_all_frames_together) {
     const Bytes file = WebpOf(RandomAnimation(10, 10, 3, 35, false));
     ReadLimits limits;
