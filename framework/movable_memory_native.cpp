@@ -3,6 +3,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -14,16 +15,25 @@
 namespace kfx {
 namespace {
 
+// The bytes of a block or table, and where they lie.
+struct Bytes {
+    void* address = nullptr;
+    size_t size = 0;
+    void* pages = nullptr;  // of a mapping of its own, the untouchable pages among them; null: from the heap
+    size_t mapped = 0;      // bytes between those two pages
+    size_t slack = 0;       // bytes of these on the side without the block
+    bool guarded = false;   // whether the slack holds the marker
+};
+
 // A handle points at this record and never at the bytes, so code that forgets to lock is caught at once.
 struct Block {
-    void* bytes;
-    size_t size;
+    Bytes bytes;
     size_t locks;
 };
 
 // Stands before a fixed table, whose address is the caller's.
 struct alignas(std::max_align_t) FixedHeader {
-    size_t size;
+    Bytes bytes;  // of the header and the table
 };
 
 // Which attempts of one kind are refused, counted from 1; 0: none.
@@ -38,6 +48,7 @@ Refusals allocationRefusals;  // written by the functions that tests call
 Refusals lockRefusals;
 Refusals sizeRefusals;
 size_t uncounted;  // how many UncountedMemory live
+GuardPages guardPages;
 
 using Guard = std::lock_guard<std::mutex>;
 
@@ -64,26 +75,74 @@ constexpr size_t kMappedFrom = size_t{8} << 20;
 constexpr size_t kMappedFrom = SIZE_MAX;
 #endif
 constexpr size_t kPage = 4096;
+constexpr int kSlackMarker = 0xA5;  // of what a guarded mapping holds beside its block
 
-size_t MappedBytes(size_t size) { return (size + kPage - 1) / kPage * kPage; }
-size_t SlackBytes(size_t size) { return MappedBytes(size) - (size + 15) / 16 * 16; }
-
-void* AllocateBytes(size_t size) {
-    if (size < kMappedFrom) return std::calloc(size, 1);
-    if (size > SIZE_MAX / 2) return nullptr;
-    void* pages = mmap(nullptr, MappedBytes(size) + kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (pages == MAP_FAILED) return nullptr;
-    if (mprotect(pages, MappedBytes(size), PROT_READ | PROT_WRITE) == 0)
-        return static_cast<char*>(pages) + SlackBytes(size);
-    munmap(pages, MappedBytes(size) + kPage);
-    return nullptr;
+// What the block leaves free of its mapping, before or behind it.
+uint8_t* SlackOf(const Bytes& bytes) {
+    auto* const inside = static_cast<uint8_t*>(bytes.pages) + kPage;
+    return inside == bytes.address ? inside + bytes.size : inside;
 }
 
-void FreeBytes(void* bytes, size_t size) {
-    if (size < kMappedFrom)
-        std::free(bytes);
-    else
-        munmap(static_cast<char*>(bytes) - SlackBytes(size), MappedBytes(size) + kPage);
+size_t RoundUp(size_t size, size_t unit) { return (size + unit - 1) / unit * unit; }
+
+// A mapping between two pages that must not be touched. Its block ends at the page behind, but for what the
+// alignment takes, or begins at the page before.
+bool Map(size_t size, GuardPages side, size_t alignment, Bytes* bytes) {
+    if (size > SIZE_MAX / 2) return false;
+    const size_t mapped = RoundUp(size, kPage);
+    void* pages = mmap(nullptr, mapped + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages == MAP_FAILED) return false;
+    auto* const inside = static_cast<char*>(pages) + kPage;
+    if (mprotect(inside, mapped, PROT_READ | PROT_WRITE) != 0) {
+        munmap(pages, mapped + 2 * kPage);
+        return false;
+    }
+    const size_t before = side == GuardPages::Before ? 0 : mapped - RoundUp(size, alignment);
+    *bytes = {.address = inside + before,
+              .size = size,
+              .pages = pages,
+              .mapped = mapped,
+              .slack = side == GuardPages::Before ? mapped - size : before};
+    return true;
+}
+
+// With guard pages the block is aligned as told only, so that nothing is between it and the page.
+bool AllocateBytes(size_t size, size_t alignment, Bytes* bytes) {
+    GuardPages side;
+    {
+        const Guard guard(mutex);
+        side = guardPages;
+    }
+    if (side == GuardPages::None && size >= kMappedFrom) return Map(size, GuardPages::Behind, 16, bytes);
+    if (side == GuardPages::None) {
+        *bytes = {.address = std::calloc(size, 1), .size = size};
+        return bytes->address != nullptr;
+    }
+    if (!Map(size, side, alignment, bytes)) return false;
+    std::memset(SlackOf(*bytes), kSlackMarker, bytes->slack);
+    bytes->guarded = true;
+    const Guard guard(mutex);
+    ++counts.guardedBlocks;
+    return true;
+}
+
+size_t CountSpoiledSlack(const Bytes& bytes) {
+    const uint8_t* const slack = SlackOf(bytes);
+    size_t spoiled = 0;
+    for (size_t i = 0; i < bytes.slack; ++i) spoiled += slack[i] != kSlackMarker;
+    return spoiled;
+}
+
+void FreeBytes(const Bytes& bytes) {
+    if (!bytes.pages) {
+        std::free(bytes.address);
+        return;
+    }
+    if (const size_t spoiled = bytes.guarded ? CountSpoiledSlack(bytes) : 0) {
+        const Guard guard(mutex);
+        counts.spoiledSlack += spoiled;
+    }
+    munmap(bytes.pages, bytes.mapped + 2 * kPage);
 }
 
 // The caller holds the mutex.
@@ -98,16 +157,14 @@ MemoryHandle AllocateMemory(size_t bytes) {
     if (IsAllocationRefused(bytes)) return nullptr;
     auto* block = static_cast<Block*>(std::malloc(sizeof(Block)));
     if (!block) return nullptr;
-    block->size = bytes ? bytes : 1;
     block->locks = 0;
-    block->bytes = AllocateBytes(block->size);
-    if (!block->bytes) {
+    if (!AllocateBytes(bytes ? bytes : 1, 1, &block->bytes)) {
         std::free(block);
         return nullptr;
     }
     const Guard guard(mutex);
     ++counts.liveBlocks;
-    Grow(block->size);
+    Grow(block->bytes.size);
     return block;
 }
 
@@ -116,7 +173,7 @@ void* LockMemory(MemoryHandle memory) {
     if (!memory || IsRefused(lockRefusals, &counts.locks)) return nullptr;
     auto* block = static_cast<Block*>(memory);
     if (block->locks++ == 0) ++counts.lockedBlocks;
-    return block->bytes;
+    return block->bytes.address;
 }
 
 void UnlockMemory(MemoryHandle memory) {
@@ -132,16 +189,14 @@ void UnlockMemory(MemoryHandle memory) {
 MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes) {
     if (!memory || IsAllocationRefused(bytes)) return nullptr;
     auto* block = static_cast<Block*>(memory);
-    const size_t size = bytes ? bytes : 1;
-    void* moved = AllocateBytes(size);
-    if (!moved) return nullptr;
-    std::memcpy(moved, block->bytes, size < block->size ? size : block->size);
-    FreeBytes(block->bytes, block->size);
+    Bytes moved;
+    if (!AllocateBytes(bytes ? bytes : 1, 1, &moved)) return nullptr;
+    std::memcpy(moved.address, block->bytes.address, std::min(moved.size, block->bytes.size));
+    FreeBytes(block->bytes);
     const Guard guard(mutex);
-    counts.liveBytes -= block->size;
-    Grow(size);
+    counts.liveBytes -= block->bytes.size;
+    Grow(moved.size);
     block->bytes = moved;
-    block->size = size;
     return block;
 }
 
@@ -151,42 +206,43 @@ void FreeMemory(MemoryHandle memory) {
     {
         const Guard guard(mutex);
         --counts.liveBlocks;
-        counts.liveBytes -= block->size;
+        counts.liveBytes -= block->bytes.size;
         if (block->locks) {
             ++counts.lockedFrees;
             --counts.lockedBlocks;
         }
     }
-    FreeBytes(block->bytes, block->size);
+    FreeBytes(block->bytes);
     std::free(block);
 }
 
 void* AllocateFixedTable(size_t bytes) {
-    if (IsAllocationRefused(bytes)) return nullptr;
-    auto* header = static_cast<FixedHeader*>(std::calloc(1, sizeof(FixedHeader) + bytes));
-    if (!header) return nullptr;
-    header->size = bytes;
+    if (bytes > SIZE_MAX / 2 || IsAllocationRefused(bytes)) return nullptr;
+    Bytes table;
+    if (!AllocateBytes(sizeof(FixedHeader) + bytes, alignof(FixedHeader), &table)) return nullptr;
+    auto* header = static_cast<FixedHeader*>(table.address);
+    header->bytes = table;
     const Guard guard(mutex);
     ++counts.liveBlocks;
-    Grow(bytes);
+    Grow(table.size);
     return header + 1;
 }
 
 void FreeFixedTable(void* table) {
     if (!table) return;
-    auto* header = static_cast<FixedHeader*>(table) - 1;
+    const Bytes bytes = (static_cast<FixedHeader*>(table) - 1)->bytes;
     {
         const Guard guard(mutex);
         --counts.liveBlocks;
-        counts.liveBytes -= header->size;
+        counts.liveBytes -= bytes.size;
     }
-    std::free(header);
+    FreeBytes(bytes);
 }
 
 size_t MemorySize(MemoryHandle memory) {
     const Guard guard(mutex);
     if (!memory || IsRefused(sizeRefusals, &counts.sizes)) return 0;
-    return static_cast<Block*>(memory)->size;
+    return static_cast<Block*>(memory)->bytes.size;
 }
 
 // The C library's heap keeps freed blocks by itself.
@@ -208,6 +264,11 @@ void ResetMemoryCounts() {
     allocationRefusals = {};
     lockRefusals = {};
     sizeRefusals = {};
+}
+
+void GuardMemory(GuardPages pages) {
+    const Guard guard(mutex);
+    guardPages = pages;
 }
 
 void RefuseAllocation(size_t number) {

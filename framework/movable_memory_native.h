@@ -17,6 +17,8 @@ struct MemoryCounts {
     size_t strayUnlocks;  // unlocks of blocks that were not locked, ever
     size_t lockedFrees;   // frees of blocks that were locked, ever
     size_t peakBytes;
+    size_t guardedBlocks;  // that have been allocated with guard pages, ever
+    size_t spoiledSlack;   // bytes written outside guarded blocks, but short of the guard page, ever
 };
 
 MemoryCounts CountMemory();
@@ -37,6 +39,14 @@ void RefuseLocksFrom(size_t number);
 // The same for questions for a block's size: a refused one is answered with 0.
 void RefuseSize(size_t number);
 void RefuseSizesFrom(size_t number);
+
+// Where blocks that are allocated from now on have a page that ends the program when it is touched.
+enum class GuardPages {
+    None,
+    Behind,  // at the block's last byte; bytes before the block are checked when it is freed
+    Before,  // at its first byte; bytes behind it are checked when it is freed
+};
+void GuardMemory(GuardPages pages);
 
 // While it lives, nothing is refused and nothing of it is counted: for what a test does with memory
 // in the middle of an operation, in the host's place.
