@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
@@ -24,6 +23,7 @@
 #include "tests/support/guarded_memory.h"
 #include "tests/support/held_clock.h"
 #include "tests/support/pictures.h"
+#include "tests/support/tried.h"
 
 namespace kfx::test {
 namespace {
@@ -129,8 +129,8 @@ protected:
         AllowAvx2(true);
         EXPECT_EQ(CountSpoiledBytes(), spoiledBefore) << "bytes beside blocks were written";
         EXPECT_GE(CountGuardedBlocks() - blocksBefore, runs) << "each run has blocks of its own";
-        std::printf("%zu runs, %zu blocks between guard pages\n", runs, CountGuardedBlocks() - blocksBefore);
-        RecordProperty("runs", static_cast<int>(runs));
+        AddTried("runs", runs);
+        AddTried("blocks between guard pages", CountGuardedBlocks() - blocksBefore);
         settings = Settings();
     }
 

@@ -5,7 +5,6 @@
 // in which a frame may be unchanged where its kernel was refused memory.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
 #include <map>
 #include <string>
@@ -22,6 +21,7 @@
 #include "tests/builder/refusal_inputs.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
+#include "tests/support/tried.h"
 
 namespace kfx::test {
 namespace {
@@ -175,8 +175,9 @@ protected:
         runner = nullptr;
         settings = Settings();
         ReleaseClock();
-        std::printf("%zu allocations, %zu locks and %zu sizes refused\n", refused[0] + refused[1],
-                    refused[2] + refused[3], refused[4] + refused[5]);
+        AddTried("refused allocations", refused[0] + refused[1]);
+        AddTried("refused locks", refused[2] + refused[3]);
+        AddTried("refused sizes", refused[4] + refused[5]);
     }
 
     // How each frame may come out of the effect: transformed; as it came; and, of Oil Painting, all

@@ -182,10 +182,10 @@ TEST(BuildInOwnWindow, Refused_memory_at_any_point_leaves_no_leak_and_the_window
         session.Click(IDC_SELECT);
         session.Click(IDC_CUSTOM_PALETTE);
         for (size_t number = 1; number < 300; ++number) {
-            RefuseGlobalAllocation(number);
+            RefuseGlobalAllocations(number, number);
             session.Command(IDC_TEST);
             const bool refused = CountLedger().allocations >= number;
-            RefuseGlobalAllocation(0);
+            RefuseGlobalAllocations(0, 0);
             ASSERT_EQ(CountLedger().liveBlocks, 1u) << options << number;
             ASSERT_EQ(CountLedger().lockedBlocks, 0u) << options << number;
             ASSERT_EQ(CountLedger().strangeFrees, 0u) << options << number;

@@ -29,7 +29,7 @@ protected:
     template <typename Action>
     bool RendersBy(const Action& action) {
         session.Settle();
-        RefuseGlobalAllocation(0);
+        RefuseGlobalAllocations(0, 0);
         action();
         session.Settle();
         return CountLedger().allocations > 0;

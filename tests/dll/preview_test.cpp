@@ -189,10 +189,10 @@ TEST(Preview, Any_refused_allocation_leaves_no_leak) {
     DrawPreview(session, 128, 88);
     for (size_t number = 1; number < 100; ++number) {
         session.Command(IDC_EMBOSS_RADIUS);  // as if the slider had moved: the picture is rendered anew
-        RefuseGlobalAllocation(number);
+        RefuseGlobalAllocations(number, number);
         DrawPreview(session, 128, 88);
         const bool refused = CountLedger().allocations >= number;
-        RefuseGlobalAllocation(0);
+        RefuseGlobalAllocations(0, 0);
         ASSERT_EQ(CountLedger().liveBlocks, 1u) << number;
         ASSERT_EQ(CountLedger().lockedBlocks, 0u) << number;
         if (!refused) return;

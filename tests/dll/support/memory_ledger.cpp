@@ -12,15 +12,22 @@ namespace {
 std::mutex ledgerMutex;
 std::map<HGLOBAL, size_t> ledgerLocks;  // every live block and how often it is locked
 size_t strangeFrees;
-size_t allocations;
-size_t refusedAllocation;
+
+// What is refused of one kind of attempts, counted from 1.
+struct Refusals {
+    size_t attempts, first, last;
+};
+Refusals allocations, locks;
 
 // Call with the mutex held.
-bool IsRefused() { return ++allocations == refusedAllocation; }
+bool IsRefused(Refusals* refusals) {
+    ++refusals->attempts;
+    return refusals->first && refusals->attempts >= refusals->first && refusals->attempts <= refusals->last;
+}
 
 HGLOBAL WINAPI Allocate(UINT flags, SIZE_T bytes) {
     const std::lock_guard<std::mutex> lock(ledgerMutex);
-    if (IsRefused()) return nullptr;
+    if (IsRefused(&allocations)) return nullptr;
     const HGLOBAL memory = GlobalAlloc(flags, bytes);
     if (memory) ledgerLocks[memory] = 0;
     return memory;
@@ -28,7 +35,7 @@ HGLOBAL WINAPI Allocate(UINT flags, SIZE_T bytes) {
 
 HGLOBAL WINAPI Resize(HGLOBAL memory, SIZE_T bytes, UINT flags) {
     const std::lock_guard<std::mutex> lock(ledgerMutex);
-    if (IsRefused()) return nullptr;
+    if (IsRefused(&allocations)) return nullptr;
     const HGLOBAL moved = GlobalReAlloc(memory, bytes, flags);
     if (moved && moved != memory) {
         ledgerLocks[moved] = ledgerLocks[memory];
@@ -45,6 +52,7 @@ HGLOBAL WINAPI Free(HGLOBAL memory) {
 
 LPVOID WINAPI Lock(HGLOBAL memory) {
     const std::lock_guard<std::mutex> lock(ledgerMutex);
+    if (IsRefused(&locks)) return nullptr;
     void* address = GlobalLock(memory);
     const auto found = ledgerLocks.find(memory);
     if (address && found != ledgerLocks.end()) ++found->second;
@@ -73,7 +81,8 @@ struct MemoryLedger::Patches {
 MemoryLedger::MemoryLedger(HMODULE module) : patches(std::make_unique<Patches>(module)) {
     const std::lock_guard<std::mutex> lock(ledgerMutex);
     ledgerLocks.clear();
-    strangeFrees = allocations = refusedAllocation = 0;
+    strangeFrees = 0;
+    allocations = locks = {};
 }
 
 MemoryLedger::~MemoryLedger() = default;
@@ -81,8 +90,8 @@ MemoryLedger::~MemoryLedger() = default;
 LedgerCounts CountLedger() {
     const std::lock_guard<std::mutex> lock(ledgerMutex);
     size_t locked = 0;
-    for (const auto& [memory, locks] : ledgerLocks) locked += locks != 0;
-    return {ledgerLocks.size(), locked, strangeFrees, allocations};
+    for (const auto& [memory, count] : ledgerLocks) locked += count != 0;
+    return {ledgerLocks.size(), locked, strangeFrees, allocations.attempts, locks.attempts};
 }
 
 void HandOver(HGLOBAL memory) {
@@ -90,10 +99,14 @@ void HandOver(HGLOBAL memory) {
     ledgerLocks[memory] = 0;
 }
 
-void RefuseGlobalAllocation(size_t number) {
+void RefuseGlobalAllocations(size_t first, size_t last) {
     const std::lock_guard<std::mutex> lock(ledgerMutex);
-    allocations = 0;
-    refusedAllocation = number;
+    allocations = {0, first, last};
+}
+
+void RefuseGlobalLocks(size_t first, size_t last) {
+    const std::lock_guard<std::mutex> lock(ledgerMutex);
+    locks = {0, first, last};
 }
 
 }  // namespace kfx::test

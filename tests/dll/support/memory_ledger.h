@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Counts the movable memory that the plug-in allocates, locks and frees, and refuses allocations on request.
+// Counts the movable memory that the plug-in allocates, locks and frees, and refuses on request.
 #pragma once
 
 #include <windows.h>
@@ -24,7 +24,8 @@ struct LedgerCounts {
     size_t liveBlocks;  // allocated by the module or handed over to it, and not freed
     size_t lockedBlocks;
     size_t strangeFrees;  // frees of what was never the module's
-    size_t allocations;   // attempts since the last RefuseGlobalAllocation
+    size_t allocations;   // attempts since the last RefuseGlobalAllocations
+    size_t locks;         // attempts since the last RefuseGlobalLocks
 };
 
 LedgerCounts CountLedger();
@@ -32,7 +33,12 @@ LedgerCounts CountLedger();
 // The block now belongs to the module: it has to free it.
 void HandOver(HGLOBAL memory);
 
-// The module's allocation (or resize) with this number, from 1 after now, is refused; 0 refuses none.
-void RefuseGlobalAllocation(size_t number);
+constexpr size_t kAllAfter = static_cast<size_t>(-1);
+
+// The module's allocations (and resizes) with these numbers, from 1 after now, are refused; 0 refuses none.
+void RefuseGlobalAllocations(size_t first, size_t last);
+
+// The same for its locks.
+void RefuseGlobalLocks(size_t first, size_t last);
 
 }  // namespace kfx::test
