@@ -52,6 +52,7 @@ void ExpectReference(ImageHandle source, Targets* targets, const Case& given) {
     const Picture expected(ReferencePlainRemap(source, targets->reference));
     const Picture actual(PlainRemap(source, &targets->product));
     ASSERT_TRUE(SamePicture(expected.handle, actual.handle)) << "plain, " << name;
+    ASSERT_EQ(BytesOf(expected.handle), BytesOf(actual.handle)) << "the rows' padding, " << name;
     const Picture expectedDithered(ReferenceDitherRemap(source, targets->reference));
     const Picture dithered(DitherRemap(source, &targets->product));
     ASSERT_TRUE(SamePicture(expectedDithered.handle, dithered.handle)) << "dithered, " << name;

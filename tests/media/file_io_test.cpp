@@ -380,5 +380,26 @@ TEST(FileIo, A_device_gets_the_bytes_also_through_a_link) {
 }
 #endif
 
+TEST(FileIo, Whoever_takes_the_writing_gets_each_file_whole_and_nothing_is_written) {
+    const Folder folder;
+    std::vector<std::pair<std::string, Bytes>> taken;
+    TakeWriting([&](const std::string& path, Bytes* content) { taken.emplace_back(path, *content); });
+    const std::vector<std::string> paths = {folder.File("a"), folder.File("b"), folder.File("c")};
+    const auto make = [](size_t index, Bytes* content, std::string* error) {
+        *content = Bytes(index + 1, static_cast<uint8_t>(index));
+        *error = "this one cannot be made";
+        return index < 2;
+    };
+    std::string error;
+    EXPECT_FALSE(WriteWholeFiles(paths, make, &error));
+    EXPECT_EQ(error, paths[2] + ": this one cannot be made.");
+    TakeWriting(nullptr);
+    EXPECT_FALSE(IsWritingTaken());
+    ASSERT_EQ(taken.size(), 2u);
+    EXPECT_EQ(taken[0], std::make_pair(paths[0], Bytes{0}));
+    EXPECT_EQ(taken[1], std::make_pair(paths[1], Bytes{1, 1}));
+    EXPECT_EQ(folder.Count(), 0u);
+}
+
 }  // namespace
 }  // namespace kfx
