@@ -169,6 +169,11 @@ TEST(JpegReader, XMP_says_that_a_turned_picture_is_upright) {
     EXPECT_EQ(TextOf(ReadWhole(file).metadata.xmp), xmp);
     EXPECT_EQ(TextOf(ReadWhole(WithExif(file, MakeExif(6, false))).metadata.xmp),
               "<a tiff:Orientation=\"1\"/><tiff:Orientation>1</tiff:Orientation>");
+    const std::string unknown = "tiff:Orientation='0' tiff:Orientation='9' tiff:Orientation=";
+    EXPECT_EQ(
+        TextOf(ReadWhole(WithExif(WithMarker(Load("grey.jpg"), 0xE1, name + unknown), MakeExif(6, false)))
+                   .metadata.xmp),
+        unknown);
 }
 
 TEST(JpegReader, EXIF_without_a_sound_orientation_is_kept_as_it_is) {
