@@ -27,7 +27,7 @@ QuarterTurns CountQuarterTurns(double x, int32_t size) {
     // more than asked for, which take up the window's error times the significand.
     const int32_t fractions = size - kWholeWords;
     const int32_t count = fractions + 3;
-    uint32_t product[kMostWideSize + 2];
+    uint32_t product[kMostWideSize + 2] = {};
     uint64_t carry = 0, upperCarry = 0;
     uint32_t before = 0;
     for (int32_t k = 0; k < count; ++k) {

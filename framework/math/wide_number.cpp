@@ -96,8 +96,7 @@ WideNumber Negate(const WideNumber& a) { return Subtract(WideZero(a.size), a); }
 
 WideNumber Multiply(const WideNumber& a, const WideNumber& b) {
     const int32_t size = a.size;
-    uint32_t product[2 * kMostWideSize];
-    for (int32_t k = 0; k < 2 * size; ++k) product[k] = 0;
+    uint32_t product[2 * kMostWideSize] = {};
     for (int32_t i = 0; i < size; ++i) {
         if (a.words[i] == 0) continue;
         uint64_t carry = 0;
