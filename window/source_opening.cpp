@@ -40,13 +40,16 @@ void OpenSourceAnimation(HWND window, bool reopen) {
         FreeMemory(opened);
         return;
     }
+    // A host may hand over again what the window has already: that block is freed once only.
+    const bool isNew = opened != plugin.source;
+    if (!isNew) FreeKeptPicture();  // it may hold another picture by now
     if (!opened || !IsSoundAnimation(opened)) {
-        FreeMemory(opened);
+        if (isNew) FreeMemory(opened);
         EnableDependentControls(window);
         if (opened) ShowMessage(window, LoadText(IDS_SOURCE_NOT_OPENED));
         return;
     }
-    FreeSourceAnimation();
+    if (isNew) FreeSourceAnimation();
     plugin.source = opened;
     std::snprintf(settings.fileNamePath, sizeof settings.fileNamePath, "%.*s",
                   static_cast<int>(sizeof request.path), request.path);
