@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <iterator>
-
 #include "host/host_records.h"
+#include "tests/dll/support/heap_contents.h"
 #include "tests/dll/support/plugin_session.h"
 
 namespace kfx::test {
@@ -13,29 +12,6 @@ namespace {
 
 constexpr int kWarmUpCycles = 10;
 constexpr int kCycles = 200;
-
-struct HeapContents {
-    size_t blocks = 0;
-    size_t bytes = 0;
-};
-
-// What is allocated in all heaps of the process: the C runtime's may be one of its own.
-HeapContents CountHeaps() {
-    HANDLE heaps[64];
-    const DWORD count = GetProcessHeaps(static_cast<DWORD>(std::size(heaps)), heaps);
-    EXPECT_GT(count, 0u);
-    EXPECT_LE(count, std::size(heaps));
-    HeapContents contents;
-    for (DWORD i = 0; i < count; ++i) {
-        PROCESS_HEAP_ENTRY entry = {};
-        while (HeapWalk(heaps[i], &entry)) {
-            if (!(entry.wFlags & PROCESS_HEAP_ENTRY_BUSY)) continue;
-            ++contents.blocks;
-            contents.bytes += entry.cbData;
-        }
-    }
-    return contents;
-}
 
 void LoadAskAndUnload(const std::string& path) {
     const HMODULE library = LoadLibraryA(path.c_str());
