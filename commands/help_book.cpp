@@ -212,4 +212,13 @@ bool PutIntoDocument(const std::string& heading, const std::string& html, std::s
     return true;
 }
 
+bool PutWindowPicture(std::string* document) {
+    const std::string name = "plugin-window.png";
+    const size_t start = document->find('"' + name + '"');
+    if (start == std::string::npos) return false;
+    const std::string data = Base64({kWindowPicture, kWindowPicture + kWindowPictureBytes});
+    document->replace(start + 1, name.size(), "data:image/png;base64," + data);
+    return true;
+}
+
 }  // namespace kfx::commands

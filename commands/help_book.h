@@ -2,6 +2,8 @@
 // The help document with pictures of what each control does, as one file.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -39,5 +41,13 @@ std::string HtmlOf(const std::vector<PictureRow>& rows);
 // in the place of the link to the picture beside the document when `heading` is empty. False: the document
 // has no such place.
 bool PutIntoDocument(const std::string& heading, const std::string& html, std::string* document);
+
+// Puts the picture of the plug-in's window into the document in place of its name. False: the document does
+// not name it.
+bool PutWindowPicture(std::string* document);
+
+// That picture, a PNG file.
+extern const uint8_t kWindowPicture[];
+extern const size_t kWindowPictureBytes;
 
 }  // namespace kfx::commands

@@ -77,6 +77,10 @@ bool MakeBook(const CommandLine& line, const CommandContext& context, HostSessio
     const OpenEngine engine(context.engine, start, failure);
     std::vector<std::string> effects;
     if (!engine || !engine.engine.listEffects(engine.opened, &effects, failure)) return false;
+    if (!PutWindowPicture(document)) {
+        *failure = {kExitEngine, "the help document does not name the picture of the window."};
+        return false;
+    }
     PictureRow overview;
     if (!DrawOverview(engine, session, effects, &overview, failure) ||
         !PutRows("", {overview}, document, failure))

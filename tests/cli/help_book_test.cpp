@@ -70,6 +70,8 @@ TEST(HelpBook, Each_value_that_the_help_talks_about_has_a_picture) {
     ASSERT_EQ(result.exitCode, 0) << result.err;
     const std::string book = ReadText(path);
     EXPECT_THAT(book, Not(HasSubstr("KFXPLUG1.PNG"))) << "it stands alone";
+    EXPECT_THAT(book, Not(HasSubstr("plugin-window.png")));
+    EXPECT_THAT(book, HasSubstr("src=\"data:image/png;base64,iVBORw0KGgo")) << "the window";
     const std::vector<BookPicture> pictures = PicturesOf(book);
     for (const BookPicture& picture : pictures) {
         EXPECT_EQ(picture.animation.width, 240) << picture.caption;
