@@ -202,7 +202,7 @@ void DecodeRunLength(const BmpHeader& header, const uint8_t* data, size_t size,
     const bool halves = header.bitCount == 4;
     const auto put = [&](uint8_t value, unsigned position) {
         if (halves) value = position % 2 == 0 ? value >> 4 : value & 15;
-        if (x < header.width && y < header.height) RowOf(header, indices, 1, y)[x++] = value;
+        if (x < header.width) RowOf(header, indices, 1, y)[x++] = value;
     };
     size_t at = 0;
     while (size - at >= 2 && y < header.height) {

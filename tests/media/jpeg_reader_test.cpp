@@ -184,6 +184,12 @@ TEST(JpegReader, EXIF_without_a_sound_orientation_is_kept_as_it_is) {
     std::string other = whole;
     other[25] = 4;  // the type
     unsound.push_back(other);
+    std::string unnamed = whole;
+    unnamed[23] = 0x13;  // the tag
+    unsound.push_back(unnamed);
+    std::string several = whole;
+    several[29] = 2;  // how many values
+    unsound.push_back(several);
     std::string far = whole;
     far[4] = 0x7F;  // where the entries begin
     unsound.push_back(far);

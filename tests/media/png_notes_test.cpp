@@ -49,6 +49,11 @@ const Bytes kKey = {'C', 'o', 'm', 'm', 'e', 'n', 't', 0};
 TEST(PngNotes, Comments_stand_in_three_kinds_of_chunk) {
     EXPECT_EQ(CommentOf({{kLatin, Joined(kKey, {'c', 'a', 'f', 0xE9})}}), "caf\xC3\xA9");
     EXPECT_EQ(CommentOf({{kLatin, Joined(kKey, {0xC3, 0xA9})}}), "\xC3\xA9") << "is UTF-8 by mistake";
+    EXPECT_EQ(CommentOf({{kLatin, Joined(kKey, {0xF0, 0x9F, 0x8E, 0xA8})}}), "\xF0\x9F\x8E\xA8")
+        << "so are these";
+    EXPECT_EQ(CommentOf({{kLatin, Joined(kKey, {0xF5, 0x80, 0x80, 0x80})}}),
+              "\xC3\xB5\xC2\x80\xC2\x80\xC2\x80");
+    EXPECT_EQ(CommentOf({{kLatin, Joined(kKey, {0xE2, 0x82})}}), "\xC3\xA2\xC2\x82") << "half a letter";
     EXPECT_EQ(CommentOf({{kPackedLatin, Joined(Joined(kKey, {0}), Packed({'h', 'i'}))}}), "hi");
     const Bytes names = {'e', 'n', 0, 'K', 0};
     EXPECT_EQ(CommentOf({{kUtf8, Joined(Joined(kKey, {0, 0}), Joined(names, {'y'}))}}), "y");
@@ -63,6 +68,11 @@ TEST(PngNotes, Damaged_notes_say_nothing) {
     EXPECT_EQ(CommentOf({{kPackedLatin, Joined(kKey, {0, 1, 2, 3})}}), "");
     EXPECT_EQ(CommentOf({{kUtf8, Joined(kKey, {0, 0, 'e', 'n', 0, 'x'})}}), "");
     EXPECT_EQ(CommentOf({{kUtf8, Joined(kKey, {2, 0, 0, 0, 'x'})}}), "");
+    EXPECT_EQ(CommentOf({{kUtf8, kKey}, {kUtf8, Joined(kKey, {0})}, {kUtf8, Joined(kKey, {0, 0, 'e', 'n'})}}),
+              "");
+    EXPECT_TRUE(NotesOf({}, {{PngName("iCCP"), {'n'}}}).metadata.colorProfile.empty());
+    EXPECT_TRUE(
+        NotesOf({}, {{PngName("iCCP"), Joined({'n', 0, 1}, Packed({1}))}}).metadata.colorProfile.empty());
     EXPECT_TRUE(NotesOf({}, {{PngName("iCCP"), {'n', 0, 0, 1, 2}}}).metadata.colorProfile.empty());
     EXPECT_TRUE(NotesOf({}, {{PngName("iCCP"), {'n', 0}}}).metadata.colorProfile.empty());
     Bytes file;

@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+// Single fields of files at the values that no writer gives them.
+#include <gtest/gtest.h>
+
+#include "media/little_endian.h"
+#include "media/png_format.h"
+#include "tests/media/reading.h"
+
+namespace kfx {
+namespace {
+
+using test::Bytes;
+using test::ErrorOf;
+using test::ReadOrFail;
+
+Bytes BytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+Bytes Joined(Bytes first, const Bytes& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+// Whether a chunk of palette or transparency is taken by a picture of this format.
+bool IsTaken(uint32_t name, const Bytes& content, PngFormat format) {
+    Bytes file;
+    PutPngChunk(&file, name, content);
+    size_t at = 0;
+    PngChunk chunk;
+    EXPECT_TRUE(NextPngChunk(file.data(), file.size(), &at, &chunk));
+    return TakeFormatChunk(chunk, &format);
+}
+
+TEST(PngEdges, Palettes_have_1_to_256_whole_colours) {
+    EXPECT_FALSE(IsTaken(kPaletteChunk, {}, {}));
+    EXPECT_FALSE(IsTaken(kPaletteChunk, Bytes(4), {}));
+    EXPECT_TRUE(IsTaken(kPaletteChunk, Bytes(3), {}));
+    EXPECT_TRUE(IsTaken(kPaletteChunk, Bytes(768), {}));
+    EXPECT_FALSE(IsTaken(kPaletteChunk, Bytes(771), {}));
+}
+
+TEST(PngEdges, Transparency_fits_the_kind_of_picture) {
+    PngFormat format;
+    format.colors = kPngPalette;
+    format.palette.resize(2);
+    EXPECT_TRUE(IsTaken(kTransparencyChunk, Bytes(2), format));
+    EXPECT_FALSE(IsTaken(kTransparencyChunk, Bytes(3), format));
+    for (const PngColors colors : {kPngRgba, kPngGreyAlpha}) {
+        format.colors = colors;
+        for (size_t size = 0; size <= 8; size += 2)
+            EXPECT_FALSE(IsTaken(kTransparencyChunk, Bytes(size), format)) << "alpha stands in the pixels";
+    }
+    format.colors = kPngGrey;
+    EXPECT_TRUE(IsTaken(kTransparencyChunk, Bytes(2), format));
+    EXPECT_FALSE(IsTaken(kTransparencyChunk, Bytes(6), format));
+    format.colors = kPngRgb;
+    EXPECT_TRUE(IsTaken(kTransparencyChunk, Bytes(6), format));
+    EXPECT_FALSE(IsTaken(kTransparencyChunk, Bytes(2), format));
+}
+
+TEST(PngEdges, Each_field_of_the_header_is_checked) {
+    // Width, height, depth, colours, compression, filters, interlace.
+    const Bytes sound = {0, 0, 0, 1, 0, 0, 0, 1, 8, kPngGrey, 0, 0, 0};
+    const auto isRead = [](const Bytes& header) {
+        Bytes file;
+        PutPngSignature(&file);
+        PutPngChunk(&file, kHeaderChunk, header);
+        PngHeader read;
+        return ReadPngHeader(file.data(), file.size(), &read);
+    };
+    ASSERT_TRUE(isRead(sound));
+    const struct {
+        size_t at;
+        uint8_t value;
+        bool isSound;
+    } kCases[] = {{3, 0, false},  {7, 0, false},  {8, 3, false}, {8, 16, true}, {8, 0, false},
+                  {8, 32, false}, {9, 1, false},  {9, 3, true},  {9, 5, false}, {9, 7, false},
+                  {10, 1, false}, {11, 1, false}, {12, 1, true}, {12, 2, false}};
+    for (const auto& [at, value, isSound] : kCases) {
+        Bytes header = sound;
+        header[at] = value;
+        EXPECT_EQ(isRead(header), isSound) << "byte " << at << " = " << int{value};
+    }
+    EXPECT_FALSE(isRead(Joined(sound, {0})));
+    EXPECT_FALSE(isRead({sound.begin(), sound.end() - 1}));
+}
+
+// A BMP file with these numbers in a header of 40 bytes.
+Bytes Bmp(int32_t width, int32_t height, uint16_t depth, uint32_t compression, uint32_t colors,
+          const Bytes& rest) {
+    Bytes file(54);
+    file[0] = 'B';
+    file[1] = 'M';
+    const auto put = [&file](size_t at, uint32_t value) {
+        for (size_t i = 0; i < 4; ++i) file[at + i] = static_cast<uint8_t>(value >> 8 * i);
+    };
+    put(10, static_cast<uint32_t>(54 + rest.size()));
+    put(14, 40);
+    put(18, static_cast<uint32_t>(width));
+    put(22, static_cast<uint32_t>(height));
+    file[28] = static_cast<uint8_t>(depth);
+    put(30, compression);
+    put(46, colors);
+    return Joined(file, rest);
+}
+
+TEST(BmpEdges, Sides_storage_and_tables_that_cannot_be_are_refused) {
+    const std::string damaged = "the BMP file is damaged or of an unknown kind";
+    EXPECT_EQ(ErrorOf(Bmp(3, 0, 8, 0, 2, Bytes(8))), damaged);
+    EXPECT_EQ(ErrorOf(Bmp(2, -2, 8, 1, 2, Bytes(8))), damaged) << "run lengths go upwards";
+    EXPECT_EQ(ErrorOf(Bmp(2, -2, 4, 2, 2, Bytes(8))), damaged);
+    EXPECT_EQ(ErrorOf(Bmp(2, 2, 4, 1, 2, Bytes(8))), damaged);
+    EXPECT_EQ(ErrorOf(Bmp(2, 2, 8, 2, 2, Bytes(8))), damaged);
+    EXPECT_EQ(ErrorOf(Bmp(2, 2, 24, 3, 0, Bytes(12))), damaged) << "no masks for 24 bits";
+    for (const size_t masks : {0, 4, 11})
+        EXPECT_EQ(ErrorOf(Bmp(1, 1, 16, 3, 0, Bytes(masks))), damaged) << masks;
+    EXPECT_EQ(ErrorOf(Bmp(1, 1, 32, 6, 0, Bytes(12))), damaged) << "the fourth mask is missing";
+    EXPECT_EQ(ErrorOf(Bmp(2, 2, 8, 0, 3, Bytes(3))), damaged) << "less than a colour before the pixels";
+    EXPECT_EQ(ErrorOf(Bmp(2, 2, 1, 0, 0, Bytes(3))), damaged);
+}
+
+// A frame's control chunk: number, width, height, left, top, delay and its unit, disposal, blending.
+Bytes FrameControl(uint32_t number, uint32_t width, uint32_t height, uint16_t delay, uint16_t parts) {
+    Bytes content;
+    for (const uint32_t word : {number, width, height, 0u, 0u}) PutBigWord32(&content, word);
+    PutBigWord16(&content, delay);
+    PutBigWord16(&content, parts);
+    return Joined(content, {0, 0});
+}
+
+// An APNG file of one grey pixel whose chunks between header and end are these.
+Bytes Apng(const std::vector<std::pair<uint32_t, Bytes>>& chunks) {
+    Bytes file;
+    PutPngSignature(&file);
+    PutPngChunk(&file, kHeaderChunk, {0, 0, 0, 1, 0, 0, 0, 1, 8, kPngGrey, 0, 0, 0});
+    for (const auto& [name, content] : chunks) PutPngChunk(&file, name, content);
+    PutPngChunk(&file, kEndChunk, {});
+    return file;
+}
+
+constexpr uint32_t kAnimation = PngName("acTL");
+constexpr uint32_t kControl = PngName("fcTL");
+constexpr uint32_t kFrameData = PngName("fdAT");
+const Bytes kOneFrame = {0, 0, 0, 1, 0, 0, 0, 5};
+// A stored block of one row: filter 0 and the level 9.
+const Bytes kPixel = {0x78, 0x01, 1, 2, 0, 0xFD, 0xFF, 0, 9, 0, 0x0B, 0, 0x0A};
+
+TEST(ApngEdges, A_delay_without_a_unit_is_in_hundredths) {
+    const Animation animation = ReadOrFail(
+        Apng({{kAnimation, kOneFrame}, {kControl, FrameControl(0, 1, 1, 7, 0)}, {kDataChunk, kPixel}}));
+    ASSERT_EQ(animation.frames.size(), 1u);
+    EXPECT_EQ(animation.loopCount, 4);
+    EXPECT_EQ(MillisecondsOf(animation.frames[0]), 70);
+    EXPECT_EQ(animation.frames[0].pixels, (Bytes{9, 9, 9, 255}));
+}
+
+TEST(ApngEdges, Frames_without_pixels_control_or_number_are_damage) {
+    const std::string damaged = "the PNG file is damaged before the end of its first frame";
+    const std::pair<uint32_t, Bytes> announced = {kAnimation, kOneFrame},
+                                     control = {kControl, FrameControl(0, 1, 1, 1, 1)};
+    EXPECT_EQ(ErrorOf(Apng({announced, {kControl, FrameControl(0, 0, 1, 1, 1)}, {kDataChunk, kPixel}})),
+              damaged);
+    EXPECT_EQ(ErrorOf(Apng({announced, {kControl, FrameControl(0, 1, 0, 1, 1)}, {kDataChunk, kPixel}})),
+              damaged);
+    EXPECT_EQ(ErrorOf(Apng({announced, {kControl, FrameControl(1, 1, 1, 1, 1)}, {kDataChunk, kPixel}})),
+              damaged);
+    EXPECT_EQ(ErrorOf(Apng({announced, {kFrameData, Joined({0, 0, 0, 0}, kPixel)}, control})), damaged);
+    EXPECT_EQ(ErrorOf(Apng({announced, control, {kFrameData, {0, 0, 1}}})), damaged);
+    EXPECT_EQ(ErrorOf(Apng({announced, control, {kFrameData, Joined({0, 0, 0, 7}, kPixel)}})), damaged);
+    const Animation whole =
+        ReadOrFail(Apng({announced, control, {kFrameData, Joined({0, 0, 0, 1}, kPixel)}}));
+    EXPECT_EQ(whole.frames[0].pixels, (Bytes{9, 9, 9, 255}));
+}
+
+TEST(ApngEdges, A_second_announcement_of_a_wrong_size_says_nothing) {
+    const Animation animation = ReadOrFail(Apng({{kAnimation, kOneFrame},
+                                                 {kControl, FrameControl(0, 1, 1, 7, 0)},
+                                                 {kDataChunk, kPixel},
+                                                 {kAnimation, {0, 0, 0, 1}}}));
+    EXPECT_EQ(animation.loopCount, 4);
+}
+
+TEST(GifEdges, A_comment_that_the_end_of_the_file_cuts_is_kept_so_far) {
+    Bytes file = test::BuildGif(test::Gif(1, 1, {test::Part("R")}));
+    file.pop_back();  // the trailer
+    const Bytes begun = Joined(file, {0x21, 0xFE, 5, 'h', 'e', 'l', 'l', 'o'});
+    for (const Bytes& end : {Bytes{}, Bytes{9}, Bytes{9, '!'}}) {
+        const Animation cut = ReadOrFail(Joined(begun, end));
+        EXPECT_EQ(cut.frames.size(), 1u);
+        EXPECT_EQ(cut.comment, end.size() < 2 ? "hello" : "hello!");
+        EXPECT_NE(cut.warning, "");
+    }
+}
+
+TEST(GifEdges, A_screen_without_one_side_takes_that_of_the_first_image) {
+    const Animation low = ReadOrFail(test::BuildGif(test::Gif(5, 0, {test::Part("RGB/RGB")})));
+    EXPECT_EQ(low.width, 5);
+    EXPECT_EQ(low.height, 2);
+    const Animation narrow = ReadOrFail(test::BuildGif(test::Gif(0, 5, {test::Part("RGB/RGB")})));
+    EXPECT_EQ(narrow.width, 3);
+    EXPECT_EQ(narrow.height, 5);
+    EXPECT_EQ(ErrorOf(test::BuildGif(test::Gif(5, 0, {}))), "the GIF file has no frames");
+}
+
+TEST(Y4mEdges, Fields_may_be_far_apart_and_frames_are_limited) {
+    const Animation spaced = ReadOrFail(BytesOf("YUV4MPEG2   W1  H1   Cmono  \nFRAME\nx"));
+    EXPECT_EQ(spaced.width, 1);
+    EXPECT_EQ(spaced.frames.size(), 1u);
+    std::string many = "YUV4MPEG2 W1 H1 Cmono\n";
+    for (int i = 0; i < 1000001; ++i) many += "FRAME\nx";
+    EXPECT_EQ(ErrorOf(BytesOf(many)), "the video has more than 1000000 frames");
+}
+
+}  // namespace
+}  // namespace kfx
