@@ -4,6 +4,7 @@
 
 #include "media/little_endian.h"
 #include "media/png_format.h"
+#include "media/readers.h"
 #include "tests/media/reading.h"
 
 namespace kfx {
@@ -111,7 +112,7 @@ TEST(BmpEdges, Sides_storage_and_tables_that_cannot_be_are_refused) {
     EXPECT_EQ(ErrorOf(Bmp(2, 2, 4, 1, 2, Bytes(8))), damaged);
     EXPECT_EQ(ErrorOf(Bmp(2, 2, 8, 2, 2, Bytes(8))), damaged);
     EXPECT_EQ(ErrorOf(Bmp(2, 2, 24, 3, 0, Bytes(12))), damaged) << "no masks for 24 bits";
-    for (const size_t masks : {0, 4, 11})
+    for (const size_t masks : {size_t{0}, size_t{4}, size_t{11}})
         EXPECT_EQ(ErrorOf(Bmp(1, 1, 16, 3, 0, Bytes(masks))), damaged) << masks;
     EXPECT_EQ(ErrorOf(Bmp(1, 1, 32, 6, 0, Bytes(12))), damaged) << "the fourth mask is missing";
     EXPECT_EQ(ErrorOf(Bmp(2, 2, 8, 0, 3, Bytes(3))), damaged) << "less than a colour before the pixels";
@@ -199,6 +200,35 @@ TEST(GifEdges, A_screen_without_one_side_takes_that_of_the_first_image) {
     EXPECT_EQ(narrow.width, 3);
     EXPECT_EQ(narrow.height, 5);
     EXPECT_EQ(ErrorOf(test::BuildGif(test::Gif(5, 0, {}))), "the GIF file has no frames");
+}
+
+// Codes of as many bits as a byte has end where bytes end.
+TEST(GifEdges, An_image_that_only_ends_is_an_empty_step_at_any_code_size) {
+    Bytes file = test::BuildGif(test::Gif(2, 1, {test::Part("RG")}));
+    file.pop_back();  // the trailer
+    const Bytes descriptor = {0x2C, 0, 0, 0, 0, 2, 0, 1, 0, 0};
+    const struct {
+        uint8_t codeSize;
+        Bytes codes;  // clear, and the end
+    } kImages[] = {{3, {0x98, 0x00}}, {7, {0x80, 0x81}}, {8, {0x00, 0x03, 0x02}}, {7, {0x80, 0x80, 0x81}}};
+    for (const auto& [codeSize, codes] : kImages) {
+        Bytes whole = Joined(file, descriptor);
+        whole.push_back(codeSize);
+        whole.push_back(static_cast<uint8_t>(codes.size()));
+        const Animation animation = ReadOrFail(Joined(Joined(whole, codes), {0, 0x3B}));
+        EXPECT_EQ(animation.warning, "") << int{codeSize};
+        ASSERT_EQ(animation.frames.size(), 2u) << int{codeSize};
+        EXPECT_EQ(test::ShowFrame(animation, 1), "RG");
+    }
+}
+
+TEST(GifEdges, An_image_that_ends_with_a_pixel_is_no_empty_step) {
+    Bytes file = test::BuildGif(test::Gif(2, 1, {test::Part("RG")}));
+    file.pop_back();
+    const Bytes image = {0x2C, 0, 0, 0, 0, 2, 0, 1, 0, 0, 7, 2, 0x80, 0x05, 0, 0x3B};
+    const Animation animation = ReadOrFail(Joined(file, image));
+    EXPECT_EQ(animation.frames.size(), 1u);
+    EXPECT_EQ(animation.warning, DamageWarning(1));
 }
 
 TEST(Y4mEdges, Fields_may_be_far_apart_and_frames_are_limited) {
