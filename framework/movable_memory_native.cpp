@@ -145,6 +145,26 @@ void FreeBytes(const Bytes& bytes) {
     munmap(bytes.pages, bytes.mapped + 2 * kPage);
 }
 
+// The heap grows most blocks where they are: a list of thousands of frames, which grows by one at a time, is
+// not copied for each. False: the bytes are as before.
+bool ResizeBytes(size_t size, Bytes* bytes) {
+    const bool onHeap = !bytes->pages && size < kMappedFrom;
+    if (onHeap) {
+        void* const moved = std::realloc(bytes->address, size);
+        if (!moved) return false;
+        if (size > bytes->size) std::memset(static_cast<char*>(moved) + bytes->size, 0, size - bytes->size);
+        bytes->address = moved;
+        bytes->size = size;
+        return true;
+    }
+    Bytes moved;
+    if (!AllocateBytes(size, 1, &moved)) return false;
+    std::memcpy(moved.address, bytes->address, std::min(size, bytes->size));
+    FreeBytes(*bytes);
+    *bytes = moved;
+    return true;
+}
+
 // The caller holds the mutex.
 void Grow(size_t bytes) {
     counts.liveBytes += bytes;
@@ -189,14 +209,11 @@ void UnlockMemory(MemoryHandle memory) {
 MemoryHandle ResizeMemory(MemoryHandle memory, size_t bytes) {
     if (!memory || IsAllocationRefused(bytes)) return nullptr;
     auto* block = static_cast<Block*>(memory);
-    Bytes moved;
-    if (!AllocateBytes(bytes ? bytes : 1, 1, &moved)) return nullptr;
-    std::memcpy(moved.address, block->bytes.address, std::min(moved.size, block->bytes.size));
-    FreeBytes(block->bytes);
+    const size_t before = block->bytes.size;
+    if (!ResizeBytes(bytes ? bytes : 1, &block->bytes)) return nullptr;
     const Guard guard(mutex);
-    counts.liveBytes -= block->bytes.size;
-    Grow(moved.size);
-    block->bytes = moved;
+    counts.liveBytes -= before;
+    Grow(block->bytes.size);
     return block;
 }
 

@@ -10,7 +10,9 @@
 #include "tests/dll/support/memory_ledger.h"
 #include "tests/dll/support/window_test.h"
 #include "tests/support/animation_blocks.h"
+#include "tests/support/hostile_blocks.h"
 #include "tests/support/pictures.h"
+#include "tests/support/tried.h"
 
 namespace kfx::test {
 namespace {
@@ -209,6 +211,27 @@ TEST_F(SourceAnimation, With_any_byte_of_its_headers_flipped_it_is_refused_or_do
     }
     session.Close();
     EXPECT_EQ(CountLedger().liveBlocks, 0u);
+}
+
+// Every field at the values that have broken readers; what is accepted is drawn and built.
+TEST_F(SourceAnimation, With_hostile_fields_it_is_refused_or_built) {
+    int effect = 0;
+    for (const HostileBlock& block : MutatedBlocks()) {
+        if (++effect % 16 == 0) session.Choose(IDC_EFFECT, effect / 16 % 20);
+        ASSERT_NO_FATAL_FAILURE(ExpectDeserved(host, session, block.bytes, block.name));
+        if (IsAnimation(block.bytes.data(), block.bytes.size())) {
+            const size_t messages = session.Messages().size();
+            host.ClearTranscript();
+            session.Click(IDC_TEST);
+            // An end that comes first leaves no frames to build.
+            ASSERT_EQ(session.Messages().size() - messages, host.Frames().empty() ? 1u : 0u) << block.name;
+        }
+        ASSERT_EQ(CountLedger().liveBlocks, 1u) << block.name;
+        AddTried("hostile blocks");
+    }
+    session.Close();
+    EXPECT_EQ(CountLedger().liveBlocks, 0u);
+    EXPECT_EQ(CountLedger().strangeFrees, 0u);
 }
 
 }  // namespace
