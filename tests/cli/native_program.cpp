@@ -51,12 +51,16 @@ pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int er
 }
 
 pid_t StartKestrelUntil(const std::string& path, const std::vector<std::string>& arguments, int errors) {
-    const pid_t process =
-        Start(arguments, {.output = STDOUT_FILENO, .errors = errors, .input = STDIN_FILENO}, true);
+    return StartKestrelUntil([&] { return FileExists(path); }, arguments, errors);
+}
+
+pid_t StartKestrelUntil(const std::function<bool()>& isTime, const std::vector<std::string>& arguments,
+                        int errors) {
+    const pid_t process = Start(arguments, {.output = errors, .errors = errors, .input = STDIN_FILENO}, true);
     int status = 0;
     // It stops when it begins, then before and behind each of its system calls.
     while (process > 0 && waitpid(process, &status, 0) == process && WIFSTOPPED(status)) {
-        if (FileExists(path)) return process;
+        if (isTime()) return process;
         if (ptrace(PTRACE_SYSCALL, process, nullptr, nullptr) == 0) continue;
         kill(process, SIGKILL);
         waitpid(process, &status, 0);

@@ -2,6 +2,7 @@
 // A kestrel that is started natively, for tests that look at it while it runs.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,9 +14,14 @@ namespace kfx::test {
 // to close. -1: it did not start.
 pid_t StartKestrel(const std::vector<std::string>& arguments, int output, int errors, int input = 0);
 
-// Starts it, too, and returns when it has made the file `path`. It stands still then, until LetGo. -1: it has
-// ended without the file, or could not be held.
+// Starts it, too, with its output among the errors, and returns when it has made the file `path`. It stands
+// still then, until LetGo. -1: it has ended without the file, or could not be held.
 pid_t StartKestrelUntil(const std::string& path, const std::vector<std::string>& arguments, int errors);
+
+// The same, when `isTime` says so. It is asked when the program begins, and before and behind each system
+// call of its first thread.
+pid_t StartKestrelUntil(const std::function<bool()>& isTime, const std::vector<std::string>& arguments,
+                        int errors);
 
 // Sends a signal to a program that stands still, which is the first thing that it gets when it goes on.
 void LetGo(pid_t process, int number);
