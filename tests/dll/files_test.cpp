@@ -17,6 +17,7 @@
 namespace kfx::test {
 namespace {
 
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -107,6 +108,30 @@ TEST(ConfigurationFiles, Keep_numbers_outside_every_range_and_the_window_works) 
           "SampleWindowKeyLine = 7\r\n", "FastRemap = 7\r\n", "MainDither = 7\r\n",
           "Style000Depth = 2147483648\r\n", "Style015Angle = 2147483648\r\n"})
         EXPECT_THAT(text, HasSubstr(line));
+}
+
+// Characters above 127, spaces, signs that formats and short names have.
+TEST(ConfigurationFiles, Keep_every_character_of_a_text) {
+    const std::string odd = "C:\\100% %s%n%d\\PROGRA~1\\a b\\\x95\x5C\xE4\xFF\x80.gif  ";
+    for (const bool japanese : {false, true}) {
+        FakeHost host;
+        host.Serve(ShadedFrames(1), odd);
+        std::string text;
+        for (const char* key : {"CurrentFileName", "FileNamePath", "ImageFile", "OpenPath"})
+            text += std::string(key) + " = " + odd + "\n";
+        SessionOptions options = WithConfiguration(text);
+        options.japanese = japanese;
+        PluginSession session(host, options);
+        session.Click(IDC_SELECT);
+        session.Command(IDM_DOCUMENT_OPEN);
+        ASSERT_THAT(session.AskedPaths(), SizeIs(1));
+        EXPECT_THAT(session.AskedPaths()[0].file, AnyOf(odd, std::string())) << "or none, if it is no name";
+        session.Command(IDM_DOCUMENT_SAVE);
+        EXPECT_THAT(session.Messages(), ElementsAre(kNotCreated)) << "there is no such folder";
+        session.Close();
+        for (const char* key : {"CurrentFileName", "FileNamePath", "ImageFile", "OpenPath"})
+            EXPECT_THAT(session.ConfigurationText(), HasSubstr(std::string(key) + " = " + odd + "\r\n"));
+    }
 }
 
 class DocumentFiles : public WindowTest {

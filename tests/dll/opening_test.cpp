@@ -157,7 +157,7 @@ TEST(OpeningInOwnWindow, The_previous_source_is_reopened_only_when_its_file_exis
 }
 
 TEST(OpeningInOwnWindow, An_effect_whose_panel_cannot_be_made_closes_the_window) {
-    for (const int panel : {1, static_cast<int>(EffectCount())}) {
+    for (int panel = 1; panel <= static_cast<int>(EffectCount()); ++panel) {
         FakeHost host;
         SessionOptions options;
         options.failingPanel = panel;

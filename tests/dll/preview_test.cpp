@@ -181,6 +181,24 @@ TEST(Preview, Shows_the_current_effect_with_its_current_settings) {
 }
 
 // Rendering and scaling when memory is refused: something is drawn, nothing leaks.
+// A percentage of 0 leaves one pixel of a side.
+TEST(PreviewOfHugePictures, Has_the_colour_of_a_small_one_with_more_than_a_hundred_times_the_area) {
+    FakeHost host;
+    PluginSession session(host, WithConfiguration("MainEffect = 16\n"));
+    constexpr int kWidth = 91, kHeight = 71;
+    const auto middle = [&](const Size& size) {
+        host.Serve(MakeAnimationBlock({{BytesOf(FlatPicture(size.width, size.height, 0x4080C0).handle)}}));
+        session.Click(IDC_SELECT);
+        return session.DrawPreview(kWidth, kHeight)[kHeight / 2 * kWidth + kWidth / 2];
+    };
+    const COLORREF color = middle({21, 21});
+    for (const Size& size : {Size{30000, 40}, {40, 30000}, {4000, 3000}, {32767, 1}, {1, 32767}}) {
+        EXPECT_EQ(middle(size), color) << size.width << "x" << size.height;
+        EXPECT_EQ(CountLedger().liveBlocks, 1u);
+    }
+    EXPECT_TRUE(session.Messages().empty());
+}
+
 TEST(Preview, Any_refused_allocation_leaves_no_leak) {
     FakeHost host;
     host.Serve(SourceOf(RandomPicture(200, 100, 3, 8)));
