@@ -379,7 +379,7 @@ int32_t RunBuild(const BuildEnvironment& environment, const BuildOptions& option
     if (environment.whole && environment.whole->use == WholeUse::Find) return 1;
     if (!SupercompressFrames(&build) || !RemapFrames(&build)) return Fail(build, BuildMessage::MemoryError);
     if (!OpenTask(&build)) return Fail(build, BuildMessage::NewTaskRefused);
-    BuildMessage failure;
+    BuildMessage failure = BuildMessage::MemoryError;
     if (!AddFrames(build, &failure)) {
         Fail(build, failure);
         FreeFrames(&build.frames);

@@ -108,6 +108,8 @@ KFX_AVX2 inline const uint8_t* FindWinnerAvx2(const Diamond& diamond, const uint
     for (int32_t s = 2 * diamond.reach; s >= 0; --s) {
         const DiamondSpan& span = diamond.spans[s];
         const uint32_t inside = (2u << (span.last - span.first)) - 1;
+        // The reach is kFarthestReachInBytes at most, so that all spans have a row.
+        // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult)
         const __m256i pixels = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(rows[s] + i));
         int32_t earliest = 32;
         int32_t kept = 0;
