@@ -110,6 +110,14 @@ TEST(ContactSheet, Everything_stands_at_its_place) {
     EXPECT_EQ(places[2].top, 108);
 }
 
+TEST(ContactSheet, Thumbnails_may_be_single_pixels_but_not_less) {
+    const Picture picture = FlatPicture(4, 4, {1, 200, 3});
+    const std::vector<SheetRow> rows = {{"", {Shown(picture, "")}}};
+    EXPECT_EQ(CountPixels(DrawContactSheet("", rows, 1, 1), {1, 200, 3}), 1u);
+    EXPECT_EQ(DrawContactSheet("", rows, 0, 1).width, 0);
+    EXPECT_EQ(DrawContactSheet("", rows, 1, 0).width, 0);
+}
+
 TEST(ContactSheet, A_label_is_cut_where_it_would_not_fit) {
     const Picture picture = FlatPicture(30, 6, {1, 2, 3});
     const auto labelled = [&](const std::string& label) {
