@@ -53,6 +53,8 @@ void AverageTiles(const WorkingImage* from, const TileRow& tiles, int32_t level,
         const int32_t right = std::min(left + level, width);
         const uint64_t pixels =
             static_cast<uint64_t>(right - left) * static_cast<uint64_t>(tiles.bottom - tiles.top);
+        // A row of tiles has one row of pixels at least.
+        // NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
         const uint8_t average[3] = {static_cast<uint8_t>(sums[0] / pixels),
                                     static_cast<uint8_t>(sums[1] / pixels),
                                     static_cast<uint8_t>(sums[2] / pixels)};
