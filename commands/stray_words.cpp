@@ -49,22 +49,28 @@ std::string EffectOf(const CommandLine& line, const std::string& word) {
     return "";
 }
 
+// What the word was probably meant as; empty when that is not known.
+std::string ExplainWord(const CommandLine& line, const std::string& input, bool isRefused) {
+    const std::string start = "there is no file \"" + input + "\"; ";
+    const size_t equals = input.find('=');
+    if (equals != std::string::npos && equals > 0)
+        return start + "to set a parameter of an effect, write --set \"" + input + "\".";
+    const std::string effect = EffectOf(line, input);
+    if (!effect.empty() && effect.find(' ') == std::string::npos)
+        return start + "to apply an effect, write --effect " + effect + ".";
+    if (!effect.empty()) return start + "a name with spaces needs quotes, as --effect \"" + effect + "\".";
+    if (isRefused && EndingOf(input).empty()) return start + "a name with spaces needs quotes.";
+    return "";
+}
+
 }  // namespace
 
 std::string StrayWord(const CommandLine& line, bool isRefused) {
     if (line.inputs.size() < 2) return "";
     for (const std::string& input : line.inputs) {
         if (PlainName(input).empty() || MayNameFiles(input)) continue;
-        const std::string start = "there is no file \"" + input + "\"; ";
-        const size_t equals = input.find('=');
-        if (equals != std::string::npos && equals > 0)
-            return start + "to set a parameter of an effect, write --set \"" + input + "\".";
-        const std::string effect = EffectOf(line, input);
-        if (!effect.empty() && effect.find(' ') == std::string::npos)
-            return start + "to apply an effect, write --effect " + effect + ".";
-        if (!effect.empty())
-            return start + "a name with spaces needs quotes, as --effect \"" + effect + "\".";
-        if (isRefused && EndingOf(input).empty()) return start + "a name with spaces needs quotes.";
+        std::string explained = ExplainWord(line, input, isRefused);
+        if (!explained.empty()) return explained;
     }
     return "";
 }
