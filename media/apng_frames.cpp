@@ -180,7 +180,7 @@ PngFormat ChooseApngFormat(const Animation& animation) {
     const bool isDense = IsGrey(formats.back()) && census.numbering.colors.size() > kManyGreys;
     if (census.isFew && pixels > kSmallAnimation && !isDense) formats.pop_back();
     if (formats.size() == 1) return formats[0];
-    const PngFormat* best = nullptr;
+    const PngFormat* best = &formats[0];
     size_t least = SIZE_MAX;
     for (const PngFormat& format : formats) {
         size_t size = PngPaletteBytes(format);

@@ -90,7 +90,7 @@ Orientation TakeOrientation(Metadata* metadata) {
     const int number = OrientationNumber(*exif);
     if (number < 2 || number > static_cast<int>(std::size(kOrientations))) return {};
     Tiff tiff = {};
-    OpenTiff(*exif, &tiff);
+    if (!OpenTiff(*exif, &tiff)) return {};
     const size_t at = FindOrientation(tiff);
     (*exif)[tiff.bigEndian ? at : at + 1] = 0;
     (*exif)[tiff.bigEndian ? at + 1 : at] = 1;
