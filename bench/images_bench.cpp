@@ -51,8 +51,8 @@ void DecodeFrames(benchmark::State& state) {
             state.SkipWithError("not decoded");
         FreeFrames(&frames);
     }
-    state.counters["frames"] =
-        benchmark::Counter(static_cast<double>(kFrames * state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["frames"] = benchmark::Counter(
+        static_cast<double>(kFrames) * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 
 template <ImageHandle (*kResample)(ImageHandle, int32_t, int32_t, double)>

@@ -21,8 +21,8 @@ from pathlib import Path
 CORE = ["host", "framework", "kernels", "effects", "builder", "documents", "media"]
 OTHER = ["window", "commands", "stage", "cli"]
 READERS = ("host/animation_block.cpp", "framework/source_animation.cpp", "window/configuration_text.cpp",
-           "documents/document_text.cpp", "media/*_reader.cpp", "media/gif_*.cpp", "media/lzw_decoder.cpp",
-           "media/png_chunks.cpp", "media/png_format.cpp", "media/png_notes.cpp", "media/apng_frames.cpp",
+           "documents/document_text.cpp", "media/*_reader.cpp", "media/gif_survey.cpp", "media/gif_canvas.cpp",
+           "media/lzw_decoder.cpp", "media/png_chunks.cpp", "media/png_format.cpp", "media/png_pixels.cpp",
            "media/jpeg_decoder.cpp", "media/orientation.cpp", "commands/survey_text.cpp", "commands/part_file.cpp",
            "commands/recipe_text.cpp", "commands/color_profile.cpp", "commands/picture_header.cpp")
 LOWEST = 25

@@ -110,6 +110,16 @@ TEST(ContactSheet, Everything_stands_at_its_place) {
     EXPECT_EQ(places[2].top, 108);
 }
 
+TEST(ContactSheet, Titles_are_cut_at_the_margins) {
+    const Picture picture = FlatPicture(30, 6, {1, 2, 3});
+    const auto titled = [&](const std::string& sheet, const std::string& row) {
+        return DrawContactSheet(sheet, {{row, {Shown(picture, "")}}}, 30, 50).pixels;
+    };
+    EXPECT_TRUE(titled("", "abcdef") == titled("", "abc.."));
+    EXPECT_FALSE(titled("", "abcde") == titled("", "abc.."));
+    EXPECT_TRUE(titled("abcd", "") == titled("ab", ""));
+}
+
 TEST(ContactSheet, Thumbnails_may_be_single_pixels_but_not_less) {
     const Picture picture = FlatPicture(4, 4, {1, 200, 3});
     const std::vector<SheetRow> rows = {{"", {Shown(picture, "")}}};
