@@ -110,6 +110,17 @@ TEST(ContactSheet, Everything_stands_at_its_place) {
     EXPECT_EQ(places[2].top, 108);
 }
 
+TEST(ContactSheet, Small_pictures_may_be_shown_several_times_as_large) {
+    const Picture picture = FlatPicture(5, 7, {1, 200, 3});
+    SheetPicture large = Shown(picture, "");
+    large.timesAsLarge = 3;
+    std::vector<SheetPlace> places;
+    const Picture sheet = DrawContactSheet("", {{"", {large}}}, 4, 4, &places);
+    EXPECT_EQ(CountPixels(sheet, {1, 200, 3}), 9u * 35u);
+    EXPECT_EQ(places[0].width, 15);
+    EXPECT_EQ(places[0].height, 21);
+}
+
 TEST(ContactSheet, Titles_are_cut_at_the_margins) {
     const Picture picture = FlatPicture(30, 6, {1, 2, 3});
     const auto titled = [&](const std::string& sheet, const std::string& row) {
