@@ -12,10 +12,9 @@
 #include "media/animation_writer.h"
 #include "media/utf8_path.h"
 #include "tests/media/gif_builder.h"
+#include "tests/media/own_folder.h"
 
-#ifdef _WIN32
-#include <process.h>
-#else
+#ifndef _WIN32
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -30,35 +29,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::Bytes;
-
-// Both sides run their tests at the same time, and so may two checkouts.
-long ProcessId() {
-#ifdef _WIN32
-    return _getpid();
-#else
-    return getpid();
-#endif
-}
-
-// An empty folder of the test's own, removed with all that is in it.
-struct Folder {
-    fs::path path;
-    Folder() {
-        const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-        path = fs::temp_directory_path() /
-               ("kfx-media-" + std::to_string(ProcessId()) + "-" + std::string(test->name()));
-        fs::remove_all(path);
-        fs::create_directories(path);
-    }
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    std::string File(const std::string& name) const { return Utf8Of(path) + "/" + name; }
-    size_t Count() const {
-        return static_cast<size_t>(std::distance(fs::directory_iterator(path), fs::directory_iterator()));
-    }
-};
+using test::OwnFolder;
 
 Bytes ContentOf(const std::string& path) {
     Bytes content;
@@ -68,7 +39,7 @@ Bytes ContentOf(const std::string& path) {
 }
 
 TEST(FileIo, Content_survives_and_no_temporary_name_stays) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     for (const size_t size : {0u, 1u, 65535u, 65536u, 65537u, 300000u}) {
         Bytes content(size);
@@ -80,7 +51,7 @@ TEST(FileIo, Content_survives_and_no_temporary_name_stays) {
 }
 
 TEST(FileIo, Names_are_UTF_8) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     const std::string name =
         "\xC3\xBC"
@@ -91,7 +62,7 @@ TEST(FileIo, Names_are_UTF_8) {
 }
 
 TEST(FileIo, A_missing_file_is_named_in_the_error) {
-    const Folder folder;
+    const OwnFolder folder;
     Bytes content;
     std::string error;
     EXPECT_FALSE(ReadWholeFile(folder.File("none.gif"), &content, &error));
@@ -103,7 +74,7 @@ TEST(FileIo, A_missing_file_is_named_in_the_error) {
 }
 
 TEST(FileIo, A_name_with_a_NUL_byte_is_refused_and_not_cut_short) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("a"), {5}, &error)) << error;
     const std::string name = folder.File("a") + std::string("\0b", 2);
@@ -118,7 +89,7 @@ TEST(FileIo, A_name_with_a_NUL_byte_is_refused_and_not_cut_short) {
 }
 
 TEST(FileIo, A_folder_that_is_missing_is_named_in_the_error) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     EXPECT_FALSE(WriteWholeFile(folder.File("none/x.gif"), {1}, &error));
     EXPECT_EQ(error,
@@ -126,7 +97,7 @@ TEST(FileIo, A_folder_that_is_missing_is_named_in_the_error) {
 }
 
 TEST(FileIo, A_folder_of_the_final_name_stays_and_no_temporary_file_does) {
-    const Folder folder;
+    const OwnFolder folder;
     fs::create_directories(folder.path / "x.gif" / "inner");
     std::string error;
     EXPECT_FALSE(WriteWholeFile(folder.File("x.gif"), {1}, &error));
@@ -135,7 +106,7 @@ TEST(FileIo, A_folder_of_the_final_name_stays_and_no_temporary_file_does) {
 }
 
 TEST(FileIo, When_one_of_several_files_cannot_be_made_none_appears) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     const auto makeContent = [](size_t i, Bytes* content, std::string* clause) {
         *content = {static_cast<uint8_t>(i)};
@@ -151,7 +122,7 @@ TEST(FileIo, When_one_of_several_files_cannot_be_made_none_appears) {
 int askedToGoOn = 0;
 
 TEST(FileIo, Writing_that_is_stopped_leaves_what_was_there) {
-    const Folder folder;
+    const OwnFolder folder;
     const std::string first = folder.File("a"), second = folder.File("b");
     std::string error;
     ASSERT_TRUE(WriteWholeFile(first, {1}, &error)) << error;
@@ -172,7 +143,7 @@ TEST(FileIo, Writing_that_is_stopped_leaves_what_was_there) {
 }
 
 TEST(FileIo, When_one_of_several_files_cannot_be_placed_the_others_are_removed) {
-    const Folder folder;
+    const OwnFolder folder;
     fs::create_directories(folder.path / "b" / "inner");
     std::string error;
     const auto makeContent = [](size_t, Bytes* content, std::string*) {
@@ -185,7 +156,7 @@ TEST(FileIo, When_one_of_several_files_cannot_be_placed_the_others_are_removed) 
 }
 
 TEST(FileIo, Writers_put_files_in_place_and_readers_take_them) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     const Animation source = test::RandomAnimation(9, 7, 3, 21, false);
     ASSERT_TRUE(WriteWebp(folder.File("a.webp"), source, &error)) << error;
@@ -212,7 +183,7 @@ TEST(FileIo, Writers_put_files_in_place_and_readers_take_them) {
 }
 
 TEST(FileIo, A_failed_writer_leaves_the_old_file) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {9}, &error));
     EXPECT_FALSE(WriteGif(folder.File("x.gif"), GifAnimation(), &error));
@@ -224,7 +195,7 @@ TEST(FileIo, A_failed_writer_leaves_the_old_file) {
 }
 
 TEST(FileIo, A_result_may_not_replace_its_source_under_any_name) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("a.gif"), {1}, &error));
     ASSERT_TRUE(WriteWholeFile(folder.File("b.gif"), {1}, &error));
@@ -242,7 +213,7 @@ TEST(FileIo, A_result_may_not_replace_its_source_under_any_name) {
 }
 
 TEST(FileIo, An_existing_file_is_replaced_only_on_request) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     EXPECT_TRUE(MayWriteFile(folder.File("x.gif"), {}, false, &error));
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {1}, &error));
@@ -253,7 +224,7 @@ TEST(FileIo, An_existing_file_is_replaced_only_on_request) {
 }
 
 TEST(FileIo, A_file_of_no_known_format_is_named_in_the_error) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     Animation animation;
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {'h', 'e', 'l', 'l', 'o'}, &error));
@@ -279,7 +250,7 @@ struct FileSizeLimit {
 };
 
 TEST(FileIo, When_the_bytes_do_not_fit_the_partial_file_is_removed) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("x.gif"), {9}, &error));
     {
@@ -293,7 +264,7 @@ TEST(FileIo, When_the_bytes_do_not_fit_the_partial_file_is_removed) {
 }
 
 TEST(FileIo, A_link_to_a_file_that_does_not_exist_yet_stays_and_the_file_is_made) {
-    const Folder folder;
+    const OwnFolder folder;
     std::error_code failure;
     fs::create_directory(folder.path / "there");
     fs::create_symlink("there/second", folder.path / "first", failure);
@@ -307,7 +278,7 @@ TEST(FileIo, A_link_to_a_file_that_does_not_exist_yet_stays_and_the_file_is_made
 }
 
 TEST(FileIo, A_link_stays_a_link_and_its_target_is_replaced) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     ASSERT_TRUE(WriteWholeFile(folder.File("real"), {1}, &error));
     fs::create_symlink("real", folder.path / "link");
@@ -318,7 +289,7 @@ TEST(FileIo, A_link_stays_a_link_and_its_target_is_replaced) {
 }
 
 TEST(FileIo, A_pipe_gets_the_bytes_and_is_not_replaced) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     ASSERT_EQ(mkfifo(folder.File("pipe").c_str(), 0600), 0);
     const int reader = open(folder.File("pipe").c_str(), O_RDONLY | O_NONBLOCK);
@@ -333,7 +304,7 @@ TEST(FileIo, A_pipe_gets_the_bytes_and_is_not_replaced) {
 }
 
 TEST(FileIo, A_pipe_that_takes_only_a_part_is_an_error_and_stays) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     ASSERT_EQ(mkfifo(folder.File("pipe").c_str(), 0600), 0);
     const int reader = open(folder.File("pipe").c_str(), O_RDONLY | O_NONBLOCK);
@@ -357,7 +328,7 @@ TEST(FileIo, A_pipe_that_takes_only_a_part_is_an_error_and_stays) {
 
 // A terminal of the test's own is a device that any user may write to; nothing can be renamed over it.
 TEST(FileIo, A_device_gets_the_bytes_also_through_a_link) {
-    const Folder folder;
+    const OwnFolder folder;
     std::string error;
     const int controller = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_GE(controller, 0);
@@ -381,7 +352,7 @@ TEST(FileIo, A_device_gets_the_bytes_also_through_a_link) {
 #endif
 
 TEST(FileIo, Whoever_takes_the_writing_gets_each_file_whole_and_nothing_is_written) {
-    const Folder folder;
+    const OwnFolder folder;
     std::vector<std::pair<std::string, Bytes>> taken;
     TakeWriting([&](const std::string& path, Bytes* content) { taken.emplace_back(path, *content); });
     const std::vector<std::string> paths = {folder.File("a"), folder.File("b"), folder.File("c")};

@@ -11,10 +11,9 @@
 #include "media/file_io.h"
 #include "media/rename.h"
 #include "media/utf8_path.h"
+#include "tests/media/own_folder.h"
 
-#ifdef _WIN32
-#include <process.h>
-#else
+#ifndef _WIN32
 #include <csignal>
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -27,34 +26,16 @@ namespace {
 namespace fs = std::filesystem;
 using Bytes = std::vector<uint8_t>;
 
-long ProcessId() {
-#ifdef _WIN32
-    return _getpid();
-#else
-    return getpid();
-#endif
-}
-
 struct TemporaryFiles : ::testing::Test {
-    fs::path folder = fs::temp_directory_path() / ("kfx-temporary-" + std::to_string(ProcessId()));
+    const test::OwnFolder ownFolder;
+    const fs::path& folder = ownFolder.path;
     const std::string target = Utf8Of(folder / "x.gif");
-
-    void SetUp() override {
-        fs::remove_all(folder);
-        fs::create_directories(folder);
-    }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(folder, ignored);
-    }
 
     void Put(const std::string& name, const std::string& text) const {
         std::ofstream(folder / name, std::ios::binary) << text;
     }
     bool Has(const std::string& name) const { return fs::exists(folder / name); }
-    size_t Count() const {
-        return static_cast<size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
-    }
+    size_t Count() const { return ownFolder.Count(); }
     void Write(const Bytes& content) const {
         std::string error;
         EXPECT_TRUE(WriteWholeFile(target, content, &error)) << error;

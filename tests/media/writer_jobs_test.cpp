@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <random>
 #include <string>
 
 #include "media/animation_writer.h"
@@ -12,6 +11,7 @@
 #include "tests/media/gif_builder.h"
 #include "tests/media/gif_scenes.h"
 #include "tests/media/job_threads.h"
+#include "tests/media/own_folder.h"
 #include "tests/media/reading.h"
 
 namespace kfx {
@@ -19,6 +19,7 @@ namespace {
 
 using test::Bytes;
 using test::JobThreads;
+using test::OwnFolder;
 using test::RandomAnimation;
 
 constexpr int32_t kThreads[] = {2, 8};
@@ -98,13 +99,6 @@ TEST(WriterJobs, An_APNG_has_the_same_bytes_on_any_number_of_threads) {
     }
 }
 
-std::filesystem::path NewFolder() {
-    std::filesystem::path folder = std::filesystem::temp_directory_path() /
-                                   ("kfx-writer-jobs-" + std::to_string(std::random_device()()));
-    std::filesystem::create_directories(folder);
-    return folder;
-}
-
 // The files of a series, one after the other.
 std::vector<Bytes> Series(const std::string& path, const Animation& animation, const JobRunner& jobs) {
     std::string error;
@@ -119,8 +113,8 @@ std::vector<Bytes> Series(const std::string& path, const Animation& animation, c
 }
 
 TEST(WriterJobs, A_series_of_PNG_files_has_the_same_bytes_on_any_number_of_threads) {
-    const std::filesystem::path folder = NewFolder();
-    const std::string path = (folder / "series.png").string();
+    const OwnFolder folder;
+    const std::string path = folder.File("series.png");
     for (const NamedAnimation& named : Animations()) {
         if (named.animation.frames.size() > kMostFiles) continue;  // making files takes time
         const std::vector<Bytes> expected = Series(path, named.animation, JobRunner());
@@ -128,8 +122,7 @@ TEST(WriterJobs, A_series_of_PNG_files_has_the_same_bytes_on_any_number_of_threa
             EXPECT_TRUE(Series(path, named.animation, runner) == expected)
                 << named.name << ", " << runner.threads;
     }
-    EXPECT_TRUE(std::filesystem::is_empty(folder));
-    std::filesystem::remove_all(folder);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path));
 }
 
 // Gives up at one of the jobs, as a program does that has no memory for it.
@@ -145,8 +138,8 @@ TEST(WriterJobs, A_job_that_fails_leaves_no_file) {
     const JobRunner runner = {.threads = 2, .run = RunUntilFailure};
     const GifAnimation gif = test::kGifScenes[0].make(30, 20, 5);
     const Animation animation = RandomAnimation(30, 20, 5, 3, true);
-    const std::filesystem::path folder = NewFolder();
-    const std::string path = (folder / "series.png").string();
+    const OwnFolder folder;
+    const std::string path = folder.File("series.png");
     for (failingJob = 0; failingJob < 5; ++failingJob) {
         Bytes file;
         std::string error;
@@ -159,9 +152,8 @@ TEST(WriterJobs, A_job_that_fails_leaves_no_file) {
         if (failingJob >= kMadeAhead) continue;
         EXPECT_FALSE(WritePngFrames(path, animation, &error, nullptr, {.jobs = runner}));
         EXPECT_THAT(error, ::testing::EndsWith(": there is not enough memory to write the PNG file."));
-        EXPECT_TRUE(std::filesystem::is_empty(folder));
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path));
     }
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace
