@@ -23,13 +23,24 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-// Mounts that only this process and its children see. False: the system does not allow it.
+// Whether the system took the words, in one piece.
+bool Tell(const char* path, const std::string& words) {
+    std::ofstream file(path);
+    file << words << std::flush;
+    return file.good();
+}
+
+// Mounts that only this process and its children see. False: the system does not allow it; errno says why.
 bool HaveOwnMounts() {
-    const uid_t user = getuid();
+    // Asked before: in a new user namespace nobody has a number until it is given. A file system there takes
+    // no file of a user or a group without one. The system wants `setgroups` refused before it gives the
+    // group.
+    const std::string user = std::to_string(getuid()), group = std::to_string(getgid());
     if (unshare(CLONE_NEWNS) != 0) {
         if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-        std::ofstream("/proc/self/setgroups") << "deny";
-        std::ofstream("/proc/self/uid_map") << "0 " << user << " 1";
+        if (!Tell("/proc/self/setgroups", "deny") || !Tell("/proc/self/gid_map", "0 " + group + " 1") ||
+            !Tell("/proc/self/uid_map", "0 " + user + " 1"))
+            return false;
     }
     return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
@@ -53,7 +64,8 @@ struct SmallDisk {
 constexpr char kOld[] = "what was there before";
 
 TEST(FullDisk, Keeps_the_old_file_until_the_new_one_fits) {
-    if (!HaveOwnMounts()) GTEST_SKIP() << "no mounts of its own: " << std::strerror(errno);
+    if (!HaveOwnMounts())
+        GTEST_SKIP() << "This system does not let a test have mounts of its own: " << std::strerror(errno);
     const TemporaryFolder inputs, place;
     WriteTestGif(inputs.path + "in.gif", 4, false, 5);
     for (const char* name : {"out.gif", "out.webp", "out.png", "out.y4m"}) {
