@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Configuration files and settings documents as they come from a damaged disk, another program or a joker: of
-// any length, with any bytes and numbers, locked, in a folder's place, at the end of the longest path, on a
-// full disk.
+// Configuration files and settings documents as they come from a damaged disk, another program or somebody
+// who means harm: of any length, with any bytes and numbers, locked, in a folder's place, at the end of the
+// longest path, on a full disk.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
