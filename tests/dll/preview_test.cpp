@@ -180,7 +180,6 @@ TEST(Preview, Shows_the_current_effect_with_its_current_settings) {
     ExpectPictureAt(DrawPreview(session, 128, 88), FlatPicture(120, 80, 0xEFDFCF).handle, kInset, kInset);
 }
 
-// Rendering and scaling when memory is refused: something is drawn, nothing leaks.
 // A percentage of 0 leaves one pixel of a side.
 TEST(PreviewOfHugePictures, Has_the_colour_of_a_small_one_with_more_than_a_hundred_times_the_area) {
     FakeHost host;
@@ -199,6 +198,7 @@ TEST(PreviewOfHugePictures, Has_the_colour_of_a_small_one_with_more_than_a_hundr
     EXPECT_TRUE(session.Messages().empty());
 }
 
+// Rendering and scaling when memory is refused: something is drawn, nothing leaks.
 TEST(Preview, Any_refused_allocation_leaves_no_leak) {
     FakeHost host;
     host.Serve(SourceOf(RandomPicture(200, 100, 3, 8)));
