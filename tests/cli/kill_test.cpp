@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <ostream>
 
 #include <fcntl.h>
@@ -49,16 +50,33 @@ const Command kCommands[] = {
 
 std::ostream& operator<<(std::ostream& stream, const Command& command) { return stream << command.name; }
 
+// The search for leaks at a program's end needs that nobody else traces it: for its scope, programs start
+// without. Whatever else is asked of the sanitizer stays, and other tests have the search.
+struct NoLeakSearch {
+    NoLeakSearch() {
+        const char* const options = std::getenv(kName);
+        wasSet = options != nullptr;
+        if (wasSet) before = options;
+        setenv(kName, (before.empty() ? kOff : before + ":" + kOff).c_str(), 1);
+    }
+    ~NoLeakSearch() { wasSet ? setenv(kName, before.c_str(), 1) : unsetenv(kName); }
+    NoLeakSearch(const NoLeakSearch&) = delete;
+    NoLeakSearch& operator=(const NoLeakSearch&) = delete;
+
+    static constexpr char kName[] = "ASAN_OPTIONS";
+    static constexpr char kOff[] = "detect_leaks=0";
+    std::string before;
+    bool wasSet = false;
+};
+
 class Killed : public testing::TestWithParam<Command> {
 protected:
     void SetUp() override {
-        // The search for leaks at a program's end needs that nobody else traces it. Other tests have it.
-        setenv("ASAN_OPTIONS", "detect_leaks=0", 1);
         WriteTestGif(Path("in.gif"), 3);
         Restore();
         size_t calls = 0;
         // One that is never time: it runs to its end, and counts its stops.
-        StartKestrelUntil([&] { return ++calls == 0; }, All(), errors);
+        StartUntil([&] { return ++calls == 0; });
         stops = calls;
         for (const std::string& output : GetParam().outputs) results.push_back(ReadText(Path(output)));
         ASSERT_THAT(results, testing::Each(Not(std::string(kOld)))) << "the command makes them";
@@ -98,10 +116,16 @@ protected:
         return names;
     }
 
+    // -1: it has ended by itself.
+    pid_t StartUntil(const std::function<bool()>& isTime) const {
+        const NoLeakSearch forTraced;
+        return StartKestrelUntil(isTime, All(), errors);
+    }
+
     // Sends the signal at that stop. Answers how the program ended.
     int EndAt(size_t moment, int number) const {
         size_t calls = 0;
-        const pid_t process = StartKestrelUntil([&] { return ++calls == moment; }, All(), errors);
+        const pid_t process = StartUntil([&] { return ++calls == moment; });
         if (process < 0) return 0;  // it needed fewer calls this time
         LetGo(process, number);
         return WaitForEnd(process);
