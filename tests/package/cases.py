@@ -123,7 +123,10 @@ def linux_program_is_hardened(context):
     said = run("readelf", "--wide", "--file-header", "--program-headers", "--dynamic", program).stdout
     check("Position-Independent Executable" in said, "it is always loaded at the same address")
     check("GNU_RELRO" in said and re.search(r"\bNOW\b", said), "tables of functions can be written")
-    for flags in re.findall(r"^ +(?:LOAD|GNU_STACK) +(?:0x\S+ +){5}([RWE ]{3})", said, re.MULTILINE):
+    segments = re.findall(r"^ +(?:LOAD|GNU_STACK) +(?:0x\S+ +){5}([RWE ]{3})", said, re.MULTILINE)
+    # Code, data and the stack at least.
+    check(len(segments) >= 3, "only %d segments were understood of what readelf says" % len(segments))
+    for flags in segments:
         check(not ("W" in flags and "E" in flags), "memory may be written and run")
     called = run("readelf", "--wide", "--dyn-syms", program).stdout
     check("__stack_chk_fail" in called, "functions do not look after their arrays")
