@@ -12,9 +12,9 @@
 #include <cstdlib>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/own_dialog.h"
 #include "tests/dll/support/window_test.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

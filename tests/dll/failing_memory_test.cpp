@@ -13,10 +13,10 @@
 #include <utility>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/memory_ledger.h"
 #include "tests/dll/support/window_test.h"
 #include "tests/support/animation_blocks.h"
+#include "tests/support/import_patch.h"
 #include "tests/support/pictures.h"
 #include "tests/support/tried.h"
 

@@ -11,8 +11,8 @@
 #include <functional>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/window_test.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

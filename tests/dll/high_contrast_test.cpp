@@ -9,8 +9,8 @@
 #include <set>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/plugin_session.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

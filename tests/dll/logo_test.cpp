@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "tests/dll/support/import_patch.h"
+#include "tests/support/import_patch.h"
 #include "window/logo.h"
 
 namespace kfx {

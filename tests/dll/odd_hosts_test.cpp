@@ -14,12 +14,12 @@
 #include <thread>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/memory_ledger.h"
 #include "tests/dll/support/own_dialog.h"
 #include "tests/dll/support/session_state.h"
 #include "tests/dll/support/window_test.h"
 #include "tests/support/animation_blocks.h"
+#include "tests/support/import_patch.h"
 #include "tests/support/pictures.h"
 #include "tests/support/tried.h"
 #include "tests/support/wait_for.h"

@@ -8,9 +8,9 @@
 #include "effects/effect_table.h"
 #include "resources/resource_ids.h"
 #include "tests/dll/support/binary_files.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/memory_ledger.h"
 #include "tests/dll/support/window_test.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

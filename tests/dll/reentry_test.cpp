@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/own_dialog.h"
 #include "tests/dll/support/window_test.h"
+#include "tests/support/import_patch.h"
 #include "tests/support/wait_for.h"
 
 namespace kfx::test {

@@ -8,10 +8,10 @@
 
 #include "resources/resource_ids.h"
 #include "tests/dll/import_refusals.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/memory_ledger.h"
 #include "tests/dll/support/plugin_session.h"
 #include "tests/support/animation_blocks.h"
+#include "tests/support/import_patch.h"
 #include "tests/support/pictures.h"
 
 namespace kfx::test {

@@ -11,9 +11,9 @@
 #include <optional>
 
 #include "resources/resource_ids.h"
-#include "tests/dll/support/import_patch.h"
 #include "tests/dll/support/plugin_session.h"
 #include "tests/dll/support/window_reading.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

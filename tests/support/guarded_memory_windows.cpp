@@ -9,8 +9,8 @@
 #include <mutex>
 #include <unordered_map>
 
-#include "tests/dll/support/import_patch.h"
 #include "tests/support/guarded_memory.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

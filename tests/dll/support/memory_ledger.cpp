@@ -4,7 +4,7 @@
 #include <map>
 #include <mutex>
 
-#include "tests/dll/support/import_patch.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

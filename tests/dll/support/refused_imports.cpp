@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "tests/dll/support/import_patch.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "tests/dll/support/import_patch.h"
+#include "tests/support/import_patch.h"
 
 namespace kfx::test {
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/dll/support/import_patch.h"
+#include "tests/support/import_patch.h"
 
 #include <cstdint>
 #include <cstring>
