@@ -21,6 +21,7 @@
 #include "tests/builder/refusal_inputs.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
+#include "tests/support/refused_effects.h"
 #include "tests/support/tried.h"
 
 namespace kfx::test {
@@ -135,9 +136,6 @@ int32_t GiveFrames(EffectBuildContext* context) {
 
 int32_t NoBackground(void*, int32_t) { return -1; }
 int32_t GreenBackground(void*, int32_t) { return 0x20A020; }
-
-// Oil Painting without memory for its counters answers the background colour.
-bool MayBeAllBackground(const char* effect) { return std::strcmp(effect, "Oil Painting") == 0; }
 
 // Frames that no effect touches.
 EffectDescriptor NoEffect() {
