@@ -141,7 +141,6 @@ void MutateBitmap(Mutator* mutator, size_t bitmap) {
         mutator->PutAll(name + "side", bitmap + side, 4, {1, 2, 3, 4}, Verdict::Either);
     }
     for (const auto& [width, height] : {std::pair<uint32_t, uint32_t>{65536, 65536},
-                                        {0x10000, 0x10000},
                                         {0x7FFFFFFF, 0x7FFFFFFF},
                                         {0x55555556, 4},
                                         {0x15555556, 12},
