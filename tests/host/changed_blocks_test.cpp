@@ -14,6 +14,7 @@
 #include "tests/fuzz/block_changes.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
+#include "tests/support/tried.h"
 
 namespace kfx::test {
 namespace {
@@ -143,7 +144,7 @@ TEST(ChangedBlocks, Any_field_at_any_value_is_refused_or_decoded_within_bounds) 
         }
     }
     EXPECT_GT(tried, 800u);
-    RecordProperty("blocks", static_cast<int>(tried));
+    AddTried("blocks with one change", tried);
 }
 
 TEST(ChangedBlocks, Any_two_fields_of_a_picture_may_be_wrong_at_once) {
@@ -158,7 +159,7 @@ TEST(ChangedBlocks, Any_two_fields_of_a_picture_may_be_wrong_at_once) {
         }
     }
     EXPECT_GT(tried, 10000u);
-    RecordProperty("blocks", static_cast<int>(tried));
+    AddTried("blocks with two changes", tried);
 }
 
 TEST(ChangedBlocks, Cut_at_any_length_it_is_refused_and_decoded_within_bounds) {
@@ -167,6 +168,7 @@ TEST(ChangedBlocks, Cut_at_any_length_it_is_refused_and_decoded_within_bounds) {
             const Bytes cut(block.begin(), block.begin() + static_cast<ptrdiff_t>(length));
             EXPECT_FALSE(IsAnimation(cut.data(), cut.size())) << "cut at " << length;
             TryBlock(cut, "cut at " + std::to_string(length));
+            AddTried("cut blocks");
         }
     }
 }
