@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <initializer_list>
 
 #include "host/animation_layout.h"
+#include "tests/support/field_values.h"
 
 namespace kfx::test {
 namespace {
@@ -30,8 +30,7 @@ struct Changes {
     }
 
     // A number of `width` bytes takes each of the values.
-    void Numbers(size_t offset, size_t width, const std::string& name,
-                 std::initializer_list<uint64_t> values) {
+    void Numbers(size_t offset, size_t width, const std::string& name, FieldValues values) {
         for (const uint64_t value : values) {
             Bytes bytes(width);
             for (size_t i = 0; i < width; ++i) bytes[i] = static_cast<uint8_t>(value >> (8 * i));
@@ -70,15 +69,17 @@ void ChangeHeader(Changes* changes) {
     changes->Numbers(kFlagsAt, 1, "header: flags", {0, 1, 2, 4, 8, 16, 20, 32, 64, 128, 255});
     changes->Numbers(16, 4, "header: images", {0, count - 1, count + 1, 1 << 16, UINT32_MAX});
     changes->Numbers(20, 4, "header: background", {0, 0xFFFFFF, UINT32_MAX});
-    for (const size_t side : {size_t{24}, size_t{28}})
-        changes->Numbers(side, 4, "header: side", {0, 1, 1 << 15, INT32_MAX, 1u << 31, UINT32_MAX});
+    for (const size_t side : {size_t{24}, size_t{28}}) {
+        changes->Numbers(side, 4, "header: side", kPossibleBlockSides);
+        changes->Numbers(side, 4, "header: side", kWrongBlockSides);
+    }
 }
 
 void ChangePalette(Changes* changes) {
     const Bytes& block = changes->block;
     if (block.size() < kAnimationHeaderBytes) return;
     for (const bool flagged : {false, true}) {
-        for (const uint32_t count : {0u, 1u, 256u, 257u, 65535u}) {
+        for (const uint64_t count : kPaletteCounts) {
             Bytes fields(block.begin() + kFlagsAt, block.begin() + kAnimationHeaderBytes);
             fields[0] =
                 static_cast<uint8_t>((fields[0] & ~kFlagGlobalPalette) | (flagged ? kFlagGlobalPalette : 0));
@@ -95,18 +96,19 @@ void ChangePalette(Changes* changes) {
 }
 
 void ChangeBitmap(Changes* changes, size_t at, const std::string& image) {
-    changes->Numbers(at, 4, image + "bitmap header", {0, 12, 39, 41, 108, 124});
+    changes->Numbers(at, 4, image + "bitmap header", kWrongHeaderSizes);
     for (const size_t side : {size_t{4}, size_t{8}}) {
         const uint64_t now = changes->Number(at + side);
-        changes->Numbers(
-            at + side, 4, image + (side == 4 ? "width" : "height"),
-            {0, 1, now - 1, now + 1, 0 - now, 1 << 15, 1 << 16, INT32_MAX, 1u << 31, UINT32_MAX});
+        const std::string name = image + (side == 4 ? "width" : "height");
+        changes->Numbers(at + side, 4, name, kWrongSides);
+        changes->Numbers(at + side, 4, name, {1, now - 1, now + 1, 0 - now});
     }
-    changes->Numbers(at + 12, 2, image + "planes", {0, 2, 65535});
-    changes->Numbers(at + 14, 2, image + "depth", {0, 1, 2, 3, 4, 8, 15, 16, 24, 32, 48, 255, 65535});
-    changes->Numbers(at + 16, 4, image + "compression", {0, 1, 2, 3, UINT32_MAX});
-    changes->Numbers(at + 20, 4, image + "image size", {0, 1, 1u << 31, UINT32_MAX});
-    changes->Numbers(at + 32, 4, image + "colours used", {0, 1, 17, 257, 1u << 31});
+    changes->Numbers(at + 12, 2, image + "planes", kPlanes);
+    changes->Numbers(at + 14, 2, image + "depth", kDepths);
+    changes->Numbers(at + 14, 2, image + "depth", kWrongDepths);
+    changes->Numbers(at + 16, 4, image + "compression", kWrongCompressions);
+    changes->Numbers(at + 20, 4, image + "image size", kImageSizes);
+    changes->Numbers(at + 32, 4, image + "colours used", kColorsUsed);
 }
 
 void ChangeImage(Changes* changes, size_t at, const std::string& image) {

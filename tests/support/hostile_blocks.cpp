@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tests/support/animation_blocks.h"
+#include "tests/support/field_values.h"
 #include "tests/support/pictures.h"
 
 namespace kfx::test {
@@ -62,9 +63,8 @@ struct Mutator {
         std::memcpy(bytes.data() + at, &value, width);
         Add(name + " = " + std::to_string(value), bytes, verdict);
     }
-    void PutAll(const std::string& name, size_t at, size_t width, const std::vector<uint32_t>& values,
-                Verdict verdict) {
-        for (const uint32_t value : values) Put(name, at, width, value, verdict);
+    void PutAll(const std::string& name, size_t at, size_t width, FieldValues values, Verdict verdict) {
+        for (const uint64_t value : values) Put(name, at, width, static_cast<uint32_t>(value), verdict);
     }
 };
 
@@ -79,8 +79,8 @@ void MutateHeader(Mutator* mutator) {
     mutator->PutAll("image count", 16, 4, {0, 1, 2}, Verdict::Refused);
     mutator->PutAll("image count", 16, 4, {4, 65536, kHalf - 1, kHalf, kMost}, Verdict::Accepted);
     for (const size_t side : {size_t{24}, size_t{28}}) {
-        mutator->PutAll("side", side, 4, {0, 1, 32768, kHalf - 1}, Verdict::Accepted);
-        mutator->PutAll("side", side, 4, {kHalf, kHalf + 1, kMost}, Verdict::Refused);
+        mutator->PutAll("side", side, 4, kPossibleBlockSides, Verdict::Accepted);
+        mutator->PutAll("side", side, 4, kWrongBlockSides, Verdict::Refused);
     }
     // The palette leaves the block before it reaches 768 bytes: the base is shorter.
     mutator->PutAll("palette count", 36, 2, {0, 1, 2, 3}, Verdict::Accepted);
@@ -88,7 +88,7 @@ void MutateHeader(Mutator* mutator) {
 
 void MutatePalettes(Mutator* mutator) {
     for (const bool flag : {false, true})
-        for (const uint32_t count : {0u, 1u, 255u, 256u, 257u, 32768u, 65535u}) {
+        for (const uint64_t count : kPaletteCounts) {
             const std::string name = "palette count " + std::to_string(count) + (flag ? "" : ", no flag");
             std::vector<uint8_t> bytes = MakeAnimationBlock({{BytesOf(FlatPicture(2, 2, 7).handle)}});
             bytes[12] = flag ? 4 : 0;
@@ -100,7 +100,7 @@ void MutatePalettes(Mutator* mutator) {
             cut.erase(cut.begin() + 100, cut.begin() + 808);
             const uint32_t header = 100;
             std::memcpy(cut.data() + 4, &header, sizeof header);
-            const bool fits = 38 + 3 * std::min(count, 256u) <= cut.size();
+            const bool fits = 38 + 3 * std::min<uint64_t>(count, 256) <= cut.size();
             mutator->Add(name + ", cut", cut, flag && !fits ? Verdict::Refused : Verdict::Accepted);
         }
 }
@@ -131,13 +131,9 @@ void MutateImage(Mutator* mutator, size_t image) {
 
 void MutateBitmap(Mutator* mutator, size_t bitmap) {
     const std::string name = "bitmap at " + std::to_string(bitmap) + ": ";
-    mutator->PutAll(name + "header size", bitmap, 4, {0, 12, 39, 41, 64, 108, 124, 40 + 65536, kHalf, kMost},
-                    Verdict::Refused);
+    mutator->PutAll(name + "header size", bitmap, 4, kWrongHeaderSizes, Verdict::Refused);
     for (const size_t side : {size_t{4}, size_t{8}}) {
-        // -1 and -3 are pictures that stand top down.
-        mutator->PutAll(name + "side", bitmap + side, 4,
-                        {0, kMost, 0u - 3, kHalf, kHalf + 1, kHalf - 1, 32768, 65536, 0x40000000, 0x20000001},
-                        Verdict::Refused);
+        mutator->PutAll(name + "side", bitmap + side, 4, kWrongSides, Verdict::Refused);
         mutator->PutAll(name + "side", bitmap + side, 4, {1, 2, 3, 4}, Verdict::Either);
     }
     for (const auto& [width, height] : {std::pair<uint32_t, uint32_t>{65536, 65536},
@@ -152,14 +148,12 @@ void MutateBitmap(Mutator* mutator, size_t bitmap) {
         std::memcpy(bytes.data() + bitmap + 8, &height, 4);
         mutator->Add(name + std::to_string(width) + "x" + std::to_string(height), bytes, Verdict::Refused);
     }
-    mutator->PutAll(name + "depth", bitmap + 14, 2,
-                    {0, 2, 3, 5, 7, 9, 12, 15, 16, 31, 33, 48, 64, 255, 65535}, Verdict::Refused);
-    mutator->PutAll(name + "depth", bitmap + 14, 2, {1, 4, 8, 24, 32}, Verdict::Either);
-    mutator->PutAll(name + "planes", bitmap + 12, 2, {0, 2, 65535}, Verdict::Either);
-    mutator->PutAll(name + "compression", bitmap + 16, 4, {1, 2, 3, 4, 5, kHalf, kMost}, Verdict::Refused);
-    mutator->PutAll(name + "image size", bitmap + 20, 4, {0, 1, kHalf, kMost}, Verdict::Accepted);
-    mutator->PutAll(name + "colours used", bitmap + 32, 4, {0, 1, 17, 256, 257, 65535, kHalf, kMost},
-                    Verdict::Accepted);
+    mutator->PutAll(name + "depth", bitmap + 14, 2, kWrongDepths, Verdict::Refused);
+    mutator->PutAll(name + "depth", bitmap + 14, 2, kDepths, Verdict::Either);
+    mutator->PutAll(name + "planes", bitmap + 12, 2, kPlanes, Verdict::Either);
+    mutator->PutAll(name + "compression", bitmap + 16, 4, kWrongCompressions, Verdict::Refused);
+    mutator->PutAll(name + "image size", bitmap + 20, 4, kImageSizes, Verdict::Accepted);
+    mutator->PutAll(name + "colours used", bitmap + 32, 4, kColorsUsed, Verdict::Accepted);
     mutator->PutAll(name + "colours important", bitmap + 36, 4, {1, 257, kHalf, kMost}, Verdict::Accepted);
 }
 
