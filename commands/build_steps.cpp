@@ -111,7 +111,7 @@ ResultOptions ResultOptionsOf(const CommandLine& line) {
     options.fingerprint = line.json;
     if (line.effort >= 0) options.webp.effort = options.png.effort = line.effort;
     options.recipe = DraftRecipe(line);
-    options.gif.jobs = options.png.jobs = JobsOnThreads(line.threads);
+    options.gif.jobs = options.png.jobs = options.webp.jobs = JobsOnThreads(line.threads);
     return options;
 }
 

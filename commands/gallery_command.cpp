@@ -162,7 +162,7 @@ Report WriteWall(const CommandLine& line, const std::vector<std::string>& names,
     WrittenResult written;
     std::string error;
     ResultOptions options;
-    options.gif.jobs = options.png.jobs = JobsOnThreads(line.threads);
+    options.gif.jobs = options.png.jobs = options.webp.jobs = JobsOnThreads(line.threads);
     if (!WriteResult(line.output, std::move(session->built), session->record, options, &written, &error))
         return FailedReport(kExitBadOutput, error);
     if (!written.note.empty()) report.notes.push_back(line.output + ": " + written.note + ".");

@@ -7,7 +7,8 @@
 //
 // `jobs` may give threads of the program's own for the work on single frames; the bytes are the same with any
 // number of them. Each thread beyond the first takes memory for the frame that it works on: of a GIF, 10
-// bytes a pixel and 2 MiB, of PNG files at most 30 bytes a pixel, and the compressed data of two pictures.
+// bytes a pixel and 2 MiB, of PNG files at most 30 bytes a pixel, and the compressed data of two pictures, of
+// a WebP file about 40 bytes a pixel.
 #pragma once
 
 #include <cstdint>
@@ -73,6 +74,8 @@ struct WebpOptions {
     WebpKind kind = WebpKind::Lossless;
     int quality = 75;  // 0 to 100, for NearLossless and Lossy: 100 is the best one
     int effort = 6;    // 0 to 9: more takes longer and makes smaller files
+    // For several frames, unless lossy: there, one frame is compressed after another.
+    JobRunner jobs = {};
 };
 
 // Uses the size, loop count, background, metadata, recipe and each frame's pixels and time, to the

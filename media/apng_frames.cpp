@@ -119,15 +119,6 @@ void TryChange(const Animation& animation, const PngFormat& format, const Bytes&
         TryPart(format, change, kApngOver, part, best);
 }
 
-uint64_t AreaOf(const Rectangle& place) {
-    return static_cast<uint64_t>(place.width) * static_cast<uint64_t>(place.height);
-}
-
-void ClearPlace(const Animation& animation, const Rectangle& place, Bytes* canvas) {
-    ForEachPixel(animation.width, place,
-                 [&](size_t pixel) { std::fill_n(canvas->data() + 4 * pixel, 4, uint8_t{0}); });
-}
-
 // What was shown last, and the canvas on which that was drawn.
 struct Shown {
     Bytes pixels;
@@ -153,7 +144,7 @@ Candidate BestChange(const Animation& animation, const PngFormat& format, const 
         if (best.estimate < least) *canvas = other.canvas;
     };
     Bytes cleared = last.pixels;
-    ClearPlace(animation, last.place, &cleared);
+    ClearPart(animation.width, last.place, &cleared);
     tryOther(kApngBackground, std::move(cleared));
     if (!last.isFirst) tryOther(kApngPrevious, last.canvas);
     return best;

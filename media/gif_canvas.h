@@ -18,6 +18,11 @@ struct Rectangle {
     int height = 0;
 };
 
+// The pixels of a part.
+inline size_t AreaOf(const Rectangle& part) {
+    return static_cast<size_t>(part.width) * static_cast<size_t>(part.height);
+}
+
 constexpr int16_t kOffPalette = -1;
 
 // The first entry of the colour; kOffPalette when there is none.

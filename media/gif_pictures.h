@@ -2,6 +2,7 @@
 // What a GIF animation shows, picture by picture, with numbers in place of colours.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
@@ -95,6 +96,12 @@ void ForEachPixel(int canvasWidth, const Rectangle& part, const Use& use) {
         const size_t row = static_cast<size_t>(y) * static_cast<size_t>(canvasWidth);
         for (int x = part.left; x < part.left + part.width; ++x) use(row + static_cast<size_t>(x));
     }
+}
+
+// Makes a part of an RGBA picture transparent black.
+inline void ClearPart(int canvasWidth, const Rectangle& part, std::vector<uint8_t>* rgba) {
+    ForEachPixel(canvasWidth, part,
+                 [rgba](size_t pixel) { std::fill_n(rgba->data() + 4 * pixel, 4, uint8_t{0}); });
 }
 
 }  // namespace kfx

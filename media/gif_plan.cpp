@@ -115,10 +115,6 @@ Rectangle AtLeastOnePixel(Rectangle part) {
     return {.left = 0, .top = 0, .width = 1, .height = 1};
 }
 
-size_t AreaOf(const Rectangle& part) {
-    return static_cast<size_t>(part.width) * static_cast<size_t>(part.height);
-}
-
 // A way to dispose of a frame, and how the next picture differs from the canvas that it leaves.
 struct Choice {
     int disposal = kDisposalKeep;

@@ -12,6 +12,8 @@
 #include "media/file_io.h"
 #include "media/loop_count.h"
 #include "media/recipe_note.h"
+#include "media/webp_parts.h"
+#include "media/webp_picture.h"
 
 namespace kfx {
 namespace {
@@ -22,14 +24,10 @@ struct EncoderDeleter {
 };
 using Encoder = std::unique_ptr<WebPAnimEncoder, EncoderDeleter>;
 
-struct WebpPicture {
-    WebPPicture picture;
-    bool usable;
-    WebpPicture() : usable(WebPPictureInit(&picture) != 0) {}
-    ~WebpPicture() { WebPPictureFree(&picture); }
-    WebpPicture(const WebpPicture&) = delete;
-    WebpPicture& operator=(const WebpPicture&) = delete;
+struct MuxDeleter {
+    void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
 };
+using Mux = std::unique_ptr<WebPMux, MuxDeleter>;
 
 struct AssembledFile {
     WebPData data;
@@ -78,10 +76,6 @@ bool Configure(const WebpOptions& options, WebPConfig* config) {
     return WebPValidateConfig(config) != 0;
 }
 
-struct MuxDeleter {
-    void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
-};
-
 bool SetChunk(WebPMux* mux, const char* name, const std::vector<uint8_t>& bytes) {
     const WebPData data = {bytes.data(), bytes.size()};
     return bytes.empty() || WebPMuxSetChunk(mux, name, &data, 1) == WEBP_MUX_OK;
@@ -94,7 +88,7 @@ bool AddNotes(const Animation& notes, std::vector<uint8_t>* file) {
     if (metadata.colorProfile.empty() && metadata.exif.empty() && metadata.xmp.empty() && recipe.empty())
         return true;
     const WebPData plain = {file->data(), file->size()};
-    const std::unique_ptr<WebPMux, MuxDeleter> mux(WebPMuxCreate(&plain, 1));
+    const Mux mux(WebPMuxCreate(&plain, 1));
     AssembledFile assembled;
     if (!mux || !SetChunk(mux.get(), "ICCP", metadata.colorProfile) ||
         !SetChunk(mux.get(), "EXIF", metadata.exif) || !SetChunk(mux.get(), "XMP ", metadata.xmp) ||
@@ -105,15 +99,22 @@ bool AddNotes(const Animation& notes, std::vector<uint8_t>* file) {
     return true;
 }
 
-bool EncodeChecked(const Animation& animation, const WebpOptions& options, std::vector<uint8_t>* file) {
-    WebPAnimEncoderOptions encoderOptions;
-    WebPConfig config;
-    if (!WebPAnimEncoderOptionsInit(&encoderOptions) || !Configure(options, &config)) return false;
-    encoderOptions.anim_params.loop_count = static_cast<int>(TimesShown(animation.loopCount, kMaxTimesShown));
+WebPMuxAnimParams AnimationParams(const Animation& animation) {
+    WebPMuxAnimParams params = {.bgcolor = 0xFFFFFFFFu, .loop_count = 0};
+    params.loop_count = static_cast<int>(TimesShown(animation.loopCount, kMaxTimesShown));
     if (animation.hasBackground)
-        encoderOptions.anim_params.bgcolor =
+        params.bgcolor =
             0xFF000000u | static_cast<uint32_t>(animation.background.red << 16 |
                                                 animation.background.green << 8 | animation.background.blue);
+    return params;
+}
+
+// One frame after another. With loss, what a frame stores depends on how similar pixels are; a single picture
+// is stored without an animation around it.
+bool EncodeInTurn(const Animation& animation, const WebPConfig& config, AssembledFile* assembled) {
+    WebPAnimEncoderOptions encoderOptions;
+    if (!WebPAnimEncoderOptionsInit(&encoderOptions)) return false;
+    encoderOptions.anim_params = AnimationParams(animation);
     const Encoder encoder(WebPAnimEncoderNew(animation.width, animation.height, &encoderOptions));
     if (!encoder) return false;
     // The encoder takes the time at which each frame begins, and finally the time at which the last one ends.
@@ -123,10 +124,47 @@ bool EncodeChecked(const Animation& animation, const WebpOptions& options, std::
         if (!AddFrame(encoder.get(), config, animation, frame, startOf())) return false;
         time += std::max(MillisecondsOf(frame), 0);
     }
+    return WebPAnimEncoderAdd(encoder.get(), nullptr, startOf(), nullptr) &&
+           WebPAnimEncoderAssemble(encoder.get(), &assembled->data);
+}
+
+bool PushPart(WebPMux* mux, const WebpPart& part) {
+    WebPMuxFrameInfo info = {};
+    info.bitstream = {part.data.data(), part.data.size()};
+    info.x_offset = part.place.left;
+    info.y_offset = part.place.top;
+    info.duration = part.milliseconds;
+    info.id = WEBP_CHUNK_ANMF;
+    info.dispose_method = part.clears ? WEBP_MUX_DISPOSE_BACKGROUND : WEBP_MUX_DISPOSE_NONE;
+    info.blend_method = part.blends ? WEBP_MUX_BLEND : WEBP_MUX_NO_BLEND;
+    return WebPMuxPushFrame(mux, &info, 0) == WEBP_MUX_OK;
+}
+
+bool AssembleParts(const Animation& animation, const std::vector<WebpPart>& parts, AssembledFile* assembled) {
+    const Mux mux(WebPMuxNew());
+    const WebPMuxAnimParams params = AnimationParams(animation);
+    return mux &&
+           std::all_of(parts.begin(), parts.end(),
+                       [&](const WebpPart& part) { return PushPart(mux.get(), part); }) &&
+           WebPMuxSetCanvasSize(mux.get(), animation.width, animation.height) == WEBP_MUX_OK &&
+           WebPMuxSetAnimationParams(mux.get(), &params) == WEBP_MUX_OK &&
+           WebPMuxAssemble(mux.get(), &assembled->data) == WEBP_MUX_OK;
+}
+
+bool EncodeAll(const Animation& animation, const WebpOptions& options, AssembledFile* assembled) {
+    WebPConfig config;
+    if (!Configure(options, &config)) return false;
+    if (options.kind == WebpKind::Lossy) return EncodeInTurn(animation, config, assembled);
+    std::vector<WebpPart> parts;
+    if (!PlanWebpParts(animation, &parts)) return false;
+    if (parts.size() == 1) return EncodeInTurn(animation, config, assembled);
+    EncodeWebpParts(animation, config, options.jobs, &parts);
+    return AssembleParts(animation, parts, assembled);
+}
+
+bool EncodeChecked(const Animation& animation, const WebpOptions& options, std::vector<uint8_t>* file) {
     AssembledFile assembled;
-    if (!WebPAnimEncoderAdd(encoder.get(), nullptr, startOf(), nullptr) ||
-        !WebPAnimEncoderAssemble(encoder.get(), &assembled.data))
-        return false;
+    if (!EncodeAll(animation, options, &assembled)) return false;
     file->assign(assembled.data.bytes, assembled.data.bytes + assembled.data.size);
     return AddNotes(animation, file);
 }

@@ -149,6 +149,9 @@ TEST(WriterJobs, A_job_that_fails_leaves_no_file) {
         EXPECT_FALSE(EncodeApng(animation, &file, &error, {.jobs = runner}));
         EXPECT_EQ(error, "there is not enough memory to write the PNG file");
         EXPECT_TRUE(file.empty());
+        EXPECT_FALSE(EncodeWebp(animation, &file, &error, {.jobs = runner}));
+        EXPECT_EQ(error, "there is not enough memory to write the WebP file");
+        EXPECT_TRUE(file.empty());
         if (failingJob >= kMadeAhead) continue;
         EXPECT_FALSE(WritePngFrames(path, animation, &error, nullptr, {.jobs = runner}));
         EXPECT_THAT(error, ::testing::EndsWith(": there is not enough memory to write the PNG file."));
