@@ -62,20 +62,22 @@ bool Paint(const WorkingImage* canvas, int32_t n, uint16_t* counters, WorkingIma
     const size_t stride = static_cast<size_t>(canvas->width) + kReadAhead;
     const Scratch<uint8_t> levels(stride * static_cast<size_t>(canvas->height) + kReadAhead);
     const Scratch<DiamondSpan> spans(2 * static_cast<size_t>(n) + 1);
-    const Scratch<size_t> winners(static_cast<size_t>(canvas->width));
+    const Scratch<int32_t> winners(kPaintedRows * static_cast<size_t>(canvas->width));
     if (!levels || !spans || !winners) return false;
     ComputeLevels(canvas, levels.address, stride);
     ListSpans(n, spans.address);
     const Diamond diamond = {n, spans.address};
-    const LevelPlane plane = {levels.address, stride};
-    for (int32_t r = n; r < canvas->height - n - 1; ++r) {
-        PaintRow(diamond, plane, r, n, count, counters, winners.address);
-        uint8_t* to = StoredRow(out, r) + 3 * static_cast<size_t>(n);
-        for (int32_t i = 0; i < count; ++i, to += 3) {
-            const size_t row = winners.address[i] / stride;
-            std::memcpy(
-                to, StoredRow(canvas, static_cast<int32_t>(row)) + 3 * (winners.address[i] - row * stride),
-                3);
+    const LevelPlane plane = {levels.address, stride, static_cast<size_t>(StrideOf(canvas))};
+    const int32_t end = canvas->height - n - 1;
+    for (int32_t r = n; r < end; r += kPaintedRows) {
+        const int32_t rows = std::min(kPaintedRows, end - r);
+        PaintRows(diamond, plane, r, rows, n, count, counters, winners.address);
+        const int32_t* winner = winners.address;
+        for (int32_t k = 0; k < rows; ++k) {
+            uint8_t* to = StoredRow(out, r + k) + 3 * static_cast<size_t>(n);
+            const uint8_t* from = StoredRow(canvas, r + k) + 3 * static_cast<size_t>(n);
+            for (int32_t i = 0; i < count; ++i, ++winner, to += 3, from += 3)
+                std::memcpy(to, from + *winner, 3);
         }
     }
     return true;

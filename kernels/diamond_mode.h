@@ -24,6 +24,7 @@ struct Diamond {
 struct LevelPlane {
     const uint8_t* levels;
     size_t stride;
+    size_t pictureStride;  // of the picture itself, whose pixels have three bytes
 };
 
 // Counters of the painter, zeroed: for each level, and for each count how many levels have it.
@@ -32,10 +33,13 @@ constexpr size_t CounterCount(int32_t reach) {
     return 256 + 2 * n * (n + 1) + 2;
 }
 
-// Finds, for each of the `count` pixels of row r from column x on, the offset in the plane of the pixel whose
-// colour it takes. That is the last pixel, in visiting order, of the level with the most pixels in the
-// diamond. If several levels have equally many, it is the level that was first to reach its final count.
-void PaintRow(const Diamond& diamond, const LevelPlane& plane, int32_t r, int32_t x, int32_t count,
-              uint16_t* counters, size_t* winners);
+constexpr int32_t kPaintedRows = 8;  // rows that are painted together
+
+// Finds, for each of the `count` pixels from column x on in each of at most kPaintedRows rows from r on, the
+// pixel whose colour it takes: how many bytes that stands behind it in the picture. It is the last pixel, in
+// visiting order, of the level with the most pixels in the diamond. If several levels have equally many, it
+// is the level that was first to reach its final count.
+void PaintRows(const Diamond& diamond, const LevelPlane& plane, int32_t r, int32_t rows, int32_t x,
+               int32_t count, uint16_t* counters, int32_t* winners);
 
 }  // namespace kfx
