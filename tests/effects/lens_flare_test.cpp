@@ -146,6 +146,15 @@ TEST(LensFlare, A_halo_is_brightest_near_its_rim_and_fades_to_nothing_at_its_cen
     EXPECT_EQ(GetDibPixel(lock.image, 0, 50), 0u);
 }
 
+TEST(LensFlare, What_stands_beside_a_colour_is_none_of_its_shares) {
+    const float shares[] = {1, 0, 0, 0, 1};
+    const Picture picture = FlatPicture(31, 31, 0);
+    const ImageLock lock(picture.handle);
+    std::vector<float> strengths(31);
+    PaintFlareSpot(lock.image, {shares + 1, 14.0, 15, 15, FlareKind::Spot}, strengths.data());
+    EXPECT_TRUE(SamePicture(picture.handle, FlatPicture(31, 31, 0).handle));
+}
+
 TEST(LensFlare, Square_roots_of_whole_sums_are_the_distances) {
     int32_t differences = 0;
     for (int32_t dx = 0; dx < 4200; ++dx)

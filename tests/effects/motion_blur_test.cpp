@@ -99,6 +99,21 @@ TEST(MotionBlur, Equals_its_reference_beyond_the_panels_range) {
                 EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {depth, radius, angle}));
 }
 
+// The low parts of these weights are as large as they can be: their sums would not fit the vector code's
+// words.
+TEST(MotionBlur, Equals_its_reference_with_more_taps_than_vector_code_can_sum) {
+    const Picture source = FlatPicture(64, 40, 0xFFFFFF);
+    {
+        const ImageLock lock(source.handle);
+        for (int32_t y = 0; y < 40; ++y)
+            for (int32_t x = 0; x < 64; ++x)
+                SetDibPixel(lock.image, x, y,
+                            0xFFFFFF - static_cast<uint32_t>((7 * x + 5 * y) % 4) * 0x010101);
+    }
+    for (const int32_t radius : {546, 585})
+        EXPECT_TRUE(SameAsReference(kMotionBlur, source.handle, {INT32_MAX, radius, 90}, 0xFFFFFF));
+}
+
 TEST(MotionBlur, Radius_five_smears_over_eleven_taps) {
     const Picture result = Apply(kMotionBlur, Dot(40, 9, 20, 4).handle, {50, 5, 90}, 0);
     for (int32_t x = 0; x < 40; ++x) EXPECT_EQ(Lit(result, x, 4), x >= 10 && x <= 20) << x;

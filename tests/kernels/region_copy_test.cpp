@@ -70,6 +70,15 @@ TEST(CropImage, Leaves_pixels_outside_the_source_zero_and_refuses_empty_rectangl
     EXPECT_EQ(CropImage(source.handle, {INT32_MIN, 0, INT32_MAX, 4}), nullptr);
 }
 
+TEST(CropImage, May_be_as_wide_as_numbers_of_32_bits_go) {
+    const Picture source = RandomPicture(9, 1, 3, 1);
+    const Picture wide(CropImage(source.handle, {0, 0, INT32_MAX, 1}));  // a quarter of a GiB
+    const ImageLock lock(wide.handle);
+    ASSERT_TRUE(lock);
+    EXPECT_EQ(lock->width, INT32_MAX);
+    for (int32_t x = 0; x < 9; ++x) EXPECT_EQ(GetDibPixel(lock.image, x, 0), PixelOf(source.handle, x, 0));
+}
+
 TEST(CropImage, Takes_a_single_pixel_or_none_of_the_source) {
     const Picture source = RandomPicture(4, 4, 2);
     const Picture pixel(CropImage(source.handle, {1, 2, 2, 3}));

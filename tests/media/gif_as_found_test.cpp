@@ -231,6 +231,10 @@ TEST(GifAsFound, Absurd_sizes_are_refused_before_anything_is_allocated) {
     EXPECT_EQ(
         ErrorOf(file, limits),
         "the picture of 65535 x 65535 has 4294836225 pixels; the limit is 536870912 (--more 4295 raises it)");
+    limits.raisedUpTo = 4295;
+    EXPECT_EQ(
+        ErrorOf(file, limits),
+        "the picture of 65535 x 65535 has 4294836225 pixels; the limit is 536870912 (--more 4295 raises it)");
     limits.raisedUpTo = 4294;
     EXPECT_EQ(
         ErrorOf(file, limits),

@@ -192,6 +192,17 @@ TEST(GifEdges, A_comment_that_the_end_of_the_file_cuts_is_kept_so_far) {
     }
 }
 
+// The text's end is what tells it from the blocks behind it.
+TEST(GifEdges, XMP_that_the_end_of_the_file_cuts_is_none) {
+    Bytes file = test::BuildGif(test::Gif(1, 1, {test::Part("R")}));
+    file.pop_back();  // the trailer
+    const Bytes begun = Joined(Joined(file, {0x21, 0xFF, 11}), BytesOf("XMP DataXMP<x:xmpmeta>"));
+    const Animation cut = ReadOrFail(begun);
+    EXPECT_EQ(cut.frames.size(), 1u);
+    EXPECT_TRUE(cut.metadata.xmp.empty());
+    EXPECT_NE(cut.warning, "");
+}
+
 TEST(GifEdges, A_screen_without_one_side_takes_that_of_the_first_image) {
     const Animation low = ReadOrFail(test::BuildGif(test::Gif(5, 0, {test::Part("RGB/RGB")})));
     EXPECT_EQ(low.width, 5);

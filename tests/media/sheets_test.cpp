@@ -208,6 +208,8 @@ TEST(ContactSheet, A_comparison_shows_the_same_frames_of_both) {
         EXPECT_EQ(CountPixels(sheet, {0, static_cast<uint8_t>(100 + frame), 0}), 64u);
     }
     EXPECT_EQ(CountPixels(sheet, {101, 0, 0}), 0u);
+    EXPECT_EQ(DrawComparison("", source, result, 0, 50, 50).pixels,
+              DrawComparison("", source, result, 1, 50, 50).pixels);
 }
 
 TEST(ContactSheet, A_comparison_counts_frames_from_0) {

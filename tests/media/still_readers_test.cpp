@@ -167,6 +167,7 @@ TEST(BmpReader, Indices_of_one_four_and_eight_bits_are_kept) {
     EXPECT_EQ(ShowFrame(four, 0), "RGW");
     ASSERT_TRUE(four.frames[0].indexed);
     EXPECT_EQ(four.frames[0].indices, (Bytes{1, 2, 7}));
+    EXPECT_TRUE(four.hasGlobalPalette);
     EXPECT_EQ(four.globalPalette, test::TextPalette());
     const Animation beyond = ReadStill(MakeBmp(2, 1, 8, 0, BmpPalette(3), {2, 200, 0, 0}));
     EXPECT_EQ(ShowFrame(beyond, 0), "GK");

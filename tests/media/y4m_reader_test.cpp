@@ -113,6 +113,14 @@ TEST(Y4mReader, Rows_share_samples_as_columns_do) {
     ExpectPixel(animation, 0, 2, WithCr(140));
 }
 
+TEST(Y4mReader, Rows_that_share_no_samples_have_their_own) {
+    const Animation animation = Read(Stream("W2 H2 C422", {{126, 126, 126, 126, 128, 128, 100, 140}}));
+    ExpectPixel(animation, 0, 0, WithCr(100));
+    ExpectPixel(animation, 1, 0, WithCr(100));
+    ExpectPixel(animation, 0, 1, WithCr(140));
+    ExpectPixel(animation, 1, 1, WithCr(140));
+}
+
 TEST(Y4mReader, Odd_sides_have_a_sample_of_their_own_at_the_end) {
     const Bytes samples = {126, 126, 126, 126, 126, 126, 126, 126, 126,
                            128, 128, 128, 128, 100, 100, 100, 140};
