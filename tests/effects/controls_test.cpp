@@ -66,5 +66,18 @@ TEST(EffectTable, Rows_keep_the_numbers_that_configuration_files_hold) {
     for (size_t i = 0; i < std::size(names); ++i) EXPECT_STREQ(EffectAt(i)->name, names[i]);
 }
 
+TEST(EffectTable, No_row_answers_questions_or_needs_to_be_told) {
+    for (size_t i = 0; i < EffectCount(); ++i) {
+        const EffectDescriptor* row = DescriptorAt(i);
+        EXPECT_STREQ(row->name, EffectAt(i)->name);
+        EXPECT_EQ(row->reserved, nullptr) << row->name;
+        for (int32_t number = 0; number < 5; ++number) {
+            EXPECT_EQ(row->query(nullptr, number), -1) << row->name;
+            EXPECT_EQ(row->notify(nullptr, static_cast<uint32_t>(number)), 1) << row->name;
+        }
+    }
+    EXPECT_EQ(DescriptorAt(EffectCount()), nullptr);
+}
+
 }  // namespace
 }  // namespace kfx::test
