@@ -265,6 +265,17 @@ TEST(Quantize, Transparent_pixels_take_an_index_of_their_own) {
         EXPECT_EQ(frame.indices[i] == 255, noise.frames[0].pixels[4 * i + 3] == 0);
 }
 
+TEST(Quantize, Few_colours_stand_before_the_entry_of_transparent_pixels) {
+    Picture picture = FlatPicture(2, 2, {10, 20, 30});
+    const Bytes others = {0, 0, 0, 0, 200, 90, 90, 255};
+    std::copy(others.begin(), others.end(), picture.pixels.begin() + 4);
+    GifFrame frame;
+    QuantizeFrame(picture.pixels.data(), 2, 2, 256, &frame);
+    EXPECT_EQ(frame.indices, (Bytes{0, 2, 1, 0}));
+    EXPECT_EQ(frame.transparentIndex, 2);
+    EXPECT_EQ(frame.palette.size(), 3u);
+}
+
 TEST(Quantize, Each_colour_goes_to_its_nearest_entry_of_a_small_palette) {
     const Animation noise = test::RandomAnimation(30, 30, 1, 43, false);
     GifFrame frame;
