@@ -276,6 +276,18 @@ TEST(Quantize, Few_colours_stand_before_the_entry_of_transparent_pixels) {
     EXPECT_EQ(frame.palette.size(), 3u);
 }
 
+TEST(Quantize, A_single_transparent_pixel_takes_one_of_256_entries) {
+    Picture picture = FlatPicture(257, 1, {0, 0, 0});
+    for (size_t i = 0; i < 256; ++i) picture.pixels[4 * i] = static_cast<uint8_t>(i);
+    picture.pixels[4 * 256 + 3] = 0;
+    GifFrame frame;
+    EXPECT_FALSE(IndexFrame(picture.pixels.data(), 257, 1, &frame));
+    EXPECT_TRUE(IndexFrame(picture.pixels.data(), 256, 1, &frame));
+    QuantizeFrame(picture.pixels.data(), 257, 1, 256, &frame);
+    EXPECT_EQ(frame.palette.size(), 256u);
+    EXPECT_EQ(frame.transparentIndex, 255);
+}
+
 TEST(Quantize, Each_colour_goes_to_its_nearest_entry_of_a_small_palette) {
     const Animation noise = test::RandomAnimation(30, 30, 1, 43, false);
     GifFrame frame;
