@@ -212,6 +212,13 @@ TEST(ContactSheet, A_comparison_shows_the_same_frames_of_both) {
               DrawComparison("", source, result, 1, 50, 50).pixels);
 }
 
+TEST(ContactSheet, Small_pictures_are_up_to_eight_times_as_large) {
+    EXPECT_EQ(TimesAsLarge(10, 10, 9, 100), 1);
+    EXPECT_EQ(TimesAsLarge(10, 20, 60, 60), 3);
+    EXPECT_EQ(TimesAsLarge(20, 10, 60, 60), 3);
+    EXPECT_EQ(TimesAsLarge(1, 1, 100, 100), 8);
+}
+
 TEST(ContactSheet, A_comparison_counts_frames_from_0) {
     Animation animation;
     animation.width = animation.height = 8;
