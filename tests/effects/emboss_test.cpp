@@ -4,7 +4,9 @@
 #include <vector>
 
 #include "framework/effect_operations.h"
+#include "framework/math/elementary.h"
 #include "kernels/convolution.h"
+#include "kernels/emboss_estimate.h"
 #include "tests/effects/expected_controls.h"
 #include "tests/support/effect_checks.h"
 
@@ -151,6 +153,31 @@ TEST(ConvolveImage, Refuses_even_matrices_and_pictures_smaller_than_them) {
     EXPECT_EQ(ConvolveImage(RandomPicture(4, 9, 1).handle, 5, matrix.data()), nullptr);
     EXPECT_EQ(ConvolveImage(RandomPicture(9, 4, 1).handle, 5, matrix.data()), nullptr);
     EXPECT_EQ(ConvolveImage(nullptr, 5, matrix.data()), nullptr);
+}
+
+TEST(EmbossWithinBound, Takes_true_colour_pictures_that_hold_the_matrix) {
+    constexpr int32_t kSide = 5;
+    constexpr double kSigma = 2;
+    std::vector<double> matrix;
+    for (int32_t ky = -2; ky <= 2; ++ky)
+        for (int32_t kx = -2; kx <= 2; ++kx) {
+            const double weight = 8 * Exp(-(kx * kx + ky * ky) / (kSigma * kSigma));
+            matrix.push_back(kx == -ky ? 0 : kx >= 0 && ky >= 0 ? weight : -weight);
+        }
+    const auto fast = [&](const Picture& source) {
+        return Picture(EmbossWithinBound(source.handle, kSide, matrix.data(), kSigma));
+    };
+    for (const Size size : {Size{5, 5}, Size{40, 5}, Size{5, 40}}) {
+        const Picture source = RandomPicture(size.width, size.height, 4);
+        const Picture result = fast(source);
+        ASSERT_NE(result.handle, nullptr);
+        EXPECT_TRUE(
+            SamePicture(result.handle, Picture(ConvolveImage(source.handle, kSide, matrix.data())).handle));
+    }
+    EXPECT_EQ(fast(RandomPicture(4, 9, 4)).handle, nullptr);
+    EXPECT_EQ(fast(RandomPicture(9, 4, 4)).handle, nullptr);
+    EXPECT_EQ(fast(RandomPicture(9, 9, 4, 8)).handle, nullptr);
+    EXPECT_EQ(fast(Picture()).handle, nullptr);
 }
 
 // Even slopes: sums lie on a boundary nearly everywhere.
