@@ -201,6 +201,7 @@ TEST(LzwDecoder, Codes_are_read_across_blocks_of_any_length) {
 
 TEST(LzwDecoder, A_missing_clear_code_at_the_beginning_does_no_harm) {
     EXPECT_EQ(Decoded(DataOf(2, {{3, 3}, {6, 3}, {5, 3}}, 255)), (Bytes{3, 3, 3}));
+    EXPECT_EQ(Decoded(DataOf(2, {{1, 3}, {2, 3}, {7, 3}, {5, 4}}, 255)), (Bytes{1, 2, 2, 2}));
 }
 
 // The first code takes a bit, or two, and others one more.
