@@ -7,6 +7,7 @@
 
 #include "media/animation.h"
 #include "media/file_io.h"
+#include "media/orientation.h"
 #include "tests/media/reading.h"
 
 namespace kfx {
@@ -180,7 +181,10 @@ TEST(JpegReader, EXIF_without_a_sound_orientation_is_kept_as_it_is) {
     const Bytes file = Load("grey.jpg");
     const std::string whole = MakeExif(6, true);
     std::vector<std::string> unsound = {MakeExif(0, true), MakeExif(9, false), "XX" + whole.substr(2), "MM"};
-    for (size_t length = 1; length < 30; ++length) unsound.push_back(whole.substr(0, length));
+    for (size_t length = 1; length < 30; ++length) {
+        unsound.push_back(whole.substr(0, length));
+        EXPECT_EQ(OrientationNumber(Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length))), 0);
+    }
     std::string other = whole;
     other[25] = 4;  // the type
     unsound.push_back(other);

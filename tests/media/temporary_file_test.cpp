@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <fstream>
 #include <thread>
 
@@ -55,6 +56,17 @@ TEST_F(TemporaryFiles, What_a_killed_program_left_is_removed_when_its_result_is_
     std::string error;
     EXPECT_TRUE(ReadWholeFile(target, &content, &error));
     EXPECT_EQ(content, (Bytes{1, 2, 3}));
+}
+
+TEST_F(TemporaryFiles, Without_a_free_name_there_is_none) {
+    for (int number = 0; number < 1000; ++number)
+        Put("x.gif.kestrel-part" + (number > 0 ? std::to_string(number) : std::string()), "");
+    TemporaryFile file;
+    int reason = 0;
+    EXPECT_FALSE(MakeTemporaryFile(PathOf(target), nullptr, true, &file, &reason));
+    EXPECT_EQ(reason, EEXIST);
+    EXPECT_TRUE(file.path.empty());
+    EXPECT_TRUE(Has("x.gif.kestrel-part999"));
 }
 
 #ifndef _WIN32
