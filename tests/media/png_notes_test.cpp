@@ -155,6 +155,18 @@ TEST(PngNotes, Written_notes_are_read_back) {
     }
 }
 
+// Its colour space stands at bytes 16 to 19 of a profile.
+TEST(PngNotes, Only_a_profile_of_greys_goes_with_a_grey_picture) {
+    Metadata metadata;
+    EXPECT_TRUE(MayBeGrey(metadata));
+    metadata.colorProfile = Joined(Bytes(16, 0), {'G', 'R', 'A', 'Y'});
+    EXPECT_TRUE(MayBeGrey(metadata));
+    metadata.colorProfile.pop_back();
+    EXPECT_FALSE(MayBeGrey(metadata));
+    metadata.colorProfile = Joined(Bytes(16, 0), {'R', 'G', 'B', ' '});
+    EXPECT_FALSE(MayBeGrey(metadata));
+}
+
 TEST(PngNotes, A_comment_without_a_known_alphabet_is_latin) {
     Animation source = WithNotes(1);
     source.comment = std::string("caf\xE9\0", 5);
