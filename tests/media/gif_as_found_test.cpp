@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // GIF files as they occur: against the format's rules, but shown by viewers; and files that are refused at
 // once.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "media/animation.h"
+#include "media/readers.h"
 #include "tests/media/reading.h"
 
 namespace kfx {
@@ -259,6 +261,16 @@ TEST(GifAsFound, The_budget_counts_all_frames_together) {
     EXPECT_EQ(ErrorOf(file, limits),
               "the 3 frames of 1000 x 1000 together have 3000000 pixels; the limit is 2999999 (--more 3 "
               "raises it)");
+}
+
+TEST(GifAsFound, The_budget_counts_as_far_as_numbers_go) {
+    PixelBudget budget;
+    std::string error;
+    EXPECT_FALSE(SpendFrames(&budget, 2, 1, UINT64_MAX / 2, &error));
+    EXPECT_THAT(error, ::testing::HasSubstr(" 18446744073709551614 pixels"));
+    EXPECT_FALSE(SpendFrames(&budget, 2, 1, UINT64_MAX / 2 + 1, &error));
+    EXPECT_THAT(error, ::testing::HasSubstr(" 18446744073709551615 pixels"));
+    EXPECT_EQ(budget.spent, 0u);
 }
 
 TEST(GifAsFound, Too_many_frames_are_refused_before_the_first_is_decoded) {
