@@ -191,6 +191,7 @@ TEST(MotionBlur, Any_setting_and_refused_memory_are_survived) {
     ExpectAnyValueIsSurvived(kMotionBlur, {25, 5, 45});
     ExpectRefusedMemoryIsSurvived(kMotionBlur, RandomPicture(30, 20, 1).handle, {25, 5, 45});
     ExpectRefusedMemoryIsSurvived(kMotionBlur, RandomPicture(30, 20, 1).handle, {25, 0, 45});
+    ExpectRefusedMemoryIsSurvived(kMotionBlur, RandomPicture(30, 20, 1).handle, {25, 100, 45});
 }
 
 }  // namespace

@@ -54,6 +54,7 @@ TEST(PngNotes, Comments_stand_in_three_kinds_of_chunk) {
     EXPECT_EQ(CommentOf({{kLatin, Joined(kKey, {0xF5, 0x80, 0x80, 0x80})}}),
               "\xC3\xB5\xC2\x80\xC2\x80\xC2\x80");
     EXPECT_EQ(CommentOf({{kLatin, Joined(kKey, {0xE2, 0x82})}}), "\xC3\xA2\xC2\x82") << "half a letter";
+    EXPECT_EQ(CommentOf({{kLatin, Joined(kKey, {0x7F, 0xE9})}}), "\x7F\xC3\xA9");
     EXPECT_EQ(CommentOf({{kPackedLatin, Joined(Joined(kKey, {0}), Packed({'h', 'i'}))}}), "hi");
     const Bytes names = {'e', 'n', 0, 'K', 0};
     EXPECT_EQ(CommentOf({{kUtf8, Joined(Joined(kKey, {0, 0}), Joined(names, {'y'}))}}), "y");

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "framework/math/elementary.h"
 #include "kernels/math_rows.h"
 #include "tests/framework/math/arguments.h"
@@ -39,6 +41,19 @@ TEST(ElementaryPatterns, Are_what_MPFR_computed) {
             << pattern.function << "(" << pattern.x << ", " << pattern.y << ")";
         EXPECT_TRUE(SameNumber(ComputeInRow(pattern), pattern.value))
             << "row of " << pattern.function << "(" << pattern.x << ", " << pattern.y << ")";
+    }
+}
+
+// As annex F of the C standard has it.
+TEST(ElementaryPatterns, Infinite_powers_depend_on_the_side_of_one) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    for (const double sign : {1.0, -1.0}) {
+        EXPECT_EQ(Pow(sign, kInfinity), 1);
+        EXPECT_EQ(Pow(sign, -kInfinity), 1);
+        EXPECT_EQ(Pow(sign * 2, kInfinity), kInfinity);
+        EXPECT_EQ(Pow(sign * 2, -kInfinity), 0);
+        EXPECT_EQ(Pow(sign * 0.5, kInfinity), 0);
+        EXPECT_EQ(Pow(sign * 0.5, -kInfinity), kInfinity);
     }
 }
 
