@@ -168,6 +168,28 @@ TEST(PngNotes, Only_a_profile_of_greys_goes_with_a_grey_picture) {
     EXPECT_FALSE(MayBeGrey(metadata));
 }
 
+TEST(PngNotes, A_grey_picture_can_say_a_grey_background_only) {
+    Bytes pixels;
+    for (int i = 0; i < 64 * 64; ++i) {
+        const auto level = static_cast<uint8_t>(i * 37);
+        pixels.insert(pixels.end(), {level, level, level, 255});
+    }
+    for (const RgbColor background : {RgbColor{77, 77, 77}, RgbColor{77, 77, 78}}) {
+        Animation notes, read;
+        notes.hasBackground = true;
+        notes.background = background;
+        Bytes file;
+        std::string error;
+        ASSERT_TRUE(EncodePng(64, 64, pixels.data(), &file, &error, notes)) << error;
+        ASSERT_EQ(file[25], kPngGrey);  // in the header
+        ASSERT_TRUE(ReadAnimationFromMemory(file.data(), file.size(), &read, &error)) << error;
+        EXPECT_EQ(read.hasBackground, background.blue == 77);
+        if (read.hasBackground) {
+            EXPECT_EQ(read.background, background);
+        }
+    }
+}
+
 TEST(PngNotes, A_comment_without_a_known_alphabet_is_latin) {
     Animation source = WithNotes(1);
     source.comment = std::string("caf\xE9\0", 5);
