@@ -161,13 +161,22 @@ def built_natively(tree):
 
 
 def read_explanations():
-    """(path, line as it stands, old, new): why."""
+    """(path, line as it stands, old, new): why, and the places in the line that are meant, none for each of them."""
     rows = {}
     for line in (Path(__file__).parent / "explained.tsv").read_text().splitlines():
         if line and not line.startswith("#"):
             path, text, old, new, why = line.split("\t")
-            rows[path, text, old, new] = why
+            places = [at.start() - 2 * i for i, at in enumerate(re.finditer("«.*?»", text))]
+            rows[path, re.sub("[«»]", "", text), old, new] = (why, places)
     return rows
+
+
+def explanation_of(change, sources, explanations):
+    """Why no test can see this change; "" where that is not known."""
+    line = sources[change.path].splitlines()[change.line - 1]
+    why, places = explanations.get((change.path, line.strip(), change.old, change.new), ("", []))
+    at = change.column - (len(line) - len(line.lstrip()))
+    return why if not places or at in places else ""
 
 
 def noticed_by(tree, change, sources, commands):
@@ -228,7 +237,7 @@ def main():
         elif program:
             noticed += 1
             say(f"{change} noticed by {program}")
-        elif why := explanations.get((change.path, line, change.old, change.new)):
+        elif why := explanation_of(change, sources, explanations):
             explained += 1
             say(f"{change} explained: {why}")
         else:
