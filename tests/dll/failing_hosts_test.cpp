@@ -19,12 +19,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-using DoBuild = uint64_t(WINAPI*)(HWND, const HostContext*);
-
-DoBuild EntryOf(HMODULE library) {
-    return reinterpret_cast<DoBuild>(reinterpret_cast<void*>(GetProcAddress(library, "PLUGIN16DoBuild")));
-}
-
 constexpr char kNoTask[] = "Error creating new task.";
 constexpr char kNoImage[] = "There has been an error adding an image to the current file object.";
 

@@ -12,6 +12,7 @@
 
 #include "resources/resource_ids.h"
 #include "tests/dll/support/window_test.h"
+#include "tests/support/full_disk_windows.h"
 #include "tests/support/import_patch.h"
 
 namespace kfx::test {
@@ -230,21 +231,6 @@ TEST_F(DocumentFiles, At_the_end_of_the_longest_path_are_written_and_read) {
     EXPECT_THAT(session.Messages(), IsEmpty());
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("CurrentFileName = " + longest + "\r\n"));
-}
-
-// As a system does that fills the disk to its last byte.
-DWORD freeBytes = 0;
-
-BOOL WINAPI WriteToFullDisk(HANDLE file, const void* bytes, DWORD size, DWORD* written,
-                            OVERLAPPED* overlapped) {
-    if (freeBytes == 0 && size > 0) {
-        *written = 0;
-        SetLastError(ERROR_DISK_FULL);
-        return FALSE;
-    }
-    const DWORD part = size < freeBytes ? size : freeBytes;
-    freeBytes -= part;
-    return WriteFile(file, bytes, part, written, overlapped);
 }
 
 TEST_F(DocumentFiles, That_do_not_fit_on_the_disk_are_told_and_the_name_stays) {

@@ -32,12 +32,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-using DoBuild = uint64_t(WINAPI*)(HWND, const HostContext*);
-
-DoBuild EntryOf(HMODULE library) {
-    return reinterpret_cast<DoBuild>(reinterpret_cast<void*>(GetProcAddress(library, "PLUGIN16DoBuild")));
-}
-
 HostCallback answeringHost = nullptr;
 
 // What a host hands over in place of an animation.

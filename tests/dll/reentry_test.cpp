@@ -19,12 +19,8 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-using DoBuild = uint64_t(WINAPI*)(HWND, const HostContext*);
-
 uint64_t RunAgain(const HostContext& context) {
-    const auto doBuild = reinterpret_cast<DoBuild>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kfxplug1.dll"), "PLUGIN16DoBuild")));
-    return doBuild(nullptr, &context);
+    return EntryOf(GetModuleHandleA("kfxplug1.dll"))(nullptr, &context);
 }
 
 TEST(RunTwiceInOwnWindow, Inside_a_request_it_is_refused_and_the_window_goes_on) {

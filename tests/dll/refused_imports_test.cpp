@@ -38,9 +38,7 @@ bool runAgain = false;          // inside the next request for progress
 uint64_t RunAgainAndAnswer(uint64_t target, uint32_t request, uint64_t word, uint64_t pointer) {
     if (runAgain && static_cast<HostRequest>(request) == HostRequest::Progress) {
         runAgain = false;
-        const auto doBuild = reinterpret_cast<uint64_t(WINAPI*)(HWND, const HostContext*)>(
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kfxplug1.dll"), "PLUGIN16DoBuild")));
-        EXPECT_EQ(doBuild(nullptr, nullptr), 0u);
+        EXPECT_EQ(EntryOf(GetModuleHandleA("kfxplug1.dll"))(nullptr, nullptr), 0u);
     }
     return answer(target, request, word, pointer);
 }

@@ -8,28 +8,10 @@
 #include "media/file_io.h"
 #include "tests/cli/test_files.h"
 #include "tests/driven/import_patch.h"
+#include "tests/support/full_disk_windows.h"
 
 namespace kfx::test {
 namespace {
-
-// What still fits on the disk that the C library writes to.
-DWORD freeBytes = 0;
-
-// As a system does that fills the disk to its last byte: a request that fits in part succeeds with that part
-// and leaves the last error as it was, the next one fails.
-BOOL WINAPI WriteToFullDisk(HANDLE file, const void* bytes, DWORD size, DWORD* written,
-                            OVERLAPPED* overlapped) {
-    if (freeBytes == 0 && size > 0) {
-        *written = 0;
-        SetLastError(ERROR_DISK_FULL);
-        return FALSE;
-    }
-    const DWORD part = size < freeBytes ? size : freeBytes;
-    freeBytes -= part;
-    if (!WriteFile(file, bytes, part, written, overlapped)) return FALSE;
-    if (part < size) SetLastError(ERROR_INVALID_PARAMETER);
-    return TRUE;
-}
 
 TEST(FullDisk, Is_the_reason_that_is_given) {
     const TemporaryFolder folder;

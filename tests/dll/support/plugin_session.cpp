@@ -313,6 +313,10 @@ std::vector<uint8_t> ShadedFrames(uint32_t count) {
 
 std::string PluginPath() { return FolderOfProgram() + "\\kfxplug1.dll"; }
 
+DoBuild EntryOf(HMODULE library) {
+    return reinterpret_cast<DoBuild>(reinterpret_cast<void*>(GetProcAddress(library, "PLUGIN16DoBuild")));
+}
+
 std::string ReadTextFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());

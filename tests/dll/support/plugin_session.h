@@ -147,6 +147,10 @@ std::vector<uint8_t> ShadedFrames(uint32_t count);
 // The DLL's path: it stands beside the test program.
 std::string PluginPath();
 
+// What a host calls of a loaded copy of it.
+using DoBuild = uint64_t(WINAPI*)(HWND, const HostContext*);
+DoBuild EntryOf(HMODULE library);
+
 std::string ReadTextFile(const std::string& path);
 void WriteTextFile(const std::string& path, const std::string& text);
 

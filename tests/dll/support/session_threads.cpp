@@ -90,8 +90,6 @@ void HoldShift() {
     SetKeyboardState(keys);
 }
 
-using DoBuild = uint64_t(WINAPI*)(HWND, const HostContext*);
-
 }  // namespace
 
 void RunWindow(PluginSession::State* state) {
@@ -100,11 +98,9 @@ void RunWindow(PluginSession::State* state) {
     windowMade = SetWindowsHookExA(WH_CBT, OnWindowMade, nullptr, GetCurrentThreadId());
     if (state->options.shiftHeld) HoldShift();
     state->windowThread = GetCurrentThreadId();
-    const auto doBuild =
-        reinterpret_cast<DoBuild>(reinterpret_cast<void*>(GetProcAddress(state->library, "PLUGIN16DoBuild")));
     const FloatingPointControls controlsBefore = ReadControls();
     if (state->options.controls.x87) SetControls(state->options.controls);
-    const uint64_t result = doBuild(parent, &state->host.context);
+    const uint64_t result = EntryOf(state->library)(parent, &state->host.context);
     const FloatingPointControls controlsAfter = ReadControls();
     SetControls(controlsBefore);
     if (windowMade) UnhookWindowsHookEx(std::exchange(windowMade, nullptr));
