@@ -6,6 +6,9 @@ set(libjpeg_vector_code OFF)
 if(NOT KFX_SANITIZE AND NOT MSVC AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     set(libjpeg_vector_code ON)
     enable_language(ASM_NASM)
+    # The assembler puts its input's full path into the object, from where it would reach the symbols of the programs
+    # and, as a checksum, the programs: each folder would make other bytes.
+    list(APPEND CMAKE_ASM_NASM_COMPILE_OBJECT "${CMAKE_OBJCOPY} --strip-debug <OBJECT>")
 endif()
 
 block()
