@@ -40,8 +40,7 @@ KFX_INLINE void LocateRun(const SampleRun& run) {
     const int32_t* distance = run.columns->distance.address + run.first;
     const double* sines = run.values;
     const double* cosines = run.values + run.columns->distinct;
-    const double dy = run.rowOffset, scaleX = run.scaleX, scaleY = run.scaleY;
-    const double centerX = run.centerX, centerY = run.centerY;
+    const double dy = run.rowOffset;
     double* __restrict x = run.x;
     double* __restrict y = run.y;
     // The look-ups have a loop of their own, so that the compiler vectorises the arithmetic.
@@ -52,8 +51,8 @@ KFX_INLINE void LocateRun(const SampleRun& run) {
     for (int32_t i = 0; i < run.count; ++i) {
         const double s = x[i];
         const double c = y[i];
-        x[i] = (c * dx[i] - s * dy) / scaleX + centerX;
-        y[i] = (s * dx[i] + c * dy) / scaleY + centerY;
+        x[i] = c * dx[i] - s * dy;
+        y[i] = s * dx[i] + c * dy;
     }
 }
 

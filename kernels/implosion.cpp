@@ -35,16 +35,15 @@ KFX_INLINE void LocateRun(const SampleRun& run) {
     const double* dx = run.columns->offset.address + run.first;
     const int32_t* distance = run.columns->distance.address + run.first;
     const double* factors = run.values;
-    const double dy = run.rowOffset, scaleX = run.scaleX, scaleY = run.scaleY;
-    const double centerX = run.centerX, centerY = run.centerY;
+    const double dy = run.rowOffset;
     double* __restrict x = run.x;
     double* __restrict y = run.y;
     // The look-ups have a loop of their own, so that the compiler vectorises the arithmetic.
     for (int32_t i = 0; i < run.count; ++i) x[i] = factors[distance[i]];
     for (int32_t i = 0; i < run.count; ++i) {
         const double factor = x[i];
-        x[i] = factor * dx[i] / scaleX + centerX;
-        y[i] = factor * dy / scaleY + centerY;
+        x[i] = factor * dx[i];
+        y[i] = factor * dy;
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "framework/cpu.h"
 #include "framework/memory_guards.h"
 #include "kernels/bilinear_sampler.h"
 
@@ -18,6 +19,14 @@ void FindRun(const RadialAxis& columns, double rowSquare, double radiusSquare, i
     *end = columns.size;
     while (*first < *end && square[distance[*first]] + rowSquare >= radiusSquare) ++*first;
     while (*end > *first && square[distance[*end - 1]] + rowSquare >= radiusSquare) --*end;
+}
+
+// Turns scaled offsets into places. At least one of the two scales is 1; dividing by it would change nothing.
+KFX_INLINE void Unscale(double* values, int32_t count, double scale, double center) {
+    if (scale == 1)
+        for (int32_t i = 0; i < count; ++i) values[i] += center;
+    else
+        for (int32_t i = 0; i < count; ++i) values[i] = values[i] / scale + center;
 }
 
 void CopyRun(const uint8_t* from, int32_t first, int32_t end, uint8_t* to) {
@@ -54,12 +63,9 @@ ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& di
                          .table = nullptr,
                          .row = fieldRow.address};
     KeepRadialField(&field, cache, distortion.key, distortion.keyBytes);
+    const auto unscale = Fastest<Unscale>();
     SampleRun run = {};
     run.columns = &columns;
-    run.centerX = distortion.centerX;
-    run.centerY = distortion.centerY;
-    run.scaleX = scales.x;
-    run.scaleY = scales.y;
     run.x = points.address;
     run.y = points.address + width;
     for (int32_t y = 0; y < source->height; ++y) {
@@ -75,6 +81,8 @@ ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& di
         run.rowOffset = rows.offset.address[y];
         run.values = RadialRowAt(field, y);
         distortion.locate(run);
+        unscale(run.x, run.count, scales.x, distortion.centerX);
+        unscale(run.y, run.count, scales.y, distortion.centerY);
         SampleRow(source, run.x, run.y, run.count, background, out + 3 * static_cast<size_t>(run.first));
     }
     return to.Release();

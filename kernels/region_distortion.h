@@ -8,18 +8,15 @@
 
 namespace kfx {
 
-// Where a run of pixels of one row is sampled.
+// Where a run of pixels of one row is sampled. Offsets are from the centre, and scaled so that the region is
+// a circle.
 struct SampleRun {
     int32_t first;
     int32_t count;
     const RadialAxis* columns;
     double rowOffset;
     const double* values;  // the row of the field: RadialRowAt()
-    double centerX;
-    double centerY;
-    double scaleX;  // offsets are scaled; dividing by these gives pixels
-    double scaleY;
-    double* x;  // out: `count` points each
+    double* x;             // out: `count` offsets each
     double* y;
 };
 

@@ -26,5 +26,14 @@ KFX_AVX2 inline void StoreFourPixels(__m128i pixels, uint8_t* out) {
     _mm_storeu_si32(out + 8, _mm_srli_si128(packed, 8));
 }
 
+// Writes eight 24-bit pixels. Pair k of four has the channels, 0 to 255 each, of pixel k in its lower and of
+// pixel k + 4 in its upper half.
+KFX_AVX2 inline void StorePairs(const __m256i* pairs, uint8_t* out) {
+    const __m256i bytes =
+        _mm256_packus_epi16(_mm256_packs_epi32(pairs[0], pairs[1]), _mm256_packs_epi32(pairs[2], pairs[3]));
+    StoreFourPixels(_mm256_castsi256_si128(bytes), out);
+    StoreFourPixels(_mm256_extracti128_si256(bytes, 1), out + 12);
+}
+
 }  // namespace kfx
 #endif

@@ -8,6 +8,7 @@
 
 #include "framework/cpu.h"
 #include "tests/reference/bilinear_reference.h"
+#include "tests/support/guarded_memory.h"
 #include "tests/support/pictures.h"
 
 namespace kfx::test {
@@ -42,9 +43,9 @@ TEST(BilinearSampler, A_point_just_left_of_the_picture_mixes_the_fallback_with_c
 
 TEST(BilinearSampler, Outside_the_picture_is_the_fallback) {
     const Picture picture = TwoColumns();
-    for (const double far : {-1.6, -1e300, 1e300, 40.0}) {
-        EXPECT_EQ(Sample(picture.handle, far, 1), kFallback);
-        EXPECT_EQ(Sample(picture.handle, 1, far), kFallback);
+    for (const double outside : {-1.6, -1e300, 1e300, 40.0}) {
+        EXPECT_EQ(Sample(picture.handle, outside, 1), kFallback);
+        EXPECT_EQ(Sample(picture.handle, 1, outside), kFallback);
     }
     EXPECT_EQ(Sample(picture.handle, 1.5, 1), kFallback);
     EXPECT_EQ(Sample(picture.handle, 1, 2.5), kFallback);
@@ -102,6 +103,44 @@ TEST(BilinearSampler, Rows_equal_the_reference_on_and_beside_every_pixel_boundar
     }
 }
 
+// Eight points are blended a turn, and one that is left out takes the others along to the plain path.
+TEST(BilinearSampler, One_tricky_column_among_seven_others_equals_the_reference) {
+    const Picture picture = RandomPicture(24, 9, 15);
+    for (const double tricky : TrickyCoordinates(24))
+        for (size_t at = 0; at < 8; ++at) {
+            std::vector<double> x(8), y(8);
+            for (size_t i = 0; i < 8; ++i) {
+                x[i] = i == at ? tricky : 2.31 + 1.7 * static_cast<double>(i);
+                y[i] = 0.9 * static_cast<double>(i) - 0.2;
+            }
+            ExpectRowsEqualReference(picture, x, y);
+        }
+}
+
+TEST(BilinearSampler, Tricky_rows_of_columns_inside_equal_the_reference) {
+    const Picture picture = RandomPicture(24, 9, 16);
+    std::vector<double> x;
+    for (int i = 0; i < 8; ++i) x.push_back(2.31 + 1.7 * i);
+    for (const double tricky : TrickyCoordinates(9)) {
+        ExpectRowsEqualReference(picture, x, std::vector<double>(8, tricky));
+        for (size_t at = 0; at < 8; ++at) {
+            std::vector<double> y(8, 3.3);
+            y[at] = tricky;
+            ExpectRowsEqualReference(picture, x, y);
+        }
+    }
+}
+
+// Rows of this width have no padding, and the top row is the last one in memory.
+TEST(BilinearSampler, Nothing_behind_the_last_pixel_is_read) {
+    const GuardedMemory guarded(GuardSide::Behind);
+    const Picture picture = RandomPicture(16, 4, 17);
+    for (int column = 6; column < 17; ++column)
+        for (const double right : {0.1, 0.9})
+            ExpectRowsEqualReference(picture, std::vector<double>(8, column - 0.5 + right),
+                                     std::vector<double>(8, -0.3));
+}
+
 TEST(BilinearSampler, Rows_of_any_length_equal_the_reference) {
     const Picture picture = RandomPicture(40, 30, 12);
     std::mt19937 random(5);
@@ -113,6 +152,55 @@ TEST(BilinearSampler, Rows_of_any_length_equal_the_reference) {
         }
         ExpectRowsEqualReference(picture, x, y);
     }
+}
+
+// Black and white at random, so that neighbours differ as much as they can.
+Picture BlackAndWhite(int32_t width, int32_t height) {
+    Picture picture = FlatPicture(width, height, 0);
+    const ImageLock lock(picture.handle);
+    std::mt19937 random(3);
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x) SetDibPixel(lock.image, x, y, random() % 2 ? 0xFFFFFF : 0);
+    return picture;
+}
+
+TEST(BilinearSampler, Points_on_and_beside_rounding_boundaries_equal_the_reference) {
+    const Picture picture = BlackAndWhite(64, 48);
+    std::vector<double> x, y;
+    for (int level = 0; level < 255; ++level)
+        for (const double beside :
+             {0.0, 1e-16, -1e-16, 1e-9, -1e-9, 1e-6, 1.5e-5, -1.5e-5, 3.1e-5, -3.1e-5, 1e-4})
+            for (const double down : {0.0, 0.25, 0.5, 0.999, (level + 0.5) / 255}) {
+                // The exact value of the level and a half, where both rows are black and then white.
+                x.push_back(static_cast<double>(x.size() % 55) - 0.5 + (level + 0.5) / 255 + beside);
+                y.push_back(static_cast<double>(x.size() % 41) - 0.5 + down);
+            }
+    ExpectRowsEqualReference(picture, x, y);
+    ExpectRowsEqualReference(picture, y, x);
+}
+
+TEST(BilinearSampler, Long_rows_of_random_points_equal_the_reference) {
+    const Picture picture = RandomPicture(300, 200, 13);
+    std::mt19937 random(6);
+    std::uniform_real_distribution<double> across(-2, 302);
+    std::uniform_real_distribution<double> down(-2, 202);
+    std::vector<double> x(100003), y(100003);
+    for (size_t i = 0; i < x.size(); ++i) {
+        // Mostly inside, so that few groups of points are left to the plain path.
+        x[i] = i % 50 ? 10 + across(random) * 0.9 : across(random);
+        y[i] = i % 50 ? 5 + down(random) * 0.9 : down(random);
+    }
+    ExpectRowsEqualReference(picture, x, y);
+}
+
+TEST(BilinearSampler, Columns_beyond_16_bits_equal_the_reference) {
+    const Picture picture = RandomPicture(70001, 3, 14);
+    std::vector<double> x, y;
+    for (double place = 65000.25; place < 70003; place += 0.37) {
+        x.push_back(place);
+        y.push_back(std::fmod(place, 2.0));
+    }
+    ExpectRowsEqualReference(picture, x, y);
 }
 
 }  // namespace
