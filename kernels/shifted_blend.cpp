@@ -73,55 +73,66 @@ void BlendRun(const WorkingImage* from, int32_t first, int32_t end, int32_t y, c
 
 // Four places, one in each lane.
 struct InnerPlaces {
-    alignas(16) float fx[4];
-    alignas(16) float fy[4];
-    alignas(16) int32_t offset[4];  // of the upper left neighbour, from the picture's top row
+    __m128 fx;
+    __m128 fy;
+    __m128i offset;  // of the upper left neighbour, from the picture's top row
 };
 
-// The two pixels at `pixels`, side by side in the halves of a register.
-KFX_AVX2 inline __m256 LoadPair(const uint8_t* pixels) {
-    const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-    const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pixels));
-    return _mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(_mm_shuffle_epi8(bytes, spread)));
-}
-
-KFX_AVX2 inline __m128 AddHalves(__m256 pair) {
-    return _mm_add_ps(_mm256_castps256_ps128(pair), _mm256_extractf128_ps(pair, 1));
-}
-
-// The truncated channels of place i in 32-bit lanes.
-KFX_AVX2 inline __m128i BlendPlace(const InnerPlaces& places, int i, const uint8_t* top, size_t stride) {
-    const uint8_t* upper = top + places.offset[i];
-    const __m128 one = _mm_set1_ps(1);
-    const __m128 fx = _mm_broadcast_ss(&places.fx[i]);
-    const __m128 fy = _mm_broadcast_ss(&places.fy[i]);
-    const __m256 weights = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_sub_ps(one, fx)), fx, 1);
-    const __m128 above = AddHalves(_mm256_mul_ps(LoadPair(upper), weights));
-    const __m128 below = AddHalves(_mm256_mul_ps(LoadPair(upper - stride), weights));
-    return _mm_cvttps_epi32(_mm_add_ps(_mm_mul_ps(above, _mm_sub_ps(one, fy)), _mm_mul_ps(below, fy)));
-}
-
-// Fills `places` and returns true if all four places can be blended with loads of 8 bytes. The picture's top
+// Fills `places` and returns true if all four places can be blended with loads of 16 bytes. The picture's top
 // row is the last one in memory, so loads must not reach beyond it. The last column and row are treated as
 // above.
 KFX_AVX2 inline bool FindInnerPlaces(__m256d x, __m256d y, const WorkingImage* image, InnerPlaces* places) {
     const __m256d zero = _mm256_setzero_pd();
-    const __m256d beforeLastColumn = _mm256_set1_pd(image->width - 2);
     x = _mm256_min_pd(_mm256_max_pd(x, zero), _mm256_set1_pd(image->width - 1));
     y = _mm256_min_pd(_mm256_max_pd(y, zero), _mm256_set1_pd(image->height - 1));
-    const __m256d column = _mm256_min_pd(_mm256_floor_pd(x), beforeLastColumn);
+    const __m256d column = _mm256_min_pd(_mm256_floor_pd(x), _mm256_set1_pd(image->width - 2));
     const __m256d row = _mm256_min_pd(_mm256_floor_pd(y), _mm256_set1_pd(image->height - 2));
-    const __m256d beyond = _mm256_and_pd(_mm256_cmp_pd(column, beforeLastColumn, _CMP_EQ_OQ),
+    const __m256d beyond = _mm256_and_pd(_mm256_cmp_pd(column, _mm256_set1_pd(image->width - 6), _CMP_GT_OQ),
                                          _mm256_cmp_pd(row, zero, _CMP_EQ_OQ));
     if (_mm256_movemask_pd(beyond) != 0) return false;
-    _mm_store_ps(places->fx, _mm256_cvtpd_ps(_mm256_sub_pd(x, column)));
-    _mm_store_ps(places->fy, _mm256_cvtpd_ps(_mm256_sub_pd(y, row)));
+    places->fx = _mm256_cvtpd_ps(_mm256_sub_pd(x, column));
+    places->fy = _mm256_cvtpd_ps(_mm256_sub_pd(y, row));
     const __m128i columns = _mm256_cvttpd_epi32(column);
     const __m128i stride = _mm_set1_epi32(static_cast<int32_t>(StrideOf(image)));
     const __m128i bytes = _mm_add_epi32(columns, _mm_add_epi32(columns, columns));
-    _mm_store_si128(reinterpret_cast<__m128i*>(places->offset),
-                    _mm_sub_epi32(bytes, _mm_mullo_epi32(_mm256_cvttpd_epi32(row), stride)));
+    places->offset = _mm_sub_epi32(bytes, _mm_mullo_epi32(_mm256_cvttpd_epi32(row), stride));
     return true;
+}
+
+// Eight places that can be blended with loads of 16 bytes.
+struct EightPlaces {
+    __m256 fx;
+    __m256 fy;
+    alignas(32) int32_t offset[8];
+};
+
+// The neighbours of two places in a row, blended with the weights of their columns: each lane of 128 bits has
+// the channels of a place.
+KFX_AVX2 inline __m256 BlendColumns(const uint8_t* first, const uint8_t* second, __m256 gx, __m256 fx) {
+    const __m256i left = _mm256_setr_epi8(0, -1, -1, -1, 1, -1, -1, -1, 2, -1, -1, -1, -1, -1, -1, -1,  //
+                                          0, -1, -1, -1, 1, -1, -1, -1, 2, -1, -1, -1, -1, -1, -1, -1);
+    const __m256i right = _mm256_setr_epi8(3, -1, -1, -1, 4, -1, -1, -1, 5, -1, -1, -1, -1, -1, -1, -1,  //
+                                           3, -1, -1, -1, 4, -1, -1, -1, 5, -1, -1, -1, -1, -1, -1, -1);
+    const __m256i neighbours = _mm256_set_m128i(LoadBytes(second), LoadBytes(first));
+    const __m256 p0 = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(neighbours, left));
+    const __m256 p1 = _mm256_cvtepi32_ps(_mm256_shuffle_epi8(neighbours, right));
+    return _mm256_add_ps(_mm256_mul_ps(p0, gx), _mm256_mul_ps(p1, fx));
+}
+
+// The truncated channels of places k and k + 4.
+template <int k>
+KFX_AVX2 inline __m256i BlendPair(const EightPlaces& places, const uint8_t* top, size_t stride) {
+    const uint8_t* first = top + places.offset[k];
+    const uint8_t* second = top + places.offset[k + 4];
+    constexpr int kEach = k * 0x55;  // element k of each 128 bits to all four
+    const __m256 one = _mm256_set1_ps(1);
+    const __m256 fx = _mm256_permute_ps(places.fx, kEach);
+    const __m256 fy = _mm256_permute_ps(places.fy, kEach);
+    const __m256 gx = _mm256_sub_ps(one, fx);
+    const __m256 above = BlendColumns(first, second, gx, fx);
+    const __m256 below = BlendColumns(first - stride, second - stride, gx, fx);
+    return _mm256_cvttps_epi32(
+        _mm256_add_ps(_mm256_mul_ps(above, _mm256_sub_ps(one, fy)), _mm256_mul_ps(below, fy)));
 }
 
 KFX_AVX2 void BlendRowAvx2(const WorkingImage* from, int32_t y, const double* shifts, WorkingImage* to) {
@@ -130,20 +141,28 @@ KFX_AVX2 void BlendRowAvx2(const WorkingImage* from, int32_t y, const double* sh
     uint8_t* out = PictureRow(to, y);
     const __m256d row = _mm256_set1_pd(y);
     const __m256d four = _mm256_set1_pd(4);
+    const __m256d eight = _mm256_set1_pd(8);
     __m256d column = _mm256_setr_pd(0, 1, 2, 3);
-    InnerPlaces places;
+    InnerPlaces front, back;
+    EightPlaces places;
     int32_t x = 0;
-    for (; x + 4 <= from->width; x += 4, out += 12, column = _mm256_add_pd(column, four)) {
+    for (; x + 8 <= from->width; x += 8, out += 24, column = _mm256_add_pd(column, eight)) {
         const __m256d shift = _mm256_loadu_pd(shifts + x);
-        if (!FindInnerPlaces(_mm256_add_pd(column, shift), _mm256_add_pd(row, shift), from, &places)) {
-            BlendRun(from, x, x + 4, y, shifts, to);
+        const __m256d backShift = _mm256_loadu_pd(shifts + x + 4);
+        const __m256d backColumn = _mm256_add_pd(column, four);
+        if (!FindInnerPlaces(_mm256_add_pd(column, shift), _mm256_add_pd(row, shift), from, &front) ||
+            !FindInnerPlaces(_mm256_add_pd(backColumn, backShift), _mm256_add_pd(row, backShift), from,
+                             &back)) {
+            BlendRun(from, x, x + 8, y, shifts, to);
             continue;
         }
-        const __m128i first =
-            _mm_packs_epi32(BlendPlace(places, 0, top, stride), BlendPlace(places, 1, top, stride));
-        const __m128i second =
-            _mm_packs_epi32(BlendPlace(places, 2, top, stride), BlendPlace(places, 3, top, stride));
-        StoreFourPixels(_mm_packus_epi16(first, second), out);
+        places.fx = _mm256_set_m128(back.fx, front.fx);
+        places.fy = _mm256_set_m128(back.fy, front.fy);
+        _mm256_store_si256(reinterpret_cast<__m256i*>(places.offset),
+                           _mm256_set_m128i(back.offset, front.offset));
+        const __m256i pairs[] = {BlendPair<0>(places, top, stride), BlendPair<1>(places, top, stride),
+                                 BlendPair<2>(places, top, stride), BlendPair<3>(places, top, stride)};
+        StorePairs(pairs, out);
     }
     BlendRun(from, x, from->width, y, shifts, to);
 }
