@@ -47,11 +47,11 @@ struct TextRoom {
     SIZE given;
 };
 
-// Statics break their lines, unless their style says otherwise.
+// Statics break their lines, unless their style says otherwise; captions are drawn in one.
 TextRoom RoomOfStatic(HWND control, const std::string& text, LONG style) {
     const SIZE given = SizeOfArea(control);
     const LONG kind = style & SS_TYPEMASK;
-    const bool isBroken = kind == SS_LEFT || kind == SS_CENTER || kind == SS_RIGHT;
+    const bool isBroken = kind == SS_LEFT || kind == SS_CENTER;
     return {SizeOfText(control, text, isBroken ? given.cx : 0), given};
 }
 
@@ -80,6 +80,95 @@ TextRoom RoomOfList(HWND control, std::string* text) {
 
 std::string Text(const SIZE& size) { return std::to_string(size.cx) + " x " + std::to_string(size.cy); }
 
+// What stands at a place of a screen or window, opaque. Empty when it cannot be read.
+Picture PictureOfPlace(HDC from, const RECT& place) {
+    Picture picture;
+    const int width = place.right - place.left, height = place.bottom - place.top;
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    const HDC memory = CreateCompatibleDC(from);
+    const HBITMAP bitmap = CreateDIBSection(from, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    if (bitmap) {
+        const HGDIOBJ before = SelectObject(memory, bitmap);
+        BitBlt(memory, 0, 0, width, height, from, place.left, place.top, SRCCOPY);
+        GdiFlush();
+        picture = {.width = width, .height = height, .pixels = {}};
+        picture.pixels.resize(4 * static_cast<size_t>(width) * static_cast<size_t>(height));
+        std::memcpy(picture.pixels.data(), bits, picture.pixels.size());
+        for (size_t i = 0; i < picture.pixels.size(); i += 4) {
+            std::swap(picture.pixels[i], picture.pixels[i + 2]);
+            picture.pixels[i + 3] = 255;
+        }
+        SelectObject(memory, before);
+        DeleteObject(bitmap);
+    }
+    DeleteDC(memory);
+    return picture;
+}
+
+Picture PictureOfScreen(const RECT& place) {
+    const HDC screen = GetDC(nullptr);
+    Picture picture = PictureOfPlace(screen, place);
+    ReleaseDC(nullptr, screen);
+    return picture;
+}
+
+// From the first to the last column with anything but the colour of the first pixel.
+int DrawnColumns(const Picture& picture) {
+    int first = picture.width, last = -1;
+    for (size_t i = 4; i < picture.pixels.size(); i += 4) {
+        if (std::memcmp(&picture.pixels[i], picture.pixels.data(), 3) == 0) continue;
+        const int column = static_cast<int>(i / 4) % picture.width;
+        first = std::min(first, column);
+        last = std::max(last, column);
+    }
+    return last < first ? 0 : last - first + 1;
+}
+
+// How many columns the whole text takes in a control's font; 0 when that cannot be found out.
+int ColumnsOfText(HDC dc, HWND control, const std::string& text) {
+    constexpr LONG kMargin = 8;
+    const SIZE needed = SizeOfText(control, text, 0);
+    const RECT area = {0, 0, 2 * needed.cx + 2 * kMargin, 2 * needed.cy};
+    RECT place = area;
+    place.left = kMargin;
+    const HDC memory = CreateCompatibleDC(dc);
+    const HBITMAP bitmap = CreateCompatibleBitmap(dc, area.right, area.bottom);
+    const HGDIOBJ bitmapBefore = SelectObject(memory, bitmap);
+    const HGDIOBJ fontBefore = SelectObject(memory, reinterpret_cast<HFONT>(Send(control, WM_GETFONT)));
+    FillRect(memory, &area, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+    DrawTextA(memory, text.c_str(), -1, &place, DT_LEFT | DT_SINGLELINE | DT_NOCLIP | DT_NOPREFIX);
+    const int columns = DrawnColumns(PictureOfPlace(memory, area));
+    SelectObject(memory, fontBefore);
+    SelectObject(memory, bitmapBefore);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    return columns;
+}
+
+// Right-aligned texts are put where they should end by what the system measures, which may be less than what
+// it draws. So what is seen of the text is compared with the whole of it.
+void NoteCutCaption(HWND control, const std::string& text, std::vector<std::string>* cut) {
+    const SIZE size = SizeOfArea(control);
+    const HDC dc = GetDC(control);
+    const int whole = ColumnsOfText(dc, control, text);
+    int seen = 0;
+    const bool isWhole = whole > 0 && WaitFor([&] {
+                             RedrawWindow(control, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+                             seen = DrawnColumns(PictureOfPlace(dc, {0, 0, size.cx, size.cy}));
+                             return seen > 0 && seen == whole;
+                         });
+    ReleaseDC(control, dc);
+    if (!isWhole)
+        cut->push_back("Static " + std::to_string(GetDlgCtrlID(control)) + " \"" + text + "\" shows " +
+                       std::to_string(seen) + " of " + std::to_string(whole) + " columns");
+}
+
 BOOL CALLBACK NoteCutText(HWND control, LPARAM pointer) {
     auto* cut = reinterpret_cast<std::vector<std::string>*>(pointer);
     if (!IsWindowVisible(control)) return TRUE;
@@ -103,39 +192,8 @@ BOOL CALLBACK NoteCutText(HWND control, LPARAM pointer) {
     if (room.needed.cx > room.given.cx || room.needed.cy > room.given.cy)
         cut->push_back(kind + " " + std::to_string(GetDlgCtrlID(control)) + " \"" + text + "\" needs " +
                        Text(room.needed) + " and has " + Text(room.given));
+    if (kind == "Static" && (style & SS_TYPEMASK) == SS_RIGHT) NoteCutCaption(control, text, cut);
     return TRUE;
-}
-
-Picture PictureOfScreen(const RECT& place) {
-    Picture picture;
-    const int width = place.right - place.left, height = place.bottom - place.top;
-    BITMAPINFO info = {};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = width;
-    info.bmiHeader.biHeight = -height;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    const HDC screen = GetDC(nullptr);
-    const HDC memory = CreateCompatibleDC(screen);
-    const HBITMAP bitmap = CreateDIBSection(screen, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    if (bitmap) {
-        const HGDIOBJ before = SelectObject(memory, bitmap);
-        BitBlt(memory, 0, 0, width, height, screen, place.left, place.top, SRCCOPY);
-        GdiFlush();
-        picture = {.width = width, .height = height, .pixels = {}};
-        picture.pixels.resize(4 * static_cast<size_t>(width) * static_cast<size_t>(height));
-        std::memcpy(picture.pixels.data(), bits, picture.pixels.size());
-        for (size_t i = 0; i < picture.pixels.size(); i += 4) {
-            std::swap(picture.pixels[i], picture.pixels[i + 2]);
-            picture.pixels[i + 3] = 255;
-        }
-        SelectObject(memory, before);
-        DeleteObject(bitmap);
-    }
-    DeleteDC(memory);
-    ReleaseDC(nullptr, screen);
-    return picture;
 }
 
 }  // namespace

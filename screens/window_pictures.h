@@ -23,7 +23,8 @@ Picture PictureOf(HWND window, HWND tip = nullptr);
 Picture SettledPictureOf(HWND window);
 
 // A line for each visible control of the window whose text needs more room than the control has, such as
-// "Static 47 \"Brightness:\" needs 58 x 13 and has 52 x 12". Waits for the window's answers.
+// "Static 47 \"Brightness:\" needs 58 x 13 and has 52 x 12", and for each right-aligned one of which less is
+// seen than the system draws. Waits for the window's answers.
 std::vector<std::string> CutTexts(HWND window);
 
 }  // namespace kfx::screens

@@ -10,6 +10,7 @@
 #include "host/floating_point_state.h"
 #include "host/host_requests.h"
 #include "resources/resource_ids.h"
+#include "window/captions.h"
 #include "window/commands.h"
 #include "window/configuration.h"
 #include "window/control_binding.h"
@@ -113,6 +114,7 @@ void OnEffectListWanted(HWND window) {
         CloseByItself(window, IDS_EFFECT_NOT_INITIALIZED);
         return;
     }
+    MakeCaptions(window);
     StartTooltips(window);
     StartScreenReaderTexts(window);
     if (settings.reloadPreviousSession == 1 && RememberedSourceExists())
