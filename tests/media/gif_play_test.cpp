@@ -142,9 +142,9 @@ TEST(GifPlay, Random_animations_of_many_palettes_play_the_same) {
     }
 }
 
-TEST(GifPlay, More_colours_than_a_palette_has_come_back_behind_a_frame_that_is_taken_away) {
-    // The last picture is nearly the one before it, which would be kept, but shows 200 colours of the first
-    // frame and 200 new ones.
+// The last picture is nearly the one before it, which would be kept, but shows 200 colours of the first frame
+// and 200 new ones.
+GifAnimation ManyColorsComeBack() {
     GifAnimation gif;
     gif.width = 128;
     gif.height = 100;
@@ -163,6 +163,24 @@ TEST(GifPlay, More_colours_than_a_palette_has_come_back_behind_a_frame_that_is_t
         gif.frames[1].indices.push_back(0);
         gif.frames[2].indices.push_back(i < 200 ? 254 : i < 400 ? static_cast<uint8_t>(i - 200) : 255);
     }
+    return gif;
+}
+
+TEST(GifPlay, More_colours_than_a_palette_has_come_back_behind_a_frame_that_is_taken_away) {
+    const GifAnimation gif = ManyColorsComeBack();
+    ExpectSamePlay(gif, EncodeOrFail(gif));
+}
+
+// The topmost row is that of the first frame: the one that is cleared draws below it only.
+TEST(GifPlay, A_frame_of_an_animation_that_needs_its_own_disposals_clears_what_others_drew) {
+    GifAnimation gif = ManyColorsComeBack();
+    gif.frames[2].disposal = kDisposalBackground;
+    GifFrame dot;
+    dot.palette = {{0, 0, 0}, {77, 88, 99}};
+    dot.transparentIndex = 0;
+    dot.indices.assign(12800, 0);
+    dot.indices[6400] = 1;
+    gif.frames.push_back(dot);
     ExpectSamePlay(gif, EncodeOrFail(gif));
 }
 
@@ -220,6 +238,18 @@ TEST(GifPlay, Lossy_files_are_smaller_and_no_pixel_is_off_by_more_than_the_bound
         // Few colours are too far from each other to stand for one another.
         const bool hasNears = gif.globalPalette.empty() || gif.globalPalette.size() > 16;
         EXPECT_LE(smallest, hasNears ? exact * 9 / 10 : exact);
+    }
+}
+
+TEST(GifPlay, A_loss_that_no_two_colours_allow_gives_the_exact_file) {
+    for (const test::GifScene& scene : test::kGifScenes) {
+        SCOPED_TRACE(scene.name);
+        const GifAnimation gif = scene.make(100, 70, 6);
+        Bytes file;
+        std::string error;
+        ASSERT_TRUE(EncodeGif(gif, &file, &error, {.lossy = 1})) << error;
+        EXPECT_EQ(file.size(), EncodeOrFail(gif).size());
+        EXPECT_TRUE(file == EncodeOrFail(gif));
     }
 }
 

@@ -166,6 +166,13 @@ TEST(GifWriter, Colours_that_stand_twice_in_the_palette_are_shown_alike) {
     EXPECT_EQ(ShowFrame(RoundTrip(gif), 0), "RGRG");
 }
 
+// Blue is in both frames and would come first by use.
+TEST(GifWriter, The_given_palette_keeps_its_order_where_that_costs_nothing) {
+    GifAnimation gif = TextGif(4, 1, {TextFrame("KRGB"), TextFrame("BRGB")});
+    gif.globalPalette.resize(4);
+    EXPECT_EQ(RoundTrip(gif).globalPalette, gif.globalPalette);
+}
+
 TEST(GifWriter, The_same_indices_show_the_colours_of_each_palette) {
     GifAnimation gif = TextGif(3, 1, {TextFrame("RGB"), TextFrame("RGB"), TextFrame("RGB")});
     gif.frames[1].palette = {{}, {0, 0, 255}, {0, 255, 0}, {255, 0, 0}};
@@ -193,6 +200,7 @@ TEST(GifWriter, Large_frames_of_noise_survive) {
 TEST(GifWriter, What_the_format_cannot_hold_is_refused_with_a_reason) {
     EXPECT_EQ(ErrorOf(TextGif(1, 1, {})), "a GIF animation needs at least one frame");
     EXPECT_EQ(ErrorOf(TextGif(0, 1, {TextFrame("")})), "a GIF animation may have 1 to 65535 pixels a side");
+    EXPECT_EQ(ErrorOf(TextGif(1, 0, {TextFrame("R")})), "a GIF animation may have 1 to 65535 pixels a side");
     EXPECT_EQ(ErrorOf(TextGif(65536, 1, {TextFrame("R")})),
               "a GIF animation may have 1 to 65535 pixels a side");
     EXPECT_EQ(ErrorOf(TextGif(2, 1, {TextFrame("R")})), "a GIF frame must cover the whole animation");
