@@ -215,6 +215,23 @@ TEST(Apng, Every_blended_color_gets_its_own_palette_entry) {
     }
 }
 
+// A channel's highest bit and its neighbour's lowest are the likeliest to be taken for each other.
+TEST(Apng, Blended_colors_that_differ_in_neighbouring_channels_are_told_apart) {
+    const TestPalette palette = {
+        .colors = {128, 0, 0, 0, 1, 0, 0, 128, 0, 0, 0, 1, 128, 0, 0, 0, 1, 0, 0, 128, 0, 0, 0, 1},
+        .alphas = {255, 255, 255, 255, 128, 128, 128, 128}};
+    std::vector<TestFrame> frames;
+    for (uint8_t color = 0; color < 4; ++color) {
+        const auto half = static_cast<uint8_t>(color + 4);
+        frames.push_back({.color = {color}, .place = kAll});
+        frames.push_back({.color = {half}, .place = kMiddle, .blend = kApngOver});
+    }
+    const Animation animation = ReadOrFail(BuildApng(frames, false, &palette));
+    ASSERT_EQ(animation.frames.size(), frames.size());
+    for (size_t i = 0; i < frames.size(); ++i)
+        EXPECT_EQ(animation.frames[i].indices, Bytes(4, static_cast<uint8_t>(i / 2))) << i;
+}
+
 TEST(Apng, A_second_palette_behind_a_frame_is_damage) {
     const TestPalette palette = {.colors = {255, 0, 0, 0, 255, 0}, .alphas = {255}};
     Bytes file = BuildApng({{.color = {1}, .place = kAll}, {.color = {0}, .place = kAll}}, false, &palette);

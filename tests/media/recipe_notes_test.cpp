@@ -158,6 +158,15 @@ TEST(RecipeNotesOfGif, A_cut_one_is_none) {
     EXPECT_EQ(read.recipe, "");
 }
 
+TEST(RecipeNotesOfPng, From_256_bytes_on_it_is_compressed) {
+    const auto isPlain = [](size_t bytes) {
+        const Bytes file = Png("", Recipe(bytes));
+        return std::string(file.begin(), file.end()).find(Recipe(bytes)) != std::string::npos;
+    };
+    EXPECT_TRUE(isPlain(255));
+    EXPECT_FALSE(isPlain(256));
+}
+
 TEST(RecipeNotesOfPng, Each_picture_of_a_series_has_its_own) {
     const std::string path = ::testing::TempDir() + "kfx-recipe-series.png";
     std::string error;
