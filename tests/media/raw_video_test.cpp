@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdlib>
 
 #include "media/yuv.h"
@@ -75,6 +76,11 @@ TEST(ConstantRate, Rounded_times_of_one_rate_give_it_back) {
     EXPECT_EQ(RateOf(PlanConstantRate(WithDelays({3, 3, 4, 3, 3, 4}))), "30:1");
 }
 
+TEST(ConstantRate, Of_two_rates_equally_near_to_the_mean_the_lower_is_taken) {
+    EXPECT_EQ(RateOf(PlanConstantRate(WithDelays({3, 3, 2}))), "37:1")
+        << "the mean is 37.5, and 38 fits as well";
+}
+
 TEST(ConstantRate, Different_times_repeat_frames) {
     const ConstantRate plan = PlanConstantRate(WithDelays({10, 40, 20, 100}));
     EXPECT_EQ(RateOf(plan), "10:1");
@@ -122,6 +128,23 @@ TEST(RawVideo, A_refused_piece_ends_the_stream) {
         EXPECT_FALSE(WriteRawVideo(animation, PlanConstantRate(animation), RawFormat::Y4m, {},
                                    [&](const uint8_t*, size_t) { return ++calls <= allowed; }));
         EXPECT_EQ(calls, allowed + 1);
+    }
+}
+
+TEST(RawVideo, Factors_are_those_of_the_matrix_to_the_nearest_65536th) {
+    struct Range {
+        YuvRange given;
+        double brightness;   // steps of a byte for each step of brightness
+        double differences;  // and for each step of a colour difference
+    };
+    for (const Range& range : {Range{kLimitedRange, 255.0 / 219, 255.0 / 224}, Range{kFullRange, 1, 1}}) {
+        // The shares of red, green and blue in the brightness are 0.299, 0.587 and 0.114.
+        const double red = 2 * (1 - 0.299) * range.differences, blue = 2 * (1 - 0.114) * range.differences;
+        EXPECT_EQ(range.given.brightness, std::lround(65536 * range.brightness));
+        EXPECT_EQ(range.given.redFromCr, std::lround(65536 * red));
+        EXPECT_EQ(range.given.greenFromCb, std::lround(-65536 * blue * 0.114 / 0.587));
+        EXPECT_EQ(range.given.greenFromCr, std::lround(-65536 * red * 0.299 / 0.587));
+        EXPECT_EQ(range.given.blueFromCb, std::lround(65536 * blue));
     }
 }
 

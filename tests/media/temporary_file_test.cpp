@@ -110,6 +110,23 @@ TEST_F(TemporaryFiles, Each_of_several_writers_of_one_result_has_a_file_of_its_o
 }
 
 #ifndef _WIN32
+// A program may be started with its standard input closed: the first file that it opens gets that number.
+TEST_F(TemporaryFiles, A_file_that_gets_the_number_of_standard_input_is_as_good_as_any) {
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    {
+        TemporaryFile file;
+        int reason = 0;
+        EXPECT_TRUE(MakeTemporaryFile(PathOf(target), nullptr, true, &file, &reason)) << reason;
+        EXPECT_EQ(file.lock, STDIN_FILENO);
+        EXPECT_TRUE(Has("x.gif.kestrel-part"));
+    }
+    EXPECT_EQ(Count(), 0u);
+    if (input < 0) return;  // it was closed before
+    EXPECT_EQ(dup2(input, STDIN_FILENO), STDIN_FILENO);
+    close(input);
+}
+
 // Whoever opens the result at any moment sees one writer's bytes, all of them.
 TEST_F(TemporaryFiles, Writers_of_one_result_at_the_same_time_never_show_a_part) {
     constexpr size_t kSize = 200000;
