@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+
 namespace kfx::math {
 namespace {
 
@@ -42,6 +45,33 @@ TEST(WideNumber, Numbers_that_fit_come_out_as_they_are) {
         EXPECT_EQ(Rounded(0, uint64_t{1} << bit), static_cast<double>(uint64_t{1} << bit));
         EXPECT_EQ(Rounded(0, uint64_t{3} << (bit - 1)), static_cast<double>(uint64_t{3} << (bit - 1)));
     }
+}
+
+TEST(WideNumber, Doubles_are_taken_over_down_to_the_last_unit) {
+    for (const int32_t size : kWideSizes) {
+        const int32_t places = 32 * (size - kWholeWords);
+        // The largest size has units that are no doubles.
+        for (int32_t bit = std::max(0, places - 1022); bit < places + 62; ++bit) {
+            const WideNumber number = WideFromDouble(size, std::ldexp(1, bit - places));
+            for (int32_t k = 0; k < size; ++k)
+                ASSERT_EQ(number.words[k], k == bit / 32 ? uint32_t{1} << bit % 32 : 0) << bit;
+        }
+    }
+    EXPECT_EQ(WideFromDouble(kLeastWideSize, std::ldexp(3.75, -kOneUnit)).words[0], 3u) << "the rest is cut";
+}
+
+// A double of 2^85 has steps of 2^33.
+TEST(WideNumber, Within_an_error_of_one_unit_a_tie_decides_nothing) {
+    WideNumber number = WideZero(kLeastWideSize);
+    number.words[1] = 1;
+    number.words[2] = 1u << 21;
+    double value = 0;
+    EXPECT_FALSE(RoundWide(number, 0, kOneUnit, &value));
+    number.words[0] = 1;
+    EXPECT_FALSE(RoundWide(number, 0, kOneUnit, &value)) << "the tie itself goes to the even one";
+    number.words[0] = 2;
+    EXPECT_TRUE(RoundWide(number, 0, kOneUnit, &value));
+    EXPECT_EQ(value, 0x1.0000000000001p85);
 }
 
 }  // namespace
