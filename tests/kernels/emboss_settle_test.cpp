@@ -109,5 +109,32 @@ TEST(SettleSamples, The_reach_that_is_chosen_settles_nearly_every_block) {
     }
 }
 
+// The weights farther out are lost in all sums but that of a sample with black around it.
+TEST(SettleSamples, A_single_sample_in_doubt_leaves_the_whole_block_in_doubt) {
+    constexpr int32_t kSide = 5;
+    constexpr size_t kReach = 1, kMargin = 3 * kReach;
+    std::vector<double> weights(size_t{kSide} * kSide, 1);
+    for (size_t row = 1; row <= 3; ++row)
+        for (size_t column = 1; column <= 3; ++column) weights[row * kSide + column] = 0x1p80;
+    const SettlePlan plan = PlanReach({.n = kSide, .weights = weights.data(), .divisor = 16}, kReach);
+    for (const bool avx2 : {false, true}) {
+        AllowAvx2(avx2);
+        for (size_t doubtful = 0; doubtful < kSettledSamples; ++doubtful) {
+            std::vector<double> samples(kSettledSamples + 2 * kMargin, 255);
+            for (size_t neighbor = 0; neighbor <= 2 * kMargin; neighbor += 3)
+                samples[doubtful + neighbor] = 0;
+            const double* const rows[] = {samples.data() + kMargin, samples.data() + kMargin,
+                                          samples.data() + kMargin};
+            uint8_t bytes[kSettledSamples];
+            EXPECT_FALSE(SettleSamples(plan, rows, 0, bytes)) << "sample " << doubtful;
+        }
+        const std::vector<double> white(kSettledSamples + 2 * kMargin, 255);
+        const double* const rows[] = {white.data() + kMargin, white.data() + kMargin, white.data() + kMargin};
+        uint8_t bytes[kSettledSamples];
+        EXPECT_TRUE(SettleSamples(plan, rows, 0, bytes));
+    }
+    AllowAvx2(true);
+}
+
 }  // namespace
 }  // namespace kfx::test
