@@ -180,6 +180,13 @@ bool NoteRefusal(Screens* screens, const std::string& name, HostRequest request)
     return noted;
 }
 
+// Moves the pointer to a corner of the screen, and waits until no control shows its tooltip.
+bool LeaveControls(const Screens& screens) {
+    SetCursorPos(1, 1);  // so that the next call moves it, whatever place was known
+    SetCursorPos(0, 0);
+    return WaitFor([&] { return !FindTip(screens.run.threadId); }) || Fail(screens, "A tooltip stays.");
+}
+
 bool NoteTip(Screens* screens, const Tip& tip) {
     const std::vector<std::string> effects = ListRows(GetDlgItem(screens->run.window, kEffectList));
     const auto row = std::find(effects.begin(), effects.end(), tip.effect) - effects.begin();
@@ -192,8 +199,7 @@ bool NoteTip(Screens* screens, const Tip& tip) {
     if (!WaitFor([=] { return FindTip(thread) != nullptr; }))
         return Fail(*screens, std::string(tip.name) + " does not appear.");
     if (!Note(screens, tip.name, screens->run.window)) return false;
-    SetCursorPos(0, 0);
-    return WaitFor([=] { return !FindTip(thread); }) || Fail(*screens, std::string(tip.name) + " stays.");
+    return LeaveControls(*screens);
 }
 
 bool NoteTips(Screens* screens) {
@@ -202,7 +208,8 @@ bool NoteTips(Screens* screens) {
 }
 
 bool NoteAll(Screens* screens) {
-    return NotePanels(screens) && NoteTips(screens) && NoteBox(screens, "About", kAboutButton) &&
+    return LeaveControls(*screens) && NotePanels(screens) && NoteTips(screens) &&
+           NoteBox(screens, "About", kAboutButton) &&
            NoteRefusal(screens, "A task refused", HostRequest::NewTestTask) &&
            NoteRefusal(screens, "A frame refused", HostRequest::AddImage);
 }
