@@ -118,6 +118,8 @@ bool StartWork(Stage* stage, const std::string& title, std::function<void(Work*)
     work.piece->run = std::move(run);
     work.piece->work = &work;
     Restart(&work.progress);
+    // Before the thread can note anything of its own.
+    NoteProgress(&work.progress, stage->window, title, 0, 0);
     work.thread = StartThread(work.piece);
     if (!work.thread) {
         const std::string why = commands::SystemErrorText(GetLastError());
@@ -129,7 +131,6 @@ bool StartWork(Stage* stage, const std::string& title, std::function<void(Work*)
         return false;
     }
     work.finished = std::move(finished);
-    NoteProgress(&work.progress, stage->window, title, 0, 0);
     UpdateControls(stage);
     return true;
 }

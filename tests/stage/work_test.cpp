@@ -166,9 +166,34 @@ HANDLE WINAPI RefuseThread(SECURITY_ATTRIBUTES*, SIZE_T, LPTHREAD_START_ROUTINE,
     return nullptr;
 }
 
+Progress* watched = nullptr;
+decltype(&CreateThread) createThread = nullptr;  // the system's
+
+// A thread that is far ahead of the one that starts it.
+HANDLE WINAPI StartAhead(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE start,
+                         void* parameter, DWORD flags, DWORD* id) {
+    const HANDLE thread = createThread(security, stack, start, parameter, flags, id);
+    EXPECT_TRUE(WaitFor([] { return watched->total == 4; }));
+    return thread;
+}
+
 int WINAPI TakeText(HWND, LPCWSTR text, LPCWSTR, UINT) {
     toldText = text;
     return IDOK;
+}
+
+TEST_F(WorkBesideWindow, What_the_work_notes_before_its_start_has_returned_stays) {
+    watched = &stage.work.progress;
+    {
+        const ImportPatch threads(GetModuleHandleW(nullptr), "CreateThread", AddressOfFunction(StartAhead));
+        ASSERT_NE(threads.original, nullptr);
+        createThread = reinterpret_cast<decltype(&CreateThread)>(threads.original);
+        ASSERT_TRUE(StartWaiting("first"));
+    }
+    EXPECT_EQ(stage.work.progress.done, 3);
+    EXPECT_TRUE(WaitForMessages([this] {
+        return IsProgressShown() && SendMessageW(stage.controls.progress, PBM_GETPOS, 0, 0) == 3;
+    }));
 }
 
 TEST_F(WorkBesideWindow, Work_that_cannot_be_started_is_told_with_the_reason) {
