@@ -20,8 +20,6 @@ using test::Choices;
 
 namespace {
 
-constexpr uint64_t kMostPixels = 4096;
-
 // What the host has seen of one build.
 struct Seen {
     uint32_t requests;
@@ -111,11 +109,7 @@ int32_t Build(BuildEnvironment environment, const BuildOptions& options, const C
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Choices choices;
-    if (size < sizeof choices) return 0;
-    std::memcpy(&choices, data, sizeof choices);
-    data += sizeof choices;
-    size -= sizeof choices;
-    if (!test::IsSmall(data, size, kMostPixels)) return 0;
+    if (!test::TakeChoices(&data, &size, &choices)) return 0;
 
     const test::NothingLeft nothingLeft;
     test::ChooseEffect(choices);

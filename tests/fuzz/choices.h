@@ -103,19 +103,31 @@ inline MemoryHandle TakeBlock(const uint8_t* data, size_t size) {
     return source;
 }
 
+constexpr uint64_t kMostPixels = 4096;
+
 // Whether the frames that can be decoded have so few pixels that every effect is done with them at once: one
 // bit a pixel makes large pictures of few bytes.
-inline bool IsSmall(const uint8_t* data, size_t size, uint64_t mostPixels) {
+inline bool IsSmall(const uint8_t* data, size_t size) {
     AnimationHeader header;
     if (!ReadAnimationHeader(data, size, &header)) return true;
     uint64_t pixels = 0;
     size_t offset = header.firstBlock;
     AnimationFrame frame;
-    for (uint32_t i = 0; i < header.frameCount && pixels <= mostPixels; ++i) {
+    for (uint32_t i = 0; i < header.frameCount && pixels <= kMostPixels; ++i) {
         if (ReadAnimationFrame(header, &offset, &frame) != FrameStep::Frame) break;
         pixels += static_cast<uint64_t>(frame.width) * static_cast<uint64_t>(frame.height);
     }
-    return pixels <= mostPixels;
+    return pixels <= kMostPixels;
+}
+
+// Takes the choices from the front of an input and leaves the block. False: there are none, or the block's
+// pictures are too large to try.
+inline bool TakeChoices(const uint8_t** data, size_t* size, Choices* choices) {
+    if (*size < sizeof *choices) return false;
+    std::memcpy(choices, *data, sizeof *choices);
+    *data += sizeof *choices;
+    *size -= sizeof *choices;
+    return IsSmall(*data, *size);
 }
 
 // Ends the program where blocks, locks or the like are left over.

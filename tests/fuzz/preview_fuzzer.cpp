@@ -3,7 +3,6 @@
 // size. The input is a record of choices and the animation block.
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 #include "framework/scaler.h"
 #include "tests/fuzz/block_changes.h"
@@ -18,8 +17,6 @@ using namespace kfx;
 using test::Choices;
 
 namespace {
-
-constexpr uint64_t kMostPixels = 4096;
 
 // As the window scales it: down to the larger of two percentages that make it fit, which may be 0.
 void ScaleToFit(ImageHandle picture, const Choices& choices) {
@@ -37,11 +34,7 @@ void ScaleToFit(ImageHandle picture, const Choices& choices) {
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Choices choices;
-    if (size < sizeof choices) return 0;
-    std::memcpy(&choices, data, sizeof choices);
-    data += sizeof choices;
-    size -= sizeof choices;
-    if (!test::IsSmall(data, size, kMostPixels)) return 0;
+    if (!test::TakeChoices(&data, &size, &choices)) return 0;
     choices.effect = static_cast<uint8_t>(choices.effect % EffectCount());
 
     const test::NothingLeft nothingLeft;
