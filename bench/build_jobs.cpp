@@ -9,7 +9,7 @@
 #include "builder/quantizer.h"
 #include "builder/remap.h"
 #include "builder/supercompression.h"
-#include "framework/scaler.h"
+#include "kernels/scaler.h"
 #include "media/animation_writer.h"
 #include "tests/reference/quantizer_reference.h"
 #include "tests/reference/remap_reference.h"

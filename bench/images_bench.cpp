@@ -9,8 +9,8 @@
 
 #include "bench/bench_picture.h"
 #include "framework/memory_guards.h"
-#include "framework/scaler.h"
 #include "framework/source_animation.h"
+#include "kernels/scaler.h"
 #include "tests/reference/scaler_reference.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"

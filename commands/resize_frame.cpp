@@ -5,8 +5,8 @@
 #include <cstring>
 #include <vector>
 
-#include "framework/scaler.h"
 #include "host/floating_point_state.h"
+#include "kernels/scaler.h"
 #include "media/readers.h"
 
 namespace kfx::commands {

@@ -5,8 +5,8 @@
 
 #include "effects/effect_table.h"
 #include "framework/memory_guards.h"
-#include "framework/scaler.h"
 #include "host/floating_point_state.h"
+#include "kernels/scaler.h"
 #include "resources/resource_ids.h"
 #include "window/dialog_services.h"
 #include "window/effect_list.h"

@@ -6,7 +6,7 @@
 
 #include <cstdlib>
 
-#include "framework/scaler.h"
+#include "kernels/scaler.h"
 #ifndef _WIN32
 #include "framework/movable_memory_native.h"
 #endif

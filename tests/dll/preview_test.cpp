@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "framework/scaler.h"
+#include "kernels/scaler.h"
 #include "resources/resource_ids.h"
 #include "tests/dll/support/memory_ledger.h"
 #include "tests/dll/support/window_reading.h"

@@ -10,9 +10,9 @@
 #include "framework/frame_list.h"
 #include "framework/kernel_cache.h"
 #include "framework/movable_memory_native.h"
-#include "framework/scaler.h"
 #include "framework/settings.h"
 #include "framework/source_animation.h"
+#include "kernels/scaler.h"
 #include "tests/support/animation_blocks.h"
 #include "tests/support/pictures.h"
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "framework/scaler.h"
+#include "kernels/scaler.h"
 #include "tests/fuzz/block_changes.h"
 #include "tests/fuzz/choices.h"
 

@@ -32,7 +32,7 @@ import changes
 PROGRAMS = {
     "host": "host_tests changed_blocks_test framework_tests",
     "framework/math": "math_patterns_tests elementary_tests",
-    "framework": "framework_tests scaler_tests refused_memory_tests host_tests changed_blocks_test build_driver_test "
+    "framework": "framework_tests refused_memory_tests host_tests changed_blocks_test build_driver_test "
                  "refusal_sweep_test effects_* configuration_tests",
     "kernels": "kernels_tests radial_field_test math_rows_tests effects_* remap_test quantizer_test supercompression_test "
                "golden_builds_test scaler_tests",

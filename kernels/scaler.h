@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The image scaler of the preview: two separable filter passes. Effects never scale.
+// The image scaler, for the preview and for resizing: two separable filter passes. Effects never scale.
 #pragma once
 
 #include <cstdint>

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "framework/resampling_filters.h"
+#include "kernels/resampling_filters.h"
 
 #include <cmath>
 #include <iterator>
 
 #include "framework/math/elementary.h"
+#include "kernels/math_rows.h"
 
 namespace kfx {
 namespace {
@@ -64,6 +65,21 @@ double Mitchell(double x, double) {
 
 double Lanczos(double x, double support) { return std::fabs(x) < support ? Sinc(x) * Sinc(x / support) : 0; }
 
+// Each Sinc() with its operations in their order.
+void LanczosPlaces(const double* x, double support, int32_t count, double* weights) {
+    double angles[2 * kMostPlaces] = {}, sines[2 * kMostPlaces];
+    for (int32_t i = 0; i < count; ++i) {
+        angles[2 * i] = kPi * x[i];
+        angles[2 * i + 1] = kPi * (x[i] / support);
+    }
+    SinRow(angles, 2 * count, sines);
+    for (int32_t i = 0; i < count; ++i) {
+        const double narrow = x[i] == 0 ? 1 : sines[2 * i] / angles[2 * i];
+        const double wide = x[i] / support == 0 ? 1 : sines[2 * i + 1] / angles[2 * i + 1];
+        weights[i] = std::fabs(x[i]) < support ? narrow * wide : 0;
+    }
+}
+
 // The Bessel function of the first kind of order 1 by Bessel's integral, which the midpoint rule computes to
 // full precision in a few dozen steps, because the integrand is periodic.
 double BesselJ1(double x) {
@@ -87,27 +103,32 @@ double WindowedSinc(double x, double support) {
 }
 
 constexpr ResamplingFilter kFilters[] = {
-    {.name = "default", .weight = Box, .support = 0},
-    {.name = "point", .weight = Box, .support = 0},
-    {.name = "box", .weight = Box, .support = 0.5},
-    {.name = "triangle", .weight = Triangle, .support = 1},
-    {.name = "Hermite", .weight = Hermite, .support = 1},
-    {.name = "Hann", .weight = Hann, .support = 1},
-    {.name = "Hamming", .weight = Hamming, .support = 1},
-    {.name = "Blackman", .weight = Blackman, .support = 1},
-    {.name = "Gaussian", .weight = Gaussian, .support = 1.25},
-    {.name = "quadratic B-spline", .weight = QuadraticBSpline, .support = 1.5},
-    {.name = "cubic B-spline", .weight = CubicBSpline, .support = 2},
-    {.name = "Catmull-Rom", .weight = CatmullRom, .support = 2},
-    {.name = "Mitchell-Netravali", .weight = Mitchell, .support = 2},
-    {.name = "Lanczos", .weight = Lanczos, .support = 3},
-    {.name = "windowed Bessel", .weight = WindowedBessel, .support = 3.2383},
-    {.name = "windowed sinc", .weight = WindowedSinc, .support = 4},
+    {.name = "default", .weight = Box, .support = 0, .weights = nullptr},
+    {.name = "point", .weight = Box, .support = 0, .weights = nullptr},
+    {.name = "box", .weight = Box, .support = 0.5, .weights = nullptr},
+    {.name = "triangle", .weight = Triangle, .support = 1, .weights = nullptr},
+    {.name = "Hermite", .weight = Hermite, .support = 1, .weights = nullptr},
+    {.name = "Hann", .weight = Hann, .support = 1, .weights = nullptr},
+    {.name = "Hamming", .weight = Hamming, .support = 1, .weights = nullptr},
+    {.name = "Blackman", .weight = Blackman, .support = 1, .weights = nullptr},
+    {.name = "Gaussian", .weight = Gaussian, .support = 1.25, .weights = nullptr},
+    {.name = "quadratic B-spline", .weight = QuadraticBSpline, .support = 1.5, .weights = nullptr},
+    {.name = "cubic B-spline", .weight = CubicBSpline, .support = 2, .weights = nullptr},
+    {.name = "Catmull-Rom", .weight = CatmullRom, .support = 2, .weights = nullptr},
+    {.name = "Mitchell-Netravali", .weight = Mitchell, .support = 2, .weights = nullptr},
+    {.name = "Lanczos", .weight = Lanczos, .support = 3, .weights = LanczosPlaces},
+    {.name = "windowed Bessel", .weight = WindowedBessel, .support = 3.2383, .weights = nullptr},
+    {.name = "windowed sinc", .weight = WindowedSinc, .support = 4, .weights = nullptr},
 };
 
 }  // namespace
 
 const ResamplingFilter& FilterAt(size_t index) { return kFilters[index]; }
+
+void WeighPlaces(const ResamplingFilter& filter, const double* x, int32_t count, double* weights) {
+    if (filter.weights) return filter.weights(x, filter.support, count, weights);
+    for (int32_t i = 0; i < count; ++i) weights[i] = filter.weight(x[i], filter.support);
+}
 
 size_t FilterCount() { return std::size(kFilters); }
 

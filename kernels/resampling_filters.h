@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace kfx {
 
@@ -11,7 +12,14 @@ struct ResamplingFilter {
     const char* name;
     double (*weight)(double x, double support);
     double support;  // half-width; 0: a single point
+    // The same for `count` places at once, up to kMostPlaces; null: there is no faster way.
+    void (*weights)(const double* x, double support, int32_t count, double* weights);
 };
+
+constexpr int32_t kMostPlaces = 32;
+
+// The weights of a filter at `count` places, up to kMostPlaces.
+void WeighPlaces(const ResamplingFilter& filter, const double* x, int32_t count, double* weights);
 
 // The table of all sixteen filters. Of these the scaler uses two; the rest are there for whoever wants
 // another look.
