@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 
 #include "framework/cpu.h"
 
@@ -128,13 +127,13 @@ KFX_INLINE void GatherCandidates(ColorIndex* index, uint32_t place, Entries* ent
     }
 }
 
-// Puts the answers of a cube into the tables.
-void WriteCube(ColorIndex* index, uint32_t cube, const uint8_t answers[kCubeColors]) {
-    uint64_t words[kCubeColors / 8];
-    std::memcpy(words, answers, sizeof words);
-    uint64_t* to = &index->tables->answers[cube * std::size(words)];
-    for (size_t i = 0; i < std::size(words); ++i) WriteShared(to + i, words[i]);
-    WriteMark(&index->tables->known[cube], 1);
+// Puts `count` answers, a multiple of eight, into one of the tables.
+void WriteAnswers(const uint8_t* answers, size_t count, uint64_t* to) {
+    for (; count > 0; count -= 8, answers += 8) {
+        uint64_t word;
+        std::memcpy(&word, answers, sizeof word);
+        WriteShared(to++, word);
+    }
 }
 
 // The cube's answers when every colour becomes its nearest entry.
@@ -144,53 +143,45 @@ KFX_INLINE void FindNearest(ColorIndex* index, uint32_t place) {
     const uint32_t cube = place / kCubeColors;
     uint8_t answers[kCubeColors];
     AnswerNearest(entries, CornerAt(cube * kCubeColors), answers);
-    WriteCube(index, cube, answers);
+    WriteAnswers(answers, kCubeColors, &index->tables->answers[cube * (kCubeColors / 8)]);
+    WriteMark(&index->tables->known[cube], 1);
 }
 
 // Answers for fast remapping: a colour of the palette becomes the first entry that equals it, any other
-// colour the entry nearest to the colour rounded to 15 bits. The eight cubes that round to the same colour
-// are answered together. The rounded colour lies in their block, so the block's candidates are sufficient.
-KFX_INLINE void FindRounded(ColorIndex* index, uint32_t place) {
-    constexpr uint32_t kThirdBits = SpreadLevel(4) * 0x15;  // of blue, green and red
+// colour the entry nearest to the colour rounded to 15 bits. The rounded colour lies in the block of those
+// that are rounded to it, so the block's candidates are sufficient.
+KFX_INLINE uint32_t FindRounded(ColorIndex* index, uint32_t color) {
+    const uint32_t corner = color & 0xF8F8F8;
+    const auto red = static_cast<int32_t>(corner >> 16);
+    const auto green = static_cast<int32_t>(corner >> 8 & 255);
+    const auto blue = static_cast<int32_t>(corner & 255);
     Entries entries;
-    GatherCandidates(index, place, &entries);
-    const uint32_t firstPlace = place / kCubeColors * kCubeColors & ~kThirdBits;
-    const Color corner = CornerAt(firstPlace);
+    GatherCandidates(index, PlaceOf(corner >> 16, corner >> 8 & 255, corner & 255), &entries);
     int32_t best = INT32_MAX;
     for (int32_t i = 0; i < entries.count; ++i) {
-        const int32_t distance = Distance(corner.red - entries.red[i], corner.green - entries.green[i],
-                                          corner.blue - entries.blue[i]);
+        const int32_t distance =
+            Distance(red - entries.red[i], green - entries.green[i], blue - entries.blue[i]);
         best = std::min(best, distance * 256 + entries.number[i]);
     }
-    // The entries that lie in one of the eight cubes, the last one first.
-    uint32_t places[256];
-    uint8_t numbers[256];
-    int32_t inside = 0;
-    for (int32_t i = entries.count - 1; i >= 0; --i) {
-        const auto red = static_cast<uint32_t>(entries.red[i]);
-        const auto green = static_cast<uint32_t>(entries.green[i]);
-        const auto blue = static_cast<uint32_t>(entries.blue[i]);
-        places[inside] = PlaceOf(red, green, blue);
-        numbers[inside] = entries.number[i];
-        inside += ((places[inside] ^ firstPlace) & ~kThirdBits) < kCubeColors;
+    uint8_t inside[256];  // entries that are rounded to the same colour
+    int32_t count = 0;
+    bool shared = false;
+    for (int32_t i = 0; i < entries.count; ++i) {
+        const uint8_t number = entries.number[i];
+        if ((index->colors[number] & 0xF8F8F8) != corner) continue;
+        inside[count++] = number;
+        shared = shared || index->colors[number] != index->colors[inside[0]];
     }
-    // All subsets of the third bits.
-    for (uint32_t bits = kThirdBits;; bits = (bits - 1) & kThirdBits) {
-        const uint32_t cubePlace = firstPlace | bits;
-        uint8_t answers[kCubeColors];
-        std::memset(answers, best & 255, kCubeColors);
-        for (int32_t i = 0; i < inside; ++i)
-            if ((places[i] ^ cubePlace) < kCubeColors) answers[places[i] ^ cubePlace] = numbers[i];
-        WriteCube(index, cubePlace / kCubeColors, answers);
-        if (bits == 0) break;
-    }
-}
-
-KFX_INLINE void FindAnswersOf(ColorIndex* index, uint32_t place) {
-    if (index->fast)
-        FindRounded(index, place);
-    else
-        FindNearest(index, place);
+    const uint32_t answer = static_cast<uint32_t>(best) & 255;
+    const uint32_t entry = count > 0 ? inside[0] : answer;
+    const uint32_t cell = answer | entry << 8 | kCellKnown;
+    if (!shared) return cell;
+    uint8_t answers[kCellColors];
+    std::memset(answers, static_cast<int>(answer), sizeof answers);
+    // The last one first: the first of equal entries is the answer.
+    for (int32_t i = count - 1; i >= 0; --i) answers[PlaceInCell(index->colors[inside[i]])] = inside[i];
+    WriteAnswers(answers, kCellColors, &index->tables->sharedCells[entry * (kCellColors / 8)]);
+    return cell | kCellShared;
 }
 
 bool SamePalette(const ColorIndex& index, const uint8_t* palette, int32_t count) {
@@ -226,13 +217,21 @@ bool PrepareColorIndex(ColorIndex* index, const uint8_t* palette, int32_t count,
         index->red[i] = palette[0];
         index->green[i] = palette[1];
         index->blue[i] = palette[2];
+        index->colors[i] = static_cast<uint32_t>(palette[0] << 16 | palette[1] << 8 | palette[2]);
     }
     if (!used) return true;  // the tables are zeroed already, and their pages untouched
     std::memset(index->tables->known, 0, sizeof index->tables->known);
     std::memset(index->tables->candidates, 0, sizeof index->tables->candidates);
+    std::memset(index->tables->cells, 0, sizeof index->tables->cells);
     return true;
 }
 
-void FindAnswers(ColorIndex* index, uint32_t place) { Fastest<FindAnswersOf>()(index, place); }
+void FindAnswers(ColorIndex* index, uint32_t place) { Fastest<FindNearest>()(index, place); }
+
+uint32_t FindCell(ColorIndex* index, uint32_t color) {
+    const uint32_t cell = Fastest<FindRounded>()(index, color);
+    WriteMark(&index->tables->cells[CellOf(color)], cell);
+    return cell;
+}
 
 }  // namespace kfx
