@@ -40,6 +40,7 @@ bool NameResult(CommandLine* line, Failure* failure) {
     if (!PlanBatch(*line, &items, failure)) return false;
     *failure =
         items.size() == 1 ? items[0].outputFailure : Failure{kExitBadCommand, "there are several results."};
+    if (failure->exitCode == kExitDone) *failure = items[0].inputFailure;
     CommandLine one;
     if (failure->exitCode != kExitDone || !LineOf(*line, items[0], &one, &failure->error)) return false;
     *line = std::move(one);

@@ -223,31 +223,27 @@ std::string ExistingFolder(std::string folder) {
     return folder;
 }
 
+// Whether the result's folder is there, or can be made, and takes it.
+bool MayPlace(const CommandLine& line, const BatchItem& item, bool isInFolder, std::string* error) {
+    const std::string folder = FolderOf(item.output);
+    const std::string there = isInFolder ? ExistingFolder(folder) : folder;
+    std::error_code unknown;
+    if (isInFolder && !there.empty() && !fs::is_directory(SystemPathOf(there), unknown)) {
+        *error = there.substr(0, there.size() - 1) + ": this is a file, not a folder; choose another output.";
+        return false;
+    }
+    if (there != folder) return CheckFolder(item.output, there, error);
+    // What is done may be write-protected. Whether it is done shows when its source is read.
+    if (line.batch.skipDone && fs::is_regular_file(SystemPathOf(item.output), unknown)) return true;
+    return MayWriteResult({item.output}, item.inputs, line.force || line.batch.skipDone, error);
+}
+
 void CheckPlaces(const CommandLine& line, std::vector<BatchItem>* items) {
-    std::unordered_map<std::string, std::string> folders;  // what is wrong with each
+    const bool isInFolder = NamesFolder(line.output);
     for (BatchItem& item : *items) {
         if (item.outputFailure.exitCode != kExitDone || IsStream(item.output)) continue;
         std::string error;
-        std::error_code unknown;
-        const auto [folder, isNew] = folders.emplace(FolderOf(item.output), "");
-        if (isNew && NamesFolder(line.output)) {
-            const std::string there = ExistingFolder(folder->first);
-            if (!there.empty() && !fs::is_directory(SystemPathOf(there), unknown)) {
-                folder->second = there.substr(0, there.size() - 1) +
-                                 ": this is a file, not a folder; choose another output.";
-            } else {
-                CheckWritable(there + FileNameOf(item.output), &folder->second);
-            }
-        }
-        if (!folder->second.empty()) {
-            item.outputFailure = {kExitBadOutput, folder->second};
-        } else if (!fs::exists(SystemPathOf(FolderOf(item.output).empty() ? "." : FolderOf(item.output)),
-                               unknown) &&
-                   NamesFolder(line.output)) {
-            continue;  // it will be made
-        } else if (!MayWriteResult({item.output}, item.inputs, line.force || line.batch.skipDone, &error)) {
-            item.outputFailure = {kExitBadOutput, error};
-        }
+        if (!MayPlace(line, item, isInFolder, &error)) item.outputFailure = {kExitBadOutput, error};
     }
 }
 
@@ -287,7 +283,8 @@ bool MakeFolders(const std::vector<BatchItem>& items, Failure* failure) {
     std::unordered_set<std::string> made;
     for (const BatchItem& item : items) {
         const std::string folder = FolderOf(item.output);
-        if (folder.empty() || !made.insert(folder).second) continue;
+        const bool isUsed = item.inputFailure.exitCode == kExitDone;
+        if (folder.empty() || !isUsed || !made.insert(folder).second) continue;
         std::error_code reason;
         // Without the separator: some systems say that nothing was made where it stands.
         fs::create_directories(SystemPathOf(folder.substr(0, folder.size() - 1)), reason);

@@ -31,7 +31,7 @@ bool PlanBatch(const CommandLine& line, std::vector<BatchItem>* items, Failure* 
 // The line of one item's command. False: the options do not suit its format.
 bool LineOf(const CommandLine& line, const BatchItem& item, CommandLine* one, std::string* error);
 
-// Makes the folders of the results. False: `*failure` says which cannot be made.
+// Makes the folders of the results whose inputs can be read. False: `*failure` says which cannot be made.
 bool MakeFolders(const std::vector<BatchItem>& items, Failure* failure);
 
 // The words of an item's command, for a process of its own.

@@ -10,4 +10,8 @@ namespace kfx::commands {
 // first.
 bool CheckWritable(const std::string& path, std::string* error);
 
+// The same of a file that is to be made in `folder`, with its separator ("" is the current one): that of
+// `path`, or one around it where that is still to be made. What is at `path` does not count.
+bool CheckFolder(const std::string& path, const std::string& folder, std::string* error);
+
 }  // namespace kfx::commands

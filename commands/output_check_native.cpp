@@ -11,6 +11,7 @@
 #include "media/file_io.h"
 
 namespace kfx::commands {
+
 bool CheckWritable(const std::string& path, std::string* error) {
     struct stat found = {};
     const bool exists = stat(path.c_str(), &found) == 0;
@@ -24,13 +25,17 @@ bool CheckWritable(const std::string& path, std::string* error) {
     }
     // Devices and pipes are written to directly, so nothing stands beside them.
     if (exists && !S_ISREG(found.st_mode)) return true;
+    return CheckFolder(path, FolderOf(path), error);
+}
+
+bool CheckFolder(const std::string& path, const std::string& folder, std::string* error) {
+    struct stat found = {};
     // The longest name is the temporary one.
-    if (lstat((path + kTemporaryEnding).c_str(), &found) != 0 && errno == ENAMETOOLONG) {
+    if (lstat((folder + FileNameOf(path) + kTemporaryEnding).c_str(), &found) != 0 && errno == ENAMETOOLONG) {
         *error = path + ": cannot be written: the name is too long.";
         return false;
     }
     // Asked of the folder: a file made on trial would stay behind when the program is interrupted.
-    const std::string folder = FolderOf(path);
     if (faccessat(AT_FDCWD, folder.empty() ? "." : folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0) return true;
     const int reason = errno;
     const std::string named = folder.empty() ? "this folder" : "the folder " + folder;

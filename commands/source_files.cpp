@@ -9,6 +9,7 @@
 #include "commands/output_format.h"
 #include "commands/text.h"
 #include "media/number_pattern.h"
+#include "media/system_reason.h"
 #include "media/utf8_path.h"
 
 namespace kfx::commands {
@@ -159,8 +160,16 @@ fs::path PlaceOf(std::string folder) {
     return PathOf(SystemPath(folder));
 }
 
+// Why the names in a folder cannot be read; none if they can.
+std::error_code RefusalOf(const std::string& folder) {
+    std::error_code refusal;
+    const fs::directory_iterator names(PlaceOf(folder), refusal);
+    return refusal;
+}
+
 // The pictures in a folder and all folders in it, each a source; not in the folder of the results, where
-// earlier ones may be. `below`: this folder's place in the given one.
+// earlier ones may be. `below`: this folder's place in the given one. A folder in it that cannot be read is a
+// source, which fails as others do.
 void AddTree(const std::string& folder, const std::string& below, const std::string& output,
              std::vector<SourceFiles>* sources) {
     for (const std::string& file : FindPictures(folder))
@@ -168,7 +177,9 @@ void AddTree(const std::string& folder, const std::string& below, const std::str
     for (const std::string& name : FoldersIn(folder)) {
         std::error_code unknown;
         const std::string inner = folder + name + "/";
-        if (!fs::equivalent(PlaceOf(inner), PlaceOf(output), unknown))
+        if (RefusalOf(inner))
+            sources->push_back({.files = {folder + name}, .given = {folder + name}, .subfolder = below});
+        else if (!fs::equivalent(PlaceOf(inner), PlaceOf(output), unknown))
             AddTree(inner, below + name + "/", output, sources);
     }
 }
@@ -179,6 +190,10 @@ bool Refuse(ExitCode exitCode, const std::string& error, Failure* failure) {
 }
 
 bool RefuseFolder(const std::string& input, Failure* failure) {
+    if (const std::error_code refusal = RefusalOf(input)) {
+        return Refuse(kExitBadInput, input + ": the folder cannot be read (" + ReasonOf(refusal) + ").",
+                      failure);
+    }
     return Refuse(kExitBadInput, input + ": this is a folder without pictures.", failure);
 }
 
