@@ -15,10 +15,14 @@ std::wstring WidenFrom(UINT codePage, const std::string& text) {
 }
 
 std::string NarrowTo(UINT codePage, const std::wstring& wide) {
+    // A letter that only looks like another would make the name of another file. UTF-8 has all and takes no
+    // flag.
+    const bool hasAll = codePage == CP_UTF8 || GetACP() == CP_UTF8;
+    const DWORD flags = hasAll ? 0 : WC_NO_BEST_FIT_CHARS;
     const int length = static_cast<int>(wide.size());
-    const int count = WideCharToMultiByte(codePage, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+    const int count = WideCharToMultiByte(codePage, flags, wide.data(), length, nullptr, 0, nullptr, nullptr);
     std::string text(static_cast<size_t>(count), '\0');
-    WideCharToMultiByte(codePage, 0, wide.data(), length, text.data(), count, nullptr, nullptr);
+    WideCharToMultiByte(codePage, flags, wide.data(), length, text.data(), count, nullptr, nullptr);
     return text;
 }
 

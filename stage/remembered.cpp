@@ -5,6 +5,7 @@
 
 #include "commands/text_windows.h"
 #include "driven/settings_folder.h"
+#include "media/file_io.h"
 
 namespace kfx::stage {
 
@@ -46,6 +47,28 @@ void WriteValue(const std::wstring& path, const std::wstring& key, const std::st
                                path.c_str());
 }
 
+// Whether the system's code page has every character of the text.
+bool IsInCodePage(const std::string& text) { return FromPluginText(ToPluginText(text)) == text; }
+
+// The system reads and writes such a file in its code page, unless the file begins with the mark of UTF-16.
+void AllowEveryCharacter(const std::wstring& path) {
+    const std::string mark = "\xFF\xFE", name = Narrow(path);
+    std::vector<uint8_t> bytes;
+    std::string error;
+    // One that cannot be read keeps what it holds.
+    const bool isThere = GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (isThere && !ReadWholeFile(name, &bytes, &error)) return;
+    const std::string text(bytes.begin(), bytes.end());
+    if (text.rfind(mark, 0) == 0) return;
+    const std::wstring wide = Widen(FromPluginText(text));
+    bytes.assign(mark.begin(), mark.end());
+    for (const wchar_t c : wide) {
+        bytes.push_back(static_cast<uint8_t>(c & 0xFF));
+        bytes.push_back(static_cast<uint8_t>(c >> 8));
+    }
+    WriteWholeFile(name, bytes, &error);
+}
+
 std::wstring RecentKey(size_t row) { return L"Recent" + std::to_wstring(row + 1); }
 
 }  // namespace
@@ -67,6 +90,10 @@ Remembered ReadRemembered() {
 void WriteRemembered(const Remembered& remembered) {
     MakeSettingsFolder();
     const std::wstring path = FilePath();
+    const auto& recent = remembered.recent;
+    const bool isPlain =
+        IsInCodePage(remembered.folder) && std::all_of(recent.begin(), recent.end(), IsInCodePage);
+    if (!isPlain && !SettingsFolder().empty()) AllowEveryCharacter(path);
     Remembered copy = remembered;
     ForEachNumber(&copy, [&path](const wchar_t* key, const LONG* number) {
         WritePrivateProfileStringW(kSection, key, std::to_wstring(*number).c_str(), path.c_str());
