@@ -69,23 +69,32 @@ start_wine() {
     fi
 }
 
-# start_wine_sessions COUNT: prefixes with a display each, for test programs side by side; see cmake/wine.
+# start_wine_sessions COUNT [NAME]: prefixes with a display each, for test programs side by side; see cmake/wine. With a
+# name these are prefixes of their own, in place of those of another name.
 start_wine_sessions() {
-    local number prefix
-    [ -z "${KFX_WINE_SESSIONS:-}" ] || return 0
+    local number prefix sessions= first=1
+    [ -n "${2:-}" ] || [ -z "${KFX_WINE_SESSIONS:-}" ] || return 0
     case $work in
         *[[:space:]@]*) fail "Windows tests cannot run in a folder whose path has a space or an @: $work" ;;
     esac
+    unset KFX_WINE_SESSIONS
     start_wine
-    KFX_WINE_SESSIONS=$WINEPREFIX@$DISPLAY
-    for ((number = 2; number <= $1; ++number)); do
-        prefix=$work/wine.$number
+    [ -n "${2:-}" ] || { sessions=$WINEPREFIX@$DISPLAY first=2; }
+    for ((number = first; number <= $1; ++number)); do
+        prefix=$work/wine.${2:+$2.}$number
         copy_prefix "$prefix"
         start_display
         WINEPREFIX=$prefix manage_windows N
-        KFX_WINE_SESSIONS+=" $prefix@$DISPLAY"
+        sessions+=" $prefix@$DISPLAY"
     done
-    export KFX_WINE_SESSIONS
+    export KFX_WINE_SESSIONS=$sessions
+}
+
+# speak LOCALE: the language, and so the code page, in which Windows starts in every prefix that runs no program yet.
+speak() {
+    mkdir -p "$work/locales"
+    [ -d "$work/locales/$1.UTF-8" ] || localedef -i "$1" -f UTF-8 "$work/locales/$1.UTF-8"
+    export KFX_WINE_LOCALE=$1.UTF-8
 }
 
 make_prefix() {

@@ -5,12 +5,13 @@
 set(KFX_TEST_TIMEOUT 1800)
 
 # kfx_add_test(NAME SOURCES a.cpp ... LIBRARIES kfx_... [ARGUMENTS ...] [TIMEOUT seconds]
-#              [NATIVE_ONLY | WINDOWS_ONLY])
+#              [NATIVE_ONLY | WINDOWS_ONLY] [CODE_PAGES])
 # Without a word on the side, the program is built by both toolchains and runs natively and under Wine. There it has a
 # display and a user folder to itself (see cmake/wine): it may show windows, ask for the focus and change settings.
+# CODE_PAGES: what it tests depends on the code page of Windows, and ./test codepages runs it with several.
 # The working directory is the root of the sources: test data is read from tests/data/.
 function(kfx_add_test name)
-    cmake_parse_arguments(arg "NATIVE_ONLY;WINDOWS_ONLY" "TIMEOUT" "SOURCES;LIBRARIES;ARGUMENTS" ${ARGN})
+    cmake_parse_arguments(arg "NATIVE_ONLY;WINDOWS_ONLY;CODE_PAGES" "TIMEOUT" "SOURCES;LIBRARIES;ARGUMENTS" ${ARGN})
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "kfx_add_test(${name}): unknown words: ${arg_UNPARSED_ARGUMENTS}")
     endif()
@@ -29,6 +30,10 @@ function(kfx_add_test name)
     endif()
     add_test(NAME ${name} COMMAND ${name} ${arg_ARGUMENTS} WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
     kfx_set_test_properties(${name} ${arg_TIMEOUT})
+    if(WIN32 AND arg_CODE_PAGES)
+        target_sources(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/code_page_check.cpp)
+        set_tests_properties(${name} PROPERTIES LABELS codepages)
+    endif()
 endfunction()
 
 # What every ctest entry carries; also for tests that are not GoogleTest programs.

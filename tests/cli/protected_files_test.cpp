@@ -18,6 +18,7 @@
 #include "tests/cli/test_animations.h"
 #include "tests/cli/test_files.h"
 #include "tests/support/plain_message.h"
+#include "tests/support/tried.h"
 
 namespace kfx::test {
 namespace {
@@ -107,6 +108,7 @@ struct ProtectedFiles : ::testing::Test {
         EXPECT_EQ(result.out, "") << sentence;
         EXPECT_EQ(LibraryWordIn(result.err), "");
         EXPECT_TRUE(Contents(folder.path) == before) << sentence;
+        AddTried("commands refused for what is protected");
     }
 
     Words Apply(const std::string& from, const std::string& to, const Words& more = {}) const {

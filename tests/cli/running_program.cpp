@@ -79,9 +79,14 @@ uint64_t WatchUntilEnd(HANDLE process) {
 }  // namespace
 
 ProgramResult RunKestrel(const std::vector<std::string>& arguments, const std::string& inputPath) {
+    return RunProgram(FileBesideTest("kestrel.exe"), arguments, inputPath);
+}
+
+ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments,
+                         const std::string& inputPath) {
     const TemporaryFolder folder;
     const std::string outPath = folder.path + "out.txt", errPath = folder.path + "err.txt";
-    std::wstring commandLine = CommandLineOf(FileBesideTest("kestrel.exe"), arguments);
+    std::wstring commandLine = CommandLineOf(path, arguments);
 
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
@@ -103,7 +108,7 @@ ProgramResult RunKestrel(const std::vector<std::string>& arguments, const std::s
     CloseHandle(startup.hStdOutput);
     CloseHandle(startup.hStdError);
     if (!started) {
-        ADD_FAILURE() << "kestrel.exe does not start: error " << error;
+        ADD_FAILURE() << path << " does not start: error " << error;
         return result;
     }
     result.peakBytes = WatchUntilEnd(process.hProcess);

@@ -5,7 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "tests/cli/program.h"
+
 namespace kfx::test {
+
+// As RunKestrel, with the program at `path`.
+ProgramResult RunProgram(const std::string& path, const std::vector<std::string>& arguments,
+                         const std::string& inputPath = "");
 
 // A program that is still running.
 struct RunningProgram {

@@ -4,11 +4,14 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 
+#include "media/utf8_path.h"
 #include "tests/dll/support/dialog_thread.h"
 #include "tests/dll/support/idle_owner.h"
+#include "tests/support/page_words.h"
 #include "window/file_dialogs.h"
 #include "window/plugin_state.h"
 
@@ -37,14 +40,8 @@ public:
     OpenFileDialog(const OpenFileDialog&) = delete;
     OpenFileDialog& operator=(const OpenFileDialog&) = delete;
 
-    Choice Cancel() {
-        if (!window) return *choice_;
-        PostMessageA(window, WM_COMMAND, IDCANCEL, 0);
-        window = nullptr;
-        if (test::WaitUntilDialogEnds()) return *choice_;
-        ADD_FAILURE() << "the file dialog does not close";
-        return {};
-    }
+    Choice Accept() { return Answer(IDOK); }
+    Choice Cancel() { return Answer(IDCANCEL); }
 
     bool IsOwnerDrawn(int button) const {
         return (GetWindowLongA(GetDlgItem(window, button), GWL_STYLE) & BS_TYPEMASK) == BS_OWNERDRAW;
@@ -59,6 +56,15 @@ public:
     HWND window = nullptr;
 
 private:
+    Choice Answer(int button) {
+        if (!window) return *choice_;
+        PostMessageA(window, WM_COMMAND, static_cast<WPARAM>(button), 0);
+        window = nullptr;
+        if (test::WaitUntilDialogEnds()) return *choice_;
+        ADD_FAILURE() << "the file dialog does not close";
+        return {};
+    }
+
     // The dialog's as well: one that does not close outlives this.
     const std::shared_ptr<Choice> choice_ = std::make_shared<Choice>();
 };
@@ -75,13 +81,14 @@ void ExpectInTheMiddle(const RECT& place) {
 }
 
 TEST_F(FileDialogs, Open_at_the_remembered_size_in_the_middle_of_the_screen) {
-    RememberFileDialogSize(700, 500);
+    // In some languages the system's own dialog is no narrower than 750.
+    RememberFileDialogSize(800, 600);
     for (bool (*const ask)(HWND, char*) : {AskDocumentToOpen, AskDocumentToSave}) {
         const OpenFileDialog dialog(ask);
         ASSERT_TRUE(dialog.window);
         const RECT place = dialog.Place();
-        EXPECT_EQ(place.right - place.left, 700);
-        EXPECT_EQ(place.bottom - place.top, 500);
+        EXPECT_EQ(place.right - place.left, 800);
+        EXPECT_EQ(place.bottom - place.top, 600);
         ExpectInTheMiddle(place);
     }
 }
@@ -128,6 +135,19 @@ TEST_F(FileDialogs, Cancelled_leave_the_path) {
     const Choice choice = dialog.Cancel();
     EXPECT_FALSE(choice.made);
     EXPECT_EQ(choice.path, "C:\\windows\\some.kx1");
+}
+
+TEST_F(FileDialogs, Accepted_keep_a_path_in_characters_of_the_code_page) {
+    const std::string folder =
+        (std::filesystem::temp_directory_path() / PathOf(test::NameInside(""))).string();
+    ASSERT_TRUE(CreateDirectoryA(test::ToPage(folder).c_str(), nullptr));
+    const std::string path = test::ToPage(folder + "\\" + test::NameInside(".kx1"));
+    OpenFileDialog dialog(AskDocumentToSave, path);
+    EXPECT_TRUE(dialog.window);
+    const Choice choice = dialog.Accept();
+    EXPECT_TRUE(choice.made);
+    EXPECT_EQ(choice.path, path);
+    RemoveDirectoryA(test::ToPage(folder).c_str());
 }
 
 TEST_F(FileDialogs, Open_even_where_the_documents_path_makes_no_sense) {

@@ -125,14 +125,66 @@ TEST(ConfigurationFiles, Keep_every_character_of_a_text) {
         PluginSession session(host, options);
         session.Click(IDC_SELECT);
         session.Command(IDM_DOCUMENT_OPEN);
-        ASSERT_THAT(session.AskedPaths(), SizeIs(1));
-        EXPECT_THAT(session.AskedPaths()[0].file, AnyOf(odd, std::string())) << "or none, if it is no name";
+        ASSERT_FALSE(session.AskedPaths().empty());
+        EXPECT_THAT(session.AskedPaths().back().file, AnyOf(odd, std::string()))
+            << "or none, if it is no name";
         session.Command(IDM_DOCUMENT_SAVE);
         EXPECT_THAT(session.Messages(), ElementsAre(kNotCreated)) << "there is no such folder";
         session.Close();
         for (const char* key : {"CurrentFileName", "FileNamePath", "ImageFile", "OpenPath"})
             EXPECT_THAT(session.ConfigurationText(), HasSubstr(std::string(key) + " = " + odd + "\r\n"));
     }
+}
+
+// As Windows answers for every user. Wine's own functions let root write all files.
+template <typename Text, typename Attributes, typename Create>
+HANDLE CreateUnlessReadOnly(Text path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD how,
+                            DWORD flags, HANDLE model, Attributes attributesOf, Create create) {
+    const DWORD attributes = attributesOf(path);
+    const bool isReadOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+    if (!isReadOnly || !(access & (GENERIC_WRITE | GENERIC_ALL | FILE_WRITE_DATA)))
+        return create(path, access, share, security, how, flags, model);
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+HANDLE WINAPI CreateWide(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD how,
+                         DWORD flags, HANDLE model) {
+    return CreateUnlessReadOnly(path, access, share, security, how, flags, model, GetFileAttributesW,
+                                CreateFileW);
+}
+
+HANDLE WINAPI CreateNarrow(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD how,
+                           DWORD flags, HANDLE model) {
+    return CreateUnlessReadOnly(path, access, share, security, how, flags, model, GetFileAttributesA,
+                                CreateFileA);
+}
+
+// A file with the attribute, in a system that heeds it, for its scope.
+struct ReadOnlyFile {
+    explicit ReadOnlyFile(const std::string& name) : path(name) {
+        EXPECT_TRUE(SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY));
+        EXPECT_TRUE(wide.original || narrow.original);
+    }
+    ~ReadOnlyFile() { SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL); }
+    ReadOnlyFile(const ReadOnlyFile&) = delete;
+    ReadOnlyFile& operator=(const ReadOnlyFile&) = delete;
+
+    const std::string path;
+    const ImportPatch wide{GetModuleHandleA("msvcrt.dll"), "CreateFileW", AddressOfFunction(CreateWide)};
+    const ImportPatch narrow{GetModuleHandleA("msvcrt.dll"), "CreateFileA", AddressOfFunction(CreateNarrow)};
+};
+
+TEST(ConfigurationFiles, That_are_read_only_are_read_and_stay) {
+    FakeHost host;
+    const std::string kept = "MainEffect = 3\n";
+    PluginSession session(host, WithConfiguration(kept));
+    const ReadOnlyFile guarded(session.ConfigurationPath());
+    EXPECT_EQ(session.SelectionOf(IDC_EFFECT), 3);
+    session.Choose(IDC_EFFECT, 5);
+    session.Close();
+    EXPECT_EQ(session.ConfigurationText(), kept);
+    EXPECT_THAT(session.Messages(), IsEmpty());
 }
 
 class DocumentFiles : public WindowTest {
@@ -211,6 +263,27 @@ TEST_F(DocumentFiles, Held_by_another_program_or_with_a_folder_of_that_name_are_
     EXPECT_EQ(session.PositionOf(IDC_SWIRL_ANGLE), 1485);
     session.Close();
     EXPECT_THAT(session.ConfigurationText(), HasSubstr("CurrentFileName = untitled.kx1\r\n"));
+}
+
+TEST_F(DocumentFiles, That_are_read_only_are_opened_and_saved_under_another_name) {
+    const std::string kept = std::string(kHeader) + "SCROLL193=7\n";
+    WriteTextFile(path, kept);
+    {
+        const ReadOnlyFile guarded(path);
+        OpenNamed(path);
+        EXPECT_EQ(session.PositionOf(IDC_SWIRL_ANGLE), 7);
+        EXPECT_THAT(session.Messages(), IsEmpty());
+        session.Command(IDM_DOCUMENT_SAVE);
+        session.Command(IDM_DOCUMENT_SAVE_AS);
+        EXPECT_THAT(session.Messages(), ElementsAre(kNotCreated, kNotCreated));
+        EXPECT_EQ(ReadTextFile(path), kept);
+        session.AnswerFileDialog(path + ".other.kx1");
+        session.Command(IDM_DOCUMENT_SAVE_AS);
+        EXPECT_THAT(session.Messages(), SizeIs(2));
+        EXPECT_THAT(ReadTextFile(path + ".other.kx1"), HasSubstr("SCROLL193=7\r\n"));
+    }
+    session.Close();
+    EXPECT_THAT(session.ConfigurationText(), HasSubstr("CurrentFileName = " + path + ".other.kx1\r\n"));
 }
 
 // A path may have 259 characters; the dialog gives no longer ones.

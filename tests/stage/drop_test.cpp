@@ -112,7 +112,7 @@ TEST_F(Dropping, A_source_that_is_chosen_in_the_plugins_window_is_noted_fully) {
     HWND plugin = nullptr;
     ASSERT_NO_FATAL_FAILURE(OpenPlugin(&plugin));
     Press(plugin, kPluginSelect);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Open", plain));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(plain));
     EXPECT_TRUE(WaitForTitle("plain.gif - Kestrel Stage"));
     EXPECT_TRUE(IsPath(State()->document.path, plain));
     EXPECT_TRUE(WaitFor([&] { return IsPath(State()->remembered.recent.front(), plain); }));

@@ -53,7 +53,7 @@ struct KilledStage : StageWindow {
         ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
         ASSERT_NO_FATAL_FAILURE(Build("Solarize"));
         Run(kSave);
-        ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", typed));
+        ASSERT_NO_FATAL_FAILURE(ChooseFile(typed));
         ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDYES));
     }
 

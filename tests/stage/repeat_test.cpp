@@ -9,14 +9,12 @@ namespace {
 
 using namespace stage;
 
-constexpr int kMessageText = 0xFFFF;  // of a message box
-
 struct Repeating : StageWindow {
     std::string built = folder.path + "built.gif", repeated = folder.path + "repeated.gif";
 
     void Save(const std::string& path) const {
         Run(kSave);
-        ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", path));
+        ASSERT_NO_FATAL_FAILURE(ChooseFile(path));
         ASSERT_TRUE(WaitForText(kStatusText, "Saved " + path.substr(folder.path.size())));
     }
 
@@ -67,12 +65,10 @@ TEST_F(Repeating, What_cannot_be_repeated_is_told_without_words_of_the_command_l
     ASSERT_NO_FATAL_FAILURE(Save(built));
     ASSERT_NE(RecipeOf(built).find("--palette=Match original"), std::string::npos) << RecipeOf(built);
     Run(kOpen);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Open", colorful));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(colorful));
     ASSERT_TRUE(WaitForTitle("colourful.apng - Kestrel Stage"));
     Run(kRepeatEffect);
-    HWND box = nullptr;
-    ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));
-    const std::string text = TextOf(GetDlgItem(box, kMessageText));
+    const std::string text = MessageText();
     EXPECT_EQ(text.find("Solarize cannot be repeated"), 0u) << text;
     EXPECT_EQ(text.find("--"), std::string::npos) << text;
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));

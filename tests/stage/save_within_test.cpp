@@ -69,7 +69,7 @@ TEST_F(SavingWithin, One_of_four_files_is_chosen_by_keys_and_saved) {
     PressKey(first, VK_RIGHT);
     EXPECT_TRUE(WaitFor([second] { return HasFocus(second); }));
     PressKey(second, VK_RETURN);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(output));
     EXPECT_TRUE(WaitFor([offer] { return !IsWindow(offer); }));
     const Animation saved = ReadBack(output);
     EXPECT_EQ(saved.frames.size(), 6u);
@@ -86,12 +86,12 @@ TEST_F(SavingWithin, A_cancelled_name_leads_back_to_the_files) {
     ASSERT_NO_FATAL_FAILURE(WaitForOffer(&offer));
     EXPECT_GE(CountOf(offer), 2u);
     Press(offer, kFirstOfferedFile);
-    ASSERT_NO_FATAL_FAILURE(WaitForDialog("Save As", &name));
+    ASSERT_NO_FATAL_FAILURE(WaitForDialog(nullptr, &name));
     PostMessageA(name, WM_COMMAND, IDCANCEL, 0);
     ASSERT_TRUE(WaitFor([name] { return !IsWindow(name); }));
     EXPECT_TRUE(IsWindow(offer));
     Press(offer, kFirstOfferedFile);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(output));
     EXPECT_TRUE(WaitFor([offer] { return !IsWindow(offer); }));
     EXPECT_EQ(ReadBack(output).frames.size(), 1u);
     ASSERT_NO_FATAL_FAILURE(Close(false));

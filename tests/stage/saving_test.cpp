@@ -21,7 +21,7 @@ TEST_F(Saving, A_saved_result_is_no_unsaved_work) {
     ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
     EXPECT_TRUE(WaitForTitle("*in.gif - Kestrel Stage"));
     Run(kSave);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(output));
     EXPECT_TRUE(WaitForText(kStatusText, "Saved saved.gif"));
     EXPECT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
     EXPECT_EQ(ReadBack(output).frames.size(), 3u);
@@ -33,14 +33,32 @@ TEST_F(Saving, A_file_whose_ending_is_added_is_asked_about_before_it_is_replaced
     WriteText(kept, "kept");
     ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
     Run(kSave);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", typed));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(typed));
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDNO));
     EXPECT_EQ(ReadText(kept), "kept");
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", typed));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(typed));
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDYES));
     EXPECT_TRUE(WaitForText(kStatusText, "Saved saved.jpg.gif"));
     EXPECT_EQ(ReadBack(kept).frames.size(), 3u);
     ASSERT_NO_FATAL_FAILURE(Close(false));
+}
+
+// The system's dialog would not take the name of a write-protected file on Windows: the ending is added to
+// it.
+TEST_F(Saving, A_write_protected_file_is_told_and_stays) {
+    const std::string kept = folder.path + "saved.jpg.gif", typed = folder.path + "saved.jpg";
+    WriteText(kept, "kept");
+    ASSERT_TRUE(SetFileAttributesA(kept.c_str(), FILE_ATTRIBUTE_READONLY));
+    ASSERT_NO_FATAL_FAILURE(OpenAndBuild());
+    Run(kSave);
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(typed));
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDYES));
+    EXPECT_EQ(MessageText(), kept + ": is write-protected.");
+    ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
+    EXPECT_EQ(ReadText(kept), "kept");
+    EXPECT_TRUE(WaitForTitle("*in.gif - Kestrel Stage")) << "still unsaved";
+    EXPECT_TRUE(SetFileAttributesA(kept.c_str(), FILE_ATTRIBUTE_NORMAL));
+    ASSERT_NO_FATAL_FAILURE(Close(true));
 }
 
 TEST_F(Saving, Unsaved_work_can_be_saved_when_the_window_closes) {
@@ -49,7 +67,7 @@ TEST_F(Saving, Unsaved_work_can_be_saved_when_the_window_closes) {
     HWND box = nullptr;
     ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));
     PostMessageA(box, WM_COMMAND, IDYES, 0);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(output));
     EXPECT_EQ(WaitForEnd(&this->stage), 0);
     EXPECT_EQ(ReadBack(output).frames.size(), 3u);
 }
@@ -58,7 +76,7 @@ TEST_F(Saving, The_frames_are_exported_as_numbered_files) {
     ASSERT_NO_FATAL_FAILURE(Open({input}));
     ASSERT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
     Run(kExportFrames);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", folder.path + "frame.png"));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(folder.path + "frame.png"));
     EXPECT_TRUE(WaitForText(kStatusText, "Exported frame-000.png to frame-002.png"));
     EXPECT_TRUE(FileExists(folder.path + "frame-002.png"));
     ASSERT_NO_FATAL_FAILURE(Close(false));

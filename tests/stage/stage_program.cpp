@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/stage/stage_program.h"
 
+#include "commands/text_windows.h"
+
 namespace kfx::test {
 namespace {
 
@@ -8,13 +10,19 @@ constexpr int kFileName = 0x480;             // the field of a file dialog
 constexpr int kFileNameList = 0x47C;         // or the list that holds it
 constexpr UINT kAnswerMilliseconds = 10000;  // until the text is asked for once more
 
+HWND FileNameField(HWND dialog) {
+    const HWND field = GetDlgItem(dialog, kFileName);
+    return field ? field : GetDlgItem(dialog, kFileNameList);
+}
+
 }  // namespace
 
 std::string TextOf(HWND window) {
-    char text[600] = "";
-    SendMessageTimeoutA(window, WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text), SMTO_NORMAL,
+    constexpr WPARAM kLongest = 600;
+    wchar_t text[kLongest] = L"";
+    SendMessageTimeoutW(window, WM_GETTEXT, kLongest, reinterpret_cast<LPARAM>(text), SMTO_NORMAL,
                         kAnswerMilliseconds, nullptr);
-    return text;
+    return commands::Narrow(text);
 }
 
 void Press(HWND window, int button) {
@@ -26,7 +34,8 @@ HWND DialogOf(DWORD process, const char* title) {
     for (HWND dialog = nullptr; (dialog = FindWindowExA(nullptr, dialog, "#32770", title)) != nullptr;) {
         DWORD owner = 0;
         GetWindowThreadProcessId(dialog, &owner);
-        if (owner == process && IsWindowVisible(dialog)) return dialog;
+        const bool isMeant = title || FileNameField(dialog);
+        if (owner == process && isMeant && IsWindowVisible(dialog)) return dialog;
     }
     return nullptr;
 }
@@ -52,7 +61,8 @@ bool StageWindow::WaitForPossible(int command) const {
 }
 
 void StageWindow::WaitForDialog(const char* title, HWND* dialog) const {
-    ASSERT_TRUE(WaitFor([&] { return (*dialog = DialogOf(stage.processId, title)) != nullptr; })) << title;
+    ASSERT_TRUE(WaitFor([&] { return (*dialog = DialogOf(stage.processId, title)) != nullptr; }))
+        << (title ? title : "a file dialog");
 }
 
 void StageWindow::OpenPlugin(HWND* plugin) const {
@@ -77,25 +87,34 @@ void StageWindow::Build(const std::string& effect) const {
     ASSERT_TRUE(WaitForPossible(stage::kUndo)) << "the plug-in's window is closed";
 }
 
-void StageWindow::ChooseFile(const char* title, const std::string& path) const {
+void StageWindow::ChooseFile(const std::string& path) const {
     HWND dialog = nullptr;
-    ASSERT_NO_FATAL_FAILURE(WaitForDialog(title, &dialog));
-    ASSERT_TRUE(
-        WaitFor([dialog] { return GetDlgItem(dialog, kFileName) || GetDlgItem(dialog, kFileNameList); }));
-    const HWND name =
-        GetDlgItem(dialog, kFileName) ? GetDlgItem(dialog, kFileName) : GetDlgItem(dialog, kFileNameList);
+    ASSERT_NO_FATAL_FAILURE(WaitForDialog(nullptr, &dialog));
+    const HWND name = FileNameField(dialog);
     ASSERT_TRUE(WaitFor([name, &path] {
-        SendMessageA(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+        SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(commands::Widen(path).c_str()));
         return TextOf(name) == path;
     }));
     Press(dialog, IDOK);
+}
+
+std::string MessageOf(HWND box) {
+    constexpr int kText = 0xFFFF;
+    return TextOf(GetDlgItem(box, kText));
+}
+
+std::string StageWindow::MessageText() const {
+    HWND box = nullptr;
+    WaitFor([&] { return (box = DialogOf(stage.processId, "Kestrel Stage")) != nullptr; });
+    return box ? MessageOf(box) : "";
 }
 
 void StageWindow::AnswerMessage(int button) const {
     HWND box = nullptr;
     ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));
     PostMessageA(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
-    ASSERT_TRUE(WaitFor([&] { return DialogOf(stage.processId, "Kestrel Stage") == nullptr; }));
+    // Another one may come up at once.
+    ASSERT_TRUE(WaitFor([box] { return !IsWindow(box); }));
 }
 
 void StageWindow::Close(bool isUnsaved) {

@@ -23,12 +23,17 @@ constexpr int kPluginSize = 12;
 constexpr int kPluginEffect = 50;
 constexpr int kPluginSelect = 51;
 
+// In UTF-8.
 std::string TextOf(HWND window);
+
+// What a message box says.
+std::string MessageOf(HWND box);
 
 // What pressing a button of the window does.
 void Press(HWND window, int button);
 
-// A visible dialog of the process with this title.
+// A visible dialog of the process with this title; null: one of the system's that ask for a file, whose
+// titles are in the user's language.
 HWND DialogOf(DWORD process, const char* title);
 
 struct StageWindow : ::testing::Test {
@@ -63,8 +68,11 @@ struct StageWindow : ::testing::Test {
     // Builds with the effect and waits for the result.
     void Build(const std::string& effect) const;
 
-    // Types a name into the file dialog with this title and accepts it.
-    void ChooseFile(const char* title, const std::string& path) const;
+    // Types a name into the file dialog and accepts it.
+    void ChooseFile(const std::string& path) const;
+
+    // What a message box with Stage's title says, once it is there; "" when none comes.
+    std::string MessageText() const;
 
     // Presses a button of a message box with Stage's title.
     void AnswerMessage(int button) const;

@@ -38,12 +38,6 @@ HHOOK WINAPI RefuseHook(int kind, HOOKPROC procedure, HINSTANCE module, DWORD th
     return nullptr;
 }
 
-// What a message box says.
-std::string MessageOf(HWND box) {
-    constexpr int kMessage = 0xFFFF;
-    return TextOf(GetDlgItem(box, kMessage));
-}
-
 struct Using : OwnStage {
     void OpenAndBuild() {
         ASSERT_NO_FATAL_FAILURE(OpenHere({input}));
@@ -88,7 +82,7 @@ TEST_F(Using, A_save_that_fails_keeps_the_work_unsaved) {
                                AddressOfFunction(WriteToFullDisk));
         ASSERT_NE(disk.original, nullptr);
         Run(kSave);
-        ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
+        ASSERT_NO_FATAL_FAILURE(ChooseFile(output));
         ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDOK));
     }
     EXPECT_FALSE(FileExists(output));
@@ -97,7 +91,7 @@ TEST_F(Using, A_save_that_fails_keeps_the_work_unsaved) {
     ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDCANCEL));
     EXPECT_TRUE(IsWindow(window)) << "it is asked about";
     Run(kSave);
-    ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", output));
+    ASSERT_NO_FATAL_FAILURE(ChooseFile(output));
     EXPECT_TRUE(WaitForTitle("in.gif - Kestrel Stage"));
     EXPECT_EQ(ReadBack(output).frames.size(), 3u);
 }
@@ -111,7 +105,7 @@ TEST_F(Using, A_folder_that_may_not_be_written_keeps_its_file_and_is_told_of) {
                                          AddressOfFunction(RefuseToWrite));
         ASSERT_NE(folderOnlyRead.original, nullptr);
         Run(kSave);
-        ASSERT_NO_FATAL_FAILURE(ChooseFile("Save As", typed));
+        ASSERT_NO_FATAL_FAILURE(ChooseFile(typed));
         ASSERT_NO_FATAL_FAILURE(AnswerMessage(IDYES));
         HWND box = nullptr;
         ASSERT_NO_FATAL_FAILURE(WaitForDialog("Kestrel Stage", &box));

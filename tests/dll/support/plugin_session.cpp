@@ -9,9 +9,11 @@
 #include <fstream>
 #include <iterator>
 
+#include "media/utf8_path.h"
 #include "tests/dll/support/session_state.h"
 #include "tests/dll/support/window_reading.h"
 #include "tests/support/animation_blocks.h"
+#include "tests/support/page_words.h"
 #include "tests/support/pictures.h"
 #include "tests/support/wait_for.h"
 
@@ -24,18 +26,19 @@ std::string FolderOfProgram() {
     return std::filesystem::path(path).parent_path().string();
 }
 
-// A new folder. Process numbers alone do not tell two Wine prefixes apart.
+// A new folder, in characters of the code page. Process numbers alone do not tell two Wine prefixes apart.
 std::string MakeSessionFolder() {
     static int number = 0;
     const std::string sessions = FolderOfProgram() + "\\..\\sessions\\";
     std::filesystem::create_directories(sessions);
     std::string folder;
     do {
-        folder = sessions + std::to_string(GetCurrentProcessId()) + "." + std::to_string(++number);
-    } while (!std::filesystem::create_directory(folder));
-    std::filesystem::create_directory(folder + "\\AppData");
-    std::filesystem::create_directory(folder + "\\Documents");
-    return folder;
+        folder = sessions + std::to_string(GetCurrentProcessId()) + "." + std::to_string(++number) + " " +
+                 WordsOfPage().inside;
+    } while (!std::filesystem::create_directory(PathOf(folder)));
+    std::filesystem::create_directory(PathOf(folder + "\\AppData"));
+    std::filesystem::create_directory(PathOf(folder + "\\Documents"));
+    return ToPage(folder);
 }
 
 }  // namespace
@@ -67,7 +70,7 @@ PluginSession::State::~State() {
     ledger.reset();
     FreeLibrary(library);
     std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
+    std::filesystem::remove_all(PathOf(FromPage(folder)), ignored);
 }
 
 SessionOptions WithConfiguration(const std::string& text) {
@@ -79,7 +82,7 @@ SessionOptions WithConfiguration(const std::string& text) {
 PluginSession::PluginSession(FakeHost& host, const SessionOptions& options)
     : state_(std::make_unique<State>(host, options)) {
     if (options.configurationFolder)
-        std::filesystem::create_directories(state_->folder + "\\AppData\\Quorvane Labs");
+        CreateDirectoryA((state_->folder + "\\AppData\\Quorvane Labs").c_str(), nullptr);
     if (!options.configuration.empty()) WriteTextFile(ConfigurationPath(), options.configuration);
     if (options.prepare) options.prepare(ConfigurationPath());
     state_->watcher = std::thread(Watch, state_.get());

@@ -10,6 +10,7 @@
 #include <ctime>
 
 #include "tests/support/import_patch.h"
+#include "tests/support/page_words.h"
 
 namespace kfx::test {
 namespace {
@@ -80,8 +81,9 @@ BOOL AskPath(LPOPENFILENAMEA request, bool toSave) {
     asked.hooked = request->lpfnHook != nullptr;
     const std::lock_guard<std::mutex> lock(current->mutex);
     current->askedPaths.push_back(asked);
-    current->fileDialogError =
-        asked.file.find_first_of("<>|*?\"") == std::string::npos ? 0 : FNERR_INVALIDFILENAME;
+    // In UTF-8, where no part of a character has one of these numbers.
+    const bool isName = FromPage(asked.file).find_first_of("<>|*?\"") == std::string::npos;
+    current->fileDialogError = isName ? 0 : FNERR_INVALIDFILENAME;
     if (current->fileDialogAnswer.empty() || current->fileDialogError) return FALSE;
     std::snprintf(request->lpstrFile, request->nMaxFile, "%s", current->fileDialogAnswer.c_str());
     return TRUE;
