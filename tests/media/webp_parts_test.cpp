@@ -184,7 +184,7 @@ TEST(WebpParts, Long_times_give_the_bytes_of_frames_in_turn) {
 }
 
 TEST(WebpParts, A_time_that_no_file_holds_is_refused) {
-    for (const size_t frame : {0, 1, 2}) {
+    for (const size_t frame : {size_t{0}, size_t{1}, size_t{2}}) {
         Animation animation = Blank(6, 5, 3);
         for (size_t i = 0; i < 3; ++i) animation.frames[i].pixels[3] = static_cast<uint8_t>(100 * i);
         animation.frames[frame].milliseconds = kLongestTime + 1;
