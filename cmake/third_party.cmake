@@ -21,6 +21,21 @@ function(kfx_add_third_party name)
     endif()
 endfunction()
 
+# kfx_mend_third_party(SOURCES FILE TEXT BY): in the list of that name, the file whose path ends so is exchanged for a
+# copy in which BY stands for TEXT. A later version that has no such text is taken as it is.
+function(kfx_mend_third_party sources file text by)
+    set(kept ${${sources}})
+    set(mended ${kept})
+    list(FILTER mended INCLUDE REGEX "/${file}$")
+    list(REMOVE_ITEM kept ${mended})
+    file(READ ${mended} content)
+    string(REPLACE "${text}" "${by}" content "${content}")
+    get_filename_component(name ${file} NAME)
+    set(copy ${CMAKE_BINARY_DIR}/mended/${name})
+    file(CONFIGURE OUTPUT ${copy} CONTENT "${content}" @ONLY)
+    set(${sources} ${kept} ${copy} PARENT_SCOPE)
+endfunction()
+
 # The library proper: the other C files beside these are its command-line tools.
 set(giflib ${KFX_THIRD_PARTY_DIR}/giflib)
 kfx_add_third_party(kfx_giflib
@@ -49,6 +64,22 @@ file(GLOB libwebp_sources
     ${libwebp}/src/mux/*.c
     ${libwebp}/src/utils/*.c
     ${libwebp}/sharpyuv/*.c)
+# Faults of the library where memory runs out; tests/media/refused_allocations_test.cpp shows them. A table without
+# memory is freed before its `next` is set. A frame whose header gets no memory is read without it, then written so, or
+# the library crashes. So it does where a frame's encoding fails without a code, and without memory
+# for codes a picture's pixels are left out of the file.
+kfx_mend_third_party(libwebp_sources utils/huffman_utils.c
+    "huffman_tables->curr_segment = root;"
+    "huffman_tables->curr_segment = root; root->next = NULL;")
+kfx_mend_third_party(libwebp_sources mux/muxread.c
+    "    ChunkAssignData(&subchunk, &temp, copy_data, chunk->tag_);\n  }\n  ChunkSetHead(&subchunk, &wpi->header_);"
+    "    if (ChunkAssignData(&subchunk, &temp, copy_data, chunk->tag_) != WEBP_MUX_OK) goto Fail;\n  }\n  if (ChunkSetHead(&subchunk, &wpi->header_) != WEBP_MUX_OK) goto Fail;")
+kfx_mend_third_party(libwebp_sources mux/anim_encode.c
+    "    error_code = sub_frame->error_code;"
+    "    error_code = sub_frame->error_code != VP8_ENC_OK ? sub_frame->error_code : VP8_ENC_ERROR_OUT_OF_MEMORY;")
+kfx_mend_third_party(libwebp_sources enc/vp8l_enc.c
+    "        if (tokens == NULL) goto Error;"
+    "        if (tokens == NULL) { WebPEncodingSetError(pic, VP8_ENC_ERROR_OUT_OF_MEMORY); goto Error; }")
 kfx_add_third_party(kfx_libwebp ${libwebp_sources})
 target_include_directories(kfx_libwebp SYSTEM PUBLIC ${libwebp}/src PRIVATE ${libwebp})
 # Files for later processors are compiled for them, one by one; the library asks the processor before it calls
