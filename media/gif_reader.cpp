@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include <gif_lib.h>
 
@@ -180,7 +181,10 @@ ImageResult DecodeImage(GifReader* reader, const GifImageHeader& header, size_t 
     GifFileType* gif = reader->gif;
     const Rectangle& place = header.place;
     if (place.width == 0 || place.height == 0) return ImageResult::Damaged;
-    if (DGifGetImageHeader(gif) == GIF_ERROR) return ImageResult::Damaged;
+    if (DGifGetImageHeader(gif) == GIF_ERROR) {
+        if (gif->Error == D_GIF_ERR_NOT_ENOUGH_MEM) throw std::bad_alloc();
+        return ImageResult::Damaged;
+    }
     const ColorMapObject* local = gif->Image.ColorMap;
     const std::vector<RgbColor>& globalPalette = reader->animation->globalPalette;
     const std::vector<RgbColor> localPalette = local ? ColorsOf(local) : std::vector<RgbColor>();
@@ -264,11 +268,12 @@ bool ReadGif(const uint8_t* data, size_t size, PixelBudget* budget, Animation* a
         !SpendHiddenPixels(budget, survey.excessPixels, error))
         return false;
     MemoryInput input = {.data = data, .size = size, .position = 0, .cutBlock = survey.cutBlock};
-    int code = 0;
-    const std::unique_ptr<GifFileType, GifCloser> gif(DGifOpen(&input, ReadFromMemory, &code));
+    const std::unique_ptr<GifFileType, GifCloser> gif(DGifOpen(&input, ReadFromMemory, nullptr));
     if (!gif) {
-        *error = code == D_GIF_ERR_NOT_ENOUGH_MEM ? "there is not enough memory for the picture"
-                                                  : "the GIF file is damaged at its beginning";
+        // Before the end of the file, the library can only lack memory; its own code calls a palette without
+        // memory damage.
+        if (input.position < size) throw std::bad_alloc();
+        *error = "the GIF file is damaged at its beginning";
         return false;
     }
     GifReader reader = {.gif = gif.get(),

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include <webp/decode.h>
@@ -78,12 +79,10 @@ void ReadCanvas(const WebPDemuxer* demuxer, Animation* animation) {
                              static_cast<uint8_t>(background)};
 }
 
-// Decodes the frame into a part of a picture that begins at `target`, with rows of `stride` bytes. Only the
-// first pixel if `probe`: then damage in the frame's headers is found before the memory for all pixels is
-// taken.
-bool DecodeFrame(const WebPIterator& frame, bool probe, uint8_t* target, size_t stride) {
+VP8StatusCode TryFrame(const WebPIterator& frame, bool probe, uint8_t* target, size_t stride) {
     WebPDecoderConfig config;
-    if (!WebPInitDecoderConfig(&config)) return false;
+    // Fails only where header and library are of different versions; here they are built together.
+    static_cast<void>(WebPInitDecoderConfig(&config));
     if (probe) {
         config.options.use_cropping = 1;
         config.options.crop_width = 1;
@@ -96,7 +95,23 @@ bool DecodeFrame(const WebPIterator& frame, bool probe, uint8_t* target, size_t 
     config.output.u.RGBA.rgba = target;
     config.output.u.RGBA.stride = static_cast<int>(stride);
     config.output.u.RGBA.size = (height - 1) * stride + 4 * width;
-    return WebPDecode(frame.fragment.bytes, frame.fragment.size, &config) == VP8_STATUS_OK;
+    return WebPDecode(frame.fragment.bytes, frame.fragment.size, &config);
+}
+
+// Decodes the frame into a part of a picture that begins at `target`, with rows of `stride` bytes. Only the
+// first pixel if `probe`: then damage in the frame's headers is found before the memory for all pixels is
+// taken. False: the frame is damaged.
+bool DecodeFrame(const WebPIterator& frame, bool probe, uint8_t* target, size_t stride) {
+    VP8StatusCode status = TryFrame(frame, probe, target, stride);
+    if (status == VP8_STATUS_OK) return true;
+    // The library also calls it damage when it gets no memory for its tables or the alpha. What fails again,
+    // with memory for as much as a frame, is damaged.
+    constexpr size_t kTables = size_t{1} << 17;
+    const size_t pixels = probe ? 0 : static_cast<size_t>(frame.width) * static_cast<size_t>(frame.height);
+    ::operator delete(::operator new(4 * pixels + kTables));
+    if (status != VP8_STATUS_OUT_OF_MEMORY) status = TryFrame(frame, probe, target, stride);
+    if (status == VP8_STATUS_OUT_OF_MEMORY) throw std::bad_alloc();
+    return status == VP8_STATUS_OK;
 }
 
 // A picture of one colour is a few bytes, so that a small file may be sound. But it is worth a closer look.
@@ -223,8 +238,9 @@ bool ReadWebp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* 
     std::vector<uint8_t> repaired;
     bool whole = true;
     if (!demuxer) {
-        whole = false;
         repaired = CompleteChunks(data, size);
+        // A file that lacks nothing is taken this time when there was no memory before.
+        whole = std::equal(repaired.begin(), repaired.end(), data, data + size);
         file = {repaired.data(), repaired.size()};
         if (!repaired.empty()) demuxer.reset(WebPDemux(&file));
     }
