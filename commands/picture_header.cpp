@@ -63,8 +63,10 @@ bool ReadPictureHeader(const std::string& path, PictureHeader* header, std::stri
     if (fs::is_other(PathOf(system), unknown)) return true;
     std::ifstream file(PathOf(system), std::ios::binary);
     if (!file || fs::is_directory(PathOf(system), unknown)) {
+        // Stays where the file has come meanwhile; else the reader of whole files says why.
+        *error = system + ": the file cannot be opened.";
         std::vector<uint8_t> ignored;
-        if (ReadWholeFile(system, &ignored, error)) return true;  // it has just come
+        static_cast<void>(ReadWholeFile(system, &ignored, error));
         *error = WithFolderAsGiven(*error, path);
         return false;
     }

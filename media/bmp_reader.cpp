@@ -87,7 +87,8 @@ bool ReadMasks(const uint8_t* data, size_t size, BmpHeader* header) {
     return true;
 }
 
-// Colours follow the header, or the masks when masks follow the header; a count of 0 means all.
+// Colours follow the header, which lies in the file, or the masks when masks follow it; a count of 0 means
+// all.
 bool ReadPalette(const uint8_t* data, size_t size, BmpHeader* header) {
     if (header->bitCount > 8) return true;
     const bool isCore = header->headerSize == kCoreHeaderSize;
@@ -100,7 +101,7 @@ bool ReadPalette(const uint8_t* data, size_t size, BmpHeader* header) {
     }
     // The pixels may begin before a full-length palette would end.
     if (header->pixelOffset > start) count = std::min(count, (header->pixelOffset - start) / entrySize);
-    if (count == 0 || size < start || (size - start) / entrySize < count) return false;
+    if (count == 0 || (size - start) / entrySize < count) return false;
     for (size_t i = 0; i < count; ++i) {
         const uint8_t* entry = data + start + entrySize * i;
         header->palette.push_back({entry[2], entry[1], entry[0]});

@@ -130,10 +130,9 @@ bool ReadExtension(GifReader* reader) {
             animation->metadata.colorProfile.insert(animation->metadata.colorProfile.end(), block + 1,
                                                     block + 1 + length);
         }
-        if (DGifGetExtensionNext(reader->gif, &block) == GIF_ERROR) {
-            if (isComment && !IsRecipe(comment)) TakeComment(comment, animation);  // what there is of it
-            return false;
-        }
+        // A chain that the end of the file cuts ends there; see MemoryInput.
+        block = nullptr;
+        static_cast<void>(DGifGetExtensionNext(reader->gif, &block));
     }
     if (isComment) TakeComment(comment, animation);
     if (isXmp) CutXmpEnd(&animation->metadata.xmp);

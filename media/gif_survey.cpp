@@ -29,18 +29,18 @@ bool SkipBlocks(const uint8_t* data, size_t size, size_t* at) {
     return true;
 }
 
-// Whether an end code, or the end of the data, stands before the first pixel.
-bool EndsBeforePixels(const uint8_t* data, size_t size, size_t codes) {
+// Whether an end code, or the end of the data, stands before the first pixel. Behind the code size at `codes`
+// is a whole chain of blocks.
+bool EndsBeforePixels(const uint8_t* data, size_t codes) {
     constexpr unsigned kLargestCodeSize = 8;
     size_t at = codes + 1;
-    if (data[codes] > kLargestCodeSize) return at < size && data[at] == 0;
+    if (data[codes] > kLargestCodeSize) return data[at] == 0;
     const uint32_t clear = 1u << data[codes];
     const unsigned bits = data[codes] + 1u;
     uint32_t window = 0;
     unsigned count = 0;
-    for (; at < size && data[at] != 0; at += size_t{1} + data[at]) {
-        const size_t end = std::min(size, at + 1 + data[at]);
-        for (size_t i = at + 1; i < end; ++i) {
+    for (; data[at] != 0; at += size_t{1} + data[at]) {
+        for (size_t i = at + 1; i <= at + data[at]; ++i) {
             window |= static_cast<uint32_t>(data[i]) << count;
             for (count += 8; count >= bits; count -= bits, window >>= bits) {
                 const uint32_t code = window & (2 * clear - 1);
@@ -48,7 +48,7 @@ bool EndsBeforePixels(const uint8_t* data, size_t size, size_t codes) {
             }
         }
     }
-    return at < size;
+    return true;
 }
 
 void AddImage(const Rectangle& place, GifSurvey* survey) {
@@ -74,8 +74,8 @@ bool IsEmptyGifImage(const uint8_t* data, size_t size, const GifImageHeader& hea
     *end = header.codes + 1;
     const bool isWhole = SkipBlocks(data, size, end);
     if (!isWhole) *end = size;
-    return isWhole && (header.place.width == 0 || header.place.height == 0 ||
-                       EndsBeforePixels(data, size, header.codes));
+    return isWhole &&
+           (header.place.width == 0 || header.place.height == 0 || EndsBeforePixels(data, header.codes));
 }
 
 GifSurvey SurveyGif(const uint8_t* data, size_t size) {

@@ -52,14 +52,12 @@ JpegFault FaultOfCode(int code) {
         case JERR_EMPTY_IMAGE:
             return JpegFault::Sizeless;
         case JERR_IMAGE_TOO_BIG:
-        case JERR_WIDTH_OVERFLOW:
             return JpegFault::TooLarge;
         case JERR_SOF_UNSUPPORTED:
         case JERR_BAD_PRECISION:
         case JERR_COMPONENT_COUNT:
         case JERR_CONVERSION_NOTIMPL:
         case JERR_FRACT_SAMPLE_NOTIMPL:
-        case JERR_CCIR601_NOTIMPL:
             return JpegFault::OtherKind;
         default:
             return JpegFault::Damaged;
@@ -75,7 +73,8 @@ JpegFault FaultOfCode(int code) {
     Leave(DecoderOf(library), FaultOfCode(library->err->msg_code));
 }
 
-// Warnings have a level below 0. Most are about what does no harm.
+// Warnings have a level below 0. Most are about what does no harm. Nothing is printed: the reader has its own
+// words.
 void OnMessage(j_common_ptr library, int level) {
     const int code = library->err->msg_code;
     if (level >= 0) return;
@@ -83,9 +82,6 @@ void OnMessage(j_common_ptr library, int level) {
         code == JWRN_MUST_RESYNC)
         DecoderOf(library)->isDamaged = true;
 }
-
-// No message is printed: the reader has its own words.
-void OnOutput(j_common_ptr) {}
 
 void OnProgress(j_common_ptr library) {
     JpegDecoder* const decoder = DecoderOf(library);
@@ -101,8 +97,8 @@ boolean OnMoreInput(j_decompress_ptr library) {
     return TRUE;
 }
 
+// `count` is above 0.
 void OnSkip(j_decompress_ptr library, long count) {
-    if (count <= 0) return;
     jpeg_source_mgr* const source = library->src;
     if (static_cast<size_t>(count) > source->bytes_in_buffer) {
         OnMoreInput(library);
@@ -173,7 +169,6 @@ bool ReadJpegHeader(JpegDecoder* decoder) {
     library->err = jpeg_std_error(&decoder->errors);
     decoder->errors.error_exit = OnError;
     decoder->errors.emit_message = OnMessage;
-    decoder->errors.output_message = OnOutput;
     library->client_data = decoder;
     if (setjmp(decoder->recovery) != 0) return false;
     jpeg_create_decompress(library);
@@ -231,9 +226,9 @@ bool ReadJpegMetadata(JpegDecoder* decoder, std::string* comment, Metadata* meta
 bool StartJpeg(JpegDecoder* decoder) {
     if (setjmp(decoder->recovery) != 0) return false;
     jpeg_start_decompress(&decoder->library);
-    // In one pass, the data show whether they are whole; of several passes, the last ones may be missing.
-    if (decoder->isCut && jpeg_has_multiple_scans(&decoder->library) && !HasAllPasses(decoder->library))
-        decoder->isDamaged = true;
+    // The data of one pass are not read yet, and show themselves whether they are whole; several passes have
+    // been read, and the last ones may be missing.
+    if (decoder->isCut && !HasAllPasses(decoder->library)) decoder->isDamaged = true;
     return true;
 }
 

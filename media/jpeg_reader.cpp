@@ -22,11 +22,9 @@ std::string FaultClause(JpegFault fault) {
             return "the JPEG file draws its picture in too many passes";
         case JpegFault::NoMemory:
             return "there is not enough memory for the picture";
-        case JpegFault::None:
-        case JpegFault::Damaged:
-            break;
+        default:
+            return "the JPEG file is damaged before its picture can be shown";
     }
-    return "the JPEG file is damaged before its picture can be shown";
 }
 
 // Light is what no ink takes away, and black takes of all colours. Files have no ink as 255, whatever they
@@ -78,14 +76,14 @@ bool ReadRows(JpegDecoder* decoder, const Orientation& orientation, Animation* a
     return true;
 }
 
-// The file's length without its last marker, which the end of the file cut.
+// The file's length without its last marker, which the end of the file cut. The file begins with one.
 size_t LengthBeforeLastMarker(const uint8_t* data, size_t size) {
-    for (size_t at = size; at > 1; --at) {
-        const uint8_t code = data[at - 1];
-        const bool inData = code == 0 || code == 0xFF || (code >= 0xD0 && code <= 0xD7);
-        if (data[at - 2] == 0xFF && !inData) return at - 2;
-    }
-    return 0;
+    const auto isInData = [](uint8_t code) {
+        return code == 0 || code == 0xFF || (code >= 0xD0 && code <= 0xD7);
+    };
+    size_t at = size - 2;
+    while (data[at] != 0xFF || isInData(data[at + 1])) --at;
+    return at;
 }
 
 // Null: `*error` says why not.

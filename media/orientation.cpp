@@ -50,7 +50,9 @@ bool OpenTiff(const std::vector<uint8_t>& bytes, Tiff* tiff) {
 }
 
 // Where the orientation's value of 16 bits stands; 0 when there is none.
-size_t FindOrientation(const Tiff& tiff) {
+size_t FindOrientation(const std::vector<uint8_t>& exif, Tiff* opened) {
+    if (!OpenTiff(exif, opened)) return 0;
+    const Tiff& tiff = *opened;
     const size_t size = tiff.bytes->size();
     const size_t directory = Read32(tiff, 4);
     if (directory > size || size - directory < 2) return 0;
@@ -80,8 +82,7 @@ void SetXmpUpright(std::vector<uint8_t>* xmp) {
 
 int OrientationNumber(const std::vector<uint8_t>& exif) {
     Tiff tiff = {};
-    if (!OpenTiff(exif, &tiff)) return 0;
-    const size_t at = FindOrientation(tiff);
+    const size_t at = FindOrientation(exif, &tiff);
     return at ? static_cast<int>(Read16(tiff, at)) : 0;
 }
 
@@ -90,8 +91,7 @@ Orientation TakeOrientation(Metadata* metadata) {
     const int number = OrientationNumber(*exif);
     if (number < 2 || number > static_cast<int>(std::size(kOrientations))) return {};
     Tiff tiff = {};
-    if (!OpenTiff(*exif, &tiff)) return {};
-    const size_t at = FindOrientation(tiff);
+    const size_t at = FindOrientation(*exif, &tiff);
     (*exif)[tiff.bigEndian ? at : at + 1] = 0;
     (*exif)[tiff.bigEndian ? at + 1 : at] = 1;
     SetXmpUpright(&metadata->xmp);

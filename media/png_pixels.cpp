@@ -87,20 +87,24 @@ void ExpandValues(Rows* rows, const uint8_t* row, int count, int stepX, uint8_t*
     rows->isInPalette &= greatest < rows->format->palette.size();
 }
 
-template <int Channels>
-void ExpandBytes(const PngFormat& format, const uint8_t* row, int count, int stepX, uint8_t* out) {
-    for (int x = 0; x < count; ++x, row += Channels, out += 4 * stepX) {
-        if (Channels == 2) {
-            std::fill_n(out, 3, row[0]);
-            out[3] = row[1];
-        } else {
-            std::memcpy(out, row, 3);
-            out[3] = Channels == 4 ? row[3] : 255;
-        }
-        if (Channels == 3 && format.hasKey && row[0] == format.key[0] && row[1] == format.key[1] &&
-            row[2] == format.key[2])
-            out[3] = 0;
+void ExpandGreyAlpha(const uint8_t* row, int count, int stepX, uint8_t* out) {
+    for (int x = 0; x < count; ++x, row += 2, out += 4 * stepX) {
+        std::fill_n(out, 3, row[0]);
+        out[3] = row[1];
     }
+}
+
+void ExpandRgb(const PngFormat& format, const uint8_t* row, int count, int stepX, uint8_t* out) {
+    for (int x = 0; x < count; ++x, row += 3, out += 4 * stepX) {
+        std::memcpy(out, row, 3);
+        const bool isKey =
+            format.hasKey && row[0] == format.key[0] && row[1] == format.key[1] && row[2] == format.key[2];
+        out[3] = isKey ? 0 : 255;
+    }
+}
+
+void ExpandRgba(const uint8_t* row, int count, int stepX, uint8_t* out) {
+    for (int x = 0; x < count; ++x, row += 4, out += 4 * stepX) std::memcpy(out, row, 4);
 }
 
 // Samples of 16 bits.
@@ -130,11 +134,11 @@ void ExpandRow(Rows* rows, const uint8_t* row, const Pass& pass, int y, int coun
     else if (channels == 1)
         ExpandValues(rows, row, count, pass.stepX, out, rows->indices ? rows->indices + start : nullptr);
     else if (channels == 2)
-        ExpandBytes<2>(format, row, count, pass.stepX, out);
+        ExpandGreyAlpha(row, count, pass.stepX, out);
     else if (channels == 3)
-        ExpandBytes<3>(format, row, count, pass.stepX, out);
+        ExpandRgb(format, row, count, pass.stepX, out);
     else
-        ExpandBytes<4>(format, row, count, pass.stepX, out);
+        ExpandRgba(row, count, pass.stepX, out);
 }
 
 // Where rows come from: the unpacked data of a picture, or the packed ones. Samples of 16 bits take two to

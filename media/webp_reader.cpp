@@ -244,7 +244,7 @@ bool ReadWebp(const uint8_t* data, size_t size, PixelBudget* budget, Animation* 
         file = {repaired.data(), repaired.size()};
         if (!repaired.empty()) demuxer.reset(WebPDemux(&file));
     }
-    if (!demuxer || WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT) == 0) {
+    if (!demuxer) {
         *error = kDamaged;
         return false;
     }

@@ -82,7 +82,8 @@ bool RefuseLine(std::string* error) {
 bool ReadSide(std::string_view text, int* side, std::string* error) {
     const auto result = std::from_chars(text.data(), text.data() + text.size(), *side);
     const bool whole = result.ec == std::errc() && result.ptr == text.data() + text.size();
-    return (whole && *side > 0) || RefuseLine(error);
+    if (whole && *side > 0) return true;
+    return RefuseLine(error);
 }
 
 // As 30000:1001. What is no rate leaves the usual one.
@@ -137,7 +138,8 @@ bool ReadStreamLine(const uint8_t* data, size_t size, Stream* stream, std::strin
         if (end > 0 && !ReadField(line.substr(0, end), stream, error)) return false;
         line.remove_prefix(std::min(line.size(), end + 1));
     }
-    return (stream->width > 0 && stream->height > 0) || RefuseLine(error);
+    if (stream->width > 0 && stream->height > 0) return true;
+    return RefuseLine(error);
 }
 
 // Where the samples of the frame whose line begins at *at are; *at is moved behind them. Null: no whole frame

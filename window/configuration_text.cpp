@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "window/configuration_text.h"
 
+#include <algorithm>
 #include <cstring>
 #include <iterator>
 
@@ -110,7 +111,7 @@ void StoreValue(const ConfigKey& key, const char* value) {
     if (key.flags & kConfigText) {
         auto* text = static_cast<char*>(key.variable);
         std::memset(text, 0, kTextBytes);
-        for (int i = 0; i < kTextBytes - 1 && value[i]; ++i) text[i] = value[i];
+        std::memcpy(text, value, std::min(std::strlen(value), size_t{kTextBytes - 1}));
     } else {
         const uint32_t number = ParseDecimal(value);
         std::memcpy(key.variable, &number, sizeof number);

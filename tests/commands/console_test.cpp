@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "commands/report.h"
+#include "commands/survey_text.h"
 #include "tests/support/wait_for.h"
 
 namespace kfx::commands {
@@ -157,6 +158,19 @@ TEST(Console, A_progress_line_is_drawn_over_the_last_and_cleared_before_a_report
         PrintReport(FailedReport(kExitEngine, "no."), false, false);
     }
     EXPECT_TRUE(WaitFor([&] { return Shows(terminal, "\r     \rkestrel: no.\n", &shown); })) << shown;
+}
+
+TEST(Console, A_survey_from_an_input_that_cannot_be_read_is_refused) {
+    const int folder = open("/", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(folder, 0);
+    const Redirection input(STDIN_FILENO, folder);
+    close(folder);
+    Survey survey;
+    std::string text;
+    Failure failure;
+    EXPECT_FALSE(ReadSurveyFile("-", &survey, &text, &failure));
+    EXPECT_EQ(failure.exitCode, kExitBadInput);
+    EXPECT_EQ(failure.error.substr(0, 36), "standard input: it cannot be read (t") << failure.error;
 }
 
 }  // namespace

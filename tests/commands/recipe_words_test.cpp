@@ -137,6 +137,37 @@ TEST(RecipeWords, Without_a_recipe_nothing_is_written) {
     EXPECT_EQ(FinishRecipe({}, "0"), "");
 }
 
+TEST(RecipeWords, What_would_not_be_read_back_is_not_kept) {
+    CommandLine line = Accept({"apply", "in.gif", "-o", "out.gif", "--effect=Bump"});
+    const OptionWord effect = line.recipe.kept.at(0);
+    line.recipe.kept.assign(999, effect);  // beside --format
+    EXPECT_NE(DraftRecipe(line).head, "");
+    line.recipe.kept.push_back(effect);
+    EXPECT_EQ(DraftRecipe(line).head, "") << "too many";
+    line.recipe.kept.assign(400, {.name = "set", .value = "Radius=" + std::string(200, '1')});
+    EXPECT_EQ(DraftRecipe(line).head, "") << "too long";
+    EXPECT_TRUE(LosesRecipe(line));
+}
+
+TEST(RecipeWords, Without_a_format_there_is_no_result_that_keeps_one) {
+    CommandLine line = Accept({"apply", "in.gif", "-o", "out.gif", "--effect=Bump"});
+    line.format.clear();
+    EXPECT_EQ(DraftRecipe(line).head, "");
+    EXPECT_FALSE(LosesRecipe(line));
+}
+
+TEST(RecipeWords, The_source_s_fingerprint_is_a_remark) {
+    RecipeDraft draft = DraftRecipe(Accept({"apply", "in.gif", "-o", "out.gif", "--effect=Bump"}));
+    const std::string without = draft.head;
+    NoteSource("0123abcd", &draft);
+    EXPECT_EQ(draft.head, without + ";source fingerprint 0123abcd\n");
+    Recipe recipe;
+    std::string error;
+    ASSERT_TRUE(ReadRecipe(FinishRecipe(draft, std::string(32, 'a')), &recipe, &error)) << error;
+    EXPECT_EQ(recipe.fingerprint, std::string(32, 'a'));
+    EXPECT_EQ(recipe.words.size(), 2u);
+}
+
 // A line that ends early would let its rest be read as the line of a control.
 TEST(RecipeWords, An_option_that_is_no_single_line_is_not_kept_at_all) {
     for (const std::string& value : {std::string("a\nSCROLL100=5"), std::string(9000, 'a')}) {
@@ -202,7 +233,8 @@ TEST(RecipeWords, A_recipe_from_elsewhere_names_no_files_and_no_unknown_options)
     EXPECT_EQ(ErrorOf(";--sparkle=3", "17.0"), unknown + "another version made it (17.0).");
     EXPECT_EQ(ErrorOf(";--effect=\x1B[2J"), "its recipe is damaged.");
     EXPECT_EQ(ErrorOf(";fingerprint 12"), "its recipe is damaged.");
-    EXPECT_EQ(ErrorOf(";part 3 of 2"), "its recipe is damaged.");
+    for (const char* part : {"3 of 2", "0 of 2", "x of 2", "1 in 2", "1 of x", "1 of 2x"})
+        EXPECT_EQ(ErrorOf(";part " + std::string(part)), "its recipe is damaged.") << part;
     std::string many;
     for (int i = 0; i < 1001; ++i) many += ";--reverse\n";
     EXPECT_EQ(ErrorOf(many), "its recipe is damaged.");

@@ -34,8 +34,8 @@ std::string SmallSurvey() {
     return SurveyTextOf(line, survey);
 }
 
-// Two frames with alpha, palettes and all that the first part has.
-std::string SmallPart() {
+// Two frames with alpha, palettes and all that the first part has. The first frame's pixels have this index.
+std::string SmallPart(uint8_t index = 1) {
     constexpr int kWidth = 7, kHeight = 5;
     PartFile part;
     part.survey = "survey";
@@ -50,8 +50,8 @@ std::string SmallPart() {
         BuiltFrame frame;
         frame.indexed = f == 0;
         if (frame.indexed) frame.palette = part.built.palette;
-        frame.transparentIndex = f - 1;
-        frame.pixels.assign(size_t{kWidth} * kHeight * (f == 0 ? 1 : 3), 1);
+        frame.transparentIndex = f == 0 ? 5 : 0;
+        frame.pixels.assign(size_t{kWidth} * kHeight * (f == 0 ? 1 : 3), index);
         SourceFrame source;
         source.delay = 4;
         source.milliseconds = 40;
@@ -132,6 +132,26 @@ void TryAllDamage(const std::string& whole, Reading isTaken, Mending mend) {
 
 TEST(SplitReaders, No_cut_or_changed_survey_is_taken) {
     TryAllDamage(SmallSurvey(), IsTakenSurvey, WithRightFingerprint);
+}
+
+TEST(SplitReaders, Indices_are_those_of_the_palette_or_transparent) {
+    for (const uint8_t index : {uint8_t{0}, uint8_t{1}, uint8_t{5}})
+        EXPECT_TRUE(IsTakenPart(SmallPart(index)));
+    for (const uint8_t index : {uint8_t{2}, uint8_t{4}, uint8_t{6}, uint8_t{255}})
+        EXPECT_FALSE(IsTakenPart(SmallPart(index))) << int{index};
+}
+
+// Parts are read twice, and may be another file by then.
+TEST(SplitReaders, Frames_of_a_file_that_is_no_part_any_more_are_not_read) {
+    const std::string text = SmallPart();
+    PartFile part;
+    BuiltAnimation built;
+    SourceRecord record;
+    std::string error;
+    ASSERT_TRUE(DecodePart({text.begin(), text.end()}, &part, &error)) << error;
+    EXPECT_FALSE(DecodeFrames({'G', 'I', 'F'}, part, &built, &record, &error));
+    EXPECT_EQ(error, "this is no part of an animation; kestrel apply makes one with --survey");
+    EXPECT_TRUE(built.frames.empty());
 }
 
 TEST(SplitReaders, No_cut_or_changed_part_is_taken) { TryAllDamage(SmallPart(), IsTakenPart, WithRightHash); }

@@ -8,6 +8,7 @@
 #include "commands/part_file.h"
 #include "commands/report.h"
 #include "commands/survey_text.h"
+#include "media/recipe_note.h"
 #include "tests/commands/split_runs.h"
 
 namespace kfx::commands {
@@ -161,8 +162,15 @@ TEST_F(SplitRefusals, Hostile_lines_with_a_right_fingerprint_are_refused) {
         const std::string bare = changed.substr(0, at) + changed.substr(end);
         return changed.replace(at + 14, 32, HashOfText(bare));
     };
-    const std::pair<const char*, const char*> kLines[] = {
+    std::string stages;
+    for (int i = 0; i < 1001; ++i) stages += ";stage opaque\n";
+    const std::string colors = whole.substr(whole.find(";colors"), 120);
+    const std::pair<std::string, std::string> kLines[] = {
         {";frames 3", ";frames 0"},
+        {";frames 3", ";frames 1000001"},
+        {";stage opaque\n", stages},
+        {";palette 8 3 3", ";palette 8 3 3\n;palette 8 3 3"},
+        {colors, colors + colors},
         {";frames 3", ";frames -3"},
         {";frames 3", ";frames 99999999999999999999"},
         {";frames 3", ";frames"},
@@ -180,8 +188,34 @@ TEST_F(SplitRefusals, Hostile_lines_with_a_right_fingerprint_are_refused) {
         {";colors 000000", ";colors 000000 000000"},
         {";colors", ";colours"},
     };
+    ASSERT_EQ(colors.back(), '\n');
     EXPECT_TRUE(ReadSurvey(replaced(";frames 3", ";frames 4"), &survey, &error)) << error;
+    EXPECT_TRUE(ReadSurvey(replaced(";stage opaque\n", stages.substr(14)), &survey, &error)) << error;
     for (const auto& [from, to] : kLines) EXPECT_FALSE(ReadSurvey(replaced(from, to), &survey, &error)) << to;
+}
+
+TEST_F(SplitRefusals, A_survey_that_would_not_be_read_back_is_not_made) {
+    CommandLine line;
+    std::string text, error;
+    ASSERT_EQ(ParseCommandLine({"apply", "x.gif", "-o", "y.gif", "--effect=Emboss"}, {}, &line, &text),
+              ParseOutcome::Run);
+    commands::Survey survey;
+    survey.frames = 3;
+    survey.source = "0123";
+    EXPECT_NE(SurveyTextOf(line, survey), "");
+    survey.facts.stages.resize(6000);
+    EXPECT_EQ(SurveyTextOf(line, survey), "");
+    survey.facts.stages.clear();
+    line.format.clear();
+    EXPECT_EQ(SurveyTextOf(line, survey), "");
+    EXPECT_FALSE(ReadSurvey(std::string(kMostRecipeBytes + 1, ';'), &survey, &error));
+    EXPECT_EQ(error, "this is no survey; kestrel survey makes one.");
+}
+
+TEST_F(SplitRefusals, A_survey_that_is_not_there_is_told) {
+    test::DeleteFileAt(Path("whole.survey"));
+    EXPECT_EQ(Failing(3, Part("plain.gif", "new", "0-4")),
+              "whole.survey: the file cannot be opened (there is no such file or folder).");
 }
 
 TEST_F(SplitRefusals, A_part_says_what_does_not_fit_its_survey) {

@@ -170,7 +170,8 @@ TEST(JpegReader, XMP_says_that_a_turned_picture_is_upright) {
     EXPECT_EQ(TextOf(ReadWhole(file).metadata.xmp), xmp);
     EXPECT_EQ(TextOf(ReadWhole(WithExif(file, MakeExif(6, false))).metadata.xmp),
               "<a tiff:Orientation=\"1\"/><tiff:Orientation>1</tiff:Orientation>");
-    const std::string unknown = "tiff:Orientation='0' tiff:Orientation='9' tiff:Orientation=";
+    const std::string unknown =
+        std::string("tiff:Orientation='0' tiff:Orientation=\0'6' tiff:Orientation='9' tiff:Orientation=", 79);
     EXPECT_EQ(
         TextOf(ReadWhole(WithExif(WithMarker(Load("grey.jpg"), 0xE1, name + unknown), MakeExif(6, false)))
                    .metadata.xmp),
@@ -296,6 +297,53 @@ TEST(JpegReader, Kinds_that_cannot_be_read_are_named) {
     changed = file;
     changed[frame + 5] = changed[frame + 6] = 0;
     EXPECT_EQ(ErrorOf(changed), "the JPEG file does not say how high its picture is");
+}
+
+// The frame's header with these components: number, sampling across and down, table.
+Bytes WithComponents(const Bytes& file, const std::vector<Bytes>& components) {
+    const size_t frame = FindMarker(file, 0xC0);
+    const size_t length = size_t{file[frame + 2]} << 8 | file[frame + 3];
+    Bytes changed(file.begin(), file.begin() + static_cast<ptrdiff_t>(frame) + 9);
+    changed[frame + 3] = static_cast<uint8_t>(8 + 3 * components.size());
+    changed.push_back(static_cast<uint8_t>(components.size()));
+    for (const Bytes& component : components)
+        changed.insert(changed.end(), component.begin(), component.end());
+    changed.insert(changed.end(), file.begin() + static_cast<ptrdiff_t>(frame + 2 + length), file.end());
+    return changed;
+}
+
+TEST(JpegReader, Components_that_make_no_colours_are_of_a_kind_that_cannot_be_read) {
+    const std::string unknown =
+        "the JPEG file is of a kind that cannot be read (lossless, or more than 8 bits a sample)";
+    const Bytes file = Load("full.jpg");
+    std::vector<Bytes> many;
+    for (uint8_t number = 1; number <= 11; ++number) many.push_back({number, 0x11, 0});
+    EXPECT_EQ(ErrorOf(WithComponents(file, many)), unknown) << "eleven";
+    EXPECT_EQ(ErrorOf(WithComponents(file, {{1, 0x31, 0}, {2, 0x21, 0}, {3, 0x11, 0}})), unknown)
+        << "two and a third";
+    const Bytes grey = Load("grey.jpg");
+    EXPECT_EQ(ErrorOf(WithComponents(grey, {{1, 0x11, 0}, {2, 0x11, 0}})), unknown) << "two";
+}
+
+TEST(JpegReader, A_file_that_ends_before_its_pixels_is_damaged) {
+    const Bytes file = Load("full.jpg");
+    Bytes empty(file.begin(), file.begin() + static_cast<ptrdiff_t>(DataStart(file)));
+    EXPECT_EQ(ErrorOf(empty), kDamaged);
+    empty.insert(empty.end(), {0xFF, 0xD9});
+    EXPECT_EQ(ErrorOf(empty), kDamaged);
+}
+
+TEST(JpegReader, A_cut_marker_is_found_behind_what_looks_like_one) {
+    const Bytes file = Load("progressive.jpg");
+    const Bytes scan = {0xFF, 0xDA};
+    const auto last = std::find_end(file.begin(), file.end(), scan.begin(), scan.end());
+    Bytes cut(file.begin(), last);
+    const Bytes before = ReadOrFail(cut).frames[0].pixels;
+    // A table that has too many codes, from its number on.
+    cut.insert(cut.end(), {0xFF, 0xC4, 0, 60, 0xFF, 0xD0, 0xFF, 0xFF, 0xFF, 0});
+    const Animation picture = ReadOrFail(cut);
+    EXPECT_EQ(picture.warning, kWarning);
+    EXPECT_EQ(picture.frames[0].pixels, before);
 }
 
 TEST(JpegReader, Sizes_are_refused_before_anything_is_allocated) {

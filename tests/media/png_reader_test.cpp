@@ -154,6 +154,30 @@ TEST(PngReader, Indices_beyond_the_palette_are_black) {
     EXPECT_FALSE(animation.frames[0].indexed);
 }
 
+TEST(PngReader, The_key_of_each_kind_makes_its_pixels_transparent) {
+    const auto alphasOf = [](PngColors colors, int depth, std::vector<uint16_t> key, const Bytes& rows) {
+        PngFormat format = {.colors = colors, .depth = depth, .palette = {}, .alphas = {}};
+        format.hasKey = true;
+        std::copy(key.begin(), key.end(), format.key);
+        const Bytes pixels = ReadOrFail(FileOf(format, 2, 1, rows)).frames[0].pixels;
+        return std::pair{int{pixels[3]}, int{pixels[7]}};
+    };
+    EXPECT_EQ(alphasOf(kPngGrey, 8, {7}, {0, 7, 8}), std::pair(0, 255));
+    EXPECT_EQ(alphasOf(kPngGrey, 16, {0x0102}, {0, 1, 2, 1, 3}), std::pair(0, 255));
+    const Bytes first = {1, 2, 3}, none[] = {{9, 2, 3}, {1, 9, 3}, {1, 2, 9}};
+    for (const Bytes& other : none) {
+        Bytes bytes = {0}, words = {0};
+        for (const Bytes* pixel : {&first, &other}) {
+            for (const uint8_t sample : *pixel) {
+                bytes.push_back(sample);
+                words.insert(words.end(), {5, sample});
+            }
+        }
+        EXPECT_EQ(alphasOf(kPngRgb, 8, {1, 2, 3}, bytes), std::pair(0, 255));
+        EXPECT_EQ(alphasOf(kPngRgb, 16, {0x501, 0x502, 0x503}, words), std::pair(0, 255));
+    }
+}
+
 TEST(PngReader, Unknown_filters_and_rows_of_a_wrong_number_are_damage) {
     const std::string damaged = "the PNG file is damaged: its picture data are damaged";
     EXPECT_EQ(ErrorOf(FileOf(TwoColours(), 2, 1, {5, 1, 1})), damaged);

@@ -58,6 +58,13 @@ TEST(PngEdges, Transparency_fits_the_kind_of_picture) {
     EXPECT_FALSE(IsTaken(kTransparencyChunk, Bytes(2), format));
 }
 
+TEST(PngEdges, No_chunk_begins_behind_the_end_of_the_file) {
+    size_t at = 5;
+    PngChunk chunk;
+    EXPECT_FALSE(NextPngChunk(Bytes(4).data(), 4, &at, &chunk));
+    EXPECT_EQ(at, 5u);
+}
+
 TEST(PngEdges, Each_field_of_the_header_is_checked) {
     // Width, height, depth, colours, compression, filters, interlace.
     const Bytes sound = {0, 0, 0, 1, 0, 0, 0, 1, 8, kPngGrey, 0, 0, 0};
@@ -73,9 +80,9 @@ TEST(PngEdges, Each_field_of_the_header_is_checked) {
         size_t at;
         uint8_t value;
         bool isSound;
-    } kCases[] = {{3, 0, false},  {7, 0, false},  {8, 3, false}, {8, 16, true}, {8, 0, false},
-                  {8, 32, false}, {9, 1, false},  {9, 3, true},  {9, 5, false}, {9, 7, false},
-                  {10, 1, false}, {11, 1, false}, {12, 1, true}, {12, 2, false}};
+    } kCases[] = {{3, 0, false},  {7, 0, false},  {8, 3, false},  {8, 16, true}, {8, 0, false},
+                  {8, 32, false}, {9, 2, true},   {9, 1, false},  {9, 3, true},  {9, 5, false},
+                  {9, 7, false},  {10, 1, false}, {11, 1, false}, {12, 1, true}, {12, 2, false}};
     for (const auto& [at, value, isSound] : kCases) {
         Bytes header = sound;
         header[at] = value;
@@ -117,6 +124,16 @@ TEST(BmpEdges, Sides_storage_and_tables_that_cannot_be_are_refused) {
     EXPECT_EQ(ErrorOf(Bmp(1, 1, 32, 6, 0, Bytes(12))), damaged) << "the fourth mask is missing";
     EXPECT_EQ(ErrorOf(Bmp(2, 2, 8, 0, 3, Bytes(3))), damaged) << "less than a colour before the pixels";
     EXPECT_EQ(ErrorOf(Bmp(2, 2, 1, 0, 0, Bytes(3))), damaged);
+}
+
+TEST(BmpEdges, A_header_is_of_one_of_the_known_sizes) {
+    const Bytes sound = Bmp(1, 1, 24, 0, 0, {});
+    for (const uint8_t size : Bytes{0, 11, 13, 39}) {
+        Bytes file = Joined(sound, Bytes(4));
+        file[14] = size;
+        EXPECT_EQ(ErrorOf(file), "the BMP file is damaged or of an unknown kind") << int{size};
+    }
+    EXPECT_EQ(ReadOrFail(Joined(sound, {1, 2, 3, 0})).frames[0].pixels, (Bytes{3, 2, 1, 255}));
 }
 
 // A frame's control chunk: number, width, height, left, top, delay and its unit, disposal, blending.
@@ -211,6 +228,47 @@ TEST(GifEdges, A_screen_without_one_side_takes_that_of_the_first_image) {
     EXPECT_EQ(narrow.width, 3);
     EXPECT_EQ(narrow.height, 5);
     EXPECT_EQ(ErrorOf(test::BuildGif(test::Gif(5, 0, {}))), "the GIF file has no frames");
+}
+
+TEST(GifEdges, An_empty_image_whose_data_are_cut_is_damage) {
+    for (const auto& [width, height] : {std::pair{0, 2}, std::pair{2, 0}, std::pair{0, 0}}) {
+        test::TestImage empty = test::Part("R");
+        empty.width = width;
+        empty.height = height;
+        const Bytes file = test::BuildGif(test::Gif(2, 2, {test::Part("RG/RG"), empty}));
+        const Animation cut = ReadOrFail({file.begin(), file.end() - 3});
+        EXPECT_EQ(cut.frames.size(), 1u) << width << " x " << height;
+        EXPECT_EQ(cut.warning, DamageWarning(1));
+    }
+}
+
+TEST(GifEdges, XMP_without_its_end_is_none) {
+    Bytes file = test::BuildGif(test::Gif(1, 1, {test::Part("R")}));
+    file.pop_back();  // the trailer
+    file = Joined(Joined(file, {0x21, 0xFF, 11}), BytesOf("XMP DataXMP"));
+    // A 1 stands where the end begins, but no 0 where it ends; then no 1.
+    for (const uint8_t length : Bytes{1, 2}) {
+        Bytes blocks(257, 'x');
+        blocks[0] = length;
+        blocks[length + 1u] = static_cast<uint8_t>(255 - length);
+        const Animation animation = ReadOrFail(Joined(Joined(file, blocks), {0, 0x3B}));
+        EXPECT_TRUE(animation.metadata.xmp.empty());
+        EXPECT_EQ(animation.warning, "");
+    }
+}
+
+TEST(GifEdges, Clear_codes_alone_are_an_empty_step) {
+    Bytes file = test::BuildGif(test::Gif(2, 1, {test::Part("RG")}));
+    file.pop_back();  // the trailer
+    const Bytes image = {0x2C, 0, 0, 0, 0, 2, 0, 1, 0, 0, 2};
+    const Bytes clears = {3, 0x24, 0x49, 0x92};  // eight codes of three bits
+    const Bytes end = {1, 0x05}, pixels = {2, 0x41, 0x01};
+    for (const Bytes& data : {clears, Joined(clears, clears), Joined(clears, end), Joined(clears, pixels)}) {
+        const Animation animation = ReadOrFail(Joined(Joined(Joined(file, image), data), {0, 0x3B}));
+        EXPECT_EQ(animation.warning, "");
+        ASSERT_EQ(animation.frames.size(), 2u) << data.size();
+        EXPECT_EQ(test::ShowFrame(animation, 1), data.size() == 7 ? "RK" : "RG") << data.size();
+    }
 }
 
 // Codes of as many bits as a byte has end where bytes end.

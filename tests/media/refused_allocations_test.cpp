@@ -5,8 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
+
+#include <jpeglib.h>
+
+#include <jerror.h>
 
 #include "media/animation_writer.h"
 #include "media/file_io.h"
@@ -15,11 +20,16 @@
 #include "tests/support/refused_allocations.h"
 #include "tests/support/tried.h"
 
+extern "C" JDIMENSION __real_jpeg_read_scanlines(j_decompress_ptr library, JSAMPARRAY rows, JDIMENSION most);
+
 namespace kfx::test {
 namespace {
 
 // What is left of a full memory is enough for a message.
 constexpr size_t kLarge = 512;
+
+// So many rows of JPEG pictures are read before the library reports an error; none by default.
+int rowsBeforeError = -1;
 
 struct ReadResult {
     bool isRead = false;
@@ -87,6 +97,35 @@ TEST(RefusedAllocations, A_sound_file_is_read_whole_or_not_at_all) {
             RefuseEach(path.string(), file);
         }
     }
+}
+
+TEST(RefusedAllocations, A_JPEG_picture_whose_rows_cannot_be_made_is_refused) {
+    Bytes file;
+    std::string error;
+    ASSERT_TRUE(ReadWholeFile("tests/data/jpeg/full.jpg", &file, &error)) << error;
+    for (const int rows : {0, 1, 20}) {
+        rowsBeforeError = rows;
+        EXPECT_EQ(ErrorOf(file), "the JPEG file is damaged before its picture can be shown") << rows;
+    }
+    rowsBeforeError = -1;
+    EXPECT_EQ(ReadWhole(file).frames.size(), 1u);
+}
+
+TEST(RefusedAllocations, A_cut_file_is_read_as_far_as_it_goes_or_not_at_all) {
+    Bytes file;
+    std::string error;
+    ASSERT_TRUE(ReadWholeFile("tests/data/jpeg/progressive.jpg", &file, &error)) << error;
+    // In the last pass, and in its header.
+    const Bytes scan = {0xFF, 0xDA};
+    const auto last = std::find_end(file.begin(), file.end(), scan.begin(), scan.end());
+    RefuseEach("cut pass", Bytes(file.begin(), last + 20));
+    RefuseEach("cut header", Bytes(file.begin(), last + 4));
+}
+
+TEST(RefusedAllocations, A_frame_s_palette_that_gets_no_memory_is_no_damage) {
+    TestImage second = Part("GR", 0, 0);
+    second.localPalette = "GRB";
+    RefuseEach("GIF", BuildGif(Gif(2, 1, {Part("RG"), second})));
 }
 
 // A writer with its pictures. On failure `file` is empty.
@@ -165,3 +204,12 @@ TEST(RefusedAllocations, A_GIF_file_is_written_whole_or_not_at_all) {
 
 }  // namespace
 }  // namespace kfx::test
+
+extern "C" JDIMENSION __wrap_jpeg_read_scanlines(j_decompress_ptr library, JSAMPARRAY rows, JDIMENSION most) {
+    if (kfx::test::rowsBeforeError == 0) {
+        library->err->msg_code = JERR_BAD_HUFF_TABLE;
+        library->err->error_exit(reinterpret_cast<j_common_ptr>(library));
+    }
+    if (kfx::test::rowsBeforeError > 0) --kfx::test::rowsBeforeError;
+    return __real_jpeg_read_scanlines(library, rows, most);
+}

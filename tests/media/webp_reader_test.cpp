@@ -245,6 +245,11 @@ TEST(WebpReader, A_flat_picture_in_a_few_bytes_is_read) {
     std::string error;
     ASSERT_TRUE(Read(file, &animation, &error)) << error;
     EXPECT_TRUE(animation.frames[0].pixels == source.frames[0].pixels);
+    // Behind the size begin the codes.
+    Bytes damaged = file;
+    std::fill(damaged.begin() + 25, damaged.begin() + 40, uint8_t{0xFF});
+    EXPECT_FALSE(Read(damaged, &animation, &error));
+    EXPECT_EQ(error, "the WebP file is damaged");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <regex>
 #include <string>
 
@@ -132,6 +133,12 @@ TEST_F(Configuration, The_file_of_the_built_in_values_is_written_byte_for_byte) 
     local.tm_min = 57;
     local.tm_isdst = -1;
     EXPECT_EQ(WithoutLaterEffects(Write(std::mktime(&local))), kDefaultFile);
+}
+
+TEST_F(Configuration, A_time_outside_the_calendar_is_left_out) {
+    const std::string file = Write(std::numeric_limits<std::time_t>::max());
+    EXPECT_NE(file.find("\n;Last updated " + std::string(24, ' ') + "\n"), std::string::npos);
+    EXPECT_NE(file.find("\n;\n[PlugIn]\n"), std::string::npos);
 }
 
 TEST_F(Configuration, What_is_written_is_read_back) {
