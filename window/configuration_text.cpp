@@ -111,7 +111,7 @@ void StoreValue(const ConfigKey& key, const char* value) {
     if (key.flags & kConfigText) {
         auto* text = static_cast<char*>(key.variable);
         std::memset(text, 0, kTextBytes);
-        std::memcpy(text, value, std::min(std::strlen(value), size_t{kTextBytes - 1}));
+        std::copy_n(value, std::min(std::strlen(value), size_t{kTextBytes - 1}), text);
     } else {
         const uint32_t number = ParseDecimal(value);
         std::memcpy(key.variable, &number, sizeof number);

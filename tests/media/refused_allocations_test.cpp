@@ -171,7 +171,8 @@ Animation FirstFrameOf(Animation animation) {
 }
 
 TEST(RefusedAllocations, A_PNG_file_is_written_whole_or_not_at_all) {
-    const Animation animation = WithNotes();
+    Animation animation = WithNotes();
+    animation.frames.resize(2);
     RefuseEachOf("PNG", [&](Bytes* file, std::string* error) {
         return EncodeApng(animation, file, error, {.effort = 0});
     });
