@@ -83,6 +83,37 @@ TEST_F(Info, How_a_file_was_made_is_told) {
     EXPECT_FALSE(JsonLines(RunKestrel({"info", "--json", input}).out)[0].contains("recipe"));
 }
 
+TEST_F(Info, What_a_file_says_of_its_pictures_is_told) {
+    const std::string jpeg = "tests/data/fuzz/jpeg/metadata.jpg", webp = "tests/data/fuzz/webp/metadata.webp";
+    const ProgramResult text = RunKestrel({"info", "--frames", jpeg, webp});
+    EXPECT_EQ(text.exitCode, 0) << text.err;
+    EXPECT_THAT(text.out, HasSubstr("\n  Frames       1, a still picture\n"));
+    EXPECT_THAT(text.out, HasSubstr("\n  Comment      a comment another\n"
+                                    "  ICC profile  without a name, 23 bytes\n"
+                                    "  EXIF         38 bytes, orientation 6 (read upright)\n"
+                                    "  XMP          25 bytes\n"));
+    EXPECT_THAT(text.out, HasSubstr("\n  Frames       3 in 0.099 s\n  Times        3 x 33 ms\n"
+                                    "  Plays        forever\n"));
+    EXPECT_THAT(text.out, HasSubstr("\n  Transparency transparent pixels in 3 of 3 frames\n"
+                                    "  Background   FFFFFF\n"));
+    EXPECT_THAT(text.out, HasSubstr("6 x 5       0,0      keep           20  transparent\n"));
+    const auto lines = JsonLines(RunKestrel({"info", "--json", "--frames", jpeg, webp}).out);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0]["comment"], "a comment\nanother");
+    EXPECT_EQ(lines[0]["frames"], 1);
+    EXPECT_EQ(lines[1]["plays"], "forever");
+    EXPECT_EQ(lines[1]["delays"], Json({33, 33, 33}));
+}
+
+TEST_F(Info, A_cut_file_is_told_with_what_is_left_of_it) {
+    const std::string whole = ReadText(input);
+    WriteText(At("cut.gif"), whole.substr(0, whole.size() - 40));
+    const ProgramResult text = RunKestrel({"info", At("cut.gif")});
+    EXPECT_EQ(text.exitCode, 0);
+    EXPECT_THAT(text.out, HasSubstr("the file is damaged or cut after 2 frames; only the frames up to there "
+                                    "are used"));
+}
+
 TEST_F(Info, A_bad_file_does_not_stop_the_others) {
     WriteText(At("bad.gif"), "no picture");
     WriteTestGif(At("holes.gif"), 1, true);
