@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 
@@ -20,6 +21,7 @@
 #include "tests/support/refused_allocations.h"
 #include "tests/support/tried.h"
 
+extern "C" boolean __real_jpeg_start_decompress(j_decompress_ptr library);
 extern "C" JDIMENSION __real_jpeg_read_scanlines(j_decompress_ptr library, JSAMPARRAY rows, JDIMENSION most);
 
 namespace kfx::test {
@@ -30,6 +32,14 @@ constexpr size_t kLarge = 512;
 
 // So many rows of JPEG pictures are read before the library reports an error; none by default.
 int rowsBeforeError = -1;
+// It lacks memory behind the last pass, where it smooths what is missing.
+bool lacksMemoryAtStart = false;
+
+[[noreturn]] void Fail(j_decompress_ptr library, int code) {
+    library->err->msg_code = code;
+    library->err->error_exit(reinterpret_cast<j_common_ptr>(library));
+    std::abort();
+}
 
 struct ReadResult {
     bool isRead = false;
@@ -119,7 +129,11 @@ TEST(RefusedAllocations, A_cut_file_is_read_as_far_as_it_goes_or_not_at_all) {
     const Bytes scan = {0xFF, 0xDA};
     const auto first = std::search(file.begin(), file.end(), scan.begin(), scan.end());
     const auto second = std::search(first + 2, file.end(), scan.begin(), scan.end());
-    RefuseEach("cut early", Bytes(file.begin(), second + 20));
+    const Bytes early(file.begin(), second + 20);
+    RefuseEach("cut early", early);
+    lacksMemoryAtStart = true;
+    EXPECT_EQ(ErrorOf(early), "there is not enough memory for the picture");
+    lacksMemoryAtStart = false;
     const auto last = std::find_end(file.begin(), file.end(), scan.begin(), scan.end());
     RefuseEach("cut pass", Bytes(file.begin(), last + 20));
     RefuseEach("cut header", Bytes(file.begin(), last + 4));
@@ -211,9 +225,14 @@ TEST(RefusedAllocations, A_GIF_file_is_written_whole_or_not_at_all) {
 
 extern "C" JDIMENSION __wrap_jpeg_read_scanlines(j_decompress_ptr library, JSAMPARRAY rows, JDIMENSION most) {
     if (kfx::test::rowsBeforeError == 0) {
-        library->err->msg_code = JERR_BAD_HUFF_TABLE;
-        library->err->error_exit(reinterpret_cast<j_common_ptr>(library));
+        kfx::test::Fail(library, JERR_BAD_HUFF_TABLE);
     }
     if (kfx::test::rowsBeforeError > 0) --kfx::test::rowsBeforeError;
     return __real_jpeg_read_scanlines(library, rows, most);
+}
+
+extern "C" boolean __wrap_jpeg_start_decompress(j_decompress_ptr library) {
+    const boolean started = __real_jpeg_start_decompress(library);
+    if (kfx::test::lacksMemoryAtStart) kfx::test::Fail(library, JERR_OUT_OF_MEMORY);
+    return started;
 }
