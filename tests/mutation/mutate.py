@@ -40,8 +40,8 @@ PROGRAMS = {
     "builder": "remap_test quantizer_test supercompression_test fixed_palettes_test build_driver_test golden_builds_test "
                "build_memory_test threaded_builds_test refusal_sweep_test",
     "documents": "document_text_tests",
-    "media": "media_tests media_memory_tests media_jobs_tests bmp_fuzzer gif_fuzzer jpeg_fuzzer png_fuzzer webp_fuzzer "
-             "y4m_fuzzer",
+    "media": "media_tests media_memory_tests media_jobs_tests media_refused_allocations_tests bmp_fuzzer "
+             "gif_fuzzer jpeg_fuzzer png_fuzzer webp_fuzzer y4m_fuzzer",
 }
 
 # Not the product: what a Windows program has in its place is tested by Windows programs; tables are written by scripts.
