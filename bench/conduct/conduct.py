@@ -67,7 +67,21 @@ def make_threads(arguments, folder):
         f"Geometric mean: {mean_of(ratios):.2f}."])
 
 
-SECTIONS = {"jobs": make_jobs, "growth": make_growth, "threads": make_threads}
+def make_previews(arguments, _):
+    os.sched_setaffinity(0, {max(arguments.processors)})
+    sizes = (arguments.size, arguments.large)
+    rows = {}
+    for width, height in sizes:
+        command = [*shlex.split(arguments.preview), str(width), str(height), "20" if arguments.quick else "300"]
+        for line in subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout.splitlines():
+            effect, taken = line.split("\t")
+            rows.setdefault(effect, [effect]).append(f"{float(taken):.1f}")
+    columns = [("effect", True), *((f"{width} x {height}, ms", False) for width, height in sizes)]
+    chosen = [row for row in rows.values() if arguments.only in row[0].lower().replace(" ", "-")]
+    return f"{machine_text(arguments, 1)} The real window, under Wine:\n\n{table_of(columns, chosen)}"
+
+
+SECTIONS = {"jobs": make_jobs, "growth": make_growth, "threads": make_threads, "previews": make_previews}
 
 
 def size_of(text):
@@ -80,11 +94,12 @@ def parse(words):
         prog="./run bench", description="Times the effects and the steps of a build, and writes the tables into "
         "docs/performance.md. Without a section it makes all of them.")
     parser.add_argument("section", nargs="*", help="jobs: beside literal references, other programs and the machine's "
-                        "limits; growth: by sides, frames and colours; threads: kestrel apply on one and two")
+                        "limits; growth: by sides, frames and colours; threads: kestrel apply on one and two; "
+                        "previews: until the plug-in's window has drawn one")
     parser.add_argument("--quick", action="store_true", help="fewer repeats")
     parser.add_argument("--only", default="", metavar="TEXT",
-                        help='only jobs, or effects for threads, with this in their names, as "blur"; prints the '
-                        'tables only')
+                        help='only jobs, or effects for threads and previews, with this in their names, as "blur"; '
+                        'prints the tables only')
     parser.add_argument("--print", action="store_true", help="prints the tables and writes none")
     parser.add_argument("--no-peers", action="store_true", help="without other programs and libraries")
     parser.add_argument("--child", action="append", default=[], metavar="NAME=COMMAND",
@@ -92,7 +107,7 @@ def parse(words):
     parser.add_argument("--document", default="docs/performance.md", help=argparse.SUPPRESS)
     parser.add_argument("--patience", type=float, help=argparse.SUPPRESS)  # milliseconds for all runs of a job
     parser.add_argument("--size", type=size_of, default=(640, 480), help=argparse.SUPPRESS)
-    for program in ("native", "wine", "reference", "growth", "kestrel"):
+    for program in ("native", "wine", "reference", "growth", "kestrel", "preview"):
         parser.add_argument("--" + program, default="", help=argparse.SUPPRESS)
     arguments = parser.parse_args(words)
     unknown = [name for name in arguments.section if name not in SECTIONS]

@@ -128,6 +128,8 @@ class WholeRuns(unittest.TestCase):
         self.document.write_text(document_for(section), encoding="utf-8")
         growth = self.folder / "growth"
         growth.write_text("print('| sides |\\n| ---: |\\n| 16 |')")
+        preview = self.folder / "preview"
+        preview.write_text("import sys\nprint('Neon\\t' + sys.argv[1] + '.26\\nBump\\t' + sys.argv[2])")
         peer = self.folder / "peer.py"
         peer.write_text(PEER)
         child = shlex.quote(PROGRAMS["child"])
@@ -139,6 +141,7 @@ class WholeRuns(unittest.TestCase):
                 "--native", child,
                 "--reference", child + " --reference", "--kestrel", shlex.quote(PROGRAMS["kestrel"]),
                 "--growth", f"{python} {shlex.quote(str(growth))}", "--no-peers",
+                "--preview", f"{python} {shlex.quote(str(preview))}",
                 "--child", f"peer={python} {shlex.quote(str(peer))}", *words])
         return status, out.getvalue(), errors.getvalue()
 
@@ -176,6 +179,13 @@ class WholeRuns(unittest.TestCase):
         status, _, errors = self.run_bench("growth")
         self.assertEqual(status, 0, errors)
         self.assertIn("| 16 |", section_of(self.document.read_text(encoding="utf-8"), "growth"))
+
+    def test_previews_are_what_their_program_tells_of_both_sizes(self):
+        status, out, errors = self.run_bench("previews")
+        self.assertEqual(status, 0, errors)
+        rows = self.rows(section_of(self.document.read_text(encoding="utf-8"), "previews"))
+        self.assertEqual(rows[0], ["effect", "24 x 18, ms", "48 x 36, ms"])
+        self.assertEqual(rows[2:], [["Neon", "24.3", "48.3"], ["Bump", "18.0", "36.0"]])
 
     def test_threads_time_the_command_line(self):
         status, out, errors = self.run_bench("threads", "--only", "neon")
