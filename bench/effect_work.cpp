@@ -55,7 +55,7 @@ bool KeepsTables(const Work& work) {
     input.cache = &cache;
     FreeMemory(work.effect->apply(picture, input));
     FreeMemory(picture);
-    return cache.address != nullptr;
+    return cache.values.address != nullptr;
 }
 
 }  // namespace kfx::bench

@@ -79,17 +79,20 @@ ImageHandle ApplyRipple(ImageHandle source, const KernelInput& input) {
                          .settings = &wave,
                          .valuesPerPixel = 1,
                          .table = nullptr,
-                         .row = fieldRow.address};
+                         .row = fieldRow.address,
+                         .found = false};
     struct {
         int32_t size[2];
         int32_t values[kMostControls];
     } key = {{width, height}, {}};
     std::copy(std::begin(input.values), std::end(input.values), key.values);
-    KeepRadialField(&field, input.cache, &key, sizeof key);
+    KeepRadialField(&field, &input.cache->values, &key, sizeof key);
+    const KeptPoints kept = field.found && CanKeepPlaces(from.image)
+                                ? KeepPoints(&input.cache->points, &key, sizeof key, width, height)
+                                : KeptPoints{};
     for (int32_t y = 0; y < height; ++y) {
-        const double* values = RadialRowAt(field, y);
-        for (int32_t x = 0; x < width; ++x) shifts.address[x] = values[columns.distance.address[x]];
-        BlendShiftedRow(from.image, y, shifts.address, to.image);
+        const ShiftedRow row = {.values = RadialRowAt(field, y), .distances = columns.distance.address};
+        BlendShiftedRow(from.image, y, row, shifts.address, KeptRowAt(kept, y), to.image);
     }
     return to.Release();
 }

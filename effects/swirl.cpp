@@ -36,10 +36,10 @@ void ComputeTurns(const void* settings, const double* columnSquares, int32_t cou
 }
 
 KFX_INLINE void LocateRun(const SampleRun& run) {
-    const double* dx = run.columns->offset.address + run.first;
-    const int32_t* distance = run.columns->distance.address + run.first;
+    const double* dx = run.columnOffsets;
+    const int32_t* distance = run.distances;
     const double* sines = run.values;
-    const double* cosines = run.values + run.columns->distinct;
+    const double* cosines = run.values + run.valueCount;
     const double dy = run.rowOffset;
     double* __restrict x = run.x;
     double* __restrict y = run.y;

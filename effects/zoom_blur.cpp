@@ -30,8 +30,9 @@ ImageHandle ApplyZoomBlur(ImageHandle source, const KernelInput& input) {
     const int32_t key[] = {width, height, from->bitCount, displacement, cycles};
     const size_t sides = static_cast<size_t>(width) + static_cast<size_t>(height);
     bool fresh = false;
-    auto* tables = static_cast<int32_t*>(CachedTable(
-        input.cache, key, sizeof key, sides * (static_cast<size_t>(cycles) + 1) * sizeof(int32_t), &fresh));
+    auto* tables = static_cast<int32_t*>(
+        CachedTable(&input.cache->values, key, sizeof key,
+                    sides * (static_cast<size_t>(cycles) + 1) * sizeof(int32_t), &fresh));
     if (!tables) return nullptr;
 
     const ZoomAxis columns = {tables + sides, tables};
@@ -42,7 +43,7 @@ ImageHandle ApplyZoomBlur(ImageHandle source, const KernelInput& input) {
         FillZoomAxis(width, displacement, cycles, {0, asBytes ? 3 : 1}, columns);
         FillZoomAxis(height, displacement, cycles,
                      asBytes ? ZoomScale{(height - 1) * stride, -stride} : ZoomScale{0, 1}, rows);
-        KeepTable(input.cache);
+        KeepTable(&input.cache->values);
     }
     const Reciprocals reciprocals;
     for (int32_t y = 0; y < height; ++y) {

@@ -6,40 +6,40 @@
 namespace kfx {
 namespace {
 
-void Empty(KernelCache* cache) {
-    if (cache->address) UnlockMemory(cache->memory);
-    FreeMemory(cache->memory);
-    cache->memory = nullptr;
-    cache->address = nullptr;
-    cache->keyBytes = 0;
-    cache->filled = false;
+void Empty(KeptTable* table) {
+    if (table->address) UnlockMemory(table->memory);
+    FreeMemory(table->memory);
+    table->memory = nullptr;
+    table->address = nullptr;
+    table->keyBytes = 0;
+    table->filled = false;
 }
 
 }  // namespace
 
-KernelCache::~KernelCache() { Empty(this); }
+KeptTable::~KeptTable() { Empty(this); }
 
-void* CachedTable(KernelCache* cache, const void* key, size_t keyBytes, size_t bytes, bool* fresh) {
-    if (cache->filled && cache->bytes == bytes && cache->keyBytes == keyBytes &&
-        std::memcmp(cache->key, key, keyBytes) == 0) {
+void* CachedTable(KeptTable* table, const void* key, size_t keyBytes, size_t bytes, bool* fresh) {
+    if (table->filled && table->bytes == bytes && table->keyBytes == keyBytes &&
+        std::memcmp(table->key, key, keyBytes) == 0) {
         *fresh = false;
-        return cache->address;
+        return table->address;
     }
-    Empty(cache);
+    Empty(table);
     if (keyBytes > kMostCacheKeyBytes) return nullptr;
-    cache->memory = AllocateMemory(bytes);
-    cache->address = LockMemory(cache->memory);
-    if (!cache->address) {
-        Empty(cache);
+    table->memory = AllocateMemory(bytes);
+    table->address = LockMemory(table->memory);
+    if (!table->address) {
+        Empty(table);
         return nullptr;
     }
-    cache->bytes = bytes;
-    std::memcpy(cache->key, key, keyBytes);
-    cache->keyBytes = keyBytes;
+    table->bytes = bytes;
+    std::memcpy(table->key, key, keyBytes);
+    table->keyBytes = keyBytes;
     *fresh = true;
-    return cache->address;
+    return table->address;
 }
 
-void KeepTable(KernelCache* cache) { cache->filled = cache->address != nullptr; }
+void KeepTable(KeptTable* table) { table->filled = table->address != nullptr; }
 
 }  // namespace kfx

@@ -11,12 +11,14 @@
 namespace kfx {
 
 constexpr size_t kMostCacheKeyBytes = 64;
+constexpr size_t kLargestKeptTable = size_t{64}
+                                     << 20;  // bytes; what may be computed again is not kept beyond
 
-struct KernelCache {
-    KernelCache() = default;
-    ~KernelCache();
-    KernelCache(const KernelCache&) = delete;
-    KernelCache& operator=(const KernelCache&) = delete;
+struct KeptTable {
+    KeptTable() = default;
+    ~KeptTable();
+    KeptTable(const KeptTable&) = delete;
+    KeptTable& operator=(const KeptTable&) = delete;
 
     MemoryHandle memory = nullptr;
     void* address = nullptr;
@@ -26,14 +28,18 @@ struct KernelCache {
     bool filled = false;  // by the caller, to the end: only then is the table found again
 };
 
-// The cache's table of `bytes` bytes for this key (size and settings as plain bytes, at most
-// kMostCacheKeyBytes). When no filled table is kept under that key the table is made anew, zeroed, and
-// `*fresh` set: the caller fills it and says so with KeepTable. Null: memory ran out; the cache is then
-// empty.
-void* CachedTable(KernelCache* cache, const void* key, size_t keyBytes, size_t bytes, bool* fresh);
+struct KernelCache {
+    KeptTable values;  // from the first frame on
+    KeptTable points;  // where pixels are sampled; from the second frame on, see kept_points.h
+};
+
+// The table of `bytes` bytes for this key (size and settings as plain bytes, at most kMostCacheKeyBytes).
+// When no filled table is kept under that key the table is made anew, zeroed, and `*fresh` set: the caller
+// fills it and says so with KeepTable. Null: memory ran out; nothing is kept then.
+void* CachedTable(KeptTable* table, const void* key, size_t keyBytes, size_t bytes, bool* fresh);
 
 // The fresh table is filled and will be found under its key. A table for which KeepTable is not called,
 // because its frame was abandoned, is made anew the next time.
-void KeepTable(KernelCache* cache);
+void KeepTable(KeptTable* table);
 
 }  // namespace kfx

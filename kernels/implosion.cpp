@@ -32,8 +32,8 @@ void ComputeFactors(const void* settings, const double* columnSquares, int32_t c
 }
 
 KFX_INLINE void LocateRun(const SampleRun& run) {
-    const double* dx = run.columns->offset.address + run.first;
-    const int32_t* distance = run.columns->distance.address + run.first;
+    const double* dx = run.columnOffsets;
+    const int32_t* distance = run.distances;
     const double* factors = run.values;
     const double dy = run.rowOffset;
     double* __restrict x = run.x;

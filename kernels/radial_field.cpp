@@ -6,8 +6,6 @@
 namespace kfx {
 namespace {
 
-constexpr size_t kLargestTable = size_t{64} << 20;  // bytes; larger tables are not kept
-
 // Only for centres on whole and half pixels are the offsets on both sides the same doubles.
 bool IsMirrored(double center) { return std::fabs(center) < 1e9 && center * 2 == std::floor(center * 2); }
 
@@ -45,21 +43,22 @@ DistanceRun DistancesWithin(double radius, const double* columnSquares, int32_t 
     return run;
 }
 
-void KeepRadialField(RadialField* field, KernelCache* cache, const void* key, size_t keyBytes) {
+void KeepRadialField(RadialField* field, KeptTable* kept, const void* key, size_t keyBytes) {
     const size_t rowSize = RadialRowSize(*field);
     const auto rowCount = static_cast<size_t>(field->rows->distinct);
-    if (!cache || rowCount > kLargestTable / sizeof(double) / rowSize) return;
+    if (rowCount > kLargestKeptTable / sizeof(double) / rowSize) return;
     bool fresh;
     auto* table =
-        static_cast<double*>(CachedTable(cache, key, keyBytes, rowCount * rowSize * sizeof(double), &fresh));
+        static_cast<double*>(CachedTable(kept, key, keyBytes, rowCount * rowSize * sizeof(double), &fresh));
     if (!table) return;
     if (fresh) {
         for (size_t k = 0; k < rowCount; ++k)
             field->compute(field->settings, field->columns->square.address, field->columns->distinct,
                            field->rows->square.address[k], table + k * rowSize);
-        KeepTable(cache);
+        KeepTable(kept);
     }
     field->table = table;
+    field->found = !fresh;
 }
 
 const double* RadialRowAt(const RadialField& field, int32_t y) {

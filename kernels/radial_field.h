@@ -44,6 +44,7 @@ struct RadialField {
     size_t valuesPerPixel;
     const double* table;  // null: computed row by row
     double* row;          // then here
+    bool found;           // the table is an earlier frame's
 };
 
 // Doubles in one row of a field.
@@ -51,9 +52,9 @@ inline size_t RadialRowSize(const RadialField& field) {
     return field.valuesPerPixel * static_cast<size_t>(field.columns->distinct);
 }
 
-// Sets the field's table to the cache's, filling it where it is new. Without a cache, without memory, or for
-// a table beyond 64 MB the table stays null.
-void KeepRadialField(RadialField* field, KernelCache* cache, const void* key, size_t keyBytes);
+// Sets the field's table to the kept one, filling it where it is new. Without memory, or for a table beyond
+// kLargestKeptTable, the table stays null.
+void KeepRadialField(RadialField* field, KeptTable* kept, const void* key, size_t keyBytes);
 
 // The values of picture row y, plane after plane, `columns->distinct` each.
 const double* RadialRowAt(const RadialField& field, int32_t y);

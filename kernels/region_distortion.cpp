@@ -34,6 +34,37 @@ void CopyRun(const uint8_t* from, int32_t first, int32_t end, uint8_t* to) {
                 3 * static_cast<size_t>(end - first));
 }
 
+// How the points of one row are found.
+struct RowPoints {
+    const RegionDistortion* distortion;
+    AspectScales scales;
+    SampleRun run;  // of all its points
+};
+
+void Locate(const RowPoints& row, const SampleRun& run) {
+    const auto unscale = Fastest<Unscale>();
+    row.distortion->locate(run);
+    unscale(run.x, run.count, row.scales.x, row.distortion->centerX);
+    unscale(run.y, run.count, row.scales.y, row.distortion->centerY);
+}
+
+void LocateSome(const void* context, const int32_t* points, int32_t count, double* x, double* y) {
+    const RowPoints& row = *static_cast<const RowPoints*>(context);
+    double offsets[kMostLocated];
+    int32_t distances[kMostLocated];
+    for (int32_t i = 0; i < count; ++i) {
+        offsets[i] = row.run.columnOffsets[points[i]];
+        distances[i] = row.run.distances[points[i]];
+    }
+    SampleRun run = row.run;
+    run.count = count;
+    run.columnOffsets = offsets;
+    run.distances = distances;
+    run.x = x;
+    run.y = y;
+    Locate(row, run);
+}
+
 }  // namespace
 
 AspectScales MakeAspectScales(int32_t width, int32_t height) {
@@ -61,29 +92,38 @@ ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& di
                          .settings = distortion.settings,
                          .valuesPerPixel = distortion.valuesPerPixel,
                          .table = nullptr,
-                         .row = fieldRow.address};
-    KeepRadialField(&field, cache, distortion.key, distortion.keyBytes);
-    const auto unscale = Fastest<Unscale>();
-    SampleRun run = {};
-    run.columns = &columns;
-    run.x = points.address;
-    run.y = points.address + width;
+                         .row = fieldRow.address,
+                         .found = false};
+    KeepRadialField(&field, &cache->values, distortion.key, distortion.keyBytes);
+    const KeptPoints kept =
+        field.found ? KeepPoints(&cache->points, distortion.key, distortion.keyBytes, width, source->height)
+                    : KeptPoints{};
+    RowPoints row = {.distortion = &distortion, .scales = scales, .run = {}};
+    row.run.valueCount = columns.distinct;
+    row.run.x = points.address;
+    row.run.y = points.address + width;
     for (int32_t y = 0; y < source->height; ++y) {
         const uint8_t* in = PictureRow(source, y);
         uint8_t* out = PictureRow(to.image, y);
-        int32_t end;
+        int32_t first, end;
         FindRun(columns, rows.square.address[rows.distance.address[y]], distortion.radius * distortion.radius,
-                &run.first, &end);
-        CopyRun(in, 0, run.first, out);
+                &first, &end);
+        CopyRun(in, 0, first, out);
         CopyRun(in, end, width, out);
-        if (run.first == end) continue;
-        run.count = end - run.first;
-        run.rowOffset = rows.offset.address[y];
-        run.values = RadialRowAt(field, y);
-        distortion.locate(run);
-        unscale(run.x, run.count, scales.x, distortion.centerX);
-        unscale(run.y, run.count, scales.y, distortion.centerY);
-        SampleRow(source, run.x, run.y, run.count, background, out + 3 * static_cast<size_t>(run.first));
+        if (first == end) continue;
+        row.run.count = end - first;
+        row.run.columnOffsets = columns.offset.address + first;
+        row.run.distances = columns.distance.address + first;
+        row.run.rowOffset = rows.offset.address[y];
+        row.run.values = RadialRowAt(field, y);
+        const KeptRow keptRow = KeptRowAt(kept, y);
+        out += 3 * static_cast<size_t>(first);
+        if (IsFilled(keptRow)) {
+            SampleKeptRow(source, keptRow, LocateSome, &row, row.run.count, background, out);
+            continue;
+        }
+        Locate(row, row.run);
+        SampleRow(source, row.run.x, row.run.y, row.run.count, background, keptRow, out);
     }
     return to.Release();
 }

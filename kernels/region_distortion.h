@@ -8,14 +8,15 @@
 
 namespace kfx {
 
-// Where a run of pixels of one row is sampled. Offsets are from the centre, and scaled so that the region is
-// a circle.
+// Where pixels of one row are sampled. Offsets are from the centre, and scaled so that the region is a
+// circle.
 struct SampleRun {
-    int32_t first;
     int32_t count;
-    const RadialAxis* columns;
+    const double* columnOffsets;  // of each pixel
+    const int32_t* distances;     // of each pixel: where its values stand
     double rowOffset;
     const double* values;  // the row of the field: RadialRowAt()
+    int32_t valueCount;    // in each of its planes
     double* x;             // out: `count` offsets each
     double* y;
 };
@@ -40,7 +41,7 @@ struct AspectScales {
 AspectScales MakeAspectScales(int32_t width, int32_t height);
 
 // A new image, or null when the picture is not 24 bits deep or memory ran out. `background` (0x00BBGGRR) is
-// what lies outside the picture; `cache` may be null.
+// what lies outside the picture.
 ImageHandle DistortRegion(const WorkingImage* source, const RegionDistortion& distortion, uint32_t background,
                           KernelCache* cache);
 

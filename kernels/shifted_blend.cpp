@@ -45,9 +45,9 @@ void BlendRun24(const WorkingImage* from, int32_t first, int32_t end, int32_t y,
                 uint8_t* out) {
     const uint8_t* origin = PictureRow(from, 0);
     const size_t stride = StrideOf(from);
-    for (int32_t x = first; x < end; ++x, out += 3) {
-        const double insideX = Clamp(x + shifts[x], from->width - 1);
-        const double insideY = Clamp(y + shifts[x], from->height - 1);
+    for (int32_t x = first; x < end; ++x, ++shifts, out += 3) {
+        const double insideX = Clamp(x + *shifts, from->width - 1);
+        const double insideY = Clamp(y + *shifts, from->height - 1);
         const int32_t left = std::min(static_cast<int32_t>(insideX), from->width - 2);
         const int32_t top = std::min(static_cast<int32_t>(insideY), from->height - 2);
         const auto fx = static_cast<float>(insideX - left);
@@ -59,14 +59,19 @@ void BlendRun24(const WorkingImage* from, int32_t first, int32_t end, int32_t y,
     }
 }
 
+// The columns from `first` up to `end`, whose shifts are `shifts`.
 void BlendRun(const WorkingImage* from, int32_t first, int32_t end, int32_t y, const double* shifts,
               WorkingImage* to) {
     if (from->bitCount == 24 && from->width > 1 && from->height > 1) {
         BlendRun24(from, first, end, y, shifts, PictureRow(to, y) + 3 * static_cast<size_t>(first));
         return;
     }
-    for (int32_t x = first; x < end; ++x)
-        SetDibPixel(to, x, y, BlendPixel(from, x + shifts[x], y + shifts[x]));
+    for (int32_t x = first; x < end; ++x, ++shifts)
+        SetDibPixel(to, x, y, BlendPixel(from, x + *shifts, y + *shifts));
+}
+
+void FindShifts(const ShiftedRow& row, int32_t first, int32_t count, double* shifts) {
+    for (int32_t i = 0; i < count; ++i) shifts[i] = row.values[row.distances[first + i]];
 }
 
 #if KFX_HAS_AVX2
@@ -103,8 +108,19 @@ KFX_AVX2 inline bool FindInnerPlaces(__m256d x, __m256d y, const WorkingImage* i
 struct EightPlaces {
     __m256 fx;
     __m256 fy;
+    const int32_t* offset;
+};
+
+// Eight places as they are kept from frame to frame.
+struct KeptGroup {
+    __m256 fraction;  // of columns and rows
     alignas(32) int32_t offset[8];
 };
+static_assert(sizeof(KeptGroup) == kGroupBytes && alignof(KeptGroup) == kGroupAlignment);
+
+// The first offset of places that are not kept: some lie beside the picture, so that the fractions of columns
+// and rows differ, or cannot be blended with loads of 16 bytes.
+constexpr int32_t kNotKept = INT32_MIN;
 
 // The neighbours of two places in a row, blended with the weights of their columns: each lane of 128 bits has
 // the channels of a place.
@@ -135,35 +151,67 @@ KFX_AVX2 inline __m256i BlendPair(const EightPlaces& places, const uint8_t* top,
         _mm256_add_ps(_mm256_mul_ps(above, _mm256_sub_ps(one, fy)), _mm256_mul_ps(below, fy)));
 }
 
-KFX_AVX2 void BlendRowAvx2(const WorkingImage* from, int32_t y, const double* shifts, WorkingImage* to) {
+KFX_AVX2 inline void PutEight(const EightPlaces& places, const WorkingImage* from, uint8_t* out) {
     const uint8_t* top = PictureRow(from, 0);
     const size_t stride = StrideOf(from);
-    uint8_t* out = PictureRow(to, y);
+    const __m256i pairs[] = {BlendPair<0>(places, top, stride), BlendPair<1>(places, top, stride),
+                             BlendPair<2>(places, top, stride), BlendPair<3>(places, top, stride)};
+    StorePairs(pairs, out);
+}
+
+// Eight pixels of row y from column x on, whose shifts are `shifts`. The places' offsets are left in `group`,
+// and its fractions too, or it is marked as not kept.
+KFX_AVX2 inline void BlendEight(const WorkingImage* from, int32_t x, int32_t y, const double* shifts,
+                                KeptGroup* group, WorkingImage* to) {
+    const __m256d column = _mm256_add_pd(_mm256_set1_pd(x), _mm256_setr_pd(0, 1, 2, 3));
+    const __m256d backColumn = _mm256_add_pd(column, _mm256_set1_pd(4));
     const __m256d row = _mm256_set1_pd(y);
-    const __m256d four = _mm256_set1_pd(4);
-    const __m256d eight = _mm256_set1_pd(8);
-    __m256d column = _mm256_setr_pd(0, 1, 2, 3);
+    const __m256d shift = _mm256_loadu_pd(shifts);
+    const __m256d backShift = _mm256_loadu_pd(shifts + 4);
     InnerPlaces front, back;
-    EightPlaces places;
-    int32_t x = 0;
-    for (; x + 8 <= from->width; x += 8, out += 24, column = _mm256_add_pd(column, eight)) {
-        const __m256d shift = _mm256_loadu_pd(shifts + x);
-        const __m256d backShift = _mm256_loadu_pd(shifts + x + 4);
-        const __m256d backColumn = _mm256_add_pd(column, four);
-        if (!FindInnerPlaces(_mm256_add_pd(column, shift), _mm256_add_pd(row, shift), from, &front) ||
-            !FindInnerPlaces(_mm256_add_pd(backColumn, backShift), _mm256_add_pd(row, backShift), from,
-                             &back)) {
-            BlendRun(from, x, x + 8, y, shifts, to);
-            continue;
-        }
-        places.fx = _mm256_set_m128(back.fx, front.fx);
-        places.fy = _mm256_set_m128(back.fy, front.fy);
-        _mm256_store_si256(reinterpret_cast<__m256i*>(places.offset),
-                           _mm256_set_m128i(back.offset, front.offset));
-        const __m256i pairs[] = {BlendPair<0>(places, top, stride), BlendPair<1>(places, top, stride),
-                                 BlendPair<2>(places, top, stride), BlendPair<3>(places, top, stride)};
-        StorePairs(pairs, out);
+    group->offset[0] = kNotKept;
+    if (!FindInnerPlaces(_mm256_add_pd(column, shift), _mm256_add_pd(row, shift), from, &front) ||
+        !FindInnerPlaces(_mm256_add_pd(backColumn, backShift), _mm256_add_pd(row, backShift), from, &back)) {
+        BlendRun(from, x, x + 8, y, shifts, to);
+        return;
     }
+    _mm256_store_si256(reinterpret_cast<__m256i*>(group->offset),
+                       _mm256_set_m128i(back.offset, front.offset));
+    const EightPlaces places = {_mm256_set_m128(back.fx, front.fx), _mm256_set_m128(back.fy, front.fy),
+                                group->offset};
+    PutEight(places, from, PictureRow(to, y) + 3 * static_cast<size_t>(x));
+    group->fraction = places.fx;
+    if (_mm256_movemask_ps(_mm256_cmp_ps(places.fx, places.fy, _CMP_NEQ_UQ)) != 0)
+        group->offset[0] = kNotKept;
+}
+
+KFX_AVX2 void BlendRowAvx2(const WorkingImage* from, int32_t y, const double* shifts, const KeptRow& kept,
+                           WorkingImage* to) {
+    auto* const groups = static_cast<KeptGroup*>(kept.groups);
+    KeptGroup own;  // of rows that are not kept
+    int32_t x = 0;
+    for (; x + 8 <= from->width; x += 8)
+        BlendEight(from, x, y, shifts + x, groups ? groups + x / 8 : &own, to);
+    BlendRun(from, x, from->width, y, shifts + x, to);
+    if (groups) *kept.filled = 1;
+}
+
+KFX_AVX2 void BlendKeptRowAvx2(const WorkingImage* from, int32_t y, const ShiftedRow& row,
+                               const KeptGroup* groups, WorkingImage* to) {
+    uint8_t* out = PictureRow(to, y);
+    double shifts[8];
+    KeptGroup own;
+    int32_t x = 0;
+    for (; x + 8 <= from->width; x += 8, out += 24) {
+        const KeptGroup& group = groups[x / 8];
+        if (group.offset[0] == kNotKept) {
+            FindShifts(row, x, 8, shifts);
+            BlendEight(from, x, y, shifts, &own, to);
+        } else {
+            PutEight({group.fraction, group.fraction, group.offset}, from, out);
+        }
+    }
+    FindShifts(row, x, from->width - x, shifts);
     BlendRun(from, x, from->width, y, shifts, to);
 }
 
@@ -171,10 +219,20 @@ KFX_AVX2 void BlendRowAvx2(const WorkingImage* from, int32_t y, const double* sh
 
 }  // namespace
 
-void BlendShiftedRow(const WorkingImage* from, int32_t y, const double* shifts, WorkingImage* to) {
+bool CanKeepPlaces(const WorkingImage* from) {
+    return from->bitCount == 24 && from->width > 1 && from->height > 1;
+}
+
+void BlendShiftedRow(const WorkingImage* from, int32_t y, const ShiftedRow& row, double* shifts,
+                     const KeptRow& kept, WorkingImage* to) {
 #if KFX_HAS_AVX2
-    if (from->bitCount == 24 && from->width > 1 && from->height > 1 && UseAvx2())
-        return BlendRowAvx2(from, y, shifts, to);
+    const bool lanes = CanKeepPlaces(from) && UseAvx2();
+    if (lanes && IsFilled(kept))
+        return BlendKeptRowAvx2(from, y, row, static_cast<const KeptGroup*>(kept.groups), to);
+#endif
+    FindShifts(row, 0, from->width, shifts);
+#if KFX_HAS_AVX2
+    if (lanes) return BlendRowAvx2(from, y, shifts, kept, to);
 #endif
     BlendRun(from, 0, from->width, y, shifts, to);
 }

@@ -83,7 +83,7 @@ Values ValuesOf(const Effect& effect, Setting setting) {
 constexpr uint32_t kOutside = 0x20C0FF;  // the colour beyond a picture's edges
 size_t runs = 0;
 
-// The effect on the picture, twice over with one cache: later frames find tables in it.
+// The effect on the picture, three times with one cache: later frames find tables in it.
 void RunEffect(const Effect& effect, ImageHandle source, Setting setting, const std::string& where) {
     SayWhatRuns(std::string(effect.name) + " at " + kSettingNames[static_cast<int>(setting)] + where);
     const Values values = ValuesOf(effect, setting);
@@ -92,10 +92,10 @@ void RunEffect(const Effect& effect, ImageHandle source, Setting setting, const 
     std::copy(values.begin(), values.end(), input.values);
     input.background = kOutside;
     input.cache = &cache;
-    for (int frame = 0; frame < 2; ++frame) {
+    for (int frame = 0; frame < 3; ++frame) {
         const Picture result(effect.apply(source, input));
         ++runs;
-        if (!cache.address) break;
+        if (!cache.values.address) break;
     }
     if (!effect.gathering) return;
     uint64_t record[2] = {};

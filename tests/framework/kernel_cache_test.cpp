@@ -7,7 +7,7 @@ namespace kfx::test {
 namespace {
 
 TEST(KernelCache, The_same_key_finds_the_table_as_it_was_left) {
-    KernelCache cache;
+    KeptTable cache;
     const int key = 7;
     bool fresh = false;
     auto* table = static_cast<int*>(CachedTable(&cache, &key, sizeof key, 40, &fresh));
@@ -22,7 +22,7 @@ TEST(KernelCache, The_same_key_finds_the_table_as_it_was_left) {
 }
 
 TEST(KernelCache, Another_key_or_another_size_starts_afresh_with_zeros) {
-    KernelCache cache;
+    KeptTable cache;
     int key = 7;
     bool fresh = false;
     static_cast<int*>(CachedTable(&cache, &key, sizeof key, 40, &fresh))[0] = 123;
@@ -41,7 +41,7 @@ TEST(KernelCache, Another_key_or_another_size_starts_afresh_with_zeros) {
 }
 
 TEST(KernelCache, A_table_that_nobody_finished_is_made_anew) {
-    KernelCache cache;
+    KeptTable cache;
     const int key = 7;
     bool fresh = false;
     static_cast<int*>(CachedTable(&cache, &key, sizeof key, 40, &fresh))[9] = 123;
@@ -53,7 +53,7 @@ TEST(KernelCache, A_table_that_nobody_finished_is_made_anew) {
 }
 
 TEST(KernelCache, Keeping_a_table_that_could_not_be_made_keeps_nothing) {
-    KernelCache cache;
+    KeptTable cache;
     bool fresh = false;
     ASSERT_EQ(CachedTable(&cache, "", kMostCacheKeyBytes + 1, 8, &fresh), nullptr);
     KeepTable(&cache);
@@ -62,7 +62,7 @@ TEST(KernelCache, Keeping_a_table_that_could_not_be_made_keeps_nothing) {
 }
 
 TEST(KernelCache, A_key_that_is_too_long_gives_none_and_empties_the_cache) {
-    KernelCache cache;
+    KeptTable cache;
     const char key[kMostCacheKeyBytes + 1] = {};
     bool fresh = false;
     EXPECT_EQ(CachedTable(&cache, key, sizeof key, 8, &fresh), nullptr);

@@ -94,7 +94,7 @@ TEST(RefusedMemory, Scaler) {
 
 TEST(RefusedMemory, Kernel_cache) {
     RefuseEachInTurn([] {
-        KernelCache cache;
+        KeptTable cache;
         bool fresh = false;
         return CachedTable(&cache, "key", 3, 100, &fresh) != nullptr;
     });

@@ -75,21 +75,59 @@ std::vector<double> TrickyCoordinates(int32_t size) {
     return points;
 }
 
+struct Points {
+    const std::vector<double>& x;
+    const std::vector<double>& y;
+};
+
+void PickPoints(const void* context, const int32_t* points, int32_t count, double* x, double* y) {
+    const Points& known = *static_cast<const Points*>(context);
+    for (int32_t i = 0; i < count; ++i) {
+        x[i] = known.x[static_cast<size_t>(points[i])];
+        y[i] = known.y[static_cast<size_t>(points[i])];
+    }
+}
+
+void ExpectRowEqualsReference(const WorkingImage* image, const Points& points,
+                              const std::vector<uint8_t>& row, const char* way) {
+    for (size_t i = 0; i < points.x.size(); ++i) {
+        const uint32_t expected = ReferenceBilinear(image, points.x[i], points.y[i], kFallback);
+        ASSERT_EQ(Rgb(row[3 * i + 2], row[3 * i + 1], row[3 * i]), expected)
+            << points.x[i] << ", " << points.y[i] << ", " << way;
+    }
+    for (size_t i = 3 * points.x.size(); i < row.size(); ++i)
+        ASSERT_EQ(row[i], 0xEE) << "written past the row, " << way;
+}
+
+// A row of points as it is sampled without anything kept, as it is when it is kept, and from what was kept.
 void ExpectRowsEqualReference(const Picture& picture, const std::vector<double>& x,
                               const std::vector<double>& y) {
     const ImageLock lock(picture.handle);
+    const Points points = {x, y};
     const auto count = static_cast<int32_t>(x.size());
+    const std::vector<uint8_t> empty(3 * x.size() + 16, 0xEE);
     for (const bool avx2 : {true, false}) {
         AllowAvx2(avx2);
-        std::vector<uint8_t> row(3 * x.size() + 16, 0xEE);
-        SampleRow(lock.image, x.data(), y.data(), count, kFallback, row.data());
-        for (size_t i = 0; i < x.size(); ++i) {
-            const uint32_t expected = ReferenceBilinear(lock.image, x[i], y[i], kFallback);
-            ASSERT_EQ(Rgb(row[3 * i + 2], row[3 * i + 1], row[3 * i]), expected)
-                << x[i] << ", " << y[i] << (avx2 ? " AVX2" : " plain");
-        }
-        for (size_t i = 3 * x.size(); i < row.size(); ++i) ASSERT_EQ(row[i], 0xEE) << "written past the row";
+        std::vector<uint8_t> row = empty;
+        SampleRow(lock.image, x.data(), y.data(), count, kFallback, {}, row.data());
+        ExpectRowEqualsReference(lock.image, points, row, avx2 ? "AVX2" : "plain");
     }
+    AllowAvx2(true);
+    KeptTable table;
+    const KeptRow kept = KeptRowAt(KeepPoints(&table, "row", 3, count, 1), 0);
+    if (!kept.groups) return;
+    EXPECT_FALSE(IsFilled(kept));
+    std::vector<uint8_t> row = empty;
+    SampleRow(lock.image, x.data(), y.data(), count, kFallback, kept, row.data());
+    ExpectRowEqualsReference(lock.image, points, row, "to be kept");
+    ASSERT_TRUE(IsFilled(kept));
+    row = empty;
+    SampleKeptRow(lock.image, kept, PickPoints, &points, count, kFallback, row.data());
+    ExpectRowEqualsReference(lock.image, points, row, "kept");
+    AllowAvx2(false);
+    row = empty;
+    SampleKeptRow(lock.image, kept, PickPoints, &points, count, kFallback, row.data());
+    ExpectRowEqualsReference(lock.image, points, row, "kept, plain");
     AllowAvx2(true);
 }
 

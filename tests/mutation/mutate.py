@@ -34,7 +34,7 @@ PROGRAMS = {
     "framework/math": "math_patterns_tests elementary_tests",
     "framework": "framework_tests refused_memory_tests host_tests changed_blocks_test build_driver_test "
                  "refusal_sweep_test effects_* configuration_tests",
-    "kernels": "kernels_tests radial_field_test math_rows_tests effects_* remap_test quantizer_test supercompression_test "
+    "kernels": "kernels_tests kept_points_tests math_rows_tests effects_* remap_test quantizer_test supercompression_test "
                "golden_builds_test scaler_tests",
     "effects": "effects_* golden_builds_test refusal_sweep_test",
     "builder": "remap_test quantizer_test supercompression_test fixed_palettes_test build_driver_test golden_builds_test "
