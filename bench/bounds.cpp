@@ -31,9 +31,9 @@ struct BoundRow {
     std::vector<Term> terms;
 };
 
-// Swirl, Implode and Explode move what lies in a circle, or an ellipse, as wide and high as the picture. One
-// of the functions is needed for each pair of distances from the middle: a quarter of the pixels.
+// Swirl, Implode and Explode move what lies in a circle, or an ellipse, as wide and high as the picture.
 constexpr double kMovedPart = 0.785;
+// One sine is needed for each pair of distances from the middle.
 constexpr double kQuarter = 0.25;
 
 double One(const Load&) { return 1; }
@@ -42,7 +42,6 @@ double Three(const Load&) { return 3; }
 double Four(const Load&) { return 4; }
 double Quarter(const Load&) { return kQuarter; }
 double FourMoved(const Load&) { return 4 * kMovedPart; }
-double QuarterMoved(const Load&) { return kQuarter * kMovedPart; }
 double ThreeWhenHeavy(const Load& load) { return load.heavy ? 3 : 0; }
 
 // Three channels, and three sums in one direction instead of one over the whole matrix.
@@ -141,18 +140,10 @@ const BoundRow kRows[] = {
     {.job = "bump", .terms = {}},
     {.job = "motion-blur",
      .terms = {{&Limits::singleMultiplyAdds, SmearProducts, "a product a sample and tap"}}},
-    {.job = "swirl",
-     .terms = {{&Limits::sinesWithCosines, QuarterMoved, "a quarter of sines and cosines"},
-               {&Limits::loads, FourMoved, "4 loads"}}},
+    {.job = "swirl", .terms = {{&Limits::loads, FourMoved, "4 loads"}}},
     {.job = "neon", .terms = {{&Limits::singleRoots, Three, "3 roots"}}},
-    {.job = "implode",
-     .terms = {{&Limits::sines, QuarterMoved, "a quarter of sines"},
-               {&Limits::powers, QuarterMoved, "of powers"},
-               {&Limits::loads, FourMoved, "4 loads"}}},
-    {.job = "explode",
-     .terms = {{&Limits::sines, QuarterMoved, "a quarter of sines"},
-               {&Limits::powers, QuarterMoved, "of powers"},
-               {&Limits::loads, FourMoved, "4 loads"}}},
+    {.job = "implode", .terms = {{&Limits::loads, FourMoved, "4 loads"}}},
+    {.job = "explode", .terms = {{&Limits::loads, FourMoved, "4 loads"}}},
     {.job = "normalize", .terms = {{&Limits::loads, Four, "3 look-ups and a count"}}},
     {.job = "quantize", .terms = {{&Limits::loads, Two, "2 sums a pixel"}}},
     {.job = "remap", .terms = {{&Limits::loads, One, "a look-up a pixel"}}},
@@ -166,10 +157,7 @@ const BoundRow kRows[] = {
 };
 
 // A later frame finds its tables: only what is done for each pixel is left.
-bool IsKept(const Term& term) {
-    return term.rate == &Limits::sines || term.rate == &Limits::sinesWithCosines ||
-           term.rate == &Limits::powers;
-}
+bool IsKept(const Term& term) { return term.rate == &Limits::sines; }
 
 }  // namespace
 

@@ -55,7 +55,7 @@ bool KeepsTables(const Work& work) {
     input.cache = &cache;
     FreeMemory(work.effect->apply(picture, input));
     FreeMemory(picture);
-    return cache.values.address != nullptr;
+    return KeepsTables(cache);
 }
 
 }  // namespace kfx::bench

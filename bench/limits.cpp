@@ -161,8 +161,6 @@ const LimitName kLimitNames[] = {
     {.text = "loads", .value = &Limits::loads},
     {.text = "dependent loads", .value = &Limits::dependentLoads},
     {.text = "sines", .value = &Limits::sines},
-    {.text = "sines with cosines", .value = &Limits::sinesWithCosines},
-    {.text = "powers", .value = &Limits::powers},
 };
 const size_t kLimitCount = std::size(kLimitNames);
 
@@ -182,8 +180,6 @@ void MeasureLimits(size_t copyBytes, Limits* best) {
     improve(&Limits::loads, LoadRate());
     improve(&Limits::dependentLoads, DependentLoadRate());
     improve(&Limits::sines, MathRate("sin/lanes"));
-    improve(&Limits::sinesWithCosines, MathRate("sincos/lanes"));
-    improve(&Limits::powers, MathRate("pow/lanes"));
 }
 
 }  // namespace kfx::bench

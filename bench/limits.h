@@ -16,9 +16,7 @@ struct Limits {
     double singleRoots = 0;
     double loads = 0;           // four bytes from a computed place that is in the cache, added up
     double dependentLoads = 0;  // of which each has to wait for the one before, within a mebibyte
-    double sines = 0;           // the last three in rows, by the project's own functions
-    double sinesWithCosines = 0;
-    double powers = 0;
+    double sines = 0;           // in rows, by the project's own function
 };
 
 // One limit, for reports.

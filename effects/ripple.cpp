@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 
 #include "effects/effects.h"
 #include "framework/settings.h"
@@ -31,7 +32,7 @@ struct Wave {
 
 // The wave's height at each distance.
 void ComputeShifts(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
-                   double* values) {
+                   double* values, size_t) {
     const Wave& wave = *static_cast<const Wave*>(settings);
     for (int32_t k = 0; k < count; ++k)
         values[k] = std::sqrt(columnSquares[k] + rowSquare) / wave.length * kTwoPi + wave.phase;
@@ -77,6 +78,7 @@ ImageHandle ApplyRipple(ImageHandle source, const KernelInput& input) {
                          .rows = &rows,
                          .compute = ComputeShifts,
                          .settings = &wave,
+                         .radius = std::numeric_limits<double>::infinity(),
                          .valuesPerPixel = 1,
                          .table = nullptr,
                          .row = fieldRow.address,

@@ -4,11 +4,18 @@
 // to round twice.
 #pragma once
 
+// A build without the fast variants sets this to 0 (cmake/check-plain does).
+#ifndef KFX_HAS_AVX2
 #if defined(__GNUC__) && defined(__x86_64__)
 #define KFX_HAS_AVX2 1
-#define KFX_AVX2 __attribute__((target("avx2")))
 #else
 #define KFX_HAS_AVX2 0
+#endif
+#endif
+
+#if KFX_HAS_AVX2
+#define KFX_AVX2 __attribute__((target("avx2")))
+#else
 #define KFX_AVX2
 #endif
 

@@ -11,8 +11,8 @@
 namespace kfx {
 
 constexpr size_t kMostCacheKeyBytes = 64;
-constexpr size_t kLargestKeptTable = size_t{64}
-                                     << 20;  // bytes; what may be computed again is not kept beyond
+// Bytes. What may be computed again is not kept beyond.
+constexpr size_t kLargestKeptTable = size_t{64} << 20;
 
 struct KeptTable {
     KeptTable() = default;
@@ -29,9 +29,15 @@ struct KeptTable {
 };
 
 struct KernelCache {
-    KeptTable values;  // from the first frame on
-    KeptTable points;  // where pixels are sampled; from the second frame on, see kept_points.h
+    KeptTable values;       // exact ones; not of effects that have polynomials
+    KeptTable polynomials;  // see kernels/radial_estimate.h
+    KeptTable points;       // from the second frame on, see kernels/kept_points.h
 };
+
+// Whether the effect that was run with this cache keeps anything; for tests and measurements.
+inline bool KeepsTables(const KernelCache& cache) {
+    return cache.values.address || cache.polynomials.address;
+}
 
 // The table of `bytes` bytes for this key (size and settings as plain bytes, at most kMostCacheKeyBytes).
 // When no filled table is kept under that key the table is made anew, zeroed, and `*fresh` set: the caller

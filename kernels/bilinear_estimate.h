@@ -9,6 +9,7 @@
 
 #include "framework/cpu.h"
 #include "framework/working_image.h"
+#include "kernels/bilinear_sampler.h"
 #include "kernels/kept_points.h"
 #include "kernels/vector_bytes.h"
 
@@ -23,8 +24,14 @@ constexpr int32_t kHalfLevel = kLevel / 2;
 
 // No estimate is farther from the exact value than this. The weights of columns are rounded to whole 2^-15,
 // so that they are off by 2^-16 and a level by at most 255 times as much, 127.5 units. Those of rows, as they
-// are kept, are off by 2^-18, 31.9 units more. Single precision adds less than two.
-constexpr int32_t kDoubt = 162;
+// are kept, are off by 2^-18, 31.9 units more. Each coordinate is off by kPlaceError, 7.5 units. Single
+// precision adds less than two.
+constexpr int32_t kDoubt = 177;
+static_assert(127.5 + 31.9 + 2 * 255 * kPlaceError * kLevel + 2 < kDoubt);
+
+// How far inner points are from a whole row at least; from whole columns they are as far.
+constexpr float kRowMargin = 1.0F / 65536;
+static_assert(kRowMargin > kPlaceError);
 
 // Eight points whose neighbours all lie inside, and with them the 16 bytes from the left neighbour on.
 struct InnerPoints {
@@ -94,8 +101,8 @@ KFX_AVX2 inline __m128i RowsOf(const double* y, __m128* fy) {
 }
 
 // Fills `points` and `offset` and returns true if all eight points are inner ones. Left out are also those
-// that are rounded to a whole column or to the next row: a weight of one, 2^15, does not fit in a signed
-// word, and next to a boundary adding 1 to a coordinate may round up to the pixel after the next one.
+// next to a whole column or row: the exact point may lie on its other side, a weight of one, 2^15, does not
+// fit in a signed word, and adding 1 to a coordinate may round up to the pixel after the next one.
 KFX_AVX2 inline bool FindInnerPoints(const double* x, const double* y, const InnerArea& area, int32_t* offset,
                                      InnerPoints* points) {
     const __m256i scaled = _mm256_set_m128i(ScaledColumns(x + 4), ScaledColumns(x));
@@ -110,8 +117,10 @@ KFX_AVX2 inline bool FindInnerPoints(const double* x, const double* y, const Inn
     inside = _mm256_and_si256(inside, _mm256_cmpgt_epi32(fraction, zero));
     inside = _mm256_and_si256(inside, _mm256_cmpgt_epi32(rows, _mm256_set1_epi32(-1)));
     inside = _mm256_and_si256(inside, _mm256_cmpgt_epi32(area.endRow, rows));
-    const __m256 beforeNext = _mm256_cmp_ps(points->fy, _mm256_set1_ps(1), _CMP_LT_OQ);
-    if (_mm256_movemask_ps(_mm256_and_ps(_mm256_castsi256_ps(inside), beforeNext)) != 255) return false;
+    const __m256 fromMiddle =
+        _mm256_andnot_ps(_mm256_set1_ps(-0.0F), _mm256_sub_ps(points->fy, _mm256_set1_ps(0.5F)));
+    const __m256 between = _mm256_cmp_ps(fromMiddle, _mm256_set1_ps(0.5F - kRowMargin), _CMP_LT_OQ);
+    if (_mm256_movemask_ps(_mm256_and_ps(_mm256_castsi256_ps(inside), between)) != 255) return false;
     const __m256i left = _mm256_sub_epi32(_mm256_set1_epi32(kLevel), fraction);
     points->columnWeights = _mm256_or_si256(left, _mm256_slli_epi32(fraction, 16));
     const __m256i columns = _mm256_srli_epi32(scaled, kFractionBits);

@@ -23,35 +23,28 @@ void PutColor(uint32_t color, uint8_t* out) {
     out[2] = static_cast<uint8_t>(RedOf(color));
 }
 
-// What is asked for its coordinates, and where the colours go.
-struct SampledRow {
-    LocatePoints locate;
-    const void* context;
+// Where the colours of a row go.
+struct Colors {
     uint32_t fallback;
     uint8_t* out;
 };
 
-void PutPoint(const WorkingImage* image, const SampledRow& row, int32_t point, double x, double y) {
-    PutColor(SampleBilinear(image, x, y, row.fallback), row.out + 3 * static_cast<ptrdiff_t>(point));
+void PutPoint(const WorkingImage* image, int32_t point, double x, double y, const Colors& colors) {
+    PutColor(SampleBilinear(image, x, y, colors.fallback), colors.out + 3 * static_cast<ptrdiff_t>(point));
 }
 
-void SamplePoint(const WorkingImage* image, const SampledRow& row, int32_t point) {
-    double x, y;
-    row.locate(row.context, &point, 1, &x, &y);
-    PutPoint(image, row, point, x, y);
-}
-
-// Coordinates that are known already.
-struct KnownPoints {
-    const double* x;
-    const double* y;
-};
-
-void PickPoints(const void* context, const int32_t* points, int32_t count, double* x, double* y) {
-    const KnownPoints& known = *static_cast<const KnownPoints*>(context);
-    for (int32_t i = 0; i < count; ++i) {
-        x[i] = known.x[points[i]];
-        y[i] = known.y[points[i]];
+// Points `first` to `end` - 1, all of them exactly.
+void PutPoints(const WorkingImage* image, const PointRow& row, int32_t first, int32_t end,
+               const Colors& colors) {
+    constexpr int32_t kTogether = 64;
+    int32_t points[kTogether];
+    double x[kTogether], y[kTogether];
+    while (first < end) {
+        const int32_t count = std::min(kTogether, end - first);
+        for (int32_t i = 0; i < count; ++i) points[i] = first + i;
+        row.locate(row.context, points, count, x, y);
+        for (int32_t i = 0; i < count; ++i) PutPoint(image, points[i], x[i], y[i], colors);
+        first += count;
     }
 }
 
@@ -64,9 +57,9 @@ KFX_AVX2 inline __m256d ToDoubles(const uint8_t* pixel) {
     return _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(bytes)));
 }
 
-// The rounded channels of a point whose neighbours all lie inside, in 32-bit lanes: the plain path's sums in
-// its order.
-KFX_AVX2 inline __m128i BlendExactly(const uint8_t* top, size_t stride, double x, double y) {
+// The channels of a point whose neighbours all lie inside, with a half added: the plain path's sums in its
+// order.
+KFX_AVX2 inline __m256d BlendExactly(const uint8_t* top, size_t stride, double x, double y) {
     const double left = x + 0.5;
     const double upper = y + 0.5;
     const double column = std::floor(left);
@@ -85,7 +78,24 @@ KFX_AVX2 inline __m128i BlendExactly(const uint8_t* top, size_t stride, double x
     const __m256d upperRow = _mm256_add_pd(_mm256_mul_pd(p10, fx), _mm256_mul_pd(p00, gx));
     const __m256d lowerRow = _mm256_add_pd(_mm256_mul_pd(p01, gx), _mm256_mul_pd(p11, fx));
     const __m256d value = _mm256_add_pd(_mm256_mul_pd(upperRow, gy), _mm256_mul_pd(lowerRow, fy));
-    return _mm256_cvttpd_epi32(_mm256_add_pd(value, _mm256_set1_pd(0.5)));
+    return _mm256_add_pd(value, _mm256_set1_pd(0.5));
+}
+
+// From an estimated place to the exact one a channel changes by no more than this, in levels.
+constexpr double kChannelError = 2 * 255 * kPlaceError + 1e-6;
+
+// Whether such a change could change a byte.
+KFX_AVX2 inline bool IsNearBoundary(__m256d channels) {
+    const __m256d low = _mm256_floor_pd(_mm256_sub_pd(channels, _mm256_set1_pd(kChannelError)));
+    const __m256d high = _mm256_floor_pd(_mm256_add_pd(channels, _mm256_set1_pd(kChannelError)));
+    return (_mm256_movemask_pd(_mm256_cmp_pd(low, high, _CMP_NEQ_UQ)) & 7) != 0;
+}
+
+KFX_AVX2 inline void PutChannels(__m256d channels, uint8_t* out) {
+    const __m128i levels = _mm256_cvttpd_epi32(channels);
+    const __m128i words = _mm_packs_epi32(levels, levels);
+    const int32_t pixel = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    std::memcpy(out, &pixel, 3);
 }
 
 // Asks for the pixels round a point that is sampled soon, which begin `offset` bytes from the top row. A row
@@ -153,43 +163,127 @@ int32_t ListOuter(Unsettled* unsettled) {
     return count;
 }
 
-KFX_AVX2 void Settle(const WorkingImage* image, const SampledRow& row, Unsettled* unsettled) {
+// Estimated places of some points of a row.
+struct Estimates {
+    LocatePoints estimate;
+    const void* context;
+};
+
+void PickEstimates(const void* context, const int32_t* points, int32_t count, double* x, double* y) {
+    const PointRow& row = *static_cast<const PointRow*>(context);
+    for (int32_t i = 0; i < count; ++i) {
+        x[i] = row.x[points[i]];
+        y[i] = row.y[points[i]];
+    }
+}
+
+// How much an estimated coordinate and its rounding may be off.
+constexpr double kMargin = 2 * kPlaceError;
+
+// Whether the exact place, too, lies so far outside that its colour is the fallback.
+bool IsOutside(const WorkingImage* image, double x, double y) {
+    const double left = x + 0.5;
+    const double top = y + 0.5;
+    return left < -1 - kMargin || left > image->width + kMargin || top < -1 - kMargin ||
+           top > image->height + kMargin;
+}
+
+// Whether the exact place, too, has these four neighbours. BlendExactly() reads a byte behind the right one.
+bool IsInside(const WorkingImage* image, double x, double y) {
+    const double left = x + 0.5;
+    const double top = y + 0.5;
+    const auto isBetween = [](double value) {
+        const double fraction = value - std::floor(value);
+        return fraction > kMargin && fraction < 1 - kMargin;
+    };
+    return left > 0 && left < image->width - 2 && top > 0 && top < image->height - 1 && isBetween(left) &&
+           isBetween(top);
+}
+
+// The exact colours of the first `count` listed points.
+void PutListed(const WorkingImage* image, const PointRow& row, int32_t count, const Colors& colors,
+               Unsettled* unsettled) {
+    row.locate(row.context, unsettled->number, count, unsettled->x, unsettled->y);
+    for (int32_t i = 0; i < count; ++i)
+        PutPoint(image, unsettled->number[i], unsettled->x[i], unsettled->y[i], colors);
+}
+
+// Of a hundred doubtful points, blends at their estimated places leave nine in doubt.
+KFX_AVX2 void SettleDoubtful(const WorkingImage* image, const PointRow& row, const Estimates& estimates,
+                             const Colors& colors, Unsettled* unsettled) {
     const uint8_t* top = PictureRow(image, 0);
     const size_t stride = StrideOf(image);
-    int32_t count = ListDoubtful(unsettled);
-    row.locate(row.context, unsettled->number, count, unsettled->x, unsettled->y);
+    int32_t* const number = unsettled->number;
+    const int32_t count = ListDoubtful(unsettled);
+    estimates.estimate(estimates.context, number, count, unsettled->x, unsettled->y);
+    int32_t undecided = 0;
     for (int32_t i = 0; i < count; ++i) {
-        const __m128i exact = BlendExactly(top, stride, unsettled->x[i], unsettled->y[i]);
-        const __m128i words = _mm_packs_epi32(exact, exact);
-        const int32_t pixel = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
-        std::memcpy(row.out + 3 * static_cast<ptrdiff_t>(unsettled->number[i]), &pixel, 3);
+        const __m256d channels = BlendExactly(top, stride, unsettled->x[i], unsettled->y[i]);
+        PutChannels(channels, colors.out + 3 * static_cast<ptrdiff_t>(number[i]));
+        number[undecided] = number[i];
+        undecided += IsNearBoundary(channels);
     }
-    if (unsettled->lastOuter > unsettled->outer) {
-        count = ListOuter(unsettled);
-        row.locate(row.context, unsettled->number, count, unsettled->x, unsettled->y);
-        for (int32_t i = 0; i < count; ++i)
-            PutPoint(image, row, unsettled->number[i], unsettled->x[i], unsettled->y[i]);
+    PutListed(image, row, undecided, colors, unsettled);
+}
+
+KFX_AVX2 void SettleOuter(const WorkingImage* image, const PointRow& row, const Estimates& estimates,
+                          const Colors& colors, Unsettled* unsettled) {
+    const uint8_t* top = PictureRow(image, 0);
+    const size_t stride = StrideOf(image);
+    int32_t* const number = unsettled->number;
+    const int32_t count = ListOuter(unsettled);
+    estimates.estimate(estimates.context, number, count, unsettled->x, unsettled->y);
+    int32_t undecided = 0;
+    for (int32_t i = 0; i < count; ++i) {
+        const double x = unsettled->x[i], y = unsettled->y[i];
+        uint8_t* const out = colors.out + 3 * static_cast<ptrdiff_t>(number[i]);
+        if (IsOutside(image, x, y)) {
+            PutColor(colors.fallback, out);
+            continue;
+        }
+        if (IsInside(image, x, y)) {
+            const __m256d channels = BlendExactly(top, stride, x, y);
+            if (!IsNearBoundary(channels)) {
+                PutChannels(channels, out);
+                continue;
+            }
+        }
+        number[undecided++] = number[i];
     }
+    PutListed(image, row, undecided, colors, unsettled);
+}
+
+KFX_AVX2 void Settle(const WorkingImage* image, const PointRow& row, const Estimates& estimates,
+                     const Colors& colors, Unsettled* unsettled) {
+    if (unsettled->lastDoubtful > unsettled->doubtful)
+        SettleDoubtful(image, row, estimates, colors, unsettled);
+    if (unsettled->lastOuter > unsettled->outer) SettleOuter(image, row, estimates, colors, unsettled);
     Clear(unsettled);
 }
 
-KFX_AVX2 void SampleRowAvx2(const WorkingImage* image, const KnownPoints& known, const SampledRow& row,
-                            KeptInnerPoints* kept, int32_t count) {
+// The last group of a row begins eight points before its end: where the row is no multiple of eight, some
+// points are done twice.
+int32_t GroupsOf(int32_t count) { return (count + 7) / 8; }
+
+// A row of at least eight points.
+KFX_AVX2 void SampleRowAvx2(const WorkingImage* image, const PointRow& row, const Colors& colors,
+                            KeptInnerPoints* kept) {
     const uint8_t* top = PictureRow(image, 0);
     const size_t stride = StrideOf(image);
     const InnerArea area = MakeInnerArea(image);
     KeptInnerPoints own;  // of rows that are not kept
     Unsettled unsettled;
     Clear(&unsettled);
-    int32_t i = 0;
-    while (i + 8 <= count) {
-        for (const int32_t end = std::min(count - 7, i + kTurn); i < end; i += 8) {
-            const int32_t soon = std::min(i + kSoon, count - 1);
-            FetchSoon(top, stride, OffsetOf(known.x[soon], known.y[soon], stride));
-            KeptInnerPoints* group = kept ? kept + i / 8 : &own;
+    const int32_t groups = GroupsOf(row.count);
+    for (int32_t k = 0; k < groups;) {
+        for (const int32_t end = std::min(groups, k + kTurn / 8); k < end; ++k) {
+            const int32_t i = std::min(8 * k, row.count - 8);
+            const int32_t soon = std::min(i + kSoon, row.count - 1);
+            FetchSoon(top, stride, OffsetOf(row.x[soon], row.y[soon], stride));
+            KeptInnerPoints* group = kept ? kept + k : &own;
             InnerPoints points;
-            if (FindInnerPoints(known.x + i, known.y + i, area, group->offset, &points)) {
-                uint8_t* pixels = row.out + 3 * static_cast<ptrdiff_t>(i);
+            if (FindInnerPoints(row.x + i, row.y + i, area, group->offset, &points)) {
+                uint8_t* pixels = colors.out + 3 * static_cast<ptrdiff_t>(i);
                 AddDoubtful(i, PutEstimates(points, top, stride, pixels), &unsettled);
                 if (kept) Keep(points, group);
             } else {
@@ -197,32 +291,31 @@ KFX_AVX2 void SampleRowAvx2(const WorkingImage* image, const KnownPoints& known,
                 group->offset[0] = kNotInner;
             }
         }
-        Settle(image, row, &unsettled);
+        Settle(image, row, {PickEstimates, &row}, colors, &unsettled);
     }
-    for (; i < count; ++i) SamplePoint(image, row, i);
 }
 
-KFX_AVX2 void SampleKeptRowAvx2(const WorkingImage* image, const KeptInnerPoints* kept, const SampledRow& row,
-                                int32_t count) {
+KFX_AVX2 void SampleKeptRowAvx2(const WorkingImage* image, const PointRow& row, const Colors& colors,
+                                const KeptInnerPoints* kept) {
     const uint8_t* top = PictureRow(image, 0);
     const size_t stride = StrideOf(image);
     Unsettled unsettled;
     Clear(&unsettled);
-    int32_t i = 0;
-    while (i + 8 <= count) {
-        for (const int32_t end = std::min(count - 7, i + kTurn); i < end; i += 8) {
-            const int32_t soon = std::min(i + kSoon, count - 8);
-            FetchSoon(top, stride, static_cast<uint64_t>(int64_t{kept[soon / 8].offset[0]}));
-            if (kept[i / 8].offset[0] == kNotInner) {
+    const int32_t groups = GroupsOf(row.count);
+    for (int32_t k = 0; k < groups;) {
+        for (const int32_t end = std::min(groups, k + kTurn / 8); k < end; ++k) {
+            const int32_t i = std::min(8 * k, row.count - 8);
+            const int32_t soon = std::min(k + kSoon / 8, groups - 1);
+            FetchSoon(top, stride, static_cast<uint64_t>(int64_t{kept[soon].offset[0]}));
+            if (kept[k].offset[0] == kNotInner) {
                 *unsettled.lastOuter++ = i;
                 continue;
             }
-            uint8_t* pixels = row.out + 3 * static_cast<ptrdiff_t>(i);
-            AddDoubtful(i, PutEstimates(Kept(kept[i / 8]), top, stride, pixels), &unsettled);
+            uint8_t* pixels = colors.out + 3 * static_cast<ptrdiff_t>(i);
+            AddDoubtful(i, PutEstimates(Kept(kept[k]), top, stride, pixels), &unsettled);
         }
-        Settle(image, row, &unsettled);
+        Settle(image, row, {row.estimate, row.context}, colors, &unsettled);
     }
-    for (; i < count; ++i) SamplePoint(image, row, i);
 }
 
 #endif
@@ -260,28 +353,26 @@ uint32_t SampleBilinear(const WorkingImage* image, double x, double y, uint32_t 
                Blend(BlueOf(p00), BlueOf(p10), BlueOf(p01), BlueOf(p11), fx, fy));
 }
 
-void SampleRow(const WorkingImage* image, const double* x, const double* y, int32_t count, uint32_t fallback,
-               const KeptRow& kept, uint8_t* out) {
-    const KnownPoints known = {x, y};
-    const SampledRow row = {PickPoints, &known, fallback, out};
+void SampleRow(const WorkingImage* image, const PointRow& row, uint32_t fallback,
+               [[maybe_unused]] const KeptRow& kept, uint8_t* out) {
 #if KFX_HAS_AVX2
-    if (UseAvx2()) {
-        SampleRowAvx2(image, known, row, static_cast<KeptInnerPoints*>(kept.groups), count);
+    if (UseAvx2() && row.count >= 8) {
+        SampleRowAvx2(image, row, {fallback, out}, static_cast<KeptInnerPoints*>(kept.groups));
         if (kept.groups) *kept.filled = 1;
         return;
     }
 #endif
-    for (int32_t i = 0; i < count; ++i) SamplePoint(image, row, i);
+    PutPoints(image, row, 0, row.count, {fallback, out});
 }
 
-void SampleKeptRow(const WorkingImage* image, const KeptRow& kept, LocatePoints locate, const void* context,
-                   int32_t count, uint32_t fallback, uint8_t* out) {
-    const SampledRow row = {locate, context, fallback, out};
+void SampleKeptRow(const WorkingImage* image, const PointRow& row, uint32_t fallback,
+                   [[maybe_unused]] const KeptRow& kept, uint8_t* out) {
 #if KFX_HAS_AVX2
-    if (UseAvx2())
-        return SampleKeptRowAvx2(image, static_cast<const KeptInnerPoints*>(kept.groups), row, count);
+    if (UseAvx2() && row.count >= 8)
+        return SampleKeptRowAvx2(image, row, {fallback, out},
+                                 static_cast<const KeptInnerPoints*>(kept.groups));
 #endif
-    for (int32_t i = 0; i < count; ++i) SamplePoint(image, row, i);
+    PutPoints(image, row, 0, row.count, {fallback, out});
 }
 
 }  // namespace kfx

@@ -12,20 +12,33 @@ namespace kfx {
 // a number.
 uint32_t SampleBilinear(const WorkingImage* image, double x, double y, uint32_t fallback);
 
-// The same for `count` points into consecutive 24-bit pixels. What SampleKeptRow() needs of the points is
-// written into `kept` and marked as filled, unless nothing is kept.
-void SampleRow(const WorkingImage* image, const double* x, const double* y, int32_t count, uint32_t fallback,
-               const KeptRow& kept, uint8_t* out);
-
 // Writes the coordinates of some points of a row: of number points[i] into x[i] and y[i]. At most
 // kMostLocated are asked for.
 constexpr int32_t kMostLocated = 512;
 using LocatePoints = void (*)(const void* context, const int32_t* points, int32_t count, double* x,
                               double* y);
 
-// The same for the points of a filled row. Coordinates are asked for where what is kept does not decide: a
-// point in forty, and those next to the picture's edges.
-void SampleKeptRow(const WorkingImage* image, const KeptRow& kept, LocatePoints locate, const void* context,
-                   int32_t count, uint32_t fallback, uint8_t* out);
+// Estimated coordinates are off by no more than this, in pixels, or are not a number.
+constexpr double kPlaceError = 9e-7;
+
+struct PointRow {
+    int32_t count;
+    const double* x;  // estimates of all points; SampleRow() uses them, and only with AVX2
+    const double* y;
+    LocatePoints estimate;  // gives estimates; SampleKeptRow() uses it
+    LocatePoints locate;    // gives the exact coordinates
+    const void* context;
+};
+
+// The colours of a row of points into consecutive 24-bit pixels. Exact coordinates are asked for where the
+// estimates do not decide: of three points in a thousand, and next to the picture's edges. What
+// SampleKeptRow() needs of the points is written into `kept` and marked as filled, unless nothing is kept.
+void SampleRow(const WorkingImage* image, const PointRow& row, uint32_t fallback, const KeptRow& kept,
+               uint8_t* out);
+
+// The same for a filled row. Estimates are asked for of a point in thirty. They must be those with which the
+// row was filled.
+void SampleKeptRow(const WorkingImage* image, const PointRow& row, uint32_t fallback, const KeptRow& kept,
+                   uint8_t* out);
 
 }  // namespace kfx

@@ -6,9 +6,9 @@
 namespace kfx {
 
 KeptPoints KeepPoints(KeptTable* table, const void* key, size_t keyBytes, int32_t width, int32_t height) {
-    const size_t rowBytes = static_cast<size_t>(width / kPointsAGroup) * kGroupBytes;
+    const size_t rowBytes = static_cast<size_t>((width + kPointsAGroup - 1) / kPointsAGroup) * kGroupBytes;
     const auto rows = static_cast<size_t>(height);
-    if (!UseAvx2() || rowBytes == 0 || rows > kLargestKeptTable / rowBytes) return {};
+    if (!UseAvx2() || width < kPointsAGroup || rows > kLargestKeptTable / rowBytes) return {};
     bool fresh;
     auto* bytes = static_cast<uint8_t*>(
         CachedTable(table, key, keyBytes, rows * rowBytes + kGroupAlignment + rows, &fresh));

@@ -9,6 +9,14 @@ namespace {
 // Only for centres on whole and half pixels are the offsets on both sides the same doubles.
 bool IsMirrored(double center) { return std::fabs(center) < 1e9 && center * 2 == std::floor(center * 2); }
 
+void ComputeRow(const RadialField& field, double rowSquare, double* values) {
+    const double* squares = field.columns->square.address;
+    const int32_t distinct = field.columns->distinct;
+    const DistanceRun run = DistancesWithin(field.radius, squares, distinct, rowSquare);
+    field.compute(field.settings, squares + run.first, run.end - run.first, rowSquare, values + run.first,
+                  static_cast<size_t>(distinct));
+}
+
 }  // namespace
 
 RadialAxis::RadialAxis(int32_t pixels, double center, double scale)
@@ -53,8 +61,7 @@ void KeepRadialField(RadialField* field, KeptTable* kept, const void* key, size_
     if (!table) return;
     if (fresh) {
         for (size_t k = 0; k < rowCount; ++k)
-            field->compute(field->settings, field->columns->square.address, field->columns->distinct,
-                           field->rows->square.address[k], table + k * rowSize);
+            ComputeRow(*field, field->rows->square.address[k], table + k * rowSize);
         KeepTable(kept);
     }
     field->table = table;
@@ -64,8 +71,7 @@ void KeepRadialField(RadialField* field, KeptTable* kept, const void* key, size_
 const double* RadialRowAt(const RadialField& field, int32_t y) {
     const int32_t k = field.rows->distance.address[y];
     if (field.table) return field.table + static_cast<size_t>(k) * RadialRowSize(field);
-    field.compute(field.settings, field.columns->square.address, field.columns->distinct,
-                  field.rows->square.address[k], field.row);
+    ComputeRow(field, field.rows->square.address[k], field.row);
     return field.row;
 }
 

@@ -24,9 +24,9 @@ struct RadialAxis {
 };
 
 // Computes one row of a field: `valuesPerPixel` planes of `count` values from the squared offsets of the
-// columns and of the row. `settings` points at the distortion's own parameters.
+// columns and of the row, `planeSize` values apart. `settings` points at the distortion's own parameters.
 using RadialRow = void (*)(const void* settings, const double* columnSquares, int32_t count, double rowSquare,
-                           double* values);
+                           double* values, size_t planeSize);
 
 // The distances within a radius, from number `first` up to `end`. They are one run: in the order of the
 // numbers distances grow, or fall and then grow.
@@ -36,11 +36,14 @@ struct DistanceRun {
 };
 DistanceRun DistancesWithin(double radius, const double* columnSquares, int32_t count, double rowSquare);
 
+constexpr size_t kMostValuesPerPixel = 2;
+
 struct RadialField {
     const RadialAxis* columns;
     const RadialAxis* rows;
     RadialRow compute;
     const void* settings;
+    double radius;  // pixels; values are needed within it only
     size_t valuesPerPixel;
     const double* table;  // null: computed row by row
     double* row;          // then here
@@ -56,7 +59,7 @@ inline size_t RadialRowSize(const RadialField& field) {
 // kLargestKeptTable, the table stays null.
 void KeepRadialField(RadialField* field, KeptTable* kept, const void* key, size_t keyBytes);
 
-// The values of picture row y, plane after plane, `columns->distinct` each.
+// The values of picture row y, plane after plane, `columns->distinct` each; of no use outside the radius.
 const double* RadialRowAt(const RadialField& field, int32_t y);
 
 }  // namespace kfx

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "framework/working_image.h"
+#include "kernels/radial_estimate.h"
 #include "kernels/radial_field.h"
 
 namespace kfx {
@@ -15,8 +16,8 @@ struct SampleRun {
     const double* columnOffsets;  // of each pixel
     const int32_t* distances;     // of each pixel: where its values stand
     double rowOffset;
-    const double* values;  // the row of the field: RadialRowAt()
-    int32_t valueCount;    // in each of its planes
+    const double* values;  // exact or estimated, plane after plane
+    int32_t valueCount;    // in each plane
     double* x;             // out: `count` offsets each
     double* y;
 };
@@ -24,12 +25,13 @@ struct SampleRun {
 struct RegionDistortion {
     double centerX;  // pixels
     double centerY;
-    double radius;      // of the region, along the longer side
-    RadialRow compute;  // the field's values, needed inside the region only
-    size_t valuesPerPixel;
+    double radius;          // of the region, along the longer side
+    RadialRow compute;      // the field's values, needed inside the region only
+    size_t valuesPerPixel;  // up to kMostValuesPerPixel
     const void* settings;
     void (*locate)(const SampleRun& run);
-    const void* key;  // for the cache: picture size and settings
+    EstimatePlan plan;  // its estimates put no pixel farther off than kPlaceError
+    const void* key;    // for the cache: picture size and settings
     size_t keyBytes;
 };
 

@@ -224,7 +224,7 @@ bool CanKeepPlaces(const WorkingImage* from) {
 }
 
 void BlendShiftedRow(const WorkingImage* from, int32_t y, const ShiftedRow& row, double* shifts,
-                     const KeptRow& kept, WorkingImage* to) {
+                     [[maybe_unused]] const KeptRow& kept, WorkingImage* to) {
 #if KFX_HAS_AVX2
     const bool lanes = CanKeepPlaces(from) && UseAvx2();
     if (lanes && IsFilled(kept))

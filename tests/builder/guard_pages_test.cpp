@@ -95,7 +95,7 @@ void RunEffect(const Effect& effect, ImageHandle source, Setting setting, const 
     for (int frame = 0; frame < 3; ++frame) {
         const Picture result(effect.apply(source, input));
         ++runs;
-        if (!cache.values.address) break;
+        if (!KeepsTables(cache)) break;
     }
     if (!effect.gathering) return;
     uint64_t record[2] = {};

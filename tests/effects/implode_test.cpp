@@ -26,6 +26,19 @@ TEST(Implode, Equals_its_reference_on_pictures_of_all_sizes) {
     ExpectReferenceOnTrickyPictures(kImplode, {1, 90, 10});
 }
 
+// Large enough for polynomials, with sides that differ up to a thousandfold, and with regions that reach
+// beyond the picture.
+TEST(Implode, Equals_its_reference_on_long_pictures_and_off_their_middle) {
+    const Picture sources[] = {RandomPicture(2000, 3, 1), RandomPicture(3, 2000, 2),
+                               RandomPicture(160, 120, 3)};
+    for (const Picture& source : sources)
+        for (const int32_t x : {50, 90})
+            for (const int32_t y : {50, 85}) {
+                EXPECT_TRUE(SameAsReference(kImplode, source.handle, {60, x, y})) << x << ", " << y;
+                EXPECT_TRUE(SameAsReference(kExplode, source.handle, {60, x, y})) << x << ", " << y;
+            }
+}
+
 TEST(Implode, Equals_its_reference_outside_the_sliders) {
     const Picture sources[] = {RandomPicture(23, 17, 1), RandomPicture(17, 23, 2)};
     for (const Picture& source : sources)

@@ -28,6 +28,15 @@ TEST(Swirl, Equals_its_reference_on_pictures_of_all_sizes) {
         ExpectReferenceOnTrickyPictures(kSwirl, {position});
 }
 
+// Large enough for polynomials, with sides that differ up to a thousandfold.
+TEST(Swirl, Equals_its_reference_on_long_pictures) {
+    const Picture sources[] = {RandomPicture(2000, 3, 1), RandomPicture(3, 2000, 2),
+                               RandomPicture(160, 120, 3)};
+    for (const Picture& source : sources)
+        for (const int32_t position : {1485, 2880})
+            EXPECT_TRUE(SameAsReference(kSwirl, source.handle, {position})) << position;
+}
+
 TEST(Swirl, Position_1440_leaves_the_outside_identical_and_blends_the_inside_by_half_a_pixel) {
     const Picture source = ShadedPicture(60, 60, 3);
     const Picture result = Apply(kSwirl, source.handle, {1440});

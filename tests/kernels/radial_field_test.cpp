@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <vector>
 
 #include "framework/movable_memory_native.h"
@@ -10,7 +11,8 @@
 namespace kfx::test {
 namespace {
 
-void AddSquares(const void*, const double* columnSquares, int32_t count, double rowSquare, double* values) {
+void AddSquares(const void*, const double* columnSquares, int32_t count, double rowSquare, double* values,
+                size_t) {
     for (int32_t i = 0; i < count; ++i) values[i] = columnSquares[i] + rowSquare;
 }
 
@@ -27,6 +29,7 @@ struct SquaresField {
                  .rows = &rows,
                  .compute = AddSquares,
                  .settings = nullptr,
+                 .radius = std::numeric_limits<double>::infinity(),
                  .valuesPerPixel = 1,
                  .table = nullptr,
                  .row = row.data(),
