@@ -6,7 +6,6 @@
 // The result is defined by the reference kernel; see docs/architecture.md.
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "effects/effects.h"
 #include "framework/math/elementary.h"
@@ -45,62 +44,41 @@ void ComputeLevels(const WorkingImage* canvas, uint8_t* levels, size_t stride) {
     }
 }
 
-// Lists the diamond's rows in the order in which they are visited: from the farthest to the nearest, of two
-// equally far ones the one at the smaller stored row first, and the middle row last.
-void ListSpans(int32_t reach, DiamondSpan* spans) {
-    for (int32_t k = 0; k < reach; ++k) {
-        *spans++ = {-(reach - k), 1 - k, 1 + k};
-        *spans++ = {reach - k, 1 - k, 1 + k};
-    }
-    *spans = {0, -reach, reach};
-}
-
 // Paints the picture that stands on the canvas inside a border of n pixels, but not its rightmost column and
 // its last stored row. False: memory ran out, `out` is as it was.
 bool Paint(const WorkingImage* canvas, int32_t n, uint16_t* counters, WorkingImage* out) {
-    const int32_t count = canvas->width - 2 * n - 1;
     const size_t stride = static_cast<size_t>(canvas->width) + kReadAhead;
     const Scratch<uint8_t> levels(stride * static_cast<size_t>(canvas->height) + kReadAhead);
-    const Scratch<DiamondSpan> spans(2 * static_cast<size_t>(n) + 1);
-    const Scratch<int32_t> winners(kPaintedRows * static_cast<size_t>(canvas->width));
-    if (!levels || !spans || !winners) return false;
+    const Scratch<DiamondSpan> spans(SpanCount(n));
+    if (!levels || !spans) return false;
     ComputeLevels(canvas, levels.address, stride);
-    ListSpans(n, spans.address);
-    const Diamond diamond = {n, spans.address};
-    const LevelPlane plane = {levels.address, stride, static_cast<size_t>(StrideOf(canvas))};
-    const int32_t end = canvas->height - n - 1;
-    for (int32_t r = n; r < end; r += kPaintedRows) {
-        const int32_t rows = std::min(kPaintedRows, end - r);
-        PaintRows(diamond, plane, r, rows, n, count, counters, winners.address);
-        const int32_t* winner = winners.address;
-        for (int32_t k = 0; k < rows; ++k) {
-            uint8_t* to = StoredRow(out, r + k) + 3 * static_cast<size_t>(n);
-            const uint8_t* from = StoredRow(canvas, r + k) + 3 * static_cast<size_t>(n);
-            for (int32_t i = 0; i < count; ++i, ++winner, to += 3, from += 3)
-                std::memcpy(to, from + *winner, 3);
-        }
-    }
+    const auto border = static_cast<size_t>(n);
+    const PaintedArea area = {.rows = out->height - 1,
+                              .columns = out->width - 1,
+                              .levels = levels.address + border * stride + border,
+                              .levelStride = stride,
+                              .from = StoredRow(canvas, n) + 3 * border,
+                              .fromStride = StrideOf(canvas),
+                              .to = StoredRow(out, 0),
+                              .toStride = StrideOf(out)};
+    PaintModes(n, area, {spans.address, counters});
     return true;
 }
 
 ImageHandle ApplyOilPainting(ImageHandle source, const KernelInput& input) {
-    int32_t width, height;
-    {
-        const ImageLock from(source);
-        if (!from || from->bitCount != 24) return nullptr;
-        width = from->width;
-        height = from->height;
-    }
+    const ImageLock from(source);
+    if (!from || from->bitCount != 24) return nullptr;
     const int32_t n = ReachOf(input.values[0]);
-    const NewImage canvas(FrameImage(source, width + 2 * n, height + 2 * n, n, n, input.background));
+    const NewImage canvas(
+        FrameImage(source, from->width + 2 * n, from->height + 2 * n, n, n, input.background));
     if (!canvas) return nullptr;
-    const NewImage painted(CreateLike(canvas.image));
-    if (!painted) return nullptr;
-    FillImage(painted.image, input.background);
+    NewImage to(CreateLike(from.image));
+    if (!to) return nullptr;
+    FillImage(to.image, input.background);
     // Without memory for the counters the result is all background.
     const Scratch<uint16_t> counters(CounterCount(n));
-    if (counters && !Paint(canvas.image, n, counters.address, painted.image)) return nullptr;
-    return CropImage(painted.owner.memory, {n, n, width + n, height + n});
+    if (counters && !Paint(canvas.image, n, counters.address, to.image)) return nullptr;
+    return to.Release();
 }
 
 constexpr auto kControls = MakeControls({

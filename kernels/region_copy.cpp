@@ -65,15 +65,4 @@ ImageHandle FrameImage(ImageHandle source, int32_t newWidth, int32_t newHeight, 
     return to.Release();
 }
 
-ImageHandle CropImage(ImageHandle source, const PixelRect& rect) {
-    const ImageLock from(source);
-    const int64_t width = int64_t{rect.right} - rect.left;
-    const int64_t height = int64_t{rect.bottom} - rect.top;
-    if (!from || width < 1 || width > INT32_MAX || height < 1 || height > INT32_MAX) return nullptr;
-    NewImage to(CreateWithSize(from.image, static_cast<int32_t>(width), static_cast<int32_t>(height)));
-    if (!to) return nullptr;
-    CopyTo(to.image, from.image, -int64_t{rect.left}, -int64_t{rect.top}, from->width, from->height);
-    return to.Release();
-}
-
 }  // namespace kfx

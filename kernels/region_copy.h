@@ -7,14 +7,6 @@
 
 namespace kfx {
 
-// A rectangle of pixels; right and bottom are outside it.
-struct PixelRect {
-    int32_t left;
-    int32_t top;
-    int32_t right;
-    int32_t bottom;
-};
-
 // Copies the pixels (x, y) with x < width and y < height that lie inside both locked images, as pixel values:
 // if the depths differ, the caller makes sure that the values have a meaning there.
 void CopyPixels(WorkingImage* destination, const WorkingImage* source, int32_t width, int32_t height);
@@ -23,10 +15,6 @@ void CopyPixels(WorkingImage* destination, const WorkingImage* source, int32_t w
 // top). What falls outside is cut off. Null: memory ran out or a side is below 1.
 ImageHandle FrameImage(ImageHandle source, int32_t newWidth, int32_t newHeight, int32_t left, int32_t top,
                        uint32_t fill);
-
-// The part of the source inside `rect` as a new picture; where the rectangle leaves the source, pixels stay
-// zero. Null: memory ran out or the rectangle is empty.
-ImageHandle CropImage(ImageHandle source, const PixelRect& rect);
 
 // Sets every pixel of the image to one value.
 void FillImage(WorkingImage* image, uint32_t value);
